@@ -1,0 +1,65 @@
+# One helper makes a module's library, one a test program. The folders and what each may use come from layers.txt.
+
+set(DREVIX_MODULES)
+file(STRINGS "${CMAKE_CURRENT_LIST_DIR}/layers.txt" drevix_layers REGEX "^[a-z]+:")
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${CMAKE_CURRENT_LIST_DIR}/layers.txt")
+foreach(line IN LISTS drevix_layers)
+    string(REGEX MATCH "^([a-z]+): ?(.*)$" matched "${line}")
+    set(module "${CMAKE_MATCH_1}")
+    string(REPLACE " " ";" uses "${CMAKE_MATCH_2}")
+    list(APPEND DREVIX_MODULES ${module})
+    set(DREVIX_USES_${module} ${uses})
+endforeach()
+
+# What a program outside the folders (a benchmark, a fuzzer) may link: every folder that is a library.
+set(DREVIX_MODULES_FOR_PROGRAMS ${DREVIX_MODULES})
+list(REMOVE_ITEM DREVIX_MODULES_FOR_PROGRAMS cli)
+
+# What every target of this project is compiled with.
+add_library(drevix_options INTERFACE)
+target_include_directories(drevix_options INTERFACE "${PROJECT_SOURCE_DIR}")
+target_compile_options(drevix_options INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor
+    -Woverloaded-virtual $<$<BOOL:${DREVIX_WERROR}>:-Werror>)
+
+# drevix_module(NAME SOURCES ... [LIBRARIES ...]): the static library of the folder NAME. It links what layers.txt lets it
+# include; LIBRARIES are third-party libraries (only platform/ has some).
+function(drevix_module name)
+    cmake_parse_arguments(arg "" "" "SOURCES;LIBRARIES" ${ARGN})
+    add_library(${name} STATIC ${arg_SOURCES})
+    target_link_libraries(${name} PUBLIC drevix_options ${DREVIX_USES_${name}} PRIVATE ${arg_LIBRARIES})
+    drevix_check_headers(${name})
+endfunction()
+
+# Every header of the calling folder compiles alone.
+function(drevix_check_headers name)
+    if(NOT DREVIX_TESTS)
+        return()
+    endif()
+    file(GLOB headers RELATIVE "${PROJECT_SOURCE_DIR}" CONFIGURE_DEPENDS "${CMAKE_CURRENT_SOURCE_DIR}/*.h")
+    set(sources)
+    foreach(header IN LISTS headers)
+        set(source "${CMAKE_CURRENT_BINARY_DIR}/header_${name}/${header}.cpp")
+        file(GENERATE OUTPUT "${source}" CONTENT "#include \"${header}\"\n")
+        list(APPEND sources "${source}")
+    endforeach()
+    if(sources)
+        add_library(headers_${name} OBJECT ${sources})
+        target_link_libraries(headers_${name} PRIVATE drevix_options)
+    endif()
+endfunction()
+
+# drevix_test(NAME [LIBRARIES ...]): the test program NAME_test of every *_test.cpp in the calling folder, with the tests of
+# the folder NAME. All of them are built: a test file cannot be forgotten.
+function(drevix_test name)
+    cmake_parse_arguments(arg "" "" "LIBRARIES" ${ARGN})
+    file(GLOB sources CONFIGURE_DEPENDS "${CMAKE_CURRENT_SOURCE_DIR}/*.cpp")
+    if(NOT sources)
+        return()
+    endif()
+    add_executable(${name}_test ${sources})
+    target_link_libraries(${name}_test PRIVATE ${arg_LIBRARIES} drevix_test_support GTest::gtest GTest::gmock
+        GTest::gtest_main)
+    target_compile_definitions(${name}_test PRIVATE DREVIX_TEST_DATA="${PROJECT_SOURCE_DIR}/tests/data")
+    gtest_discover_tests(${name}_test TEST_PREFIX "${name}." DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 300
+        ENVIRONMENT "ASAN_OPTIONS=allocator_may_return_null=1:detect_stack_use_after_return=1")
+endfunction()

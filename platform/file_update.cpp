@@ -1,0 +1,421 @@
+#include "platform/file_update.h"
+
+#include "platform/disk.h"
+#include "platform/status.h"
+
+#include <array>
+#include <cerrno>
+#include <climits>
+#include <cstdlib>
+#include <ctime>
+#include <fcntl.h>
+#include <limits>
+#include <new>
+#include <tuple>
+#include <unistd.h>
+
+namespace drevix {
+namespace {
+
+constexpr mode_t kNewFileMode = 0666; // less the user's umask
+constexpr mode_t kPermissionBits = 07777;
+constexpr int kMostLinks = 40;  // as many as the kernel follows (path_resolution(7))
+constexpr int kMostKept = 1000; // numbered copies beside a kept file
+constexpr std::size_t kChunk = std::size_t{1} << 20;
+constexpr std::int64_t kMostInMemory = std::numeric_limits<std::int32_t>::max();
+
+OSErr LastError() {
+    return StatusFromErrno(errno);
+}
+
+// A wait between two tries for a lock that another program holds.
+void Pause() {
+    constexpr struct timespec kTenMilliseconds = {0, 10'000'000};
+    ::nanosleep(&kTenMilliseconds, nullptr);
+}
+
+// Locks the open file, waiting up to `tries` times ten milliseconds.
+OSErr LockWithin(int descriptor, int tries) {
+    for (; CurrentDisk().Lock(descriptor) != 0; --tries) {
+        if (errno == ENOLCK || errno == ENOSYS || errno == EOPNOTSUPP || errno == EINVAL) {
+            return noErr; // a file system without locks
+        }
+        if (errno != EINTR && (errno != EWOULDBLOCK || tries <= 0)) {
+            return LastError();
+        }
+        Pause();
+    }
+    return noErr;
+}
+
+OSErr WriteAll(FileRef file, const void *bytes, std::size_t count) {
+    IOParam transfer = {file, const_cast<void *>(bytes), static_cast<std::int32_t>(count), 0, fsAtMark, 0};
+    return PBWriteSync(&transfer);
+}
+
+// Reads the rest of an open file.
+OSErr ReadRest(FileRef file, std::string *bytes) try {
+    std::int64_t length = 0;
+    if (const OSErr status = GetEOF(file, &length); status != noErr) {
+        return status;
+    }
+    if (length > kMostInMemory) {
+        return memFullErr;
+    }
+    bytes->clear();
+    // A stream says length 0, and a file may grow: read until the end really comes.
+    for (std::size_t wanted = static_cast<std::size_t>(length) + 1;; wanted = kChunk) {
+        const std::size_t before = bytes->size();
+        if (before + wanted > static_cast<std::size_t>(kMostInMemory)) {
+            return memFullErr;
+        }
+        bytes->resize(before + wanted);
+        auto count = static_cast<std::int32_t>(wanted);
+        const OSErr status = FSRead(file, &count, bytes->data() + before);
+        bytes->resize(before + static_cast<std::size_t>(count));
+        if (status != noErr) {
+            return status == eofErr ? noErr : status;
+        }
+    }
+} catch (const std::bad_alloc &) {
+    return memFullErr;
+}
+
+std::string NameOfPath(const std::string &path) {
+    return path.substr(path.rfind('/') + 1);
+}
+
+// Whether the two paths have the same file, or files with the same bytes, behind them.
+bool HoldSameBytes(const std::string &path, const std::string &other) {
+    struct stat a {};
+    struct stat b {};
+    Disk &disk = CurrentDisk();
+    if (disk.StatusAt(path.c_str(), &a) != 0 || disk.StatusAt(other.c_str(), &b) != 0 ||
+        a.st_size != b.st_size) {
+        return false;
+    }
+    if (a.st_dev == b.st_dev && a.st_ino == b.st_ino) {
+        return true;
+    }
+    std::string bytes;
+    std::string otherBytes;
+    return ReadWholeFile(path, &bytes) == noErr && ReadWholeFile(other, &otherBytes) == noErr &&
+           bytes == otherBytes;
+}
+
+// Whether the open file is the one that the path names now.
+OSErr IsFileAt(const std::string &path, int descriptor, bool *result) {
+    struct stat opened {};
+    struct stat named {};
+    if (CurrentDisk().StatusOf(descriptor, &opened) != 0) {
+        return LastError();
+    }
+    if (CurrentDisk().StatusAt(path.c_str(), &named) != 0) {
+        *result = false;
+        return errno == ENOENT ? noErr : LastError();
+    }
+    *result = named.st_ino == opened.st_ino && named.st_dev == opened.st_dev;
+    return noErr;
+}
+
+// Moves what stands at `path` to the first free of `path`.1, `path`.2, ...
+OSErr MoveToFreeName(const std::string &path) {
+    for (int i = 1; i <= kMostKept; ++i) {
+        const std::string free = path + "." + std::to_string(i);
+        struct stat status {};
+        if (CurrentDisk().StatusAt(free.c_str(), &status) == 0) {
+            continue;
+        }
+        return CurrentDisk().Rename(path.c_str(), free.c_str()) == 0 ? noErr : LastError();
+    }
+    return dirFulErr;
+}
+
+} // namespace
+
+std::string FolderOfPath(const std::string &path) {
+    const std::size_t slash = path.rfind('/');
+    return slash == std::string::npos ? "." : slash == 0 ? "/" : path.substr(0, slash);
+}
+
+OSErr FollowLinks(const std::string &path, std::string *target) try {
+    std::string reached = path;
+    for (int i = 0; i < kMostLinks; ++i) {
+        std::array<char, PATH_MAX> link{};
+        const ssize_t length = CurrentDisk().ReadLink(reached.c_str(), link.data(), link.size());
+        if (length < 0) { // not a link, or nothing there yet
+            *target = reached;
+            return noErr;
+        }
+        const std::string next(link.data(), static_cast<std::size_t>(length));
+        reached = next.starts_with('/') ? next : FolderOfPath(reached) + "/" + next;
+    }
+    return bdNamErr;
+} catch (const std::bad_alloc &) {
+    return memFullErr;
+}
+
+OSErr ReadWholeFile(const std::string &path, std::string *bytes) {
+    FileRef file = 0;
+    OSErr status = OpenFile(path, fsRdPerm, &file);
+    if (status == noErr) {
+        status = ReadRest(file, bytes);
+        FSClose(file);
+    }
+    return status;
+}
+
+FileUpdate::~FileUpdate() {
+    Discard();
+}
+
+OSErr FileUpdate::Open(const std::string &path, UpdateMethod method) try {
+    if (fFile != 0) {
+        return fBsyErr;
+    }
+    if (path.empty() || path.find('\0') != std::string::npos) {
+        return bdNamErr;
+    }
+    fExisted = false;
+    if (method == UpdateMethod::Replace) {
+        if (const OSErr status = FollowLinks(path, &fTarget); status != noErr) {
+            return status;
+        }
+        const OSErr status = OpenBeside();
+        // A folder that takes no new file may still hold a file that can be written. Other failures, a full
+        // disk above all, would hit the old file just the same, and harder.
+        const bool folderClosed = status == permErr || status == wPrErr;
+        if (!folderClosed || !fExisted) {
+            return status;
+        }
+    }
+    fTarget = path;
+    return OpenInPlace();
+} catch (const std::bad_alloc &) {
+    Discard();
+    return memFullErr;
+}
+
+OSErr FileUpdate::OpenBeside() {
+    Disk &disk = CurrentDisk();
+    struct stat old {};
+    const int oldFile = disk.Open(fTarget.c_str(), O_RDWR | O_NOCTTY, 0);
+    fExisted = oldFile >= 0;
+    if (!fExisted && errno != ENOENT) {
+        return LastError();
+    }
+    if (fExisted) {
+        const OSErr status = disk.StatusOf(oldFile, &old) == 0 ? noErr : LastError();
+        disk.Close(oldFile);
+        if (status != noErr) {
+            return status;
+        }
+        if (!S_ISREG(old.st_mode)) {
+            return permErr; // a device is not replaced by a file
+        }
+    }
+    int descriptor = -1;
+    if (const OSErr status = MakeBeside(&descriptor); status != noErr) {
+        return status;
+    }
+    struct stat made {};
+    OSErr status =
+        disk.StatusOf(descriptor, &made) == 0 && disk.SetSize(descriptor, 0) == 0 ? noErr : LastError();
+    const bool sameOwner = old.st_uid == made.st_uid && old.st_gid == made.st_gid;
+    if (status == noErr && fExisted && !sameOwner && disk.SetOwner(descriptor, old.st_uid, old.st_gid) != 0) {
+        status = permErr;
+    }
+    if (status == noErr && fExisted && disk.SetMode(descriptor, old.st_mode & kPermissionBits) != 0) {
+        status = LastError();
+    }
+    if (status != noErr) {
+        disk.Close(descriptor);
+    } else {
+        status = AdoptDescriptor(descriptor, fsRdWrPerm, &fFile);
+    }
+    if (status != noErr) {
+        Discard();
+    }
+    return status;
+}
+
+// Makes, or takes over from a program that died, the new file beside the old one. Its lock keeps two writers
+// apart; its name is always the same, so that nothing piles up.
+OSErr FileUpdate::MakeBeside(int *result) {
+    Disk &disk = CurrentDisk();
+    const std::string beside = FolderOfPath(fTarget) + "/." + NameOfPath(fTarget) + ".new";
+    constexpr int kFlags = O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK;
+    constexpr int kLockTries = 100; // one second
+    for (int tries = kLockTries; tries >= 0; --tries) {
+        const int descriptor = disk.Open(beside.c_str(), kFlags, kNewFileMode);
+        if (descriptor < 0) {
+            return LastError();
+        }
+        OSErr status = LockWithin(descriptor, tries);
+        if (status != noErr) { // another program's: it stays
+            disk.Close(descriptor);
+            return status;
+        }
+        bool current = false;
+        status = IsFileAt(beside, descriptor, &current);
+        if (status == noErr && current) {
+            fBeside = beside;
+            *result = descriptor;
+            return noErr;
+        }
+        // The one who held the lock has renamed or removed the file meanwhile: it is no longer the one to
+        // write.
+        if (status != noErr) {
+            disk.Remove(beside.c_str());
+        }
+        disk.Close(descriptor);
+        if (status != noErr) {
+            return status;
+        }
+    }
+    return fBsyErr;
+}
+
+OSErr FileUpdate::OpenInPlace() {
+    Disk &disk = CurrentDisk();
+    int descriptor = disk.Open(fTarget.c_str(), O_RDWR | O_NOCTTY, 0);
+    fExisted = descriptor >= 0 || errno != ENOENT;
+    if (!fExisted) {
+        descriptor = disk.Open(fTarget.c_str(), O_RDWR | O_CREAT | O_NOCTTY, kNewFileMode);
+    }
+    if (descriptor < 0) {
+        return LastError();
+    }
+    struct stat opened {};
+    const bool known = disk.StatusOf(descriptor, &opened) == 0;
+    OSErr status = known ? noErr : LastError();
+    if (known) {
+        status = AdoptDescriptor(descriptor, fsRdWrPerm, &fFile);
+    } else {
+        disk.Close(descriptor);
+    }
+    if (status != noErr || !S_ISREG(opened.st_mode)) {
+        if (!fExisted) {
+            disk.Remove(fTarget.c_str());
+        }
+        return status;
+    }
+    status = fExisted ? ReadRest(fFile, &fOldBytes) : noErr;
+    fRestorable = status == noErr;
+    if (status == noErr) {
+        status = SetEOF(fFile, 0);
+    }
+    if (status != noErr) {
+        Discard();
+    }
+    return status;
+}
+
+OSErr FileUpdate::Commit() {
+    if (fFile == 0) {
+        return rfNumErr;
+    }
+    OSErr status = PBFlushFileSync(fFile);
+    if (status == paramErr && !fRestorable && fBeside.empty()) {
+        status = noErr; // a device or pipe cannot be flushed (fsync(2), EINVAL)
+    }
+    const bool renames = !fBeside.empty();
+    if (status == noErr && renames && CurrentDisk().Rename(fBeside.c_str(), fTarget.c_str()) != 0) {
+        status = LastError();
+    }
+    if (status != noErr) {
+        Discard();
+        return status;
+    }
+    fBeside.clear();
+    fRestorable = false;
+    status = renames ? FlushFolder() : noErr;
+    Discard();
+    return status;
+}
+
+OSErr FileUpdate::FlushFolder() const {
+    const int descriptor = CurrentDisk().Open(FolderOfPath(fTarget).c_str(), O_RDONLY | O_DIRECTORY, 0);
+    if (descriptor < 0) {
+        // A folder that may be written but not read cannot be flushed; the rename itself has happened.
+        return errno == EACCES ? noErr : LastError();
+    }
+    const OSErr status = CurrentDisk().Flush(descriptor) == 0 || errno == EINVAL ? noErr : LastError();
+    CurrentDisk().Close(descriptor);
+    return status;
+}
+
+// Lets go of the file; what was not committed is undone first.
+void FileUpdate::Discard() {
+    if (fRestorable && fExisted) {
+        // Nobody is left to tell when the old bytes cannot be put back: the caller already has the first
+        // failure.
+        std::ignore = SetFPos(fFile, fsFromStart, 0);
+        std::ignore = WriteAll(fFile, fOldBytes.data(), fOldBytes.size());
+        std::ignore = SetEOF(fFile, static_cast<std::int64_t>(fOldBytes.size()));
+        std::ignore = PBFlushFileSync(fFile);
+    }
+    if (!fBeside.empty()) {
+        CurrentDisk().Remove(fBeside.c_str());
+    } else if (fRestorable && !fExisted) {
+        CurrentDisk().Remove(fTarget.c_str());
+    }
+    if (fFile != 0) {
+        FSClose(fFile);
+    }
+    fFile = 0;
+    fBeside.clear();
+    fOldBytes.clear();
+    fRestorable = false;
+}
+
+OSErr KeepFileAside(const std::string &path, const std::string &keptPath) try {
+    if (HoldSameBytes(path, keptPath)) {
+        return noErr;
+    }
+    std::string bytes;
+    if (const OSErr status = ReadWholeFile(path, &bytes); status != noErr) {
+        return status;
+    }
+    struct stat ignored {};
+    if (CurrentDisk().StatusAt(keptPath.c_str(), &ignored) == 0) {
+        if (const OSErr status = MoveToFreeName(keptPath); status != noErr) {
+            return status;
+        }
+    }
+    FileUpdate update;
+    if (const OSErr status = update.Open(keptPath, UpdateMethod::Replace); status != noErr) {
+        return status;
+    }
+    if (const OSErr status = WriteAll(update.File(), bytes.data(), bytes.size()); status != noErr) {
+        return status;
+    }
+    return update.Commit();
+} catch (const std::bad_alloc &) {
+    return memFullErr;
+}
+
+FolderLock::~FolderLock() {
+    if (fDescriptor >= 0) {
+        CurrentDisk().Close(fDescriptor);
+    }
+}
+
+OSErr FolderLock::Acquire(const std::string &folder) {
+    if (fDescriptor >= 0) {
+        return noErr;
+    }
+    const int descriptor = CurrentDisk().Open(folder.c_str(), O_RDONLY | O_DIRECTORY, 0);
+    if (descriptor < 0) {
+        return LastError();
+    }
+    constexpr int kTries = 500; // five seconds
+    if (const OSErr status = LockWithin(descriptor, kTries); status != noErr) {
+        CurrentDisk().Close(descriptor);
+        return status;
+    }
+    fDescriptor = descriptor;
+    return noErr;
+}
+
+} // namespace drevix

@@ -1,0 +1,90 @@
+// Writing a whole file so that a failure, or a death, on the way leaves the old one.
+#pragma once
+
+#include "platform/files.h"
+
+#include <string>
+
+namespace drevix {
+
+enum class UpdateMethod {
+    // A new file is written beside the old one, flushed, renamed over it, and the folder flushed: killed at
+    // any point, the
+    // old or the new file is there whole. A link is followed first and stays one; mode and owner are kept.
+    // Where the folder
+    // cannot be written, or the owner could not be kept, but the file can be written, it is done in place.
+    Replace,
+    // The file itself is written; its old bytes are kept in memory until the commit and put back when it does
+    // not come.
+    InPlace,
+};
+
+// One update of one file. Write to File(), then Commit(); a FileUpdate destroyed before that leaves the file
+// as it was, with nothing beside it, and removes it when it was not there. Two programs that replace the same
+// file wait for each other.
+class FileUpdate {
+  public:
+    FileUpdate() = default;
+    FileUpdate(const FileUpdate &) = delete;
+    FileUpdate &operator=(const FileUpdate &) = delete;
+    ~FileUpdate();
+
+    // Starts an update of the file at an absolute or relative path; the file need not exist. The status is
+    // that of opening the file for writing: permErr for a file that may not be written even if its folder
+    // may, notAFileErr, dirNFErr, ...; fBsyErr when another program holds the same file's update for longer
+    // than a second. A device or pipe is written directly, and cannot be put back.
+    [[nodiscard]] OSErr Open(const std::string &path, UpdateMethod method);
+
+    // The empty file to write to, for reading too; 0 before Open. Belongs to the update: do not close it.
+    [[nodiscard]] FileRef File() const { return fFile; }
+
+    // Flushes what was written and makes it the file. On failure the old file is back, but for a folder that
+    // could not be flushed after the rename: then the new one is in place and its safety against a power cut
+    // is not known.
+    [[nodiscard]] OSErr Commit();
+
+  private:
+    OSErr OpenBeside();
+    OSErr MakeBeside(int *result);
+    OSErr OpenInPlace();
+    OSErr FlushFolder() const;
+    void Discard();
+
+    std::string fTarget; // where the file lies; links followed when it is to be replaced
+    std::string fBeside; // the new file beside it; empty when writing in place
+    std::string fOldBytes;
+    FileRef fFile = 0;
+    bool fExisted = false;
+    bool fRestorable = false; // fOldBytes can be put back
+};
+
+// The whole file at a path. memFullErr when it does not fit in memory, else as OpenFile and FSRead.
+[[nodiscard]] OSErr ReadWholeFile(const std::string &path, std::string *bytes);
+
+// Keeps what the file at `path` holds under `keptPath` in the same folder, however either changes later. What
+// `keptPath` held before, unless it is the same bytes, moves to `keptPath` with ".1", ".2", ... the first
+// that is free. noErr, or why not; `path` is untouched in every case.
+[[nodiscard]] OSErr KeepFileAside(const std::string &path, const std::string &keptPath);
+
+// Holds a folder's advisory lock from Acquire until destruction, so that programs that read, change and write
+// a file of the folder take turns. A file system without locks counts as acquired.
+class FolderLock {
+  public:
+    FolderLock() = default;
+    FolderLock(const FolderLock &) = delete;
+    FolderLock &operator=(const FolderLock &) = delete;
+    ~FolderLock();
+
+    // Waits up to five seconds. noErr, fBsyErr, or why the folder could not be opened.
+    [[nodiscard]] OSErr Acquire(const std::string &folder);
+
+  private:
+    int fDescriptor = -1;
+};
+
+// The folder part of a path ("." when it has none), and the absolute path of what `path` leads to with every
+// link of its last component followed, whether or not the end exists.
+[[nodiscard]] std::string FolderOfPath(const std::string &path);
+[[nodiscard]] OSErr FollowLinks(const std::string &path, std::string *target);
+
+} // namespace drevix

@@ -1,0 +1,70 @@
+#include "platform/block.h"
+
+#include "platform/status.h"
+#include "tests/support/faults.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+
+namespace drevix {
+namespace {
+
+// Counts the requests that reach the allocator.
+class CountingAllocator : public BlockAllocator {
+  public:
+    CountingAllocator() : fBefore(SetBlockAllocator(this)) {}
+    ~CountingAllocator() override { SetBlockAllocator(fBefore); }
+    void *Reallocate(void *memory, std::size_t size) override {
+        ++requests;
+        return BlockAllocator::Reallocate(memory, size);
+    }
+    int requests = 0;
+
+  private:
+    BlockAllocator *fBefore;
+};
+
+TEST(Block, ManySmallGrowths_AskForMemoryFewTimes) {
+    CountingAllocator counter;
+    Block block;
+    for (std::size_t size = 1; size <= 1'000'000; ++size) {
+        ASSERT_EQ(block.Resize(size), noErr);
+        block.Data()[size - 1] = static_cast<std::byte>(size);
+    }
+    EXPECT_LT(counter.requests, 60);
+    for (std::size_t size = 1; size <= 1'000'000; size += 997) {
+        EXPECT_EQ(block.Data()[size - 1], static_cast<std::byte>(size));
+    }
+}
+
+TEST(Block, FailedGrowth_LeavesTheBlockAsItWas) {
+    Block block;
+    ASSERT_EQ(block.Resize(4), noErr);
+    std::memcpy(block.Data(), "keep", 4);
+    {
+        test::FaultyAllocator faults(1, test::Lasts::ForEver);
+        EXPECT_EQ(block.Resize(1000), memFullErr);
+        EXPECT_EQ(block.Size(), 4U);
+        EXPECT_EQ(std::memcmp(block.Data(), "keep", 4), 0);
+        EXPECT_EQ(block.Resize(2), noErr) << "shrinking needs no memory";
+    }
+    // The exact size may be had when the reserve cannot.
+    test::FaultyAllocator once(1, test::Lasts::Once);
+    EXPECT_EQ(block.Resize(5), noErr);
+    EXPECT_EQ(std::memcmp(block.Data(), "ke", 2), 0);
+}
+
+TEST(Block, AbsurdSize_IsRefusedAndMovingEmpties) {
+    Block block;
+    EXPECT_EQ(block.Resize(SIZE_MAX / 2), memFullErr);
+    ASSERT_EQ(block.Resize(8), noErr);
+    const std::byte *data = block.Data();
+    Block taken = std::move(block);
+    EXPECT_EQ(taken.Data(), data);
+    EXPECT_EQ(block.Size(), 0U);
+    EXPECT_EQ(block.Resize(1), noErr);
+}
+
+} // namespace
+} // namespace drevix

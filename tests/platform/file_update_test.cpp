@@ -1,0 +1,262 @@
+#include "platform/file_update.h"
+
+#include "platform/status.h"
+#include "tests/support/faults.h"
+#include "tests/support/scratch.h"
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <csignal>
+#include <filesystem>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace drevix {
+namespace {
+
+namespace fs = std::filesystem;
+using test::FaultyDisk;
+using test::Lasts;
+using test::ReadWhole;
+using test::ScratchFolder;
+using test::WriteWhole;
+
+using Names = std::vector<std::string>;
+
+OSErr Put(const FileUpdate &update, std::string text) {
+    IOParam transfer = {update.File(), text.data(), static_cast<std::int32_t>(text.size()), 0, fsAtMark, 0};
+    return PBWriteSync(&transfer);
+}
+
+// Opens, writes and commits, as every caller does.
+OSErr Update(const std::string &path, UpdateMethod method, const std::string &text) {
+    FileUpdate update;
+    OSErr status = update.Open(path, method);
+    if (status == noErr) {
+        status = Put(update, text);
+    }
+    return status == noErr ? update.Commit() : status;
+}
+
+class FileUpdateBothWays : public testing::TestWithParam<UpdateMethod> {};
+INSTANTIATE_TEST_SUITE_P(Methods, FileUpdateBothWays,
+                         testing::Values(UpdateMethod::Replace, UpdateMethod::InPlace));
+
+TEST_P(FileUpdateBothWays, Committed_IsTheWholeNewFile) {
+    ScratchFolder scratch;
+    const std::string path = scratch.Preferences() + "/f";
+    EXPECT_EQ(Update(path, GetParam(), "first, which is longer"), noErr);
+    EXPECT_EQ(ReadWhole(path), "first, which is longer");
+    ::chmod(path.c_str(), 0640);
+    EXPECT_EQ(Update(path, GetParam(), "second"), noErr);
+    EXPECT_EQ(ReadWhole(path), "second");
+    EXPECT_EQ(fs::status(path).permissions(), fs::perms(0640));
+    EXPECT_EQ(ScratchFolder::Names(scratch.Preferences()), Names{"f"});
+    EXPECT_EQ(OpenFileCount(), 0);
+}
+
+TEST_P(FileUpdateBothWays, Abandoned_LeavesWhatWas) {
+    ScratchFolder scratch;
+    const std::string path = scratch.Preferences() + "/f";
+    {
+        FileUpdate update;
+        ASSERT_EQ(update.Open(path, GetParam()), noErr);
+        ASSERT_EQ(Put(update, "half"), noErr);
+    }
+    EXPECT_EQ(ScratchFolder::Names(scratch.Preferences()), Names{});
+    WriteWhole(path, "old bytes");
+    {
+        FileUpdate update;
+        ASSERT_EQ(update.Open(path, GetParam()), noErr);
+        ASSERT_EQ(Put(update, "half, and longer than the old"), noErr);
+        EXPECT_EQ(update.Open(path, GetParam()), fBsyErr);
+    }
+    EXPECT_EQ(ReadWhole(path), "old bytes");
+    EXPECT_EQ(ScratchFolder::Names(scratch.Preferences()), Names{"f"});
+}
+
+TEST_P(FileUpdateBothWays, Links_StayLinks) {
+    ScratchFolder scratch;
+    const std::string folder = scratch.Path("real");
+    fs::create_directory(folder);
+    fs::create_symlink("../real/f", scratch.Path("config/a"));
+    fs::create_symlink("a", scratch.Path("config/b"));
+    for (const char *text : {"made through a dangling link", "and changed"}) {
+        EXPECT_EQ(Update(scratch.Path("config/b"), GetParam(), text), noErr);
+        EXPECT_EQ(ReadWhole(folder + "/f"), text);
+    }
+    EXPECT_TRUE(fs::is_symlink(scratch.Path("config/b")));
+    EXPECT_EQ(ScratchFolder::Names(folder), Names{"f"});
+    fs::create_symlink("loop", scratch.Path("config/loop"));
+    EXPECT_EQ(Update(scratch.Path("config/loop"), GetParam(), ""), bdNamErr);
+}
+
+TEST_P(FileUpdateBothWays, WrongPlaces_AreRefused) {
+    ScratchFolder scratch;
+    EXPECT_EQ(Update(scratch.Path(), GetParam(), ""), notAFileErr);
+    EXPECT_EQ(Update(scratch.Path("none/f"), GetParam(), ""), fnfErr);
+    EXPECT_EQ(Update("", GetParam(), ""), bdNamErr);
+    EXPECT_EQ(Update("/dev/full", GetParam(), "x"), dskFulErr);
+    EXPECT_EQ(Update("/dev/null", GetParam(), "x"), noErr);
+    EXPECT_EQ(OpenFileCount(), 0);
+}
+
+TEST_P(FileUpdateBothWays, EveryFault_LeavesTheOldOrTheNewFile) {
+    for (const Lasts lasts : {Lasts::Once, Lasts::ForEver}) {
+        for (int failAt = 1;; ++failAt) {
+            ScratchFolder scratch;
+            const std::string path = scratch.Preferences() + "/f";
+            WriteWhole(path, "old");
+            bool wasHit = false;
+            OSErr status = noErr;
+            {
+                FaultyDisk faults(failAt, lasts, ENOSPC);
+                status = Update(path, GetParam(), "new");
+                wasHit = faults.WasHit();
+            }
+            EXPECT_EQ(OpenFileCount(), 0);
+            if (!wasHit) {
+                EXPECT_EQ(status, noErr);
+                EXPECT_GT(failAt, 5);
+                break;
+            }
+            EXPECT_EQ(ScratchFolder::Names(scratch.Preferences()), Names{"f"}) << failAt;
+            if (GetParam() == UpdateMethod::Replace || lasts == Lasts::Once) {
+                const std::string now = ReadWhole(path);
+                EXPECT_TRUE(now == "old" || now == "new") << failAt << now;
+                EXPECT_TRUE(status == noErr || status == dskFulErr) << failAt;
+                EXPECT_TRUE(status != noErr || now == "new") << failAt;
+            }
+        }
+    }
+}
+
+// A process that dies between two calls must leave one of the two files, and the next update must work.
+TEST(FileUpdate, KilledAtEveryCall_LeavesTheOldOrTheNewFile) {
+    for (int killAt = 1;; ++killAt) {
+        ScratchFolder scratch;
+        const std::string path = scratch.Preferences() + "/f";
+        WriteWhole(path, "old");
+        const pid_t child = ::fork();
+        if (child == 0) {
+            FaultyDisk faults(killAt, Lasts::Once, EIO);
+            faults.onFault = [] { ::raise(SIGKILL); };
+            ::_exit(Update(path, UpdateMethod::Replace, "new") == noErr ? 0 : 1);
+        }
+        int status = 0;
+        ASSERT_EQ(::waitpid(child, &status, 0), child);
+        const std::string now = ReadWhole(path);
+        EXPECT_TRUE(now == "old" || now == "new") << killAt << now;
+        EXPECT_EQ(Update(path, UpdateMethod::Replace, "newer"), noErr) << killAt;
+        EXPECT_EQ(ReadWhole(path), "newer");
+        EXPECT_EQ(ScratchFolder::Names(scratch.Preferences()), Names{"f"}) << killAt;
+        if (!WIFSIGNALED(status)) {
+            EXPECT_EQ(now, "new");
+            EXPECT_GT(killAt, 5);
+            break;
+        }
+    }
+}
+
+TEST(FileUpdate, TwoWriters_TakeTurns) {
+    ScratchFolder scratch;
+    const std::string path = scratch.Preferences() + "/f";
+    constexpr int kWriters = 8;
+    for (int i = 0; i < kWriters; ++i) {
+        if (::fork() == 0) {
+            const std::string text(100'000, static_cast<char>('a' + i));
+            ::_exit(Update(path, UpdateMethod::Replace, text) == noErr ? 0 : 1);
+        }
+    }
+    for (int i = 0; i < kWriters; ++i) {
+        int status = 0;
+        ::wait(&status);
+        EXPECT_EQ(status, 0);
+    }
+    const std::string now = ReadWhole(path);
+    EXPECT_EQ(now, std::string(100'000, now[0])) << "two writers mixed";
+    EXPECT_EQ(ScratchFolder::Names(scratch.Preferences()), Names{"f"});
+}
+
+// Runs a check as a user without the superuser's rights, in a child, so that permissions count.
+template <typename Check>
+bool HoldsForAPlainUser(const Check &check) {
+    const pid_t child = ::fork();
+    if (child == 0) {
+        constexpr uid_t kNobody = 65534;
+        if (::getuid() == 0 && (::setgid(kNobody) != 0 || ::setuid(kNobody) != 0)) {
+            ::_exit(2);
+        }
+        ::_exit(check() ? 0 : 1);
+    }
+    int status = -1;
+    ::waitpid(child, &status, 0);
+    return status == 0;
+}
+
+TEST(FileUpdate, ClosedFolder_IsWrittenInPlaceAndClosedFileRefused) {
+    ScratchFolder scratch;
+    ::chmod(scratch.Path().c_str(), 0755);
+    const std::string folder = scratch.Preferences();
+    WriteWhole(folder + "/open", "old");
+    WriteWhole(folder + "/closed", "old");
+    ::chmod((folder + "/open").c_str(), 0666);
+    ::chmod((folder + "/closed").c_str(), 0444);
+    ::chmod(folder.c_str(), 0555);
+    EXPECT_TRUE(HoldsForAPlainUser([&] {
+        return Update(folder + "/open", UpdateMethod::Replace, "new") == noErr &&
+               Update(folder + "/closed", UpdateMethod::Replace, "new") == permErr &&
+               Update(folder + "/none", UpdateMethod::Replace, "new") == permErr;
+    }));
+    EXPECT_EQ(ReadWhole(folder + "/open"), "new");
+    EXPECT_EQ(ReadWhole(folder + "/closed"), "old");
+    // A file that may not be written is refused even where its folder would allow to replace it.
+    ::chmod(folder.c_str(), 0777);
+    EXPECT_TRUE(HoldsForAPlainUser(
+        [&] { return Update(folder + "/closed", UpdateMethod::Replace, "new") == permErr; }));
+    EXPECT_EQ(ScratchFolder::Names(folder), (Names{"closed", "open"}));
+}
+
+TEST(KeepFileAside, DifferentFiles_AreAllKept) {
+    ScratchFolder scratch;
+    const std::string path = scratch.Path("config/f");
+    const std::string kept = path + ".refused";
+    for (const char *text : {"one", "one", "two!", "333", "333"}) {
+        WriteWhole(path, text);
+        EXPECT_EQ(KeepFileAside(path, kept), noErr);
+        EXPECT_EQ(ReadWhole(kept), text);
+        EXPECT_EQ(ReadWhole(path), text);
+    }
+    EXPECT_EQ(ReadWhole(kept + ".1"), "one");
+    EXPECT_EQ(ReadWhole(kept + ".2"), "two!");
+    EXPECT_EQ(ScratchFolder::Names(scratch.Preferences()),
+              (Names{"f", "f.refused", "f.refused.1", "f.refused.2"}));
+    EXPECT_EQ(KeepFileAside(scratch.Path("none"), kept), fnfErr);
+}
+
+TEST(FolderLock, SecondHolder_Waits) {
+    ScratchFolder scratch;
+    const pid_t child = ::fork(); // before the lock is taken, as a fork would share it
+    if (child == 0) {
+        while (!fs::exists(scratch.Path("held"))) {
+            ::usleep(1000);
+        }
+        FolderLock other;
+        ::_exit(other.Acquire(scratch.Path()) == noErr && fs::exists(scratch.Path("done")) ? 0 : 1);
+    }
+    {
+        FolderLock lock;
+        ASSERT_EQ(lock.Acquire(scratch.Path()), noErr);
+        WriteWhole(scratch.Path("held"), "");
+        ::usleep(100'000);
+        WriteWhole(scratch.Path("done"), "");
+    }
+    int status = -1;
+    ::waitpid(child, &status, 0);
+    EXPECT_EQ(status, 0) << "the second holder came in before the first had finished";
+}
+
+} // namespace
+} // namespace drevix

@@ -1,0 +1,39 @@
+// A folder of a test's own, with the preferences folder inside it.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace drevix::test {
+
+// Makes an empty folder, removed with all that is in it at destruction. While it lives, $XDG_CONFIG_HOME and
+// $HOME point into it, so that nothing of the user's is read or written.
+class ScratchFolder {
+  public:
+    ScratchFolder();
+    ScratchFolder(const ScratchFolder &) = delete;
+    ScratchFolder &operator=(const ScratchFolder &) = delete;
+    ~ScratchFolder();
+
+    [[nodiscard]] const std::string &Path() const { return fPath; }
+    [[nodiscard]] std::string Path(std::string_view name) const { return fPath + "/" + std::string(name); }
+    // The preferences folder; it exists.
+    [[nodiscard]] std::string Preferences() const { return Path("config"); }
+    // Names in a folder, sorted.
+    [[nodiscard]] static std::vector<std::string> Names(const std::string &folder);
+
+  private:
+    std::string fPath;
+    std::string fOldConfig;
+    std::string fOldHome;
+};
+
+// A whole file, and writing one; a failure fails the running test.
+std::string ReadWhole(const std::string &path);
+void WriteWhole(const std::string &path, std::string_view bytes);
+
+// The bytes of a text of hexadecimal digits; blanks and line ends are skipped.
+std::string FromHex(std::string_view digits);
+
+} // namespace drevix::test
