@@ -1,0 +1,130 @@
+// Property lists: the value type, reading XML and binary lists, writing XML lists.
+// The XML form is Apple's document type "PropertyList-1.0.dtd"; the binary form is "bplist00".
+#pragma once
+
+#include "platform/types.h"
+
+#include <functional>
+#include <memory>
+#include <span>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <variant>
+#include <vector>
+
+namespace drevix {
+
+class PropertyList;
+
+// The elements of an array, in order.
+using PropertyListArray = std::vector<PropertyList>;
+
+// The entries of a dictionary, in the order of the file. A key that occurs twice has its last value.
+class PropertyListDictionary {
+  public:
+    using Entry = std::pair<std::string, PropertyList>;
+
+    // The value of a key, null when absent. Cost linear in the number of entries.
+    [[nodiscard]] const PropertyList *Find(std::string_view key) const;
+    // Adds an entry at the end. May throw std::bad_alloc, as the standard containers do.
+    void Add(std::string key, PropertyList value);
+    [[nodiscard]] const std::vector<Entry> &Entries() const { return fEntries; }
+
+  private:
+    std::vector<Entry> fEntries;
+};
+
+// Binary data; a type of its own so that it is not taken for text.
+struct PropertyListData {
+    std::string bytes;
+};
+
+// A point in time, in seconds since 2001-01-01 00:00:00 UTC.
+struct PropertyListDate {
+    double seconds;
+};
+
+// One value. Text is UTF-8. An integer from 2^63 to 2^64 - 1 is kept as its 64 bits, so its low bits are
+// right.
+class PropertyList {
+  public:
+    using Value = std::variant<bool, std::int64_t, double, std::string, PropertyListData, PropertyListDate,
+                               PropertyListArray, PropertyListDictionary>;
+
+    PropertyList(bool value) : fValue(value) {}
+    PropertyList(std::int64_t value) : fValue(value) {}
+    PropertyList(double value) : fValue(value) {}
+    PropertyList(std::string value) : fValue(std::move(value)) {}
+    PropertyList(PropertyListData value) : fValue(std::move(value)) {}
+    PropertyList(PropertyListDate value) : fValue(value) {}
+    PropertyList(PropertyListArray value) : fValue(std::move(value)) {}
+    PropertyList(PropertyListDictionary value) : fValue(std::move(value)) {}
+    PropertyList(const char *) = delete; // would become a bool
+
+    // The value as one of the alternatives of Value, null when it is another.
+    template <typename T>
+    [[nodiscard]] const T *As() const {
+        return std::get_if<T>(&fValue);
+    }
+    [[nodiscard]] const Value &Get() const { return fValue; }
+    [[nodiscard]] Value &Get() { return fValue; }
+
+  private:
+    Value fValue;
+};
+
+// Bounds that keep a hostile list from exhausting memory or the stack; a list beyond them is refused as
+// damaged.
+inline constexpr int kPropertyListMaxDepth = 64;
+inline constexpr std::size_t kPropertyListMaxBytes = std::size_t{256} << 20; // of the file
+inline constexpr std::size_t kPropertyListMaxValues =
+    std::size_t{8} << 20; // values in one list, shared ones counted each time
+
+// What came of reading, for a message to a person.
+struct PropertyListProblem {
+    int line = 0;     // of an XML list, from 1; 0 when not known
+    std::string text; // the end of a sentence, never empty after a failure ("an entity is declared")
+};
+
+// Called with each element of the root array, in order; it may move from the element. False stops the
+// reading.
+using PropertyListElementHandler = std::function<bool(PropertyList &element)>;
+
+// Reads a list whose root is an array, XML or binary as its first bytes tell. Elements are handed over while
+// the file is read, so that a long list is never in memory whole; when the list turns out damaged further on,
+// the handler has been called for the elements before, and the caller must drop what it made of them. noErr;
+// -1 for a damaged list, a root that is no array, or a list beyond the bounds (`problem`, if given, says
+// what); userCanceledErr when the handler stopped it; memFullErr; or the file's error.
+[[nodiscard]] OSErr ReadPropertyListArray(const std::string &path, const PropertyListElementHandler &handler,
+                                          PropertyListProblem *problem = nullptr);
+
+// The same from memory.
+[[nodiscard]] OSErr ParsePropertyListArray(std::span<const std::byte> bytes,
+                                           const PropertyListElementHandler &handler,
+                                           PropertyListProblem *problem = nullptr);
+
+// Writes an XML list whose root is an array, element by element, to a file in place
+// ("platform/file_update.h"): until Finish has returned noErr, destroying the writer puts the file's old
+// bytes back.
+class PropertyListArrayWriter {
+  public:
+    PropertyListArrayWriter();
+    PropertyListArrayWriter(const PropertyListArrayWriter &) = delete;
+    PropertyListArrayWriter &operator=(const PropertyListArrayWriter &) = delete;
+    ~PropertyListArrayWriter();
+
+    [[nodiscard]] OSErr Open(const std::string &path);
+    // Characters that XML 1.0 forbids are written as U+FFFD. memFullErr or the file's error.
+    [[nodiscard]] OSErr Add(const PropertyList &element);
+    [[nodiscard]] OSErr Finish();
+
+  private:
+    struct State;
+    std::unique_ptr<State> fState;
+};
+
+// The XML text of a list whose root is the given array, as the writer makes it. May throw std::bad_alloc.
+[[nodiscard]] std::string PropertyListArrayText(const PropertyListArray &elements);
+
+} // namespace drevix
