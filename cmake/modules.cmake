@@ -21,11 +21,12 @@ target_include_directories(drevix_options INTERFACE "${PROJECT_SOURCE_DIR}")
 target_compile_options(drevix_options INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor
     -Woverloaded-virtual $<$<BOOL:${DREVIX_WERROR}>:-Werror>)
 
-# drevix_module(NAME SOURCES ... [LIBRARIES ...]): the static library of the folder NAME. It links what layers.txt lets it
-# include; LIBRARIES are third-party libraries (only platform/ has some).
+# drevix_module(NAME [LIBRARIES ...]): the static library of the folder NAME, with every source in it. It links what
+# layers.txt lets it include; LIBRARIES are third-party libraries (only platform/ has some).
 function(drevix_module name)
-    cmake_parse_arguments(arg "" "" "SOURCES;LIBRARIES" ${ARGN})
-    add_library(${name} STATIC ${arg_SOURCES})
+    cmake_parse_arguments(arg "" "" "LIBRARIES" ${ARGN})
+    file(GLOB sources CONFIGURE_DEPENDS "${CMAKE_CURRENT_SOURCE_DIR}/*.cpp")
+    add_library(${name} STATIC ${sources})
     target_link_libraries(${name} PUBLIC drevix_options ${DREVIX_USES_${name}} PRIVATE ${arg_LIBRARIES})
     drevix_check_headers(${name})
 endfunction()

@@ -1,5 +1,5 @@
-// Runs a fuzzer's entry point once over every file of the folders and files named as arguments, so that inputs that once
-// mattered are tried by an ordinary build too.
+// Runs a fuzzer's entry point once over every file of the folders and files named as arguments, so that
+// inputs that once mattered are tried by an ordinary build too.
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>

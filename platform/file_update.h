@@ -9,10 +9,9 @@ namespace drevix {
 
 enum class UpdateMethod {
     // A new file is written beside the old one, flushed, renamed over it, and the folder flushed: killed at
-    // any point, the
-    // old or the new file is there whole. A link is followed first and stays one; mode and owner are kept.
-    // Where the folder
-    // cannot be written, or the owner could not be kept, but the file can be written, it is done in place.
+    // any point, the old or the new file is there whole. A link is followed first and stays one; mode and
+    // owner are kept. Where the folder cannot be written, or the owner could not be kept, but the file can be
+    // written, it is done in place.
     Replace,
     // The file itself is written; its old bytes are kept in memory until the commit and put back when it does
     // not come.

@@ -1,0 +1,44 @@
+// Readable names of keys and modifier combinations ("cmd+shift+a"), and keystrokes read from such names.
+// Names are Pascal strings, cut at the caller's limit of characters. Main thread only.
+#pragma once
+
+#include "platform/types.h"
+
+#include <array>
+#include <cstdint>
+#include <string_view>
+
+namespace drevix {
+
+// The character, in Mac OS Roman, that each virtual key code gives without modifiers; all 0 until it is
+// built, and 0 for key code 127 always. Keys without a character have the platform's control character for
+// their kind (16: a function key).
+extern std::array<std::uint8_t, 128> gAsciiTable;
+
+// Builds gAsciiTable from the keyboard layout in force; leaves it unchanged when there is none. Later changes
+// of the layout are not followed.
+void GetKeyboardInformation();
+
+// The table's entry for the low seven bits of the key code.
+[[nodiscard]] std::uint8_t GetKeyChar(std::uint8_t keyCode);
+
+// The modifiers of a key as symbol bytes (command 1, shift 2, option 3, control 4, keypad 5, and a blank at
+// the end of a non-empty result), or as words ("cmd+", "shift+", "caps+", "opt+", "ctrl+", and "num+" for a
+// keypad key). `modifiers` is the high byte of ActionSlot::modifiers.
+void GetModifiersCode(std::uint8_t keyCode, std::uint8_t modifiers, StringPtr name, std::int16_t limit);
+void GetModifiersName(std::uint8_t keyCode, std::uint8_t modifiers, StringPtr name, std::int16_t limit);
+// The name of one key: its character, or "esc", "F5", "pg up", ...; a backslash and the character's number
+// for any other.
+void GetKeyName(std::uint8_t keyCode, StringPtr name, std::int16_t limit);
+// The whole text of a keystroke: `key` is the key code times 256, `modifiers` an ActionSlot's. "(none)" when
+// either is 0xFFFF. `useCodes` not 0 takes the symbol bytes.
+void GetKeyCombinationName(std::uint16_t key, std::uint16_t modifiers, StringPtr name, std::int16_t limit,
+                           std::uint16_t useCodes);
+
+// Reads a keystroke written as GetKeyCombinationName writes it (UTF-8; modifiers in any order, letter case of
+// words ignored, also "command", "option", "alt", "control", and "escape", "page up" and the like). False,
+// with the outputs unchanged, for text that names no key of the layout.
+[[nodiscard]] bool ParseKeyCombination(std::string_view text, std::uint8_t *keyCode,
+                                       std::uint16_t *modifiers);
+
+} // namespace drevix

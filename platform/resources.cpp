@@ -1,0 +1,27 @@
+#include "platform/resources.h"
+
+#include "platform/disk.h"
+#include "platform/file_update.h"
+#include "platform/status.h"
+
+#include <new>
+
+namespace drevix {
+
+OSErr FindResourceFolder(FSRef *folder) try {
+    std::string program;
+    if (const OSErr status = FollowLinks("/proc/self/exe", &program); status != noErr) {
+        return status;
+    }
+    const std::string path = FolderOfPath(FolderOfPath(program)) + "/share/drevix-settings";
+    struct stat found {};
+    if (CurrentDisk().StatusAt(path.c_str(), &found) != 0 || !S_ISDIR(found.st_mode)) {
+        return fnfErr;
+    }
+    folder->path = path;
+    return noErr;
+} catch (const std::bad_alloc &) {
+    return memFullErr;
+}
+
+} // namespace drevix

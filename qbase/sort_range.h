@@ -1,0 +1,124 @@
+// The sort behind FastQSort, as a template over the element size and the comparison, so that sorting a base's
+// index costs no call but the caller's own comparison. Used by qbase/ alone.
+#pragma once
+
+#include "qbase/fast_sort.h"
+
+#include <cstddef>
+#include <cstring>
+#include <type_traits>
+
+namespace drevix {
+
+// True from CancelFastQSort until the next sort.
+extern bool gSortCancelled;
+
+// A range with this many elements or more takes the median of three as its pivot, a smaller one any element.
+inline constexpr std::size_t kMedianThreshold = 25;
+
+// `Size` is std::size_t, or an integral constant where the size is known to the compiler. `Compare` is called
+// with two element pointers.
+template <class Size, class Compare>
+class RangeSorter {
+  public:
+    RangeSorter(Size size, Compare compare) : fSize(size), fCompare(compare) {}
+
+    // Sorts [lo, hi). Recursion goes into the smaller part, so its depth stays within log2 of the count.
+    void Sort(std::byte *lo, std::byte *hi) {
+        while (!gSortCancelled) {
+            const std::size_t count = static_cast<std::size_t>(hi - lo) / fSize;
+            if (count < 2) {
+                return;
+            }
+            PlacePivot(lo, count);
+            std::byte *const pivot = Partition(lo, hi);
+            if (pivot == lo) {
+                lo += fSize;
+                continue;
+            }
+            Swap(lo, pivot);
+            std::byte *const right = pivot + fSize;
+            if (pivot - lo < hi - right) {
+                Sort(lo, pivot);
+                lo = right;
+            } else {
+                Sort(right, hi);
+                hi = pivot;
+            }
+        }
+    }
+
+    void PlaceMedian(std::byte *destination, std::byte *a, std::byte *b, std::byte *c) {
+        std::byte *median = nullptr;
+        if (fCompare(a, b) > 0) {
+            median = fCompare(a, c) <= 0 ? a : fCompare(b, c) > 0 ? b : c;
+        } else {
+            median = fCompare(a, c) > 0 ? a : fCompare(b, c) > 0 ? c : b;
+        }
+        if (median != destination) {
+            Swap(median, destination);
+        }
+    }
+
+  private:
+    void Swap(std::byte *a, std::byte *b) {
+        if constexpr (std::is_same_v<Size, std::integral_constant<std::size_t, sizeof(std::uint32_t)>>) {
+            std::uint32_t first = 0;
+            std::uint32_t second = 0;
+            std::memcpy(&first, a, sizeof first);
+            std::memcpy(&second, b, sizeof second);
+            std::memcpy(a, &second, sizeof second);
+            std::memcpy(b, &first, sizeof first);
+        } else {
+            MemSwap(a, b, fSize);
+        }
+    }
+
+    // Brings the pivot to the start of the range.
+    void PlacePivot(std::byte *lo, std::size_t count) {
+        std::byte *const random = lo + static_cast<std::size_t>(FQSRandom()) % count * fSize;
+        if (count < kMedianThreshold) {
+            Swap(lo, random);
+        } else {
+            PlaceMedian(lo, lo, lo + count / 2 * fSize, random);
+        }
+    }
+
+    // Divides the range by the pivot at its start; the result is where the pivot belongs. Both scans stop at
+    // elements equal to the pivot, so long runs of equal keys are divided evenly.
+    std::byte *Partition(std::byte *lo, std::byte *hi) {
+        std::byte *i = lo;
+        std::byte *j = hi;
+        for (;;) {
+            do {
+                i += fSize;
+            } while (i < hi && fCompare(i, lo) < 0);
+            do {
+                j -= fSize;
+            } while (j > lo && fCompare(j, lo) > 0);
+            if (i >= j) {
+                return j;
+            }
+            Swap(i, j);
+        }
+    }
+
+    [[no_unique_address]] Size fSize;
+    Compare fCompare;
+};
+
+// The start of every sort: clears the cancel flag and seeds the random state from the clock, so that pivots
+// differ from run to run. The end of every sort: noErr, or userCanceledErr.
+void StartSort();
+[[nodiscard]] OSErr SortResult();
+
+// Sorts `count` elements. noErr or userCanceledErr, as FastQSort.
+template <class Size, class Compare>
+[[nodiscard]] OSErr SortElements(void *start, std::size_t count, Size size, Compare compare) {
+    StartSort();
+    auto *const first = static_cast<std::byte *>(start);
+    RangeSorter<Size, Compare>(size, compare).Sort(first, first + count * size);
+    return SortResult();
+}
+
+} // namespace drevix

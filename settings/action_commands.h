@@ -1,0 +1,178 @@
+// The vocabulary of actions: every command code, where the menus list it, and the rules between the slots of
+// a record.
+#pragma once
+
+#include "settings/app_prefs.h"
+
+#include <cstdint>
+#include <span>
+#include <string_view>
+
+namespace drevix {
+
+// A command code, as ActionSlot::command holds it. The codes are what records and the helper exchange: never
+// renumbered.
+using ActionCommand = std::uint16_t;
+
+inline constexpr ActionCommand kActionNone = 0;
+inline constexpr ActionCommand kActionUseGlobal = 4;  // what the global record does
+inline constexpr ActionCommand kActionModeSwitch = 7; // one slot of a record only
+inline constexpr ActionCommand kActionKeystroke = 32;
+inline constexpr ActionCommand kActionToolMenu = 34; // a companion menu entry, by its title's CRC
+inline constexpr ActionCommand kActionFirstAppTool = 35;
+inline constexpr ActionCommand kActionFirstAppNav = 37;
+inline constexpr ActionCommand kActionFitWindow = 43; // one slot of a record only
+inline constexpr ActionCommand kActionOpenItem = 64;
+inline constexpr ActionCommand kActionFirstScroll = 224;
+inline constexpr ActionCommand kActionLastScroll = 231; // 228 to 231 are shown as scrolling, but not offered
+
+// The kinds of action.
+enum class ActionGroup : std::uint8_t {
+    ActionNone,
+    ActionUseGlobal,
+    ActionModeSwitch,
+    ActionKeystroke,
+    ActionToolMenu,
+    ActionAppTool,
+    ActionAppNav,
+    ActionOpenItem,
+    ActionPredefined,
+    ActionSpecialKey,
+    ActionITunes,
+    ActionShortcut,
+    ActionScroll,
+};
+
+// Where a command may stand; bits of ActionInfo::restrictions.
+inline constexpr std::uint8_t kNotInGlobalRecord = 0x01;
+inline constexpr std::uint8_t kOneSlotOnly = 0x02;     // choosing it elsewhere clears it here
+inline constexpr std::uint8_t kNavAppsOnly = 0x04;     // records whose signature HasAppCommands accepts
+inline constexpr std::uint8_t kToolMenuRecords = 0x08; // those and the global record
+inline constexpr std::uint8_t kToolMenuButtons = 0x10; // buttons I, II and III only
+
+// One command.
+struct ActionInfo {
+    ActionCommand code;
+    ActionGroup group;
+    std::uint8_t restrictions; // bits above
+    std::string_view title;    // for people, English, to be translated by whoever shows it
+};
+
+// All commands in ascending order of their codes. Static storage.
+[[nodiscard]] std::span<const ActionInfo> AllActions();
+// The row of a code, null for a code that is in no table.
+[[nodiscard]] const ActionInfo *FindAction(ActionCommand code);
+// The group's name for people ("Shortcut"), static storage.
+[[nodiscard]] std::string_view ActionGroupTitle(ActionGroup group);
+
+// Menus. A menu is its commands by position; these two values stand for no command.
+inline constexpr std::int16_t kMenuSeparator = -2;
+inline constexpr std::int16_t kMenuNotFound = -1;
+
+// The entries of the action menu, by position.
+enum class ActionMenuEntry : std::uint8_t {
+    None,
+    UseGlobal,
+    Application,
+    ToolMenu,
+    ModeSwitch,
+    Separator1,
+    Keystroke,
+    Shortcut,
+    SpecialKey,
+    Separator2,
+    ScrollFirst,
+    Separator3 = ScrollFirst + 4,
+    Predefined,
+    OpenItem,
+    Separator4,
+    ITunes,
+    Count,
+};
+inline constexpr int kActionMenuPositions = static_cast<int>(ActionMenuEntry::Count);
+static_assert(kActionMenuPositions == 19);
+
+// The entry's title, empty for a separator. Static storage.
+[[nodiscard]] std::string_view ActionMenuTitle(int position);
+// The command that choosing a position stores for a slot: a group entry's first code (the application entry's
+// depends on the slot), 0 for a separator or a position beyond the menu.
+[[nodiscard]] ActionCommand CommandForActionMenu(int position, SlotIndex slot);
+
+// The detail tabs, by index.
+enum class DetailTab : std::uint8_t {
+    Empty,
+    Keystroke,
+    AppNav,
+    AppTool,
+    ToolMenu,
+    Shortcuts,
+    SpecialKeys,
+    Predefined,
+    OpenItem,
+    ITunes,
+    Scroll,
+    Count,
+};
+
+// The menu of one group of commands.
+struct GroupMenu {
+    std::string_view outlet; // name of the pop-up that shows it
+    ActionGroup group;
+    DetailTab tab;                       // the tab that it stands on
+    ActionMenuEntry entry;               // the group's entry of the action menu
+    std::span<const std::int16_t> codes; // by position; kMenuSeparator for a separator
+};
+
+// The six group menus, in the order in which a code is looked up in them. Static storage.
+[[nodiscard]] std::span<const GroupMenu> GroupMenus();
+// The menu with this outlet name, null if there is none.
+[[nodiscard]] const GroupMenu *FindGroupMenu(std::string_view outlet);
+// The command at a position of a group menu; 0 for a separator or a position beyond the menu.
+[[nodiscard]] ActionCommand CommandForGroupMenu(const GroupMenu &menu, int position);
+
+// Where the editor shows a command.
+struct ActionPlace {
+    int actionMenuPosition; // 0 for a code that is in no table
+    DetailTab tab;
+    const GroupMenu *menu; // the group menu that holds the code, null if none does
+    int menuPosition;      // in that menu; kMenuNotFound without one
+};
+[[nodiscard]] ActionPlace ClassifyAction(ActionCommand code);
+
+// Rules between the slots of a record
+
+// The other one of an opposite pair (ring 0-1, 2-3, 4-5, tuner 6-7); kNoSlot for a slot that has none.
+[[nodiscard]] SlotIndex OppositeSlot(SlotIndex slot);
+[[nodiscard]] bool IsTunerSlot(SlotIndex slot);
+// Buttons I, II and III: slots 18 to 20.
+[[nodiscard]] bool IsToolMenuSlot(SlotIndex slot);
+// Whether records with this signature may hold the application commands 35 to 43: the wildcard, and the four
+// companion applications '8BIM', 'ART5', 'InDn' and '8ELE'.
+[[nodiscard]] bool HasAppCommands(OSType application);
+[[nodiscard]] bool IsAppCommand(ActionCommand code);
+
+// Why a command cannot be chosen for a slot.
+enum class ActionRefusal : std::uint8_t {
+    None,
+    UnknownCommand,
+    NoControl,
+    NotInGlobalRecord,
+    NotInThisRecord,
+    NotOnThisControl
+};
+// Whether the editor offers the command for this slot of this record.
+[[nodiscard]] ActionRefusal CheckAction(const AppPrefs &prefs, SlotIndex slot, ActionCommand code);
+
+// Empties the slot's fields but the command: no modifiers, no key, no delay, CRC or text.
+void ResetActionSlot(ActionSlot &slot);
+// To be called after a command was stored in `slot`: clears the command from other slots where one slot only
+// may hold it, and keeps the opposite slot's application command its partner. Only `command` fields change.
+void UpdateOppositeAction(AppPrefs &prefs, SlotIndex slot);
+// To be called after a companion menu entry was stored in `slot`: clears the same entry from the other two
+// buttons.
+void UpdateToolMenuAction(AppPrefs &prefs, SlotIndex slot);
+// What choosing a command in the action menu does: resets the slot, stores the command, and applies
+// UpdateOppositeAction. Does nothing for a slot outside 0 to 31.
+void ChooseAction(AppPrefs &prefs, SlotIndex slot, ActionCommand code);
+
+} // namespace drevix

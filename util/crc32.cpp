@@ -1,0 +1,1 @@
+#include "util/crc32.h"
