@@ -13,6 +13,7 @@
 #include <new>
 #include <tuple>
 #include <unistd.h>
+#include <utility>
 
 namespace drevix {
 namespace {
@@ -85,21 +86,20 @@ std::string NameOfPath(const std::string &path) {
     return path.substr(path.rfind('/') + 1);
 }
 
-// Whether the two paths have the same file, or files with the same bytes, behind them.
-bool HoldSameBytes(const std::string &path, const std::string &other) {
+// Whether `other` is a file of its own, reached over no link, with the bytes of the file at `path`.
+bool IsCopyOf(const std::string &path, const std::string &other) {
+    std::string original;
     struct stat a {};
     struct stat b {};
     Disk &disk = CurrentDisk();
-    if (disk.StatusAt(path.c_str(), &a) != 0 || disk.StatusAt(other.c_str(), &b) != 0 ||
-        a.st_size != b.st_size) {
+    if (FollowLinks(path, &original) != noErr || disk.StatusAt(original.c_str(), &a) != 0 ||
+        disk.StatusAt(other.c_str(), &b) != 0 || a.st_size != b.st_size || !S_ISREG(b.st_mode)) {
         return false;
     }
-    if (a.st_dev == b.st_dev && a.st_ino == b.st_ino) {
-        return true;
-    }
+    const bool oneFile = a.st_dev == b.st_dev && a.st_ino == b.st_ino; // changes when the original does
     std::string bytes;
     std::string otherBytes;
-    return ReadWholeFile(path, &bytes) == noErr && ReadWholeFile(other, &otherBytes) == noErr &&
+    return !oneFile && ReadWholeFile(path, &bytes) == noErr && ReadWholeFile(other, &otherBytes) == noErr &&
            bytes == otherBytes;
 }
 
@@ -148,7 +148,7 @@ OSErr FollowLinks(const std::string &path, std::string *target) try {
             return noErr;
         }
         const std::string next(link.data(), static_cast<std::size_t>(length));
-        reached = next.starts_with('/') ? next : FolderOfPath(reached) + "/" + next;
+        reached = next.starts_with('/') ? next : FolderOfPath(reached).append("/").append(next);
     }
     return bdNamErr;
 } catch (const std::bad_alloc &) {
@@ -243,7 +243,7 @@ OSErr FileUpdate::OpenBeside() {
 // apart; its name is always the same, so that nothing piles up.
 OSErr FileUpdate::MakeBeside(int *result) {
     Disk &disk = CurrentDisk();
-    const std::string beside = FolderOfPath(fTarget) + "/." + NameOfPath(fTarget) + ".new";
+    std::string beside = FolderOfPath(fTarget) + "/." + NameOfPath(fTarget) + ".new";
     constexpr int kFlags = O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK;
     constexpr int kLockTries = 100; // one second
     for (int tries = kLockTries; tries >= 0; --tries) {
@@ -259,7 +259,7 @@ OSErr FileUpdate::MakeBeside(int *result) {
         bool current = false;
         status = IsFileAt(beside, descriptor, &current);
         if (status == noErr && current) {
-            fBeside = beside;
+            fBeside = std::move(beside);
             *result = descriptor;
             return noErr;
         }
@@ -334,7 +334,7 @@ OSErr FileUpdate::Commit() {
     return status;
 }
 
-OSErr FileUpdate::FlushFolder() const {
+OSErr FileUpdate::FlushFolder() const try {
     const int descriptor = CurrentDisk().Open(FolderOfPath(fTarget).c_str(), O_RDONLY | O_DIRECTORY, 0);
     if (descriptor < 0) {
         // A folder that may be written but not read cannot be flushed; the rename itself has happened.
@@ -343,6 +343,8 @@ OSErr FileUpdate::FlushFolder() const {
     const OSErr status = CurrentDisk().Flush(descriptor) == 0 || errno == EINVAL ? noErr : LastError();
     CurrentDisk().Close(descriptor);
     return status;
+} catch (const std::bad_alloc &) {
+    return memFullErr;
 }
 
 // Lets go of the file; what was not committed is undone first.
@@ -370,7 +372,7 @@ void FileUpdate::Discard() {
 }
 
 OSErr KeepFileAside(const std::string &path, const std::string &keptPath) try {
-    if (HoldSameBytes(path, keptPath)) {
+    if (IsCopyOf(path, keptPath)) {
         return noErr;
     }
     std::string bytes;

@@ -27,8 +27,10 @@ class PropertyListDictionary {
 
     // The value of a key, null when absent. Cost linear in the number of entries.
     [[nodiscard]] const PropertyList *Find(std::string_view key) const;
-    // Adds an entry at the end. May throw std::bad_alloc, as the standard containers do.
-    void Add(std::string key, PropertyList value);
+    // Adds an entry at the end; the value is anything that a PropertyList is made of. May throw
+    // std::bad_alloc, as the standard containers do.
+    template <typename Value>
+    void Add(std::string key, Value &&value);
     [[nodiscard]] const std::vector<Entry> &Entries() const { return fEntries; }
 
   private:
@@ -46,7 +48,7 @@ struct PropertyListDate {
 };
 
 // One value. Text is UTF-8. An integer from 2^63 to 2^64 - 1 is kept as its 64 bits, so its low bits are
-// right.
+// right; it is written as the negative number with these bits.
 class PropertyList {
   public:
     using Value = std::variant<bool, std::int64_t, double, std::string, PropertyListData, PropertyListDate,
@@ -73,6 +75,15 @@ class PropertyList {
   private:
     Value fValue;
 };
+
+template <typename Value>
+void PropertyListDictionary::Add(std::string key, Value &&value) {
+    constexpr std::size_t kFewEntries = 8; // one allocation for most dictionaries
+    if (fEntries.capacity() == 0) {
+        fEntries.reserve(kFewEntries);
+    }
+    fEntries.emplace_back(std::move(key), std::forward<Value>(value));
+}
 
 // Bounds that keep a hostile list from exhausting memory or the stack; a list beyond them is refused as
 // damaged.
@@ -115,7 +126,8 @@ class PropertyListArrayWriter {
     ~PropertyListArrayWriter();
 
     [[nodiscard]] OSErr Open(const std::string &path);
-    // Characters that XML 1.0 forbids are written as U+FFFD. memFullErr or the file's error.
+    // Adds an element at the end. Characters that XML 1.0 forbids are written as U+FFFD, dates to the whole
+    // second and in the years 1 to 9999. memFullErr or the file's error; nothing can be added after either.
     [[nodiscard]] OSErr Add(const PropertyList &element);
     [[nodiscard]] OSErr Finish();
 

@@ -13,7 +13,10 @@ OSErr FindResourceFolder(FSRef *folder) try {
     if (const OSErr status = FollowLinks("/proc/self/exe", &program); status != noErr) {
         return status;
     }
-    const std::string path = FolderOfPath(FolderOfPath(program)) + "/share/drevix-settings";
+    std::string path = FolderOfPath(FolderOfPath(program)) + "/share/drevix-settings";
+    if (const OSErr status = FollowLinks(path, &path); status != noErr) {
+        return status;
+    }
     struct stat found {};
     if (CurrentDisk().StatusAt(path.c_str(), &found) != 0 || !S_ISDIR(found.st_mode)) {
         return fnfErr;

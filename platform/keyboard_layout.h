@@ -1,0 +1,44 @@
+// What the keys of the keyboard layout in force print, in Mac OS Roman.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace drevix {
+
+// A layout by the names that X11 and Wayland know it by. An empty name stands for the usual one. Several
+// layouts may stand side by side, separated by commas, as may their variants.
+struct KeyboardLayoutNames {
+    std::string rules, model, layout, variant, options;
+};
+
+// The character that each key gives without modifiers, by the key's evdev scan code; 0 for a key that prints
+// nothing. There are no control characters among them.
+//
+// A dead key has its accent as a character of its own where Mac OS Roman has it. Every key is looked at by
+// itself: a dead key changes nothing about another. A layout that does not write the Latin script (Russian,
+// Greek) is replaced by the first that does of those that stand beside it, else by the US one; in a Latin
+// layout only the keys whose characters Mac OS Roman lacks are.
+using KeyboardCharacters = std::array<std::uint8_t, 256>;
+
+// The characters of the layout in force: that of the X server in $DISPLAY, with the group chosen there; where
+// none can be reached the first of ConfiguredKeyboardLayout; where that is no layout the US one. False, with
+// *characters unchanged, when none can be had.
+[[nodiscard]] bool CurrentKeyboardCharacters(KeyboardCharacters *characters);
+
+// The same for the first of the named layouts. False, with *characters unchanged, when there is no such
+// layout.
+[[nodiscard]] bool KeyboardCharactersOfLayout(const KeyboardLayoutNames &names,
+                                              KeyboardCharacters *characters);
+
+// The layout that the user, else the system, has set: $XKB_DEFAULT_LAYOUT and its companions, else the system's
+// keyboard file (keyboard(5)), else "us". May throw std::bad_alloc.
+[[nodiscard]] KeyboardLayoutNames ConfiguredKeyboardLayout();
+
+// What a keyboard file says, lines of XKBLAYOUT="de" and the like; what it does not name is empty. May throw
+// std::bad_alloc.
+[[nodiscard]] KeyboardLayoutNames ParseKeyboardFile(std::string_view text);
+
+} // namespace drevix

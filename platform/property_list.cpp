@@ -1,0 +1,115 @@
+#include "platform/property_list.h"
+
+#include "platform/property_list_reading.h"
+#include "platform/status.h"
+
+#include <algorithm>
+#include <cstring>
+#include <new>
+#include <ranges>
+
+namespace drevix {
+namespace {
+
+constexpr std::size_t kPieceSize = std::size_t{64} << 10;
+constexpr std::string_view kBinarySignature = "bplist";
+
+bool IsBinary(std::span<const std::byte> start) {
+    return start.size() >= kBinarySignature.size() &&
+           std::memcmp(start.data(), kBinarySignature.data(), kBinarySignature.size()) == 0;
+}
+
+OSErr ReadList(ListBytes &bytes, const PropertyListElementHandler &handler, PropertyListProblem *problem) {
+    std::span<const std::byte> start;
+    if (const OSErr status = bytes.Ahead(&start); status != noErr) {
+        problem->text = status == kDamagedList ? kListTooLarge : "";
+        return status;
+    }
+    return IsBinary(start) ? ReadBinaryList(bytes, handler, problem) : ReadXmlList(bytes, handler, problem);
+}
+
+// Tells the caller of a failure what it was, in words too.
+OSErr Report(OSErr status, PropertyListProblem *found, PropertyListProblem *problem) {
+    if (status != noErr && problem != nullptr) {
+        if (found->text.empty()) {
+            found->text = StatusText(status);
+        }
+        *problem = std::move(*found);
+    }
+    return status;
+}
+
+// Reads what `open` leads to and turns a lack of memory into its status.
+template <typename Read>
+OSErr ReadAndReport(PropertyListProblem *problem, const Read &read) try {
+    PropertyListProblem found;
+    OSErr status = noErr;
+    try {
+        status = read(&found);
+    } catch (const std::bad_alloc &) {
+        status = memFullErr;
+        found = {};
+    }
+    return Report(status, &found, problem);
+} catch (const std::bad_alloc &) {
+    return memFullErr; // there is not even room for its text
+}
+
+} // namespace
+
+const PropertyList *PropertyListDictionary::Find(std::string_view key) const {
+    for (const Entry &entry : std::views::reverse(fEntries)) {
+        if (entry.first == key) {
+            return &entry.second;
+        }
+    }
+    return nullptr;
+}
+
+OSErr ListBytes::Ahead(std::span<const std::byte> *bytes) {
+    if (fAhead.empty() && fFile != 0) {
+        if (const OSErr status = ReadPiece(); status != noErr) {
+            return status;
+        }
+    }
+    *bytes = fAhead;
+    return fTotal > kPropertyListMaxBytes ? kDamagedList : noErr;
+}
+
+OSErr ListBytes::ReadPiece() {
+    fPiece.resize(kPieceSize);
+    auto count = static_cast<std::int32_t>(fPiece.size());
+    const OSErr status = FSRead(fFile, &count, fPiece.data());
+    if (status != noErr && status != eofErr) {
+        return status;
+    }
+    fAhead = std::as_bytes(std::span(fPiece).first(static_cast<std::size_t>(count)));
+    fTotal += fAhead.size();
+    return noErr;
+}
+
+OSErr ReadPropertyListArray(const std::string &path, const PropertyListElementHandler &handler,
+                            PropertyListProblem *problem) {
+    return ReadAndReport(problem, [&](PropertyListProblem *found) {
+        FileRef file = 0;
+        if (const OSErr status = OpenFile(path, fsRdPerm, &file); status != noErr) {
+            return status;
+        }
+        struct Closer {
+            FileRef file;
+            ~Closer() { FSClose(file); }
+        } const closer{file};
+        ListBytes bytes(file);
+        return ReadList(bytes, handler, found);
+    });
+}
+
+OSErr ParsePropertyListArray(std::span<const std::byte> bytes, const PropertyListElementHandler &handler,
+                             PropertyListProblem *problem) {
+    return ReadAndReport(problem, [&](PropertyListProblem *found) {
+        ListBytes list(bytes);
+        return ReadList(list, handler, found);
+    });
+}
+
+} // namespace drevix
