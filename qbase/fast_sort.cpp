@@ -30,12 +30,10 @@ OSErr SortResult() {
 OSErr FastQSort(void *start, std::int32_t count, std::int32_t size, FastCompareFunction compare) {
     gElementSize = static_cast<std::size_t>(std::max(size, 1));
     gElementCompare = compare;
+    const ElementOrder order{compare};
     const auto elements = static_cast<std::size_t>(std::max(count, 0));
-    if (gElementSize == sizeof(std::uint32_t)) {
-        return SortElements(start, elements, std::integral_constant<std::size_t, sizeof(std::uint32_t)>(),
-                            compare);
-    }
-    return SortElements(start, elements, gElementSize, compare);
+    return gElementSize == kOffsetSize ? SortElements(start, elements, kOffsetSize, order)
+                                       : SortElements(start, elements, gElementSize, order);
 }
 
 void CancelFastQSort() {
@@ -80,7 +78,7 @@ void MemSwap(void *a, void *b, std::size_t count) {
 }
 
 void ChooseMedian(void *destination, void *a, void *b, void *c) {
-    RangeSorter<std::size_t, FastCompareFunction>(gElementSize, gElementCompare)
+    RangeSorter<std::size_t, ElementOrder>(gElementSize, {gElementCompare})
         .PlaceMedian(static_cast<std::byte *>(destination), static_cast<std::byte *>(a),
                      static_cast<std::byte *>(b), static_cast<std::byte *>(c));
 }

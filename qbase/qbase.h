@@ -30,6 +30,17 @@ inline constexpr std::int16_t kSortNone = 0;      // no known order
 inline constexpr std::int16_t kSortDataOrder = 1; // index order is data order
 inline constexpr std::int16_t kSortFirstCallerMode = 128;
 
+#pragma pack(push, 1)
+// The start of one record in the record data, at an even offset; the caller's data follow, and a pad byte
+// after data of odd length. Packed without alignment, since a damaged file or a foreign exchange block may
+// hold one anywhere.
+struct QBaseRecord {
+    std::uint32_t size;  // bytes of the whole record: 10 + length, rounded up to even
+    std::int32_t length; // bytes of caller data; kRemovedLength marks the record for removal
+    std::uint16_t flags; // the caller's marks; 0 in a new record
+};
+#pragma pack(pop)
+
 #pragma pack(push, 2)
 // A rectangle among the user fields.
 struct QBaseRect {
@@ -37,14 +48,6 @@ struct QBaseRect {
     std::int16_t left;
     std::int16_t bottom;
     std::int16_t right;
-};
-
-// The start of one record in the record data, always at an even offset; the caller's data follow, and a pad
-// byte after data of odd length.
-struct QBaseRecord {
-    std::uint32_t size;  // bytes of the whole record: 10 + length, rounded up to even
-    std::int32_t length; // bytes of caller data; kRemovedLength marks the record for removal
-    std::uint16_t flags; // the caller's marks; 0 in a new record
 };
 
 // The part of a base's header that is stored: the first 64 bytes of its file.
@@ -88,13 +91,10 @@ inline constexpr std::size_t kQBaseRecordHeaderSize = sizeof(QBaseRecord);
 // that refuses the read.
 using QBaseFlipFunction = OSErr (*)(void *bytes, std::int32_t count);
 
-// A base. Callers go through the functions; the library's own files use the fields.
-struct QBaseHeader {
+// What a base holds beside its blocks.
+struct QBaseState {
     QBaseFileHeader file = {};
-    Block index; // `capacity` offsets into `records`, the first `file.count` in use; -1 marks one for removal
-    Block records;   // the records back to back, in data order
-    Block userBlock; // the caller's bytes
-    std::int32_t capacity = 0;
+    std::int32_t capacity = 0; // slots of the index, used or not
     bool recordsChanged = false;
     bool userFieldsChanged = false;
     std::uint16_t lockCount = 0;
@@ -105,6 +105,14 @@ struct QBaseHeader {
     std::uint32_t tempData = 0;
     QBaseFlipFunction recordFlipProc = nullptr;
     QBaseFlipFunction userFlipProc = nullptr;
+};
+
+// A base. Callers go through the functions; the library's own files use the fields.
+struct QBaseHeader : QBaseState {
+    Block index; // `capacity` offsets into `records`, the first `file.count` in use; -1 marks one for removal
+    Block records;   // the records back to back, in data order
+    Block userBlock; // the caller's bytes
+    Block self;      // the memory that this header lies in
 };
 using QBaseHandle = QBaseHeader *;
 

@@ -1,4 +1,4 @@
-// The sort behind FastQSort, as a template over the element size and the comparison, so that sorting a base's
+// The sort behind FastQSort, as a template over the element size and the order, so that sorting a base's
 // index costs no call but the caller's own comparison. Used by qbase/ alone.
 #pragma once
 
@@ -16,12 +16,25 @@ extern bool gSortCancelled;
 // A range with this many elements or more takes the median of three as its pivot, a smaller one any element.
 inline constexpr std::size_t kMedianThreshold = 25;
 
-// `Size` is std::size_t, or an integral constant where the size is known to the compiler. `Compare` is called
-// with two element pointers.
-template <class Size, class Compare>
+// The element size of a base's index, known to the compiler.
+using OffsetSize = std::integral_constant<std::size_t, sizeof(std::int32_t)>;
+inline constexpr OffsetSize kOffsetSize;
+
+// An order of elements by a comparison of the elements themselves. An Order gives each element's key and
+// compares two keys, so that the pivot's key is worked out once for a whole partition.
+struct ElementOrder {
+    using Key = const void *;
+    [[nodiscard]] Key KeyOf(const std::byte *element) const { return element; }
+    [[nodiscard]] std::int32_t Compare(Key a, Key b) const { return compare(a, b); }
+
+    FastCompareFunction compare;
+};
+
+// `Size` is std::size_t, or OffsetSize where the size is known to the compiler.
+template <class Size, class Order>
 class RangeSorter {
   public:
-    RangeSorter(Size size, Compare compare) : fSize(size), fCompare(compare) {}
+    RangeSorter(Size size, Order order) : fSize(size), fOrder(order) {}
 
     // Sorts [lo, hi). Recursion goes into the smaller part, so its depth stays within log2 of the count.
     void Sort(std::byte *lo, std::byte *hi) {
@@ -49,20 +62,23 @@ class RangeSorter {
     }
 
     void PlaceMedian(std::byte *destination, std::byte *a, std::byte *b, std::byte *c) {
+        const Key keyA = fOrder.KeyOf(a);
+        const Key keyB = fOrder.KeyOf(b);
+        const Key keyC = fOrder.KeyOf(c);
         std::byte *median = nullptr;
-        if (fCompare(a, b) > 0) {
-            median = fCompare(a, c) <= 0 ? a : fCompare(b, c) > 0 ? b : c;
+        if (fOrder.Compare(keyA, keyB) > 0) {
+            median = fOrder.Compare(keyA, keyC) <= 0 ? a : fOrder.Compare(keyB, keyC) > 0 ? b : c;
         } else {
-            median = fCompare(a, c) > 0 ? a : fCompare(b, c) > 0 ? c : b;
+            median = fOrder.Compare(keyA, keyC) > 0 ? a : fOrder.Compare(keyB, keyC) > 0 ? c : b;
         }
-        if (median != destination) {
-            Swap(median, destination);
-        }
+        Swap(median, destination);
     }
 
   private:
+    using Key = typename Order::Key;
+
     void Swap(std::byte *a, std::byte *b) {
-        if constexpr (std::is_same_v<Size, std::integral_constant<std::size_t, sizeof(std::uint32_t)>>) {
+        if constexpr (std::is_same_v<Size, OffsetSize>) {
             std::uint32_t first = 0;
             std::uint32_t second = 0;
             std::memcpy(&first, a, sizeof first);
@@ -87,15 +103,16 @@ class RangeSorter {
     // Divides the range by the pivot at its start; the result is where the pivot belongs. Both scans stop at
     // elements equal to the pivot, so long runs of equal keys are divided evenly.
     std::byte *Partition(std::byte *lo, std::byte *hi) {
+        const Key pivot = fOrder.KeyOf(lo);
         std::byte *i = lo;
         std::byte *j = hi;
         for (;;) {
             do {
                 i += fSize;
-            } while (i < hi && fCompare(i, lo) < 0);
+            } while (i < hi && fOrder.Compare(fOrder.KeyOf(i), pivot) < 0);
             do {
                 j -= fSize;
-            } while (j > lo && fCompare(j, lo) > 0);
+            } while (j > lo && fOrder.Compare(fOrder.KeyOf(j), pivot) > 0);
             if (i >= j) {
                 return j;
             }
@@ -104,7 +121,7 @@ class RangeSorter {
     }
 
     [[no_unique_address]] Size fSize;
-    Compare fCompare;
+    Order fOrder;
 };
 
 // The start of every sort: clears the cancel flag and seeds the random state from the clock, so that pivots
@@ -113,11 +130,11 @@ void StartSort();
 [[nodiscard]] OSErr SortResult();
 
 // Sorts `count` elements. noErr or userCanceledErr, as FastQSort.
-template <class Size, class Compare>
-[[nodiscard]] OSErr SortElements(void *start, std::size_t count, Size size, Compare compare) {
+template <class Size, class Order>
+[[nodiscard]] OSErr SortElements(void *start, std::size_t count, Size size, Order order) {
     StartSort();
     auto *const first = static_cast<std::byte *>(start);
-    RangeSorter<Size, Compare>(size, compare).Sort(first, first + count * size);
+    RangeSorter<Size, Order>(size, order).Sort(first, first + count * size);
     return SortResult();
 }
 

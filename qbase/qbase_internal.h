@@ -1,0 +1,130 @@
+// What the library's own files share: a look at records that trusts nothing, the walk over the record data,
+// and the brackets around an operation. Not for callers.
+#pragma once
+
+#include "qbase/qbase.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <limits>
+
+namespace drevix {
+
+// Offsets are signed 32-bit numbers, so no base holds more record data than this.
+inline constexpr std::size_t kMaxRecordsSize = std::numeric_limits<std::int32_t>::max();
+
+// Bytes of a whole record with `length` bytes of data, which is not negative: head, data, pad byte.
+[[nodiscard]] constexpr std::size_t RecordSize(std::int32_t length) {
+    return (kQBaseRecordHeaderSize + static_cast<std::size_t>(length) + 1) & ~std::size_t{1};
+}
+
+// The record at an offset of the record data. No check is made.
+[[nodiscard]] inline QBaseRecord *RecordAt(QBaseHandle base, std::size_t offset) {
+    return reinterpret_cast<QBaseRecord *>(base->records.Data() + offset);
+}
+
+// The data of a record.
+[[nodiscard]] inline std::byte *RecordData(QBaseRecord *record) {
+    return reinterpret_cast<std::byte *>(record) + kQBaseRecordHeaderSize;
+}
+
+// The record at an offset of `size` bytes, or null when its head or the size that it tells leads out of them,
+// or is too small to lead on. Its length is not looked at.
+[[nodiscard]] inline QBaseRecord *RecordInside(std::byte *bytes, std::size_t size, std::size_t offset) {
+    if (size < kQBaseRecordHeaderSize || offset > size - kQBaseRecordHeaderSize) {
+        return nullptr;
+    }
+    auto *const record = reinterpret_cast<QBaseRecord *>(bytes + offset);
+    return record->size >= kQBaseRecordHeaderSize && record->size <= size - offset ? record : nullptr;
+}
+
+// Whether a record's data lie within the size that it tells.
+[[nodiscard]] inline bool HoldsItsData(const QBaseRecord *record) {
+    return record->length >= 0 &&
+           static_cast<std::uint32_t>(record->length) <= record->size - kQBaseRecordHeaderSize;
+}
+
+// The offsets of a base's index, and how many of them are in use: the count, unless a damaged or half-removed
+// base has fewer slots.
+[[nodiscard]] inline std::int32_t *IndexOffsets(QBaseHandle base) {
+    return reinterpret_cast<std::int32_t *>(base->index.Data());
+}
+[[nodiscard]] inline std::int32_t SlotsInUse(QBaseHandle base) {
+    const std::size_t slots = base->index.Size() / sizeof(std::int32_t);
+    return static_cast<std::int32_t>(std::min(slots, static_cast<std::size_t>(base->file.count)));
+}
+
+// A record by its number, or null: no base, no such number, a slot marked for removal, or a damaged record.
+[[nodiscard]] inline QBaseRecord *RecordByNumber(QBaseHandle base, RecordNumber number) {
+    if (base == nullptr || number < 0 || number >= SlotsInUse(base)) {
+        return nullptr;
+    }
+    // A negative offset becomes one beyond every block.
+    const auto offset = static_cast<std::uint32_t>(IndexOffsets(base)[number]);
+    QBaseRecord *const record = RecordInside(base->records.Data(), base->records.Size(), offset);
+    return record != nullptr && HoldsItsData(record) ? record : nullptr;
+}
+
+// Goes through records that lie back to back, and stops at the first that does not lie inside the bytes.
+class RecordWalk {
+  public:
+    RecordWalk(std::byte *bytes, std::size_t size) : fBytes(bytes), fSize(size) {}
+    explicit RecordWalk(QBaseHandle base) : RecordWalk(base->records.Data(), base->records.Size()) {}
+
+    // The next record, null at the end or before a damaged one.
+    QBaseRecord *Next() {
+        QBaseRecord *const record = RecordInside(fBytes, fSize, fOffset);
+        fOffset += record != nullptr ? record->size : 0;
+        return record;
+    }
+    // Where the next record starts.
+    [[nodiscard]] std::size_t Offset() const { return fOffset; }
+
+  private:
+    std::byte *fBytes;
+    std::size_t fSize;
+    std::size_t fOffset = 0;
+};
+
+// A caller's selection function asked about a record; without a record, not selected.
+[[nodiscard]] inline bool IsSelected(QBaseSelectFunction select, QBaseRecord *record) {
+    return record != nullptr &&
+           static_cast<std::int16_t>(
+               select(RecordData(record), record->length, static_cast<std::int16_t>(record->flags))) != 0;
+}
+
+// Sets the index to `slots` slots and, on success, the capacity. noErr, or memFullErr with both as they were.
+// Fewer slots can always be had.
+[[nodiscard]] OSErr ResizeIndex(QBaseHandle base, std::int32_t slots);
+
+// Magic and version are those of a base.
+[[nodiscard]] inline bool IsValidBase(QBaseHandle base) {
+    return base != nullptr && base->file.magic == kQBaseMagic && base->file.version == kQBaseVersion;
+}
+
+// Holds the memory request flag while an operation may ask for memory.
+class MemoryRequest {
+  public:
+    MemoryRequest() : fSaved(QBaseBeginMemoryRequest()) {}
+    ~MemoryRequest() { QBaseEndMemoryRequest(fSaved); }
+    MemoryRequest(const MemoryRequest &) = delete;
+    MemoryRequest &operator=(const MemoryRequest &) = delete;
+
+  private:
+    std::int16_t fSaved;
+};
+
+// Keeps a base locked while pointers into it are in use.
+class LockedBase {
+  public:
+    explicit LockedBase(QBaseHandle base) : fBase(base) { QBaseLock(base); }
+    ~LockedBase() { QBaseUnlock(fBase); }
+    LockedBase(const LockedBase &) = delete;
+    LockedBase &operator=(const LockedBase &) = delete;
+
+  private:
+    QBaseHandle fBase;
+};
+
+} // namespace drevix

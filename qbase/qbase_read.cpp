@@ -1,0 +1,328 @@
+// Reading a base. What a file says of itself is compared with its real length before any memory is asked for,
+// and a base takes over what was read only when all of it has come.
+#include "platform/status.h"
+#include "qbase/qbase_file_internal.h"
+
+#include <cstring>
+#include <span>
+#include <tuple>
+#include <utility>
+
+namespace drevix {
+namespace {
+
+constexpr std::uint16_t kOldVersion = 1;
+constexpr std::uint32_t kFlippedMagic = FourCharCode("ESBQ");
+// No more records fit into the largest record data.
+constexpr std::size_t kMaxCount = kMaxRecordsSize / kQBaseRecordHeaderSize;
+
+#pragma pack(push, 2)
+// The header of version 1. The index follows it: there is no user block.
+struct OldFileHeader {
+    std::uint32_t magic;
+    OSType type;
+    std::uint16_t version;
+    std::uint16_t typeVersion;
+    std::uint32_t userData;
+    std::uint32_t userFlags;
+    std::uint16_t savedSortMode;
+    std::uint16_t userWord;
+    std::uint32_t reserved1;
+    std::int32_t count;
+    std::uint32_t recordsSize;
+    std::uint32_t reserved2[3];
+};
+#pragma pack(pop)
+static_assert(offsetof(OldFileHeader, userData) == 12 && offsetof(OldFileHeader, userFlags) == 16);
+static_assert(offsetof(OldFileHeader, savedSortMode) == 20 && offsetof(OldFileHeader, userWord) == 22);
+static_assert(offsetof(OldFileHeader, count) == 28 && offsetof(OldFileHeader, recordsSize) == 32);
+static_assert(sizeof(OldFileHeader) == 48 && std::has_unique_object_representations_v<OldFileHeader>);
+
+// What the caller wants of a read.
+struct Wish {
+    bool userPart;
+    bool records;
+    bool emptyFirst;
+    bool rebuildIndex;
+    bool allowRecovery;
+};
+
+// An open file whose header was read and understood.
+struct Source {
+    FileRef file = 0;
+    QBaseFileHeader header = {}; // as version 2, in native byte order
+    std::int64_t headerSize = sizeof(QBaseFileHeader);
+    std::int64_t recordsSize = 0; // what the file really has
+    bool isFlipped = false;       // of the other byte order
+    bool isSalvaged = false;      // not as long as its header says
+};
+
+// Moves the fields of a version 1 header, just read, to where version 2 has them, whatever their byte order.
+// The version stays.
+void UpgradeHeader(QBaseFileHeader *header) {
+    OldFileHeader old = {};
+    std::memcpy(&old, header, sizeof old);
+    *header = {};
+    header->magic = old.magic;
+    header->type = old.type;
+    header->version = old.version;
+    header->typeVersion = old.typeVersion;
+    header->count = old.count;
+    header->recordsSize = old.recordsSize;
+    header->savedSortMode = old.savedSortMode;
+    header->userData = old.userData;
+    header->userFlags = old.userFlags;
+    header->userWord = old.userWord;
+}
+
+bool IsOld(const Source &source) {
+    return source.headerSize == sizeof(OldFileHeader);
+}
+
+// Reads the header and refuses one that is not of the base's kind.
+OSErr ReadHeader(QBaseHandle base, Source *source) {
+    QBaseFileHeader &header = source->header;
+    OSErr status = SetFPos(source->file, fsFromStart, 0);
+    if (status == noErr) {
+        status = ReadAtMark(source->file, &header, sizeof header);
+    }
+    if (status != noErr) {
+        return status;
+    }
+    source->isFlipped = header.magic == kFlippedMagic && base->recordFlipProc != nullptr;
+    std::uint16_t version = header.version;
+    if (source->isFlipped) {
+        QBFlipInt16(&version);
+    }
+    // Old fields are moved before they are flipped, because the two versions have other widths in one place.
+    if (version == kOldVersion) {
+        UpgradeHeader(&header);
+        source->headerSize = sizeof(OldFileHeader);
+    }
+    if (source->isFlipped) {
+        QBaseFlipHeader(&header);
+    }
+    const bool isOurs = header.magic == kQBaseMagic && (IsOld(*source) || version == kQBaseVersion) &&
+                        header.type == base->file.type && header.typeVersion == base->file.typeVersion;
+    return isOurs ? noErr : kRefused;
+}
+
+// Where the file's index starts.
+std::int64_t IndexPlace(const Source &source) {
+    return source.headerSize + source.header.userBlockSize;
+}
+
+// Compares the sizes that the header tells with the file's length, in 64 bits, where no sum of them overflows.
+OSErr CheckLength(Source *source, std::int64_t length, bool allowRecovery) {
+    if (source->header.count < 0) {
+        return kRefused;
+    }
+    const std::int64_t recordsPlace =
+        IndexPlace(*source) + std::int64_t{source->header.count} * std::int64_t{sizeof(std::int32_t)};
+    source->recordsSize = length - recordsPlace;
+    if (source->recordsSize == source->header.recordsSize) {
+        return noErr;
+    }
+    // Of a file that ends before its record data there is nothing to salvage.
+    if (!allowRecovery || source->recordsSize < 0) {
+        return kRefused;
+    }
+    source->isSalvaged = true;
+    return noErr;
+}
+
+// Reads the user block, which follows the header that was just read. One of the other byte order is lost when
+// nobody can convert it.
+OSErr ReadUserBlock(QBaseHandle base, const Source &source, Block *block) {
+    const std::size_t size = source.header.userBlockSize;
+    if (size == 0 || (source.isFlipped && base->userFlipProc == nullptr)) {
+        return noErr;
+    }
+    if (size > kMaxTransfer) {
+        return memFullErr;
+    }
+    OSErr status = block->Resize(size);
+    if (status == noErr) {
+        status = ReadAtMark(source.file, block->Data(), size);
+    }
+    if (status == noErr && source.isFlipped) {
+        status = base->userFlipProc(block->Data(), static_cast<std::int32_t>(size));
+    }
+    return status;
+}
+
+// The file's offsets count from its own record data, which now lies behind that of the base. Unsigned, so that
+// an absurd offset wraps around into one that validation finds.
+void AdjustOffsets(std::span<std::int32_t> offsets, const Source &source, std::size_t distance) {
+    for (std::int32_t &offset : offsets) {
+        if (source.isFlipped) {
+            QBFlipInt32(&offset);
+        }
+        offset = static_cast<std::int32_t>(static_cast<std::uint32_t>(offset) +
+                                           static_cast<std::uint32_t>(distance));
+    }
+}
+
+// Converts records that were read from a file of the other byte order. Ends without a failure at one that is
+// damaged: to judge it is the validation's part.
+OSErr FlipRecords(std::span<std::byte> bytes, std::int32_t count, QBaseFlipFunction flip) {
+    RecordWalk walk(bytes.data(), bytes.size());
+    for (; count > 0 && bytes.size() - walk.Offset() >= kQBaseRecordHeaderSize; --count) {
+        auto *const head = reinterpret_cast<QBaseRecord *>(bytes.data() + walk.Offset());
+        QBFlipInt32(&head->size);
+        QBFlipInt32(&head->length);
+        QBFlipInt16(&head->flags);
+        QBaseRecord *const record = walk.Next();
+        if (record == nullptr || !HoldsItsData(record)) {
+            return noErr;
+        }
+        if (const OSErr status = flip(RecordData(record), record->length); status != noErr) {
+            return status;
+        }
+    }
+    return noErr;
+}
+
+// Reads index and record data behind those of the base, whose count stays.
+OSErr ReadBehind(QBaseHandle base, const Source &source) {
+    const std::size_t oldSize = base->records.Size();
+    const auto oldSlots = static_cast<std::size_t>(base->file.count);
+    const auto slots = static_cast<std::size_t>(source.header.count);
+    const auto size = static_cast<std::size_t>(source.recordsSize);
+    OSErr status = SetFPos(source.file, fsFromStart, IndexPlace(source));
+    if (status == noErr && (oldSlots + slots > kMaxCount || size > kMaxRecordsSize - oldSize)) {
+        status = memFullErr;
+    }
+    if (status == noErr) {
+        status = ResizeIndex(base, static_cast<std::int32_t>(oldSlots + slots));
+    }
+    if (status == noErr) {
+        status = base->records.Resize(oldSize + size);
+    }
+    if (status != noErr) {
+        return status;
+    }
+    const std::span offsets(IndexOffsets(base) + oldSlots, slots);
+    const std::span bytes(base->records.Data() + oldSize, size);
+    status = ReadAtMark(source.file, offsets.data(), offsets.size_bytes());
+    if (status == noErr) {
+        status = ReadAtMark(source.file, bytes.data(), bytes.size());
+    }
+    if (status != noErr) {
+        return status;
+    }
+    AdjustOffsets(offsets, source, oldSize);
+    return source.isFlipped ? FlipRecords(bytes, source.header.count, base->recordFlipProc) : noErr;
+}
+
+// As ReadBehind; after a failure index and records are as they were.
+OSErr ReadRecords(QBaseHandle base, const Source &source) {
+    const std::size_t oldSize = base->records.Size();
+    const OSErr status = ReadBehind(base, source);
+    if (status != noErr) {
+        // Fewer bytes can always be had.
+        std::ignore = ResizeIndex(base, base->file.count);
+        std::ignore = base->records.Resize(oldSize);
+    }
+    return status;
+}
+
+void TakeUserPart(QBaseHandle base, const Source &source, Block userBlock) {
+    constexpr std::size_t kUserPart = offsetof(QBaseFileHeader, savedSortMode);
+    std::memcpy(reinterpret_cast<std::byte *>(&base->file) + kUserPart,
+                reinterpret_cast<const std::byte *>(&source.header) + kUserPart,
+                sizeof(QBaseFileHeader) - kUserPart);
+    base->userBlock = std::move(userBlock);
+    base->userFieldsChanged = false;
+    base->sortMode = base->file.savedSortMode;
+}
+
+void TakeRecords(QBaseHandle base, const Source &source, const Wish &wish) {
+    base->file.count += source.header.count;
+    base->file.recordsSize = static_cast<std::uint32_t>(base->records.Size());
+    base->recordsChanged = IsOld(source) || !wish.emptyFirst || source.isSalvaged;
+    if (source.isSalvaged || wish.rebuildIndex) {
+        QBaseRebuildIndex(base);
+    }
+}
+
+// Reads what is wished. Until all of it has come the base's own contents stay.
+OSErr ReadParts(QBaseHandle base, const Wish &wish, std::int64_t length, Source *source) {
+    OSErr status = ReadHeader(base, source);
+    if (status == noErr) {
+        status = CheckLength(source, length, wish.allowRecovery);
+    }
+    Block userBlock;
+    if (status == noErr && wish.userPart) {
+        status = ReadUserBlock(base, *source, &userBlock);
+    }
+    if (status == noErr && wish.records) {
+        status = ReadRecords(base, *source);
+    }
+    if (status == noErr && wish.userPart) {
+        TakeUserPart(base, *source, std::move(userBlock));
+    }
+    if (status == noErr && wish.records) {
+        TakeRecords(base, *source, wish);
+    }
+    return status;
+}
+
+// No read leaves a base behind that is not valid. Bytes after the last record, which validation allows, are
+// dropped: a record added behind them could not be reached by the walk, and the next file would be refused.
+OSErr Settle(QBaseHandle base, OSErr status) {
+    const std::optional<std::size_t> end = EndOfRecords(base);
+    if (!end) {
+        QBaseEmpty(base);
+        return status != noErr ? status : kRefused;
+    }
+    std::ignore = base->records.Resize(*end); // fewer bytes can always be had
+    return status;
+}
+
+} // namespace
+
+OSErr QBaseReadRebuild(QBaseHandle base, FileRef file, bool readUserPart, bool readRecords,
+                       bool emptyFileIsFine, bool emptyFirst, bool rebuildIndex, bool allowRecovery,
+                       bool *salvaged) {
+    if (salvaged != nullptr) {
+        *salvaged = false;
+    }
+    if (base == nullptr || file == 0) {
+        return paramErr;
+    }
+    if (emptyFirst) {
+        QBaseEmpty(base);
+    }
+    std::int64_t length = 0;
+    if (const OSErr status = GetEOF(file, &length); status != noErr) {
+        return status;
+    }
+    if (length == 0) {
+        return emptyFileIsFine ? noErr : eofErr;
+    }
+    const MemoryRequest request;
+    QBaseUnlock(base, true);
+    const Wish wish = {readUserPart, readRecords, emptyFirst, rebuildIndex, allowRecovery};
+    Source source;
+    source.file = file;
+    const OSErr status = Settle(base, ReadParts(base, wish, length, &source));
+    if (salvaged != nullptr) {
+        *salvaged = source.isSalvaged;
+    }
+    return status;
+}
+
+OSErr QBaseReadRecover(QBaseHandle base, FileRef file, bool readUserPart, bool readRecords,
+                       bool emptyFileIsFine, bool emptyFirst, bool allowRecovery, bool *salvaged) {
+    return QBaseReadRebuild(base, file, readUserPart, readRecords, emptyFileIsFine, emptyFirst, false,
+                            allowRecovery, salvaged);
+}
+
+OSErr QBaseRead(QBaseHandle base, FileRef file, bool readUserPart, bool readRecords, bool emptyFileIsFine,
+                bool emptyFirst) {
+    return QBaseReadRebuild(base, file, readUserPart, readRecords, emptyFileIsFine, emptyFirst, false, false,
+                            nullptr);
+}
+
+} // namespace drevix

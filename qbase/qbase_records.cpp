@@ -1,0 +1,198 @@
+// Records by number: adding, fetching, replacing, and their flags.
+#include "platform/status.h"
+#include "qbase/qbase_internal.h"
+
+#include <cstring>
+#include <functional>
+#include <tuple>
+
+namespace drevix {
+namespace {
+
+bool LiesIn(const Block &block, const void *pointer) {
+    const std::byte *const start = block.Data();
+    return start != nullptr && !std::less<>()(pointer, static_cast<const void *>(start)) &&
+           std::less<>()(pointer, static_cast<const void *>(start + block.Size()));
+}
+
+// The caller's data, as they can be read after the record data are resized: those that lie in the base itself
+// are copied first. Null when there is no memory for that.
+const void *DataToStore(QBaseHandle base, const void *data, std::int32_t length, Block *copy) {
+    if (length == 0 || !LiesIn(base->records, data)) {
+        return data;
+    }
+    if (copy->Resize(static_cast<std::size_t>(length)) != noErr) {
+        return nullptr;
+    }
+    std::memcpy(copy->Data(), data, static_cast<std::size_t>(length));
+    return copy->Data();
+}
+
+// Grows or shrinks the record data; false, with nothing changed, when they would pass what an offset can name
+// or there is no memory.
+bool ResizeRecords(QBaseHandle base, std::size_t size) {
+    return size <= kMaxRecordsSize && base->records.Resize(size) == noErr;
+}
+
+void WriteRecord(QBaseRecord *record, std::size_t size, const void *data, std::int32_t length) {
+    record->size = static_cast<std::uint32_t>(size);
+    record->length = length;
+    std::byte *const bytes = RecordData(record);
+    std::memmove(bytes, data, static_cast<std::size_t>(length));
+    if (length % 2 != 0) {
+        bytes[length] = std::byte{0};
+    }
+}
+
+// Gives the record at an offset another size: the data behind it move, and with them their offsets.
+bool ResizeRecordAt(QBaseHandle base, std::size_t offset, std::size_t oldSize, std::size_t newSize) {
+    const std::size_t total = base->records.Size();
+    const std::size_t oldEnd = offset + oldSize;
+    const bool grows = newSize > oldSize;
+    if (grows && !ResizeRecords(base, total + (newSize - oldSize))) {
+        return false;
+    }
+    std::byte *const bytes = base->records.Data();
+    std::memmove(bytes + offset + newSize, bytes + oldEnd, total - oldEnd);
+    if (!grows) {
+        std::ignore = base->records.Resize(total - (oldSize - newSize)); // shrinking cannot fail
+    }
+    const auto delta = static_cast<std::int64_t>(newSize) - static_cast<std::int64_t>(oldSize);
+    QBaseUpdateOffsets(base, base->file.count, static_cast<std::int32_t>(oldEnd),
+                       static_cast<std::int32_t>(delta));
+    return true;
+}
+
+} // namespace
+
+std::int32_t QBaseCountRecords(QBaseHandle base) {
+    return base != nullptr ? base->file.count : 0;
+}
+
+RecordNumber QBaseAddRecord(QBaseHandle base, const void *data, std::int32_t length) {
+    if (base == nullptr || data == nullptr || length < 0) {
+        return kNoRecord;
+    }
+    const MemoryRequest request;
+    Block copy;
+    const void *const stored = DataToStore(base, data, length, &copy);
+    const std::size_t end = base->records.Size();
+    const std::size_t size = RecordSize(length);
+    if (stored == nullptr || !ResizeRecords(base, end + size)) {
+        return kNoRecord;
+    }
+    if (base->file.count >= base->capacity &&
+        ResizeIndex(base, base->capacity + base->indexGrowth) != noErr) {
+        std::ignore = base->records.Resize(end); // shrinking cannot fail
+        return kNoRecord;
+    }
+    const RecordNumber number = base->file.count++;
+    IndexOffsets(base)[number] = static_cast<std::int32_t>(end);
+    QBaseRecord *const record = RecordAt(base, end);
+    record->flags = 0;
+    WriteRecord(record, size, stored, length);
+    if (base->sortMode != kSortDataOrder) {
+        base->sortMode = kSortNone;
+    }
+    base->recordsChanged = true;
+    return number;
+}
+
+void *QBaseGetRecord(QBaseHandle base, RecordNumber number, std::int32_t *length) {
+    QBaseRecord *const record = RecordByNumber(base, number);
+    if (length != nullptr) {
+        *length = record != nullptr ? record->length : 0;
+    }
+    return record != nullptr ? RecordData(record) : nullptr;
+}
+
+RecordNumber QBaseReplaceRecord(QBaseHandle base, RecordNumber number, const void *data,
+                                std::int32_t length) {
+    const QBaseRecord *const record = RecordByNumber(base, number);
+    if (record == nullptr || data == nullptr || length < 0) {
+        return kNoRecord;
+    }
+    const MemoryRequest request;
+    const auto offset = static_cast<std::size_t>(IndexOffsets(base)[number]);
+    const std::size_t oldSize = record->size;
+    const std::size_t newSize = RecordSize(length);
+    Block copy;
+    const void *stored = data;
+    if (newSize != oldSize) {
+        stored = DataToStore(base, data, length, &copy);
+        if (stored == nullptr || !ResizeRecordAt(base, offset, oldSize, newSize)) {
+            return kNoRecord;
+        }
+    }
+    WriteRecord(RecordAt(base, offset), newSize, stored, length);
+    base->recordsChanged = true;
+    return number;
+}
+
+void QBaseTruncate(QBaseHandle base, std::int32_t count) {
+    if (base == nullptr || count < 0 || count >= SlotsInUse(base)) {
+        return;
+    }
+    const MemoryRequest request;
+    const auto end = static_cast<std::uint32_t>(IndexOffsets(base)[count]);
+    if (end <= base->records.Size()) {
+        std::ignore = base->records.Resize(end); // neither shrinking can fail
+        std::ignore = ResizeIndex(base, count);
+        base->file.count = count;
+    }
+}
+
+void *QBaseFindLongHeader(QBaseHandle base, std::uint32_t value) {
+    if (base == nullptr) {
+        return nullptr;
+    }
+    RecordWalk walk(base);
+    for (std::int32_t i = 0; i < base->file.count; ++i) {
+        QBaseRecord *const record = walk.Next();
+        if (record == nullptr) {
+            break;
+        }
+        if (HoldsItsData(record) && static_cast<std::size_t>(record->length) >= sizeof value &&
+            std::memcmp(RecordData(record), &value, sizeof value) == 0) {
+            return RecordData(record);
+        }
+    }
+    return nullptr;
+}
+
+std::int16_t QBaseGetRecordFlags(QBaseHandle base, RecordNumber number) {
+    const QBaseRecord *const record = RecordByNumber(base, number);
+    return record != nullptr ? static_cast<std::int16_t>(record->flags) : std::int16_t{0};
+}
+
+void QBaseSetRecordFlags(QBaseHandle base, RecordNumber number, std::uint16_t flags) {
+    if (QBaseRecord *const record = RecordByNumber(base, number); record != nullptr) {
+        record->flags = flags;
+    }
+}
+
+RecordNumber QBaseFindRecordFlags(QBaseHandle base, std::uint16_t flags) {
+    for (RecordNumber number = 0; number < QBaseCountRecords(base); ++number) {
+        const QBaseRecord *const record = RecordByNumber(base, number);
+        if (record != nullptr && record->flags == flags) {
+            return number;
+        }
+    }
+    return kNoRecord;
+}
+
+void QBaseSetAllRecordFlags(QBaseHandle base, std::uint16_t flags) {
+    if (base == nullptr) {
+        return;
+    }
+    RecordWalk walk(base);
+    for (std::int32_t i = 0; i < base->file.count; ++i) {
+        QBaseRecord *const record = walk.Next();
+        if (record == nullptr) {
+            break;
+        }
+        record->flags = flags;
+    }
+}
+
+} // namespace drevix

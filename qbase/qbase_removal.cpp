@@ -1,0 +1,177 @@
+// Marking records for removal, and removing them in one pass.
+#include "platform/status.h"
+#include "qbase/qbase_internal.h"
+#include "qbase/sort_range.h"
+
+#include <algorithm>
+#include <cstring>
+#include <numeric>
+#include <span>
+#include <tuple>
+
+namespace drevix {
+namespace {
+
+const std::int32_t *gOffsets = nullptr; // the index that QBaseCompareOffsetsProc looks at
+
+// The order of slot numbers by the offsets in those slots.
+struct OffsetOrder {
+    using Key = std::int32_t;
+    [[nodiscard]] Key KeyOf(const void *number) const {
+        return offsets[*static_cast<const std::int32_t *>(number)];
+    }
+    [[nodiscard]] std::int32_t Compare(Key a, Key b) const {
+        return a < b ? -1 : static_cast<std::int32_t>(a > b);
+    }
+
+    const std::int32_t *offsets;
+};
+
+// Moves runs of kept records down over the gaps that dropped ones leave.
+class GapCloser {
+  public:
+    // `order` lists the index slots of the kept records in data order, or is empty when it could not be made.
+    GapCloser(QBaseHandle base, std::span<const std::int32_t> order)
+        : fBytes(base->records.Data()), fOffsets(IndexOffsets(base)), fOrder(order) {}
+
+    // Ends the run that lies before a dropped record, and begins the next one behind it.
+    void Drop(std::size_t start, std::size_t end) {
+        MoveRun(start);
+        fRunStart = end;
+        ++dropped;
+    }
+
+    // Ends the last run. Gives the size of the data that are left.
+    std::size_t Finish(std::size_t end) {
+        MoveRun(end);
+        return fEnd;
+    }
+
+    std::int32_t kept = 0;
+    std::int32_t dropped = 0;
+
+  private:
+    void MoveRun(std::size_t runEnd) {
+        const std::size_t distance = fRunStart - fEnd;
+        if (distance > 0) {
+            std::memmove(fBytes + fEnd, fBytes + fRunStart, runEnd - fRunStart);
+            const auto listed = std::min(static_cast<std::size_t>(kept), fOrder.size());
+            for (std::size_t i = fRunFirst; i < listed; ++i) {
+                fOffsets[fOrder[i]] -= static_cast<std::int32_t>(distance);
+            }
+        }
+        fEnd += runEnd - fRunStart;
+        fRunFirst = static_cast<std::size_t>(kept);
+    }
+
+    std::byte *fBytes;
+    std::int32_t *fOffsets;
+    std::span<const std::int32_t> fOrder;
+    std::size_t fEnd = 0;      // end of the kept data that lie in their final place
+    std::size_t fRunStart = 0; // where the present run of kept records starts, and the number of its first
+    std::size_t fRunFirst = 0;
+};
+
+// Closes the gaps of all records marked by their length; gives how many there were.
+std::int32_t DropMarkedData(QBaseHandle base, std::span<const std::int32_t> order) {
+    GapCloser closer(base, order);
+    RecordWalk walk(base);
+    std::size_t end = 0;
+    for (std::int32_t i = 0; i < base->file.count; ++i) {
+        const std::size_t start = walk.Offset();
+        const QBaseRecord *const record = walk.Next();
+        if (record == nullptr) {
+            // Nothing behind a damaged record can be told apart, so all of it stays.
+            closer.kept += base->file.count - i;
+            end = base->records.Size();
+            break;
+        }
+        end = walk.Offset();
+        if (record->length < 0) {
+            closer.Drop(start, end);
+        } else {
+            ++closer.kept;
+        }
+    }
+    const std::size_t left = closer.Finish(end);
+    if (closer.dropped > 0) {
+        std::ignore = base->records.Resize(left); // shrinking cannot fail
+        base->file.count = closer.kept;
+        base->recordsChanged = true;
+    }
+    return closer.dropped;
+}
+
+} // namespace
+
+void QBaseMarkRecordForRemoval(QBaseHandle base, RecordNumber number) {
+    if (QBaseRecord *const record = RecordByNumber(base, number); record != nullptr) {
+        record->length = kRemovedLength;
+        IndexOffsets(base)[number] = -1;
+    }
+}
+
+std::int32_t QBaseRemoveInvalidOffsets(QBaseHandle base) {
+    if (base == nullptr) {
+        return 0;
+    }
+    const MemoryRequest request;
+    std::int32_t *const begin = IndexOffsets(base);
+    std::int32_t *const end = begin + SlotsInUse(base);
+    std::int32_t *const kept = std::remove_if(begin, end, [](std::int32_t offset) { return offset < 0; });
+    // The slots gained refer to nothing; a count that still includes them must not lead to stale offsets.
+    std::fill(kept, end, -1);
+    const auto dropped = static_cast<std::int32_t>(end - kept);
+    if (dropped > 0) {
+        std::ignore = ResizeIndex(base, base->capacity - dropped); // shrinking cannot fail
+    }
+    return base->file.count - dropped;
+}
+
+Block QBaseCreateIndexOfOffsets(QBaseHandle base, std::int32_t n) {
+    Block list;
+    const std::int32_t slots = base != nullptr ? std::min(n, SlotsInUse(base)) : 0;
+    const MemoryRequest request;
+    if (slots < 1 || list.Resize(static_cast<std::size_t>(slots) * sizeof(std::int32_t)) != noErr) {
+        return {};
+    }
+    auto *const order = reinterpret_cast<std::int32_t *>(list.Data());
+    std::iota(order, order + slots, 0);
+    const std::int32_t *const offsets = IndexOffsets(base);
+    gOffsets = offsets;
+    // Nothing in this comparison cancels the sort.
+    if (!std::is_sorted(offsets, offsets + slots)) {
+        std::ignore = SortElements(order, static_cast<std::size_t>(slots), kOffsetSize, OffsetOrder{offsets});
+    }
+    return list;
+}
+
+std::int32_t QBaseCompareOffsetsProc(const void *a, const void *b) {
+    const OffsetOrder order{gOffsets};
+    return order.Compare(order.KeyOf(a), order.KeyOf(b));
+}
+
+void QBaseRemoveMarkedRecords(QBaseHandle base) {
+    if (QBaseCountRecords(base) <= 0) {
+        return;
+    }
+    const MemoryRequest request;
+    const std::int32_t before = base->file.count;
+    const std::int32_t expected = QBaseRemoveInvalidOffsets(base);
+    // With no slot marked there is nothing that would have to follow its record.
+    const Block list = expected < before ? QBaseCreateIndexOfOffsets(base, expected) : Block();
+    const std::span order(reinterpret_cast<const std::int32_t *>(list.Data()),
+                          list.Size() / sizeof(std::int32_t));
+    const std::int32_t dropped = DropMarkedData(base, order);
+    const bool isAdjusted = dropped == 0 || order.size() == static_cast<std::size_t>(expected);
+    if (!isAdjusted || expected != base->file.count) {
+        // Without memory the index keeps the slots that it has, and the rebuild cuts the count to them.
+        std::ignore = ResizeIndex(base, base->file.count);
+        QBaseRebuildIndex(base);
+    }
+    if (base->file.count == 0) {
+        base->sortMode = kSortDataOrder;
+    }
+}
+
+} // namespace drevix

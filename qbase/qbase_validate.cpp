@@ -1,0 +1,93 @@
+// Validation: whether index and record data belong together.
+#include "platform/status.h"
+#include "qbase/qbase_file_internal.h"
+
+#include <array>
+#include <span>
+
+namespace drevix {
+namespace {
+
+using Word = std::uint64_t;
+constexpr std::size_t kWordBits = 8 * sizeof(Word);
+// Each window costs a pass over the index, so there is a fixed number of them; a bitmap of the whole would be
+// large enough to cost more than the passes do.
+constexpr std::size_t kWindows = 16;
+
+// Answers which offsets an index holds, for rising questions. One bit stands for an offset; the bits cover a
+// window of the record data that moves on when a question lies behind it.
+class OffsetSet {
+  public:
+    OffsetSet(std::span<const std::int32_t> offsets, std::size_t recordsSize) : fOffsets(offsets) {
+        const std::size_t words = recordsSize / kWindows / kWordBits + 1;
+        // Without memory the bits at hand do too, with more windows.
+        if (words > fFew.size() && fMany.Resize(words * sizeof(Word)) == noErr) {
+            fBits = {reinterpret_cast<Word *>(fMany.Data()), words};
+        }
+    }
+
+    // Whether the index holds the offset, which is not below the one of the last call.
+    bool Holds(std::size_t offset) {
+        if (offset >= fEnd) {
+            MoveTo(offset);
+        }
+        return (WordOf(offset - fStart) >> ((offset - fStart) % kWordBits) & 1) != 0;
+    }
+
+  private:
+    Word &WordOf(std::size_t bit) { return fBits[bit / kWordBits]; }
+
+    void MoveTo(std::size_t start) {
+        fStart = start;
+        fEnd = start + fBits.size() * kWordBits;
+        std::ranges::fill(fBits, Word{0});
+        for (const std::int32_t offset : fOffsets) {
+            const std::size_t bit = static_cast<std::uint32_t>(offset) - fStart; // huge before the window
+            if (bit < fEnd - fStart) {
+                WordOf(bit) |= Word{1} << (bit % kWordBits);
+            }
+        }
+    }
+
+    std::span<const std::int32_t> fOffsets;
+    Block fMany;
+    std::array<Word, 1024> fFew = {};
+    std::span<Word> fBits = fFew;
+    std::size_t fStart = 0;
+    std::size_t fEnd = 0;
+};
+
+} // namespace
+
+std::optional<std::size_t> EndOfRecords(QBaseHandle base) {
+    if (base == nullptr || base->file.count > SlotsInUse(base)) {
+        return std::nullopt;
+    }
+    const std::span<const std::int32_t> offsets(IndexOffsets(base),
+                                                static_cast<std::size_t>(SlotsInUse(base)));
+    const std::size_t size = base->records.Size();
+    const bool allInside = std::ranges::all_of(offsets, [size](std::int32_t offset) {
+        return offset >= 0 && static_cast<std::size_t>(offset) + kQBaseRecordHeaderSize <= size;
+    });
+    if (!allInside) {
+        return std::nullopt;
+    }
+    // The walk meets as many different offsets as there are slots. So when each of them is in the index, the
+    // index holds nothing else, and nothing twice.
+    OffsetSet indexed(offsets, size);
+    RecordWalk walk(base);
+    for (std::size_t i = 0; i < offsets.size(); ++i) {
+        const std::size_t offset = walk.Offset();
+        const QBaseRecord *const record = walk.Next();
+        if (record == nullptr || !HoldsItsData(record) || !indexed.Holds(offset)) {
+            return std::nullopt;
+        }
+    }
+    return walk.Offset();
+}
+
+bool QBaseValidate(QBaseHandle base) {
+    return EndOfRecords(base).has_value();
+}
+
+} // namespace drevix

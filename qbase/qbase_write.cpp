@@ -1,0 +1,119 @@
+// Writing a base: the file is made as long as it is to be, then header, user block, index and records follow in
+// the order in which they lie.
+#include "platform/status.h"
+#include "qbase/qbase_file_internal.h"
+
+namespace drevix {
+namespace {
+
+constexpr std::size_t kUserPartStart = offsetof(QBaseFileHeader, savedSortMode);
+constexpr std::size_t kUserPartSize = sizeof(QBaseFileHeader) - kUserPartStart;
+
+// The two parts of a base's file that can be written one without the other.
+struct Parts {
+    bool user;
+    bool records;
+};
+
+std::size_t IndexSize(QBaseHandle base) {
+    return static_cast<std::size_t>(base->file.count) * sizeof(std::int32_t);
+}
+
+std::size_t IndexPlace(QBaseHandle base) {
+    return sizeof(QBaseFileHeader) + base->userBlock.Size();
+}
+
+std::size_t FileSize(QBaseHandle base) {
+    return IndexPlace(base) + IndexSize(base) + base->records.Size();
+}
+
+// Whether the file holds a base of this base's kind whose user block is as long as this base's, so that what
+// is not written still fits. A file that cannot be read is none.
+bool HoldsBaseLike(QBaseHandle base, FileRef file) {
+    QBaseFileHeader found = {};
+    return SetFPos(file, fsFromStart, 0) == noErr && ReadAtMark(file, &found, sizeof found) == noErr &&
+           found.magic == kQBaseMagic && found.version == kQBaseVersion && found.type == base->file.type &&
+           found.typeVersion == base->file.typeVersion && found.userBlockSize == base->userBlock.Size();
+}
+
+OSErr WriteAt(FileRef file, std::size_t place, const void *bytes, std::size_t count) {
+    const OSErr status = SetFPos(file, fsFromStart, static_cast<std::int64_t>(place));
+    return status == noErr ? WriteAtMark(file, bytes, count) : status;
+}
+
+OSErr WriteUserPart(QBaseHandle base, FileRef file) {
+    const auto *const header = reinterpret_cast<const std::byte *>(&base->file);
+    const OSErr status = WriteAt(file, kUserPartStart, header + kUserPartStart, kUserPartSize);
+    return status == noErr ? WriteAtMark(file, base->userBlock.Data(), base->userBlock.Size()) : status;
+}
+
+OSErr WriteRecords(QBaseHandle base, FileRef file) {
+    const OSErr status = WriteAt(file, IndexPlace(base), base->index.Data(), IndexSize(base));
+    return status == noErr ? WriteAtMark(file, base->records.Data(), base->records.Size()) : status;
+}
+
+// Writes the wanted parts and tells which of them were written whole.
+OSErr WriteParts(QBaseHandle base, FileRef file, Parts wanted, Parts *whole) {
+    OSErr status = noErr;
+    if (wanted.records) {
+        status = WriteAt(file, 0, &base->file, kUserPartStart);
+    }
+    if (status == noErr && wanted.user) {
+        status = WriteUserPart(base, file);
+        whole->user = status == noErr;
+    }
+    if (status == noErr && wanted.records) {
+        status = WriteRecords(base, file);
+        whole->records = status == noErr;
+    }
+    return status;
+}
+
+// Brings the header fields up to date that describe what is about to be written.
+void DescribeParts(QBaseHandle base, Parts wanted) {
+    base->file.userBlockSize = static_cast<std::uint32_t>(base->userBlock.Size());
+    if (wanted.records) {
+        base->file.recordsSize = static_cast<std::uint32_t>(base->records.Size());
+    }
+    // The order of the index is stored among the user fields, so it may follow only when both are written.
+    if (wanted.records && wanted.user) {
+        base->file.savedSortMode = base->sortMode;
+    }
+}
+
+} // namespace
+
+OSErr QBaseWrite(QBaseHandle base, FileRef file, bool writeUserPart, bool writeRecords) {
+    if (base == nullptr || file == 0) {
+        return paramErr;
+    }
+    if (base->readOnly) {
+        return wrPermErr;
+    }
+    if (base->userBlock.Size() > kMaxTransfer || base->index.Size() < IndexSize(base)) {
+        return paramErr;
+    }
+    const MemoryRequest request;
+    Parts wanted = {writeUserPart, writeRecords};
+    if (!(writeUserPart && writeRecords) && !HoldsBaseLike(base, file)) {
+        wanted = {true, true};
+    }
+    DescribeParts(base, wanted);
+    if (wanted.records) {
+        const OSErr status = SetEOF(file, static_cast<std::int64_t>(FileSize(base)));
+        if (status != noErr) {
+            return status;
+        }
+    }
+    Parts whole = {false, false};
+    const OSErr status = WriteParts(base, file, wanted, &whole);
+    const OSErr flushed = QBFlushSync(file);
+    if (flushed == noErr) {
+        // What is not known to be on the disk stays changed, so that the caller can try again.
+        base->userFieldsChanged = base->userFieldsChanged && !whole.user;
+        base->recordsChanged = base->recordsChanged && !whole.records;
+    }
+    return status != noErr ? status : flushed;
+}
+
+} // namespace drevix

@@ -1,0 +1,363 @@
+#include "qbase/qbase_internal.h"
+#include "tests/qbase/file_support.h"
+#include "tests/support/faults.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <random>
+#include <span>
+
+namespace drevix {
+namespace {
+
+using namespace test;
+
+// Remembers the largest request for memory.
+class WatchingAllocator : public BlockAllocator {
+  public:
+    WatchingAllocator() : fBefore(SetBlockAllocator(this)) {}
+    ~WatchingAllocator() override { SetBlockAllocator(fBefore); }
+    void *Reallocate(void *memory, std::size_t size) override {
+        largest = std::max(largest, size);
+        return BlockAllocator::Reallocate(memory, size);
+    }
+    std::size_t largest = 0;
+
+  private:
+    BlockAllocator *fBefore;
+};
+
+enum class Mode { Plain, Recover, Rebuild };
+
+OSErr ReadInMode(QBaseHandle base, FileRef file, Mode mode, bool emptyFirst, bool *salvaged = nullptr) {
+    return QBaseReadRebuild(base, file, true, true, false, emptyFirst, mode == Mode::Rebuild,
+                            mode != Mode::Plain, salvaged);
+}
+
+// Reads the file behind a base's own record: what is left is valid, costs no more memory than the file backs,
+// and can be added to, written and read again.
+void ReadSafely(MemoryFile &file, std::string_view image, Mode mode) {
+    ASSERT_TRUE(file.Set(image));
+    WatchingAllocator memory;
+    const QBaseOwner base = NewFileBase();
+    AddMadeRecords(base.get(), {4});
+    const std::string before = Contents(base.get());
+    const OSErr status = ReadInMode(base.get(), file.Ref(), mode, false);
+    ASSERT_LE(memory.largest, std::max(sizeof(QBaseHeader), 2 * image.size() + 64));
+    ASSERT_TRUE(QBaseValidate(base.get()));
+    if (status != noErr && QBaseCountRecords(base.get()) > 0) {
+        ASSERT_EQ(Contents(base.get()), before);
+    } else if (status == noErr) {
+        ASSERT_GE(QBaseAddRecord(base.get(), "added", 5), 0);
+        ASSERT_EQ(QBaseWrite(base.get(), file.Ref(), true, true), noErr);
+        const QBaseOwner again = NewFileBase();
+        ASSERT_EQ(QBaseRead(again.get(), file.Ref(), true, true, false, false), noErr);
+        ASSERT_EQ(Contents(again.get()), Contents(base.get()));
+    }
+}
+
+TEST(DamagedBaseFile, EveryTruncationAndEveryChangedByte_IsReadSafely) {
+    const std::string image = FileOf(FullFileBase().get());
+    MemoryFile file;
+    for (const Mode mode : {Mode::Plain, Mode::Recover, Mode::Rebuild}) {
+        for (std::size_t size = 0; size <= image.size(); ++size) {
+            SCOPED_TRACE("cut to " + std::to_string(size));
+            ASSERT_NO_FATAL_FAILURE(ReadSafely(file, image.substr(0, size), mode));
+        }
+        for (std::size_t place = 0; place < image.size(); ++place) {
+            for (int change = 1; change < 256; ++change) {
+                std::string changed = image;
+                changed[place] = static_cast<char>(changed[place] ^ change);
+                SCOPED_TRACE("byte " + std::to_string(place) + " changed by " + std::to_string(change));
+                ASSERT_NO_FATAL_FAILURE(ReadSafely(file, changed, mode));
+            }
+        }
+    }
+}
+
+TEST(DamagedBaseFile, Recovery_KeepsTheWholeRecordsBeforeTheDamage) {
+    struct Row {
+        const char *what;
+        std::size_t recordBytes; // of the 56 that the header tells
+        OSErr status;
+        bool salvaged;
+        std::int32_t count;
+    };
+    // The records are 16, 14, 10 and 16 bytes long.
+    const Row rows[] = {
+        {"whole", 56, noErr, false, 4},
+        {"a byte too long", 57, noErr, true, 4},
+        {"in the head of the last record", 44, -1, true, 0},
+        {"in the data of the last record", 55, -1, true, 0},
+        {"after record 2", 40, noErr, true, 3},
+        {"in the head of record 2", 33, noErr, true, 2},
+        {"after record 1", 30, noErr, true, 2},
+        {"in the data of record 1", 29, noErr, true, 1},
+        {"in the size of record 1", 18, noErr, true, 1},
+        {"after record 0", 16, noErr, true, 1},
+        {"no records", 0, noErr, true, 0},
+    };
+    const QBaseOwner whole = NewFileBase();
+    AddMadeRecords(whole.get(), {6, 4, 0, 5});
+    const std::string image = FileOf(whole.get()) + "?";
+    constexpr std::size_t kRecordsPlace = 64 + 4 * 4;
+    for (const Row &row : rows) {
+        SCOPED_TRACE(row.what);
+        MemoryFile file(image.substr(0, kRecordsPlace + row.recordBytes));
+        const QBaseOwner base = NewFileBase();
+        bool salvaged = !row.salvaged;
+        EXPECT_EQ(ReadInMode(base.get(), file.Ref(), Mode::Recover, true, &salvaged), row.status);
+        EXPECT_EQ(salvaged, row.salvaged);
+        EXPECT_EQ(QBaseCountRecords(base.get()), row.count);
+        EXPECT_EQ(QBaseGetRecordsChanged(base.get()), row.salvaged);
+        EXPECT_TRUE(QBaseValidate(base.get()));
+        EXPECT_EQ(QBaseRead(base.get(), file.Ref(), true, true, false, true), row.salvaged ? -1 : noErr);
+    }
+    // A file that ends in its index has no records to salvage; an early return reports none.
+    const QBaseOwner base = NewFileBase();
+    AddMadeRecords(base.get(), {1});
+    for (const std::size_t size : {kRecordsPlace - 1, std::size_t{64}, std::size_t{0}}) {
+        bool salvaged = true;
+        EXPECT_NE(
+            ReadInMode(base.get(), MemoryFile(image.substr(0, size)).Ref(), Mode::Recover, false, &salvaged),
+            noErr);
+        EXPECT_FALSE(salvaged);
+        EXPECT_EQ(QBaseCountRecords(base.get()), 1);
+    }
+}
+
+TEST(DamagedBaseFile, BytesAfterTheLastRecord_DoNotHideRecordsAddedLater) {
+    // They are valid, but a record added behind them was out of the walk's reach: the next read lost all.
+    std::string image = FileOf(FullFileBase().get()) + "slack";
+    image[16] = static_cast<char>(image[16] + 5);
+    const QBaseOwner base = NewFileBase();
+    ASSERT_EQ(QBaseRead(base.get(), MemoryFile(image).Ref(), true, true, false, false), noErr);
+    AddMadeRecords(base.get(), {2});
+    const QBaseOwner again = NewFileBase();
+    EXPECT_EQ(QBaseRead(again.get(), MemoryFile(FileOf(base.get())).Ref(), true, true, false, false), noErr);
+    EXPECT_EQ(Contents(again.get()), Contents(base.get()));
+}
+
+TEST(DamagedBaseFile, SizesBeyondEverything_CostNoMemory) {
+    const std::string image = FileOf(FullFileBase().get());
+    struct Row {
+        std::size_t place; // of a 32-bit header field
+        std::uint32_t value;
+        off_t length; // of the file
+        OSErr status;
+    };
+    constexpr std::uint32_t kHuge = 0x80000000;
+    const Row rows[] = {
+        {12, 0xFFFFFFFF, 121, -1},
+        {12, 0x7FFFFFFF, 121, -1},
+        {12, 0x40000000, 121, -1},
+        {16, 0xFFFFFFFF, 121, -1},
+        {56, 0xFFFFFFFF, 121, -1},
+        {12, 0xFFFFFFFF, 105, -1},                  // as long as a count of -1 says
+        {16, kHuge, 81 + off_t{kHuge}, memFullErr}, // records, user block, index really there
+        {56, kHuge, 116 + off_t{kHuge}, memFullErr},
+        {12, kHuge / 8, 64 + 5 + off_t{kHuge} / 2 + 40, memFullErr},
+    };
+    for (const Row &row : rows) {
+        SCOPED_TRACE(std::to_string(row.place) + " " + std::to_string(row.value));
+        MemoryFile file(image);
+        std::string changed = image;
+        std::memcpy(changed.data() + row.place, &row.value, sizeof row.value);
+        ASSERT_TRUE(file.Set(changed) && file.SetLength(row.length));
+        for (const Mode mode : {Mode::Plain, Mode::Recover}) {
+            const QBaseOwner base = FullFileBase();
+            const std::string before = State(base.get());
+            WatchingAllocator memory;
+            const OSErr status = ReadInMode(base.get(), file.Ref(), mode, false);
+            EXPECT_TRUE(status == row.status || mode == Mode::Recover) << status;
+            EXPECT_LE(memory.largest, 1000U);
+            EXPECT_TRUE(status == noErr || State(base.get()) == before);
+        }
+    }
+    const QBaseOwner base = FullFileBase();
+    ASSERT_EQ(base->userBlock.Resize(kHuge), noErr);
+    MemoryFile file(image);
+    EXPECT_EQ(QBaseWrite(base.get(), file.Ref(), true, true), paramErr);
+    EXPECT_EQ(file.Bytes(), image);
+}
+
+TEST(BaseFileStatus, RefusedCalls_ChangeNothing) {
+    const MemoryFile file(FileOf(FullFileBase().get()));
+    const MemoryFile empty;
+    const QBaseOwner base = FullFileBase();
+    const std::string before = State(base.get());
+    EXPECT_EQ(QBaseWrite(nullptr, file.Ref(), true, true), paramErr);
+    EXPECT_EQ(QBaseWrite(base.get(), 0, true, true), paramErr);
+    EXPECT_EQ(QBaseRead(nullptr, file.Ref(), true, true, true, true), paramErr);
+    EXPECT_EQ(QBaseRead(base.get(), 0, true, true, true, true), paramErr);
+    EXPECT_EQ(QBaseRead(base.get(), 300, true, true, true, false), rfNumErr);
+    EXPECT_EQ(QBaseRead(base.get(), empty.Ref(), true, true, true, false), noErr);
+    EXPECT_EQ(QBaseRead(base.get(), empty.Ref(), true, true, false, false), eofErr);
+    QBaseSetReadOnly(base.get(), true);
+    EXPECT_EQ(QBaseWrite(base.get(), empty.Ref(), true, true), wrPermErr);
+    EXPECT_EQ(empty.Bytes(), "");
+    EXPECT_EQ(State(base.get()), before);
+    QBaseSetType(base.get(), kFileTestType, kFileTestVersion + 1);
+    EXPECT_EQ(QBaseRead(base.get(), file.Ref(), true, true, true, false), -1);
+    QBaseSetType(base.get(), kFileTestType + 1, kFileTestVersion);
+    EXPECT_EQ(QBaseRead(base.get(), file.Ref(), true, true, true, false), -1);
+    EXPECT_EQ(State(base.get()), before);
+    EXPECT_FALSE(QBaseValidate(nullptr));
+}
+
+// Calls `run(fault, lasts, failAt)`, which tells whether the fault was met, until it was not.
+template <typename Run>
+void ForEveryFault(const Run &run) {
+    for (const bool ofMemory : {false, true}) {
+        for (const Lasts lasts : {Lasts::Once, Lasts::ForEver}) {
+            int failAt = 1;
+            while (run(ofMemory, lasts, failAt)) {
+                ++failAt;
+            }
+            EXPECT_GT(failAt, 1 + (ofMemory ? 0 : 2)) << "no fault was ever met";
+        }
+    }
+}
+
+TEST(BaseFileFaults, EveryFailingReadStep_LeavesTheBaseOrReadsItAll) {
+    MemoryFile file(FileOf(FullFileBase().get()));
+    const auto start = [] {
+        QBaseOwner base = NewFileBase();
+        AddMadeRecords(base.get(), {5, 1});
+        QBaseSetUserLong(base.get(), 9);
+        return base;
+    };
+    const std::string before = State(start().get());
+    const QBaseOwner read = start();
+    ASSERT_EQ(QBaseRead(read.get(), file.Ref(), true, true, false, false), noErr);
+    const std::string after = State(read.get());
+    ForEveryFault([&](bool ofMemory, Lasts lasts, int failAt) {
+        std::int16_t wantsMemory = 5;
+        QBaseUseWantsMemFull(&wantsMemory);
+        const QBaseOwner base = start();
+        const FaultyAllocator memory(ofMemory ? failAt : 1000, lasts);
+        const FaultyDisk disk(ofMemory ? 1000 : failAt, lasts, EIO);
+        const OSErr status = QBaseRead(base.get(), file.Ref(), true, true, false, false);
+        QBaseUseWantsMemFull(nullptr);
+        EXPECT_EQ(wantsMemory, 5);
+        EXPECT_EQ(State(base.get()), status == noErr ? after : before);
+        EXPECT_TRUE(status == noErr || status == (ofMemory ? memFullErr : ioErr)) << status;
+        const bool hit = memory.WasHit() || disk.WasHit();
+        EXPECT_TRUE(hit || status == noErr);
+        EXPECT_TRUE(status != noErr || !disk.WasHit());
+        return hit;
+    });
+}
+
+TEST(BaseFileFaults, EveryFailingWriteStep_LeavesTheChangeFlagsOfWhatIsNotThere) {
+    const std::string whole = FileOf(FullFileBase().get());
+    const std::string old(200, 'x');
+    for (const Lasts lasts : {Lasts::Once, Lasts::ForEver}) {
+        for (int failAt = 1;; ++failAt) {
+            SCOPED_TRACE(failAt);
+            MemoryFile file(old);
+            const QBaseOwner base = FullFileBase();
+            const FaultyDisk disk(failAt, lasts, ENOSPC);
+            const OSErr status = QBaseWrite(base.get(), file.Ref(), true, true);
+            if (!disk.WasHit()) {
+                EXPECT_EQ(status, noErr);
+                EXPECT_EQ(file.Bytes(), whole);
+                EXPECT_FALSE(QBaseGetRecordsChanged(base.get()) || QBaseGetUserFieldsChanged(base.get()));
+                EXPECT_GT(failAt, 10);
+                break;
+            }
+            EXPECT_EQ(status, dskFulErr);
+            EXPECT_TRUE(QBaseGetRecordsChanged(base.get()));
+            if (!QBaseGetUserFieldsChanged(base.get())) {
+                EXPECT_EQ(file.Bytes().substr(28, 41), whole.substr(28, 41));
+            }
+        }
+    }
+}
+
+// The rules of validation one after the other, at the price of a search for every record.
+bool IsValidByTheRules(QBaseHandle base) {
+    const std::size_t size = base->records.Size();
+    const std::span slots(IndexOffsets(base), static_cast<std::size_t>(base->file.count));
+    if (std::ranges::any_of(slots, [size](std::int64_t slot) {
+            return slot < 0 || slot > static_cast<std::int64_t>(size) - 10;
+        })) {
+        return false;
+    }
+    std::size_t offset = 0;
+    for (std::size_t i = 0; i < slots.size(); ++i) {
+        if (std::ranges::find(slots, static_cast<std::int32_t>(offset)) == slots.end()) {
+            return false;
+        }
+        const QBaseRecord record = *RecordAt(base, offset);
+        if (record.size < 10 || record.size > size || record.length < 0 ||
+            static_cast<std::uint32_t>(record.length) > record.size - 10) {
+            return false;
+        }
+        offset += record.size;
+        if (offset > size || (offset == size && i + 1 < slots.size())) {
+            return false;
+        }
+    }
+    return true;
+}
+
+void Damage(QBaseHandle base, std::mt19937 &random) {
+    std::int32_t *const slots = IndexOffsets(base);
+    const auto any = [&] { return random() % static_cast<std::size_t>(base->file.count); };
+    const int step = static_cast<int>(random() % 13) - 6;
+    const std::size_t slot = any();
+    QBaseRecord *const record = RecordAt(base, static_cast<std::uint32_t>(slots[slot]));
+    switch (random() % 7) {
+    case 0:
+        std::swap(slots[slot], slots[any()]);
+        break;
+    case 1:
+        slots[slot] = slots[any()];
+        break;
+    case 2:
+        slots[slot] += step;
+        break;
+    case 3:
+        slots[slot] = static_cast<std::int32_t>(random());
+        break;
+    case 4:
+        record->size += static_cast<std::uint32_t>(step);
+        break;
+    case 5:
+        record->length += step;
+        break;
+    default:
+        std::ignore = base->records.Resize(base->records.Size() - 1 - random() % 12);
+        base->file.count -= static_cast<std::int32_t>(random() % 2);
+    }
+}
+
+TEST(BaseValidation, Verdict_IsThatOfTheRulesWithMemoryAndWithout) {
+    std::mt19937 random(20); // any fixed number
+    int valid = 0;
+    int invalid = 0;
+    for (int round = 0; round < 4000; ++round) {
+        // Small bases; some of many windows without memory; a few of several with it.
+        const int length = round % 100 == 0 ? 30'000 : round % 10 == 0 ? 3000 : 4;
+        const QBaseOwner base = NewFileBase();
+        for (int i = static_cast<int>(random() % 50) + 1; i >= 0; --i) {
+            AddMadeRecords(base.get(), {static_cast<int>(random() % static_cast<unsigned>(length + 1))});
+        }
+        std::shuffle(IndexOffsets(base.get()), IndexOffsets(base.get()) + base->file.count, random);
+        if (round % 4 != 0) {
+            Damage(base.get(), random);
+        }
+        const bool expected = IsValidByTheRules(base.get());
+        ++(expected ? valid : invalid);
+        EXPECT_EQ(QBaseValidate(base.get()), expected) << round;
+        const FaultyAllocator none(1, Lasts::ForEver);
+        EXPECT_EQ(QBaseValidate(base.get()), expected) << round;
+    }
+    EXPECT_GT(valid, 1000);
+    EXPECT_GT(invalid, 1000);
+}
+
+} // namespace
+} // namespace drevix
