@@ -49,6 +49,8 @@ inline constexpr std::uint8_t kOneSlotOnly = 0x02;     // choosing it elsewhere 
 inline constexpr std::uint8_t kNavAppsOnly = 0x04;     // records whose signature HasAppCommands accepts
 inline constexpr std::uint8_t kToolMenuRecords = 0x08; // those and the global record
 inline constexpr std::uint8_t kToolMenuButtons = 0x10; // buttons I, II and III only
+inline constexpr std::uint8_t kTunerOnly = 0x20;
+inline constexpr std::uint8_t kNotOnTuner = 0x40;
 
 // One command.
 struct ActionInfo {
@@ -160,7 +162,9 @@ enum class ActionRefusal : std::uint8_t {
     NotInThisRecord,
     NotOnThisControl
 };
-// Whether the editor offers the command for this slot of this record.
+// Whether the editor offers the command for this slot of this record. The application's commands are offered
+// as the menu's one application entry opens them: tool sizes on the tuner, navigation on the other controls. A
+// record may hold them elsewhere all the same, and they are shown there.
 [[nodiscard]] ActionRefusal CheckAction(const AppPrefs &prefs, SlotIndex slot, ActionCommand code);
 
 // Empties the slot's fields but the command: no modifiers, no key, no delay, CRC or text.

@@ -16,7 +16,7 @@ namespace drevix {
 
 // Fills a record that the caller has zeroed. An absent key, or a value of the wrong type, reads as 0 or
 // leaves the text empty; a number keeps the low bits that its field has room for; text becomes Mac OS Roman
-// and is cut to its field. Always true.
+// and is cut to its field. Always true. May throw std::bad_alloc.
 bool GetAppPrefsFromDictionary(AppPrefs *prefs, const PropertyListDictionary &dictionary);
 
 // Called with each record in the order of the file.

@@ -236,6 +236,29 @@ TEST(KeepFileAside, DifferentFiles_AreAllKept) {
     EXPECT_EQ(KeepFileAside(scratch.Path("none"), kept), fnfErr);
 }
 
+// A refused file behind a link was once copied again at every start.
+TEST(KeepFileAside, Links_CountAsTheirFileAndNeverAsACopy) {
+    ScratchFolder scratch;
+    const std::string path = scratch.Path("config/f");
+    const std::string kept = path + ".refused";
+    WriteWhole(scratch.Path("real"), "bytes");
+    fs::create_symlink(scratch.Path("real"), path);
+    for (int start = 0; start < 3; ++start) {
+        EXPECT_EQ(KeepFileAside(path, kept), noErr);
+    }
+    EXPECT_EQ(ScratchFolder::Names(scratch.Preferences()), (Names{"f", "f.refused"}));
+    // What changes together with the file does not keep it.
+    using MakeLink = void (*)(const fs::path &, const fs::path &);
+    for (const MakeLink makeLink : {MakeLink{fs::create_hard_link}, MakeLink{fs::create_symlink}}) {
+        fs::remove(kept);
+        makeLink(scratch.Path("real"), kept);
+        EXPECT_EQ(KeepFileAside(path, kept), noErr);
+        WriteWhole(path, "other");
+        EXPECT_EQ(ReadWhole(kept), "bytes");
+        WriteWhole(path, "bytes");
+    }
+}
+
 TEST(FolderLock, SecondHolder_Waits) {
     ScratchFolder scratch;
     const pid_t child = ::fork(); // before the lock is taken, as a fork would share it

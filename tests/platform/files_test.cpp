@@ -1,5 +1,6 @@
 #include "platform/files.h"
 
+#include "platform/resources.h"
 #include "platform/status.h"
 #include "tests/support/faults.h"
 #include "tests/support/scratch.h"
@@ -44,6 +45,12 @@ TEST(FindFolder, Preferences_FollowTheDesktopsRules) {
     EXPECT_EQ(FindFolder(1, kPreferencesFolderType, kDontCreateFolder, &volume, &folder), nsvErr);
     EXPECT_EQ(FindFolder(kOnSystemDisk, FourCharCode("none"), kDontCreateFolder, &volume, &folder), fnfErr);
     ::setenv("XDG_CONFIG_HOME", scratch.Preferences().c_str(), 1);
+}
+
+TEST(FindResourceFolder, BuildTree_HasTheFolderBesideThePrograms) {
+    FSRef folder;
+    ASSERT_EQ(FindResourceFolder(&folder), noErr);
+    EXPECT_TRUE(std::filesystem::is_regular_file(folder.path + "/Defaults.veltrana")) << folder.path;
 }
 
 TEST(FSSpec, Names_AreMacRomanWithTheOtherSystemsSeparator) {

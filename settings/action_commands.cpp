@@ -1,0 +1,266 @@
+#include "settings/action_commands.h"
+
+#include <algorithm>
+#include <array>
+
+namespace drevix {
+namespace {
+
+using enum ActionGroup;
+
+// clang-format off
+// In the order of the enumeration.
+constexpr auto kGroupTitles = std::to_array<std::string_view>({
+    "No action", "Global setting", "Ring mode", "Keystroke", "Companion menu", "Application tool",
+    "Application navigation", "Open item", "Desktop", "Special key", "Media player", "Shortcut", "Scroll",
+});
+static_assert(kGroupTitles.size() == static_cast<std::size_t>(ActionScroll) + 1);
+
+// A title says what a user of any Linux desktop sees happen; which program or key brings it about is the device
+// helper's business.
+constexpr auto kActions = std::to_array<ActionInfo>({
+    {0,   ActionNone,       0,                                    "No action"},
+    {4,   ActionUseGlobal,  kNotInGlobalRecord,                   "Use the global setting"},
+    {7,   ActionModeSwitch, kOneSlotOnly,                         "Switch ring mode"},
+    {32,  ActionKeystroke,  0,                                    "Keystroke"},
+    {34,  ActionToolMenu,   kToolMenuRecords | kToolMenuButtons,  "Companion menu entry"},
+    {35,  ActionAppTool,    kNavAppsOnly | kTunerOnly,            "Tool size down"},
+    {36,  ActionAppTool,    kNavAppsOnly | kTunerOnly,            "Tool size up"},
+    {37,  ActionAppNav,     kNavAppsOnly | kNotOnTuner,           "Move left"},
+    {38,  ActionAppNav,     kNavAppsOnly | kNotOnTuner,           "Move right"},
+    {39,  ActionAppNav,     kNavAppsOnly | kNotOnTuner,           "Move up"},
+    {40,  ActionAppNav,     kNavAppsOnly | kNotOnTuner,           "Move down"},
+    {41,  ActionAppNav,     kNavAppsOnly | kNotOnTuner,           "Zoom out"},
+    {42,  ActionAppNav,     kNavAppsOnly | kNotOnTuner,           "Zoom in"},
+    {43,  ActionAppNav,     kNavAppsOnly | kNotOnTuner | kOneSlotOnly, "Fit to window"},
+    {64,  ActionOpenItem,   0,                                    "Open item"},
+    {67,  ActionPredefined, 0,                                    "Show desktop"},
+    {68,  ActionPredefined, 0,                                    "Show application windows"},
+    {69,  ActionPredefined, 0,                                    "Show all windows"},
+    {80,  ActionPredefined, 0,                                    "Open file manager"},
+    {81,  ActionPredefined, 0,                                    "Open web browser"},
+    {82,  ActionPredefined, 0,                                    "Open mail"},
+    {83,  ActionPredefined, 0,                                    "Open calendar"},
+    {84,  ActionPredefined, 0,                                    "Open contacts"},
+    {85,  ActionPredefined, 0,                                    "Open messages"},
+    {86,  ActionPredefined, 0,                                    "Open terminal"},
+    {87,  ActionPredefined, 0,                                    "Open text editor"},
+    {88,  ActionPredefined, 0,                                    "Open calculator"},
+    {89,  ActionPredefined, 0,                                    "Open image viewer"},
+    {90,  ActionPredefined, 0,                                    "Open document viewer"},
+    {91,  ActionPredefined, 0,                                    "Open music player"},
+    {92,  ActionPredefined, 0,                                    "Open video player"},
+    {93,  ActionPredefined, 0,                                    "Open screenshot tool"},
+    {94,  ActionPredefined, 0,                                    "Open software manager"},
+    {95,  ActionPredefined, 0,                                    "Open system monitor"},
+    {96,  ActionPredefined, 0,                                    "Open system settings"},
+    {102, ActionPredefined, 0,                                    "Lock screen"},
+    {103, ActionPredefined, 0,                                    "Log out"},
+    {104, ActionPredefined, 0,                                    "Suspend"},
+    {105, ActionPredefined, 0,                                    "Restart"},
+    {106, ActionPredefined, 0,                                    "Shut down"},
+    {128, ActionSpecialKey, 0,                                    "Eject disc"},
+    {129, ActionSpecialKey, 0,                                    "Mute microphone"},
+    {130, ActionSpecialKey, 0,                                    "Mute sound"},
+    {131, ActionSpecialKey, 0,                                    "Volume down"},
+    {132, ActionSpecialKey, 0,                                    "Volume up"},
+    {133, ActionSpecialKey, 0,                                    "Brightness down"},
+    {134, ActionSpecialKey, 0,                                    "Brightness up"},
+    {144, ActionITunes,     0,                                    "Play or pause"},
+    {145, ActionITunes,     0,                                    "Next track"},
+    {146, ActionITunes,     0,                                    "Previous track"},
+    {147, ActionITunes,     0,                                    "Stop playing"},
+    {151, ActionITunes,     0,                                    "Player volume up"},
+    {152, ActionITunes,     0,                                    "Player volume down"},
+    {160, ActionShortcut,   0,                                    "Browser back"},
+    {161, ActionShortcut,   0,                                    "Browser forward"},
+    {162, ActionShortcut,   0,                                    "Browser reload"},
+    {176, ActionShortcut,   0,                                    "New"},
+    {177, ActionShortcut,   0,                                    "Open"},
+    {178, ActionShortcut,   0,                                    "Save"},
+    {179, ActionShortcut,   0,                                    "Print"},
+    {180, ActionShortcut,   0,                                    "Close window"},
+    {181, ActionShortcut,   0,                                    "Minimize window"},
+    {182, ActionShortcut,   0,                                    "Undo"},
+    {183, ActionShortcut,   0,                                    "Cut"},
+    {184, ActionShortcut,   0,                                    "Copy"},
+    {185, ActionShortcut,   0,                                    "Paste"},
+    {186, ActionShortcut,   0,                                    "Select all"},
+    {187, ActionShortcut,   0,                                    "Find"},
+    {188, ActionShortcut,   0,                                    "Find next"},
+    {189, ActionShortcut,   0,                                    "Next window"},
+    {190, ActionShortcut,   0,                                    "Full screen"},
+    {208, ActionShortcut,   0,                                    "Redo"},
+    {224, ActionScroll,     0,                                    "Scroll up"},
+    {225, ActionScroll,     0,                                    "Scroll down"},
+    {226, ActionScroll,     0,                                    "Scroll left"},
+    {227, ActionScroll,     0,                                    "Scroll right"},
+});
+
+constexpr std::int16_t kSep = kMenuSeparator;
+constexpr auto kAppNavCodes = std::to_array<std::int16_t>({37, 38, 39, 40, 41, 42, 43});
+constexpr auto kAppToolCodes = std::to_array<std::int16_t>({35, 36});
+constexpr auto kShortcutCodes = std::to_array<std::int16_t>({
+    176, 177, 178, 179, kSep, 180, 181, 189, 190, kSep, 183, 184, 185, 186, kSep, 182, 208, 187, 188, kSep,
+    160, 161, 162,
+});
+constexpr auto kSpecialKeyCodes = std::to_array<std::int16_t>({128, 130, 129, 132, 131, 134, 133});
+constexpr auto kPredefinedCodes = std::to_array<std::int16_t>({
+    69, 68, 67, kSep, 102, 103, 104, 105, 106, kSep,
+    80, 81, 82, 83, 84, 85, 86, 87, 88, 89, 90, 91, 92, 93, 94, 95, 96,
+});
+constexpr auto kMediaCodes = std::to_array<std::int16_t>({144, 145, 146, 147, 151, 152});
+
+using Tab = DetailTab;
+using Entry = ActionMenuEntry;
+constexpr auto kGroupMenus = std::to_array<GroupMenu>({
+    {"uiSettingsMenuAppNav",      ActionAppNav,     Tab::AppNav,      Entry::Application, kAppNavCodes},
+    {"uiSettingsMenuAppTool",     ActionAppTool,    Tab::AppTool,     Entry::Application, kAppToolCodes},
+    {"uiSettingsMenuShortcuts",   ActionShortcut,   Tab::Shortcuts,   Entry::Shortcut,    kShortcutCodes},
+    {"uiSettingsMenuSpecialKeys", ActionSpecialKey, Tab::SpecialKeys, Entry::SpecialKey,  kSpecialKeyCodes},
+    {"uiSettingsMenuPredefined",  ActionPredefined, Tab::Predefined,  Entry::Predefined,  kPredefinedCodes},
+    {"uiSettingsMenuITunes",      ActionITunes,     Tab::ITunes,      Entry::ITunes,      kMediaCodes},
+});
+
+// One position of the action menu.
+struct ActionMenuRow {
+    std::int16_t code;      // for a group the command that it begins with
+    DetailTab tab;
+    std::string_view title; // of a group; empty where the command's own title stands
+};
+constexpr auto kActionMenu = std::to_array<ActionMenuRow>({
+    {0,    Tab::Empty,       {}},
+    {4,    Tab::Empty,       {}},
+    {37,   Tab::AppNav,      "Application command"},
+    {34,   Tab::ToolMenu,    {}},
+    {7,    Tab::Empty,       {}},
+    {kSep, Tab::Empty,       {}},
+    {32,   Tab::Keystroke,   {}},
+    {176,  Tab::Shortcuts,   "Shortcut"},
+    {128,  Tab::SpecialKeys, "Special key"},
+    {kSep, Tab::Empty,       {}},
+    {224,  Tab::Scroll,      {}},
+    {225,  Tab::Scroll,      {}},
+    {226,  Tab::Scroll,      {}},
+    {227,  Tab::Scroll,      {}},
+    {kSep, Tab::Empty,       {}},
+    {69,   Tab::Predefined,  "Desktop"},
+    {64,   Tab::OpenItem,    {}},
+    {kSep, Tab::Empty,       {}},
+    {144,  Tab::ITunes,      "Media player"},
+});
+// clang-format on
+static_assert(kActionMenu.size() == kActionMenuPositions);
+
+constexpr const ActionInfo *FindRow(int code) {
+    const auto *row = std::ranges::lower_bound(kActions, code, {}, &ActionInfo::code);
+    return row != kActions.end() && row->code == code ? row : nullptr;
+}
+
+constexpr bool Holds(const GroupMenu &menu, int code) {
+    return std::ranges::find(menu.codes, code) != menu.codes.end();
+}
+
+// How often the menus together offer a command.
+constexpr auto TimesOffered(const ActionInfo &action) {
+    return std::ranges::count_if(
+               kActionMenu,
+               [&](const ActionMenuRow &row) { return row.code == action.code && row.title.empty(); }) +
+           std::ranges::count_if(kGroupMenus, [&](const GroupMenu &menu) {
+               return menu.group == action.group && Holds(menu, action.code);
+           });
+}
+
+constexpr bool IsKnown(std::int16_t code) {
+    return code == kMenuSeparator || FindRow(code) != nullptr;
+}
+
+// The group's entry of the action menu opens the menu's tab. The application entry stands for two menus and
+// opens the one that most controls use; the slot decides in CommandForActionMenu.
+constexpr bool AgreesWithActionMenu(const GroupMenu &menu) {
+    const ActionMenuRow &row = kActionMenu[static_cast<std::size_t>(menu.entry)];
+    return !row.title.empty() &&
+           (menu.group == ActionAppTool || (row.tab == menu.tab && row.code == menu.codes.front()));
+}
+
+static_assert(std::ranges::is_sorted(kActions, std::ranges::less_equal{}, &ActionInfo::code),
+              "ascending, each code once");
+static_assert(std::ranges::all_of(kActions, [](const auto &action) { return TimesOffered(action) == 1; }),
+              "each command is in one menu, and in its own group's");
+static_assert(std::ranges::all_of(kActionMenu, [](const auto &row) { return IsKnown(row.code); }));
+static_assert(std::ranges::all_of(kGroupMenus,
+                                  [](const auto &menu) { return std::ranges::all_of(menu.codes, IsKnown); }));
+static_assert(std::ranges::all_of(kGroupMenus, AgreesWithActionMenu));
+
+const ActionMenuRow *RowAt(int position) {
+    return position < 0 || position >= kActionMenuPositions
+               ? nullptr
+               : &kActionMenu[static_cast<std::size_t>(position)];
+}
+
+} // namespace
+
+std::span<const ActionInfo> AllActions() {
+    return kActions;
+}
+
+const ActionInfo *FindAction(ActionCommand code) {
+    return FindRow(code);
+}
+
+std::string_view ActionGroupTitle(ActionGroup group) {
+    return kGroupTitles[static_cast<std::size_t>(group)];
+}
+
+std::string_view ActionMenuTitle(int position) {
+    const ActionMenuRow *row = RowAt(position);
+    if (row == nullptr || row->code == kMenuSeparator) {
+        return {};
+    }
+    return row->title.empty() ? FindRow(row->code)->title : row->title;
+}
+
+ActionCommand CommandForActionMenu(int position, SlotIndex slot) {
+    const ActionMenuRow *row = RowAt(position);
+    if (row == nullptr || row->code == kMenuSeparator) {
+        return kActionNone;
+    }
+    if (position == static_cast<int>(ActionMenuEntry::Application) && IsTunerSlot(slot)) {
+        return kActionFirstAppTool;
+    }
+    return static_cast<ActionCommand>(row->code);
+}
+
+std::span<const GroupMenu> GroupMenus() {
+    return kGroupMenus;
+}
+
+const GroupMenu *FindGroupMenu(std::string_view outlet) {
+    const auto *menu = std::ranges::find(kGroupMenus, outlet, &GroupMenu::outlet);
+    return menu == kGroupMenus.end() ? nullptr : menu;
+}
+
+ActionCommand CommandForGroupMenu(const GroupMenu &menu, int position) {
+    if (position < 0 || static_cast<std::size_t>(position) >= menu.codes.size()) {
+        return kActionNone;
+    }
+    const std::int16_t code = menu.codes[static_cast<std::size_t>(position)];
+    return code == kMenuSeparator ? kActionNone : static_cast<ActionCommand>(code);
+}
+
+ActionPlace ClassifyAction(ActionCommand code) {
+    for (const GroupMenu &menu : kGroupMenus) {
+        if (const auto found = std::ranges::find(menu.codes, code); found != menu.codes.end()) {
+            return {static_cast<int>(menu.entry), menu.tab, &menu,
+                    static_cast<int>(found - menu.codes.begin())};
+        }
+    }
+    if (const auto *row = std::ranges::find(kActionMenu, code, &ActionMenuRow::code);
+        row != kActionMenu.end()) {
+        return {static_cast<int>(row - kActionMenu.begin()), row->tab, nullptr, kMenuNotFound};
+    }
+    const bool scrolls = code >= kActionFirstScroll && code <= kActionLastScroll;
+    return {0, scrolls ? DetailTab::Scroll : DetailTab::Empty, nullptr, kMenuNotFound};
+}
+
+} // namespace drevix

@@ -1,0 +1,257 @@
+#include "settings/device_prefs.h"
+
+#include "platform/file_update.h"
+#include "platform/status.h"
+#include "qbase/qbase_file.h"
+#include "settings/action_commands.h"
+#include "settings/pascal_strings.h"
+#include "settings/prefs_dictionary.h"
+#include "settings/prefs_list.h"
+
+#include <algorithm>
+#include <new>
+#include <tuple>
+
+namespace drevix {
+namespace {
+
+constexpr OSErr kDamaged = -1; // QBaseRead's status for contents that are no settings
+
+// The last version whose global record could hold the mode switch on button P by its makers' default, not by
+// the user's choice.
+constexpr std::uint32_t kLastVersionWithModeSwitchDefault = 0x120;
+constexpr SlotIndex kButtonP = 17;
+
+constexpr auto kOldIllustratorName = PascalLiteral("Adobe Illustrator");
+constexpr auto kIllustratorName = PascalLiteral("Adobe Illustrator CS2");
+
+// The path of the file of that name in the Preferences folder, left empty for no name. The name is cut in
+// place.
+OSErr FindNamedFile(StringPtr fileName, FolderCreation creation, std::string *path) {
+    FSSpec spec = {};
+    const OSErr status =
+        FindFolder(kOnSystemDisk, kPreferencesFolderType, creation, &spec.vRefNum, &spec.parID);
+    if (status != noErr || fileName == nullptr) {
+        return status;
+    }
+    fileName[0] = std::min<std::uint8_t>(fileName[0], kMaxFileNameLength);
+    PStringCopy(fileName, spec.name.data(), kMaxFileNameLength);
+    *path = PathFromSpec(spec);
+    return noErr;
+}
+
+// Reads the file into the empty base. The user part of a file comes in before its records are looked at, so
+// when they are refused the base gets its own user fields back: the stamp of a refused file would say that
+// the factory records were merged into a base that lacks them.
+OSErr ReadDevicePrefs(QBaseHandle base, const std::string &path) {
+    FileRef file = 0;
+    if (const OSErr status = OpenFile(path, fsRdPerm, &file); status != noErr) {
+        return status;
+    }
+    const QBaseOwner before = NewDrevixBase();
+    OSErr status = before != nullptr ? QBaseDuplicateUserFields(base, before.get()) : memFullErr;
+    if (status == noErr) {
+        status = QBaseRead(base, file, true, true, true, true);
+        if (status != noErr) {
+            std::ignore = QBaseDuplicateUserFields(before.get(), base); // as it worked the other way round
+            std::ignore = QBaseSetUserBlock(base, nullptr, 0);          // needs no memory
+        }
+    }
+    FSClose(file);
+    return status;
+}
+
+// Whether a save may replace the file, after this came of reading it. A file that was refused is kept aside
+// for that. One that could not be read may be in the best of health, so it is left alone until it can be.
+bool MayBeReplaced(const std::string &path, OSErr status) {
+    switch (status) {
+    case noErr:
+    case fnfErr:
+    case dirNFErr:
+        return true;
+    case kDamaged:
+    case eofErr:
+        return KeepFileAside(path, path + kRefusedSuffix) == noErr;
+    default:
+        return false;
+    }
+}
+
+// Adds the factory's records to a base that has none, or none of this version.
+void MergeDefaults(QBaseHandle base, const FSRef &resourceFolder, std::uint32_t version) {
+    if (QBaseCountRecords(base) != 0 && version <= QBaseGetUserLong(base)) {
+        return;
+    }
+    if (!resourceFolder.path.empty()) {
+        GetDeviceDefaultPrefs(base, resourceFolder.path + '/' + kDefaultsFileName);
+    }
+    if (version != 0) {
+        QBaseSetUserLong(base, version);
+    }
+}
+
+// All of reading but finding the file: `status` is what came of that, an empty path means that there is none
+// to read.
+OSErr LoadDevicePrefs(QBaseHandle base, OSErr status, const std::string &path, const FSRef &resourceFolder,
+                      std::uint32_t version, OSErr *fileStatus) {
+    QBaseEmpty(base);
+    QBaseSetReadOnly(base, true); // until it is known that a save destroys nothing
+    if (status == noErr && !path.empty()) {
+        status = ReadDevicePrefs(base, path);
+    }
+    if (fileStatus != nullptr) {
+        *fileStatus = status;
+    }
+    ValidateDevicePrefs(base);
+    QBaseSetReadOnly(base, !MayBeReplaced(path, status));
+    MergeDefaults(base, resourceFolder, version);
+    return QBaseCountRecords(base) == 0 ? resNotFound : noErr;
+}
+
+// The repairs of one record, in their order. Each tells whether it changed the record.
+
+bool RenameIllustrator(AppPrefs &prefs) {
+    if (PStringCmp(prefs.appFileName.data(), kOldIllustratorName.data()) != 0) {
+        return false;
+    }
+    PStringCopy(kIllustratorName.data(), prefs.appFileName.data(), kMaxFileNameLength);
+    PStringCopy(kIllustratorName.data(), prefs.appName.data(), kMaxAppNameLength);
+    return true;
+}
+
+bool ClearModeSwitchDefault(AppPrefs &prefs, std::uint32_t stamp) {
+    ActionSlot &slot = prefs.device[0].action[kButtonP];
+    if (stamp > kLastVersionWithModeSwitchDefault || prefs.application != kGlobalSignature ||
+        slot.command != kActionModeSwitch) {
+        return false;
+    }
+    slot.command = kActionNone;
+    return true;
+}
+
+bool ClearAppCommands(AppPrefs &prefs) {
+    bool changed = false;
+    for (ActionSlot &slot : prefs.device[0].action) {
+        if (IsAppCommand(slot.command) && !HasAppCommands(prefs.application)) {
+            slot.command = kActionNone;
+            changed = true;
+        }
+    }
+    return changed;
+}
+
+// Whether the base has the factory record already. Records of its name take over the wildcard signature.
+bool MatchFactoryRecord(QBaseHandle base, const AppPrefs &factory) {
+    bool matched = false;
+    for (RecordNumber i = 0; i < QBaseCountRecords(base); ++i) {
+        AppPrefs *prefs = GetAppPrefs(base, i);
+        if (prefs == nullptr || PStringCmp(prefs->appFileName.data(), factory.appFileName.data()) != 0) {
+            continue;
+        }
+        const bool same = prefs->application == factory.application;
+        if (!same && factory.application == kWildcardSignature) {
+            prefs->application = kWildcardSignature;
+            QBaseSetRecordsChanged(base, true);
+        }
+        matched = matched || prefs->application == factory.application;
+    }
+    return matched;
+}
+
+} // namespace
+
+QBaseOwner NewDrevixBase() {
+    return QBaseOwner(QBaseNew(kDrevixBaseType, kDrevixBaseTypeVersion, kDrevixBaseIndexGrowth));
+}
+
+OSErr GetDevicePrefs(QBaseHandle base, StringPtr fileName, const FSRef &resourceFolder,
+                     std::uint32_t version) try {
+    if (base == nullptr) {
+        return paramErr;
+    }
+    std::string path;
+    const OSErr found = FindNamedFile(fileName, kDontCreateFolder, &path);
+    return LoadDevicePrefs(base, found, path, resourceFolder, version, nullptr);
+} catch (const std::bad_alloc &) {
+    return memFullErr;
+}
+
+OSErr GetDevicePrefsFromPath(QBaseHandle base, const std::string &path, const FSRef &resourceFolder,
+                             std::uint32_t version, OSErr *fileStatus) try {
+    return base == nullptr ? paramErr
+                           : LoadDevicePrefs(base, noErr, path, resourceFolder, version, fileStatus);
+} catch (const std::bad_alloc &) {
+    return memFullErr;
+}
+
+OSErr SaveDevicePrefs(QBaseHandle base, StringPtr fileName, OSType /*fileType*/, OSType /*creator*/) try {
+    if (base == nullptr || fileName == nullptr || fileName[0] == 0) {
+        return noErr;
+    }
+    std::string path;
+    const OSErr status = FindNamedFile(fileName, kCreateFolder, &path);
+    return status == noErr ? SaveDevicePrefsToPath(base, path) : status;
+} catch (const std::bad_alloc &) {
+    return memFullErr;
+}
+
+OSErr SaveDevicePrefsToPath(QBaseHandle base, const std::string &path) {
+    if (base == nullptr || path.empty()) {
+        return noErr;
+    }
+    if (QBaseGetReadOnly(base)) { // asked before an update in place empties the file
+        return wrPermErr;
+    }
+    const bool recordsChanged = QBaseGetRecordsChanged(base);
+    const bool userFieldsChanged = QBaseGetUserFieldsChanged(base);
+    FileUpdate update;
+    OSErr status = update.Open(path, UpdateMethod::Replace);
+    if (status == noErr) {
+        status = QBaseWrite(base, update.File(), true, true);
+    }
+    if (status == noErr) {
+        status = update.Commit();
+    }
+    if (status != noErr) { // what was written into the new file is gone with it
+        QBaseSetRecordsChanged(base, recordsChanged);
+        QBaseSetUserFieldsChanged(base, userFieldsChanged);
+    }
+    return status;
+}
+
+OSErr FindDevicePrefsPath(std::string *path) try {
+    auto name = kDrevixPrefsName;
+    return FindNamedFile(name.data(), kDontCreateFolder, path);
+} catch (const std::bad_alloc &) {
+    return memFullErr;
+}
+
+OSErr GetDeviceDefaultPrefs(QBaseHandle base, const std::string &path) {
+    // A file that cannot be read adds nothing, and neither does a record without memory for it: the records
+    // that are there are what counts.
+    std::ignore = ReadAppPrefsFile(path, [base](const AppPrefs &factory) {
+        if (!MatchFactoryRecord(base, factory)) {
+            std::ignore = QBaseAddRecord(base, &factory, sizeof factory);
+        }
+    });
+    return noErr;
+}
+
+OSErr ValidateDevicePrefs(QBaseHandle base) {
+    const std::uint32_t stamp = QBaseGetUserLong(base);
+    for (RecordNumber i = 0; i < QBaseCountRecords(base); ++i) {
+        AppPrefs *prefs = GetAppPrefs(base, i);
+        if (prefs == nullptr) {
+            continue;
+        }
+        const bool renamed = RenameIllustrator(*prefs);
+        const bool switched = ClearModeSwitchDefault(*prefs, stamp);
+        const bool cleared = ClearAppCommands(*prefs);
+        if (renamed || switched || cleared) {
+            QBaseSetRecordsChanged(base, true);
+        }
+    }
+    return noErr;
+}
+
+} // namespace drevix

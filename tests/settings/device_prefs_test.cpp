@@ -1,0 +1,229 @@
+#include "settings/device_prefs.h"
+
+#include "settings/action_commands.h"
+#include "tests/settings/settings_files.h"
+
+#include <cstring>
+#include <filesystem>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace drevix {
+namespace {
+
+namespace fs = std::filesystem;
+using test::MakeBase;
+using test::MakeRecord;
+using test::Names;
+using test::ReadWhole;
+using test::RecordNames;
+using test::SettingsFolder;
+using test::WriteWhole;
+
+constexpr OSType kPhotoshop = FourCharCode("8BIM");
+constexpr OSType kOther = FourCharCode("TEST");
+
+TEST(GetDevicePrefs, FirstStart_HasTheFactoryRecordsAndSavingMakesTheFolder) {
+    SettingsFolder folder;
+    const QBaseOwner base = NewDrevixBase();
+    EXPECT_EQ(folder.Load(base, kPanelVersion), resNotFound) << "no defaults file either";
+    fs::remove(folder.Preferences());
+    folder.WriteDefaults({MakeRecord(0, ""), MakeRecord(kOther, "Z"), MakeRecord(kOther, "A")});
+    EXPECT_EQ(folder.Load(base, kPanelVersion), noErr);
+    EXPECT_EQ(RecordNames(base), (Names{"", "Z", "A"}));
+    EXPECT_EQ(QBaseGetUserLong(base.get()), kPanelVersion);
+    std::string path;
+    EXPECT_EQ(FindDevicePrefsPath(&path), fnfErr);
+    EXPECT_FALSE(fs::exists(folder.Preferences())) << "reading makes nothing";
+    EXPECT_EQ(SettingsFolder::Save(base), noErr);
+    EXPECT_EQ(folder.SavedNames(), (Names{"", "Z", "A"}));
+    EXPECT_EQ(FindDevicePrefsPath(&path), noErr);
+    EXPECT_EQ(path, folder.path);
+    WriteWhole(path, ""); // an empty file is no settings, and no damage
+    EXPECT_EQ(folder.Load(base, kPanelVersion), noErr);
+    EXPECT_EQ(SettingsFolder::Names(folder.Preferences()), Names{"com.halcyra.drevix.prefs"});
+    EXPECT_EQ(folder.Load(nullptr), paramErr);
+    EXPECT_EQ(SettingsFolder::Save(nullptr), noErr);
+}
+
+TEST(GetDevicePrefs, Stamp_DecidesWhetherFactoryRecordsAreAdded) {
+    struct Row {
+        std::uint32_t stamp;
+        std::uint32_t version;
+        bool merges;
+        std::uint32_t stampAfter;
+    };
+    const Row rows[] = {{5, 6, true, 6},  {6, 6, false, 6}, {7, 6, false, 7},
+                        {5, 0, false, 5}, {0, 0, false, 0}, {0x7FFFFFFF, 0x80000000, true, 0x80000000}};
+    for (const Row &row : rows) {
+        SettingsFolder folder;
+        folder.WriteDefaults({MakeRecord(kOther, "New")});
+        ASSERT_EQ(SettingsFolder::Save(MakeBase({MakeRecord(0, "")}, row.stamp)), noErr);
+        const QBaseOwner base = NewDrevixBase();
+        EXPECT_EQ(folder.Load(base, row.version), noErr);
+        EXPECT_EQ(RecordNames(base), row.merges ? (Names{"", "New"}) : Names{""}) << row.stamp;
+        EXPECT_EQ(QBaseGetUserLong(base.get()), row.stampAfter);
+        fs::remove(folder.Path(kDefaultsFileName)); // which does not keep the stamp from being set
+        EXPECT_EQ(folder.Load(base, row.version), noErr);
+        EXPECT_EQ(QBaseGetUserLong(base.get()), row.stampAfter);
+    }
+}
+
+TEST(GetDeviceDefaultPrefs, RecordsThatAreThere_KeepAllButASignatureBehindAWildcard) {
+    SettingsFolder folder;
+    AppPrefs mine = MakeRecord(kPhotoshop, "Same");
+    mine.device[0].navSpeed = 77;
+    const QBaseOwner base = MakeBase(
+        {mine, MakeRecord(kPhotoshop, "wild"), MakeRecord(kOther, "WILD"), MakeRecord(kOther, "Twin")});
+    QBaseSetRecordsChanged(base.get(), false);
+    folder.WriteDefaults({MakeRecord(kPhotoshop, "SAME"), MakeRecord(kWildcardSignature, "Wild")});
+    EXPECT_EQ(GetDeviceDefaultPrefs(base.get(), folder.Path(kDefaultsFileName)), noErr);
+    EXPECT_EQ(RecordNames(base), (Names{"Same", "wild", "WILD", "Twin"}));
+    EXPECT_EQ(std::memcmp(GetAppPrefs(base.get(), 0), &mine, sizeof mine), 0);
+    EXPECT_EQ(OSType{GetAppPrefs(base.get(), 1)->application}, kWildcardSignature);
+    EXPECT_EQ(OSType{GetAppPrefs(base.get(), 2)->application}, kWildcardSignature)
+        << "every record of the name";
+    EXPECT_TRUE(QBaseGetRecordsChanged(base.get()));
+    folder.WriteDefaults({MakeRecord(kPhotoshop, "Twin")});
+    EXPECT_EQ(GetDeviceDefaultPrefs(base.get(), folder.Path(kDefaultsFileName)), noErr);
+    EXPECT_EQ(RecordNames(base), (Names{"Same", "wild", "WILD", "Twin", "Twin"})) << "another signature";
+}
+
+TEST(GetDevicePrefs, OldFile_IsRepairedByTheStampItBrought) {
+    struct Row {
+        std::uint32_t stamp;
+        OSType application;
+        SlotIndex slot;
+        ActionCommand command;
+        ActionCommand expected;
+    };
+    constexpr OSType kArt = FourCharCode("ART5");
+    constexpr OSType kIndesign = FourCharCode("InDn");
+    constexpr OSType kElements = FourCharCode("8ELE");
+    const Row rows[] = {
+        {288, 0, 17, 7, 0},
+        {289, 0, 17, 7, 7},
+        {288, kOther, 17, 7, 7},
+        {288, 0, 16, 7, 7},
+        {0, 0, 17, 7, 0},
+        {288, 0, 17, 8, 8},
+        {9, kOther, 31, 34, 34},
+        {9, kOther, 0, 35, 0},
+        {9, kOther, 31, 43, 0},
+        {9, kOther, 0, 44, 44},
+        {9, 0, 5, 40, 0},
+        {9, kPhotoshop, 5, 40, 40},
+        {9, kArt, 5, 35, 35},
+        {9, kIndesign, 5, 43, 43},
+        {9, kElements, 5, 40, 40},
+        {9, kNoSignature, 5, 40, 0},
+        {9, kWildcardSignature, 5, 40, 40},
+    };
+    for (const Row &row : rows) {
+        SettingsFolder folder;
+        AppPrefs record = MakeRecord(row.application, "ADOBE illustrator");
+        ActionSlot &slot = record.device[0].action[row.slot];
+        slot = {row.command, 1, 2, 3, 4, 5, 6, {1, 'x'}};
+        ASSERT_EQ(SettingsFolder::Save(MakeBase({record}, row.stamp)), noErr);
+        const QBaseOwner base = NewDrevixBase();
+        EXPECT_EQ(folder.Load(base, kPanelVersion), noErr);
+        // Only the command and the two names of the old Illustrator change.
+        slot.command = row.expected;
+        const AppPrefs renamed = MakeRecord(0, "Adobe Illustrator CS2");
+        record.appFileName = renamed.appFileName;
+        record.appName = renamed.appName;
+        EXPECT_EQ(std::memcmp(GetAppPrefs(base.get(), 0), &record, sizeof record), 0)
+            << row.stamp << ' ' << row.application << ' ' << row.command;
+        EXPECT_TRUE(QBaseGetRecordsChanged(base.get()));
+    }
+}
+
+TEST(GetDevicePrefs, RefusedFiles_AreAllKeptAside) {
+    SettingsFolder folder;
+    folder.WriteDefaults({MakeRecord(0, "factory")});
+    const QBaseOwner base = NewDrevixBase();
+    QBaseSetUserLong(base.get(), 3);
+    folder.WriteDamaged(77);
+    const std::string first = ReadWhole(folder.path);
+    for (int start = 0; start < 2; ++start) {
+        EXPECT_EQ(folder.Load(base), noErr);
+        EXPECT_EQ(QBaseGetUserLong(base.get()), 3U) << "the stamp of a refused file came in";
+        EXPECT_EQ(RecordNames(base), Names{"factory"});
+        EXPECT_EQ(ReadWhole(folder.path), first) << "the file itself stays until a save";
+    }
+    EXPECT_EQ(SettingsFolder::Save(base), noErr);
+    EXPECT_EQ(folder.SavedNames(), Names{"factory"});
+    WriteWhole(folder.path, "short");
+    EXPECT_EQ(folder.Load(base), noErr);
+    EXPECT_EQ(ReadWhole(folder.kept), "short");
+    EXPECT_EQ(ReadWhole(folder.kept + ".1"), first);
+}
+
+TEST(GetDevicePrefs, RefusedFileThatCannotBeKept_IsNotOverwritten) {
+    SettingsFolder folder;
+    folder.WriteDefaults({MakeRecord(0, "factory")});
+    const std::string path = folder.Path(std::string(250, 'n')); // no room for the suffix
+    WriteWhole(path, "damaged");
+    const QBaseOwner base = NewDrevixBase();
+    OSErr status = noErr;
+    EXPECT_EQ(GetDevicePrefsFromPath(base.get(), path, folder.resources, 1, &status), noErr);
+    EXPECT_NE(status, noErr);
+    EXPECT_EQ(SaveDevicePrefsToPath(base.get(), path), wrPermErr);
+    EXPECT_EQ(ReadWhole(path), "damaged");
+    fs::remove(path);
+    EXPECT_EQ(GetDevicePrefsFromPath(base.get(), path, folder.resources, 1, &status), noErr);
+    EXPECT_EQ(status, fnfErr);
+    EXPECT_EQ(SaveDevicePrefsToPath(base.get(), path), noErr) << "nothing is there any more to be lost";
+}
+
+TEST(DevicePrefs, LongName_IsCutInPlace) {
+    SettingsFolder folder;
+    const QBaseOwner base = MakeBase({MakeRecord(0, "")});
+    Str255 name;
+    name.fill('n');
+    EXPECT_EQ(SaveDevicePrefs(base.get(), name.data(), 0, 0), noErr);
+    EXPECT_EQ(name[0], 63);
+    EXPECT_EQ(SettingsFolder::Names(folder.Preferences()), Names{std::string(63, 'n')});
+    name[0] = 'n';
+    EXPECT_EQ(GetDevicePrefs(base.get(), name.data(), folder.resources, 0), noErr);
+    EXPECT_EQ(name[0], 63);
+    name[0] = 0;
+    EXPECT_EQ(SaveDevicePrefs(base.get(), name.data(), 0, 0), noErr);
+    EXPECT_EQ(SaveDevicePrefs(base.get(), nullptr, 0, 0), noErr);
+    EXPECT_EQ(GetDevicePrefs(base.get(), name.data(), folder.resources, 0), resNotFound);
+    EXPECT_EQ(SettingsFolder::Names(folder.Preferences()).size(), 1U);
+}
+
+TEST(SaveDevicePrefs, LinkAndMode_Stay) {
+    SettingsFolder folder;
+    WriteWhole(folder.Path("real"), "");
+    ::chmod(folder.Path("real").c_str(), 0600);
+    fs::create_symlink("../real", folder.path);
+    EXPECT_EQ(SettingsFolder::Save(MakeBase({MakeRecord(0, "saved")})), noErr);
+    EXPECT_TRUE(fs::is_symlink(folder.path));
+    EXPECT_EQ(fs::status(folder.path).permissions(), fs::perms(0600));
+    EXPECT_EQ(folder.SavedNames(), Names{"saved"});
+}
+
+TEST(SaveDevicePrefs, ClosedFolder_IsSavedIntoTheFileItself) {
+    SettingsFolder folder;
+    WriteWhole(folder.path, "longer than settings, or so it would seem");
+    ::chmod(folder.Path().c_str(), 0755);
+    ::chmod(folder.path.c_str(), 0666);
+    ::chmod(folder.Preferences().c_str(), 0555);
+    const pid_t child = ::fork();
+    if (child == 0) { // permissions do not hold back the superuser
+        constexpr uid_t kNobody = 65534;
+        const bool plain = ::getuid() != 0 || ::setuid(kNobody) == 0;
+        ::_exit(plain && SettingsFolder::Save(MakeBase({MakeRecord(0, "saved")})) == noErr ? 0 : 1);
+    }
+    int status = -1;
+    ::waitpid(child, &status, 0);
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(folder.SavedNames(), Names{"saved"});
+    ::chmod(folder.Preferences().c_str(), 0755);
+}
+
+} // namespace
+} // namespace drevix

@@ -1,0 +1,154 @@
+#include "settings/prefs_list.h"
+
+#include "settings/pascal_strings.h"
+#include "tests/settings/settings_files.h"
+
+#include <cstring>
+#include <set>
+
+namespace drevix {
+namespace {
+
+using test::MakeBase;
+using test::MakeRecord;
+using test::Names;
+using test::RecordNames;
+using test::SettingsFolder;
+
+constexpr OSType kOther = FourCharCode("TEST");
+
+AppPrefs Factory(std::string_view name) {
+    AppPrefs prefs = MakeRecord(kOther, name);
+    prefs.factory = 1;
+    return prefs;
+}
+
+TEST(SortDrevixBase, Order_IsGlobalThenFactoryThenUserThenForeignRecords) {
+    const QBaseOwner base = MakeBase({MakeRecord(kOther, "b")});
+    for (const int size : {1, 100, 1667}) { // too short to have a name or a flag
+        const std::vector<char> foreign(static_cast<std::size_t>(size));
+        EXPECT_NE(QBaseAddRecord(base.get(), foreign.data(), size), kNoRecord);
+    }
+    for (const AppPrefs &prefs : {Factory("z"), MakeRecord(kOther, "ab"), Factory("Y"), MakeRecord(0, "zz"),
+                                  MakeRecord(kOther, "A")}) {
+        EXPECT_NE(StoreAppPrefs(base.get(), prefs, kNoRecord), kNoRecord);
+    }
+    SortDrevixBase(base.get());
+    EXPECT_EQ(RecordNames(base), (Names{"zz", "Y", "z", "A", "ab", "b", "?", "?", "?"}));
+    EXPECT_EQ(QBaseGetSortMode(base.get()), kDrevixSortMode);
+    EXPECT_EQ(GetAppPrefs(base.get(), 6), nullptr);
+    EXPECT_EQ(GetAppPrefs(base.get(), 9), nullptr);
+    SortDrevixBase(nullptr);
+}
+
+TEST(StoreAppPrefs, Record_ReplacesItsNamesakeAndStaysTheFactorys) {
+    const QBaseOwner base = MakeBase({MakeRecord(0, ""), Factory("Sketch"), MakeRecord(kOther, "Other")});
+    const AppPrefs incoming = MakeRecord(FourCharCode("abcd"), "SKETCH");
+    const RecordNumber replaced = FindReplacedAppPrefs(base.get(), incoming);
+    EXPECT_EQ(replaced, 1);
+    EXPECT_EQ(StoreAppPrefs(base.get(), incoming, replaced), 1);
+    EXPECT_EQ(RecordNames(base), (Names{"", "SKETCH", "Other"}));
+    EXPECT_EQ(GetAppPrefs(base.get(), 1)->factory, 1);
+    EXPECT_EQ(OSType{GetAppPrefs(base.get(), 1)->application}, FourCharCode("abcd"));
+    EXPECT_EQ(FindReplacedAppPrefs(base.get(), MakeRecord(0, "Other")), 0) << "a global record has no name";
+    EXPECT_EQ(FindReplacedAppPrefs(base.get(), MakeRecord(kOther, "")), kNoRecord)
+        << "nor is it found by one";
+    EXPECT_EQ(StoreAppPrefs(base.get(), MakeRecord(kOther, "New"), kNoRecord), 3);
+    EXPECT_EQ(StoreAppPrefs(base.get(), incoming, 9), kNoRecord);
+    const QBaseOwner withoutGlobal = MakeBase({MakeRecord(kOther, "First")});
+    EXPECT_EQ(FindReplacedAppPrefs(withoutGlobal.get(), MakeRecord(0, "")), kNoRecord)
+        << "the global record would have taken the place of an application's";
+}
+
+TEST(AppFileNameFromPath, Extension_IsDroppedInAnyLetterCase) {
+    const std::pair<const char *, const char *> rows[] = {{"/Applications/Sketch.app", "Sketch"},
+                                                          {"Sketch.APP", "Sketch"},
+                                                          {"/a/Sketch.aPp///", "Sketch"},
+                                                          {"/a/.app", ".app"},
+                                                          {"/a/x.app.app", "x.app"},
+                                                          {"/usr/bin/gimp-2.10", "gimp-2.10"},
+                                                          {"/a/xapp", "xapp"},
+                                                          {"\u00E9.app", "\u00E9"},
+                                                          {"/", ""},
+                                                          {"", ""},
+                                                          {"/a/x.\u00E1pp", "x.\u00E1pp"}};
+    for (const auto &[path, name] : rows) {
+        EXPECT_EQ(AppFileNameFromPath(path), name) << path;
+    }
+}
+
+TEST(MakeAppPrefs, NewApplication_StartsWithTheGlobalSettings) {
+    AppPrefs global;
+    std::memset(&global, 0xEE, sizeof global);
+    global.application = kGlobalSignature;
+    const QBaseOwner base = MakeBase({global});
+    std::string name;
+    for (int i = 0; i < 70; ++i) {
+        name += "\u00E9"; // two bytes of UTF-8, one of Mac OS Roman
+    }
+    const AppPrefs made = MakeAppPrefs(base.get(), 0, name);
+    AppPrefs expected = global;
+    expected.application = 0x3F3F3F3F;
+    expected.appFileName.fill(0x8E);
+    expected.appFileName[0] = 63;
+    expected.appName.fill(0x8E);
+    expected.appName[0] = 31;
+    expected.active = 1;
+    expected.factory = 0;
+    EXPECT_EQ(std::memcmp(&made, &expected, sizeof made), 0);
+    const AppPrefs shown = MakeAppPrefs(base.get(), kOther, "file", "Shown");
+    EXPECT_EQ(stringWithPascalString(shown.appName.data()), "Shown");
+    EXPECT_EQ(shown.appFileName[63], 0) << "nothing of the global record's name is left";
+}
+
+TEST(LoadDefaultPrefs, Record_IsTheFirstOfItsSignatureElseTheLastGlobalOne) {
+    SettingsFolder folder;
+    AppPrefs found = MakeRecord(kOther, "before");
+    EXPECT_FALSE(LoadDefaultPrefs(folder.resources, found, &found)) << "no file";
+    folder.WriteDefaults({MakeRecord(kOther, "none")});
+    EXPECT_FALSE(LoadDefaultPrefs(folder.resources, MakeRecord(0, ""), &found));
+    EXPECT_EQ(stringWithPascalString(found.appFileName.data()), "before");
+    folder.WriteDefaults({MakeRecord(0, "g1"), MakeRecord(kOther, "a1"), MakeRecord(kOther, "a2"),
+                          MakeRecord(0, "g2"), MakeRecord(1, "w")});
+    const std::pair<OSType, const char *> rows[] = {{kOther, "a1"}, {7, "g2"}, {0, "g1"}};
+    for (const auto &[application, name] : rows) {
+        EXPECT_TRUE(LoadDefaultPrefs(folder.resources, MakeRecord(application, "x"), &found));
+        EXPECT_EQ(stringWithPascalString(found.appFileName.data()), name);
+    }
+}
+
+// Every byte of the record is either the group's and the factory's, or as it was.
+TEST(CopyGroupFromDefaultPrefs, Group_IsRestoredByteForByte) {
+    struct Row {
+        ControlGroup group;
+        std::vector<std::size_t> slots;
+        std::set<std::size_t> fields; // offsets in the record
+    };
+    const Row rows[] = {
+        {ControlGroup::Ring, {5, 4, 9, 1, 0, 3, 2, 8}, {117, 119, 120, 121, 122, 123, 124, 125, 126, 127}},
+        {ControlGroup::Tuner, {7, 6}, {116, 118}},
+        {ControlGroup::Buttons, {16, 17, 18, 20, 19}, {}}};
+    for (const Row &row : rows) {
+        std::set<std::size_t> expected = row.fields;
+        for (const std::size_t slot : row.slots) {
+            for (std::size_t i = 0; i < 48; ++i) {
+                expected.insert(132 + 48 * slot + i);
+            }
+        }
+        AppPrefs prefs;
+        AppPrefs defaults;
+        std::memset(&prefs, 0x11, sizeof prefs);
+        std::memset(&defaults, 0x22, sizeof defaults);
+        CopyGroupFromDefaultPrefs(prefs, defaults, row.group);
+        std::set<std::size_t> changed;
+        for (std::size_t i = 0; i < sizeof prefs; ++i) {
+            if (reinterpret_cast<const unsigned char *>(&prefs)[i] == 0x22) {
+                changed.insert(i);
+            }
+        }
+        EXPECT_EQ(changed, expected);
+    }
+}
+
+} // namespace
+} // namespace drevix
