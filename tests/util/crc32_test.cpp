@@ -1,0 +1,286 @@
+#include "util/crc32.h"
+
+#include "platform/status.h"
+#include "tests/support/faults.h"
+#include "tests/support/scratch.h"
+#include "util/crc32_kernels.h"
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <random>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace drevix {
+namespace {
+
+using test::FaultyAllocator;
+using test::FaultyDisk;
+using test::Lasts;
+using test::ScratchFolder;
+using test::WriteWhole;
+
+// Bit by bit from the definition, sharing nothing with the code under test.
+CrcState BitByBit(CrcState state, std::span<const std::uint8_t> bytes, LetterCase letters) {
+    for (std::uint8_t byte : bytes) {
+        if (letters == LetterCase::Folded && byte >= 0x41 && byte <= 0x5A) {
+            byte += 0x20;
+        }
+        state.sum += byte;
+        for (int bit = 0; bit < 8; ++bit) {
+            const bool out = ((state.crc ^ (byte >> bit)) & 1) != 0;
+            state.crc = (state.crc >> 1) ^ (out ? 0xEDB88320 : 0);
+        }
+    }
+    return state;
+}
+
+std::vector<std::uint8_t> RandomBytes(std::size_t count) {
+    std::mt19937 random(20);
+    std::vector<std::uint8_t> bytes(count);
+    for (std::uint8_t &byte : bytes) {
+        byte = static_cast<std::uint8_t>(random());
+    }
+    return bytes;
+}
+
+class Crc32Kernel : public testing::TestWithParam<CrcKernel> {
+  protected:
+    static void ExpectRight(CrcState start, std::span<const std::uint8_t> bytes, LetterCase letters) {
+        const CrcState wanted = BitByBit(start, bytes, letters);
+        const CrcState given = GetParam()(start, bytes.data(), bytes.size(), letters);
+        ASSERT_EQ(given.crc, wanted.crc) << bytes.size() << " bytes";
+        ASSERT_EQ(given.sum, wanted.sum) << bytes.size() << " bytes";
+    }
+};
+
+INSTANTIATE_TEST_SUITE_P(Kernels, Crc32Kernel, testing::Values(TakeUpByTables, FastestCrcKernel()));
+
+TEST_P(Crc32Kernel, ShortData_OfEveryLengthAtEveryAlignment_MatchesTheDefinition) {
+    alignas(64) std::array<std::uint8_t, 320> memory{};
+    const std::vector<std::uint8_t> random = RandomBytes(memory.size());
+    std::copy(random.begin(), random.end(), memory.begin());
+    for (std::size_t offset = 0; offset < 16; ++offset) {
+        for (std::size_t count = 0; count <= 300; ++count) {
+            const auto bytes = std::span<const std::uint8_t>(memory).subspan(offset, count);
+            ExpectRight({0x89ABCDEF, 0xFFFFFFF0}, bytes, LetterCase::Kept);
+            ExpectRight({0, 0}, bytes, LetterCase::Folded);
+        }
+    }
+}
+
+// A kernel that reads past either end is caught by the address sanitizer: the vector is exactly as long.
+TEST_P(Crc32Kernel, LongData_WithSumsThatWrapAround_MatchesTheDefinition) {
+    for (const std::size_t count : {4095U, 65536U, 1000003U}) {
+        ExpectRight({0xFFFFFFFF, 0}, RandomBytes(count), LetterCase::Kept);
+        ExpectRight({1, 0xFFFFFFFF}, RandomBytes(count), LetterCase::Folded);
+    }
+    const std::vector<std::uint8_t> full(20000000, 0xFF); // their sum passes 2^32
+    ExpectRight({0, 0}, full, LetterCase::Kept);
+}
+
+TEST_P(Crc32Kernel, DataInTwoPieces_SplitAnywhere_GivesTheSameAsInOne) {
+    const std::vector<std::uint8_t> bytes = RandomBytes(300);
+    const CrcState wanted = BitByBit({7, 7}, bytes, LetterCase::Folded);
+    for (std::size_t split = 0; split <= bytes.size(); ++split) {
+        const CrcState half = GetParam()({7, 7}, bytes.data(), split, LetterCase::Folded);
+        const CrcState whole =
+            GetParam()(half, bytes.data() + split, bytes.size() - split, LetterCase::Folded);
+        ASSERT_EQ(whole.crc, wanted.crc) << split;
+        ASSERT_EQ(whole.sum, wanted.sum) << split;
+    }
+}
+
+// Every byte value in every place of a step, so that folding in words and vectors touches capitals only.
+TEST_P(Crc32Kernel, Folding_ChangesCapitalsAndNothingElse) {
+    std::array<std::uint8_t, 64> bytes{};
+    for (unsigned value = 0; value < 256; ++value) {
+        for (std::size_t place = 0; place < bytes.size(); ++place) {
+            bytes.fill(0x5A);
+            bytes[place] = static_cast<std::uint8_t>(value);
+            ExpectRight({0, 0}, bytes, LetterCase::Folded);
+        }
+    }
+}
+
+struct Variant {
+    const char *name;
+    decltype(&StandardCRC32) calculate;
+    std::uint32_t start;
+    std::uint32_t crcOfDigits, crcOfLetters, sumOfLetters; // of "123456789" and "aBc\xC4"
+};
+
+TEST(Crc32, Variants_OfKnownBytes_HaveThePublishedValues) {
+    EXPECT_EQ(gCrc32table[1], 0x77073096U);
+    EXPECT_EQ(gCrc32table[3], 0x990951BAU);
+    EXPECT_EQ(gCrc32table[128], 0xEDB88320U);
+    const auto reference = [](std::uint32_t start, std::string_view text) {
+        const std::vector<std::uint8_t> bytes(text.begin(), text.end());
+        return BitByBit({start, 0}, bytes, LetterCase::Kept).crc;
+    };
+    const Variant variants[] = {
+        {"standard", StandardCRC32, 0, 0xCBF43926, ~reference(~0U, "aBc\xC4"), 458},
+        {"standard folded", StdCaseInsensitiveCRC32, 0, 0xCBF43926, ~reference(~0U, "abc\xC4"), 490},
+        {"bare from 0", CalcCRC32, 0, 0x2DFD2D88, reference(0, "aBc\xC4"), 458},
+        {"bare from ones", CalcCRC32, ~0U, 0x340BC6D9, reference(~0U, "aBc\xC4"), 458},
+        {"bare folded", CaseInsensitiveCRC32, 0, 0x2DFD2D88, reference(0, "abc\xC4"), 490},
+    };
+    for (const Variant &variant : variants) {
+        SCOPED_TRACE(variant.name);
+        std::uint32_t crc = variant.start;
+        std::uint32_t sum = 0;
+        variant.calculate("123456789", 9, &crc, &sum);
+        EXPECT_EQ(crc, variant.crcOfDigits);
+        EXPECT_EQ(sum, 477U);
+        crc = variant.start;
+        sum = 0;
+        variant.calculate("aBc\xC4", 4, &crc, &sum);
+        EXPECT_EQ(crc, variant.crcOfLetters);
+        EXPECT_EQ(sum, variant.sumOfLetters);
+        variant.calculate(nullptr, 0, &crc, &sum);
+        EXPECT_EQ(crc, variant.crcOfLetters);
+        EXPECT_EQ(sum, variant.sumOfLetters);
+        crc = variant.start;
+        variant.calculate("123456789", 9, &crc, nullptr);
+        EXPECT_EQ(crc, variant.crcOfDigits);
+        sum = 1;
+        variant.calculate("123456789", 9, nullptr, &sum);
+        EXPECT_EQ(sum, 478U);
+        variant.calculate("123456789", 9, nullptr, nullptr);
+    }
+}
+
+int gCalls = 0;
+int gCancelAt = 0; // the call that cancels; 0 for none
+
+std::int16_t CountCall() {
+    return static_cast<std::int16_t>(++gCalls == gCancelAt ? 7 : 0);
+}
+
+// A file with the bytes of RandomBytes, open for reading.
+struct OpenScratchFile {
+    explicit OpenScratchFile(std::size_t count) : bytes(RandomBytes(count)) {
+        WriteWhole(folder.Path("file"), std::string(bytes.begin(), bytes.end()));
+        EXPECT_EQ(OpenFile(folder.Path("file"), fsRdPerm, &file), noErr);
+        gCalls = 0;
+        gCancelAt = 0;
+    }
+    ~OpenScratchFile() { EXPECT_EQ(FSClose(file), noErr); }
+    OpenScratchFile(const OpenScratchFile &) = delete;
+    OpenScratchFile &operator=(const OpenScratchFile &) = delete;
+
+    ScratchFolder folder;
+    std::vector<std::uint8_t> bytes;
+    FileRef file = 0;
+};
+
+struct ForkRow {
+    std::size_t length;
+    bool isResourceFork;
+    std::size_t skippedFrom, skippedTo; // the bytes left out
+    int calls;                          // of the callback, with an interval of 0
+};
+
+TEST(CalcFileCRC32, Forks_AreTakenUpInChunksLessTheResourceForksReservedBytes) {
+    const ForkRow rows[] = {
+        {0, false, 0, 0, 0},       {0, true, 0, 0, 0},       {1, false, 0, 0, 1},
+        {15, true, 0, 0, 1},       {16, true, 16, 16, 0},    {16, false, 0, 0, 1},
+        {100, true, 16, 100, 0},   {256, true, 16, 256, 0},  {257, true, 16, 256, 1},
+        {32768, false, 0, 0, 1},   {32769, false, 0, 0, 2},  {33024, true, 16, 256, 1},
+        {33025, true, 16, 256, 2}, {100000, false, 0, 0, 4}, {100000, true, 16, 256, 4},
+    };
+    for (const ForkRow &row : rows) {
+        SCOPED_TRACE(testing::Message() << row.length << (row.isResourceFork ? " resource" : " data"));
+        OpenScratchFile scratch(row.length);
+        const std::span<const std::uint8_t> bytes(scratch.bytes);
+        CrcState wanted = BitByBit({~5U, 6}, bytes.first(row.skippedFrom), LetterCase::Kept);
+        wanted = BitByBit(wanted, bytes.subspan(row.skippedTo), LetterCase::Kept);
+        std::uint32_t crc = 5;
+        std::uint32_t sum = 6;
+        EXPECT_EQ(CalcFileCRC32(scratch.file, row.isResourceFork, &crc, &sum, CountCall, 0), noErr);
+        EXPECT_EQ(crc, ~wanted.crc);
+        EXPECT_EQ(sum, wanted.sum);
+        EXPECT_EQ(gCalls, row.calls);
+        EXPECT_EQ(CalcFileCRC32(scratch.file, row.isResourceFork, nullptr, nullptr, CountCall, 0xFFFFFFFF),
+                  noErr);
+        EXPECT_EQ(gCalls, row.calls) << "called before the interval had passed";
+    }
+}
+
+TEST(CalcFileCRC32, CancelledByTheCallback_StopsThereWithBothOutputsZero) {
+    OpenScratchFile scratch(100000);
+    gCancelAt = 2;
+    std::uint32_t crc = 5;
+    std::uint32_t sum = 6;
+    EXPECT_EQ(CalcFileCRC32(scratch.file, false, &crc, &sum, CountCall, 0), userCanceledErr);
+    EXPECT_EQ(gCalls, 2);
+    EXPECT_EQ(crc, 0U);
+    EXPECT_EQ(sum, 0U);
+}
+
+// The length comes first, so its failure leaves the outputs; a later one sets them to 0.
+TEST(CalcFileCRC32, EveryDiskCallFailing_GivesItsStatus) {
+    OpenScratchFile scratch(70000);
+    for (int failAt = 1;; ++failAt) {
+        std::uint32_t crc = 5;
+        std::uint32_t sum = 6;
+        FaultyDisk faults(failAt, Lasts::Once, EIO);
+        const OSErr status = CalcFileCRC32(scratch.file, true, &crc, &sum, nullptr, 0);
+        if (!faults.WasHit()) {
+            EXPECT_EQ(status, noErr);
+            EXPECT_GT(failAt, 4);
+            break;
+        }
+        EXPECT_EQ(status, ioErr) << failAt;
+        EXPECT_EQ(crc, failAt == 1 ? 5U : 0U) << failAt;
+        EXPECT_EQ(sum, failAt == 1 ? 6U : 0U) << failAt;
+    }
+}
+
+TEST(CalcFileCRC32, NoMemoryOrNoFile_LeavesTheOutputs) {
+    OpenScratchFile scratch(100);
+    std::uint32_t crc = 5;
+    std::uint32_t sum = 6;
+    {
+        FaultyAllocator faults(1, Lasts::ForEver);
+        EXPECT_EQ(CalcFileCRC32(scratch.file, false, &crc, &sum, nullptr, 0), memFullErr);
+    }
+    EXPECT_EQ(CalcFileCRC32(0, false, &crc, &sum, nullptr, 0), rfNumErr);
+    EXPECT_EQ(crc, 5U);
+    EXPECT_EQ(sum, 6U);
+}
+
+struct SpecRow {
+    const char *name;
+    bool dataFork, resourceFork;
+    OSErr status;
+    bool takesUp; // the data fork's bytes
+};
+
+TEST(CalcSpecCRC32, Forks_GiveTheFirstFailureAndKeepWhatWasTakenUp) {
+    OpenScratchFile scratch(1000);
+    const CrcState whole = BitByBit({~0U, 0}, scratch.bytes, LetterCase::Kept);
+    const SpecRow rows[] = {
+        {"file", true, false, noErr, true},         {"file", true, true, fnfErr, true},
+        {"file", false, true, fnfErr, false},       {"file", false, false, noErr, false},
+        {"config", true, true, notAFileErr, false}, {"none", true, false, fnfErr, false},
+    };
+    for (const SpecRow &row : rows) {
+        SCOPED_TRACE(testing::Message() << row.name << row.dataFork << row.resourceFork);
+        FSSpec spec = {kRootVolume, FolderIdFromPath(scratch.folder.Path()), {}};
+        const std::string_view name = row.name;
+        spec.name[0] = static_cast<std::uint8_t>(name.size());
+        std::copy(name.begin(), name.end(), spec.name.begin() + 1);
+        std::uint32_t crc = 0;
+        std::uint32_t sum = 0;
+        EXPECT_EQ(CalcSpecCRC32(spec, row.dataFork, row.resourceFork, &crc, &sum, nullptr, 0), row.status);
+        EXPECT_EQ(crc, row.takesUp ? ~whole.crc : 0U);
+        EXPECT_EQ(sum, row.takesUp ? whole.sum : 0U);
+        EXPECT_EQ(OpenFileCount(), 1) << "a fork was left open";
+    }
+}
+
+} // namespace
+} // namespace drevix
