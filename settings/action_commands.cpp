@@ -16,8 +16,8 @@ constexpr auto kGroupTitles = std::to_array<std::string_view>({
 });
 static_assert(kGroupTitles.size() == static_cast<std::size_t>(ActionScroll) + 1);
 
-// A title says what a user of any Linux desktop sees happen; which program or key brings it about is the device
-// helper's business.
+// A title says what a user of any Linux desktop sees happen; which program or key brings it about is the
+// device helper's business.
 constexpr auto kActions = std::to_array<ActionInfo>({
     {0,   ActionNone,       0,                                    "No action"},
     {4,   ActionUseGlobal,  kNotInGlobalRecord,                   "Use the global setting"},
@@ -161,6 +161,13 @@ constexpr bool Holds(const GroupMenu &menu, int code) {
     return std::ranges::find(menu.codes, code) != menu.codes.end();
 }
 
+// Whether no other command has its title, so that a command can be named by it, and a menu has room for it.
+constexpr bool HasGoodTitle(const ActionInfo &action) {
+    constexpr std::size_t kLongestTitle = 28;
+    return !action.title.empty() && action.title.size() <= kLongestTitle &&
+           std::ranges::count(kActions, action.title, &ActionInfo::title) == 1;
+}
+
 // How often the menus together offer a command.
 constexpr auto TimesOffered(const ActionInfo &action) {
     return std::ranges::count_if(
@@ -187,6 +194,7 @@ static_assert(std::ranges::is_sorted(kActions, std::ranges::less_equal{}, &Actio
               "ascending, each code once");
 static_assert(std::ranges::all_of(kActions, [](const auto &action) { return TimesOffered(action) == 1; }),
               "each command is in one menu, and in its own group's");
+static_assert(std::ranges::all_of(kActions, HasGoodTitle));
 static_assert(std::ranges::all_of(kActionMenu, [](const auto &row) { return IsKnown(row.code); }));
 static_assert(std::ranges::all_of(kGroupMenus,
                                   [](const auto &menu) { return std::ranges::all_of(menu.codes, IsKnown); }));

@@ -163,8 +163,8 @@ enum class ActionRefusal : std::uint8_t {
     NotOnThisControl
 };
 // Whether the editor offers the command for this slot of this record. The application's commands are offered
-// as the menu's one application entry opens them: tool sizes on the tuner, navigation on the other controls. A
-// record may hold them elsewhere all the same, and they are shown there.
+// as the menu's one application entry opens them: tool sizes on the tuner, navigation on the other controls.
+// A record may hold them elsewhere all the same, and they are shown there.
 [[nodiscard]] ActionRefusal CheckAction(const AppPrefs &prefs, SlotIndex slot, ActionCommand code);
 
 // Empties the slot's fields but the command: no modifiers, no key, no delay, CRC or text.

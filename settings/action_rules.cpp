@@ -43,22 +43,28 @@ bool IsHeldByOneSlot(ActionCommand code) {
 // Where a command with this restriction may stand.
 struct Restriction {
     std::uint8_t bit;
-    bool (*allows)(OSType application, SlotIndex slot);
     ActionRefusal refusal;
+    bool (*allows)(const AppPrefs &prefs, SlotIndex slot);
 };
+
+bool IsGlobal(const AppPrefs &prefs) {
+    return prefs.application == kGlobalSignature;
+}
 
 // clang-format off
 constexpr auto kRestrictions = std::to_array<Restriction>({
-    {kNotInGlobalRecord, [](OSType application, SlotIndex) { return application != kGlobalSignature; },
-     ActionRefusal::NotInGlobalRecord},
-    {kNavAppsOnly, [](OSType application, SlotIndex) { return HasAppCommands(application); },
-     ActionRefusal::NotInThisRecord},
-    {kToolMenuRecords,
-     [](OSType application, SlotIndex) { return application == kGlobalSignature || HasAppCommands(application); },
-     ActionRefusal::NotInThisRecord},
-    {kToolMenuButtons, [](OSType, SlotIndex slot) { return IsToolMenuSlot(slot); }, ActionRefusal::NotOnThisControl},
-    {kTunerOnly,       [](OSType, SlotIndex slot) { return IsTunerSlot(slot); },    ActionRefusal::NotOnThisControl},
-    {kNotOnTuner,      [](OSType, SlotIndex slot) { return !IsTunerSlot(slot); },   ActionRefusal::NotOnThisControl},
+    {kNotInGlobalRecord, ActionRefusal::NotInGlobalRecord,
+     [](const AppPrefs &prefs, SlotIndex) { return !IsGlobal(prefs); }},
+    {kNavAppsOnly, ActionRefusal::NotInThisRecord,
+     [](const AppPrefs &prefs, SlotIndex) { return HasAppCommands(prefs.application); }},
+    {kToolMenuRecords, ActionRefusal::NotInThisRecord,
+     [](const AppPrefs &prefs, SlotIndex) { return IsGlobal(prefs) || HasAppCommands(prefs.application); }},
+    {kToolMenuButtons, ActionRefusal::NotOnThisControl,
+     [](const AppPrefs &, SlotIndex slot) { return IsToolMenuSlot(slot); }},
+    {kTunerOnly, ActionRefusal::NotOnThisControl,
+     [](const AppPrefs &, SlotIndex slot) { return IsTunerSlot(slot); }},
+    {kNotOnTuner, ActionRefusal::NotOnThisControl,
+     [](const AppPrefs &, SlotIndex slot) { return !IsTunerSlot(slot); }},
 });
 // clang-format on
 
@@ -93,7 +99,7 @@ ActionRefusal CheckAction(const AppPrefs &prefs, SlotIndex slot, ActionCommand c
         return ActionRefusal::NoControl;
     }
     const auto *broken = std::ranges::find_if(kRestrictions, [&](const Restriction &restriction) {
-        return (action->restrictions & restriction.bit) != 0 && !restriction.allows(prefs.application, slot);
+        return (action->restrictions & restriction.bit) != 0 && !restriction.allows(prefs, slot);
     });
     return broken == kRestrictions.end() ? ActionRefusal::None : broken->refusal;
 }

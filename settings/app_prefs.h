@@ -22,7 +22,7 @@ inline constexpr int kMaxAppNameLength = 31;  // characters of `appName` and of 
 // Signatures of applications with a meaning of their own.
 inline constexpr OSType kGlobalSignature = 0;   // the global record
 inline constexpr OSType kWildcardSignature = 1; // factory records that are known by their name alone
-inline constexpr OSType kNoSignature = FourCharCode("\?\?\?\?"); // an application that has no signature
+inline constexpr OSType kNoSignature = FourCharCode(R"(????)"); // an application that has no signature
 
 inline constexpr std::uint8_t kNoKeyCode = 255; // a keystroke without a key
 

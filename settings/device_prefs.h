@@ -33,9 +33,10 @@ inline constexpr std::uint32_t kPanelVersion = 0x02008000;
 // Fills the base, emptied first, from the settings file of that name in the Preferences folder, repairs it,
 // and adds the factory records that it lacks when it is empty or its stamp is older than `version` (0: only
 // when empty), which becomes its stamp. `fileName` is cut to 63 characters in place. noErr; paramErr for a
-// null base; resNotFound when the base holds no record at the end, for want of both files; so a file that is
-// missing or refused gives noErr and the factory records. A refused file is kept aside first under
-// kRefusedSuffix; if it cannot be, the base is made read-only so that no save can destroy it.
+// null base; memFullErr; resNotFound when the base holds no record at the end, for want of both files; so a
+// file that is missing or refused gives noErr and the factory records. A refused file is kept aside first
+// under kRefusedSuffix. If it cannot be, or if the file could not be read at all, the base is made read-only,
+// so that no save can destroy what is there; the next read that succeeds, or finds no file, undoes that.
 [[nodiscard]] OSErr GetDevicePrefs(QBaseHandle base, StringPtr fileName, const FSRef &resourceFolder,
                                    std::uint32_t version);
 

@@ -1,7 +1,7 @@
 // Bounded copying and comparing of Pascal and C strings, and their way to and from UTF-8 text. A limit is a
 // count of characters; the caller keeps it within the destination (255 at most for a Pascal string) and the
-// destination's present length within the limit. Nothing here fails: text is cut to the limit; only what makes
-// or reads UTF-8 text may throw std::bad_alloc.
+// destination's present length within the limit. Nothing here fails: text is cut to the limit; only what
+// makes or reads UTF-8 text may throw std::bad_alloc.
 #pragma once
 
 #include "platform/types.h"

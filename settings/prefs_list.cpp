@@ -43,6 +43,13 @@ bool EndsInAppExtension(std::string_view name) {
     });
 }
 
+// Signatures tell applications apart, but for the wildcard: many factory records carry it, and then the name counts.
+bool IsFactoryRecordOf(const AppPrefs &factory, const AppPrefs &prefs) {
+    return factory.application == prefs.application &&
+           (factory.application != kWildcardSignature ||
+            PStringCmp(factory.appFileName.data(), prefs.appFileName.data()) == 0);
+}
+
 template <class Field>
 void SetName(Field &field, std::string_view text) {
     field = {};
@@ -133,7 +140,7 @@ bool LoadDefaultPrefs(const FSRef &resourceFolder, const AppPrefs &prefs, AppPre
     std::optional<AppPrefs> fallback;
     const OSErr status =
         ReadAppPrefsFile(resourceFolder.path + '/' + kDefaultsFileName, [&](const AppPrefs &record) {
-            if (!own && record.application == prefs.application) {
+            if (!own && IsFactoryRecordOf(record, prefs)) {
                 own = record;
             } else if (record.application == kGlobalSignature) {
                 fallback = record;

@@ -41,8 +41,9 @@ void SortDrevixBase(QBaseHandle base);
 [[nodiscard]] AppPrefs MakeAppPrefs(QBaseHandle base, OSType application, std::string_view appFileName,
                                     std::string_view shownName = {});
 
-// The factory's record for `prefs`: the first of the defaults file with its signature, else the file's last
-// global record. False, with *defaults unchanged, when the file cannot be read or has neither.
+// The factory's record for `prefs`: the first of the defaults file with its signature (for the wildcard
+// signature, and its name), else the file's last global record. False, with *defaults unchanged, when the file
+// cannot be read or has neither.
 [[nodiscard]] bool LoadDefaultPrefs(const FSRef &resourceFolder, const AppPrefs &prefs, AppPrefs *defaults);
 // What a defaults button restores in `prefs`: the ring's slots, sensitivities and speeds; the tuner's slots,
 // sensitivity and the click sound; or the buttons' slots. Whole slots, without the rules between them.

@@ -115,6 +115,12 @@ TEST(LoadDefaultPrefs, Record_IsTheFirstOfItsSignatureElseTheLastGlobalOne) {
         EXPECT_TRUE(LoadDefaultPrefs(folder.resources, MakeRecord(application, "x"), &found));
         EXPECT_EQ(stringWithPascalString(found.appFileName.data()), name);
     }
+    folder.WriteDefaults({MakeRecord(0, "g"), MakeRecord(1, "first"), MakeRecord(1, "second")});
+    const std::pair<const char *, const char *> wildcards[] = {{"SECOND", "second"}, {"third", "g"}};
+    for (const auto &[edited, name] : wildcards) {
+        EXPECT_TRUE(LoadDefaultPrefs(folder.resources, MakeRecord(1, edited), &found));
+        EXPECT_EQ(stringWithPascalString(found.appFileName.data()), name) << "all wildcards have one signature";
+    }
 }
 
 // Every byte of the record is either the group's and the factory's, or as it was.
