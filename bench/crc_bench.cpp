@@ -1,5 +1,5 @@
-// CRC-32 with the sum of the bytes, beside the CRCs that a user would pick instead, which give no sum, and the
-// limits: reading the bytes once (memcpy into a cached block) and adding them up.
+// CRC-32 with the sum of the bytes, beside the CRCs that a user would pick instead, which give no sum, the
+// table look-up a byte that most programs have, and the limits: copying the bytes, and adding them up.
 #include "util/crc32.h"
 #include "util/crc32_kernels.h"
 

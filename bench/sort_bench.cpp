@@ -132,7 +132,7 @@ void Inputs(benchmark::internal::Benchmark *bench) {
             bench->Args({count, static_cast<std::int64_t>(order)});
         }
     }
-    bench->Unit(benchmark::kMicrosecond)->UseRealTime();
+    bench->Unit(benchmark::kMicrosecond);
 }
 
 BENCHMARK(Sort<Base>)->Apply(Inputs);

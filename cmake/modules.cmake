@@ -13,7 +13,7 @@ endforeach()
 
 # What a program outside the folders (a benchmark, a fuzzer) may link: every folder that is a library.
 set(DREVIX_MODULES_FOR_PROGRAMS ${DREVIX_MODULES})
-list(REMOVE_ITEM DREVIX_MODULES_FOR_PROGRAMS cli)
+list(REMOVE_ITEM DREVIX_MODULES_FOR_PROGRAMS cli pane)
 
 # What every target of this project is compiled with.
 add_library(drevix_options INTERFACE)
@@ -21,12 +21,18 @@ target_include_directories(drevix_options INTERFACE "${PROJECT_SOURCE_DIR}")
 target_compile_options(drevix_options INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor
     -Woverloaded-virtual $<$<BOOL:${DREVIX_WERROR}>:-Werror>)
 
-# drevix_module(NAME [LIBRARIES ...]): the static library of the folder NAME, with every source in it. It links what
-# layers.txt lets it include; LIBRARIES are third-party libraries (only platform/ has some).
+# drevix_module(NAME [LIBRARIES ...] [EXCEPT ...]): the static library of the folder NAME, with every source in it but those
+# after EXCEPT. It links what layers.txt lets it include; LIBRARIES are third-party libraries (platform/ has some, and pane/).
+# The libraries can be linked into the panel's plug-in, and show nothing of themselves in it.
 function(drevix_module name)
-    cmake_parse_arguments(arg "" "" "LIBRARIES" ${ARGN})
+    cmake_parse_arguments(arg "" "" "LIBRARIES;EXCEPT" ${ARGN})
     file(GLOB sources CONFIGURE_DEPENDS "${CMAKE_CURRENT_SOURCE_DIR}/*.cpp")
+    foreach(except IN LISTS arg_EXCEPT)
+        list(REMOVE_ITEM sources "${CMAKE_CURRENT_SOURCE_DIR}/${except}")
+    endforeach()
     add_library(${name} STATIC ${sources})
+    set_target_properties(${name} PROPERTIES POSITION_INDEPENDENT_CODE ON CXX_VISIBILITY_PRESET hidden
+        VISIBILITY_INLINES_HIDDEN ON)
     target_link_libraries(${name} PUBLIC drevix_options ${DREVIX_USES_${name}} PRIVATE ${arg_LIBRARIES})
     drevix_check_headers(${name})
 endfunction()

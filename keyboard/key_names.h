@@ -35,9 +35,10 @@ void GetKeyName(std::uint8_t keyCode, StringPtr name, std::int16_t limit);
 void GetKeyCombinationName(std::uint16_t key, std::uint16_t modifiers, StringPtr name, std::int16_t limit,
                            std::uint16_t useCodes);
 
-// Reads a keystroke written as GetKeyCombinationName writes it (UTF-8; modifiers in any order, letter case of
-// words ignored, also "command", "option", "alt", "control", and "escape", "page up" and the like). False,
-// with the outputs unchanged, for text that names no key of the layout.
+// Reads a keystroke written as GetKeyCombinationName writes it (UTF-8; modifiers in any order, letter case
+// ignored, also "command", "option", "alt", "control", and "escape", "page up" and the like). Without "num+"
+// a key of the keypad is meant only where no other key has the name. False, with the outputs unchanged, for
+// text that names no key of the layout.
 [[nodiscard]] bool ParseKeyCombination(std::string_view text, std::uint8_t *keyCode,
                                        std::uint16_t *modifiers);
 

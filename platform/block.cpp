@@ -16,9 +16,9 @@ namespace {
 BlockAllocator gDefaultAllocator;
 BlockAllocator *gAllocator = &gDefaultAllocator;
 
-// A large block is filled about four times as fast in huge pages: fresh memory costs more in page faults than in
-// copying. From this size on the C library gives each block a mapping of its own (mallopt(3), the upper bound
-// of M_MMAP_THRESHOLD).
+// A large block is filled about four times as fast in huge pages: fresh memory costs more in page faults than
+// in copying. From this size on the C library gives each block a mapping of its own (mallopt(3), the upper
+// bound of M_MMAP_THRESHOLD).
 constexpr std::size_t kHugePage = std::size_t{2} << 20;
 constexpr std::size_t kHugePagesFrom = 16 * kHugePage;
 
@@ -32,8 +32,8 @@ void AskForHugePages(void *memory, std::size_t size) {
     std::ignore = ::madvise(reinterpret_cast<void *>(start), end - start, MADV_HUGEPAGE);
 }
 
-// The next size with which a mapping, the C library's own bytes included, is a whole number of huge pages: the
-// kernel aligns such a one to them, and moves it by its page tables when it grows.
+// The next size with which a mapping, the C library's own bytes included, is a whole number of huge pages:
+// the kernel aligns such a one to them, and moves it by its page tables when it grows.
 std::size_t FillHugePages(std::size_t size) {
     constexpr std::size_t kOverhead = 64; // more than the C library takes, less than a page
     if (size < kHugePagesFrom || size > std::numeric_limits<std::size_t>::max() / 2) {

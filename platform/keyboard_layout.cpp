@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <memory>
 #include <new>
+#include <utility>
 #include <xcb/xcb.h>
 #include <xkbcommon/xkbcommon-x11.h>
 #include <xkbcommon/xkbcommon.h>
@@ -90,7 +91,8 @@ xkb_keysym_t SymbolOf(xkb_keymap *keymap, xkb_keycode_t key, xkb_layout_index_t 
 Symbols SymbolsOf(xkb_keymap *keymap, xkb_layout_index_t group) {
     Symbols symbols{};
     const xkb_keycode_t first = std::max(xkb_keymap_min_keycode(keymap), kKeycodeOffset);
-    const xkb_keycode_t end = std::min<xkb_keycode_t>(xkb_keymap_max_keycode(keymap) + 1, kKeys + kKeycodeOffset);
+    const xkb_keycode_t end =
+        std::min<xkb_keycode_t>(xkb_keymap_max_keycode(keymap) + 1, kKeys + kKeycodeOffset);
     for (xkb_keycode_t key = first; key < end; ++key) {
         symbols[key - kKeycodeOffset] = SymbolOf(keymap, key, group);
     }
@@ -157,6 +159,9 @@ bool GatherCharacters(xkb_context *context, const Layout &layout, KeyboardCharac
     }
     if (!gathering.decided.all()) { // rare, and a keymap takes milliseconds to make
         const Keymap us = KeymapOfNames(context, UsLayout());
+        if (us == nullptr && gathering.decided.none()) {
+            return false;
+        }
         if (us != nullptr) {
             gathering.TakeUp(SymbolsOf(us.get(), 0));
         }

@@ -33,8 +33,8 @@ using KeyboardCharacters = std::array<std::uint8_t, 256>;
 [[nodiscard]] bool KeyboardCharactersOfLayout(const KeyboardLayoutNames &names,
                                               KeyboardCharacters *characters);
 
-// The layout that the user, else the system, has set: $XKB_DEFAULT_LAYOUT and its companions, else the system's
-// keyboard file (keyboard(5)), else "us". May throw std::bad_alloc.
+// The layout that the user, else the system, has set: $XKB_DEFAULT_LAYOUT and its companions, else that of
+// the system's keyboard file, /etc/default/keyboard, else "us". May throw std::bad_alloc.
 [[nodiscard]] KeyboardLayoutNames ConfiguredKeyboardLayout();
 
 // What a keyboard file says, lines of XKBLAYOUT="de" and the like; what it does not name is empty. May throw

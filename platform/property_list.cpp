@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <cstring>
 #include <new>
-#include <ranges>
 
 namespace drevix {
 namespace {
@@ -39,7 +38,7 @@ OSErr Report(OSErr status, PropertyListProblem *found, PropertyListProblem *prob
     return status;
 }
 
-// Reads what `open` leads to and turns a lack of memory into its status.
+// Calls `read`, and turns a lack of memory into its status.
 template <typename Read>
 OSErr ReadAndReport(PropertyListProblem *problem, const Read &read) try {
     PropertyListProblem found;
@@ -58,12 +57,10 @@ OSErr ReadAndReport(PropertyListProblem *problem, const Read &read) try {
 } // namespace
 
 const PropertyList *PropertyListDictionary::Find(std::string_view key) const {
-    for (const Entry &entry : std::views::reverse(fEntries)) {
-        if (entry.first == key) {
-            return &entry.second;
-        }
-    }
-    return nullptr;
+    // From the back, as the last of several entries counts.
+    const auto found = std::find_if(fEntries.rbegin(), fEntries.rend(),
+                                    [key](const Entry &entry) { return entry.first == key; });
+    return found == fEntries.rend() ? nullptr : &found->second;
 }
 
 OSErr ListBytes::Ahead(std::span<const std::byte> *bytes) {

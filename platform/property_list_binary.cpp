@@ -94,8 +94,9 @@ std::optional<std::string> Utf8FromUtf16(Bytes bytes) {
     return text;
 }
 
-// Reads objects straight from the bytes, each value only when its turn comes. Nothing is allocated for a count
-// that the bytes do not bear out; what shared objects and cycles would multiply ends at the bounds.
+// Reads objects straight from the bytes, each value only when its turn comes, so that a list takes its own
+// bytes and one element in memory, not a tree of all values. Nothing is allocated for a count that the bytes
+// do not bear out; what shared objects and cycles would multiply ends at the bounds.
 class BinaryListReader {
   public:
     BinaryListReader(Bytes bytes, PropertyListProblem *problem) : fBytes(bytes), fProblem(*problem) {}
@@ -146,6 +147,11 @@ std::nullopt_t BinaryListReader::Damaged(const char *text) {
 }
 
 OSErr BinaryListReader::Read(const PropertyListElementHandler &handler) {
+    if (fBytes.size() < kSignature.size() ||
+        std::memcmp(fBytes.data(), kSignature.data(), kSignature.size()) != 0) {
+        Damaged("it is a binary list of an unknown version");
+        return kDamagedList;
+    }
     if (!ReadTrailer()) {
         Damaged("it is cut short, or its trailer makes no sense");
         return kDamagedList;
@@ -172,8 +178,7 @@ OSErr BinaryListReader::Read(const PropertyListElementHandler &handler) {
 }
 
 bool BinaryListReader::ReadTrailer() {
-    if (fBytes.size() < kSignature.size() + kTrailerSize ||
-        std::memcmp(fBytes.data(), kSignature.data(), kSignature.size()) != 0) {
+    if (fBytes.size() < kSignature.size() + kTrailerSize) {
         return false;
     }
     const Bytes trailer = fBytes.last(kTrailerSize);

@@ -98,8 +98,7 @@ constexpr std::string_view MarkupText(char character) {
     }
 }
 
-// The length of the UTF-8 sequence of two to four bytes that `text` starts with; 0 when it is malformed or
-// its character forbidden.
+// The length of the UTF-8 sequence of two to four bytes that `text` starts with; 0 when it is malformed.
 std::size_t SequenceLength(std::string_view text) {
     constexpr std::array<std::uint32_t, 5> kSmallest = {0, 0, 0x80, 0x800, 0x10000};
     const auto lead = static_cast<std::uint8_t>(text[0]);
@@ -116,9 +115,7 @@ std::size_t SequenceLength(std::string_view text) {
         character = (character << 6) | (byte & 0x3FU);
     }
     const bool surrogate = character >= 0xD800 && character <= 0xDFFF;
-    const bool allowed = character >= kSmallest[length] && character <= 0x10FFFF && !surrogate &&
-                         character != 0xFFFE && character != 0xFFFF;
-    return allowed ? length : 0;
+    return character >= kSmallest[length] && character <= 0x10FFFF && !surrogate ? length : 0;
 }
 
 } // namespace
@@ -276,16 +273,20 @@ void AppendCharacters(std::string &out, std::string_view text) {
     std::size_t copied = 0; // text before is in `out`
     for (std::size_t i = 0; i < text.size();) {
         const ByteClass kind = kByteClasses[static_cast<std::uint8_t>(text[i])];
-        const std::size_t length = kind == ByteClass::Plain      ? 1
-                                   : kind == ByteClass::Sequence ? SequenceLength(text.substr(i))
-                                                                 : 0;
-        if (length > 0) {
+        if (kind == ByteClass::Plain) {
+            ++i;
+            continue;
+        }
+        const std::size_t length = kind == ByteClass::Sequence ? SequenceLength(text.substr(i)) : 0;
+        const std::string_view sequence = text.substr(i, length);
+        if (length > 0 && sequence != "\uFFFE" && sequence != "\uFFFF") {
             i += length;
             continue;
         }
         out.append(text, copied, i - copied);
         out += kind == ByteClass::Markup ? MarkupText(text[i]) : kReplacement;
-        copied = ++i;
+        i += std::max<std::size_t>(length, 1);
+        copied = i;
     }
     out.append(text, copied);
 }

@@ -114,8 +114,8 @@ XmlListReader::~XmlListReader() {
 }
 
 OSErr XmlListReader::Read() {
-    // Errors that libxml2 ties to no parser, such as those of a text encoding, go to the thread's handler; by
-    // default that prints them.
+    // The thread's handler gets the errors that libxml2 ties to no parser too, such as those of a text
+    // encoding.
     const xmlStructuredErrorFunc before = xmlStructuredError;
     void *const beforeContext = xmlStructuredErrorContext;
     xmlSetStructuredErrorFunc(this, OnError);
@@ -155,12 +155,12 @@ void XmlListReader::ParseDocument() {
 // Without a callback for the external subset none is ever loaded.
 xmlSAXHandler XmlListReader::Callbacks() {
     xmlSAXHandler callbacks{};
-    callbacks.initialized = XML_SAX2_MAGIC;
-    callbacks.startElement = OnStart; // without name spaces, which lists have not, the parser is faster
+    callbacks.initialized =
+        1; // not XML_SAX2_MAGIC: lists have no name spaces, and without them parsing is faster
+    callbacks.startElement = OnStart;
     callbacks.endElement = OnEnd;
     callbacks.characters = OnText;
     callbacks.ignorableWhitespace = OnText; // one and the same, which spares the parser telling them apart
-    callbacks.serror = OnError;
     callbacks.getEntity = OnEntity;
     callbacks.getParameterEntity = OnEntity;
     callbacks.entityDecl = OnDeclaration;
@@ -236,6 +236,8 @@ void XmlListReader::OnError(void *self, xmlErrorPtr error) {
     Run(self, [&](XmlListReader &reader) {
         if (error->code == XML_ERR_NO_MEMORY) {
             reader.Stop(memFullErr);
+        } else if (error->code == XML_ERR_TAG_NAME_MISMATCH) {
+            reader.Damaged("it is not well-formed: an element ends with another's end tag");
         } else if (error->level >= XML_ERR_ERROR) {
             reader.Damaged("it is not well-formed: " + PlainLine(error->message));
         }
@@ -250,7 +252,7 @@ xmlEntityPtr XmlListReader::OnEntity(void *self, const xmlChar * /*name*/) {
 
 template <typename... Arguments>
 void XmlListReader::OnDeclaration(void *self, Arguments...) {
-    Run(self, [](XmlListReader &reader) { reader.Damaged("its document type declares something"); });
+    Run(self, [](XmlListReader &reader) { reader.Damaged("its document type makes declarations"); });
 }
 
 void XmlListReader::Start(const xmlChar *name) {
@@ -379,9 +381,8 @@ void XmlListReader::AddValue(Value value) {
     }
 }
 
-// Nothing is called back from now on, and OnRead gives no more bytes, so the parser soon comes to its end. (Its
-// own way to stop gives buffers up at once that it may still look at when it was called from its error
-// handler.)
+// Nothing is called back from now on, and OnRead gives no more bytes, so the parser soon comes to its end.
+// (Its own way to stop gives buffers up at once, at which it may still look behind its error handler.)
 void XmlListReader::Stop(OSErr status) {
     fStatus = status;
     if (fParser != nullptr) {

@@ -9,12 +9,12 @@
 namespace drevix {
 
 bool gSortCancelled = false;
+std::uint32_t gRandomState = 0;
 
 namespace {
 
 std::size_t gElementSize = 0;
 FastCompareFunction gElementCompare = nullptr;
-std::uint32_t gRandomState = 0;
 
 } // namespace
 
@@ -62,8 +62,7 @@ void *FastBSearch(const void *key, void *start, std::int32_t count, std::int32_t
 }
 
 std::int32_t FQSRandom() {
-    gRandomState = gRandomState * 1103515245U + 12345U;
-    return static_cast<std::int32_t>((gRandomState & 0xFFFFU) >> 1);
+    return static_cast<std::int32_t>(NextRandom());
 }
 
 void FQSRandomSeed(std::uint32_t seed) {

@@ -13,8 +13,8 @@ inline constexpr OSErr kRefused = -1; // the contents are not those of such a ba
 // One transfer counts its bytes in a signed 32-bit number.
 inline constexpr std::size_t kMaxTransfer = std::numeric_limits<std::int32_t>::max();
 
-// Transfers of `count` bytes, at most kMaxTransfer, at the file's mark, past the system's cache where there is
-// a way. No bytes mean no transfer.
+// Transfers of `count` bytes, at most kMaxTransfer, at the file's mark, past the system's cache where there
+// is a way. No bytes mean no transfer.
 [[nodiscard]] OSErr ReadAtMark(FileRef file, void *bytes, std::size_t count);
 [[nodiscard]] OSErr WriteAtMark(FileRef file, const void *bytes, std::size_t count);
 

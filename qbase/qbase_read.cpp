@@ -112,7 +112,8 @@ std::int64_t IndexPlace(const Source &source) {
     return source.headerSize + source.header.userBlockSize;
 }
 
-// Compares the sizes that the header tells with the file's length, in 64 bits, where no sum of them overflows.
+// Compares the sizes that the header tells with the file's length, in 64 bits, where no sum of them
+// overflows.
 OSErr CheckLength(Source *source, std::int64_t length, bool allowRecovery) {
     if (source->header.count < 0) {
         return kRefused;
@@ -151,8 +152,8 @@ OSErr ReadUserBlock(QBaseHandle base, const Source &source, Block *block) {
     return status;
 }
 
-// The file's offsets count from its own record data, which now lies behind that of the base. Unsigned, so that
-// an absurd offset wraps around into one that validation finds.
+// The file's offsets count from its own record data, which now lies behind that of the base. Unsigned, so
+// that an absurd offset wraps around into one that validation finds.
 void AdjustOffsets(std::span<std::int32_t> offsets, const Source &source, std::size_t distance) {
     for (std::int32_t &offset : offsets) {
         if (source.isFlipped) {

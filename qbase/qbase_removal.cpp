@@ -4,6 +4,7 @@
 #include "qbase/sort_range.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstring>
 #include <numeric>
 #include <span>
@@ -26,6 +27,47 @@ struct OffsetOrder {
 
     const std::int32_t *offsets;
 };
+
+// Lists the first n index slots in the order of their offsets by dividing the data into cells of half a
+// record's size: records of about one size each start in a cell of their own. Linear in the count. An empty
+// block when two records start in one cell, an offset leads out of the data, or there is no memory.
+Block SpreadSlots(QBaseHandle base, std::int32_t n) {
+    const std::size_t size = base->records.Size();
+    const std::size_t halfRecord = size / static_cast<std::size_t>(base->file.count) / 2;
+    const int cellBits = std::bit_width(std::max<std::size_t>(halfRecord, 1)) - 1;
+    Block cells;
+    if (cells.Resize(((size >> cellBits) + 1) * sizeof(std::int32_t)) != noErr) {
+        return {};
+    }
+    const std::span table(reinterpret_cast<std::int32_t *>(cells.Data()),
+                          cells.Size() / sizeof(std::int32_t));
+    std::ranges::fill(table, -1);
+    const std::int32_t *const offsets = IndexOffsets(base);
+    for (std::int32_t slot = 0; slot < n; ++slot) {
+        const std::size_t cell = static_cast<std::uint32_t>(offsets[slot]) >> cellBits;
+        if (cell >= table.size() || table[cell] >= 0) {
+            return {};
+        }
+        table[cell] = slot;
+    }
+    std::ignore = std::ranges::remove(table, -1);
+    std::ignore = cells.Resize(static_cast<std::size_t>(n) * sizeof(std::int32_t)); // shrinking cannot fail
+    return cells;
+}
+
+// The same by sorting, for records of any sizes.
+Block SortSlots(QBaseHandle base, std::int32_t n) {
+    Block list;
+    if (list.Resize(static_cast<std::size_t>(n) * sizeof(std::int32_t)) != noErr) {
+        return {};
+    }
+    auto *const order = reinterpret_cast<std::int32_t *>(list.Data());
+    std::iota(order, order + n, 0);
+    gOffsets = IndexOffsets(base);
+    // Nothing in this comparison cancels the sort.
+    std::ignore = SortElements(order, static_cast<std::size_t>(n), kOffsetSize, OffsetOrder{gOffsets});
+    return list;
+}
 
 // Moves runs of kept records down over the gaps that dropped ones leave.
 class GapCloser {
@@ -129,19 +171,14 @@ std::int32_t QBaseRemoveInvalidOffsets(QBaseHandle base) {
 }
 
 Block QBaseCreateIndexOfOffsets(QBaseHandle base, std::int32_t n) {
-    Block list;
     const std::int32_t slots = base != nullptr ? std::min(n, SlotsInUse(base)) : 0;
-    const MemoryRequest request;
-    if (slots < 1 || list.Resize(static_cast<std::size_t>(slots) * sizeof(std::int32_t)) != noErr) {
+    if (slots < 1) {
         return {};
     }
-    auto *const order = reinterpret_cast<std::int32_t *>(list.Data());
-    std::iota(order, order + slots, 0);
-    const std::int32_t *const offsets = IndexOffsets(base);
-    gOffsets = offsets;
-    // Nothing in this comparison cancels the sort.
-    if (!std::is_sorted(offsets, offsets + slots)) {
-        std::ignore = SortElements(order, static_cast<std::size_t>(slots), kOffsetSize, OffsetOrder{offsets});
+    const MemoryRequest request;
+    Block list = SpreadSlots(base, slots);
+    if (list.Size() == 0) {
+        list = SortSlots(base, slots);
     }
     return list;
 }

@@ -51,7 +51,7 @@ class OffsetSet {
 
     std::span<const std::int32_t> fOffsets;
     Block fMany;
-    std::array<Word, 1024> fFew = {};
+    std::array<Word, 1024> fFew; // cleared when the window moves to where it is used first
     std::span<Word> fBits = fFew;
     std::size_t fStart = 0;
     std::size_t fEnd = 0;
@@ -79,7 +79,11 @@ std::optional<std::size_t> EndOfRecords(QBaseHandle base) {
     for (std::size_t i = 0; i < offsets.size(); ++i) {
         const std::size_t offset = walk.Offset();
         const QBaseRecord *const record = walk.Next();
-        if (record == nullptr || !HoldsItsData(record) || !indexed.Holds(offset)) {
+        if (record == nullptr || !HoldsItsData(record)) {
+            return std::nullopt;
+        }
+        const bool isInPlace = static_cast<std::size_t>(offsets[i]) == offset; // as in a base in data order
+        if (!isInPlace && !indexed.Holds(offset)) {
             return std::nullopt;
         }
     }

@@ -12,6 +12,14 @@ namespace drevix {
 
 // True from CancelFastQSort until the next sort.
 extern bool gSortCancelled;
+// The state of FQSRandom.
+extern std::uint32_t gRandomState;
+
+// FQSRandom, for the sort itself: small ranges draw so often that a call would be felt.
+inline std::uint32_t NextRandom() {
+    gRandomState = gRandomState * 1103515245U + 12345U;
+    return (gRandomState & 0xFFFFU) >> 1;
+}
 
 // A range with this many elements or more takes the median of three as its pivot, a smaller one any element.
 inline constexpr std::size_t kMedianThreshold = 25;
@@ -36,11 +44,14 @@ class RangeSorter {
   public:
     RangeSorter(Size size, Order order) : fSize(size), fOrder(order) {}
 
-    // Sorts [lo, hi). Recursion goes into the smaller part, so its depth stays within log2 of the count.
+    // Sorts [lo, hi) until cancelled. Recursion goes into the smaller part, so its depth stays within log2 of the count.
     void Sort(std::byte *lo, std::byte *hi) {
         while (!gSortCancelled) {
             const std::size_t count = static_cast<std::size_t>(hi - lo) / fSize;
-            if (count < 2) {
+            if (count <= 2) {
+                if (count == 2) {
+                    SortPair(lo, lo + fSize);
+                }
                 return;
             }
             PlacePivot(lo, count);
@@ -52,10 +63,10 @@ class RangeSorter {
             Swap(lo, pivot);
             std::byte *const right = pivot + fSize;
             if (pivot - lo < hi - right) {
-                Sort(lo, pivot);
+                SortPart(lo, pivot);
                 lo = right;
             } else {
-                Sort(right, hi);
+                SortPart(right, hi);
                 hi = pivot;
             }
         }
@@ -77,6 +88,20 @@ class RangeSorter {
   private:
     using Key = typename Order::Key;
 
+    // The smaller part of a range, which often has no two elements.
+    void SortPart(std::byte *lo, std::byte *hi) {
+        if (static_cast<std::size_t>(hi - lo) > fSize) {
+            Sort(lo, hi);
+        }
+    }
+
+    // Whichever is drawn as the pivot, one comparison orders two elements. A quarter of the ranges are pairs.
+    void SortPair(std::byte *first, std::byte *second) {
+        if (fOrder.Compare(fOrder.KeyOf(second), fOrder.KeyOf(first)) < 0) {
+            Swap(first, second);
+        }
+    }
+
     void Swap(std::byte *a, std::byte *b) {
         if constexpr (std::is_same_v<Size, OffsetSize>) {
             std::uint32_t first = 0;
@@ -92,29 +117,34 @@ class RangeSorter {
 
     // Brings the pivot to the start of the range.
     void PlacePivot(std::byte *lo, std::size_t count) {
-        std::byte *const random = lo + static_cast<std::size_t>(FQSRandom()) % count * fSize;
+        const std::uint32_t random = NextRandom();
         if (count < kMedianThreshold) {
-            Swap(lo, random);
+            Swap(lo, lo + random % static_cast<std::uint32_t>(count) * fSize);
         } else {
-            PlaceMedian(lo, lo, lo + count / 2 * fSize, random);
+            PlaceMedian(lo, lo, lo + count / 2 * fSize, lo + random % count * fSize);
         }
     }
 
     // Divides the range by the pivot at its start; the result is where the pivot belongs. Both scans stop at
-    // elements equal to the pivot, so long runs of equal keys are divided evenly.
+    // elements equal to the pivot, so long runs of equal keys are divided evenly. Up to i no element sorts
+    // after the pivot and from j on none before it, so where the scans meet nothing is compared again.
     std::byte *Partition(std::byte *lo, std::byte *hi) {
         const Key pivot = fOrder.KeyOf(lo);
         std::byte *i = lo;
         std::byte *j = hi;
         for (;;) {
+            std::int32_t order = 0; // of the element at which the upward scan stops
             do {
                 i += fSize;
-            } while (i < hi && fOrder.Compare(fOrder.KeyOf(i), pivot) < 0);
+            } while (i < j && (order = fOrder.Compare(fOrder.KeyOf(i), pivot)) < 0);
+            if (i == j) {
+                return i - fSize;
+            }
             do {
                 j -= fSize;
-            } while (j > lo && fOrder.Compare(fOrder.KeyOf(j), pivot) > 0);
-            if (i >= j) {
-                return j;
+            } while (i < j && fOrder.Compare(fOrder.KeyOf(j), pivot) > 0);
+            if (i == j) {
+                return order > 0 ? i - fSize : i;
             }
             Swap(i, j);
         }

@@ -1,5 +1,5 @@
-// The loops behind the CRC functions: one for any processor, one for processors that multiply without carries.
-// For the CRC functions themselves, their tests and benchmarks.
+// The loops behind the CRC functions: one for any processor, one for processors that multiply without
+// carries. For the CRC functions themselves, their tests and benchmarks.
 #pragma once
 
 #include <cstddef>

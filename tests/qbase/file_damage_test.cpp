@@ -37,7 +37,7 @@ OSErr ReadInMode(QBaseHandle base, FileRef file, Mode mode, bool emptyFirst, boo
 
 // Reads the file behind a base's own record: what is left is valid, costs no more memory than the file backs,
 // and can be added to, written and read again.
-void ReadSafely(MemoryFile &file, std::string_view image, Mode mode) {
+void ReadSafely(const MemoryFile &file, std::string_view image, Mode mode) {
     ASSERT_TRUE(file.Set(image));
     WatchingAllocator memory;
     const QBaseOwner base = NewFileBase();
@@ -59,7 +59,7 @@ void ReadSafely(MemoryFile &file, std::string_view image, Mode mode) {
 
 TEST(DamagedBaseFile, EveryTruncationAndEveryChangedByte_IsReadSafely) {
     const std::string image = FileOf(FullFileBase().get());
-    MemoryFile file;
+    const MemoryFile file;
     for (const Mode mode : {Mode::Plain, Mode::Recover, Mode::Rebuild}) {
         for (std::size_t size = 0; size <= image.size(); ++size) {
             SCOPED_TRACE("cut to " + std::to_string(size));
@@ -104,7 +104,7 @@ TEST(DamagedBaseFile, Recovery_KeepsTheWholeRecordsBeforeTheDamage) {
     constexpr std::size_t kRecordsPlace = 64 + 4 * 4;
     for (const Row &row : rows) {
         SCOPED_TRACE(row.what);
-        MemoryFile file(image.substr(0, kRecordsPlace + row.recordBytes));
+        const MemoryFile file(image.substr(0, kRecordsPlace + row.recordBytes));
         const QBaseOwner base = NewFileBase();
         bool salvaged = !row.salvaged;
         EXPECT_EQ(ReadInMode(base.get(), file.Ref(), Mode::Recover, true, &salvaged), row.status);
@@ -161,7 +161,7 @@ TEST(DamagedBaseFile, SizesBeyondEverything_CostNoMemory) {
     };
     for (const Row &row : rows) {
         SCOPED_TRACE(std::to_string(row.place) + " " + std::to_string(row.value));
-        MemoryFile file(image);
+        const MemoryFile file(image);
         std::string changed = image;
         std::memcpy(changed.data() + row.place, &row.value, sizeof row.value);
         ASSERT_TRUE(file.Set(changed) && file.SetLength(row.length));
@@ -177,7 +177,7 @@ TEST(DamagedBaseFile, SizesBeyondEverything_CostNoMemory) {
     }
     const QBaseOwner base = FullFileBase();
     ASSERT_EQ(base->userBlock.Resize(kHuge), noErr);
-    MemoryFile file(image);
+    const MemoryFile file(image);
     EXPECT_EQ(QBaseWrite(base.get(), file.Ref(), true, true), paramErr);
     EXPECT_EQ(file.Bytes(), image);
 }
@@ -221,7 +221,7 @@ void ForEveryFault(const Run &run) {
 }
 
 TEST(BaseFileFaults, EveryFailingReadStep_LeavesTheBaseOrReadsItAll) {
-    MemoryFile file(FileOf(FullFileBase().get()));
+    const MemoryFile file(FileOf(FullFileBase().get()));
     const auto start = [] {
         QBaseOwner base = NewFileBase();
         AddMadeRecords(base.get(), {5, 1});
@@ -256,7 +256,7 @@ TEST(BaseFileFaults, EveryFailingWriteStep_LeavesTheChangeFlagsOfWhatIsNotThere)
     for (const Lasts lasts : {Lasts::Once, Lasts::ForEver}) {
         for (int failAt = 1;; ++failAt) {
             SCOPED_TRACE(failAt);
-            MemoryFile file(old);
+            const MemoryFile file(old);
             const QBaseOwner base = FullFileBase();
             const FaultyDisk disk(failAt, lasts, ENOSPC);
             const OSErr status = QBaseWrite(base.get(), file.Ref(), true, true);

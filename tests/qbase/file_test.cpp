@@ -54,7 +54,7 @@ TEST(BaseFile, Written_IsReadAlikeByOurOtherReader) {
     const ScratchFolder folder;
     const QBaseOwner full = FullFileBase();
     const QBaseOwner empty = NewFileBase();
-    for (const QBaseHandle base : {full.get(), empty.get()}) {
+    for (QBaseHandle base : {full.get(), empty.get()}) {
         WriteWhole(folder.Path("base"), FileOf(base));
         const std::string dump = Python("dump " + folder.Path("base"));
         EXPECT_EQ(LinesAs(dump, Contents(base)), Contents(base));
@@ -220,7 +220,7 @@ TEST(BaseFile, PartsWritten_AreThoseAskedForUnlessTheFileDoesNotMatch) {
         if (row.changedByte < image.size()) {
             image[row.changedByte] ^= 1;
         }
-        MemoryFile file(image);
+        const MemoryFile file(image);
         const QBaseOwner base = FullFileBase();
         {
             const LoggingDisk disk(0);

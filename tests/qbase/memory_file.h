@@ -16,7 +16,7 @@ class MemoryFile {
   public:
     explicit MemoryFile(std::string_view bytes = {}) : fDescriptor(::memfd_create("file", MFD_CLOEXEC)) {
         std::ignore = AdoptDescriptor(::dup(fDescriptor), fsRdWrPerm, &fFile); // on failure Ref() is 0
-        Set(bytes);
+        std::ignore = Set(bytes); // a file that lacks them is found by the first read
     }
     ~MemoryFile() {
         FSClose(fFile);
@@ -32,12 +32,12 @@ class MemoryFile {
         return bytes;
     }
     // Makes the file these bytes. False when they could not be written.
-    bool Set(std::string_view bytes) {
+    [[nodiscard]] bool Set(std::string_view bytes) const {
         return ::ftruncate(fDescriptor, 0) == 0 &&
                ::pwrite(fDescriptor, bytes.data(), bytes.size(), 0) == static_cast<ssize_t>(bytes.size());
     }
     // Sets the length; bytes gained are zeros that take no memory.
-    bool SetLength(off_t length) { return ::ftruncate(fDescriptor, length) == 0; }
+    [[nodiscard]] bool SetLength(off_t length) const { return ::ftruncate(fDescriptor, length) == 0; }
 
   private:
     int fDescriptor;

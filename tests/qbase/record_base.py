@@ -4,9 +4,9 @@
     record_base.py dump FILE
         prints what the file holds, one field a line
     record_base.py make FILE VERSION ORDER LENGTHS INDEX USERBLOCK
-        writes a file: VERSION 1 or 2, ORDER little or big, LENGTHS the records' data lengths in data order (0,1,5), INDEX
-        the records' places in index order (2,0,1), USERBLOCK hexadecimal digits or -. Byte j of record i is (7 i + j) mod 256;
-        flags are i; the user fields are those of MADE.
+        writes a file: VERSION 1 or 2, ORDER little or big, LENGTHS the records' data lengths in data order
+        (0,1,5), INDEX the records' places in index order (2,0,1), USERBLOCK hexadecimal digits or -. Byte j
+        of record i is (7 i + j) mod 256; flags are i; the user fields are those of MADE.
 """
 import struct
 import sys
@@ -14,12 +14,13 @@ import sys
 MAGIC = 0x51425345  # 'QBSE'
 V2 = "IIHHiIIIHHIIIHHhhhhII"
 V2_NAMES = (
-    "magic type version typeVersion count recordsSize reserved1 reserved2 savedSortMode reserved3 userLong userData "
-    "userFlags userWord userMode top left bottom right userBlockSize reserved4"
+    "magic type version typeVersion count recordsSize reserved1 reserved2 savedSortMode reserved3 userLong "
+    "userData userFlags userWord userMode top left bottom right userBlockSize reserved4"
 ).split()
 V1 = "IIHHIIHHIiI3I"
 V1_NAMES = (
-    "magic type version typeVersion userData userFlags savedSortMode userWord reserved1 count recordsSize r2 r3 r4"
+    "magic type version typeVersion userData userFlags savedSortMode userWord reserved1 count recordsSize "
+    "r2 r3 r4"
 ).split()
 MADE = dict(
     magic=MAGIC, type=0x54455354, typeVersion=3, savedSortMode=0, userLong=0x01020304, userData=0x11121314,

@@ -1,0 +1,156 @@
+#include "cli/action_names.h"
+
+#include "keyboard/key_names.h"
+#include "settings/pascal_strings.h"
+
+#include <algorithm>
+#include <array>
+
+namespace drevix {
+namespace {
+
+// clang-format off
+constexpr auto kRestrictions = std::to_array<RestrictionInfo>({
+    {kNotInGlobalRecord, "notInGlobalRecord", "not in the global record"},
+    {kOneSlotOnly,       "oneControlOnly",    "one control only"},
+    {kNavAppsOnly,       "companionAppsOnly", "companion's applications only"},
+    {kToolMenuRecords,   "companionAppsOrGlobalOnly", "these and the global record only"},
+    {kToolMenuButtons,   "buttonsIToIIIOnly", "buttons I to III only"},
+    {kTunerOnly,         "tunerOnly",         "tuner only"},
+    {kNotOnTuner,        "notOnTuner",        "not on the tuner"},
+});
+
+struct RefusalRow {
+    ActionRefusal refusal;
+    std::string_view text;
+};
+constexpr auto kRefusals = std::to_array<RefusalRow>({
+    {ActionRefusal::UnknownCommand,    "there is no such action"},
+    {ActionRefusal::NoControl,         "there is no such control"},
+    {ActionRefusal::NotInGlobalRecord, "it has no meaning in the global record; name an application with --app"},
+    {ActionRefusal::NotInThisRecord,   "this record's application does not know it"},
+    {ActionRefusal::NotOnThisControl,  "it does not work on this control"},
+});
+
+struct ModifierRow {
+    std::string_view name;
+    std::uint16_t bit;
+};
+// Names that are shown come before others for the same key.
+constexpr auto kModifiers = std::to_array<ModifierRow>({
+    {"cmd", kCommandModifier}, {"shift", kShiftModifier}, {"caps", kCapsLockModifier}, {"opt", kOptionModifier},
+    {"ctrl", kControlModifier}, {"command", kCommandModifier}, {"alt", kOptionModifier}, {"option", kOptionModifier},
+    {"control", kControlModifier},
+});
+constexpr std::size_t kShownModifiers = 5;
+// clang-format on
+
+constexpr std::uint16_t kNegativeTag = 0xFFFF; // what `delay` holds for a repeat choice below 0
+
+char Small(char letter) {
+    return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
+}
+
+bool IsEqual(std::string_view a, std::string_view b) {
+    return std::ranges::equal(a, b, {}, Small, Small);
+}
+
+std::string KeystrokeName(const ActionSlot &slot) {
+    Str255 name{};
+    const bool none = slot.keyCode == kNoKeyCode;
+    const auto key = static_cast<std::uint16_t>(none ? 0xFFFF : slot.keyCode << 8);
+    GetKeyCombinationName(key, slot.modifiers, name.data(), 255, 0);
+    return stringWithPascalString(name.data());
+}
+
+std::string MainDetail(const ActionSlot &slot) {
+    if (slot.command == kActionKeystroke) {
+        return KeystrokeName(slot);
+    }
+    if (slot.command == kActionToolMenu) {
+        return "number " + std::to_string(slot.crc); // a record holds no title
+    }
+    if (slot.command == kActionOpenItem) {
+        return stringWithPascalString(slot.data.data());
+    }
+    const bool scrolls = slot.command >= kActionFirstScroll && slot.command <= kActionLastScroll;
+    return scrolls && slot.modifiers != 0 ? "with " + ModifierNames(slot.modifiers) : "";
+}
+
+} // namespace
+
+std::string ActionTitle(ActionCommand code) {
+    const ActionInfo *action = FindAction(code);
+    return action != nullptr ? std::string(action->title) : "Action " + std::to_string(code);
+}
+
+std::string ActionDetails(const ActionSlot &slot) {
+    std::string details = MainDetail(slot);
+    if (slot.delay != 0) {
+        const std::string repeat = slot.delay == kNegativeTag ? "-1" : std::to_string(slot.delay);
+        details += (details.empty() ? "repeat " : ", repeat ") + repeat;
+    }
+    return details;
+}
+
+std::vector<const RestrictionInfo *> RestrictionsOf(const ActionInfo &action) {
+    std::vector<const RestrictionInfo *> found;
+    for (const RestrictionInfo &row : kRestrictions) {
+        if ((action.restrictions & row.bit) != 0) {
+            found.push_back(&row);
+        }
+    }
+    return found;
+}
+
+const ActionInfo *FindActionByTitle(std::string_view title, TitleMatch match, bool *several) {
+    const ActionInfo *found = nullptr;
+    for (const ActionInfo &action : AllActions()) {
+        const std::size_t compared = match == TitleMatch::Beginning ? title.size() : title.npos;
+        if (!IsEqual(action.title.substr(0, compared), title)) {
+            continue;
+        }
+        if (found != nullptr) {
+            if (several != nullptr) {
+                *several = true;
+            }
+            return nullptr;
+        }
+        found = &action;
+    }
+    return found;
+}
+
+std::string_view RefusalText(ActionRefusal refusal) {
+    const auto *row = std::ranges::find(kRefusals, refusal, &RefusalRow::refusal);
+    return row == kRefusals.end() ? "it is not offered here" : row->text;
+}
+
+std::string ModifierNames(std::uint16_t modifiers) {
+    std::string names;
+    for (const ModifierRow &row : std::span(kModifiers).first(kShownModifiers)) {
+        if ((modifiers & row.bit) != 0) {
+            names.append(names.empty() ? "" : "+").append(row.name);
+        }
+    }
+    return names;
+}
+
+bool ParseModifiers(std::string_view text, std::uint16_t *modifiers) {
+    std::uint16_t found = 0;
+    while (!text.empty()) {
+        text.remove_prefix(text.front() == '+' ? 1 : 0);
+        const std::string_view word = text.substr(0, text.find('+'));
+        const auto *row = std::ranges::find_if(
+            kModifiers, [&](const auto &modifier) { return IsEqual(modifier.name, word); });
+        if (row == kModifiers.end()) {
+            return false;
+        }
+        found |= row->bit;
+        text.remove_prefix(word.size());
+    }
+    *modifiers = found;
+    return true;
+}
+
+} // namespace drevix

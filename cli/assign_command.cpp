@@ -1,0 +1,209 @@
+// The command that binds a control to an action.
+
+#include "cli/action_names.h"
+#include "cli/commands.h"
+#include "cli/session.h"
+#include "companion/korvane_crc.h"
+#include "keyboard/key_names.h"
+#include "platform/json.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+
+namespace drevix {
+namespace {
+
+// An action as it is to stand in a slot.
+struct Choice {
+    ActionCommand command = kActionNone;
+    std::uint16_t modifiers = 0;
+    std::uint8_t keyCode = kNoKeyCode;
+    std::uint32_t crc = 0;
+};
+
+Outcome ParseNone(const std::string &rest, Choice * /*choice*/) {
+    return rest.empty() ? Done() : WrongUsage("none stands alone");
+}
+
+Outcome ParseKeystroke(const std::string &rest, Choice *choice) {
+    choice->command = kActionKeystroke;
+    GetKeyboardInformation();
+    return ParseKeyCombination(rest, &choice->keyCode, &choice->modifiers)
+               ? Done()
+               : WrongUsage(QuotedText(rest) +
+                            " is no keystroke on this keyboard; write it like cmd+shift+s");
+}
+
+Outcome ParseMenu(const std::string &rest, Choice *choice) {
+    choice->command = kActionToolMenu;
+    choice->crc = KorvaneStringCRC(rest);
+    return rest.empty() ? WrongUsage("menu needs the title of an entry") : Done();
+}
+
+Outcome ParseOpen(const std::string &rest, Choice *choice) {
+    choice->command = kActionOpenItem;
+    return rest.empty() ? WrongUsage("open needs a path")
+                        : Failed("cannot assign opening " + rest +
+                                 " from here; nothing was changed; choose the item in the settings panel");
+}
+
+// The words that begin an action with a parameter of its own.
+struct ActionKeyword {
+    std::string_view word;
+    ActionCommand command; // that must not be chosen without the word
+    Outcome (*parse)(const std::string &rest, Choice *choice);
+};
+constexpr auto kKeywords = std::to_array<ActionKeyword>({
+    {"none", kActionNone, ParseNone},
+    {"keystroke", kActionKeystroke, ParseKeystroke},
+    {"menu", kActionToolMenu, ParseMenu},
+    {"open", kActionOpenItem, ParseOpen},
+});
+
+std::string Joined(std::span<const std::string> words) {
+    std::string text;
+    for (const std::string &word : words) {
+        text.append(text.empty() ? "" : " ").append(word);
+    }
+    return text;
+}
+
+// Takes the words at the end that begin with '+' ("+shift") off the others.
+Outcome TakeModifiers(std::span<const std::string> *words, std::uint16_t *modifiers) {
+    while (words->size() > 1 && words->back().starts_with('+')) {
+        std::uint16_t more = 0;
+        if (!ParseModifiers(words->back(), &more)) {
+            return WrongUsage(QuotedText(words->back()) +
+                              " names no modifier: cmd, shift, caps, opt or ctrl");
+        }
+        *modifiers |= more;
+        *words = words->first(words->size() - 1);
+    }
+    return Done();
+}
+
+const ActionInfo *FindActionByNumber(const std::string &text) {
+    ActionCommand code = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), code);
+    return error == std::errc() && end == text.data() + text.size() ? FindAction(code) : nullptr;
+}
+
+// An action by its title, number, or the beginning of its title.
+Outcome ParseNamedAction(std::span<const std::string> words, Choice *choice) {
+    if (Outcome outcome = TakeModifiers(&words, &choice->modifiers); !outcome.IsDone()) {
+        return outcome;
+    }
+    const std::string name = Joined(words);
+    bool several = false;
+    const ActionInfo *action = FindActionByTitle(name, TitleMatch::Whole);
+    action = action != nullptr ? action : FindActionByNumber(name);
+    action = action != nullptr ? action : FindActionByTitle(name, TitleMatch::Beginning, &several);
+    if (action == nullptr) {
+        return WrongUsage((several ? "several actions begin with " : "there is no action ") +
+                          QuotedText(name) + "; 'drevixctl actions' lists all");
+    }
+    const auto *keyword = std::ranges::find(kKeywords, action->code, &ActionKeyword::command);
+    if (keyword != kKeywords.end() && action->code != kActionNone) {
+        return WrongUsage("say which: " + std::string(keyword->word) + " ...");
+    }
+    if (choice->modifiers != 0 && action->group != ActionGroup::ActionScroll) {
+        return WrongUsage("only scrolling takes modifiers");
+    }
+    choice->command = action->code;
+    return Done();
+}
+
+Outcome ParseAction(std::span<const std::string> words, Choice *choice) {
+    const auto *keyword = std::ranges::find(kKeywords, words[0], &ActionKeyword::word);
+    const bool hasTitle = FindActionByTitle(Joined(words), TitleMatch::Whole) != nullptr; // "Open mail"
+    return keyword == kKeywords.end() || hasTitle ? ParseNamedAction(words, choice)
+                                                  : keyword->parse(Joined(words.subspan(1)), choice);
+}
+
+Outcome ApplyChoice(const ControlSlot &control, const Choice &choice, AppPrefs &record) {
+    if (const ActionRefusal refusal = CheckAction(record, control.slot, choice.command);
+        refusal != ActionRefusal::None) {
+        return Failed("cannot assign " + QuotedText(ActionTitle(choice.command)) + " to " +
+                      std::string(control.key) + ": " + std::string(RefusalText(refusal)) +
+                      "; nothing was changed");
+    }
+    ChooseAction(record, control.slot, choice.command);
+    ActionSlot &slot = record.device[0].action[control.slot];
+    slot.modifiers = choice.modifiers;
+    slot.keyCode = choice.keyCode;
+    slot.crc = choice.crc;
+    UpdateToolMenuAction(record, choice.command == kActionToolMenu ? control.slot : kNoSlot);
+    return Done();
+}
+
+PropertyListDictionary AssignmentEntry(const ControlSlot &control, const ActionSlot &slot) {
+    PropertyListDictionary entry;
+    entry.Add("control", std::string(control.key));
+    entry.Add("action", std::int64_t{slot.command});
+    entry.Add("name", ActionTitle(slot.command));
+    entry.Add("details", ActionDetails(slot));
+    return entry;
+}
+
+// Prints the control that was meant, and those whose commands changed with it.
+void SayAssignments(const Request &request, const ControlSlot &chosen, const AppPrefs &before,
+                    const AppPrefs &after) {
+    PropertyListArray entries;
+    const auto say = [&](const ControlSlot &control) {
+        const ActionSlot &slot = after.device[0].action[control.slot];
+        const std::string details = ActionDetails(slot);
+        entries.emplace_back(AssignmentEntry(control, slot));
+        if (!request.line.json) {
+            request.Out() << control.key << ": " << ActionTitle(slot.command) << (details.empty() ? "" : " ")
+                          << details << "\n";
+        }
+    };
+    say(chosen);
+    for (const ControlSlot &control : kControlSlots) {
+        if (control.slot != chosen.slot &&
+            before.device[0].action[control.slot].command != after.device[0].action[control.slot].command) {
+            say(control);
+        }
+    }
+    if (request.line.json) {
+        request.Out() << JsonText(std::move(entries)) << "\n";
+    }
+}
+
+} // namespace
+
+Outcome AssignAction(const Request &request) {
+    const ControlSlot *control = FindControlSlot(request.arguments[0]);
+    if (control == nullptr) {
+        return WrongUsage("there is no control " + QuotedText(request.arguments[0]) +
+                          "; 'drevixctl help assign' names them");
+    }
+    Choice choice;
+    Outcome outcome = ParseAction(request.arguments.subspan(1), &choice);
+    Session session(request);
+    RecordNumber number = kNoRecord;
+    AppPrefs before{};
+    if (outcome.IsDone()) {
+        outcome = session.OpenForChanging();
+    }
+    if (outcome.IsDone()) {
+        outcome = session.Find(&number, &before);
+    }
+    AppPrefs after = before;
+    if (outcome.IsDone()) {
+        outcome = ApplyChoice(*control, choice, after);
+    }
+    if (outcome.IsDone()) {
+        outcome = session.Store(after, number);
+    }
+    if (outcome.IsDone()) {
+        outcome = session.Save();
+    }
+    if (outcome.IsDone()) {
+        SayAssignments(request, *control, before, after);
+    }
+    return outcome;
+}
+
+} // namespace drevix

@@ -1,0 +1,158 @@
+// The commands for settings files that may be damaged: check, recover.
+
+#include "cli/commands.h"
+#include "cli/file_check.h"
+#include "cli/session.h"
+#include "cli/text_table.h"
+#include "platform/disk.h"
+#include "platform/json.h"
+#include "qbase/qbase_file.h"
+#include "settings/device_prefs.h"
+#include "settings/prefs_list.h"
+
+#include <algorithm>
+
+namespace drevix {
+namespace {
+
+constexpr std::size_t kShownProblems = 20; // of a file that has more; JSON has them all
+
+bool IsDamage(const FileProblem &problem) {
+    return problem.kind == FileProblem::Kind::Damage;
+}
+
+PropertyListDictionary FindingsEntry(const std::string &path, const FileFindings &findings) {
+    PropertyListArray problems;
+    for (const FileProblem &problem : findings.problems) {
+        PropertyListDictionary entry;
+        entry.Add("text", problem.text);
+        entry.Add("damage", IsDamage(problem));
+        problems.emplace_back(std::move(entry));
+    }
+    PropertyListDictionary result;
+    result.Add("file", path);
+    result.Add("valid", findings.status == noErr);
+    result.Add("status", std::int64_t{findings.status});
+    result.Add("records", std::int64_t{findings.records});
+    result.Add("problems", std::move(problems));
+    return result;
+}
+
+void SayFindings(const Request &request, const std::string &path, const FileFindings &findings) {
+    std::ostream &out = request.Out();
+    if (request.line.json) {
+        out << JsonText(FindingsEntry(path, findings)) << "\n";
+        return;
+    }
+    out << PlainText(path) << ": " << (findings.status == noErr ? "valid, " : "damaged, ") << findings.records
+        << (findings.records == 1 ? " record\n" : " records\n");
+    const std::size_t shown = std::min(findings.problems.size(), kShownProblems);
+    for (const FileProblem &problem : std::span(findings.problems).first(shown)) {
+        out << (IsDamage(problem) ? "damage: " : "note: ") << PlainText(problem.text) << "\n";
+    }
+    if (shown < findings.problems.size()) {
+        out << "and " << findings.problems.size() - shown << " more\n";
+    }
+}
+
+// A stamp of the panel before this one: what was lost of the factory's records comes back with the next read, and
+// repairs that are for old files only leave these records alone.
+constexpr std::uint32_t kStampAfterLoss = kPanelVersion - 1;
+
+// Fills the base with the whole records among the bytes, and with the file's user part where its head can be read.
+OSErr Salvage(QBaseHandle base, const std::string &path, const std::string &bytes, std::int32_t announced) {
+    FileRef file = 0;
+    if (const OSErr status = OpenFile(path, fsRdPerm, &file); status != noErr) {
+        return status;
+    }
+    const OSErr head = QBaseReadRebuild(base, file, true, false, false, true, false, true, nullptr);
+    FSClose(file);
+    for (const std::string_view record : FindWholeRecords(bytes)) {
+        if (QBaseAddRecord(base, record.data(), static_cast<std::int32_t>(record.size())) == kNoRecord) {
+            return memFullErr;
+        }
+    }
+    if (head != noErr || QBaseCountRecords(base) < announced) {
+        QBaseSetUserLong(base,
+                         head == noErr ? std::min(QBaseGetUserLong(base), kStampAfterLoss) : kStampAfterLoss);
+    }
+    SortDrevixBase(base);
+    return noErr;
+}
+
+bool Exists(const std::string &path) {
+    struct stat found {};
+    return CurrentDisk().StatusAt(path.c_str(), &found) == 0;
+}
+
+void SayRecovered(const Request &request, std::int32_t saved, std::int32_t announced) {
+    if (request.line.json) {
+        PropertyListDictionary result;
+        result.Add("saved", std::int64_t{saved});
+        result.Add("announced", std::int64_t{announced});
+        request.Out() << JsonText(std::move(result)) << "\n";
+        return;
+    }
+    request.Out() << saved;
+    if (announced > saved) {
+        request.Out() << " of " << announced;
+    }
+    request.Out() << (saved == 1 && announced <= saved ? " record" : " records") << " saved in "
+                  << PlainText(*request.line.to) << "\n";
+}
+
+} // namespace
+
+Outcome CheckSettingsFile(const Request &request) {
+    std::string path;
+    OSErr status = noErr;
+    if (!request.arguments.empty()) {
+        path = request.arguments[0];
+    } else {
+        status = SettingsPath(request, &path);
+    }
+    std::string bytes;
+    if (status == noErr) {
+        status = ReadWholeFile(path, &bytes);
+    }
+    if (status != noErr) {
+        return FailedFile("cannot check", path.empty() ? "the settings file" : path, status,
+                          "nothing was changed");
+    }
+    const FileFindings findings = CheckFileBytes(bytes, ReadAsSettings(path));
+    SayFindings(request, path, findings);
+    return findings.status == noErr
+               ? Done()
+               : Failed(path + " is damaged and was not changed; 'drevixctl recover' saves the "
+                               "records that are whole");
+}
+
+Outcome RecoverSettingsFile(const Request &request) {
+    const std::string &path = request.arguments[0];
+    const std::string &to = *request.line.to;
+    if (Exists(to)) {
+        return Failed("cannot recover to " + to +
+                      ": it exists already; nothing was changed; name another file");
+    }
+    std::string bytes;
+    const QBaseOwner base = NewDrevixBase();
+    OSErr status = base ? ReadWholeFile(path, &bytes) : memFullErr;
+    const std::int32_t announced = CheckFileBytes(bytes, status).records;
+    if (status == noErr) {
+        status = Salvage(base.get(), path, bytes, announced);
+    }
+    if (status != noErr) {
+        return FailedFile("cannot recover", path, status, "nothing was written");
+    }
+    const std::int32_t saved = QBaseCountRecords(base.get());
+    if (saved == 0) {
+        return Failed("cannot recover " + path + ": it has no record that is whole; nothing was written");
+    }
+    if (const OSErr written = SaveDevicePrefsToPath(base.get(), to); written != noErr) {
+        return FailedFile("cannot write", to, written, "nothing was written");
+    }
+    SayRecovered(request, saved, announced);
+    return Done();
+}
+
+} // namespace drevix

@@ -1,0 +1,79 @@
+#include "cli/command_line.h"
+
+#include <algorithm>
+#include <array>
+
+namespace drevix {
+namespace {
+
+using Line = CommandLine;
+
+// clang-format off
+constexpr auto kOptions = std::to_array<OptionInfo>({
+    {"--app",     "APP",  kAppOption,     "the record of this file name, letter case ignored", nullptr, &Line::app},
+    {"--all",     "",     kAllOption,     "every record",                                      &Line::all, nullptr},
+    {"--replace", "",     kReplaceOption, "take the place of records that exist",              &Line::replace, nullptr},
+    {"--to",      "FILE", kToOption,      "the file to write, which must not exist",           nullptr, &Line::to},
+    {"--json",    "",     0,              "print JSON for other programs to read",             &Line::json, nullptr},
+    {"--prefs",   "FILE", 0,              "work on this settings file instead of the user's",  nullptr, &Line::prefs},
+    {"--help",    "",     0,              "print help",                                        &Line::help, nullptr},
+    {"--version", "",     0,              "print the version",                                 &Line::version, nullptr},
+});
+// clang-format on
+static_assert(std::ranges::all_of(kOptions, [](const OptionInfo &option) {
+    return (option.flag == nullptr) != (option.parameter == nullptr) &&
+           (option.parameter == nullptr) == option.value.empty();
+}));
+
+// Reads the option at `i`, with its value there behind '=' or in the next argument; `i` ends at the last one used.
+Outcome ParseOption(std::span<const std::string> arguments, std::size_t &i, CommandLine *line) {
+    const std::string_view argument = arguments[i] == "-h" ? std::string_view("--help") : arguments[i];
+    const std::size_t equals = argument.find('=');
+    const OptionInfo *option = FindOption(argument.substr(0, equals));
+    if (option == nullptr) {
+        return WrongUsage("there is no option " + QuotedText(argument.substr(0, equals)));
+    }
+    line->given |= option->bit;
+    if (option->flag != nullptr) {
+        line->*option->flag = true;
+        return equals == argument.npos ? Done() : WrongUsage(std::string(option->name) + " takes no value");
+    }
+    if (equals != argument.npos) {
+        line->*option->parameter = std::string(argument.substr(equals + 1));
+        return Done();
+    }
+    if (++i == arguments.size()) {
+        return WrongUsage(std::string(option->name) + " needs a value: " + std::string(option->value));
+    }
+    line->*option->parameter = arguments[i];
+    return Done();
+}
+
+} // namespace
+
+std::span<const OptionInfo> AllOptions() {
+    return kOptions;
+}
+
+const OptionInfo *FindOption(std::string_view name) {
+    const auto *option = std::ranges::find(kOptions, name, &OptionInfo::name);
+    return option == kOptions.end() ? nullptr : option;
+}
+
+Outcome ParseCommandLine(std::span<const std::string> arguments, CommandLine *line) {
+    *line = {};
+    bool optionsEnded = false;
+    for (std::size_t i = 0; i < arguments.size(); ++i) {
+        const std::string &argument = arguments[i];
+        if (!optionsEnded && argument == "--") {
+            optionsEnded = true;
+        } else if (optionsEnded || argument.size() < 2 || argument[0] != '-') {
+            line->words.push_back(argument);
+        } else if (Outcome outcome = ParseOption(arguments, i, line); !outcome.IsDone()) {
+            return outcome;
+        }
+    }
+    return Done();
+}
+
+} // namespace drevix

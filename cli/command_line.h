@@ -1,0 +1,55 @@
+// A command line taken apart.
+#pragma once
+
+#include "cli/outcome.h"
+
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace drevix {
+
+// The options that some commands take and others refuse; bits of Command::options.
+using OptionSet = std::uint8_t;
+inline constexpr OptionSet kAppOption = 0x01;
+inline constexpr OptionSet kAllOption = 0x02;
+inline constexpr OptionSet kReplaceOption = 0x04;
+inline constexpr OptionSet kToOption = 0x08;
+
+// A command line: options, which may stand anywhere before "--", and the other words in order.
+struct CommandLine {
+    std::vector<std::string> words; // the command's name first
+    bool json = false;
+    bool help = false;
+    bool version = false;
+    bool all = false;
+    bool replace = false;
+    std::optional<std::string> prefs; // the settings file; absent: the user's
+    std::optional<std::string> app;   // a record's file name; absent: the global record
+    std::optional<std::string> to;
+    OptionSet given = 0; // those of the options above that were there
+};
+
+// One option.
+struct OptionInfo {
+    std::string_view name;  // "--app"
+    std::string_view value; // what its value is called in help ("APP"); empty for an option without one
+    OptionSet bit;          // 0: every command takes it
+    std::string_view help;
+    bool CommandLine::*flag;                            // what it sets, or
+    std::optional<std::string> CommandLine::*parameter; // what its value becomes
+};
+
+// All options, in the order in which help lists them. Static storage.
+[[nodiscard]] std::span<const OptionInfo> AllOptions();
+// The option of that name, null if there is none.
+[[nodiscard]] const OptionInfo *FindOption(std::string_view name);
+
+// Takes the arguments, without the program's name, apart. WrongUsage for an unknown option, a missing value, or a
+// value that is not wanted. Of an option given twice the last counts.
+Outcome ParseCommandLine(std::span<const std::string> arguments, CommandLine *line);
+
+} // namespace drevix

@@ -1,0 +1,89 @@
+// drevixctl: the settings from a terminal. One table has all commands; help, usage and completion come from it.
+#pragma once
+
+#include "cli/command_line.h"
+#include "cli/outcome.h"
+#include "platform/files.h"
+
+#include <array>
+#include <cstdint>
+#include <ostream>
+#include <span>
+#include <string>
+#include <string_view>
+
+namespace drevix {
+
+// What the program finds around it.
+struct Surroundings {
+    std::ostream &out;
+    std::ostream &err;
+    FSRef resources; // with the factory defaults
+};
+
+struct Command;
+
+// A command that was asked for.
+struct Request {
+    const Command &command;
+    const CommandLine &line;
+    std::span<const std::string> arguments; // the words behind the command's name
+    const Surroundings &surroundings;
+
+    [[nodiscard]] std::ostream &Out() const { return surroundings.out; }
+};
+
+// What an argument may be, for completion.
+enum class ArgumentKind : std::uint8_t { None, Control, Action, Key, Value, Group, File, CommandName };
+
+inline constexpr std::size_t kAnyNumber = SIZE_MAX;
+
+// One command.
+struct Command {
+    std::string_view name;
+    std::string_view arguments; // as usage shows them
+    std::string_view summary;   // in one line
+    std::string_view help;      // paragraphs of at most 80 columns, each line ended
+    std::size_t minArguments;
+    std::size_t maxArguments;
+    OptionSet options; // it takes
+    OptionSet needs;   // of these, one at least
+    std::array<ArgumentKind, 2>
+        completes; // the first two arguments; the last kind stands for all further ones
+    Outcome (*run)(const Request &request);
+};
+
+// All commands, in the order in which help lists them. Static storage.
+[[nodiscard]] std::span<const Command> AllCommands();
+// The command of that name, null if there is none.
+[[nodiscard]] const Command *FindCommand(std::string_view name);
+
+// Runs the program on the arguments behind its name. A failure prints one line on `err`, wrong usage a second one
+// that shows the usage.
+[[nodiscard]] ExitStatus RunDrevixctl(std::span<const std::string> arguments,
+                                      const Surroundings &surroundings);
+
+// The commands
+
+Outcome ListRecords(const Request &request);
+Outcome ShowRecord(const Request &request);
+Outcome ListActions(const Request &request);
+Outcome AssignAction(const Request &request);
+Outcome SetValue(const Request &request);
+Outcome AddApplication(const Request &request);
+Outcome DeleteApplication(const Request &request);
+Outcome RestoreDefaults(const Request &request);
+Outcome ExportRecords(const Request &request);
+Outcome ImportRecords(const Request &request);
+Outcome CheckSettingsFile(const Request &request);
+Outcome RecoverSettingsFile(const Request &request);
+Outcome PrintHelp(const Request &request);
+
+// The word before a command line that is being typed, as the shell's completion asks for PrintCompletions.
+inline constexpr std::string_view kCompletionCommand = "__complete";
+
+// Prints what may stand in the place of the last word of a command line that is being typed, one on a line; a line ":"
+// stands for file names.
+void PrintCompletions(std::span<const std::string> typed, const Surroundings &surroundings);
+
+} // namespace drevix

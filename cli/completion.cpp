@@ -1,0 +1,123 @@
+// The words that a shell offers while a command line is being typed.
+
+#include "cli/action_names.h"
+#include "cli/commands.h"
+#include "cli/edit_commands.h"
+#include "cli/record_text.h"
+#include "cli/session.h"
+#include "cli/text_table.h"
+
+#include <algorithm>
+#include <array>
+#include <sstream>
+
+namespace drevix {
+namespace {
+
+using Words = std::vector<std::string>;
+
+constexpr std::string_view kFileNames = ":";
+
+template <class Range>
+Words WordsOf(const Range &range, auto name) {
+    Words words;
+    for (const auto &element : range) {
+        words.emplace_back(name(element));
+    }
+    return words;
+}
+
+constexpr auto kAsItIs = [](std::string_view word) { return word; };
+
+Words ActionWords() {
+    Words words{"none", "keystroke", "menu"};
+    for (const ActionInfo &action : AllActions()) {
+        words.emplace_back(action.title);
+    }
+    return words;
+}
+
+// The words for one kind of argument.
+struct KindWords {
+    ArgumentKind kind;
+    Words (*words)();
+};
+constexpr auto kKindWords = std::to_array<KindWords>({
+    {ArgumentKind::Control,
+     [] { return WordsOf(kControlSlots, [](const ControlSlot &slot) { return slot.key; }); }},
+    {ArgumentKind::Action, ActionWords},
+    {ArgumentKind::Key, [] { return WordsOf(SettingKeys(), kAsItIs); }},
+    {ArgumentKind::Value,
+     [] {
+         return Words{"true", "false"};
+     }},
+    {ArgumentKind::Group, [] { return WordsOf(DefaultsGroups(), kAsItIs); }},
+    {ArgumentKind::File, [] { return Words{std::string(kFileNames)}; }},
+    {ArgumentKind::CommandName,
+     [] { return WordsOf(AllCommands(), [](const Command &command) { return command.name; }); }},
+});
+
+Words WordsForKind(ArgumentKind kind) {
+    const auto *row = std::ranges::find(kKindWords, kind, &KindWords::kind);
+    return row == kKindWords.end() ? Words() : row->words();
+}
+
+// The file names of the records in the settings file that the line names; none when it cannot be read.
+Words RecordWords(const CommandLine &line, const Surroundings &surroundings) {
+    std::ostringstream ignored; // a note about a damaged file would spoil what is being typed
+    const Surroundings silent{ignored, ignored, surroundings.resources};
+    Session session({*FindCommand("list"), line, {}, silent});
+    Words words;
+    if (session.OpenForReading().IsDone()) {
+        for (const AppPrefs *record : session.Records()) {
+            words.push_back(FileName(*record));
+        }
+    }
+    std::erase(words, "");
+    return words;
+}
+
+Words OptionWords(const Command *command) {
+    Words words;
+    for (const OptionInfo &option : AllOptions()) {
+        if (option.bit == 0 || (command != nullptr && (command->options & option.bit) != 0)) {
+            words.emplace_back(option.name);
+        }
+    }
+    return words;
+}
+
+Words ArgumentWords(const Command &command, std::size_t place) {
+    return WordsForKind(command.completes[std::min(place, command.completes.size() - 1)]);
+}
+
+Words WordsFor(std::span<const std::string> typed, const Surroundings &surroundings) {
+    const std::string last = typed.empty() ? "" : typed.back();
+    const auto before = typed.first(typed.empty() ? 0 : typed.size() - 1);
+    const OptionInfo *waiting = before.empty() ? nullptr : FindOption(before.back());
+    const bool isValue = waiting != nullptr && waiting->parameter != nullptr;
+    CommandLine line;
+    // A line that makes no sense so far is completed by what could be read of it.
+    std::ignore = ParseCommandLine(before.first(before.size() - (isValue ? 1 : 0)), &line);
+    const Command *command = line.words.empty() ? nullptr : FindCommand(line.words[0]);
+    if (isValue) {
+        return waiting->bit == kAppOption ? RecordWords(line, surroundings) : Words{std::string(kFileNames)};
+    }
+    if (last.starts_with('-')) {
+        return OptionWords(command);
+    }
+    if (line.words.empty()) {
+        return WordsForKind(ArgumentKind::CommandName);
+    }
+    return command == nullptr ? Words() : ArgumentWords(*command, line.words.size() - 1);
+}
+
+} // namespace
+
+void PrintCompletions(std::span<const std::string> typed, const Surroundings &surroundings) {
+    for (const std::string &word : WordsFor(typed, surroundings)) {
+        surroundings.out << PlainText(word) << "\n";
+    }
+}
+
+} // namespace drevix

@@ -1,0 +1,138 @@
+// The commands that exchange records with property lists: export, import.
+
+#include "cli/commands.h"
+#include "cli/record_text.h"
+#include "cli/session.h"
+#include "cli/text_table.h"
+#include "platform/json.h"
+#include "settings/prefs_dictionary.h"
+#include "settings/prefs_list.h"
+
+#include <algorithm>
+
+namespace drevix {
+namespace {
+
+std::string CountOfRecords(std::size_t count) {
+    return std::to_string(count) + (count == 1 ? " record" : " records");
+}
+
+Outcome ChooseRecords(const Request &request, const Session &session,
+                      std::vector<const AppPrefs *> *records) {
+    if (request.line.all) {
+        *records = session.Records();
+        return Done();
+    }
+    RecordNumber number = kNoRecord;
+    Outcome outcome = session.Find(&number);
+    if (outcome.IsDone()) {
+        records->push_back(GetAppPrefs(session.Base(), number));
+    }
+    return outcome;
+}
+
+// What an import did.
+struct ImportCounts {
+    std::size_t added = 0;
+    std::size_t replaced = 0;
+    std::vector<std::string> left; // names of records that stayed as they were
+};
+
+Outcome ImportRecord(const Request &request, Session &session, const AppPrefs &record, ImportCounts *counts) {
+    const RecordNumber existing = FindReplacedAppPrefs(session.Base(), record);
+    if (existing != kNoRecord && !request.line.replace) {
+        counts->left.push_back(RecordName(record));
+        return Done();
+    }
+    ++(existing == kNoRecord ? counts->added : counts->replaced);
+    return session.Store(record, existing);
+}
+
+void SayImported(const Request &request, const ImportCounts &counts) {
+    std::ostream &out = request.Out();
+    if (request.line.json) {
+        PropertyListArray left;
+        std::ranges::for_each(counts.left, [&](const std::string &name) { left.emplace_back(name); });
+        PropertyListDictionary result;
+        result.Add("added", static_cast<std::int64_t>(counts.added));
+        result.Add("replaced", static_cast<std::int64_t>(counts.replaced));
+        result.Add("left", std::move(left));
+        out << JsonText(std::move(result)) << "\n";
+        return;
+    }
+    out << CountOfRecords(counts.added) << " added, " << counts.replaced << " replaced, "
+        << counts.left.size() << " left as they were\n";
+    for (const std::string &name : counts.left) {
+        out << "left: " << PlainText(name) << "\n";
+    }
+}
+
+} // namespace
+
+Outcome ExportRecords(const Request &request) {
+    const std::string &path = request.arguments[0];
+    if (request.line.all && request.line.app) {
+        return WrongUsage("export takes --app or --all, not both");
+    }
+    Session session(request);
+    std::vector<const AppPrefs *> records;
+    Outcome outcome = session.OpenForReading();
+    if (outcome.IsDone()) {
+        outcome = ChooseRecords(request, session, &records);
+    }
+    if (!outcome.IsDone()) {
+        return outcome;
+    }
+    if (AreSameFile(path, session.Path())) {
+        return Failed("cannot export to " + path +
+                      ": it is the settings file; nothing was changed; name another file");
+    }
+    auto next = records.begin();
+    const OSErr status = WriteAppPrefsFile(path, [&] { return next == records.end() ? nullptr : *next++; });
+    if (status != noErr) {
+        return FailedFile("cannot write", path, status, "the file is as it was");
+    }
+    if (request.line.json) {
+        PropertyListDictionary result;
+        result.Add("records", static_cast<std::int64_t>(records.size()));
+        request.Out() << JsonText(std::move(result)) << "\n";
+    } else {
+        request.Out() << CountOfRecords(records.size()) << " written to " << PlainText(path) << "\n";
+    }
+    return Done();
+}
+
+Outcome ImportRecords(const Request &request) {
+    const std::string &path = request.arguments[0];
+    Session session(request);
+    if (Outcome outcome = session.OpenForChanging(); !outcome.IsDone()) {
+        return outcome;
+    }
+    ImportCounts counts;
+    Outcome stored;
+    PropertyListProblem problem;
+    const OSErr status = ReadAppPrefsFile(
+        path,
+        [&](const AppPrefs &record) {
+            if (stored.IsDone()) {
+                stored = ImportRecord(request, session, record, &counts);
+            }
+        },
+        &problem);
+    if (status == -1) {
+        const std::string line = problem.line > 0 ? "line " + std::to_string(problem.line) + ": " : "";
+        return Failed("cannot import " + path + ": " + line + problem.text + "; nothing was changed");
+    }
+    if (status != noErr) {
+        return FailedFile("cannot import", path, status, "nothing was changed");
+    }
+    if (stored.IsDone() && counts.added + counts.replaced > 0) {
+        stored = session.Save();
+    }
+    if (stored.IsDone()) {
+        SayImported(request, counts);
+    }
+    return stored;
+}
+
+} // namespace drevix

@@ -1,0 +1,15 @@
+#include "cli/commands.h"
+#include "platform/resources.h"
+
+#include <iostream>
+#include <string>
+#include <tuple>
+#include <vector>
+
+int main(int argc, char **argv) {
+    drevix::Surroundings surroundings{std::cout, std::cerr, {}};
+    // Without the folder the settings file alone has to do; a command that needs factory values says so.
+    std::ignore = drevix::FindResourceFolder(&surroundings.resources);
+    const std::vector<std::string> arguments(argv + (argc > 0 ? 1 : 0), argv + argc);
+    return static_cast<int>(drevix::RunDrevixctl(arguments, surroundings));
+}

@@ -1,0 +1,25 @@
+// What is known of an application that is to have a record of its own.
+#pragma once
+
+#include "cli/outcome.h"
+#include "platform/types.h"
+
+#include <string>
+
+namespace drevix {
+
+struct NewApplication {
+    OSType signature = 0;  // 0: none
+    std::string fileName;  // UTF-8, not empty
+    std::string shownName; // empty: the file name
+};
+
+// Looks at an ".app" folder, a desktop entry (freedesktop.org's Desktop Entry Specification), or an executable file.
+// `language` picks a desktop entry's translated name. Failed when the path leads to none of these.
+Outcome DescribeApplication(const std::string &path, const std::string &language,
+                            NewApplication *application);
+
+// The language of messages in the environment ("de_AT.UTF-8"), empty for none.
+[[nodiscard]] std::string PreferredLanguage();
+
+} // namespace drevix

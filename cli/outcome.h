@@ -1,0 +1,53 @@
+// What came of a command.
+#pragma once
+
+#include "platform/status.h"
+
+#include <string>
+#include <string_view>
+#include <utility>
+
+namespace drevix {
+
+// The program's exit statuses.
+enum class ExitStatus : int {
+    Done = 0,
+    Failed = 1,     // what was asked for could not be done
+    WrongUsage = 2, // the command line makes no sense, whatever the settings are
+};
+
+// The status, and the sentence for standard error that goes with a status other than Done: what failed, what was
+// left unchanged, what to do next.
+struct [[nodiscard]] Outcome {
+    ExitStatus status = ExitStatus::Done;
+    std::string message;
+
+    [[nodiscard]] bool IsDone() const { return status == ExitStatus::Done; }
+};
+
+inline Outcome Done() {
+    return {};
+}
+
+inline Outcome Failed(std::string message) {
+    return {ExitStatus::Failed, std::move(message)};
+}
+
+inline Outcome WrongUsage(std::string message) {
+    return {ExitStatus::WrongUsage, std::move(message)};
+}
+
+// A name or a word within a sentence.
+inline std::string QuotedText(std::string_view text) {
+    return "\"" + std::string(text) + "\"";
+}
+
+// "cannot read FILE: the disk is full; nothing was changed", from "cannot read", FILE and the rest.
+inline Outcome FailedFile(std::string_view what, std::string_view file, OSErr status,
+                          std::string_view unchanged) {
+    std::string message(what);
+    message.append(" ").append(file).append(": ").append(StatusText(status)).append("; ").append(unchanged);
+    return Failed(std::move(message));
+}
+
+} // namespace drevix

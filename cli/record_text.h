@@ -1,0 +1,27 @@
+// A record in words, and as JSON has it.
+#pragma once
+
+#include "cli/commands.h"
+#include "platform/property_list.h"
+#include "settings/app_prefs.h"
+
+#include <string>
+#include <string_view>
+
+namespace drevix {
+
+// All in UTF-8.
+[[nodiscard]] std::string RecordName(const AppPrefs &record); // the shown name; "Global Settings"
+[[nodiscard]] std::string FileName(const AppPrefs &record);
+// The signature's four characters; "any" for the wildcard, empty for the global record.
+[[nodiscard]] std::string SignatureText(OSType signature);
+// "yes" or "no".
+[[nodiscard]] std::string YesOrNo(std::uint8_t flag);
+
+// The record's entry in a list.
+[[nodiscard]] PropertyListDictionary RecordEntry(const AppPrefs &record);
+
+// Prints what a command did ("changed") with a record: its name, or its entry.
+void SayWhatWasDone(const Request &request, std::string_view done, const AppPrefs &record);
+
+} // namespace drevix

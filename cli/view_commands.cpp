@@ -1,0 +1,139 @@
+// The commands that show: list, show, actions.
+
+#include "cli/action_names.h"
+#include "cli/commands.h"
+#include "cli/record_text.h"
+#include "cli/session.h"
+#include "cli/text_table.h"
+#include "keyboard/key_names.h"
+#include "platform/json.h"
+#include "settings/prefs_dictionary.h"
+
+namespace drevix {
+namespace {
+
+PropertyListDictionary ActionEntry(const ActionInfo &action) {
+    PropertyListDictionary entry;
+    entry.Add("code", std::int64_t{action.code});
+    entry.Add("name", std::string(action.title));
+    entry.Add("group", std::string(ActionGroupTitle(action.group)));
+    PropertyListArray restrictions;
+    for (const RestrictionInfo *restriction : RestrictionsOf(action)) {
+        restrictions.emplace_back(std::string(restriction->key));
+    }
+    entry.Add("restrictions", std::move(restrictions));
+    return entry;
+}
+
+TableRow ActionRow(const ActionInfo &action) {
+    std::string restrictions;
+    for (const RestrictionInfo *restriction : RestrictionsOf(action)) {
+        restrictions.append(restrictions.empty() ? "" : ", ").append(restriction->summary);
+    }
+    return {std::to_string(action.code), std::string(action.title),
+            std::string(ActionGroupTitle(action.group)), restrictions};
+}
+
+std::string AxesText(std::uint8_t all, std::uint8_t separate, std::uint8_t x, std::uint8_t y,
+                     std::uint8_t z) {
+    return separate == 0 ? std::to_string(all)
+                         : "X " + std::to_string(x) + ", Y " + std::to_string(y) + ", Z " + std::to_string(z);
+}
+
+std::vector<TableRow> ValueRows(const AppPrefs &record) {
+    const DevicePrefs &device = record.device[0];
+    std::vector<TableRow> rows;
+    if (record.application != kGlobalSignature) {
+        rows.push_back({"File name", FileName(record)});
+        rows.push_back({"Signature", SignatureText(record.application)});
+        rows.push_back({"Came with the panel", YesOrNo(record.factory)});
+    }
+    rows.push_back({"Active", YesOrNo(record.active)});
+    rows.push_back({"Click sound", YesOrNo(device.click)});
+    rows.push_back({"Ring sensitivity",
+                    AxesText(device.navSensitivity, device.useSeparateNavSens, device.navSensitivityX,
+                             device.navSensitivityY, device.navSensitivityZ)});
+    rows.push_back({"Ring speed", AxesText(device.navSpeed, device.useSeparateNavSpeed, device.navSpeedX,
+                                           device.navSpeedY, device.navSpeedZ)});
+    rows.push_back({"Tuner sensitivity", std::to_string(device.toolSensitivity)});
+    return rows;
+}
+
+// The controls that do something.
+std::vector<TableRow> ControlRows(const AppPrefs &record) {
+    std::vector<TableRow> rows;
+    for (const ControlSlot &control : kControlSlots) {
+        const ActionSlot &slot = record.device[0].action[control.slot];
+        if (slot.command != kActionNone) {
+            rows.push_back({std::string(control.key), ActionTitle(slot.command), ActionDetails(slot)});
+        }
+    }
+    return rows;
+}
+
+} // namespace
+
+Outcome ListRecords(const Request &request) {
+    Session session(request);
+    if (Outcome outcome = session.OpenForReading(); !outcome.IsDone()) {
+        return outcome;
+    }
+    if (request.line.json) {
+        PropertyListArray entries;
+        for (const AppPrefs *record : session.Records()) {
+            entries.emplace_back(RecordEntry(*record));
+        }
+        request.Out() << JsonText(entries) << "\n";
+        return Done();
+    }
+    std::vector<TableRow> rows;
+    for (const AppPrefs *record : session.Records()) {
+        rows.push_back({RecordName(*record), FileName(*record), SignatureText(record->application),
+                        YesOrNo(record->factory), YesOrNo(record->active)});
+    }
+    request.Out() << TableText({"NAME", "FILE NAME", "SIGNATURE", "FACTORY", "ACTIVE"}, rows);
+    return Done();
+}
+
+Outcome ShowRecord(const Request &request) {
+    Session session(request);
+    RecordNumber number = kNoRecord;
+    AppPrefs record{};
+    Outcome outcome = session.OpenForReading();
+    if (outcome.IsDone()) {
+        outcome = session.Find(&number, &record);
+    }
+    if (!outcome.IsDone()) {
+        return outcome;
+    }
+    if (request.line.json) {
+        PropertyListDictionary dictionary = GetAppPrefsDictionary(record);
+        dictionary.Add("factory", record.factory != 0);
+        request.Out() << JsonText(std::move(dictionary)) << "\n";
+        return Done();
+    }
+    GetKeyboardInformation();
+    request.Out() << PlainText(RecordName(record)) << "\n\n"
+                  << TableText({}, ValueRows(record)) << "\n"
+                  << TableText({"CONTROL", "ACTION", "DETAILS"}, ControlRows(record));
+    return Done();
+}
+
+Outcome ListActions(const Request &request) {
+    if (request.line.json) {
+        PropertyListArray entries;
+        for (const ActionInfo &action : AllActions()) {
+            entries.emplace_back(ActionEntry(action));
+        }
+        request.Out() << JsonText(entries) << "\n";
+        return Done();
+    }
+    std::vector<TableRow> rows;
+    for (const ActionInfo &action : AllActions()) {
+        rows.push_back(ActionRow(action));
+    }
+    request.Out() << TableText({"CODE", "NAME", "GROUP", "RESTRICTIONS"}, rows);
+    return Done();
+}
+
+} // namespace drevix

@@ -1,0 +1,211 @@
+#include "platform/desktop_entries.h"
+
+#include "platform/file_update.h"
+#include "platform/status.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdlib>
+#include <filesystem>
+#include <new>
+#include <optional>
+#include <set>
+
+namespace drevix {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr OSErr kNoApplication = -1;
+constexpr int kMaxFolderDepth = 8; // a link can make a circle
+constexpr std::string_view kExtension = ".desktop";
+
+std::string_view Trimmed(std::string_view text) {
+    constexpr std::string_view kBlanks = " \t\r";
+    const std::size_t first = text.find_first_not_of(kBlanks);
+    return first == std::string_view::npos ? std::string_view()
+                                           : text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
+}
+
+// A string value with its escapes undone; an unknown one stays as it is.
+std::string Unescaped(std::string_view value) {
+    constexpr std::string_view kLetters = "sntr\\";
+    constexpr std::string_view kMeanings = " \n\t\r\\";
+    std::string text;
+    text.reserve(value.size());
+    for (std::size_t i = 0; i < value.size(); ++i) {
+        const std::size_t meaning =
+            value[i] == '\\' && i + 1 < value.size() ? kLetters.find(value[i + 1]) : std::string_view::npos;
+        text += meaning == std::string_view::npos ? value[i] : kMeanings[meaning];
+        i += meaning == std::string_view::npos ? 0 : 1;
+    }
+    return text;
+}
+
+// The languages in which a name is looked for, best first: of "de_AT.UTF-8@euro" these are "de_AT@euro", "de_AT",
+// "de@euro" and "de".
+std::vector<std::string> LanguagesOf(std::string_view locale) {
+    const std::size_t at = std::min(locale.find('@'), locale.size());
+    const std::string modifier(locale.substr(at));
+    const std::string_view place = locale.substr(0, std::min(locale.find('.'), at));
+    const std::string language(place.substr(0, place.find('_')));
+    std::vector<std::string> languages = {std::string(place) + modifier, std::string(place),
+                                          language + modifier, language};
+    std::erase(languages, std::string());
+    return languages;
+}
+
+// What is read of an entry.
+struct EntryText {
+    std::string_view type;
+    std::string_view icon;
+    std::string_view name;
+    std::size_t nameRank = 0; // the smaller, the better its language fits
+    bool isHidden = false;
+};
+
+// How well the language of "Name[LANGUAGE]" fits; nothing for a key that is no name in a wanted language.
+std::optional<std::size_t> RankOfNameKey(std::string_view key, const std::vector<std::string> &languages) {
+    if (key == "Name") {
+        return languages.size();
+    }
+    if (!key.starts_with("Name[") || !key.ends_with(']')) {
+        return std::nullopt;
+    }
+    key = key.substr(5, key.size() - 6);
+    const auto found = std::ranges::find(languages, key);
+    return found == languages.end() ? std::nullopt
+                                    : std::optional(static_cast<std::size_t>(found - languages.begin()));
+}
+
+void TakeLine(std::string_view key, std::string_view value, const std::vector<std::string> &languages,
+              EntryText &entry) {
+    if (key == "Type") {
+        entry.type = value;
+    } else if (key == "Icon") {
+        entry.icon = value;
+    } else if (key == "NoDisplay" || key == "Hidden") {
+        entry.isHidden = entry.isHidden || value == "true";
+    } else if (const auto rank = RankOfNameKey(key, languages); rank && !value.empty()) {
+        if (entry.name.empty() || *rank < entry.nameRank) {
+            entry.name = value;
+            entry.nameRank = *rank;
+        }
+    }
+}
+
+// Reads the lines of the group "Desktop Entry"; the others describe further actions of the application.
+EntryText ParseEntry(std::string_view text, const std::vector<std::string> &languages) {
+    EntryText entry;
+    bool isInGroup = false;
+    while (!text.empty()) {
+        const std::size_t end = std::min(text.find('\n'), text.size());
+        const std::string_view line = Trimmed(text.substr(0, end));
+        text.remove_prefix(std::min(end + 1, text.size()));
+        if (line.starts_with('[')) {
+            isInGroup = line == "[Desktop Entry]";
+        } else if (const std::size_t equals = line.find('=');
+                   isInGroup && !line.starts_with('#') && equals != std::string_view::npos) {
+            TakeLine(Trimmed(line.substr(0, equals)), Trimmed(line.substr(equals + 1)), languages, entry);
+        }
+    }
+    return entry;
+}
+
+std::string Variable(const char *name) {
+    const char *value = std::getenv(name);
+    return value == nullptr ? std::string() : value;
+}
+
+// The folders of data, the user's own first. Relative paths do not count.
+std::vector<std::string> DataFolders() {
+    std::string home = Variable("XDG_DATA_HOME");
+    if (!home.starts_with('/')) {
+        home = Variable("HOME") + "/.local/share";
+    }
+    std::string shared = Variable("XDG_DATA_DIRS");
+    if (shared.empty()) {
+        shared = "/usr/local/share:/usr/share";
+    }
+    std::vector<std::string> folders;
+    const std::string all = home + ':' + shared;
+    for (std::string_view rest = all; !rest.empty();) {
+        const std::size_t end = std::min(rest.find(':'), rest.size());
+        if (rest.starts_with('/')) {
+            folders.emplace_back(rest.substr(0, end));
+        }
+        rest.remove_prefix(std::min(end + 1, rest.size()));
+    }
+    return folders;
+}
+
+// The entries found so far.
+struct Search {
+    std::string_view locale;
+    std::set<std::string> ids;
+    std::vector<DesktopEntry> entries;
+};
+
+void FindInFolder(const fs::path &folder, const std::string &idStart, int depth, Search &search) {
+    std::error_code error;
+    for (fs::directory_iterator found(folder, error), end; !error && found != end; found.increment(error)) {
+        const std::string name = found->path().filename();
+        std::error_code unreadable;
+        if (found->is_directory(unreadable)) {
+            if (depth < kMaxFolderDepth) {
+                FindInFolder(found->path(), idStart + name + '-', depth + 1, search);
+            }
+        } else if (DesktopEntry entry;
+                   name.ends_with(kExtension) && search.ids.insert(idStart + name).second &&
+                   ReadDesktopEntry(found->path(), search.locale, &entry) == noErr && !entry.isHidden) {
+            entry.id = idStart + name;
+            search.entries.push_back(std::move(entry));
+        }
+    }
+}
+
+} // namespace
+
+std::string MessagesLocale() {
+    for (const char *name : {"LC_ALL", "LC_MESSAGES", "LANG"}) {
+        if (std::string locale = Variable(name); !locale.empty()) {
+            return locale;
+        }
+    }
+    return {};
+}
+
+OSErr ReadDesktopEntry(const std::string &path, std::string_view locale, DesktopEntry *entry) try {
+    std::error_code error;
+    if (!fs::is_regular_file(path, error)) { // to open a pipe would wait for its writer
+        return error ? StatusFromErrno(error.value()) : kNoApplication;
+    }
+    if (fs::file_size(path, error) > kDesktopEntryMaxBytes) {
+        return kNoApplication;
+    }
+    std::string text;
+    if (const OSErr status = ReadWholeFile(path, &text); status != noErr) {
+        return status;
+    }
+    const EntryText found = ParseEntry(text, LanguagesOf(locale));
+    if (found.type != "Application" || found.name.empty()) {
+        return kNoApplication;
+    }
+    *entry = {path.substr(path.rfind('/') + 1), path, Unescaped(found.name), Unescaped(found.icon),
+              found.isHidden};
+    return noErr;
+} catch (const std::bad_alloc &) {
+    return memFullErr;
+}
+
+std::vector<DesktopEntry> InstalledApplications(std::string_view locale) try {
+    Search search = {locale, {}, {}};
+    for (const std::string &folder : DataFolders()) {
+        FindInFolder(folder + "/applications", {}, 0, search);
+    }
+    return std::move(search.entries);
+} catch (const std::bad_alloc &) {
+    return {};
+}
+
+} // namespace drevix

@@ -1,0 +1,199 @@
+// Exports and imports, and settings files that are damaged.
+
+#include "cli/file_check.h"
+#include "cli/session.h"
+#include "settings/device_prefs.h"
+#include "settings/pascal_strings.h"
+#include "settings/prefs_dictionary.h"
+#include "tests/cli/program.h"
+
+#include <cstring>
+#include <filesystem>
+
+namespace drevix::test {
+namespace {
+
+using testing::HasSubstr;
+
+class Exchange : public ProgramTest {
+  protected:
+    // Writes records "App 0", "App 1", ... to a property list; gives its path.
+    std::string WriteRecords(int count) {
+        int next = 0;
+        AppPrefs record = gDefaultGlobalPrefs;
+        record.application = kNoSignature;
+        const auto make = [&]() -> const AppPrefs * {
+            const std::string name = "App " + std::to_string(next);
+            getPascalString(name, record.appFileName.data(), kMaxFileNameLength);
+            getPascalString(name, record.appName.data(), kMaxAppNameLength);
+            record.device[0].toolSensitivity = static_cast<std::uint8_t>(next);
+            return next++ < count ? &record : nullptr;
+        };
+        EXPECT_EQ(WriteAppPrefsFile(fFolder.Path("in.veltrana"), make), noErr);
+        return fFolder.Path("in.veltrana");
+    }
+};
+
+TEST_F(Exchange, ManyRecords_ComeBackEqual) {
+    const std::string in = WriteRecords(1000);
+    EXPECT_EQ(Do("import " + in), "1000 records added, 0 replaced, 0 left as they were\n");
+    Do("assign tunerCW redo --app app_700");
+    Do("export --all " + fFolder.Path("out.veltrana"));
+    const AppPrefs before = Record("App 700");
+    EXPECT_EQ(before.device[0].toolSensitivity, 700 % 256);
+
+    std::filesystem::remove(SettingsFile());
+    EXPECT_EQ(Do("import " + fFolder.Path("out.veltrana")).substr(0, 54),
+              "1000 records added, 0 replaced, 3 left as they were\nle");
+    const AppPrefs after = Record("App 700");
+    EXPECT_EQ(std::memcmp(&before, &after, sizeof before), 0);
+    Do("export --all " + fFolder.Path("again.veltrana"));
+    EXPECT_EQ(ReadWhole(fFolder.Path("again.veltrana")), ReadWhole(fFolder.Path("out.veltrana")));
+}
+
+TEST_F(Exchange, ExistingRecords_AreLeftAndNamedUnlessReplaced) {
+    Do("export --app Painter " + fFolder.Path("one.veltrana"));
+    Do("set ringSpeed 5 --app Painter");
+    EXPECT_EQ(Do("import " + fFolder.Path("one.veltrana")),
+              "0 records added, 0 replaced, 1 left as they were\n"
+              "left: Painter\n");
+    EXPECT_EQ(Record("Painter").device[0].navSpeed, 5);
+    EXPECT_EQ(Do("import --replace --json " + fFolder.Path("one.veltrana")),
+              "{\n  \"added\": 0,\n  \"replaced\": 1,\n  \"left\": []\n}\n");
+    EXPECT_EQ(Record("Painter").device[0].navSpeed, 77);
+    EXPECT_EQ(Record("Painter").factory, 1) << "an import makes no factory record the user's";
+}
+
+TEST_F(Exchange, DamagedImport_ImportsNothingAndSaysWhere) {
+    const std::string whole = ReadWhole(WriteRecords(3));
+    Do("set ringSpeed 5");
+    const std::size_t second = whole.find("App 1");
+    const std::string broken = whole.substr(0, second) + "<frob/>" + whole.substr(second);
+    const auto line =
+        1 + std::count(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(second), '\n');
+    WriteWhole(fFolder.Path("in.veltrana"), broken);
+    EXPECT_THAT(Refused("import " + fFolder.Path("in.veltrana"), ExitStatus::Failed),
+                HasSubstr("line " + std::to_string(line) + ": "));
+    WriteWhole(fFolder.Path("in.veltrana"), whole.substr(0, whole.size() - 20));
+    Refused("import " + fFolder.Path("in.veltrana"), ExitStatus::Failed);
+}
+
+// Every truncation and every changed byte of a settings file: what `check` finds agrees with what reading says, its
+// findings are damage exactly when the file is refused, and `recover` saves the records that are whole.
+class DamagedFile : public Exchange {
+  protected:
+    DamagedFile() {
+        Do("set ringSpeed 5");
+        fWhole = ReadWhole(SettingsFile());
+    }
+
+    void Check(const std::string &bytes, const std::string &damage) {
+        WriteWhole(Path(), bytes);
+        const OSErr status = ReadAsSettings(Path());
+        const FileFindings findings = CheckFileBytes(bytes, status);
+        const bool saysDamage = std::ranges::any_of(findings.problems, [](const FileProblem &problem) {
+            return problem.kind == FileProblem::Kind::Damage && !problem.text.empty();
+        });
+        EXPECT_EQ(saysDamage, status != noErr) << damage;
+    }
+    // Recovers the file; gives the number of records saved, -1 for a failure.
+    int Recover(const std::string &bytes) {
+        std::filesystem::remove(fFolder.Path("saved"));
+        const Result result = Run("recover --to " + fFolder.Path("saved") + " " + Path());
+        EXPECT_EQ(ReadWhole(Path()), bytes) << "the damaged file stays as it is";
+        if (result.status != ExitStatus::Done) {
+            EXPECT_FALSE(std::filesystem::exists(fFolder.Path("saved")));
+            return -1;
+        }
+        EXPECT_EQ(ReadAsSettings(fFolder.Path("saved")), noErr);
+        return std::stoi(result.out);
+    }
+    [[nodiscard]] std::string Path() const { return fFolder.Path("damaged"); }
+
+    std::string fWhole;
+};
+
+TEST_F(DamagedFile, Truncations_AreFoundAndSalvaged) {
+    constexpr std::size_t kDataStart = 64 + 3 * 4;
+    constexpr std::size_t kRecordSize = 10 + sizeof(AppPrefs);
+    ASSERT_EQ(fWhole.size(), kDataStart + 3 * kRecordSize);
+    for (std::size_t size = 0; size < fWhole.size(); ++size) {
+        const std::string cut = fWhole.substr(0, size);
+        Check(cut, "cut at " + std::to_string(size));
+        if (size % 197 == 0 || (size >= kDataStart && (size - kDataStart) % kRecordSize == 0)) {
+            const std::size_t whole = size < kDataStart ? 0 : (size - kDataStart) / kRecordSize;
+            EXPECT_EQ(Recover(cut), whole == 0 ? -1 : static_cast<int>(whole)) << size;
+        }
+    }
+}
+
+TEST_F(DamagedFile, ChangedBytes_AreFoundAndSalvaged) {
+    for (std::size_t i = 0; i < fWhole.size(); ++i) {
+        for (const int change : {0x01, 0x80, 0xFF}) {
+            std::string changed = fWhole;
+            changed[i] = static_cast<char>(changed[i] ^ change);
+            Check(changed, "byte " + std::to_string(i) + " changed by " + std::to_string(change));
+            if (i % 97 == 0 || i < 64 + 3 * 4 + 10) {
+                const bool inHead = i >= 64 + 3 * 4 && i < 64 + 3 * 4 + 8; // of the first record
+                EXPECT_EQ(Recover(changed), inHead ? 2 : 3) << "no other record is lost, byte " << i;
+            }
+        }
+    }
+}
+
+TEST_F(DamagedFile, Check_SaysWhatIsWrongInWords) {
+    struct Row {
+        std::size_t at;
+        std::string bytes; // put there
+        const char *says;
+    };
+    const std::size_t global = 64 + 3 * 4 + 10;
+    for (const Row &row : std::initializer_list<Row>{
+             {0, "QBSE", "other byte order"},
+             {0, "PNG\r", "another kind of file"},
+             {8, {9, 0}, "format version 9"},
+             {4, "XYZP", "type \"PZYX\""},
+             {12, {9}, "announces 9 records"},
+             {64, {-1, -1, -1, -1}, "index entry 0 leads outside"},
+             {68, {0, 0, 0, 0}, "index entries"},
+             {global - 10, {3, 0}, "record 0 at byte 0 of the record data is damaged: its size is 3"},
+             {global - 6, {-1, -1, -1, -1}, "its length does not fit"},
+             {64, {2}, "record 0 at byte 0 of the record data is damaged, or it is not in the index"},
+         }) {
+        std::string bytes = fWhole;
+        bytes.replace(row.at, row.bytes.size(), row.bytes);
+        WriteWhole(Path(), bytes);
+        const Result result = Run("check " + Path());
+        EXPECT_EQ(result.status, ExitStatus::Failed) << row.says;
+        EXPECT_THAT(result.out, HasSubstr(row.says));
+        EXPECT_THAT(result.err, HasSubstr("was not changed; 'drevixctl recover'"));
+    }
+    std::string odd = fWhole;
+    odd.replace(global + 100, 1, "\2");             // active
+    odd.replace(global + 132 + 48 * 16, 1, "\x32"); // button V's command
+    WriteWhole(Path(), odd);
+    const std::string says = Do("check --json " + Path());
+    EXPECT_THAT(says, HasSubstr("\"valid\": true"));
+    EXPECT_THAT(says, HasSubstr("neither on nor off"));
+    EXPECT_THAT(says, HasSubstr("buttonV: there is no action 50"));
+}
+
+TEST_F(DamagedFile, Recover_OverwritesNothing) {
+    WriteWhole(fFolder.Path("there"), "mine");
+    EXPECT_THAT(Refused("recover " + SettingsFile() + " --to " + fFolder.Path("there"), ExitStatus::Failed),
+                HasSubstr("exists already"));
+    EXPECT_EQ(ReadWhole(fFolder.Path("there")), "mine");
+    EXPECT_EQ(Do("recover " + SettingsFile() + " --to " + fFolder.Path("new")),
+              "3 records saved in " + fFolder.Path("new") + "\n");
+    EXPECT_EQ(ReadWhole(fFolder.Path("new")), fWhole);
+
+    // A factory record that was lost comes back with factory values.
+    std::string damaged = fWhole;
+    damaged[64 + 3 * 4 + 2 * (10 + sizeof(AppPrefs))] = 0;
+    WriteWhole(Path(), damaged);
+    EXPECT_EQ(Recover(damaged), 2);
+    EXPECT_EQ(Do("list --prefs " + fFolder.Path("saved")), Do("list"));
+}
+
+} // namespace
+} // namespace drevix::test

@@ -1,0 +1,64 @@
+#include "platform/json.h"
+#include "tests/platform/property_list_support.h"
+
+#include <gtest/gtest.h>
+
+namespace drevix {
+namespace {
+
+TEST(JsonText, Values_AreWrittenForOtherPrograms) {
+    const std::pair<PropertyList, std::string> rows[] = {
+        {PropertyList(true), "true"},
+        {PropertyList(INT64_MIN), "-9223372036854775808"},
+        {PropertyList(0.1), "0.1"},
+        {PropertyList(HUGE_VAL), "null"}, // JSON has no infinity
+        {PropertyList(std::string("\"\\/\n\x01\x7F\u00E4\U0001F600")),
+         "\"\\\"\\\\/\\n\\u0001\x7F\u00E4\U0001F600\""},
+        {PropertyList(std::string("caf\xE9")), "\"caf\uFFFD\""},
+        {PropertyList(std::string("a\0b", 3)), "\"a\\u0000b\""},
+        {PropertyList(PropertyListData{std::string("\0\xFF", 2)}), "\"AP8=\""},
+        {PropertyList(PropertyListData{"abc"}), "\"YWJj\""},
+        {PropertyList(PropertyListDate{1.5}), "1.5"},
+        {PropertyList(PropertyListArray()), "[]"},
+        {PropertyList(PropertyListDictionary()), "{}"},
+    };
+    for (const auto &[value, expected] : rows) {
+        EXPECT_EQ(JsonText(value), expected);
+    }
+}
+
+TEST(JsonText, Dictionaries_KeepTheirOrderAndTheLastValueOfAKey) {
+    PropertyListDictionary dictionary;
+    dictionary.Add("z", std::int64_t{1});
+    dictionary.Add("a", PropertyListArray{PropertyList(false)});
+    dictionary.Add("z", std::int64_t{2});
+    EXPECT_EQ(JsonText(dictionary), "{\n  \"z\": 2,\n  \"a\": [\n    false\n  ]\n}");
+}
+
+// From 2^63 on an integer is kept as its 64 bits.
+TEST(JsonText, LargestIntegers_HaveTheirBits) {
+    const test::ReadOutcome read = test::ParseList(test::XmlList("<integer>18446744073709551615</integer>"));
+    EXPECT_EQ(JsonText(read.elements.at(0)), "-1");
+}
+
+TEST(JsonText, EveryValue_IsWhatPythonReads) {
+    test::ScratchFolder scratch;
+    PropertyListArray values = test::EveryValue();
+    values.erase(values.begin() + 14); // infinity
+    test::WriteWhole(scratch.Path("list.json"), JsonText(values));
+    EXPECT_TRUE(test::RunsInPython(scratch,
+                                   std::string(test::kEveryValueInPython) +
+                                       "import base64, json, sys\n"
+                                       "del values[14]\n"
+                                       "def plain(v):\n"
+                                       "    if isinstance(v, bytes): return base64.b64encode(v).decode()\n"
+                                       "    if isinstance(v, datetime):\n"
+                                       "        return (v - datetime(2001, 1, 1)).total_seconds()\n"
+                                       "    return v\n"
+                                       "read = json.load(open(sys.argv[1], encoding='utf-8'))\n"
+                                       "assert [plain(v) for v in values] == read, read\n",
+                                   scratch.Path("list.json")));
+}
+
+} // namespace
+} // namespace drevix

@@ -1,0 +1,232 @@
+#include "platform/status.h"
+#include "tests/platform/property_list_support.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <bit>
+#include <cmath>
+
+namespace drevix {
+namespace {
+
+using test::ParseList;
+using testing::HasSubstr;
+using namespace std::string_literals;
+
+constexpr std::size_t kTrailerSize = 32;
+
+std::string BigEndian(std::uint64_t value, std::size_t size) {
+    std::string bytes;
+    for (std::size_t i = size; i-- > 0;) {
+        bytes.push_back(static_cast<char>(value >> (8 * i)));
+    }
+    return bytes;
+}
+
+// A binary list of the given objects, the first of which is the root; references have one byte, offsets two.
+std::string BinaryList(const std::vector<std::string> &objects) {
+    std::string bytes = "bplist00";
+    std::string table;
+    for (const std::string &object : objects) {
+        table += BigEndian(bytes.size(), 2);
+        bytes += object;
+    }
+    const std::size_t tableAt = bytes.size();
+    return bytes + table + "\0\0\0\0\0\0\2\1"s + BigEndian(objects.size(), 8) + BigEndian(0, 8) +
+           BigEndian(tableAt, 8);
+}
+
+// As BinaryList, for one object in the root array.
+std::string ListOf(const std::string &object) {
+    return BinaryList({"\xA1\x01", object});
+}
+
+// `levels` arrays, each of `width` references to the next, and a truth value at the end.
+std::string Sharing(int levels, int width) {
+    std::vector<std::string> objects;
+    for (int level = 1; level <= levels; ++level) {
+        objects.push_back(std::string(1, static_cast<char>(0xA0 + width)) +
+                          std::string(static_cast<std::size_t>(width), static_cast<char>(level)));
+    }
+    objects.emplace_back("\x09");
+    return BinaryList(objects);
+}
+
+struct ObjectRow {
+    std::string object;
+    const char *written; // null for an object that is refused
+};
+
+const ObjectRow kObjects[] = {
+    {"\x08", "<false/>"},
+    {"\x09", "<true/>"},
+    {"\x00"s, nullptr},
+    {"\x0F", nullptr},
+    {"\x10\xFF", "<integer>255</integer>"},
+    {"\x11\xFF\xFF", "<integer>65535</integer>"},
+    {"\x12\xFF\xFF\xFF\xFF", "<integer>4294967295</integer>"},
+    {"\x13\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xFE", "<integer>-2</integer>"},
+    {"\x14" + std::string(8, '\0') + std::string(8, '\xFF'), "<integer>-1</integer>"},
+    {"\x14" + std::string(16, '\xFF'), "<integer>-1</integer>"},
+    {"\x14" + std::string(7, '\0') + "\1" + std::string(8, '\0'), nullptr},
+    {"\x14" + std::string(8, '\xFF') + std::string(8, '\0'), nullptr},
+    {"\x15" + std::string(32, '\0'), nullptr},
+    {"\x22\x3F\xC0\x00\x00"s, "<real>1.5</real>"},
+    {"\x23\xBF\xF8\x00\x00\x00\x00\x00\x00"s, "<real>-1.5</real>"},
+    {"\x21\x00\x00"s, nullptr},
+    {"\x33\x41\xB4\x00\x00\x00\x00\x00\x00"s, "<date>2011-08-20T14:45:20Z</date>"},
+    {"\x33" + BigEndian(std::bit_cast<std::uint64_t>(-0.5), 8), "<date>2000-12-31T23:59:59Z</date>"},
+    {"\x33" + BigEndian(std::bit_cast<std::uint64_t>(-1e300), 8), "<date>0001-01-01T00:00:00Z</date>"},
+    {"\x33" + BigEndian(std::bit_cast<std::uint64_t>(1e300), 8), "<date>9999-12-31T23:59:59Z</date>"},
+    {"\x33\x7F\xF8\x00\x00\x00\x00\x00\x00"s, nullptr},
+    {"\x32\x00\x00\x00\x00"s, nullptr},
+    {"\x41\x00"s, "<data>\n\tAA==\n\t</data>"},
+    {"\x4F\x11\x00\x01\xFF"s, "<data>\n\t/w==\n\t</data>"},
+    {"\x53"
+     "a&b",
+     "<string>a&amp;b</string>"},
+    {"\x52\0x"s, "<string>\uFFFDx</string>"},
+    {"\x51\xE4", nullptr},
+    {"\x63\x00\xE4\xD8\x3D\xDE\x00"s, "<string>\u00E4\U0001F600</string>"},
+    {"\x61\xD8\x3D", nullptr},
+    {"\x62\xD8\x3D\x00\x41"s, nullptr},
+    {"\x61\xDE\x00"s, nullptr},
+    {"\x80\x01", nullptr},
+    {"\xC1\x01", nullptr},
+    {"\xA0", "<array/>"},
+    {"\xD0", "<dict/>"},
+    {"\xD1\x01\x01", nullptr}, // a key that is a dictionary
+    {"\xA1\x02", nullptr},     // no such object
+    {"\xA1\x01", nullptr},     // a cycle
+    {"\x54"
+     "abc",
+     nullptr}, // into the offset table
+    {"\x5F\x12\xFF\xFF\xFF\xFF", nullptr},
+    {"\xAF\x12\xFF\xFF\xFF\xFF", nullptr},
+    {"\xDF\x13\x80\x00\x00\x00\x00\x00\x00\x00"s, nullptr},
+    {"\x5F\x14" + std::string(16, '\0'), nullptr},
+    {"\x5F\x51"
+     "a",
+     nullptr},
+    {"\x5F", nullptr},
+};
+
+TEST(BinaryList, Objects_AreReadStrictly) {
+    for (const ObjectRow &row : kObjects) {
+        const test::ReadOutcome outcome = ParseList(ListOf(row.object));
+        const testing::Message which = testing::Message() << testing::PrintToString(row.object);
+        EXPECT_EQ(outcome.status, row.written == nullptr ? -1 : noErr) << which << outcome.problem.text;
+        EXPECT_EQ(outcome.problem.text.empty(), row.written != nullptr) << which;
+        if (row.written != nullptr) {
+            EXPECT_THAT(outcome.Text(), HasSubstr("<array>\n\t" + std::string(row.written) + "\n</array>"));
+        }
+    }
+}
+
+TEST(BinaryList, Dictionaries_HaveTheirKeysInTheOrderOfTheFile) {
+    const test::ReadOutcome outcome = ParseList(BinaryList({"\xA1\x01", "\xD2\x03\x02\x04\x04"s,
+                                                            "\x51"
+                                                            "a",
+                                                            "\x61\x00\xE4"s, "\x10\x07"}));
+    ASSERT_EQ(outcome.status, noErr) << outcome.problem.text;
+    const auto &entries = outcome.elements.at(0).As<PropertyListDictionary>()->Entries();
+    ASSERT_EQ(entries.size(), 2U);
+    EXPECT_EQ(entries[0].first, "\u00E4");
+    EXPECT_EQ(entries[1].first, "a");
+}
+
+TEST(BinaryList, Bounds_HoldForSharedObjectsToo) {
+    EXPECT_EQ(ParseList(Sharing(kPropertyListMaxDepth, 1)).status, noErr);
+    const test::ReadOutcome deep = ParseList(Sharing(kPropertyListMaxDepth + 1, 1));
+    EXPECT_EQ(deep.status, -1);
+    EXPECT_THAT(deep.problem.text, HasSubstr("more than 64 deep"));
+
+    EXPECT_EQ(ParseList(Sharing(3, 10)).elements.size(), 10U);
+    const auto count = [](const std::string &list, PropertyListProblem *problem) {
+        return ParsePropertyListArray(
+            std::as_bytes(std::span(list)), [](PropertyList &) { return true; }, problem);
+    };
+    PropertyListProblem problem;
+    EXPECT_EQ(count(Sharing(30, 10), &problem), -1);
+    EXPECT_THAT(problem.text, HasSubstr("8,388,608 values"));
+
+    // One text of 16 MB, named 17 times.
+    const std::string text = "\x5F\x12\x01\x00\x00\x00"s + std::string(std::size_t{16} << 20, 'x');
+    std::string list = "bplist00\xAF\x10\x11"s + std::string(17, '\1') + text;
+    const std::size_t tableAt = list.size();
+    list += BigEndian(8, 4) + BigEndian(28, 4) + "\0\0\0\0\0\0\4\1"s + BigEndian(2, 8) + BigEndian(0, 8) +
+            BigEndian(tableAt, 8);
+    EXPECT_EQ(count(list, &problem), -1);
+    EXPECT_THAT(problem.text, HasSubstr("shared texts"));
+}
+
+TEST(BinaryList, Trailers_MustFitTheBytes) {
+    const std::string good = ListOf("\x09");
+    ASSERT_EQ(ParseList(good).status, noErr);
+    struct Row {
+        std::size_t at; // in the trailer
+        std::string bytes;
+    };
+    const Row rows[] = {
+        {6, "\0"s},                      // offsets of no bytes
+        {6, "\x09"},                     // of nine
+        {7, "\0"s},                      // references of no bytes
+        {7, "\x09"},                     // of nine
+        {8, BigEndian(0, 8)},            // no object
+        {8, BigEndian(1, 8)},            // fewer than the table has
+        {8, BigEndian(~0ULL, 8)},        // times the size of an offset, that is 2^65 - 2
+        {8, BigEndian(1ULL << 63, 8)},   // or 2^64
+        {16, BigEndian(2, 8)},           // a root that is no object
+        {24, BigEndian(0, 8)},           // a table before the objects
+        {24, BigEndian(good.size(), 8)}, // or behind the end
+        {24, BigEndian(~0ULL, 8)},
+    };
+    for (const Row &row : rows) {
+        std::string bad = good;
+        bad.replace(good.size() - kTrailerSize + row.at, row.bytes.size(), row.bytes);
+        EXPECT_EQ(ParseList(bad).status, -1) << row.at << testing::PrintToString(row.bytes);
+    }
+    EXPECT_EQ(ParseList(good + "x").status, -1);
+    EXPECT_EQ(ParseList(BinaryList({"\xD0"})).problem.text, "the root is not an array");
+}
+
+// What libraries write is what their readers take: both formats, all values, read as the same.
+TEST(BinaryList, PythonsLists_AreReadInBothFormats) {
+    test::ScratchFolder scratch;
+    ASSERT_TRUE(test::RunsInPython(scratch,
+                                   std::string(test::kEveryValueInPython) +
+                                       "import plistlib, sys\n"
+                                       "for f in ['FMT_XML', 'FMT_BINARY']:\n"
+                                       "    with open(sys.argv[1] + f, 'wb') as file:\n"
+                                       "        plistlib.dump(values, file, fmt=plistlib.PlistFormat[f],\n"
+                                       "                      sort_keys=False)\n",
+                                   scratch.Path("list")));
+    const std::string expected = PropertyListArrayText(test::EveryValue());
+    const test::ReadOutcome binary = test::ReadList(scratch.Path("listFMT_BINARY"));
+    EXPECT_EQ(binary.status, noErr) << binary.problem.text;
+    EXPECT_EQ(binary.Text(), expected);
+    const test::ReadOutcome xml = test::ReadList(scratch.Path("listFMT_XML"));
+    EXPECT_EQ(xml.status, noErr) << xml.problem.text;
+    EXPECT_EQ(xml.Text(), expected);
+
+    const std::string whole = test::ReadWhole(scratch.Path("listFMT_BINARY"));
+    for (std::size_t length = 0; length < whole.size(); ++length) {
+        EXPECT_EQ(ParseList(whole.substr(0, length)).status, -1) << length;
+    }
+    for (std::size_t i = 0; i < whole.size(); ++i) {
+        for (const int change : {0x01, 0x0F, 0x10, 0x80, 0xFF}) {
+            std::string changed = whole;
+            changed[i] = static_cast<char>(changed[i] ^ change);
+            const test::ReadOutcome outcome = ParseList(changed);
+            EXPECT_EQ(outcome.status, outcome.problem.text.empty() ? noErr : -1);
+            if (outcome.status == noErr) {
+                EXPECT_EQ(ParseList(outcome.Text()).Text(), outcome.Text()) << i;
+            }
+        }
+    }
+}
+
+} // namespace
+} // namespace drevix
