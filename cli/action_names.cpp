@@ -10,14 +10,15 @@ namespace drevix {
 namespace {
 
 // clang-format off
+// `drevixctl help actions` explains the words.
 constexpr auto kRestrictions = std::to_array<RestrictionInfo>({
-    {kNotInGlobalRecord, "notInGlobalRecord", "not in the global record"},
-    {kOneSlotOnly,       "oneControlOnly",    "one control only"},
-    {kNavAppsOnly,       "companionAppsOnly", "companion's applications only"},
-    {kToolMenuRecords,   "companionAppsOrGlobalOnly", "these and the global record only"},
-    {kToolMenuButtons,   "buttonsIToIIIOnly", "buttons I to III only"},
-    {kTunerOnly,         "tunerOnly",         "tuner only"},
-    {kNotOnTuner,        "notOnTuner",        "not on the tuner"},
+    {kNotInGlobalRecord, "notInGlobalRecord",         "not global"},
+    {kOneSlotOnly,       "oneControlOnly",            "once"},
+    {kNavAppsOnly,       "companionAppsOnly",         "apps"},
+    {kToolMenuRecords,   "companionAppsOrGlobalOnly", "apps or global"},
+    {kToolMenuButtons,   "buttonsIToIIIOnly",         "I to III"},
+    {kTunerOnly,         "tunerOnly",                 "tuner"},
+    {kNotOnTuner,        "notOnTuner",                "no tuner"},
 });
 
 struct RefusalRow {

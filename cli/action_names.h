@@ -27,16 +27,16 @@ struct RestrictionInfo {
 
 // The code of the action with this title, letter case ignored.
 enum class TitleMatch { Whole, Beginning };
-// Null when there is none, or with TitleMatch::Beginning when more than one title begins so; *several, if given,
-// then tells which.
+// Null when there is none, or with TitleMatch::Beginning when more than one title begins so; *several, if
+// given, then tells which.
 [[nodiscard]] const ActionInfo *FindActionByTitle(std::string_view title, TitleMatch match,
                                                   bool *several = nullptr);
 
 // Why an action cannot be chosen, as the end of a sentence.
 [[nodiscard]] std::string_view RefusalText(ActionRefusal refusal);
 
-// Modifier bits as "cmd+shift", and from such words, letter case ignored, with or without a '+' in front. False, with
-// the output unchanged, for a word that names no modifier.
+// Modifier bits as "cmd+shift", and from such words, letter case ignored, with or without a '+' in front.
+// False, with the output unchanged, for a word that names no modifier.
 [[nodiscard]] std::string ModifierNames(std::uint16_t modifiers);
 [[nodiscard]] bool ParseModifiers(std::string_view text, std::uint16_t *modifiers);
 

@@ -55,11 +55,12 @@ void SayFindings(const Request &request, const std::string &path, const FileFind
     }
 }
 
-// A stamp of the panel before this one: what was lost of the factory's records comes back with the next read, and
-// repairs that are for old files only leave these records alone.
+// A stamp of the panel before this one: what was lost of the factory's records comes back with the next read,
+// and repairs that are for old files only leave these records alone.
 constexpr std::uint32_t kStampAfterLoss = kPanelVersion - 1;
 
-// Fills the base with the whole records among the bytes, and with the file's user part where its head can be read.
+// Fills the base with the whole records among the bytes, and with the file's user part where its head can be
+// read.
 OSErr Salvage(QBaseHandle base, const std::string &path, const std::string &bytes, std::int32_t announced) {
     FileRef file = 0;
     if (const OSErr status = OpenFile(path, fsRdPerm, &file); status != noErr) {

@@ -25,7 +25,8 @@ static_assert(std::ranges::all_of(kOptions, [](const OptionInfo &option) {
            (option.parameter == nullptr) == option.value.empty();
 }));
 
-// Reads the option at `i`, with its value there behind '=' or in the next argument; `i` ends at the last one used.
+// Reads the option at `i`, with its value there behind '=' or in the next argument; `i` ends at the last one
+// used.
 Outcome ParseOption(std::span<const std::string> arguments, std::size_t &i, CommandLine *line) {
     const std::string_view argument = arguments[i] == "-h" ? std::string_view("--help") : arguments[i];
     const std::size_t equals = argument.find('=');

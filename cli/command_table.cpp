@@ -11,12 +11,13 @@ using enum ArgumentKind;
 // clang-format off
 constexpr auto kCommands = std::to_array<Command>({
     {"list", "", "show all records",
-     "Shows the records in the order of the panel's list: the global record, those that\n"
-     "came with the panel, your own.\n",
+     "Shows the records in the order of the panel's list: the global record, those\n"
+     "that came with the panel, your own.\n",
      0, 0, 0, 0, {None, None}, ListRecords},
     {"show", "", "show one record",
-     "Shows what the controls of the device do in one application, or, without --app, what\n"
-     "the global record says. With --json it prints the record as an export has it.\n",
+     "Shows what the controls of the device do in one application, or, without --app,\n"
+     "what the global record says. With --json it prints the record as an export has\n"
+     "it.\n",
      0, 0, kAppOption, 0, {None, None}, ShowRecord},
     {"assign", "CONTROL ACTION", "choose what a control does",
      "CONTROL is ringLeft, ringRight, ringUp, ringDown, ringXYRest, ringCCW, ringCW,\n"
@@ -31,40 +32,49 @@ constexpr auto kCommands = std::to_array<Command>({
      "Commands that change with it on other controls are shown too.\n",
      2, kAnyNumber, kAppOption, 0, {Control, Action}, AssignAction},
     {"set", "KEY VALUE", "change a value",
-     "KEY is one of: configName (the name that is shown); active, clickEnabled (true or\n"
-     "false); ringSensitivity, ringSpeed, tunerSensitivity (0 to 255);\n"
-     "ringSensitivitySeparate, ringSpeedSeparate (true or false; both change together);\n"
-     "ringSensitivityX, ringSensitivityY, ringSensitivityZ, ringSpeedX, ringSpeedY,\n"
-     "ringSpeedZ (0 to 255, in force while the axes are separate).\n",
+     "KEY is one of: configName (the name that is shown); active, clickEnabled (true\n"
+     "or false); ringSensitivity, ringSpeed, tunerSensitivity (0 to 255);\n"
+     "ringSensitivitySeparate, ringSpeedSeparate (true or false; both change\n"
+     "together); ringSensitivityX, ringSensitivityY, ringSensitivityZ, ringSpeedX,\n"
+     "ringSpeedY, ringSpeedZ (0 to 255, in force while the axes are separate).\n",
      2, 2, kAppOption, 0, {Key, Value}, SetValue},
     {"add", "PATH", "add a record for an application",
-     "PATH is an \".app\" folder, a desktop entry, or a program. The new record starts with\n"
-     "the global settings.\n",
+     "PATH is an \".app\" folder, a desktop entry, or a program. The new record starts\n"
+     "with the global settings.\n",
      1, 1, 0, 0, {File, None}, AddApplication},
     {"delete", "", "delete an application's record",
      "Records that came with the panel cannot be deleted; 'drevixctl set active false'\n"
      "switches the device off in their application.\n",
      0, 0, kAppOption, kAppOption, {None, None}, DeleteApplication},
     {"defaults", "ring|tuner|buttons", "restore factory values",
-     "Restores what the panel came with: the ring's actions, sensitivities and speeds; the\n"
-     "tuner's actions and sensitivity and the click sound; or the buttons' actions.\n",
+     "Restores what the panel came with: the ring's actions, sensitivities and speeds;\n"
+     "the tuner's actions and sensitivity and the click sound; or the buttons'\n"
+     "actions.\n",
      1, 1, kAppOption, 0, {Group, None}, RestoreDefaults},
     {"export", "FILE", "write records to a property list",
-     "Writes the global record, the record that --app names, or with --all every record.\n",
+     "Writes the global record, the record that --app names, or with --all every\n"
+     "record.\n",
      1, 1, kAppOption | kAllOption, 0, {File, None}, ExportRecords},
     {"import", "FILE", "read records from a property list",
      "Adds the records of an export. A record that exists already is left as it is and\n"
      "named, unless --replace is given. A damaged file changes nothing.\n",
      1, 1, kReplaceOption, 0, {File, None}, ImportRecords},
     {"actions", "", "list every action",
-     "Lists the actions by code: name, group, and where they cannot stand.\n",
+     "Lists the actions by code: name, group, and restrictions:\n"
+     "  not global       not in the global record\n"
+     "  once             on one control of a record only\n"
+     "  apps             in records of the companion's graphics applications only\n"
+     "  apps or global   in these and in the global record only\n"
+     "  I to III         on buttons I, II and III only\n"
+     "  tuner, no tuner  on the tuner only, not on the tuner\n",
      0, 0, 0, 0, {None, None}, ListActions},
     {"check", "[FILE]", "say what is wrong with a settings file",
-     "Looks through FILE, or your settings file, and changes nothing. The exit status is 1\n"
-     "when the file is damaged.\n",
+     "Looks through FILE, or your settings file, and changes nothing. The exit status\n"
+     "is 1 when the file is damaged.\n",
      0, 1, 0, 0, {File, None}, CheckSettingsFile},
     {"recover", "FILE", "save what a damaged settings file still holds",
-     "Reads the records that are whole and writes them to a new file. FILE stays as it is.\n",
+     "Reads the records that are whole and writes them to a new file. FILE stays as it\n"
+     "is.\n",
      1, 1, kToOption, kToOption, {File, None}, RecoverSettingsFile},
     {"help", "[COMMAND]", "explain a command",
      "Explains a command, or lists them all.\n",

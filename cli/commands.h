@@ -1,4 +1,5 @@
-// drevixctl: the settings from a terminal. One table has all commands; help, usage and completion come from it.
+// drevixctl: the settings from a terminal. One table has all commands; help, usage and completion come from
+// it.
 #pragma once
 
 #include "cli/command_line.h"
@@ -58,8 +59,8 @@ struct Command {
 // The command of that name, null if there is none.
 [[nodiscard]] const Command *FindCommand(std::string_view name);
 
-// Runs the program on the arguments behind its name. A failure prints one line on `err`, wrong usage a second one
-// that shows the usage.
+// Runs the program on the arguments behind its name. A failure prints one line on `err`, wrong usage a second
+// one that shows the usage.
 [[nodiscard]] ExitStatus RunDrevixctl(std::span<const std::string> arguments,
                                       const Surroundings &surroundings);
 
@@ -82,8 +83,8 @@ Outcome PrintHelp(const Request &request);
 // The word before a command line that is being typed, as the shell's completion asks for PrintCompletions.
 inline constexpr std::string_view kCompletionCommand = "__complete";
 
-// Prints what may stand in the place of the last word of a command line that is being typed, one on a line; a line ":"
-// stands for file names.
+// Prints what may stand in the place of the last word of a command line that is being typed, one on a line; a
+// line ":" stands for file names.
 void PrintCompletions(std::span<const std::string> typed, const Surroundings &surroundings);
 
 } // namespace drevix

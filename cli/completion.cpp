@@ -66,7 +66,8 @@ Words WordsForKind(ArgumentKind kind) {
 Words RecordWords(const CommandLine &line, const Surroundings &surroundings) {
     std::ostringstream ignored; // a note about a damaged file would spoil what is being typed
     const Surroundings silent{ignored, ignored, surroundings.resources};
-    Session session({*FindCommand("list"), line, {}, silent});
+    const Request request{*FindCommand("list"), line, {}, silent};
+    Session session(request);
     Words words;
     if (session.OpenForReading().IsDone()) {
         for (const AppPrefs *record : session.Records()) {

@@ -63,8 +63,8 @@ DesktopEntry ParseDesktopEntry(std::string_view text) {
     return entry;
 }
 
-// The keys under which a name in this language may stand, best first: with "de_AT.UTF-8@euro" those of "de_AT@euro",
-// "de_AT", "de@euro" and "de", and the untranslated one.
+// The keys under which a name in this language may stand, best first: with "de_AT.UTF-8@euro" those of
+// "de_AT@euro", "de_AT", "de@euro" and "de", and the untranslated one.
 std::vector<std::string> NameKeys(std::string_view language) {
     const std::size_t at = language.find('@');
     const std::string modifier(at == language.npos ? "" : language.substr(at));

@@ -14,8 +14,9 @@ struct NewApplication {
     std::string shownName; // empty: the file name
 };
 
-// Looks at an ".app" folder, a desktop entry (freedesktop.org's Desktop Entry Specification), or an executable file.
-// `language` picks a desktop entry's translated name. Failed when the path leads to none of these.
+// Looks at an ".app" folder, a desktop entry (freedesktop.org's Desktop Entry Specification), or an
+// executable file. `language` picks a desktop entry's translated name. Failed when the path leads to none of
+// these.
 Outcome DescribeApplication(const std::string &path, const std::string &language,
                             NewApplication *application);
 

@@ -16,8 +16,8 @@ enum class ExitStatus : int {
     WrongUsage = 2, // the command line makes no sense, whatever the settings are
 };
 
-// The status, and the sentence for standard error that goes with a status other than Done: what failed, what was
-// left unchanged, what to do next.
+// The status, and the sentence for standard error that goes with a status other than Done: what failed, what
+// was left unchanged, what to do next.
 struct [[nodiscard]] Outcome {
     ExitStatus status = ExitStatus::Done;
     std::string message;

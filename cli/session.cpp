@@ -167,7 +167,7 @@ std::vector<const AppPrefs *> Session::Records() const {
     return records;
 }
 
-Outcome Session::Store(const AppPrefs &record, RecordNumber number) {
+Outcome Session::Store(const AppPrefs &record, RecordNumber number) const {
     return StoreAppPrefs(Base(), record, number) != kNoRecord
                ? Done()
                : Failed("there is not enough memory; nothing was changed");

@@ -14,14 +14,16 @@ namespace drevix {
 // A settings file, read as the panel reads it: repaired, with the factory records that it lacks, sorted.
 class Session {
   public:
+    // The request must outlive the session.
     explicit Session(const Request &request) : fRequest(request) {}
+    explicit Session(const Request &&) = delete;
 
-    // Reads the settings and writes nothing at all, not even a refused file's kept copy. A file that is missing
-    // stands for the factory settings; so does one that is refused, which a line on standard error then says.
-    // Failed when the file is there but cannot be read, or there are no factory settings either.
+    // Reads the settings and writes nothing at all, not even a refused file's kept copy. A file that is
+    // missing stands for the factory settings; so does one that is refused, which a line on standard error
+    // then says. Failed when the file is there but cannot be read, or there are no factory settings either.
     Outcome OpenForReading();
-    // The same, to Save later: other programs that do this wait until the session ends. A refused file is kept aside;
-    // Failed when that is not possible.
+    // The same, to Save later: other programs that do this wait until the session ends. A refused file is
+    // kept aside; Failed when that is not possible.
     Outcome OpenForChanging();
 
     [[nodiscard]] QBaseHandle Base() const { return fBase.get(); }
@@ -36,7 +38,7 @@ class Session {
     [[nodiscard]] std::vector<const AppPrefs *> Records() const;
 
     // Puts the record back, or adds it for kNoRecord. Failed without memory.
-    Outcome Store(const AppPrefs &record, RecordNumber number);
+    Outcome Store(const AppPrefs &record, RecordNumber number) const;
     // Sorts the records and writes the file.
     Outcome Save();
 
@@ -52,9 +54,11 @@ class Session {
     QBaseOwner fBase;
 };
 
-// The settings file that a request means: --prefs, or the user's. noErr, or why there is no preferences folder.
+// The settings file that a request means: --prefs, or the user's. noErr, or why there is no preferences
+// folder.
 [[nodiscard]] OSErr SettingsPath(const Request &request, std::string *path);
-// What reading the file as a settings file gives: noErr, -1 or eofErr for a damaged one, or why it cannot be read.
+// What reading the file as a settings file gives: noErr, -1 or eofErr for a damaged one, or why it cannot be
+// read.
 [[nodiscard]] OSErr ReadAsSettings(const std::string &path);
 // Whether two paths lead to one file.
 [[nodiscard]] bool AreSameFile(const std::string &a, const std::string &b);

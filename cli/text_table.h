@@ -10,17 +10,18 @@ namespace drevix {
 
 inline constexpr std::size_t kTerminalColumns = 80;
 
-// Columns that UTF-8 text takes. One a character: all the text that is shown comes from Mac OS Roman, which has
-// neither wide characters nor combining ones.
+// Columns that UTF-8 text takes. One a character: all the text that is shown comes from Mac OS Roman, which
+// has neither wide characters nor combining ones.
 [[nodiscard]] std::size_t TextColumns(std::string_view text);
 // The text in at most that many columns, one or more; what is cut off shows as an ellipsis.
 [[nodiscard]] std::string CutText(std::string_view text, std::size_t columns);
-// The text with each control character, line ends among them, replaced by '?': a name out of a file must not steer
-// the terminal, nor break a line in two.
+// The text with each control character, line ends among them, replaced by '?': a name out of a file must not
+// steer the terminal, nor break a line in two.
 [[nodiscard]] std::string PlainText(std::string_view text);
 
-// The rows as lines, under a line of headings if there are any, each column as wide as its widest cell. Where that passes 80 columns
-// the widest columns are cut until it fits. Missing cells are empty; no line ends in blanks.
+// The rows as lines, under a line of headings if there are any, each column as wide as its widest cell. Where
+// that passes 80 columns the widest columns are cut until it fits. Missing cells are empty; no line ends in
+// blanks.
 using TableRow = std::vector<std::string>;
 [[nodiscard]] std::string TableText(const TableRow &headings, std::span<const TableRow> rows);
 

@@ -32,7 +32,7 @@ inline constexpr std::size_t kMaxRecordsSize = std::numeric_limits<std::int32_t>
 // The record at an offset of `size` bytes, or null when its head or the size that it tells leads out of them,
 // or is too small to lead on. Its length is not looked at.
 [[nodiscard]] inline QBaseRecord *RecordInside(std::byte *bytes, std::size_t size, std::size_t offset) {
-    if (size < kQBaseRecordHeaderSize || offset > size - kQBaseRecordHeaderSize) {
+    if (offset + kQBaseRecordHeaderSize > size) {
         return nullptr;
     }
     auto *const record = reinterpret_cast<QBaseRecord *>(bytes + offset);
@@ -42,7 +42,7 @@ inline constexpr std::size_t kMaxRecordsSize = std::numeric_limits<std::int32_t>
 // Whether a record's data lie within the size that it tells.
 [[nodiscard]] inline bool HoldsItsData(const QBaseRecord *record) {
     return record->length >= 0 &&
-           static_cast<std::uint32_t>(record->length) <= record->size - kQBaseRecordHeaderSize;
+           static_cast<std::size_t>(record->length) + kQBaseRecordHeaderSize <= record->size;
 }
 
 // The offsets of a base's index, and how many of them are in use: the count, unless a damaged or half-removed
@@ -60,7 +60,7 @@ inline constexpr std::size_t kMaxRecordsSize = std::numeric_limits<std::int32_t>
     if (base == nullptr || number < 0 || number >= SlotsInUse(base)) {
         return nullptr;
     }
-    // A negative offset becomes one beyond every block.
+    // A negative offset becomes one beyond any block.
     const auto offset = static_cast<std::uint32_t>(IndexOffsets(base)[number]);
     QBaseRecord *const record = RecordInside(base->records.Data(), base->records.Size(), offset);
     return record != nullptr && HoldsItsData(record) ? record : nullptr;

@@ -34,7 +34,7 @@ struct OffsetOrder {
 Block SpreadSlots(QBaseHandle base, std::int32_t n) {
     const std::size_t size = base->records.Size();
     const std::size_t halfRecord = size / static_cast<std::size_t>(base->file.count) / 2;
-    const int cellBits = std::bit_width(std::max<std::size_t>(halfRecord, 1)) - 1;
+    const int cellBits = std::countr_zero(std::bit_floor(halfRecord | 1));
     Block cells;
     if (cells.Resize(((size >> cellBits) + 1) * sizeof(std::int32_t)) != noErr) {
         return {};

@@ -76,13 +76,13 @@ std::optional<std::size_t> EndOfRecords(QBaseHandle base) {
     // index holds nothing else, and nothing twice.
     OffsetSet indexed(offsets, size);
     RecordWalk walk(base);
-    for (std::size_t i = 0; i < offsets.size(); ++i) {
+    for (const std::int32_t slot : offsets) {
         const std::size_t offset = walk.Offset();
         const QBaseRecord *const record = walk.Next();
         if (record == nullptr || !HoldsItsData(record)) {
             return std::nullopt;
         }
-        const bool isInPlace = static_cast<std::size_t>(offsets[i]) == offset; // as in a base in data order
+        const bool isInPlace = static_cast<std::size_t>(slot) == offset; // as in a base in data order
         if (!isInPlace && !indexed.Holds(offset)) {
             return std::nullopt;
         }

@@ -7,7 +7,7 @@ import sys
 import tempfile
 import unittest
 
-PROGRAM = pathlib.Path(sys.argv.pop(1))
+PROGRAM = pathlib.Path(sys.argv.pop(1)).resolve()
 SCRIPT = pathlib.Path(__file__).resolve().parents[2] / "cli/drevixctl.bash"
 
 # Lets bash split the line as readline would, and shows what the completion offers, one word on a line.

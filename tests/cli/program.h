@@ -1,5 +1,5 @@
-// drevixctl run inside the test, on a scratch folder with a factory file of its own: the global record, "Painter" with
-// a signature that has application commands, and "Browser" without.
+// drevixctl run inside the test, on a scratch folder with a factory file of its own: the global record,
+// "Painter" with a signature that has application commands, and "Browser" without.
 #pragma once
 
 #include "cli/commands.h"
@@ -28,8 +28,8 @@ class ProgramTest : public testing::Test {
     Result Run(const std::vector<std::string> &arguments);
     // Runs a line that must succeed and say nothing on standard error; gives what it prints.
     std::string Do(const std::string &line);
-    // Runs a line that must fail with this status, leave the settings file's bytes as they are, print nothing and say
-    // one line on standard error, and a second one for wrong usage; gives that first line.
+    // Runs a line that must fail with this status, leave the settings file's bytes as they are, print nothing
+    // and say one line on standard error, and a second one for wrong usage; gives that first line.
     std::string Refused(const std::string &line, ExitStatus status);
 
     [[nodiscard]] std::string SettingsFile() const {
