@@ -15,17 +15,17 @@ bool LiesIn(const Block &block, const void *pointer) {
            std::less<>()(pointer, static_cast<const void *>(start + block.Size()));
 }
 
-// The caller's data, as they can be read after the record data are resized: those that lie in the base itself
-// are copied first. Null when there is no memory for that.
-const void *DataToStore(QBaseHandle base, const void *data, std::int32_t length, Block *copy) {
-    if (length == 0 || !LiesIn(base->records, data)) {
-        return data;
+// Calls `store` with a copy of the data: the caller's lie in the base itself and would move under a resize.
+// kNoRecord when there is no memory for the copy.
+template <class Store>
+RecordNumber StoreCopy(const void *data, std::int32_t length, Store store) {
+    Block copy;
+    const auto size = static_cast<std::size_t>(length);
+    if (copy.Resize(size) != noErr) {
+        return kNoRecord;
     }
-    if (copy->Resize(static_cast<std::size_t>(length)) != noErr) {
-        return nullptr;
-    }
-    std::memcpy(copy->Data(), data, static_cast<std::size_t>(length));
-    return copy->Data();
+    std::memcpy(copy.Data(), data, size);
+    return store(copy.Data());
 }
 
 // Grows or shrinks the record data; false, with nothing changed, when they would pass what an offset can name
@@ -74,11 +74,12 @@ RecordNumber QBaseAddRecord(QBaseHandle base, const void *data, std::int32_t len
         return kNoRecord;
     }
     const MemoryRequest request;
-    Block copy;
-    const void *const stored = DataToStore(base, data, length, &copy);
+    if (length > 0 && LiesIn(base->records, data)) {
+        return StoreCopy(data, length, [&](const void *copy) { return QBaseAddRecord(base, copy, length); });
+    }
     const std::size_t end = base->records.Size();
     const std::size_t size = RecordSize(length);
-    if (stored == nullptr || !ResizeRecords(base, end + size)) {
+    if (!ResizeRecords(base, end + size)) {
         return kNoRecord;
     }
     if (base->file.count >= base->capacity &&
@@ -90,7 +91,7 @@ RecordNumber QBaseAddRecord(QBaseHandle base, const void *data, std::int32_t len
     IndexOffsets(base)[number] = static_cast<std::int32_t>(end);
     QBaseRecord *const record = RecordAt(base, end);
     record->flags = 0;
-    WriteRecord(record, size, stored, length);
+    WriteRecord(record, size, data, length);
     if (base->sortMode != kSortDataOrder) {
         base->sortMode = kSortNone;
     }
@@ -116,15 +117,14 @@ RecordNumber QBaseReplaceRecord(QBaseHandle base, RecordNumber number, const voi
     const auto offset = static_cast<std::size_t>(IndexOffsets(base)[number]);
     const std::size_t oldSize = record->size;
     const std::size_t newSize = RecordSize(length);
-    Block copy;
-    const void *stored = data;
-    if (newSize != oldSize) {
-        stored = DataToStore(base, data, length, &copy);
-        if (stored == nullptr || !ResizeRecordAt(base, offset, oldSize, newSize)) {
-            return kNoRecord;
-        }
+    if (newSize != oldSize && length > 0 && LiesIn(base->records, data)) {
+        return StoreCopy(data, length,
+                         [&](const void *copy) { return QBaseReplaceRecord(base, number, copy, length); });
     }
-    WriteRecord(RecordAt(base, offset), newSize, stored, length);
+    if (newSize != oldSize && !ResizeRecordAt(base, offset, oldSize, newSize)) {
+        return kNoRecord;
+    }
+    WriteRecord(RecordAt(base, offset), newSize, data, length);
     base->recordsChanged = true;
     return number;
 }
