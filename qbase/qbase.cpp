@@ -10,9 +10,10 @@
 #include <utility>
 
 namespace drevix {
-namespace {
 
-std::int16_t *gWantsMemory = nullptr; // the caller's memory request flag
+std::int16_t *gWantsMemory = nullptr;
+
+namespace {
 
 // Both take part in copying between bases: valid, and of one kind.
 bool AreAlike(QBaseHandle a, QBaseHandle b) {
@@ -153,13 +154,11 @@ void QBaseUseWantsMemFull(std::int16_t *flag) {
 }
 
 std::int16_t QBaseBeginMemoryRequest() {
-    return gWantsMemory != nullptr ? std::exchange(*gWantsMemory, std::int16_t{1}) : std::int16_t{0};
+    return MemoryRequest::Begin();
 }
 
 void QBaseEndMemoryRequest(std::int16_t saved) {
-    if (gWantsMemory != nullptr) {
-        *gWantsMemory = saved;
-    }
+    MemoryRequest::End(saved);
 }
 
 void QBaseSetFlipProc(QBaseHandle base, QBaseFlipFunction recordFlip, QBaseFlipFunction userFlip) {

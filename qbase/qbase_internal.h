@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <limits>
+#include <utility>
 
 namespace drevix {
 
@@ -103,11 +104,22 @@ class RecordWalk {
     return base != nullptr && base->file.magic == kQBaseMagic && base->file.version == kQBaseVersion;
 }
 
-// Holds the memory request flag while an operation may ask for memory.
+// The caller's memory request flag, null for none.
+extern std::int16_t *gWantsMemory;
+
+// Holds the memory request flag while an operation may ask for memory. Inline, as every added record does it.
 class MemoryRequest {
   public:
-    MemoryRequest() : fSaved(QBaseBeginMemoryRequest()) {}
-    ~MemoryRequest() { QBaseEndMemoryRequest(fSaved); }
+    MemoryRequest() : fSaved(Begin()) {}
+    ~MemoryRequest() { End(fSaved); }
+    static std::int16_t Begin() {
+        return gWantsMemory != nullptr ? std::exchange(*gWantsMemory, std::int16_t{1}) : std::int16_t{0};
+    }
+    static void End(std::int16_t saved) {
+        if (gWantsMemory != nullptr) {
+            *gWantsMemory = saved;
+        }
+    }
     MemoryRequest(const MemoryRequest &) = delete;
     MemoryRequest &operator=(const MemoryRequest &) = delete;
 

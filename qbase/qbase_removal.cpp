@@ -50,7 +50,7 @@ Block SpreadSlots(QBaseHandle base, std::int32_t n) {
         }
         table[cell] = slot;
     }
-    std::ignore = std::remove(table.begin(), table.end(), -1); // the n slots come first
+    std::ignore = std::remove(table.begin(), table.end(), -1);                      // the n slots come first
     std::ignore = cells.Resize(static_cast<std::size_t>(n) * sizeof(std::int32_t)); // shrinking cannot fail
     return cells;
 }

@@ -119,7 +119,8 @@ TEST(LoadDefaultPrefs, Record_IsTheFirstOfItsSignatureElseTheLastGlobalOne) {
     const std::pair<const char *, const char *> wildcards[] = {{"SECOND", "second"}, {"third", "g"}};
     for (const auto &[edited, name] : wildcards) {
         EXPECT_TRUE(LoadDefaultPrefs(folder.resources, MakeRecord(1, edited), &found));
-        EXPECT_EQ(stringWithPascalString(found.appFileName.data()), name) << "all wildcards have one signature";
+        EXPECT_EQ(stringWithPascalString(found.appFileName.data()), name)
+            << "all wildcards have one signature";
     }
 }
 

@@ -1,0 +1,102 @@
+#include "host/panel_window.h"
+
+#include <QCloseEvent>
+#include <QCoreApplication>
+#include <QDir>
+#include <QSettings>
+#include <QStyle>
+#include <QVBoxLayout>
+
+namespace drevix {
+namespace {
+
+// The plug-in lies beside the folder of programs, in a build tree as in an installed one.
+QString PluginPath() {
+    return QDir::cleanPath(QCoreApplication::applicationDirPath() +
+                           QStringLiteral("/../lib/drevix-settings/libdrevixpane.so"));
+}
+
+QString PlaceKey() {
+    return QStringLiteral("window/geometry");
+}
+
+} // namespace
+
+PanelWindow::PanelWindow() : fStatusLine(new QLabel(this)) {
+    setWindowTitle(tr("Drevix Veltrana"));
+    auto *const layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    fStatusLine->setAccessibleName(tr("Status"));
+    fStatusLine->setTextFormat(Qt::PlainText);
+    fStatusLine->setWordWrap(true);
+    const QStyle *const look = style();
+    fStatusLine->setContentsMargins(look->pixelMetric(QStyle::PM_LayoutLeftMargin), 0,
+                                    look->pixelMetric(QStyle::PM_LayoutRightMargin),
+                                    look->pixelMetric(QStyle::PM_LayoutBottomMargin));
+    fStatusLine->hide();
+}
+
+PanelWindow::~PanelWindow() {
+    // The view is made of the plug-in's code, so it goes before the plug-in does.
+    for (QWidget *view : findChildren<QWidget *>(Qt::FindDirectChildrenOnly)) {
+        delete view;
+    }
+    fLoader.unload();
+}
+
+bool PanelWindow::LoadPanel(QString *problem) {
+    fLoader.setFileName(PluginPath());
+    fPanel = qobject_cast<PreferencePane *>(fLoader.instance());
+    if (fPanel == nullptr) {
+        *problem = fLoader.errorString();
+        return false;
+    }
+    fPanel->setProblemHandler([this](const QString &text) { ShowProblem(text); });
+    layout()->addWidget(fPanel->mainView());
+    layout()->addWidget(fStatusLine);
+    fPanel->mainViewDidLoad();
+    return true;
+}
+
+void PanelWindow::RestorePlace() {
+    restoreGeometry(QSettings().value(PlaceKey()).toByteArray());
+}
+
+void PanelWindow::KeepPlace() const {
+    QSettings().setValue(PlaceKey(), saveGeometry());
+}
+
+void PanelWindow::ComeToFront() {
+    setWindowState((windowState() & ~Qt::WindowMinimized) | Qt::WindowActive);
+    show();
+    raise();
+    activateWindow();
+}
+
+void PanelWindow::showEvent(QShowEvent *event) {
+    QWidget::showEvent(event);
+    if (fPanel != nullptr && !event->spontaneous()) {
+        fPanel->didSelect();
+    }
+}
+
+void PanelWindow::hideEvent(QHideEvent *event) {
+    QWidget::hideEvent(event);
+    if (fPanel != nullptr && !event->spontaneous()) {
+        fPanel->willUnselect();
+    }
+}
+
+void PanelWindow::closeEvent(QCloseEvent *event) {
+    KeepPlace();
+    event->accept();
+}
+
+// One quiet line until the next success.
+void PanelWindow::ShowProblem(const QString &problem) {
+    fStatusLine->setText(problem);
+    fStatusLine->setVisible(!problem.isEmpty());
+}
+
+} // namespace drevix

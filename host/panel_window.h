@@ -1,0 +1,43 @@
+// The program's one window: it loads the panel as a plug-in and tells it when it is shown and left.
+#pragma once
+
+#include "pane/preference_pane.h"
+
+#include <QLabel>
+#include <QPluginLoader>
+#include <QWidget>
+
+namespace drevix {
+
+class PanelWindow : public QWidget {
+    Q_OBJECT
+
+  public:
+    PanelWindow();
+    ~PanelWindow() override;
+
+    // Loads the plug-in and its view. False, with the reason in `problem`, when it cannot be.
+    [[nodiscard]] bool LoadPanel(QString *problem);
+    // The panel, null before it is loaded.
+    [[nodiscard]] PreferencePane *Panel() const { return fPanel; }
+
+    // Takes the window's place and size from the last time, and keeps them for the next.
+    void RestorePlace();
+    void KeepPlace() const;
+    // Brings the window to the front, as a second start of the program asks.
+    void ComeToFront();
+
+  protected:
+    void showEvent(QShowEvent *event) override;
+    void hideEvent(QHideEvent *event) override;
+    void closeEvent(QCloseEvent *event) override;
+
+  private:
+    void ShowProblem(const QString &problem);
+
+    QPluginLoader fLoader;
+    PreferencePane *fPanel = nullptr; // belongs to the loader
+    QLabel *fStatusLine;
+};
+
+} // namespace drevix

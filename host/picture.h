@@ -1,0 +1,29 @@
+// A picture of the panel, for documents, tests and people without a display.
+#pragma once
+
+#include <QCommandLineParser>
+#include <QSize>
+
+#include <optional>
+
+namespace drevix {
+
+class PanelWindow;
+
+// What of the panel the picture shows.
+struct PictureRequest {
+    QString file;    // PNG
+    QString app;     // a record's application file name; empty: the global record
+    QString control; // a control's key; empty: the page's first
+    std::optional<int> page;
+    std::optional<QSize> size; // of the window, in device-independent pixels
+};
+
+// The options of a picture; "scale" is put in force before the application starts.
+[[nodiscard]] QList<QCommandLineOption> PictureOptions();
+// The request on the command line, with `problem` set when it makes no sense.
+[[nodiscard]] PictureRequest ReadPictureRequest(const QCommandLineParser &options, QString *problem);
+// Draws the window as it would be shown and writes the file. False, with the reason in `problem`, when it cannot.
+[[nodiscard]] bool WritePicture(PanelWindow &window, const PictureRequest &request, QString *problem);
+
+} // namespace drevix

@@ -1,0 +1,32 @@
+// The question that is asked before a record is deleted or replaced.
+#pragma once
+
+#include <QCheckBox>
+#include <QDialog>
+
+#include <cstdint>
+
+namespace drevix {
+
+// Modal to its window. exec gives 1 when the user agreed, else 0.
+class ConfirmPanel : public QDialog {
+    Q_OBJECT
+
+  public:
+    enum class Kind : std::uint8_t { Remove, Replace };
+    // `name` is the record's, for people.
+    ConfirmPanel(Kind kind, const QString &name, QWidget *window);
+
+    // Offers to answer for all records of one operation; not offered at first.
+    void OfferAll(bool isOffered);
+    // Whether the answer is meant for all.
+    [[nodiscard]] bool IsForAll() const;
+
+  private:
+    void actModalButtonOK();
+    void actModalButtonCancel();
+
+    QCheckBox *fForAll;
+};
+
+} // namespace drevix

@@ -1,0 +1,259 @@
+// The panel's life, and the flow of settings between file, base and working copy.
+#include "pane/drevix_pane.h"
+
+#include "keyboard/key_names.h"
+#include "pane/editor_tables.h"
+#include "pane/pane_text.h"
+#include "platform/resources.h"
+#include "platform/status.h"
+#include "settings/device_prefs.h"
+#include "settings/prefs_list.h"
+
+#include <QGuiApplication>
+#include <QLoggingCategory>
+
+#include <cstring>
+#include <tuple>
+#include <utility>
+
+namespace drevix {
+namespace {
+
+Q_LOGGING_CATEGORY(gPaneLog, "drevix.pane")
+
+// Whether there was a settings file, and nothing came of it.
+bool IsUnusable(OSErr fileStatus) {
+    return fileStatus != noErr && fileStatus != fnfErr && fileStatus != dirNFErr;
+}
+
+// As GetDevicePrefs for the panel's settings file, but tells what came of the file itself.
+OSErr GetPrefsAndFileStatus(QBaseHandle base, const PaneBundle &bundle, OSErr *fileStatus) {
+    std::string path;
+    if (const OSErr found = FindDevicePrefsPath(&path); found != noErr) {
+        *fileStatus = found;
+        auto name = kDrevixPrefsName;
+        return GetDevicePrefs(base, name.data(), bundle.resources, bundle.version);
+    }
+    return GetDevicePrefsFromPath(base, path, bundle.resources, bundle.version, fileStatus);
+}
+
+} // namespace
+
+PaneBundle FindPaneBundle() {
+    PaneBundle bundle = {{}, kPanelVersion};
+    std::ignore = FindResourceFolder(&bundle.resources); // stays empty; loading then tells what is missing
+    return bundle;
+}
+
+DrevixPane::DrevixPane(PaneBundle bundle) : fPrefPaneBundle(std::move(bundle)) {}
+
+DrevixPane::~DrevixPane() {
+    if (gDrevixPane == this) {
+        gDrevixPane = nullptr;
+    }
+    if (fMainView != nullptr && fMainView->parent() == nullptr) {
+        delete fMainView;
+    }
+}
+
+QWidget *DrevixPane::mainView() {
+    if (fMainView == nullptr) {
+        fMainView = new QWidget;
+        setupUi(fMainView);
+        BuildMenus();
+        BuildLooks();
+        ConnectControls();
+    }
+    return fMainView;
+}
+
+void DrevixPane::setProblemHandler(ProblemHandler handler) {
+    fProblemHandler = std::move(handler);
+}
+
+// Tells of a failure, or that all is well again.
+void DrevixPane::Report(OSErr status, const QString &doing) {
+    Tell(status == noErr ? QString() : tr("%1: %2.").arg(doing, StatusSentence(status)));
+}
+
+void DrevixPane::Tell(const QString &problem) {
+    if (!problem.isEmpty()) {
+        qCWarning(gPaneLog).noquote() << problem;
+    }
+    if (fProblemHandler) {
+        fProblemHandler(problem);
+    }
+}
+
+void DrevixPane::mainViewDidLoad() {
+    gDrevixPane = this;
+    mainView();
+    GetKeyboardInformation();
+    uiPaneTabs->setCurrentIndex(0);
+    fDrevixPrefsIndex = 0;
+    fDrevixActionIndex = kNoSlot;
+    if (GetBaseFromFile() == noErr) {
+        UpdateTargetMenu();
+        GetPrefsFromBase();
+        GetUIFromPrefs();
+    }
+}
+
+void DrevixPane::didSelect() {
+    if (!fIsSelected) {
+        fIsSelected = true;
+        connect(qGuiApp, &QGuiApplication::applicationStateChanged, this,
+                &DrevixPane::applicationStateChanged);
+    }
+}
+
+void DrevixPane::willUnselect() {
+    if (fIsSelected) {
+        fIsSelected = false;
+        disconnect(qGuiApp, nullptr, this, nullptr);
+        actPaneButtonApply(); // leaving the panel saves everything
+    }
+}
+
+void DrevixPane::applicationStateChanged(Qt::ApplicationState state) {
+    if (state == Qt::ApplicationActive) {
+        appDidBecomeActive();
+    } else {
+        appDidResignActive();
+    }
+}
+
+void DrevixPane::appDidBecomeActive() {
+    GetPrefsFromBase();
+    GetUIFromPrefs();
+}
+
+void DrevixPane::appDidResignActive() {
+    actPaneButtonApply(); // going to the background applies the edits exactly as the button does
+}
+
+void DrevixPane::actPaneButtonApply() {
+    SavePrefsToBase();
+    std::ignore = SaveBaseToFile(); // reported there; the base keeps the edits for the next save
+    UpdateRevertApplyButtons();
+}
+
+// The records may be others than the list shows, so it is built again, and the edited record is found by its name.
+void DrevixPane::actPaneButtonRevert() {
+    const AppPrefs edited = fDrevixPrefs;
+    if (GetBaseFromFile() != noErr) {
+        return; // reported there; everything is as it was
+    }
+    const RecordNumber found = FindReplacedAppPrefs(fDrevixBase.get(), edited);
+    fDrevixPrefsIndex = found == kNoRecord ? 0 : found;
+    UpdateTargetMenu();
+    GetPrefsFromBase();
+    GetUIFromPrefs();
+}
+
+// Loads into a base of its own, so that the present one stays as it is when that fails.
+OSErr DrevixPane::GetBaseFromFile() {
+    QBaseOwner base = NewDrevixBase();
+    OSErr fileStatus = noErr;
+    const OSErr status =
+        base == nullptr ? memFullErr : GetPrefsAndFileStatus(base.get(), fPrefPaneBundle, &fileStatus);
+    if (status != noErr) {
+        if (fDrevixBase == nullptr) {
+            fDrevixBase = std::move(base); // without records, but an import can bring some
+        } else if (base != nullptr) {
+            QBaseSetReadOnly(fDrevixBase.get(), QBaseGetReadOnly(base.get())); // what a save would destroy
+        }
+        Report(status, tr("The settings could not be loaded"));
+        return status;
+    }
+    SortDrevixBase(base.get());
+    fDrevixBase = std::move(base);
+    fUnsaved.clear();
+    if (!IsUnusable(fileStatus)) {
+        Tell({});
+    } else if (QBaseGetReadOnly(fDrevixBase.get())) {
+        Report(fileStatus,
+               tr("The settings file could not be read and is left alone; changes cannot be saved"));
+    } else {
+        Report(fileStatus,
+               tr("The settings file could not be used; it is kept as %1, and the factory's settings "
+                  "are shown")
+                   .arg(TextOf(kDrevixPrefsName) + QLatin1String(kRefusedSuffix)));
+    }
+    return noErr;
+}
+
+OSErr DrevixPane::SaveBaseToFile() {
+    auto name = kDrevixPrefsName;
+    const OSErr status =
+        SaveDevicePrefs(fDrevixBase.get(), name.data(), kDrevixPrefsType, kDrevixPrefsCreator);
+    if (status == noErr && !fUnsaved.empty()) {
+        fUnsaved.clear();
+        for (RecordNumber i = 0; i < QBaseCountRecords(fDrevixBase.get()); ++i) {
+            ShowTargetTitle(i);
+        }
+    }
+    if (status != noErr && QBaseGetReadOnly(fDrevixBase.get())) {
+        Tell(tr("The settings were not saved, since the settings file could not be read."));
+    } else {
+        Report(status, tr("The settings could not be saved"));
+    }
+    return status;
+}
+
+void DrevixPane::GetPrefsFromBase() {
+    fDrevixPrefsIndex = RecordOfTargetItem(uiSettingsMenuTarget->currentIndex());
+    if (const AppPrefs *stored = StoredPrefs(); stored != nullptr) {
+        fDrevixPrefs = *stored;
+    }
+    LoadDefaultPrefs(); // the marks of changed values are held against them
+    UpdateToolMenu();
+}
+
+void DrevixPane::SavePrefsToBase() {
+    if (!IsEdited()) {
+        return;
+    }
+    if (QBaseReplaceRecord(fDrevixBase.get(), fDrevixPrefsIndex, &fDrevixPrefs, sizeof fDrevixPrefs) ==
+        kNoRecord) {
+        Report(memFullErr, tr("The changes could not be kept"));
+        return;
+    }
+    fUnsaved.insert(FoldedName(fDrevixPrefs));
+    ShowTargetTitle(fDrevixPrefsIndex);
+}
+
+void DrevixPane::LoadDefaultPrefs() {
+    // An unreadable file leaves the defaults as they were.
+    std::ignore = drevix::LoadDefaultPrefs(fPrefPaneBundle.resources, fDrevixPrefs, &fDefaultAppPrefs);
+}
+
+// The record that the working copy was made of; null when there is none.
+const AppPrefs *DrevixPane::StoredPrefs() const {
+    return GetAppPrefs(fDrevixBase.get(), fDrevixPrefsIndex);
+}
+
+bool DrevixPane::IsEdited() const {
+    const AppPrefs *stored = StoredPrefs();
+    return stored != nullptr && std::memcmp(stored, &fDrevixPrefs, sizeof fDrevixPrefs) != 0;
+}
+
+void DrevixPane::UpdateRevertApplyButtons() {
+    if (StoredPrefs() == nullptr) {
+        return;
+    }
+    const bool isEdited = IsEdited();
+    if (!isEdited && (uiPaneButtonApply->hasFocus() || uiPaneButtonRevert->hasFocus())) {
+        // A button that dims would give the focus to whatever comes next.
+        ControlLists()[static_cast<std::size_t>(uiPaneTabs->currentIndex())]->setFocus(Qt::OtherFocusReason);
+    }
+    uiPaneButtonApply->setEnabled(isEdited);
+    uiPaneButtonRevert->setEnabled(isEdited);
+    const std::size_t unsaved =
+        fUnsaved.size() + (isEdited && !fUnsaved.contains(FoldedName(fDrevixPrefs)) ? 1 : 0);
+    uiPaneTextDifferences->setText(unsaved == 0   ? QString()
+                                   : unsaved == 1 ? tr("Unsaved changes")
+                                                  : tr("Unsaved changes for %1 applications").arg(unsaved));
+}
+
+} // namespace drevix

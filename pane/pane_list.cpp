@@ -1,0 +1,294 @@
+// The list of applications: choosing a record, adding, deleting, exporting and importing records.
+#include "pane/drevix_pane.h"
+
+#include "pane/application_chooser.h"
+#include "pane/confirm_panel.h"
+#include "pane/editor_tables.h"
+#include "pane/file_panels.h"
+#include "pane/pane_text.h"
+#include "platform/status.h"
+#include "settings/pascal_strings.h"
+#include "settings/prefs_dictionary.h"
+#include "settings/prefs_list.h"
+
+#include <QStandardItemModel>
+
+#include <new>
+#include <tuple>
+#include <vector>
+
+namespace drevix {
+namespace {
+
+QStandardItemModel *ModelOf(const QComboBox *menu) {
+    return qobject_cast<QStandardItemModel *>(menu->model());
+}
+
+// What came of an import file, with the place and the reason where the file is damaged.
+QString ImportProblem(OSErr status, const PropertyListProblem &problem) {
+    if (problem.text.empty()) {
+        return StatusSentence(status);
+    }
+    const QString text = TranslatedText(problem.text);
+    return problem.line == 0 ? text : DrevixPane::tr("line %1: %2").arg(problem.line).arg(text);
+}
+
+} // namespace
+
+// Rebuilds the record items in two changes of the model, whatever their number.
+void DrevixPane::UpdateTargetMenu() {
+    QStandardItemModel *model = ModelOf(uiSettingsMenuTarget);
+    model->removeRows(kFirstRecordItem, model->rowCount() - kFirstRecordItem - kTargetFixedItems);
+    QList<QStandardItem *> items;
+    const std::int32_t count = QBaseCountRecords(fDrevixBase.get());
+    items.reserve(count);
+    for (RecordNumber i = 1; i < count; ++i) {
+        items.append(new QStandardItem(TargetTitle(i)));
+    }
+    model->invisibleRootItem()->insertRows(kFirstRecordItem, items);
+    ShowTargetTitle(0);
+    SelectTarget();
+}
+
+// A record's title says whether it is disabled and whether it differs from the settings file.
+QString DrevixPane::TargetTitle(RecordNumber number) const {
+    const bool isShown = number == fDrevixPrefsIndex;
+    const AppPrefs *prefs = isShown ? &fDrevixPrefs : GetAppPrefs(fDrevixBase.get(), number);
+    if (prefs == nullptr) {
+        return {};
+    }
+    const QString title = prefs->active != 0 ? ShownName(*prefs) : tr("%1 (disabled)").arg(ShownName(*prefs));
+    const bool isUnsaved = fUnsaved.contains(FoldedName(*prefs)) || (isShown && IsEdited());
+    return isUnsaved ? tr("%1 *").arg(title) : title;
+}
+
+void DrevixPane::ShowTargetTitle(RecordNumber number) {
+    const int position = TargetItemOfRecord(number);
+    if (position >= uiSettingsMenuTarget->count() - kTargetFixedItems) {
+        return; // one that is being imported, and not in the list yet
+    }
+    QStandardItem *item = ModelOf(uiSettingsMenuTarget)->item(position);
+    if (const QString title = TargetTitle(number); !title.isEmpty() && item->text() != title) {
+        item->setText(title);
+    }
+}
+
+void DrevixPane::SelectTarget() {
+    uiSettingsMenuTarget->setCurrentIndex(TargetItemOfRecord(fDrevixPrefsIndex));
+}
+
+void DrevixPane::actSettingsMenuTarget(int item) {
+    const int command = item - (uiSettingsMenuTarget->count() - kTargetFixedItems);
+    if (command >= 0) {
+        SelectTarget(); // the list never stays on a command
+        PerformListCommand(kTargetCommands[static_cast<std::size_t>(command)].tag);
+        return;
+    }
+    SavePrefsToBase();
+    GetPrefsFromBase();
+    GetUIFromPrefs();
+}
+
+void DrevixPane::PerformListCommand(int tag) {
+    switch (tag) {
+    case kTagNew:
+        actSettingsButtonNew();
+        break;
+    case kTagDelete:
+        actSettingsButtonDelete();
+        break;
+    case kTagExport:
+        actExport();
+        break;
+    case kTagImport:
+        actImport();
+        break;
+    default: // a separator; the installer and the information panel are dimmed
+        break;
+    }
+}
+
+void DrevixPane::actSettingsButtonNew() {
+    ApplicationChooser chooser(fMainView->window());
+    if (chooser.exec() != QDialog::Accepted || chooser.Chosen().fileName.empty()) {
+        return;
+    }
+    SavePrefsToBase();
+    const ChosenApplication &chosen = chooser.Chosen();
+    std::ignore = AddOrReplaceAppPrefs( // shown or reported there
+        MakeAppPrefs(fDrevixBase.get(), chosen.signature, chosen.fileName, chosen.shownName));
+}
+
+void DrevixPane::actSettingsButtonDelete() {
+    if (fDrevixPrefsIndex < 1 || fDrevixPrefs.factory != 0) {
+        return;
+    }
+    if (ConfirmPanel panel(ConfirmPanel::Kind::Remove, ShownName(fDrevixPrefs), fMainView->window());
+        panel.exec() != QDialog::Accepted) {
+        return;
+    }
+    fUnsaved.insert(FoldedName(fDrevixPrefs)); // the file has it still
+    QBaseMarkRecordForRemoval(fDrevixBase.get(), fDrevixPrefsIndex);
+    QBaseRemoveMarkedRecords(fDrevixBase.get());
+    ShowRecord(fDrevixPrefsIndex - 1);
+}
+
+void DrevixPane::actSettingsRadioDisable() {
+    fDrevixPrefs.active = uiSettingsRadioActive->isChecked() ? 1 : 0;
+    GetUIFromPrefs();
+}
+
+void DrevixPane::MarkSelectedDrevixPrefs() {
+    QBaseSetAllRecordFlags(fDrevixBase.get(), 0);
+    QBaseSetRecordFlags(fDrevixBase.get(), fDrevixPrefsIndex, kSelectedRecordFlag);
+}
+
+void DrevixPane::SelectMarkedDrevixPrefs() {
+    const RecordNumber marked = QBaseFindRecordFlags(fDrevixBase.get(), kSelectedRecordFlag);
+    fDrevixPrefsIndex = marked == kNoRecord ? 0 : marked;
+    QBaseSetRecordFlags(fDrevixBase.get(), marked, 0);
+}
+
+RecordNumber DrevixPane::AddOrReplaceAppPrefs(const AppPrefs &record) {
+    ReplaceAnswer answer = ReplaceAnswer::Ask;
+    const RecordNumber number = StoreConfirmed(record, answer, false);
+    if (number != kNoRecord) {
+        ShowStored(number);
+    }
+    return number;
+}
+
+// Whether a record may take the place of the one with its name; asks unless that was answered for all.
+bool DrevixPane::MayReplace(const AppPrefs &record, ReplaceAnswer &answer, bool isOneOfMany) {
+    if (answer != ReplaceAnswer::Ask) {
+        return answer == ReplaceAnswer::All;
+    }
+    ConfirmPanel panel(ConfirmPanel::Kind::Replace, ShownName(record), fMainView->window());
+    panel.OfferAll(isOneOfMany);
+    const bool agreed = panel.exec() == QDialog::Accepted;
+    if (panel.IsForAll()) {
+        answer = agreed ? ReplaceAnswer::All : ReplaceAnswer::None;
+    }
+    return agreed;
+}
+
+// Adds the record, or replaces the one with its name once the user agrees.
+RecordNumber DrevixPane::StoreConfirmed(const AppPrefs &record, ReplaceAnswer &answer, bool isOneOfMany) {
+    const RecordNumber replaced = FindReplacedAppPrefs(fDrevixBase.get(), record);
+    if (replaced != kNoRecord && !MayReplace(record, answer, isOneOfMany)) {
+        return kNoRecord;
+    }
+    const RecordNumber number = StoreAppPrefs(fDrevixBase.get(), record, replaced);
+    if (number == kNoRecord) {
+        Report(memFullErr, tr("The settings of %1 could not be added").arg(ShownName(record)));
+        return kNoRecord;
+    }
+    fUnsaved.insert(FoldedName(record));
+    if (const AppPrefs *stored = StoredPrefs(); number == fDrevixPrefsIndex && stored != nullptr) {
+        // The program may go to the background at the next question, which stores the working copy.
+        fDrevixPrefs = *stored;
+    }
+    return number;
+}
+
+// Shows a record that was just stored, at its place in the sorted list.
+void DrevixPane::ShowStored(RecordNumber number) {
+    fDrevixPrefsIndex = number;
+    MarkSelectedDrevixPrefs();
+    SortDrevixBase(fDrevixBase.get());
+    SelectMarkedDrevixPrefs();
+    ShowRecord(fDrevixPrefsIndex);
+}
+
+// Rebuilds the list and makes a record the one that is edited. The working copy is not stored before.
+void DrevixPane::ShowRecord(RecordNumber number) {
+    fDrevixPrefsIndex = number;
+    if (const AppPrefs *stored = StoredPrefs(); stored != nullptr) {
+        fDrevixPrefs = *stored;
+    }
+    UpdateTargetMenu();
+    GetPrefsFromBase();
+    GetUIFromPrefs();
+}
+
+void DrevixPane::actExport() {
+    ExportPanel panel(fMainView->window());
+    if (panel.exec() == QDialog::Accepted) {
+        std::ignore = ExportCurrentAppPrefs(panel.Path(), panel.IsForAll()); // reported there
+    }
+}
+
+void DrevixPane::actImport() {
+    ImportPanel panel(fMainView->window());
+    if (panel.exec() == QDialog::Accepted) {
+        std::ignore = ImportAppPrefs(panel.Path()); // reported there
+    }
+}
+
+OSErr DrevixPane::ExportCurrentAppPrefs(const QString &path, bool all) {
+    if (all) {
+        SavePrefsToBase();
+        UpdateRevertApplyButtons();
+    }
+    RecordNumber next = 0;
+    const auto nextRecord = [&]() -> const AppPrefs * {
+        if (!all) {
+            return next++ == 0 ? &fDrevixPrefs : nullptr;
+        }
+        const AppPrefs *prefs = nullptr;
+        while (prefs == nullptr && next < QBaseCountRecords(fDrevixBase.get())) {
+            prefs = GetAppPrefs(fDrevixBase.get(), next++); // null for what is no settings record
+        }
+        return prefs;
+    };
+    const OSErr status = WriteAppPrefsFile(path.toStdString(), nextRecord);
+    Report(status, tr("The settings could not be exported"));
+    return status;
+}
+
+OSErr DrevixPane::ImportAppPrefs(const QString &path) {
+    std::vector<AppPrefs> records;
+    PropertyListProblem problem;
+    OSErr status = noErr;
+    try {
+        status = ReadAppPrefsFile(
+            path.toStdString(), [&](const AppPrefs &record) { records.push_back(record); }, &problem);
+    } catch (const std::bad_alloc &) {
+        status = memFullErr;
+    }
+    if (status != noErr) {
+        Tell(tr("The file could not be imported: %1.").arg(ImportProblem(status, problem)));
+        return status;
+    }
+    Tell({});
+    SavePrefsToBase();
+    ReplaceAnswer answer = ReplaceAnswer::Ask;
+    RecordNumber last = kNoRecord;
+    for (const AppPrefs &record : records) {
+        const RecordNumber number = StoreConfirmed(record, answer, records.size() > 1);
+        last = number != kNoRecord ? number : last;
+    }
+    if (last == kNoRecord) {
+        UpdateRevertApplyButtons();
+    } else {
+        ShowStored(last); // the list is rebuilt once, when all are stored
+    }
+    return noErr;
+}
+
+bool DrevixPane::showRecord(const QString &appFileName) {
+    RecordNumber number = 0;
+    if (!appFileName.isEmpty()) {
+        Str63 name{};
+        getPascalString(appFileName.toStdString(), name.data(), kMaxFileNameLength);
+        number = FindAppPrefs(fDrevixBase.get(), name.data());
+    }
+    if (GetAppPrefs(fDrevixBase.get(), number) == nullptr) {
+        return false;
+    }
+    SavePrefsToBase();
+    ShowRecord(number);
+    return true;
+}
+
+} // namespace drevix

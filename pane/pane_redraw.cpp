@@ -1,0 +1,296 @@
+// Drawing every control from the working copy. Nothing here changes a record, and nothing that the user is doing is
+// disturbed: what shows the right value already is left alone.
+#include "pane/drevix_pane.h"
+
+#include "pane/editor_tables.h"
+#include "pane/pane_text.h"
+#include "pane/ring_values.h"
+
+#include <QSignalBlocker>
+#include <QStandardItemModel>
+
+#include <algorithm>
+
+namespace drevix {
+namespace {
+
+void EnableItem(const QComboBox *menu, int item, bool isEnabled) {
+    qobject_cast<QStandardItemModel *>(menu->model())->item(item)->setEnabled(isEnabled);
+}
+
+QString PercentText(int value) {
+    return DrevixPane::tr("%1 %").arg(value);
+}
+
+QString OnOffText(bool isOn) {
+    return isOn ? DrevixPane::tr("on") : DrevixPane::tr("off");
+}
+
+void SetBold(QWidget *widget, bool isBold) {
+    if (QFont font = widget->font(); font.bold() != isBold) {
+        font.setBold(isBold);
+        widget->setFont(font);
+    }
+}
+
+// Tells on a control whether its value is another than the factory's.
+void Explain(QWidget *widget, bool isChanged, const QString &factoryValue) {
+    const QString text =
+        isChanged ? DrevixPane::tr("Changed; the factory's value is %1.").arg(factoryValue) : QString();
+    widget->setToolTip(PlainToolTip(text));
+    widget->setAccessibleDescription(text);
+}
+
+void ShowSlider(QSlider *slider, QLabel *text, int value, int factoryValue) {
+    const QSignalBlocker quiet(slider);
+    slider->setValue(value);
+    text->setText(PercentText(value));
+    SetBold(text, value != factoryValue);
+    Explain(slider, value != factoryValue, PercentText(factoryValue));
+    Explain(text, value != factoryValue, PercentText(factoryValue));
+}
+
+void ShowBox(QCheckBox *box, bool isOn, bool isOnByFactory) {
+    box->setChecked(isOn);
+    SetBold(box, isOn != isOnByFactory);
+    Explain(box, isOn != isOnByFactory, OnOffText(isOnByFactory));
+}
+
+// Selects the item of a delay, and shows the delay itself when no item has it.
+void ShowDelay(QComboBox *menu, int item, int delay, bool isEnabled) {
+    menu->setPlaceholderText(DrevixPane::tr("Every %1/60 second").arg(delay));
+    menu->setCurrentIndex(item);
+    menu->setEnabled(isEnabled);
+}
+
+QString AxisText(Axis axis) {
+    switch (axis) {
+    case Axis::X:
+        return DrevixPane::tr("These are the values for left and right.");
+    case Axis::Y:
+        return DrevixPane::tr("These are the values for up and down.");
+    case Axis::Z:
+        return DrevixPane::tr("These are the values for turning.");
+    case Axis::None:
+        break;
+    }
+    return {};
+}
+
+int PictureIndexOf(SlotIndex slot) {
+    const auto *const found = std::ranges::find(kPictureSlots, slot);
+    return found == kPictureSlots.end() ? -1 : static_cast<int>(found - kPictureSlots.begin());
+}
+
+} // namespace
+
+void DrevixPane::GetUIFromPrefs() {
+    fDrevixActionIndex = SelectedSlot();
+    if (const int index = PictureIndexOf(fDrevixActionIndex); index >= 0) {
+        uiSettingsTabsImages->setCurrentIndex(index);
+    }
+    EnableMenus();
+    ShowDeviceValues();
+    ShowControlActions();
+    ShowDefaultsButton();
+    ShowAction();
+    ShowTargetTitle(fDrevixPrefsIndex);
+    UpdateRevertApplyButtons();
+}
+
+// The slot of the control that is selected on the page shown.
+SlotIndex DrevixPane::SelectedSlot() const {
+    const auto lists = ControlLists();
+    const int page = uiPaneTabs->currentIndex();
+    if (page < 0 || page >= static_cast<int>(lists.size())) {
+        return fDrevixActionIndex;
+    }
+    const QTreeWidgetItem *item = lists[static_cast<std::size_t>(page)]->currentItem();
+    return item == nullptr ? kNoSlot : static_cast<SlotIndex>(item->data(0, Qt::UserRole).toInt());
+}
+
+void DrevixPane::EnableMenus() {
+    const auto enableCommand = [this](int tag, bool isEnabled) {
+        EnableItem(uiSettingsMenuTarget, uiSettingsMenuTarget->count() - TargetItemFromEnd(tag), isEnabled);
+    };
+    enableCommand(kTagDelete, fDrevixPrefsIndex != 0 && fDrevixPrefs.factory == 0);
+    enableCommand(kTagInstall, false); // neither the installer nor the information panel is there yet
+    enableCommand(kTagInformation, false);
+
+    uiSettingsMenuAction->setEnabled(fDrevixActionIndex >= 0);
+    const auto enableAction = [this](ActionMenuEntry entry, bool isEnabled) {
+        EnableItem(uiSettingsMenuAction, static_cast<int>(entry), isEnabled);
+    };
+    const bool hasAppCommands = HasAppCommands(fDrevixPrefs.application);
+    enableAction(ActionMenuEntry::UseGlobal, fDrevixPrefsIndex != 0);
+    enableAction(ActionMenuEntry::Application, hasAppCommands);
+    enableAction(ActionMenuEntry::ToolMenu,
+                 (hasAppCommands || fDrevixPrefs.application == kGlobalSignature) &&
+                     IsToolMenuSlot(fDrevixActionIndex));
+}
+
+void DrevixPane::ShowDeviceValues() {
+    const DevicePrefs &device = fDrevixPrefs.device[0];
+    const DevicePrefs &factory = fDefaultAppPrefs.device[0];
+    (fDrevixPrefs.active != 0 ? uiSettingsRadioActive : uiSettingsRadioDisabled)->setChecked(true);
+    ShowRingSliders();
+    ShowSlider(uiSettingsSliderToolSens, uiSettingsTextToolSens, device.toolSensitivity,
+               factory.toolSensitivity);
+    ShowBox(uiSettingsBoxClickSound, device.click != 0, factory.click != 0);
+}
+
+void DrevixPane::ShowRingSliders() {
+    const DevicePrefs &device = fDrevixPrefs.device[0];
+    const DevicePrefs &factory = fDefaultAppPrefs.device[0];
+    ShowBox(uiSettingsBoxAllAxis, device.useSeparateNavSens == 0, factory.useSeparateNavSens == 0);
+    const RingFields fields = EditedRingFields(device, fDrevixActionIndex);
+    if (fields.sensitivity == nullptr) {
+        return; // a control of another page is selected
+    }
+    ShowSlider(uiSettingsSliderNavSens, uiSettingsTextNavSens, device.*fields.sensitivity,
+               factory.*fields.sensitivity);
+    ShowSlider(uiSettingsSliderNavSpeed, uiSettingsTextNavSpeed, device.*fields.speed, factory.*fields.speed);
+    uiSettingsTextAxis->setText(AxisText(EditedAxis(device, fDrevixActionIndex)));
+}
+
+// Beside each control stands what it does, bold where that is not the factory's choice.
+void DrevixPane::ShowControlActions() {
+    for (const QTreeWidget *list : ControlLists()) {
+        for (int i = 0; i < list->topLevelItemCount(); ++i) {
+            QTreeWidgetItem *item = list->topLevelItem(i);
+            const auto slot = static_cast<SlotIndex>(item->data(0, Qt::UserRole).toInt());
+            const ActionSlot &action = fDrevixPrefs.device[0].action[slot];
+            const ActionSlot &factory = fDefaultAppPrefs.device[0].action[slot];
+            const bool isChanged = !DoTheSame(action, factory);
+            const QString text = ActionText(action);
+            const QString note =
+                isChanged ? tr("Changed; the factory's action is %1.").arg(ActionText(factory)) : QString();
+            QFont font = list->font();
+            font.setBold(isChanged);
+            item->setText(1, text);
+            item->setFont(1, font);
+            item->setToolTip(1, PlainToolTip(note.isEmpty() ? text : text + QLatin1Char('\n') + note));
+            item->setData(1, Qt::AccessibleDescriptionRole, note);
+            uiSettingsTabsImages->setControlText(PictureIndexOf(slot), ControlTitle(slot), text);
+        }
+    }
+}
+
+// The tool tip of the page's defaults button says what the button restores, with what differs now in bold.
+void DrevixPane::ShowDefaultsButton() {
+    const ControlSlot *control = FindControlSlot(fDrevixActionIndex);
+    if (control == nullptr) {
+        return;
+    }
+    QStringList lines = {tr("Restores the factory's settings:")};
+    for (const ControlSlot &other : kControlSlots) {
+        if (other.group == control->group) {
+            const ActionSlot &factory = fDefaultAppPrefs.device[0].action[other.slot];
+            const QString line =
+                tr("%1: %2").arg(ControlTitle(other.slot), ActionText(factory)).toHtmlEscaped();
+            lines += DoTheSame(fDrevixPrefs.device[0].action[other.slot], factory)
+                         ? line
+                         : QStringLiteral("<b>%1</b>").arg(line);
+        }
+    }
+    lines += DefaultValueTexts(control->group);
+    const std::array<QPushButton *, 3> buttons = {uiSettingsButtonNavDefaults, uiSettingsButtonToolDefaults,
+                                                  uiSettingsButtonTriggerDefaults};
+    buttons[static_cast<std::size_t>(control->group)]->setToolTip(lines.join(QLatin1String("<br>")));
+}
+
+// What a defaults button restores beside the actions.
+QStringList DrevixPane::DefaultValueTexts(ControlGroup group) const {
+    const DevicePrefs &factory = fDefaultAppPrefs.device[0];
+    switch (group) {
+    case ControlGroup::Ring:
+        return {tr("Sensitivity: %1").arg(PercentText(factory.navSensitivity)),
+                tr("Speed: %1").arg(PercentText(factory.navSpeed)),
+                tr("Same values for all axes: %1").arg(OnOffText(factory.useSeparateNavSens == 0))};
+    case ControlGroup::Tuner:
+        return {tr("Sensitivity: %1").arg(PercentText(factory.toolSensitivity)),
+                tr("Click sound: %1").arg(OnOffText(factory.click != 0))};
+    case ControlGroup::Buttons:
+        break;
+    }
+    return {};
+}
+
+QString DrevixPane::ActionText(const ActionSlot &slot) const {
+    const ActionInfo *action = FindAction(slot.command);
+    if (action == nullptr) {
+        return tr("Unknown action %1").arg(slot.command);
+    }
+    QString title = TranslatedText(action->title);
+    switch (action->group) {
+    case ActionGroup::ActionKeystroke:
+        return slot.keyCode == kNoKeyCode ? tr("%1 (none)").arg(title) : KeyText(slot);
+    case ActionGroup::ActionScroll:
+        return ModifierText(slot.modifiers) + title;
+    case ActionGroup::ActionOpenItem:
+        return slot.data[0] == 0 ? title : tr("Open %1").arg(TextOf(slot.data));
+    case ActionGroup::ActionToolMenu: {
+        const int entry = FindInToolMenu(slot.crc);
+        return entry > 0 ? uiSettingsMenuToolMenu->itemText(entry) : title;
+    }
+    default:
+        return title;
+    }
+}
+
+void DrevixPane::ShowAction() {
+    const ActionSlot *slot = EditedSlot();
+    const ActionPlace place = ClassifyAction(slot == nullptr ? kActionNone : slot->command);
+    uiSettingsGroupAction->setTitle(
+        slot == nullptr ? tr("A&ction") : tr("A&ction: %1").arg(ControlTitle(fDrevixActionIndex)));
+    uiSettingsMenuAction->setCurrentIndex(place.actionMenuPosition);
+    uiSettingsTabsAction->setCurrentIndex(static_cast<int>(place.tab));
+    if (slot == nullptr) {
+        return;
+    }
+    if (place.menu != nullptr) {
+        MenuOf(*place.menu)->setCurrentIndex(place.menuPosition);
+    }
+    switch (place.tab) {
+    case DetailTab::ToolMenu:
+        uiSettingsMenuToolMenu->setCurrentIndex(FindInToolMenu(slot->crc));
+        break;
+    case DetailTab::OpenItem:
+        uiSettingsFieldOpenItem->setText(TextOf(slot->data));
+        break;
+    case DetailTab::Scroll:
+        ShowScroll(*slot);
+        break;
+    case DetailTab::Keystroke:
+        ShowKeystroke(*slot);
+        break;
+    default:
+        break;
+    }
+}
+
+void DrevixPane::ShowKeystroke(const ActionSlot &slot) {
+    uiSettingsFieldKeystroke->setText(KeyText(slot));
+    ShowModifiers(slot);
+    const bool isTuner = IsTunerSlot(fDrevixActionIndex);
+    const int tag = slot.delay == kDelayOfNegativeTag ? -1 : slot.delay;
+    ShowDelay(uiSettingsMenuKeyRepeat, isTuner ? kTunerKeyRepeatItem : uiSettingsMenuKeyRepeat->findData(tag),
+              slot.delay, !isTuner);
+    uiSettingsMenuExtraKeys->setCurrentIndex(0);
+}
+
+void DrevixPane::ShowScroll(const ActionSlot &slot) {
+    ShowModifiers(slot);
+    const bool isTuner = IsTunerSlot(fDrevixActionIndex);
+    ShowDelay(uiSettingsMenuAutoRepeat,
+              isTuner ? kTunerAutoRepeatItem : uiSettingsMenuAutoRepeat->findData(slot.delay), slot.delay,
+              !isTuner);
+}
+
+void DrevixPane::ShowModifiers(const ActionSlot &slot) {
+    for (const auto &[box, mask] : ModifierBoxes()) {
+        box->setChecked((slot.modifiers & mask) != 0);
+    }
+}
+
+} // namespace drevix

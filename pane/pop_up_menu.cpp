@@ -1,0 +1,42 @@
+#include "pane/pop_up_menu.h"
+
+#include <QAbstractItemView>
+#include <QCoreApplication>
+#include <QKeyEvent>
+
+namespace drevix {
+namespace {
+
+bool IsLetter(const QKeyEvent &event) {
+    const QString text = event.text();
+    return !text.isEmpty() && text.front().isPrint() && !text.front().isSpace() &&
+           (event.modifiers() & ~(Qt::ShiftModifier | Qt::KeypadModifier)) == Qt::NoModifier;
+}
+
+} // namespace
+
+void PopUpMenu::keyPressEvent(QKeyEvent *event) {
+    switch (event->key()) {
+    case Qt::Key_Up:
+    case Qt::Key_Down:
+    case Qt::Key_PageUp:
+    case Qt::Key_PageDown:
+    case Qt::Key_Home:
+    case Qt::Key_End:
+        showPopup();
+        break;
+    default:
+        if (IsLetter(*event)) {
+            showPopup();
+            QCoreApplication::sendEvent(view(), event); // the open list goes to the entry with this letter
+        } else {
+            QComboBox::keyPressEvent(event);
+        }
+    }
+}
+
+void PopUpMenu::wheelEvent(QWheelEvent *event) {
+    event->ignore();
+}
+
+} // namespace drevix

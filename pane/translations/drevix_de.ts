@@ -1,0 +1,1277 @@
+<?xml version="1.0" encoding="utf-8"?>
+<!DOCTYPE TS>
+<TS version="2.1" language="de_DE">
+<context>
+    <name>Controls</name>
+    <message>
+        <source>Global Settings</source>
+        <translation>Globale Einstellungen</translation>
+    </message>
+    <message>
+        <source>Push left</source>
+        <translation>Nach links drücken</translation>
+    </message>
+    <message>
+        <source>Push right</source>
+        <translation>Nach rechts drücken</translation>
+    </message>
+    <message>
+        <source>Push up</source>
+        <translation>Nach oben drücken</translation>
+    </message>
+    <message>
+        <source>Push down</source>
+        <translation>Nach unten drücken</translation>
+    </message>
+    <message>
+        <source>Back at rest from a push</source>
+        <translation>In Ruhe nach dem Drücken</translation>
+    </message>
+    <message>
+        <source>Turn left</source>
+        <translation>Nach links drehen</translation>
+    </message>
+    <message>
+        <source>Turn right</source>
+        <translation>Nach rechts drehen</translation>
+    </message>
+    <message>
+        <source>Back at rest from a turn</source>
+        <translation>In Ruhe nach dem Drehen</translation>
+    </message>
+    <message>
+        <source>Tuner left</source>
+        <translation>Tuner nach links</translation>
+    </message>
+    <message>
+        <source>Tuner right</source>
+        <translation>Tuner nach rechts</translation>
+    </message>
+    <message>
+        <source>Button V</source>
+        <translation>Taste V</translation>
+    </message>
+    <message>
+        <source>Button P</source>
+        <translation>Taste P</translation>
+    </message>
+    <message>
+        <source>Button I</source>
+        <translation>Taste I</translation>
+    </message>
+    <message>
+        <source>Button II</source>
+        <translation>Taste II</translation>
+    </message>
+    <message>
+        <source>Button III</source>
+        <translation>Taste III</translation>
+    </message>
+</context>
+<context>
+    <name>DrevixPaneView</name>
+    <message>
+        <source>Drevix Veltrana</source>
+        <translation>Drevix Veltrana</translation>
+    </message>
+    <message>
+        <source>Settings &amp;for:</source>
+        <translation>Einstellungen &amp;für:</translation>
+    </message>
+    <message>
+        <source>Application</source>
+        <translation>Anwendung</translation>
+    </message>
+    <message>
+        <source>Act&amp;ive</source>
+        <translation>Akt&amp;iv</translation>
+    </message>
+    <message>
+        <source>Disa&amp;bled</source>
+        <translation>Ab&amp;geschaltet</translation>
+    </message>
+    <message>
+        <source>Picture of the device</source>
+        <translation>Bild des Geräts</translation>
+    </message>
+    <message>
+        <source>Navigation &amp;Ring</source>
+        <translation>Navigations&amp;ring</translation>
+    </message>
+    <message>
+        <source>Controls of the ring</source>
+        <translation>Bedienelemente des Rings</translation>
+    </message>
+    <message>
+        <source>Control</source>
+        <translation>Bedienelement</translation>
+    </message>
+    <message>
+        <source>Action</source>
+        <translation>Aktion</translation>
+    </message>
+    <message>
+        <source>S&amp;ensitivity:</source>
+        <translation>&amp;Empfindlichkeit:</translation>
+    </message>
+    <message>
+        <source>Ring sensitivity</source>
+        <translation>Empfindlichkeit des Rings</translation>
+    </message>
+    <message>
+        <source>Spee&amp;d:</source>
+        <translation>Gesch&amp;windigkeit:</translation>
+    </message>
+    <message>
+        <source>Ring speed</source>
+        <translation>Geschwindigkeit des Rings</translation>
+    </message>
+    <message>
+        <source>Same va&amp;lues for all axes</source>
+        <translation>G&amp;leiche Werte für alle Achsen</translation>
+    </message>
+    <message>
+        <source>Rin&amp;g Defaults</source>
+        <translation>Stan&amp;dard für den Ring</translation>
+    </message>
+    <message>
+        <source>Tool T&amp;uner</source>
+        <translation>Werkzeug-T&amp;uner</translation>
+    </message>
+    <message>
+        <source>Controls of the tuner</source>
+        <translation>Bedienelemente des Tuners</translation>
+    </message>
+    <message>
+        <source>Tuner sensitivity</source>
+        <translation>Empfindlichkeit des Tuners</translation>
+    </message>
+    <message>
+        <source>C&amp;lick sound</source>
+        <translation>K&amp;lickgeräusch</translation>
+    </message>
+    <message>
+        <source>Tuner &amp;Defaults</source>
+        <translation>Stan&amp;dard für den Tuner</translation>
+    </message>
+    <message>
+        <source>Trigger Poi&amp;nts</source>
+        <translation>Taste&amp;n</translation>
+    </message>
+    <message>
+        <source>Buttons</source>
+        <translation>Tasten</translation>
+    </message>
+    <message>
+        <source>Button &amp;Defaults</source>
+        <translation>Stan&amp;dard für die Tasten</translation>
+    </message>
+    <message>
+        <source>Ke&amp;ystroke:</source>
+        <translation>&amp;Tastendruck:</translation>
+    </message>
+    <message>
+        <source>Keystroke</source>
+        <translation>Tastendruck</translation>
+    </message>
+    <message>
+        <source>With:</source>
+        <translation>Mit:</translation>
+    </message>
+    <message>
+        <source>Control key</source>
+        <translation>Taste Control</translation>
+    </message>
+    <message>
+        <source>c&amp;trl</source>
+        <translation>&amp;ctrl</translation>
+    </message>
+    <message>
+        <source>Option key</source>
+        <translation>Taste Option</translation>
+    </message>
+    <message>
+        <source>&amp;opt</source>
+        <translation>&amp;opt</translation>
+    </message>
+    <message>
+        <source>Command key</source>
+        <translation>Taste Command</translation>
+    </message>
+    <message>
+        <source>c&amp;md</source>
+        <translation>c&amp;md</translation>
+    </message>
+    <message>
+        <source>Shift key</source>
+        <translation>Umschalttaste</translation>
+    </message>
+    <message>
+        <source>&amp;shift</source>
+        <translation>&amp;shift</translation>
+    </message>
+    <message>
+        <source>Caps lock</source>
+        <translation>Feststelltaste</translation>
+    </message>
+    <message>
+        <source>ca&amp;ps</source>
+        <translation>ca&amp;ps</translation>
+    </message>
+    <message>
+        <source>Other &amp;key:</source>
+        <translation>&amp;Zusatztaste:</translation>
+    </message>
+    <message>
+        <source>Key without a character</source>
+        <translation>Taste ohne Zeichen</translation>
+    </message>
+    <message>
+        <source>&amp;When held:</source>
+        <translation>Beim &amp;Halten:</translation>
+    </message>
+    <message>
+        <source>Key repeat</source>
+        <translation>Tastenwiederholung</translation>
+    </message>
+    <message>
+        <source>Co&amp;mmand:</source>
+        <translation>&amp;Befehl:</translation>
+    </message>
+    <message>
+        <source>Navigation command</source>
+        <translation>Navigationsbefehl</translation>
+    </message>
+    <message>
+        <source>Tool command</source>
+        <translation>Werkzeugbefehl</translation>
+    </message>
+    <message>
+        <source>&amp;Menu entry:</source>
+        <translation>&amp;Menüeintrag:</translation>
+    </message>
+    <message>
+        <source>Companion menu entry</source>
+        <translation>Menüeintrag des Begleitgeräts</translation>
+    </message>
+    <message>
+        <source>S&amp;hortcut:</source>
+        <translation>Kür&amp;zel:</translation>
+    </message>
+    <message>
+        <source>Shortcut</source>
+        <translation>Kürzel</translation>
+    </message>
+    <message>
+        <source>&amp;Key:</source>
+        <translation>&amp;Taste:</translation>
+    </message>
+    <message>
+        <source>Special key</source>
+        <translation>Sondertaste</translation>
+    </message>
+    <message>
+        <source>Functi&amp;on:</source>
+        <translation>Funkti&amp;on:</translation>
+    </message>
+    <message>
+        <source>Desktop function</source>
+        <translation>Schreibtischfunktion</translation>
+    </message>
+    <message>
+        <source>Ite&amp;m:</source>
+        <translation>&amp;Objekt:</translation>
+    </message>
+    <message>
+        <source>Item to open</source>
+        <translation>Zu öffnendes Objekt</translation>
+    </message>
+    <message>
+        <source>&amp;Media:</source>
+        <translation>&amp;Medien:</translation>
+    </message>
+    <message>
+        <source>Media command</source>
+        <translation>Medienbefehl</translation>
+    </message>
+    <message>
+        <source>Auto repeat</source>
+        <translation>Automatische Wiederholung</translation>
+    </message>
+    <message>
+        <source>Re&amp;vert</source>
+        <translation>&amp;Verwerfen</translation>
+    </message>
+    <message>
+        <source>Go back to the settings in the file</source>
+        <translation>Zurück zu den Einstellungen in der Datei</translation>
+    </message>
+    <message>
+        <source>&amp;Apply</source>
+        <translation>&amp;Anwenden</translation>
+    </message>
+    <message>
+        <source>Save the settings and put them in force</source>
+        <translation>Die Einstellungen sichern und in Kraft setzen</translation>
+    </message>
+</context>
+<context>
+    <name>Engine</name>
+    <message>
+        <source>No action</source>
+        <translation>Keine Aktion</translation>
+    </message>
+    <message>
+        <source>Global setting</source>
+        <translation>Globale Einstellung</translation>
+    </message>
+    <message>
+        <source>Ring mode</source>
+        <translation>Ringmodus</translation>
+    </message>
+    <message>
+        <source>Keystroke</source>
+        <translation>Tastendruck</translation>
+    </message>
+    <message>
+        <source>Companion menu</source>
+        <translation>Menü des Begleitgeräts</translation>
+    </message>
+    <message>
+        <source>Application tool</source>
+        <translation>Werkzeug der Anwendung</translation>
+    </message>
+    <message>
+        <source>Application navigation</source>
+        <translation>Navigation in der Anwendung</translation>
+    </message>
+    <message>
+        <source>Open item</source>
+        <translation>Objekt öffnen</translation>
+    </message>
+    <message>
+        <source>Desktop</source>
+        <translation>Schreibtisch</translation>
+    </message>
+    <message>
+        <source>Special key</source>
+        <translation>Sondertaste</translation>
+    </message>
+    <message>
+        <source>Media player</source>
+        <translation>Medienspieler</translation>
+    </message>
+    <message>
+        <source>Shortcut</source>
+        <translation>Kürzel</translation>
+    </message>
+    <message>
+        <source>Scroll</source>
+        <translation>Blättern</translation>
+    </message>
+    <message>
+        <source>Use the global setting</source>
+        <translation>Globale Einstellung verwenden</translation>
+    </message>
+    <message>
+        <source>Switch ring mode</source>
+        <translation>Ringmodus umschalten</translation>
+    </message>
+    <message>
+        <source>Companion menu entry</source>
+        <translation>Menüeintrag des Begleitgeräts</translation>
+    </message>
+    <message>
+        <source>Tool size down</source>
+        <translation>Werkzeug kleiner</translation>
+    </message>
+    <message>
+        <source>Tool size up</source>
+        <translation>Werkzeug größer</translation>
+    </message>
+    <message>
+        <source>Move left</source>
+        <translation>Nach links bewegen</translation>
+    </message>
+    <message>
+        <source>Move right</source>
+        <translation>Nach rechts bewegen</translation>
+    </message>
+    <message>
+        <source>Move up</source>
+        <translation>Nach oben bewegen</translation>
+    </message>
+    <message>
+        <source>Move down</source>
+        <translation>Nach unten bewegen</translation>
+    </message>
+    <message>
+        <source>Zoom out</source>
+        <translation>Verkleinern</translation>
+    </message>
+    <message>
+        <source>Zoom in</source>
+        <translation>Vergrößern</translation>
+    </message>
+    <message>
+        <source>Fit to window</source>
+        <translation>In Fenster einpassen</translation>
+    </message>
+    <message>
+        <source>Show desktop</source>
+        <translation>Schreibtisch anzeigen</translation>
+    </message>
+    <message>
+        <source>Show application windows</source>
+        <translation>Fenster der Anwendung anzeigen</translation>
+    </message>
+    <message>
+        <source>Show all windows</source>
+        <translation>Alle Fenster anzeigen</translation>
+    </message>
+    <message>
+        <source>Open file manager</source>
+        <translation>Dateimanager öffnen</translation>
+    </message>
+    <message>
+        <source>Open web browser</source>
+        <translation>Webbrowser öffnen</translation>
+    </message>
+    <message>
+        <source>Open mail</source>
+        <translation>E-Mail öffnen</translation>
+    </message>
+    <message>
+        <source>Open calendar</source>
+        <translation>Kalender öffnen</translation>
+    </message>
+    <message>
+        <source>Open contacts</source>
+        <translation>Kontakte öffnen</translation>
+    </message>
+    <message>
+        <source>Open messages</source>
+        <translation>Nachrichten öffnen</translation>
+    </message>
+    <message>
+        <source>Open terminal</source>
+        <translation>Terminal öffnen</translation>
+    </message>
+    <message>
+        <source>Open text editor</source>
+        <translation>Texteditor öffnen</translation>
+    </message>
+    <message>
+        <source>Open calculator</source>
+        <translation>Taschenrechner öffnen</translation>
+    </message>
+    <message>
+        <source>Open image viewer</source>
+        <translation>Bildbetrachter öffnen</translation>
+    </message>
+    <message>
+        <source>Open document viewer</source>
+        <translation>Dokumentbetrachter öffnen</translation>
+    </message>
+    <message>
+        <source>Open music player</source>
+        <translation>Musikspieler öffnen</translation>
+    </message>
+    <message>
+        <source>Open video player</source>
+        <translation>Videospieler öffnen</translation>
+    </message>
+    <message>
+        <source>Open screenshot tool</source>
+        <translation>Bildschirmfoto-Werkzeug öffnen</translation>
+    </message>
+    <message>
+        <source>Open software manager</source>
+        <translation>Softwareverwaltung öffnen</translation>
+    </message>
+    <message>
+        <source>Open system monitor</source>
+        <translation>Systemmonitor öffnen</translation>
+    </message>
+    <message>
+        <source>Open system settings</source>
+        <translation>Systemeinstellungen öffnen</translation>
+    </message>
+    <message>
+        <source>Lock screen</source>
+        <translation>Bildschirm sperren</translation>
+    </message>
+    <message>
+        <source>Log out</source>
+        <translation>Abmelden</translation>
+    </message>
+    <message>
+        <source>Suspend</source>
+        <translation>Bereitschaft</translation>
+    </message>
+    <message>
+        <source>Restart</source>
+        <translation>Neu starten</translation>
+    </message>
+    <message>
+        <source>Shut down</source>
+        <translation>Herunterfahren</translation>
+    </message>
+    <message>
+        <source>Eject disc</source>
+        <translation>Disc auswerfen</translation>
+    </message>
+    <message>
+        <source>Mute microphone</source>
+        <translation>Mikrofon stummschalten</translation>
+    </message>
+    <message>
+        <source>Mute sound</source>
+        <translation>Ton stummschalten</translation>
+    </message>
+    <message>
+        <source>Volume down</source>
+        <translation>Leiser</translation>
+    </message>
+    <message>
+        <source>Volume up</source>
+        <translation>Lauter</translation>
+    </message>
+    <message>
+        <source>Brightness down</source>
+        <translation>Dunkler</translation>
+    </message>
+    <message>
+        <source>Brightness up</source>
+        <translation>Heller</translation>
+    </message>
+    <message>
+        <source>Play or pause</source>
+        <translation>Wiedergabe oder Pause</translation>
+    </message>
+    <message>
+        <source>Next track</source>
+        <translation>Nächster Titel</translation>
+    </message>
+    <message>
+        <source>Previous track</source>
+        <translation>Voriger Titel</translation>
+    </message>
+    <message>
+        <source>Stop playing</source>
+        <translation>Wiedergabe beenden</translation>
+    </message>
+    <message>
+        <source>Player volume up</source>
+        <translation>Medienspieler lauter</translation>
+    </message>
+    <message>
+        <source>Player volume down</source>
+        <translation>Medienspieler leiser</translation>
+    </message>
+    <message>
+        <source>Browser back</source>
+        <translation>Browser zurück</translation>
+    </message>
+    <message>
+        <source>Browser forward</source>
+        <translation>Browser vorwärts</translation>
+    </message>
+    <message>
+        <source>Browser reload</source>
+        <translation>Browser neu laden</translation>
+    </message>
+    <message>
+        <source>New</source>
+        <translation>Neu</translation>
+    </message>
+    <message>
+        <source>Open</source>
+        <translation>Öffnen</translation>
+    </message>
+    <message>
+        <source>Save</source>
+        <translation>Sichern</translation>
+    </message>
+    <message>
+        <source>Print</source>
+        <translation>Drucken</translation>
+    </message>
+    <message>
+        <source>Close window</source>
+        <translation>Fenster schließen</translation>
+    </message>
+    <message>
+        <source>Minimize window</source>
+        <translation>Fenster minimieren</translation>
+    </message>
+    <message>
+        <source>Undo</source>
+        <translation>Rückgängig</translation>
+    </message>
+    <message>
+        <source>Cut</source>
+        <translation>Ausschneiden</translation>
+    </message>
+    <message>
+        <source>Copy</source>
+        <translation>Kopieren</translation>
+    </message>
+    <message>
+        <source>Paste</source>
+        <translation>Einfügen</translation>
+    </message>
+    <message>
+        <source>Select all</source>
+        <translation>Alles auswählen</translation>
+    </message>
+    <message>
+        <source>Find</source>
+        <translation>Suchen</translation>
+    </message>
+    <message>
+        <source>Find next</source>
+        <translation>Weitersuchen</translation>
+    </message>
+    <message>
+        <source>Next window</source>
+        <translation>Nächstes Fenster</translation>
+    </message>
+    <message>
+        <source>Full screen</source>
+        <translation>Vollbild</translation>
+    </message>
+    <message>
+        <source>Redo</source>
+        <translation>Wiederholen</translation>
+    </message>
+    <message>
+        <source>Scroll up</source>
+        <translation>Nach oben blättern</translation>
+    </message>
+    <message>
+        <source>Scroll down</source>
+        <translation>Nach unten blättern</translation>
+    </message>
+    <message>
+        <source>Scroll left</source>
+        <translation>Nach links blättern</translation>
+    </message>
+    <message>
+        <source>Scroll right</source>
+        <translation>Nach rechts blättern</translation>
+    </message>
+    <message>
+        <source>Application command</source>
+        <translation>Befehl der Anwendung</translation>
+    </message>
+    <message>
+        <source>nothing went wrong</source>
+        <translation>nichts ging schief</translation>
+    </message>
+    <message>
+        <source>it is not a valid record file, or it is damaged</source>
+        <translation>sie ist keine gültige Datensatzdatei oder beschädigt</translation>
+    </message>
+    <message>
+        <source>the folder is full</source>
+        <translation>der Ordner ist voll</translation>
+    </message>
+    <message>
+        <source>the disk is full</source>
+        <translation>der Datenträger ist voll</translation>
+    </message>
+    <message>
+        <source>there is no such disk</source>
+        <translation>diesen Datenträger gibt es nicht</translation>
+    </message>
+    <message>
+        <source>the disk reported an error</source>
+        <translation>der Datenträger meldete einen Fehler</translation>
+    </message>
+    <message>
+        <source>the name cannot be used</source>
+        <translation>der Name kann nicht verwendet werden</translation>
+    </message>
+    <message>
+        <source>the file ends too early</source>
+        <translation>die Datei endet zu früh</translation>
+    </message>
+    <message>
+        <source>a position lies before the start of the file</source>
+        <translation>eine Position liegt vor dem Anfang der Datei</translation>
+    </message>
+    <message>
+        <source>too many files are open</source>
+        <translation>zu viele Dateien sind offen</translation>
+    </message>
+    <message>
+        <source>there is no such file</source>
+        <translation>diese Datei gibt es nicht</translation>
+    </message>
+    <message>
+        <source>the disk is write-protected</source>
+        <translation>der Datenträger ist schreibgeschützt</translation>
+    </message>
+    <message>
+        <source>the file is in use by another program</source>
+        <translation>die Datei wird von einem anderen Programm benutzt</translation>
+    </message>
+    <message>
+        <source>the name is already taken</source>
+        <translation>der Name ist schon vergeben</translation>
+    </message>
+    <message>
+        <source>the request makes no sense</source>
+        <translation>die Anforderung ergibt keinen Sinn</translation>
+    </message>
+    <message>
+        <source>the file is not open</source>
+        <translation>die Datei ist nicht offen</translation>
+    </message>
+    <message>
+        <source>permission was denied</source>
+        <translation>die Berechtigung fehlt</translation>
+    </message>
+    <message>
+        <source>the file is not open for writing</source>
+        <translation>die Datei ist nicht zum Schreiben offen</translation>
+    </message>
+    <message>
+        <source>there is not enough memory</source>
+        <translation>es ist nicht genug Speicher da</translation>
+    </message>
+    <message>
+        <source>there is no such folder</source>
+        <translation>diesen Ordner gibt es nicht</translation>
+    </message>
+    <message>
+        <source>it was cancelled</source>
+        <translation>es wurde abgebrochen</translation>
+    </message>
+    <message>
+        <source>no settings were found</source>
+        <translation>es wurden keine Einstellungen gefunden</translation>
+    </message>
+    <message>
+        <source>the program is not running</source>
+        <translation>das Programm läuft nicht</translation>
+    </message>
+    <message>
+        <source>it is a folder, not a file</source>
+        <translation>es ist ein Ordner, keine Datei</translation>
+    </message>
+    <message>
+        <source>an unknown error happened</source>
+        <translation>ein unbekannter Fehler trat auf</translation>
+    </message>
+    <message>
+        <source>it is a binary list of an unknown version</source>
+        <translation>sie ist eine binäre Liste einer unbekannten Version</translation>
+    </message>
+    <message>
+        <source>it is cut short, or its trailer makes no sense</source>
+        <translation>sie ist abgeschnitten, oder ihr Ende ergibt keinen Sinn</translation>
+    </message>
+    <message>
+        <source>the root is not an array</source>
+        <translation>die Wurzel ist keine Reihung</translation>
+    </message>
+    <message>
+        <source>a count is damaged</source>
+        <translation>eine Anzahl ist beschädigt</translation>
+    </message>
+    <message>
+        <source>its shared texts add up to more than 256 MB</source>
+        <translation>ihre gemeinsamen Texte ergeben mehr als 256 MB</translation>
+    </message>
+    <message>
+        <source>a value has a type that no list may hold</source>
+        <translation>ein Wert hat einen Typ, den keine Liste enthalten darf</translation>
+    </message>
+    <message>
+        <source>an integer is too large</source>
+        <translation>eine ganze Zahl ist zu groß</translation>
+    </message>
+    <message>
+        <source>a real number has an unknown size</source>
+        <translation>eine Kommazahl hat eine unbekannte Größe</translation>
+    </message>
+    <message>
+        <source>a date is malformed</source>
+        <translation>ein Datum ist fehlerhaft</translation>
+    </message>
+    <message>
+        <source>a text is malformed UTF-16</source>
+        <translation>ein Text ist fehlerhaftes UTF-16</translation>
+    </message>
+    <message>
+        <source>a text that should be ASCII is not</source>
+        <translation>ein Text, der ASCII sein sollte, ist es nicht</translation>
+    </message>
+    <message>
+        <source>a key is not a text</source>
+        <translation>ein Schlüssel ist kein Text</translation>
+    </message>
+    <message>
+        <source>an object lies outside the list</source>
+        <translation>ein Objekt liegt außerhalb der Liste</translation>
+    </message>
+    <message>
+        <source>it is not well-formed</source>
+        <translation>sie ist nicht wohlgeformt</translation>
+    </message>
+    <message>
+        <source>something follows the list</source>
+        <translation>nach der Liste folgt noch etwas</translation>
+    </message>
+    <message>
+        <source>text stands outside a value</source>
+        <translation>Text steht außerhalb eines Werts</translation>
+    </message>
+    <message>
+        <source>it is not well-formed: an element ends with another&apos;s end tag</source>
+        <translation>sie ist nicht wohlgeformt: ein Element endet mit dem Endezeichen eines anderen</translation>
+    </message>
+    <message>
+        <source>an entity is used that is not predefined</source>
+        <translation>eine nicht vordefinierte Entität wird verwendet</translation>
+    </message>
+    <message>
+        <source>its document type makes declarations</source>
+        <translation>ihr Dokumenttyp enthält Deklarationen</translation>
+    </message>
+    <message>
+        <source>an element is unknown</source>
+        <translation>ein Element ist unbekannt</translation>
+    </message>
+    <message>
+        <source>an element stands inside a value</source>
+        <translation>ein Element steht innerhalb eines Werts</translation>
+    </message>
+    <message>
+        <source>the root is not &lt;plist&gt;</source>
+        <translation>die Wurzel ist nicht &lt;plist&gt;</translation>
+    </message>
+    <message>
+        <source>a key stands outside a dictionary</source>
+        <translation>ein Schlüssel steht außerhalb eines Wörterbuchs</translation>
+    </message>
+    <message>
+        <source>a key has no value</source>
+        <translation>ein Schlüssel hat keinen Wert</translation>
+    </message>
+    <message>
+        <source>a &lt;plist&gt; stands inside the list</source>
+        <translation>ein &lt;plist&gt; steht innerhalb der Liste</translation>
+    </message>
+    <message>
+        <source>there is more than one root</source>
+        <translation>es gibt mehr als eine Wurzel</translation>
+    </message>
+    <message>
+        <source>a value has no key</source>
+        <translation>ein Wert hat keinen Schlüssel</translation>
+    </message>
+    <message>
+        <source>it holds no array</source>
+        <translation>sie enthält keine Reihung</translation>
+    </message>
+    <message>
+        <source>a truth value holds text</source>
+        <translation>ein Wahrheitswert enthält Text</translation>
+    </message>
+    <message>
+        <source>an integer is malformed or too large</source>
+        <translation>eine ganze Zahl ist fehlerhaft oder zu groß</translation>
+    </message>
+    <message>
+        <source>a real number is malformed or too large</source>
+        <translation>eine Kommazahl ist fehlerhaft oder zu groß</translation>
+    </message>
+    <message>
+        <source>it is larger than 256 MB</source>
+        <translation>sie ist größer als 256 MB</translation>
+    </message>
+    <message>
+        <source>arrays and dictionaries are nested more than 64 deep</source>
+        <translation>Reihungen und Wörterbücher sind mehr als 64-fach geschachtelt</translation>
+    </message>
+    <message>
+        <source>it holds more than 8,388,608 values</source>
+        <translation>sie enthält mehr als 8.388.608 Werte</translation>
+    </message>
+</context>
+<context>
+    <name>Menus</name>
+    <message>
+        <source>New Application...</source>
+        <translation>Neue Anwendung...</translation>
+    </message>
+    <message>
+        <source>Delete...</source>
+        <translation>Löschen...</translation>
+    </message>
+    <message>
+        <source>Export...</source>
+        <translation>Exportieren...</translation>
+    </message>
+    <message>
+        <source>Import...</source>
+        <translation>Importieren...</translation>
+    </message>
+    <message>
+        <source>Install Plug-ins...</source>
+        <translation>Zusatzmodule installieren...</translation>
+    </message>
+    <message>
+        <source>Information...</source>
+        <translation>Informationen...</translation>
+    </message>
+    <message>
+        <source>Keep the key pressed</source>
+        <translation>Taste gedrückt halten</translation>
+    </message>
+    <message>
+        <source>Press once</source>
+        <translation>Einmal drücken</translation>
+    </message>
+    <message>
+        <source>Repeat fast (10 per second)</source>
+        <translation>Schnell wiederholen (10 pro Sekunde)</translation>
+    </message>
+    <message>
+        <source>Repeat (4 per second)</source>
+        <translation>Wiederholen (4 pro Sekunde)</translation>
+    </message>
+    <message>
+        <source>Repeat slowly (2 per second)</source>
+        <translation>Langsam wiederholen (2 pro Sekunde)</translation>
+    </message>
+    <message>
+        <source>Scroll once</source>
+        <translation>Einmal blättern</translation>
+    </message>
+    <message>
+        <source>Scroll fast (20 per second)</source>
+        <translation>Schnell blättern (20 pro Sekunde)</translation>
+    </message>
+    <message>
+        <source>Scroll (10 per second)</source>
+        <translation>Blättern (10 pro Sekunde)</translation>
+    </message>
+    <message>
+        <source>Scroll slowly (4 per second)</source>
+        <translation>Langsam blättern (4 pro Sekunde)</translation>
+    </message>
+    <message>
+        <source>Choose a key</source>
+        <translation>Taste wählen</translation>
+    </message>
+    <message>
+        <source>No key</source>
+        <translation>Keine Taste</translation>
+    </message>
+    <message>
+        <source>Escape</source>
+        <translation>Escape</translation>
+    </message>
+    <message>
+        <source>Backspace</source>
+        <translation>Rücktaste</translation>
+    </message>
+    <message>
+        <source>Return</source>
+        <translation>Eingabetaste</translation>
+    </message>
+    <message>
+        <source>Tab</source>
+        <translation>Tabulator</translation>
+    </message>
+    <message>
+        <source>Enter</source>
+        <translation>Enter</translation>
+    </message>
+    <message>
+        <source>Help</source>
+        <translation>Hilfe</translation>
+    </message>
+    <message>
+        <source>Delete</source>
+        <translation>Entfernen</translation>
+    </message>
+    <message>
+        <source>Home</source>
+        <translation>Pos1</translation>
+    </message>
+    <message>
+        <source>End</source>
+        <translation>Ende</translation>
+    </message>
+    <message>
+        <source>Page Up</source>
+        <translation>Bild auf</translation>
+    </message>
+    <message>
+        <source>Page Down</source>
+        <translation>Bild ab</translation>
+    </message>
+    <message>
+        <source>Clear</source>
+        <translation>Löschen</translation>
+    </message>
+    <message>
+        <source>(none)</source>
+        <translation>(keine)</translation>
+    </message>
+</context>
+<context>
+    <name>drevix::ApplicationChooser</name>
+    <message>
+        <source>Select an Application</source>
+        <translation>Anwendung auswählen</translation>
+    </message>
+    <message>
+        <source>Search</source>
+        <translation>Suchen</translation>
+    </message>
+    <message>
+        <source>Applications</source>
+        <translation>Anwendungen</translation>
+    </message>
+    <message>
+        <source>&amp;Add</source>
+        <translation>&amp;Hinzufügen</translation>
+    </message>
+    <message>
+        <source>&amp;Other...</source>
+        <translation>An&amp;dere...</translation>
+    </message>
+</context>
+<context>
+    <name>drevix::ConfirmPanel</name>
+    <message>
+        <source>Delete Settings</source>
+        <translation>Einstellungen löschen</translation>
+    </message>
+    <message>
+        <source>Delete the settings of this application?</source>
+        <translation>Die Einstellungen dieser Anwendung löschen?</translation>
+    </message>
+    <message>
+        <source>The global settings will then apply in it.</source>
+        <translation>Danach gelten in ihr die globalen Einstellungen.</translation>
+    </message>
+    <message>
+        <source>&amp;Delete</source>
+        <translation>&amp;Löschen</translation>
+    </message>
+    <message>
+        <source>&amp;Keep</source>
+        <translation>&amp;Behalten</translation>
+    </message>
+    <message>
+        <source>Replace Settings</source>
+        <translation>Einstellungen ersetzen</translation>
+    </message>
+    <message>
+        <source>Replace the settings that are there already?</source>
+        <translation>Die vorhandenen Einstellungen ersetzen?</translation>
+    </message>
+    <message>
+        <source>The new ones will take their place.</source>
+        <translation>Die neuen treten an ihre Stelle.</translation>
+    </message>
+    <message>
+        <source>&amp;Replace</source>
+        <translation>&amp;Ersetzen</translation>
+    </message>
+    <message>
+        <source>Do this for &amp;all of them</source>
+        <translation>Für &amp;alle so verfahren</translation>
+    </message>
+</context>
+<context>
+    <name>drevix::DevicePicture</name>
+    <message>
+        <source>%1: %2</source>
+        <translation>%1: %2</translation>
+    </message>
+</context>
+<context>
+    <name>drevix::DrevixPane</name>
+    <message>
+        <source>Choose a menu entry</source>
+        <translation>Menüeintrag wählen</translation>
+    </message>
+    <message>
+        <source>%1 %</source>
+        <translation>%1 %</translation>
+    </message>
+    <message>
+        <source>%1: %2.</source>
+        <translation>%1: %2.</translation>
+    </message>
+    <message>
+        <source>The settings could not be loaded</source>
+        <translation>Die Einstellungen konnten nicht geladen werden</translation>
+    </message>
+    <message>
+        <source>The settings file could not be read and is left alone; changes cannot be saved</source>
+        <translation>Die Einstellungsdatei konnte nicht gelesen werden und bleibt unangetastet; Änderungen können nicht gesichert werden</translation>
+    </message>
+    <message>
+        <source>The settings file could not be used; it is kept as %1, and the factory&apos;s settings are shown</source>
+        <translation>Die Einstellungsdatei war nicht zu gebrauchen; sie bleibt als %1 erhalten, und die Werkseinstellungen werden angezeigt</translation>
+    </message>
+    <message>
+        <source>The settings could not be saved</source>
+        <translation>Die Einstellungen konnten nicht gesichert werden</translation>
+    </message>
+    <message>
+        <source>The changes could not be kept</source>
+        <translation>Die Änderungen konnten nicht übernommen werden</translation>
+    </message>
+    <message>
+        <source>Unsaved changes</source>
+        <translation>Ungesicherte Änderungen</translation>
+    </message>
+    <message>
+        <source>line %1: %2</source>
+        <translation>Zeile %1: %2</translation>
+    </message>
+    <message>
+        <source>%1 (disabled)</source>
+        <translation>%1 (abgeschaltet)</translation>
+    </message>
+    <message>
+        <source>%1 *</source>
+        <translation>%1 *</translation>
+    </message>
+    <message>
+        <source>The settings of %1 could not be added</source>
+        <translation>Die Einstellungen von %1 konnten nicht hinzugefügt werden</translation>
+    </message>
+    <message>
+        <source>The settings could not be exported</source>
+        <translation>Die Einstellungen konnten nicht exportiert werden</translation>
+    </message>
+    <message>
+        <source>The file could not be imported: %1.</source>
+        <translation>Die Datei konnte nicht importiert werden: %1.</translation>
+    </message>
+    <message>
+        <source>on</source>
+        <translation>ein</translation>
+    </message>
+    <message>
+        <source>off</source>
+        <translation>aus</translation>
+    </message>
+    <message>
+        <source>Changed; the factory&apos;s value is %1.</source>
+        <translation>Geändert; ab Werk: %1.</translation>
+    </message>
+    <message>
+        <source>Every %1/60 second</source>
+        <translation>Alle %1/60 Sekunden</translation>
+    </message>
+    <message>
+        <source>These are the values for left and right.</source>
+        <translation>Werte für links und rechts.</translation>
+    </message>
+    <message>
+        <source>These are the values for up and down.</source>
+        <translation>Werte für oben und unten.</translation>
+    </message>
+    <message>
+        <source>These are the values for turning.</source>
+        <translation>Werte für das Drehen.</translation>
+    </message>
+    <message>
+        <source>Changed; the factory&apos;s action is %1.</source>
+        <translation>Geändert; ab Werk: %1.</translation>
+    </message>
+    <message>
+        <source>Restores the factory&apos;s settings:</source>
+        <translation>Stellt die Werkseinstellungen wieder her:</translation>
+    </message>
+    <message>
+        <source>%1: %2</source>
+        <translation>%1: %2</translation>
+    </message>
+    <message>
+        <source>Sensitivity: %1</source>
+        <translation>Empfindlichkeit: %1</translation>
+    </message>
+    <message>
+        <source>Speed: %1</source>
+        <translation>Geschwindigkeit: %1</translation>
+    </message>
+    <message>
+        <source>Same values for all axes: %1</source>
+        <translation>Gleiche Werte für alle Achsen: %1</translation>
+    </message>
+    <message>
+        <source>Click sound: %1</source>
+        <translation>Klickgeräusch: %1</translation>
+    </message>
+    <message>
+        <source>Unknown action %1</source>
+        <translation>Unbekannte Aktion %1</translation>
+    </message>
+    <message>
+        <source>%1 (none)</source>
+        <translation>%1 (keiner)</translation>
+    </message>
+    <message>
+        <source>Open %1</source>
+        <translation>%1 öffnen</translation>
+    </message>
+    <message>
+        <source>A&amp;ction</source>
+        <translation>A&amp;ktion</translation>
+    </message>
+    <message>
+        <source>Unsaved changes for %1 applications</source>
+        <translation>Ungesicherte Änderungen für %1 Anwendungen</translation>
+    </message>
+    <message>
+        <source>A&amp;ction: %1</source>
+        <translation>A&amp;ktion: %1</translation>
+    </message>
+    <message>
+        <source>The settings were not saved, since the settings file could not be read.</source>
+        <translation>Die Einstellungen wurden nicht gesichert, weil die Einstellungsdatei nicht gelesen werden konnte.</translation>
+    </message>
+</context>
+<context>
+    <name>drevix::ExportPanel</name>
+    <message>
+        <source>Export Settings</source>
+        <translation>Einstellungen exportieren</translation>
+    </message>
+    <message>
+        <source>E&amp;xport all applications</source>
+        <translation>Alle Anwendungen e&amp;xportieren</translation>
+    </message>
+</context>
+<context>
+    <name>drevix::ImportPanel</name>
+    <message>
+        <source>Import Settings</source>
+        <translation>Einstellungen importieren</translation>
+    </message>
+</context>
+<context>
+    <name>drevix::SettingsFilePanel</name>
+    <message>
+        <source>Veltrana settings (*.%1)</source>
+        <translation>Veltrana-Einstellungen (*.%1)</translation>
+    </message>
+    <message>
+        <source>All files (*)</source>
+        <translation>Alle Dateien (*)</translation>
+    </message>
+</context>
+</TS>

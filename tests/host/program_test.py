@@ -1,0 +1,70 @@
+#!/usr/bin/python3
+"""Starts drevix-settings as a person does, on Qt's offscreen platform.
+
+Usage: program_test.py DREVIX_SETTINGS DREVIXCTL
+"""
+import os
+import pathlib
+import signal
+import struct
+import subprocess
+import sys
+import tempfile
+import time
+
+PROGRAM, CONTROL = sys.argv[1:]
+folder = pathlib.Path(tempfile.mkdtemp(prefix="drevix-host-"))
+settings = folder / "config/com.halcyra.drevix.prefs"
+environment = dict(os.environ, XDG_CONFIG_HOME=str(folder / "config"), HOME=str(folder), XDG_RUNTIME_DIR=str(folder))
+settings.parent.mkdir()
+
+
+def run(*words):
+    done = subprocess.run([PROGRAM, *words], env=environment, capture_output=True, text=True, timeout=60)
+    return done.returncode, done.stderr
+
+
+def expect(what, real, wanted):
+    if real != wanted:
+        sys.exit(f"{what}: {real!r}, not {wanted!r}")
+
+
+def picture_size(path):
+    return struct.unpack(">II", path.read_bytes()[16:24])
+
+
+# Pictures: of the size asked for, at the scale asked for, without a change of anything.
+picture = folder / "panel.png"
+for words, size in [(["--size", "800x600"], (800, 600)), (["--size=800x600", "--scale", "2"], (1600, 1200))]:
+    expect("status of a picture", run("--picture", str(picture), "--app", "GIMP", "--control", "buttonII", *words)[0], 0)
+    expect("size of the picture", picture_size(picture), size)
+expect("settings file after a picture", settings.exists(), False)
+
+# Wrong words: one line, nothing written.
+for words, status in [
+    (["--size", "big"], 2),
+    (["--page", "one"], 2),
+    (["surplus"], 2),
+    (["--picture", str(picture), "--app", "nobody"], 1),
+    (["--picture", str(picture), "--control", "buttonX"], 1),
+    (["--picture", str(picture), "--page", "9"], 1),
+    (["--picture", str(folder / "nowhere/x.png")], 1),
+]:
+    code, error = run(*words)
+    expect(f"status of {words}", code, status)
+    expect(f"lines that {words} gives", [line.startswith("drevix-settings: ") for line in error.splitlines()], [True])
+
+# A second start ends at once and leaves the first running; the first saves the settings when it goes.
+first = subprocess.Popen([PROGRAM], env=environment)
+socket = folder / "drevix-settings"
+deadline = time.monotonic() + 30
+while not socket.exists() and time.monotonic() < deadline:
+    time.sleep(0.05)
+time.sleep(1)
+expect("status of a second start", run()[0], 0)
+expect("first instance still running", first.poll(), None)
+first.send_signal(signal.SIGTERM)
+expect("status of the first, told to end", first.wait(timeout=30), 0)
+checked = subprocess.run([CONTROL, "--prefs", str(settings), "check"], env=environment, capture_output=True, text=True)
+expect("check of the saved settings", (checked.returncode, checked.stderr), (0, ""))
+print("drevix-settings starts, draws, refuses and saves as it should")
