@@ -23,7 +23,8 @@ struct ChosenApplication {
     std::string shownName;
 };
 
-// The application of a desktop entry, and of a path: an entry's file, an application folder "NAME.app", or a program.
+// The application of a desktop entry, and of a path: an entry's file, an application folder "NAME.app", or a
+// program.
 [[nodiscard]] ChosenApplication ApplicationOfEntry(const DesktopEntry &entry);
 [[nodiscard]] ChosenApplication ApplicationOfPath(const std::string &path, std::string_view locale);
 
@@ -35,7 +36,8 @@ class ApplicationChooser : public QDialog {
     explicit ApplicationChooser(QWidget *window);
     [[nodiscard]] const ChosenApplication &Chosen() const { return fChosen; }
 
-    // As the button "Other...", with the panel's answer given: takes the application at a path and ends the dialog.
+    // As the button "Other...", with the panel's answer given: takes the application at a path and ends the
+    // dialog.
     void ChoosePath(const QString &path);
 
   protected:

@@ -93,7 +93,8 @@ void DevicePicture::LoadDrawing() {
     fDrawing.load(drawing);
 }
 
-// Finds out which control lies where. Each area is drawn alone, since edges are blended; later ones lie on top.
+// Finds out which control lies where. Each area is drawn alone, since edges are blended; later ones lie on
+// top.
 void DevicePicture::DrawMap() {
     fMap.assign(static_cast<std::size_t>(kSide) * kSide, -1);
     QImage image(kSide, kSide, QImage::Format_Alpha8);
@@ -119,7 +120,8 @@ void DevicePicture::DrawMap() {
     }
 }
 
-// The point of a control's area that lies nearest to the middle of its light; the middle itself may be another's.
+// The point of a control's area that lies nearest to the middle of its light; the middle itself may be
+// another's.
 QPoint DevicePicture::FindAnchor(int index) const {
     const QRect light = fDrawing.boundsOnElement(ElementOf("lit-", index)).toAlignedRect();
     const QPoint middle = light.center();

@@ -33,7 +33,8 @@ class DevicePicture : public QWidget {
     [[nodiscard]] QString controlName(int index) const;
     [[nodiscard]] QString controlAction(int index) const;
 
-    // The control at a point of the widget, -1 when there is none; the rectangle around a control; a point in its middle.
+    // The control at a point of the widget, -1 when there is none; the rectangle around a control; a point in
+    // its middle.
     [[nodiscard]] int controlAt(const QPoint &point) const;
     [[nodiscard]] QRect controlRect(int index) const;
     [[nodiscard]] QPoint controlPoint(int index) const;

@@ -1,5 +1,5 @@
-// The panel's controller: what it shows and edits is one record of the settings, the working copy.
-// Controls write into the working copy at once and are redrawn from it; Apply, leaving the panel and going to the
+// The panel's controller: what it shows and edits is one record of the settings, the working copy. Controls
+// write into the working copy at once and are redrawn from it; Apply, leaving the panel and going to the
 // background bring it into the record base and the settings file.
 #pragma once
 
@@ -58,8 +58,8 @@ class DrevixPane : public QObject,
     [[nodiscard]] bool OverrideKeysIsActive() const override;
     void ReceiveKeystroke(std::uint8_t keyCode, std::uint16_t modifiers) override;
 
-    // Adds or replaces every record of a file; asks before each that it replaces. Writes the working copy, or all
-    // records, to a file. Statuses as "settings/prefs_dictionary.h"; a failure is reported too.
+    // Adds or replaces every record of a file; asks before each that it replaces. Writes the working copy, or
+    // all records, to a file. Statuses as "settings/prefs_dictionary.h"; a failure is reported too.
     OSErr ImportAppPrefs(const QString &path);
     OSErr ExportCurrentAppPrefs(const QString &path, bool all);
 

@@ -98,8 +98,9 @@ inline constexpr auto kExtraKeys = std::to_array<ExtraKey>({
     {0x77, QT_TRANSLATE_NOOP("Menus", "End")},         {0x74, QT_TRANSLATE_NOOP("Menus", "Page Up")},
     {0x79, QT_TRANSLATE_NOOP("Menus", "Page Down")},   {0x47, QT_TRANSLATE_NOOP("Menus", "Clear")},
     {kNoKeyCode, nullptr},
-    {0x7A, "F1"}, {0x78, "F2"}, {0x63, "F3"}, {0x76, "F4"}, {0x60, "F5"}, {0x61, "F6"}, {0x62, "F7"}, {0x64, "F8"},
-    {0x65, "F9"}, {0x6D, "F10"}, {0x67, "F11"}, {0x6F, "F12"}, {0x69, "F13"}, {0x6B, "F14"}, {0x71, "F15"},
+    {0x7A, "F1"}, {0x78, "F2"}, {0x63, "F3"}, {0x76, "F4"}, {0x60, "F5"}, {0x61, "F6"}, {0x62, "F7"},
+    {0x64, "F8"}, {0x65, "F9"}, {0x6D, "F10"}, {0x67, "F11"}, {0x6F, "F12"}, {0x69, "F13"}, {0x6B, "F14"},
+    {0x71, "F15"},
 });
 // clang-format on
 inline constexpr int kTargetFixedItems = static_cast<int>(kTargetCommands.size());

@@ -1,5 +1,5 @@
-// The texts of the libraries below the panel, which know no language but English: here for the tools that look for
-// texts to translate. A test holds the list against the libraries.
+// The texts of the libraries below the panel, which know no language but English: here for the tools that
+// look for texts to translate. A test holds the list against the libraries.
 #include "pane/pane_text.h"
 
 #include <QtGlobal>

@@ -116,8 +116,8 @@ void DrevixPane::BuildLooks() {
     }
 }
 
-// Handlers are called by what the user does alone: menus tell of choices, boxes of clicks; redrawing blocks the
-// signals of the sliders.
+// Handlers are called by what the user does alone: menus tell of choices, boxes of clicks; redrawing blocks
+// the signals of the sliders.
 void DrevixPane::ConnectControls() {
     connect(uiSettingsMenuTarget, &QComboBox::activated, this, &DrevixPane::actSettingsMenuTarget);
     connect(uiSettingsRadioActive, &QRadioButton::clicked, this, &DrevixPane::actSettingsRadioDisable);

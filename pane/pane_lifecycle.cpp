@@ -138,7 +138,8 @@ void DrevixPane::actPaneButtonApply() {
     UpdateRevertApplyButtons();
 }
 
-// The records may be others than the list shows, so it is built again, and the edited record is found by its name.
+// The records may be others than the list shows, so it is built again, and the edited record is found by its
+// name.
 void DrevixPane::actPaneButtonRevert() {
     const AppPrefs edited = fDrevixPrefs;
     if (GetBaseFromFile() != noErr) {

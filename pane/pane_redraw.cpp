@@ -1,5 +1,5 @@
-// Drawing every control from the working copy. Nothing here changes a record, and nothing that the user is doing is
-// disturbed: what shows the right value already is left alone.
+// Drawing every control from the working copy. Nothing here changes a record, and nothing that the user is
+// doing is disturbed: what shows the right value already is left alone.
 #include "pane/drevix_pane.h"
 
 #include "pane/editor_tables.h"
@@ -183,20 +183,22 @@ void DrevixPane::ShowDefaultsButton() {
         return;
     }
     QStringList lines = {tr("Restores the factory's settings:")};
+    QStringList markedLines = lines;
     for (const ControlSlot &other : kControlSlots) {
         if (other.group == control->group) {
             const ActionSlot &factory = fDefaultAppPrefs.device[0].action[other.slot];
-            const QString line =
-                tr("%1: %2").arg(ControlTitle(other.slot), ActionText(factory)).toHtmlEscaped();
-            lines += DoTheSame(fDrevixPrefs.device[0].action[other.slot], factory)
-                         ? line
-                         : QStringLiteral("<b>%1</b>").arg(line);
+            const bool isChanged = !DoTheSame(fDrevixPrefs.device[0].action[other.slot], factory);
+            lines += tr("%1: %2").arg(ControlTitle(other.slot), ActionText(factory));
+            const QString marked = lines.back().toHtmlEscaped();
+            markedLines += isChanged ? QStringLiteral("<b>%1</b>").arg(marked) : marked;
         }
     }
-    lines += DefaultValueTexts(control->group);
+    const QStringList values = DefaultValueTexts(control->group);
     const std::array<QPushButton *, 3> buttons = {uiSettingsButtonNavDefaults, uiSettingsButtonToolDefaults,
                                                   uiSettingsButtonTriggerDefaults};
-    buttons[static_cast<std::size_t>(control->group)]->setToolTip(lines.join(QLatin1String("<br>")));
+    QPushButton *button = buttons[static_cast<std::size_t>(control->group)];
+    button->setToolTip((markedLines + values).join(QLatin1String("<br>")));
+    button->setAccessibleDescription((lines + values).join(QLatin1Char('\n')));
 }
 
 // What a defaults button restores beside the actions.

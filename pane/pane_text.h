@@ -21,7 +21,8 @@ template <std::size_t N>
 [[nodiscard]] std::span<const std::uint8_t> CharactersOf(const std::array<std::uint8_t, N> &name) {
     return {name.data() + 1, std::min<std::size_t>(name[0], N - 1)};
 }
-// Mac OS Roman as the window's text. Control characters, which a name from elsewhere may hold, are shown as U+FFFD.
+// Mac OS Roman as the window's text. Control characters, which a name from elsewhere may hold, are shown as
+// U+FFFD.
 [[nodiscard]] QString TextOfRoman(std::span<const std::uint8_t> roman);
 template <std::size_t N>
 [[nodiscard]] QString TextOf(const std::array<std::uint8_t, N> &name) {
@@ -39,7 +40,8 @@ template <std::size_t N>
 
 // The record's name for people: its shown name, "Global Settings" for the global record.
 [[nodiscard]] QString ShownName(const AppPrefs &prefs);
-// The application file name with capitals folded: the same for two records exactly if they are the same application's.
+// The application file name with capitals folded: the same for two records exactly if they are the same
+// application's.
 [[nodiscard]] std::string FoldedName(const AppPrefs &prefs);
 // A control's name for people ("Button II"), by its slot.
 [[nodiscard]] QString ControlTitle(SlotIndex slot);

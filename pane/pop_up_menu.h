@@ -5,9 +5,9 @@
 
 namespace drevix {
 
-// Unlike the combo box that it is, it never goes from choice to choice while it is closed: choosing an action empties
-// its control's settings and may take the action from another control, so what lies on the way must not be chosen.
-// Arrow keys and letters open it instead, and the wheel is left to what lies around it.
+// Unlike the combo box that it is, it never goes from choice to choice while it is closed: choosing an action
+// empties its control's settings and may take the action from another control, so what lies on the way must
+// not be chosen. Arrow keys and letters open it instead, and the wheel is left to what lies around it.
 class PopUpMenu : public QComboBox {
     Q_OBJECT
 

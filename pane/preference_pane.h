@@ -16,18 +16,20 @@ class PreferencePane {
   public:
     virtual ~PreferencePane() = default;
 
-    // The view, made at the first call; it belongs to whom the host gives it as a child.
+    // The view, made at the first call; it belongs to whom the host gives it as a child. It must stay until the
+    // last willUnselect, and go before the plug-in is unloaded.
     virtual QWidget *mainView() = 0;
     virtual void mainViewDidLoad() = 0;
     virtual void didSelect() = 0;
     virtual void willUnselect() = 0;
 
-    // Told, in one line for people, what failed; told an empty text when the next operation of that kind worked.
+    // Told, in one line for people, what failed; told an empty text when the next operation of that kind
+    // worked.
     using ProblemHandler = std::function<void(const QString &problem)>;
     virtual void setProblemHandler(ProblemHandler handler) = 0;
 
-    // Shows a record by its application's file name (letter case ignored, empty: the global record), a page by its index, a
-    // control by its key. False when there is none such.
+    // Shows a record by its application's file name (letter case ignored, empty: the global record), a page
+    // by its index, a control by its key. False when there is none such.
     virtual bool showRecord(const QString &appFileName) = 0;
     virtual bool showPage(int page) = 0;
     virtual bool showControl(const QString &key) = 0;

@@ -42,8 +42,8 @@ std::string Unescaped(std::string_view value) {
     return text;
 }
 
-// The languages in which a name is looked for, best first: of "de_AT.UTF-8@euro" these are "de_AT@euro", "de_AT",
-// "de@euro" and "de".
+// The languages in which a name is looked for, best first: of "de_AT.UTF-8@euro" these are "de_AT@euro",
+// "de_AT", "de@euro" and "de".
 std::vector<std::string> LanguagesOf(std::string_view locale) {
     const std::size_t at = std::min(locale.find('@'), locale.size());
     const std::string modifier(locale.substr(at));

@@ -1,5 +1,5 @@
-// The applications that are installed, as their desktop entries describe them.
-// The form is the Desktop Entry Specification 1.5, the folders are those of the XDG Base Directory Specification.
+// The applications that are installed, as their desktop entries describe them. The form is the Desktop Entry
+// Specification 1.5, the folders are those of the XDG Base Directory Specification.
 #pragma once
 
 #include "platform/types.h"
@@ -23,17 +23,18 @@ struct DesktopEntry {
 // The longest file that is read as an entry.
 inline constexpr std::size_t kDesktopEntryMaxBytes = std::size_t{1} << 20;
 
-// The language of messages, such as "de_AT.UTF-8": the first of $LC_ALL, $LC_MESSAGES and $LANG that is not empty.
+// The language of messages, such as "de_AT.UTF-8": the first of $LC_ALL, $LC_MESSAGES and $LANG that is not
+// empty.
 [[nodiscard]] std::string MessagesLocale();
 
-// Reads the entry of an application; `id` is the file's own name. Lines that make no sense are skipped. noErr; -1,
-// with *entry unchanged, for a file that describes no application (another type, or without a name) or is no
-// regular file of a sensible size; memFullErr; or the file's error.
+// Reads the entry of an application; `id` is the file's own name. Lines that make no sense are skipped.
+// noErr; -1, with *entry unchanged, for a file that describes no application (another type, or without a
+// name) or is no regular file of a sensible size; memFullErr; or the file's error.
 [[nodiscard]] OSErr ReadDesktopEntry(const std::string &path, std::string_view locale, DesktopEntry *entry);
 
-// Every application that is to be offered, in no particular order: the folders "applications" in $XDG_DATA_HOME
-// and $XDG_DATA_DIRS with their subfolders. Of two entries with one id the first counts, and a hidden one hides
-// those behind it. Folders and files that cannot be read are left out. Empty without memory.
+// Every application that is to be offered, in no particular order: the folders "applications" in
+// $XDG_DATA_HOME and $XDG_DATA_DIRS with their subfolders. Of two entries with one id the first counts, and a
+// hidden one hides those behind it. Folders and files that cannot be read are left out. Empty without memory.
 [[nodiscard]] std::vector<DesktopEntry> InstalledApplications(std::string_view locale);
 
 } // namespace drevix

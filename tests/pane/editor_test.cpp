@@ -1,4 +1,5 @@
-// The editor: every control changes what it should in the working copy and nothing else, and shows what is there.
+// The editor: every control changes what it should in the working copy and nothing else, and shows what is
+// there.
 #include "tests/pane/panel.h"
 
 #include <QCheckBox>
@@ -138,22 +139,33 @@ TEST_F(Editor, OppositeAndSoleActions_GiveWay) {
     EXPECT_EQ(Slot(0).command, 0) << "one control alone switches the ring mode";
 }
 
-TEST_F(Editor, KeystrokeControls_ChangeTheirFieldAlone) {
+TEST_F(Editor, ModifierBoxes_ChangeTheirBitAlone) {
+    static constexpr struct {
+        const char *modifier;
+        std::uint16_t mask;
+    } kModifiers[] = {
+        {"Control", 0x1000}, {"Option", 0x0800}, {"Command", 0x0100}, {"Shift", 0x0200}, {"Caps", 0x0400}};
+    SelectControl(0, 4);
+    for (const auto &[area, item] :
+         {std::pair("uiSettingsBoxKey", 6), std::pair("uiSettingsBoxScroll", 11)}) {
+        ASSERT_TRUE(Choose("uiSettingsMenuAction", item));
+        AppPrefs expected = fPane->WorkingCopy();
+        for (int i = 0; i < 10; ++i) { // all on, all off
+            const auto &[modifier, mask] = kModifiers[i % 5];
+            Click((std::string(area) + modifier).c_str());
+            expected.device[0].action[0].modifiers ^= mask;
+            EXPECT_TRUE(SameBytes(fPane->WorkingCopy(), expected)) << area << modifier;
+        }
+    }
+}
+
+TEST_F(Editor, KeyAndRepeatMenus_ChangeTheirFieldAlone) {
     static constexpr std::uint8_t kKeys[] = {0xFF, 0xFF, 0xFF, 0x35, 0x33, 0x24, 0x30, 0x4C, 0x72, 0x75, 0x73,
                                              0x77, 0x74, 0x79, 0x47, 0xFF, 0x7A, 0x78, 0x63, 0x76, 0x60, 0x61,
                                              0x62, 0x64, 0x65, 0x6D, 0x67, 0x6F, 0x69, 0x6B, 0x71};
-    static constexpr struct {
-        const char *box;
-        std::uint16_t mask;
-    } kBoxes[] = {{"uiSettingsBoxKeyControl", 0x1000},
-                  {"uiSettingsBoxKeyOption", 0x0800},
-                  {"uiSettingsBoxKeyCommand", 0x0100},
-                  {"uiSettingsBoxKeyShift", 0x0200},
-                  {"uiSettingsBoxKeyCaps", 0x0400}};
     SelectControl(0, 4);
     ASSERT_TRUE(Choose("uiSettingsMenuAction", 6));
-    auto *const field = Find<QLineEdit>("uiSettingsFieldKeystroke");
-    EXPECT_EQ(field->text(), QStringLiteral("(none)"));
+    EXPECT_EQ(Find<QLineEdit>("uiSettingsFieldKeystroke")->text(), QStringLiteral("(none)"));
     AppPrefs expected = fPane->WorkingCopy();
     ActionSlot &slot = expected.device[0].action[0];
     for (int i = 0; i < 31; ++i) {
@@ -162,51 +174,19 @@ TEST_F(Editor, KeystrokeControls_ChangeTheirFieldAlone) {
         slot.keyCode = isSeparator ? slot.keyCode : kKeys[i];
         EXPECT_TRUE(SameBytes(fPane->WorkingCopy(), expected)) << i;
     }
-    EXPECT_EQ(field->text(), QStringLiteral("F15"));
-    for (const auto &[box, mask] : kBoxes) {
-        Click(box);
-        slot.modifiers |= mask;
-        EXPECT_TRUE(SameBytes(fPane->WorkingCopy(), expected)) << box;
-    }
-    EXPECT_EQ(field->text(), QStringLiteral("cmd+shift+caps+opt+ctrl+F15"));
-    for (const auto &[box, mask] : kBoxes) {
-        Click(box);
-        slot.modifiers = static_cast<std::uint16_t>(slot.modifiers & ~mask);
-        EXPECT_TRUE(SameBytes(fPane->WorkingCopy(), expected)) << box;
-    }
-    static constexpr std::uint16_t kDelays[] = {0xFFFF, 0, 6, 15, 30};
-    for (int i = 4; i >= 0; --i) {
-        ASSERT_TRUE(Choose("uiSettingsMenuKeyRepeat", i));
-        slot.delay = kDelays[i];
-        EXPECT_TRUE(SameBytes(fPane->WorkingCopy(), expected)) << i;
-        EXPECT_EQ(Menu("uiSettingsMenuKeyRepeat")->currentIndex(), i);
-    }
-}
-
-TEST_F(Editor, ScrollControls_ChangeTheirFieldAlone) {
-    SelectControl(2, 0);
+    EXPECT_EQ(Find<QLineEdit>("uiSettingsFieldKeystroke")->text(), QStringLiteral("F15"));
+    const auto chooseEach = [&](const char *menu, std::initializer_list<std::uint16_t> delays) {
+        for (int i = static_cast<int>(delays.size()) - 1; i >= 0; --i) {
+            ASSERT_TRUE(Choose(menu, i));
+            slot.delay = delays.begin()[i];
+            EXPECT_TRUE(SameBytes(fPane->WorkingCopy(), expected)) << menu << i;
+            EXPECT_EQ(Menu(menu)->currentIndex(), i);
+        }
+    };
+    chooseEach("uiSettingsMenuKeyRepeat", {0xFFFF, 0, 6, 15, 30});
     ASSERT_TRUE(Choose("uiSettingsMenuAction", 11));
-    AppPrefs expected = fPane->WorkingCopy();
-    ActionSlot &slot = expected.device[0].action[16];
-    static constexpr struct {
-        const char *box;
-        std::uint16_t mask;
-    } kBoxes[] = {{"uiSettingsBoxScrollControl", 0x1000},
-                  {"uiSettingsBoxScrollOption", 0x0800},
-                  {"uiSettingsBoxScrollCommand", 0x0100},
-                  {"uiSettingsBoxScrollShift", 0x0200},
-                  {"uiSettingsBoxScrollCaps", 0x0400}};
-    for (const auto &[box, mask] : kBoxes) {
-        Click(box);
-        slot.modifiers |= mask;
-        EXPECT_TRUE(SameBytes(fPane->WorkingCopy(), expected)) << box;
-    }
-    static constexpr std::uint16_t kDelays[] = {0, 3, 6, 15};
-    for (int i = 3; i >= 0; --i) {
-        ASSERT_TRUE(Choose("uiSettingsMenuAutoRepeat", i));
-        slot.delay = kDelays[i];
-        EXPECT_TRUE(SameBytes(fPane->WorkingCopy(), expected)) << i;
-    }
+    expected = fPane->WorkingCopy();
+    chooseEach("uiSettingsMenuAutoRepeat", {0, 3, 6, 15});
 }
 
 TEST_F(Editor, TunerHasNoRepeat) {

@@ -1,4 +1,5 @@
-// The flow of settings between file, base, working copy and controls, and what becomes of it when something fails.
+// The flow of settings between file, base, working copy and controls, and what becomes of it when something
+// fails.
 #include "tests/pane/panel.h"
 #include "tests/support/faults.h"
 
@@ -126,17 +127,6 @@ TEST_F(Flow, WithoutASettingsFile_TheFactorysAreShown) {
     EXPECT_EQ(Titles(),
               QStringList({QStringLiteral("Global Settings"), QStringLiteral("-"), QStringLiteral("photo")}));
     EXPECT_TRUE(fProblem.isEmpty());
-    fPane->willUnselect();
-    EXPECT_EQ(fFolder.SavedNames(), Names({"", "photo"}));
-}
-
-TEST_F(Flow, OlderSettings_GetTheFactoryRecordsThatTheyLack) {
-    ASSERT_EQ(
-        SaveDevicePrefsToPath(MakeBase({MakeFactoryRecord(0, "")}, kPanelVersion - 1).get(), fFolder.path),
-        noErr);
-    Start();
-    EXPECT_EQ(Titles().size(), 3);
-    EXPECT_EQ(fFolder.SavedNames().size(), 1U);
     fPane->willUnselect();
     EXPECT_EQ(fFolder.SavedNames(), Names({"", "photo"}));
 }

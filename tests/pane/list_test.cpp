@@ -309,7 +309,8 @@ TEST_F(List, NamesOfEveryCharacter_AreShownAndKept) {
     }
 }
 
-// Time is told by comparison, so that a slow machine fails nothing: a redraw costs the same in a list of any length.
+// Time is told by comparison, so that a slow machine fails nothing: a redraw costs the same in a list of any
+// length.
 TEST_F(List, TenThousandRecords_DoNotSlowTheEditor) {
     const auto timeOfEdits = [this] {
         auto *const slider = Find<QSlider>("uiSettingsSliderNavSens");

@@ -1,0 +1,166 @@
+#include "qbase/qbase_exchange.h"
+#include "tests/qbase/file_support.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <vector>
+
+namespace drevix {
+namespace {
+
+using namespace test;
+
+using ExchangeOwner = std::unique_ptr<Block, void (*)(Block *)>;
+
+ExchangeOwner Take(QBaseHandle base, QBaseSelectFunction select) {
+    return {QBaseGetExchange(base, select), QBaseDisposeExchange};
+}
+
+std::int32_t SelectAll(const void * /*data*/, std::int32_t /*length*/, std::int16_t /*flags*/) {
+    return 1;
+}
+
+std::string BytesOf(QBaseExchange exchange) {
+    std::uint32_t size = 0;
+    const void *const bytes = QBaseLockExchange(exchange, &size);
+    QBaseUnlockExchange(exchange);
+    return {static_cast<const char *>(bytes), size};
+}
+
+QBaseOwner ExampleBase() {
+    QBaseOwner base = NewFileBase();
+    EXPECT_EQ(QBaseAddRecord(base.get(), "abc", 3), 0);
+    EXPECT_EQ(QBaseAddRecord(base.get(), "", 0), 1);
+    QBaseSetRecordFlags(base.get(), 0, 1);
+    QBaseSetRecordFlags(base.get(), 1, 2);
+    return base;
+}
+
+TEST(Exchange, PublishedExample_IsWhatIsMade) {
+    const auto docs = std::filesystem::path(DREVIX_TEST_DATA).parent_path().parent_path() / "docs";
+    const std::string page = ReadWhole(docs / "exchange-block.md");
+    const std::size_t start = page.find("```hex\n") + 7;
+    std::istringstream lines(page.substr(start, page.find("```", start) - start));
+    std::string digits;
+    for (std::string line; std::getline(lines, line);) {
+        digits += line.substr(0, line.find('|'));
+    }
+    const std::string bytes = BytesOf(Take(ExampleBase().get(), SelectAll).get());
+    EXPECT_EQ(HexOrDash(bytes.data(), bytes.size()),
+              HexOrDash(FromHex(digits).data(), FromHex(digits).size()));
+    EXPECT_EQ(bytes.size(), 45U);
+}
+
+TEST(Exchange, Import_PlacesTheRecordsAndSetsTheMode) {
+    struct Row {
+        int before;
+        std::int32_t position;
+        std::int16_t flags;
+        const char *order; // the lengths after the import; the new ones are 8 and 9
+        std::int16_t mode;
+    };
+    for (const Row &row :
+         {Row{5, 1, 0, "0891234", 0}, Row{5, 0, 7, "8901234", 0}, Row{5, 4, -1, "0123894", 0},
+          Row{5, 5, 0, "0123489", 0}, Row{5, -1, 0, "0123489", 0}, Row{0, 0, 3, "89", 1}}) {
+        SCOPED_TRACE(row.order);
+        const QBaseOwner base = NewFileBase();
+        AddMadeRecords(base.get(), {0, 1, 2, 3, 4});
+        QBaseTruncate(base.get(), row.before);
+        QBaseSetSortMode(base.get(), 128);
+        QBaseSetRecordsChanged(base.get(), false);
+        const QBaseOwner source = NewFileBase();
+        AddMadeRecords(source.get(), {8, 9});
+        EXPECT_EQ(QBasePutExchange(base.get(), Take(source.get(), SelectAll).get(), row.position, row.flags),
+                  2);
+        std::string order;
+        for (RecordNumber i = 0; i < QBaseCountRecords(base.get()); ++i) {
+            std::int32_t length = 0;
+            EXPECT_NE(QBaseGetRecord(base.get(), i, &length), nullptr);
+            order += std::to_string(length);
+            EXPECT_EQ(QBaseGetRecordFlags(base.get(), i), length >= 8 ? row.flags : length);
+        }
+        EXPECT_EQ(order, row.order);
+        EXPECT_EQ(QBaseGetSortMode(base.get()), row.mode);
+        EXPECT_TRUE(QBaseGetRecordsChanged(base.get()));
+        EXPECT_TRUE(QBaseValidate(base.get()));
+    }
+}
+
+TEST(Exchange, SelectedRecords_LieInIndexOrderAndAreFoundByPlace) {
+    const QBaseOwner base = FullFileBase(); // lengths 0, 6, 3 in index order
+    const ExchangeOwner exchange = Take(base.get(), [](const void *, std::int32_t length, std::int16_t) {
+        return length > 0 ? std::int32_t{1} : 0x10000;
+    });
+    EXPECT_EQ(QBaseCountExchangeRecords(exchange.get()), 2);
+    std::int32_t length = 0;
+    ASSERT_NE(QBaseGetExchangeRecord(exchange.get(), 0, &length), nullptr);
+    EXPECT_EQ(length, 6);
+    ASSERT_NE(QBaseGetExchangeRecord(exchange.get(), 1, &length), nullptr);
+    EXPECT_EQ(length, 3);
+    for (const RecordNumber none : {-1, 2}) {
+        EXPECT_EQ(QBaseGetExchangeRecord(exchange.get(), none, &length), nullptr);
+        EXPECT_EQ(length, 0);
+    }
+    const ExchangeOwner empty =
+        Take(base.get(), [](const void *, std::int32_t, std::int16_t) { return std::int32_t{0}; });
+    EXPECT_EQ(BytesOf(empty.get()).size(), 21U);
+    EXPECT_EQ(QBaseCountExchangeRecords(empty.get()), 0);
+    EXPECT_EQ(QBasePutExchange(base.get(), empty.get(), 0, 0), 0);
+    EXPECT_EQ(QBaseGetExchange(base.get(), nullptr), nullptr);
+    EXPECT_EQ(QBaseGetExchange(nullptr, SelectAll), nullptr);
+    EXPECT_EQ(QBasePutExchange(base.get(), nullptr, 0, 0), 0);
+    EXPECT_EQ(QBaseLockExchange(nullptr), nullptr);
+    QBaseDisposeExchange(nullptr);
+}
+
+int gCalls = 0;
+
+TEST(Exchange, SelectionThatChangesItsMind_NeverLeavesTheBlock) {
+    const QBaseOwner base = FullFileBase();
+    for (const bool moreLater : {true, false}) {
+        gCalls = moreLater ? 0 : 100;
+        const ExchangeOwner exchange = Take(base.get(), [](const void *, std::int32_t length, std::int16_t) {
+            const bool isLater = gCalls++ % 100 >= 3;
+            return std::int32_t{(gCalls < 100) == isLater || length == 3};
+        });
+        EXPECT_EQ(QBaseCountExchangeRecords(exchange.get()), 1);
+    }
+}
+
+// Every byte of the example with every value, and every length of it, at an odd address: the base stays
+// valid, and gains as many records as the block can name before the first that is damaged.
+TEST(Exchange, DamagedBlock_IsTakenUpToTheDamage) {
+    const std::string whole = BytesOf(Take(ExampleBase().get(), SelectAll).get());
+    const auto import = [](const std::string &bytes) {
+        std::vector<char> odd(bytes.size() + 1); // exact, so that a read beyond is found
+        std::ranges::copy(bytes, odd.begin() + 1);
+        const auto size = static_cast<std::uint32_t>(bytes.size());
+        const QBaseOwner base = NewFileBase();
+        const std::int32_t added = QBasePutExchangePtr(base.get(), odd.data() + 1, size, 0, 0);
+        EXPECT_TRUE(QBaseValidate(base.get()));
+        EXPECT_EQ(QBaseCountRecords(base.get()), added);
+        const std::int32_t counted = QBaseCountExchangePtrRecords(odd.data() + 1, size);
+        EXPECT_TRUE(counted == 0 || added == 0 || counted == added);
+        return added;
+    };
+    for (std::size_t place = 0; place < whole.size(); ++place) {
+        EXPECT_EQ(import(whole.substr(0, place)), place < 35 ? 0 : 1) << place;
+        for (int value = 0; value < 256; ++value) {
+            std::string bytes = whole;
+            bytes[place] = static_cast<char>(value);
+            const std::int32_t added = import(bytes);
+            const bool isSame = bytes == whole;
+            if (place < 16) {
+                EXPECT_EQ(added, isSame ? 2 : 0) << place; // head
+            } else if (place < 20 || (place >= 28 && place < 34) || place >= 42) {
+                EXPECT_EQ(added, 2) << place; // count, flags, data, spare
+            } else {
+                EXPECT_LE(added, 2) << place;
+            }
+        }
+    }
+    EXPECT_EQ(QBaseCountExchangePtrRecords(nullptr, 100), 0);
+}
+
+} // namespace
+} // namespace drevix

@@ -1,0 +1,211 @@
+#include "qbase/fast_sort.h"
+#include "qbase/qbase_sort.h"
+#include "tests/qbase/file_support.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <numeric>
+#include <random>
+#include <vector>
+
+namespace drevix {
+namespace {
+
+using namespace test;
+
+std::uint64_t gComparisons = 0;
+std::uint64_t gCancelAt = 0;
+
+template <class Number>
+std::int32_t Compare(const void *a, const void *b) {
+    if (++gComparisons == gCancelAt) {
+        CancelFastQSort();
+    }
+    Number first{};
+    Number second{};
+    std::memcpy(&first, a, sizeof first);
+    std::memcpy(&second, b, sizeof second);
+    return first < second ? -7 : first > second ? 9 : 0;
+}
+
+struct Wide { // three bytes, at any address
+    std::uint8_t bytes[3];
+    auto operator<=>(const Wide &) const = default;
+};
+
+struct Input {
+    const char *name;
+    std::uint32_t (*at)(std::uint32_t i, std::uint32_t count);
+};
+constexpr Input kInputs[] = {
+    {"random", [](std::uint32_t i, std::uint32_t) { return static_cast<std::uint32_t>(std::mt19937(i)()); }},
+    {"sorted", [](std::uint32_t i, std::uint32_t) { return i; }},
+    {"reversed", [](std::uint32_t i, std::uint32_t count) { return count - i; }},
+    {"equal", [](std::uint32_t, std::uint32_t) { return 7U; }},
+    {"organ pipe", [](std::uint32_t i, std::uint32_t count) { return std::min(i, count - i); }},
+    {"sawtooth", [](std::uint32_t i, std::uint32_t) { return i % 17; }},
+    {"two values", [](std::uint32_t i, std::uint32_t) { return i * 7 % 3 / 2; }},
+};
+
+template <class Number>
+void SortAll(std::uint32_t count) {
+    for (const Input &input : kInputs) {
+        SCOPED_TRACE(std::string(input.name) + " " + std::to_string(count));
+        std::vector<Number> numbers(count);
+        for (std::uint32_t i = 0; i < count; ++i) {
+            const std::uint32_t value = input.at(i, count);
+            std::memcpy(&numbers[i], &value, std::min(sizeof value, sizeof(Number)));
+        }
+        std::vector<Number> expected = numbers;
+        std::ranges::sort(expected);
+        gComparisons = 0;
+        EXPECT_EQ(FastQSort(numbers.data(), static_cast<int>(count), sizeof(Number), Compare<Number>), noErr);
+        EXPECT_EQ(numbers, expected);
+        if (count < 2) {
+            EXPECT_EQ(gComparisons, 0U);
+        } else if (count >= 10'000) {
+            const double most = (input.at == kInputs[0].at ? 1.2 : 1.6) * count * std::log2(count);
+            EXPECT_LE(static_cast<double>(gComparisons), most);
+        }
+    }
+}
+
+TEST(FastSort, AnyInputAndElementSize_IsSortedInFewComparisons) {
+    for (const std::uint32_t count : {0U, 1U, 2U, 3U, 4U, 7U, 24U, 25U, 26U, 100U, 1000U}) {
+        SortAll<std::uint8_t>(count);
+        SortAll<Wide>(count);
+        SortAll<std::uint32_t>(count);
+        SortAll<std::uint64_t>(count);
+    }
+    SortAll<std::uint32_t>(100'000); // beyond the 32,768 that a random number reaches
+}
+
+TEST(FastSort, Cancelled_TellsSoAndKeepsEveryElement) {
+    for (const std::uint64_t at : {1, 2, 50, 500, 1500}) {
+        std::vector<std::uint32_t> numbers(200);
+        std::iota(numbers.rbegin(), numbers.rend(), 0U);
+        gComparisons = 0;
+        gCancelAt = at;
+        const OSErr status = FastQSort(numbers.data(), 200, 4, Compare<std::uint32_t>);
+        gCancelAt = 0;
+        EXPECT_EQ(status, gComparisons >= at ? userCanceledErr : noErr);
+        EXPECT_LE(gComparisons, at + 203) << "a median and a partition may still end";
+        EXPECT_EQ(FastQSort(numbers.data(), 200, 4, Compare<std::uint32_t>), noErr);
+        EXPECT_EQ(numbers[0], 0U);
+        EXPECT_EQ(numbers[199], 199U);
+    }
+}
+
+TEST(FastSort, RandomNumbers_AreBitsOneToFifteenOfTheCongruence) {
+    FQSRandomSeed(1);
+    std::uint64_t state = 1;
+    for (int i = 0; i < 1000; ++i) {
+        state = (state * 1103515245 + 12345) % 0x1'0000'0000;
+        ASSERT_EQ(FQSRandom(), static_cast<std::int32_t>(state % 0x10000 / 2));
+    }
+}
+
+TEST(FastSort, Median_TakesThePlaceAndGivesItsOwn) {
+    std::uint32_t any[] = {2, 1};
+    ASSERT_EQ(FastQSort(any, 2, 4, Compare<std::uint32_t>), noErr);
+    std::vector<std::uint32_t> order = {1, 2, 3};
+    do {
+        std::vector<std::uint32_t> three = order;
+        ChooseMedian(&three[0], &three[0], &three[1], &three[2]);
+        EXPECT_EQ(three[0], 2U);
+        std::ranges::sort(three);
+        EXPECT_EQ(three, (std::vector<std::uint32_t>{1, 2, 3}));
+    } while (std::ranges::next_permutation(order).found);
+    char text[] = "abcdef";
+    MemSwap(text, text + 3, 3);
+    MemSwap(text, text, 3);
+    EXPECT_STREQ(text, "defabc");
+}
+
+TEST(FastSort, Search_MeetsTheElementThatHalvingMeetsFirst) {
+    std::vector<std::uint32_t> numbers;
+    for (std::uint32_t count = 0; count < 40; ++count) {
+        for (std::uint32_t key = 0; key <= 2 * count + 1; ++key) {
+            const void *const found =
+                FastBSearch(&key, numbers.data(), static_cast<int>(count), 4, Compare<std::uint32_t>);
+            EXPECT_EQ(found, key % 2 == 1 && key < 2 * count ? &numbers[key / 2] : nullptr);
+        }
+        numbers.push_back(2 * count + 1);
+    }
+    const std::uint32_t key = 5;
+    std::uint32_t equal[] = {5, 5, 5, 5};
+    EXPECT_EQ(FastBSearch(&key, equal, 4, 4, Compare<std::uint32_t>), &equal[1]);
+}
+
+std::int32_t CompareFirst(const void *a, std::int32_t lengthA, const void *b, std::int32_t /*lengthB*/) {
+    gCancelAt > 0 ? CancelFastQSort() : void();
+    ++gComparisons;
+    return lengthA > 0 ? std::memcmp(a, b, 1) : 0;
+}
+
+TEST(BaseSort, Mode_IsTheCallersOrTheLeastOrNone) {
+    struct Row {
+        std::int16_t mode;
+        std::int16_t result;
+        bool cancels;
+    };
+    for (const Row &row : {Row{5, 128, false}, Row{200, 200, false}, Row{-3, 128, false},
+                           Row{127, 128, false}, Row{32767, 32767, false}, Row{200, 0, true}}) {
+        const QBaseOwner base = NewFileBase();
+        AddMadeRecords(base.get(), {2, 1, 2, 1, 2});
+        QBaseSetRecordsChanged(base.get(), false);
+        gCancelAt = row.cancels ? 1 : 0;
+        QBaseSort(base.get(), CompareFirst, row.mode);
+        gCancelAt = 0;
+        EXPECT_EQ(QBaseGetSortMode(base.get()), row.result);
+        EXPECT_FALSE(QBaseGetRecordsChanged(base.get()));
+        EXPECT_EQ(base->lockCount, 0);
+        EXPECT_TRUE(QBaseValidate(base.get()));
+        QBaseSort(base.get(), nullptr, 300);
+        EXPECT_EQ(QBaseGetSortMode(base.get()), row.result);
+    }
+    QBaseSort(nullptr, CompareFirst, 300);
+}
+
+TEST(BaseSort, Search_LooksAtTheFirstRecordsAsManyAsAsked) {
+    const QBaseOwner base = NewFileBase();
+    for (const char *data : {"b", "d", "f", "h"}) {
+        ASSERT_GE(QBaseAddRecord(base.get(), data, 1), 0);
+    }
+    struct Row {
+        const char *key;
+        std::int32_t maximum;
+        RecordNumber found;
+    };
+    for (const Row &row : {Row{"b", 4, 0}, Row{"h", 4, 3}, Row{"h", 0, 3}, Row{"h", 5, 3}, Row{"h", -9, 3},
+                           Row{"h", 3, -1}, Row{"f", 3, 2}, Row{"e", 4, -1}}) {
+        EXPECT_EQ(QBaseSearchMax(base.get(), row.maximum, CompareFirst, row.key, 1), row.found) << row.key;
+    }
+    gComparisons = 0;
+    EXPECT_EQ(QBaseSearch(base.get(), CompareFirst, "b", 0), kNoRecord);
+    EXPECT_EQ(QBaseSearch(base.get(), CompareFirst, nullptr, 1), kNoRecord);
+    EXPECT_EQ(QBaseSearch(base.get(), nullptr, "b", 1), kNoRecord);
+    EXPECT_EQ(QBaseSearch(nullptr, CompareFirst, "b", 1), kNoRecord);
+    EXPECT_EQ(QBaseSearch(NewFileBase().get(), CompareFirst, "b", 1), kNoRecord);
+    EXPECT_EQ(gComparisons, 0U);
+}
+
+// Only the low 16 bits of a comparison count.
+TEST(BaseSort, WideResult_CountsByItsLowHalf) {
+    const QBaseOwner base = NewFileBase();
+    for (const char *data : {"a", "b", "c"}) {
+        ASSERT_GE(QBaseAddRecord(base.get(), data, 1), 0);
+    }
+    const auto equal = [](const void *, std::int32_t, const void *, std::int32_t) { return 0x10000; };
+    EXPECT_EQ(QBaseSearch(base.get(), equal, "x", 1), 1);
+    const auto reversed = [](const void *a, std::int32_t, const void *b, std::int32_t) {
+        return std::memcmp(a, b, 1) > 0 ? 0xFFFF : std::memcmp(a, b, 1) < 0 ? 0x70001 : 0x50000;
+    };
+    QBaseSort(base.get(), reversed, 128);
+    EXPECT_EQ(std::memcmp(QBaseGetRecord(base.get(), 0), "c", 1), 0);
+    EXPECT_EQ(std::memcmp(QBaseGetRecord(base.get(), 2), "a", 1), 0);
+}
+
+} // namespace
+} // namespace drevix
