@@ -67,6 +67,12 @@ void PanelWindow::KeepPlace() const {
     QSettings().setValue(PlaceKey(), saveGeometry());
 }
 
+void PanelWindow::ShowForPicture() {
+    fIsForPicture = true;
+    setAttribute(Qt::WA_DontShowOnScreen);
+    show();
+}
+
 void PanelWindow::ComeToFront() {
     setWindowState((windowState() & ~Qt::WindowMinimized) | Qt::WindowActive);
     show();
@@ -76,14 +82,14 @@ void PanelWindow::ComeToFront() {
 
 void PanelWindow::showEvent(QShowEvent *event) {
     QWidget::showEvent(event);
-    if (fPanel != nullptr && !event->spontaneous()) {
+    if (fPanel != nullptr && !fIsForPicture && !event->spontaneous()) {
         fPanel->didSelect();
     }
 }
 
 void PanelWindow::hideEvent(QHideEvent *event) {
     QWidget::hideEvent(event);
-    if (fPanel != nullptr && !event->spontaneous()) {
+    if (fPanel != nullptr && !fIsForPicture && !event->spontaneous()) {
         fPanel->willUnselect();
     }
 }

@@ -24,6 +24,8 @@ class PanelWindow : public QWidget {
     // Takes the window's place and size from the last time, and keeps them for the next.
     void RestorePlace();
     void KeepPlace() const;
+    // Shows the window to be drawn only: the panel is not selected, so nothing is saved when the window goes.
+    void ShowForPicture();
     // Brings the window to the front, as a second start of the program asks.
     void ComeToFront();
 
@@ -38,6 +40,7 @@ class PanelWindow : public QWidget {
     QPluginLoader fLoader;
     PreferencePane *fPanel = nullptr; // belongs to the loader
     QLabel *fStatusLine;
+    bool fIsForPicture = false;
 };
 
 } // namespace drevix

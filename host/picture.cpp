@@ -3,7 +3,6 @@
 #include "host/panel_window.h"
 
 #include <QCoreApplication>
-#include <QLayout>
 #include <QPixmap>
 #include <QRegularExpression>
 
@@ -77,13 +76,11 @@ bool WritePicture(PanelWindow &window, const PictureRequest &request, QString *p
         *problem = Tr("There is no control \"%1\".").arg(request.control);
         return false;
     }
-    // Laid out and polished as for the screen; the panel is not selected, so nothing is saved.
-    window.setAttribute(Qt::WA_DontShowOnScreen);
     if (request.size) {
         window.resize(*request.size);
     }
-    window.ensurePolished();
-    window.layout()->activate();
+    window.ShowForPicture();
+    QCoreApplication::processEvents(); // the lists lay themselves out once they are shown
     if (!window.grab().save(request.file, "PNG")) {
         *problem = Tr("The picture could not be written to \"%1\".").arg(request.file);
         return false;

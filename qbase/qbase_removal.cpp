@@ -63,9 +63,9 @@ Block SortSlots(QBaseHandle base, std::int32_t n) {
     }
     auto *const order = reinterpret_cast<std::int32_t *>(list.Data());
     std::iota(order, order + n, 0);
-    gOffsets = IndexOffsets(base);
     // Nothing in this comparison cancels the sort.
-    std::ignore = SortElements(order, static_cast<std::size_t>(n), kOffsetSize, OffsetOrder{gOffsets});
+    std::ignore =
+        SortElements(order, static_cast<std::size_t>(n), kOffsetSize, OffsetOrder{IndexOffsets(base)});
     return list;
 }
 
@@ -176,6 +176,7 @@ Block QBaseCreateIndexOfOffsets(QBaseHandle base, std::int32_t n) {
         return {};
     }
     const MemoryRequest request;
+    gOffsets = IndexOffsets(base);
     Block list = SpreadSlots(base, slots);
     if (list.Size() == 0) {
         list = SortSlots(base, slots);

@@ -23,24 +23,6 @@ std::int32_t SelectOdd(const void * /*data*/, std::int32_t length, std::int16_t 
     return length % 2;
 }
 
-TEST(RecordBase, NewRecord_TakesItsHeadItsDataAndAPad) {
-    struct Row {
-        std::int32_t length;
-        std::size_t size;
-    };
-    const std::string data(1668, '\xee');
-    for (const Row &row : {Row{0, 10}, Row{1, 12}, Row{2, 12}, Row{1667, 1678}, Row{1668, 1678}}) {
-        const QBaseOwner base = NewFileBase();
-        EXPECT_EQ(QBaseAddRecord(base.get(), data.data(), row.length), 0);
-        EXPECT_EQ(base->records.Size(), row.size);
-        EXPECT_EQ(RecordAt(base.get(), 0)->size, row.size);
-        EXPECT_EQ(base->records.Data()[row.size - 1], std::byte(row.length % 2 != 0 ? 0
-                                                                : row.length > 0    ? 0xee
-                                                                                    : 0));
-        EXPECT_EQ(QBaseGetSize(base.get()), row.size + 4 * sizeof(std::int32_t) + sizeof(QBaseHeader));
-    }
-}
-
 // Blocks of any size, of which only the first few bytes of a small one are kept on growing.
 class VastAllocator : public BlockAllocator {
   public:
@@ -161,15 +143,37 @@ TEST(RecordBase, RebuiltIndex_NamesTheWholeRecordsAndTheLastExpected) {
     }
 }
 
-TEST(RecordBase, MarksInTheDataAlone_MakeTheIndexFollowTheData) {
+TEST(RecordBase, MarksThatDisagree_MakeTheIndexFollowTheData) {
+    for (const bool oneByNumber : {true, false}) {
+        const QBaseOwner base = NewFileBase();
+        AddMadeRecords(base.get(), {1, 3, 5, 7});
+        QBaseSetSortMode(base.get(), 128);
+        QBaseMarkRecordForRemoval(base.get(), oneByNumber ? 3 : kNoRecord);
+        RecordAt(base.get(), 12)->length = kRemovedLength; // record 1, still in the index
+        QBaseRemoveMarkedRecords(base.get());
+        EXPECT_EQ(QBaseCountRecords(base.get()), oneByNumber ? 2 : 3);
+        EXPECT_EQ(base->capacity, QBaseCountRecords(base.get()));
+        EXPECT_EQ(QBaseGetSortMode(base.get()), kSortDataOrder);
+        EXPECT_TRUE(QBaseValidate(base.get()));
+    }
+}
+
+TEST(RecordBase, FirstStepOfARemoval_LeavesNoStaleNumber) {
     const QBaseOwner base = NewFileBase();
-    AddMadeRecords(base.get(), {1, 3, 5, 7});
-    QBaseSetSortMode(base.get(), 128);
-    RecordAt(base.get(), 12)->length = kRemovedLength; // record 1, still in the index
+    AddMadeRecords(base.get(), {1, 3, 5, 7, 9});
+    QBaseMarkRecordForRemoval(base.get(), 0);
+    QBaseMarkRecordForRemoval(base.get(), 2);
+    EXPECT_EQ(QBaseRemoveInvalidOffsets(base.get()), 3);
+    EXPECT_EQ(base->capacity, 6);
+    EXPECT_EQ(QBaseCountRecords(base.get()), 5);
+    for (RecordNumber number = 0; number < 7; ++number) {
+        EXPECT_EQ(QBaseGetRecord(base.get(), number) != nullptr, number < 3);
+    }
+    const Block order = QBaseCreateIndexOfOffsets(base.get(), 3);
+    ASSERT_EQ(order.Size(), 12U);
+    EXPECT_LT(QBaseCompareOffsetsProc(order.Data(), order.Data() + 4), 0);
     QBaseRemoveMarkedRecords(base.get());
     EXPECT_EQ(QBaseCountRecords(base.get()), 3);
-    EXPECT_EQ(base->capacity, 3);
-    EXPECT_EQ(QBaseGetSortMode(base.get()), kSortDataOrder);
     EXPECT_TRUE(QBaseValidate(base.get()));
 }
 
@@ -177,7 +181,7 @@ int gAnswers = 0;
 
 TEST(RecordBase, SelectionThatChangesItsMind_LosesNoRecord) {
     // Over five records: the first time 1 and 3 are selected; the second time more, or none.
-    for (const int second : {0b01110, 0b00000, 0b01000}) {
+    for (const int second : {0b01110, 0b00000, 0b01000, 0b00010}) {
         static int answers;
         answers = second << 5 | 0b01010;
         gAnswers = 0;
@@ -210,6 +214,13 @@ TEST(RecordBase, Duplicate_CopiesAllButTheUserBlock) {
     EXPECT_EQ(State(target.get()), State(source.get()));
     EXPECT_EQ(target->capacity, source->capacity);
     EXPECT_EQ(QBaseGetTempLong(target.get()), 77U);
+
+    const QBaseOwner empty = NewFileBase();
+    {
+        const FaultyAllocator faults(2, Lasts::ForEver); // the index
+        EXPECT_EQ(QBaseDuplicate(source.get(), empty.get()), memFullErr);
+    }
+    EXPECT_EQ(State(empty.get()), State(NewFileBase().get()));
 
     const std::string before = State(source.get());
     EXPECT_EQ(QBaseDuplicate(source.get(), source.get()), noErr);
@@ -280,7 +291,9 @@ TEST(RecordBase, NullBase_GivesTheNeutralValue) {
     EXPECT_FALSE(QBaseGetRecordsChanged(base.get())) << "a base without records has nothing to empty";
     EXPECT_EQ(QBaseAddRecord(base.get(), nullptr, 0), kNoRecord);
     EXPECT_EQ(QBaseAddRecord(base.get(), "", -1), kNoRecord);
-    EXPECT_EQ(base->records.Size(), 0U);
+    EXPECT_EQ(QBaseGetSize(base.get()), sizeof(QBaseHeader));
+    EXPECT_EQ(QBaseAddRecord(base.get(), "x", 1), 0);
+    EXPECT_EQ(QBaseGetSize(base.get()), sizeof(QBaseHeader) + 4 * sizeof(std::int32_t) + 12);
 }
 
 // Counts requests that come while the caller's flag is not raised.
@@ -309,9 +322,8 @@ std::string StateWithCapacity(QBaseHandle base) {
 
 QBaseOwner BaseForFaults() {
     QBaseOwner base = FullFileBase();
-    base->indexGrowth = 3000; // one slot more wants memory
-    AddMadeRecords(base.get(), {1, 1});
-    QBaseTruncate(base.get(), 4);
+    AddMadeRecords(base.get(), {1});
+    base->indexGrowth = 3000; // the index is full, and one slot more wants memory
     QBaseSetSortMode(base.get(), 130);
     QBaseSetRecordsChanged(base.get(), false);
     return base;
