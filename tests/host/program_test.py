@@ -52,7 +52,9 @@ for words, status in [
 ]:
     code, error = run(*words)
     expect(f"status of {words}", code, status)
-    expect(f"lines that {words} gives", [line.startswith("drevix-settings: ") for line in error.splitlines()], [True])
+    # Qt's offscreen platform says what it cannot do; that is not ours.
+    lines = [line for line in error.splitlines() if not line.startswith("This plugin does not support")]
+    expect(f"lines that {words} gives", [line.startswith("drevix-settings: ") for line in lines], [True])
 
 # A second start ends at once and leaves the first running; the first saves the settings when it goes.
 first = subprocess.Popen([PROGRAM], env=environment)
