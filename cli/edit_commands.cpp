@@ -6,6 +6,7 @@
 #include "cli/new_application.h"
 #include "cli/record_text.h"
 #include "cli/session.h"
+#include "platform/desktop_entries.h"
 #include "platform/mac_roman.h"
 #include "settings/pascal_strings.h"
 #include "settings/prefs_list.h"
@@ -196,7 +197,7 @@ Outcome SetValue(const Request &request) {
 
 Outcome AddApplication(const Request &request) {
     NewApplication application;
-    Outcome outcome = DescribeApplication(request.arguments[0], PreferredLanguage(), &application);
+    Outcome outcome = DescribeApplication(request.arguments[0], MessagesLocale(), &application);
     if (!outcome.IsDone()) {
         return outcome;
     }

@@ -14,13 +14,10 @@ struct NewApplication {
     std::string shownName; // empty: the file name
 };
 
-// Looks at an ".app" folder, a desktop entry (freedesktop.org's Desktop Entry Specification), or an
+// Looks at an ".app" folder, a desktop entry ("platform/desktop_entries.h"), or an
 // executable file. `language` picks a desktop entry's translated name. Failed when the path leads to none of
 // these.
 Outcome DescribeApplication(const std::string &path, const std::string &language,
                             NewApplication *application);
-
-// The language of messages in the environment ("de_AT.UTF-8"), empty for none.
-[[nodiscard]] std::string PreferredLanguage();
 
 } // namespace drevix
