@@ -209,8 +209,9 @@ void QBaseUpdateOffsets(QBaseHandle base, std::int32_t n, std::int32_t threshold
 // record.
 using QBaseSelectFunction = std::int32_t (*)(const void *data, std::int32_t length, std::int16_t flags);
 // Moves the selected records, in their order, to start at `target` (0 to the count) as the index stands
-// before the move. paramErr for a null base; memFullErr with the index unchanged; ioErr when the selection
-// answered differently the second time. The sort mode becomes 0 as soon as anything is selected.
+// before the move. paramErr for a null base or function; memFullErr with the index unchanged; ioErr, with no
+// record lost, when the selection answered differently the second time. The sort mode becomes 0 as soon as
+// anything is selected.
 [[nodiscard]] OSErr QBaseMoveIndexes(QBaseHandle base, std::int32_t target, QBaseSelectFunction select);
 
 // Record flags

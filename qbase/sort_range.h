@@ -44,7 +44,8 @@ class RangeSorter {
   public:
     RangeSorter(Size size, Order order) : fSize(size), fOrder(order) {}
 
-    // Sorts [lo, hi) until cancelled. Recursion goes into the smaller part, so its depth stays within log2 of the count.
+    // Sorts [lo, hi) until cancelled. Recursion goes into the smaller part, so its depth stays within log2 of
+    // the count.
     void Sort(std::byte *lo, std::byte *hi) {
         while (!gSortCancelled) {
             const std::size_t count = static_cast<std::size_t>(hi - lo) / fSize;

@@ -180,16 +180,15 @@ TEST(RecordBase, FirstStepOfARemoval_LeavesNoStaleNumber) {
 int gAnswers = 0;
 
 TEST(RecordBase, SelectionThatChangesItsMind_LosesNoRecord) {
-    // Over five records: the first time 1 and 3 are selected; the second time more, or none.
-    for (const int second : {0b01110, 0b00000, 0b01000, 0b00010}) {
+    // Over five records: the first time 0 and 4 are selected; the second time more, or none.
+    for (const int second : {0b01101, 0b11111, 0b00000, 0b00001}) {
         static int answers;
-        answers = second << 5 | 0b01010;
+        answers = second << 5 | 0b10001;
         gAnswers = 0;
         const QBaseOwner base = NewFileBase();
         AddMadeRecords(base.get(), {1, 3, 5, 7, 9});
         EXPECT_EQ(QBaseMoveIndexes(base.get(), 0,
                                    [](const void * /*data*/, std::int32_t length, std::int16_t /*flags*/) {
-                                       // The second pass looks at records 1 to 3 alone.
                                        const int record = (length - 1) / 2;
                                        const int bit = gAnswers++ < 5 ? record : 5 + record;
                                        return std::int32_t{answers >> bit & 1};
