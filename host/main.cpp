@@ -1,5 +1,6 @@
 // drevix-settings: the window in which a person decides what the device's controls do.
 #include "host/first_instance.h"
+#include "host/host_text.h"
 #include "host/panel_window.h"
 #include "host/picture.h"
 #include "platform/resources.h"
@@ -100,15 +101,15 @@ int main(int argc, char **argv) {
     LoadTranslations(application);
 
     QCommandLineParser options;
-    options.setApplicationDescription(QCoreApplication::translate(
-        "Host", "Decides, application by application, what every control of the device does."));
+    options.setApplicationDescription(
+        Host::tr("Decides, application by application, what every control of the device does."));
     options.addHelpOption();
     options.addOptions(PictureOptions());
     options.process(application);
     QString problem;
     const PictureRequest picture = ReadPictureRequest(options, &problem);
     if (!options.positionalArguments().isEmpty()) {
-        problem = QCoreApplication::translate("Host", "It takes options only; see --help.");
+        problem = Host::tr("It takes options only; see --help.");
     }
     if (!problem.isEmpty()) {
         return Fail(problem, kWrongUsage);

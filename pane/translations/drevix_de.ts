@@ -782,8 +782,12 @@
         <translation>eine Anzahl ist beschädigt</translation>
     </message>
     <message>
-        <source>its shared texts add up to more than 256 MB</source>
-        <translation>ihre gemeinsamen Texte ergeben mehr als 256 MB</translation>
+        <source>its shared values add up to more than its bytes</source>
+        <translation>ihre gemeinsamen Werte ergeben mehr als ihre Bytes</translation>
+    </message>
+    <message>
+        <source>its shared texts add up to more than 1 GB</source>
+        <translation>ihre gemeinsamen Texte ergeben mehr als 1 GB</translation>
     </message>
     <message>
         <source>a value has a type that no list may hold</source>
@@ -890,16 +894,24 @@
         <translation>eine Kommazahl ist fehlerhaft oder zu groß</translation>
     </message>
     <message>
-        <source>it is larger than 256 MB</source>
-        <translation>sie ist größer als 256 MB</translation>
+        <source>it is larger than 2 GB</source>
+        <translation>sie ist größer als 2 GB</translation>
+    </message>
+    <message>
+        <source>it is a binary list of more than 256 MB</source>
+        <translation>sie ist eine binäre Liste von mehr als 256 MB</translation>
     </message>
     <message>
         <source>arrays and dictionaries are nested more than 64 deep</source>
         <translation>Reihungen und Wörterbücher sind mehr als 64-fach geschachtelt</translation>
     </message>
     <message>
-        <source>it holds more than 8,388,608 values</source>
-        <translation>sie enthält mehr als 8.388.608 Werte</translation>
+        <source>one of its elements holds more than 65,536 values</source>
+        <translation>eines ihrer Elemente enthält mehr als 65.536 Werte</translation>
+    </message>
+    <message>
+        <source>one of its elements holds more than 16 MB of text and data</source>
+        <translation>eines ihrer Elemente enthält mehr als 16 MB Text und Daten</translation>
     </message>
 </context>
 <context>
@@ -1272,6 +1284,76 @@
     <message>
         <source>All files (*)</source>
         <translation>Alle Dateien (*)</translation>
+    </message>
+</context>
+<context>
+    <name>Host</name>
+    <message>
+        <source>Write a picture of the panel to FILE and exit.</source>
+        <translation>Schreibt ein Bild des Fensters in die Datei FILE und endet.</translation>
+    </message>
+    <message>
+        <source>Show the settings of the application APP.</source>
+        <translation>Zeigt die Einstellungen der Anwendung APP.</translation>
+    </message>
+    <message>
+        <source>Show page N, from 0.</source>
+        <translation>Zeigt die Seite N, von 0 an.</translation>
+    </message>
+    <message>
+        <source>Show the control KEY, such as buttonII.</source>
+        <translation>Zeigt das Bedienelement KEY, zum Beispiel buttonII.</translation>
+    </message>
+    <message>
+        <source>Make the picture&apos;s window this large.</source>
+        <translation>Macht das Fenster des Bildes so groß.</translation>
+    </message>
+    <message>
+        <source>Draw FACTOR times as large.</source>
+        <translation>Zeichnet um den Faktor FACTOR größer.</translation>
+    </message>
+    <message>
+        <source>--page takes a number.</source>
+        <translation>--page verlangt eine Zahl.</translation>
+    </message>
+    <message>
+        <source>--size takes a width and a height, such as 800x600.</source>
+        <translation>--size verlangt Breite und Höhe, zum Beispiel 800x600.</translation>
+    </message>
+    <message>
+        <source>There are no settings for &quot;%1&quot;.</source>
+        <translation>Es gibt keine Einstellungen für „%1“.</translation>
+    </message>
+    <message>
+        <source>There is no page %1.</source>
+        <translation>Es gibt keine Seite %1.</translation>
+    </message>
+    <message>
+        <source>There is no control &quot;%1&quot;.</source>
+        <translation>Es gibt kein Bedienelement „%1“.</translation>
+    </message>
+    <message>
+        <source>The picture could not be written to &quot;%1&quot;.</source>
+        <translation>Das Bild konnte nicht nach „%1“ geschrieben werden.</translation>
+    </message>
+    <message>
+        <source>Decides, application by application, what every control of the device does.</source>
+        <translation>Bestimmt für jede Anwendung, was jedes Bedienelement des Gerätes tut.</translation>
+    </message>
+    <message>
+        <source>It takes options only; see --help.</source>
+        <translation>Es gibt nur Optionen; siehe --help.</translation>
+    </message>
+</context>
+<context>
+    <name>drevix::PanelWindow</name>
+    <message>
+        <source>Drevix Veltrana</source>
+        <translation>Drevix Veltrana</translation>
+    </message>
+    <message>
+        <source>Status</source>
+        <translation>Status</translation>
     </message>
 </context>
 </TS>
