@@ -1,16 +1,10 @@
 // Binary property lists: whatever is read is read as the same after it has been written as XML. The mutator
 // mends the trailer, so that the objects are looked at.
-#include "platform/property_list.h"
-#include "platform/status.h"
+#include "fuzz/list_round_trip.h"
 
 #include <algorithm>
-#include <array>
-#include <cstdlib>
 #include <cstring>
-#include <span>
 #include <string_view>
-
-extern "C" std::size_t LLVMFuzzerMutate(std::uint8_t *data, std::size_t size, std::size_t maxSize);
 
 namespace {
 
@@ -19,26 +13,6 @@ using namespace drevix;
 constexpr std::string_view kSignature = "bplist00";
 constexpr std::size_t kTrailerSize = 32;
 constexpr std::size_t kMostBytes = 4096; // keeps what shared objects multiply to small
-
-OSErr Read(std::span<const std::byte> bytes, PropertyListArray *elements) {
-    PropertyListProblem problem;
-    std::size_t kept = 0;
-    const OSErr status = ParsePropertyListArray(
-        bytes,
-        [&](PropertyList &element) {
-            // Of what shared objects multiply to, the start is enough.
-            constexpr std::size_t kMostElements = 1000;
-            if (++kept < kMostElements) {
-                elements->push_back(std::move(element));
-            }
-            return true;
-        },
-        &problem);
-    if ((status == noErr) != problem.text.empty()) {
-        std::abort();
-    }
-    return status;
-}
 
 void PutBigEndian(std::uint8_t *place, std::uint64_t value) {
     for (int i = 7; i >= 0; --i, value >>= 8) {
@@ -49,16 +23,9 @@ void PutBigEndian(std::uint8_t *place, std::uint64_t value) {
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size) {
-    PropertyListArray elements;
-    if (size < kSignature.size() || size > kMostBytes ||
-        std::memcmp(data, kSignature.data(), kSignature.size()) != 0 ||
-        Read(std::as_bytes(std::span(data, size)), &elements) != noErr) {
-        return 0;
-    }
-    const std::string text = PropertyListArrayText(elements);
-    PropertyListArray again;
-    if (Read(std::as_bytes(std::span(text)), &again) != noErr || PropertyListArrayText(again) != text) {
-        std::abort();
+    if (size >= kSignature.size() && size <= kMostBytes &&
+        std::memcmp(data, kSignature.data(), kSignature.size()) == 0) {
+        fuzz::CheckRoundTrip(std::as_bytes(std::span(data, size)));
     }
     return 0;
 }

@@ -1,12 +1,12 @@
 // Takes bytes that may be anything for an exchange block: counts and fetches its records and takes them into
 // a base, at the end and among records that are there. Whatever it holds, the base is valid afterwards, has
 // as many records as were told, and a block made of it brings them over to another base.
+#include "fuzz/fuzzing.h"
 #include "platform/status.h"
 #include "qbase/qbase_exchange.h"
 #include "qbase/qbase_file.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <cstring>
 #include <random>
 #include <span>
@@ -15,14 +15,10 @@
 namespace drevix {
 namespace {
 
+using fuzz::Check;
+
 constexpr OSType kType = FourCharCode("TEST");
 constexpr std::uint16_t kTypeVersion = 3;
-
-void Check(bool holds) {
-    if (!holds) {
-        std::abort();
-    }
-}
 
 QBaseOwner NewBase() {
     return QBaseOwner(QBaseNew(kType, kTypeVersion, 4));
@@ -95,8 +91,6 @@ void Mend(std::span<std::uint8_t> bytes, unsigned seed) {
 } // namespace
 } // namespace drevix
 
-extern "C" std::size_t LLVMFuzzerMutate(std::uint8_t *data, std::size_t size, std::size_t maxSize);
-
 extern "C" std::size_t LLVMFuzzerCustomMutator(std::uint8_t *data, std::size_t size, std::size_t maxSize,
                                                unsigned seed) {
     size = LLVMFuzzerMutate(data, size, maxSize);
@@ -108,7 +102,7 @@ extern "C" std::size_t LLVMFuzzerCustomMutator(std::uint8_t *data, std::size_t s
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size) {
     drevix::Block block;
-    drevix::Check(block.Resize(size) == drevix::noErr);
+    drevix::fuzz::Check(block.Resize(size) == drevix::noErr);
     std::copy_n(data, size, reinterpret_cast<std::uint8_t *>(block.Data()));
     drevix::TakeIn(&block);
     // The same at an odd address that ends where the memory ends, so that a read beyond is found.
@@ -117,6 +111,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     const drevix::QBaseOwner base = drevix::NewBase();
     const auto added =
         drevix::QBasePutExchangePtr(base.get(), odd.data() + 1, static_cast<std::uint32_t>(size), -1, 0);
-    drevix::Check(added == drevix::QBaseCountRecords(base.get()) && drevix::QBaseValidate(base.get()));
+    drevix::fuzz::Check(added == drevix::QBaseCountRecords(base.get()) && drevix::QBaseValidate(base.get()));
     return 0;
 }

@@ -2,6 +2,7 @@
 // that are there already, and with converters. Whatever it holds, the base is valid afterwards, no more
 // memory was asked for than the file backs, and what was read can be written, read and written again with the
 // same bytes.
+#include "fuzz/fuzzing.h"
 #include "fuzz/memory_disk.h"
 #include "platform/block.h"
 #include "platform/status.h"
@@ -9,7 +10,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdlib>
 #include <cstring>
 #include <random>
 #include <span>
@@ -18,14 +18,10 @@
 namespace drevix {
 namespace {
 
+using fuzz::Check;
+
 constexpr OSType kType = FourCharCode("PLZB");
 constexpr std::uint16_t kTypeVersion = 2;
-
-void Check(bool holds) {
-    if (!holds) {
-        std::abort();
-    }
-}
 
 // Ends the run when more memory is asked for than the file backs.
 class Limit : public BlockAllocator {
@@ -166,8 +162,6 @@ class Mender {
 
 } // namespace
 } // namespace drevix
-
-extern "C" std::size_t LLVMFuzzerMutate(std::uint8_t *data, std::size_t size, std::size_t maxSize);
 
 extern "C" std::size_t LLVMFuzzerCustomMutator(std::uint8_t *data, std::size_t size, std::size_t maxSize,
                                                unsigned seed) {

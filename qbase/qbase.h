@@ -172,7 +172,8 @@ void QBaseSetFlipProc(QBaseHandle base, QBaseFlipFunction recordFlip, QBaseFlipF
 [[nodiscard]] RecordNumber QBaseAddRecord(QBaseHandle base, const void *data, std::int32_t length);
 // The record's data, to be changed in place but not in length, valid until the next operation that adds,
 // replaces, removes or reads records; null and length 0 for an invalid number. Constant time.
-[[nodiscard]] void *QBaseGetRecord(QBaseHandle base, RecordNumber number, std::int32_t *length = nullptr);
+[[nodiscard]] inline void *QBaseGetRecord(QBaseHandle base, RecordNumber number,
+                                          std::int32_t *length = nullptr);
 // Replaces the record's data and gives its number, or kNoRecord with the base unchanged, as QBaseAddRecord.
 // Number, flags and sort mode stay. Costs a move of the data behind the record when the size changes.
 [[nodiscard]] RecordNumber QBaseReplaceRecord(QBaseHandle base, RecordNumber number, const void *data,
@@ -258,5 +259,37 @@ void QBaseSetTempData(QBaseHandle base, std::uint32_t value);
 [[nodiscard]] OSErr QBaseSetUserBlock(QBaseHandle base, const void *data, std::uint32_t size);
 // The user block's bytes, valid until it is set or read again; null and size 0 when it is empty.
 [[nodiscard]] const void *QBaseGetUserBlock(QBaseHandle base, std::uint32_t *size = nullptr);
+
+// Fetching is inline: beside a copy of a record from memory that is at hand, a call can be felt.
+
+// A record by its number, or null: no base, no such number, a slot marked for removal, or a damaged record.
+[[nodiscard]] inline QBaseRecord *FindQBaseRecord(QBaseHandle base, RecordNumber number) {
+    if (base == nullptr || number < 0 || number >= base->file.count) {
+        return nullptr;
+    }
+    const std::size_t slot = static_cast<std::size_t>(number) * sizeof(std::int32_t);
+    const std::size_t size = base->records.Size();
+    if (slot >= base->index.Size() || size < kQBaseRecordHeaderSize) {
+        return nullptr;
+    }
+    // A negative offset becomes one beyond any block, and so does a size that has no room for a head.
+    const std::uint32_t offset = *reinterpret_cast<const std::uint32_t *>(base->index.Data() + slot);
+    if (offset > size - kQBaseRecordHeaderSize) {
+        return nullptr;
+    }
+    auto *const record = reinterpret_cast<QBaseRecord *>(base->records.Data() + offset);
+    const std::uint32_t room = record->size - std::uint32_t{kQBaseRecordHeaderSize};
+    const bool isWhole =
+        room <= size - kQBaseRecordHeaderSize - offset && static_cast<std::uint32_t>(record->length) <= room;
+    return isWhole ? record : nullptr;
+}
+
+inline void *QBaseGetRecord(QBaseHandle base, RecordNumber number, std::int32_t *length) {
+    QBaseRecord *const record = FindQBaseRecord(base, number);
+    if (length != nullptr) {
+        *length = record != nullptr ? record->length : 0;
+    }
+    return record != nullptr ? record + 1 : nullptr;
+}
 
 } // namespace drevix

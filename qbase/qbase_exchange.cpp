@@ -70,7 +70,7 @@ std::int32_t CountRecords(ExchangeReader reader) {
 std::size_t SelectedSize(QBaseHandle base, QBaseSelectFunction select) {
     std::size_t size = 0;
     for (RecordNumber number = 0; number < base->file.count; ++number) {
-        QBaseRecord *const record = RecordByNumber(base, number);
+        QBaseRecord *const record = FindQBaseRecord(base, number);
         size += IsSelected(select, record) ? record->size : 0;
     }
     return size;
@@ -83,7 +83,7 @@ std::size_t FillExchange(QBaseHandle base, QBaseSelectFunction select, Block *ex
     std::byte *const bytes = exchange->Data();
     std::size_t end = sizeof header;
     for (RecordNumber number = 0; number < base->file.count; ++number) {
-        QBaseRecord *const record = RecordByNumber(base, number);
+        QBaseRecord *const record = FindQBaseRecord(base, number);
         if (IsSelected(select, record) && record->size <= exchange->Size() - kSpareSize - end) {
             std::memcpy(bytes + end, record, record->size);
             end += record->size;

@@ -35,45 +35,30 @@ Value GetField(QBaseHandle base, Value Class::*field) {
 
 } // namespace
 
-void QBaseSetUserLong(QBaseHandle base, std::uint32_t value) {
-    SetField(base, &QBaseFileHeader::userLong, value);
-}
+// The setter and the getter of a field; the two word fields and the sort mode are given signed.
+#define DREVIX_FIELD(Class, field, Name, In, Out)                                                            \
+    void QBaseSet##Name(QBaseHandle base, In value) {                                                        \
+        SetField(base, &Class::field, value);                                                                \
+    }                                                                                                        \
+    Out QBaseGet##Name(QBaseHandle base) {                                                                   \
+        return static_cast<Out>(GetField(base, &Class::field));                                              \
+    }
 
-std::uint32_t QBaseGetUserLong(QBaseHandle base) {
-    return GetField(base, &QBaseFileHeader::userLong);
-}
+// clang-format off
+DREVIX_FIELD(QBaseFileHeader, userLong,          UserLong,          std::uint32_t, std::uint32_t)
+DREVIX_FIELD(QBaseFileHeader, userData,          UserData,          std::uint32_t, std::uint32_t)
+DREVIX_FIELD(QBaseFileHeader, userFlags,         UserFlags,         std::uint32_t, std::uint32_t)
+DREVIX_FIELD(QBaseFileHeader, userWord,          UserWord,          std::uint16_t, std::int16_t)
+DREVIX_FIELD(QBaseFileHeader, userMode,          UserMode,          std::uint16_t, std::int16_t)
+DREVIX_FIELD(QBaseState,      recordsChanged,    RecordsChanged,    bool,          bool)
+DREVIX_FIELD(QBaseState,      userFieldsChanged, UserFieldsChanged, bool,          bool)
+DREVIX_FIELD(QBaseState,      readOnly,          ReadOnly,          bool,          bool)
+DREVIX_FIELD(QBaseState,      sortMode,          SortMode,          std::uint16_t, std::int16_t)
+DREVIX_FIELD(QBaseState,      tempLong,          TempLong,          std::uint32_t, std::uint32_t)
+DREVIX_FIELD(QBaseState,      tempData,          TempData,          std::uint32_t, std::uint32_t)
+// clang-format on
 
-void QBaseSetUserData(QBaseHandle base, std::uint32_t value) {
-    SetField(base, &QBaseFileHeader::userData, value);
-}
-
-std::uint32_t QBaseGetUserData(QBaseHandle base) {
-    return GetField(base, &QBaseFileHeader::userData);
-}
-
-void QBaseSetUserFlags(QBaseHandle base, std::uint32_t value) {
-    SetField(base, &QBaseFileHeader::userFlags, value);
-}
-
-std::uint32_t QBaseGetUserFlags(QBaseHandle base) {
-    return GetField(base, &QBaseFileHeader::userFlags);
-}
-
-void QBaseSetUserWord(QBaseHandle base, std::uint16_t value) {
-    SetField(base, &QBaseFileHeader::userWord, value);
-}
-
-std::int16_t QBaseGetUserWord(QBaseHandle base) {
-    return static_cast<std::int16_t>(GetField(base, &QBaseFileHeader::userWord));
-}
-
-void QBaseSetUserMode(QBaseHandle base, std::uint16_t value) {
-    SetField(base, &QBaseFileHeader::userMode, value);
-}
-
-std::int16_t QBaseGetUserMode(QBaseHandle base) {
-    return static_cast<std::int16_t>(GetField(base, &QBaseFileHeader::userMode));
-}
+#undef DREVIX_FIELD
 
 void QBaseSetUserRect(QBaseHandle base, const QBaseRect &rect) {
     SetField(base, &QBaseFileHeader::userRect, rect);
@@ -83,54 +68,6 @@ void QBaseGetUserRect(QBaseHandle base, QBaseRect *rect) {
     if (base != nullptr && rect != nullptr) {
         *rect = base->file.userRect;
     }
-}
-
-void QBaseSetRecordsChanged(QBaseHandle base, bool changed) {
-    SetField(base, &QBaseState::recordsChanged, changed);
-}
-
-bool QBaseGetRecordsChanged(QBaseHandle base) {
-    return GetField(base, &QBaseState::recordsChanged);
-}
-
-void QBaseSetUserFieldsChanged(QBaseHandle base, bool changed) {
-    SetField(base, &QBaseState::userFieldsChanged, changed);
-}
-
-bool QBaseGetUserFieldsChanged(QBaseHandle base) {
-    return GetField(base, &QBaseState::userFieldsChanged);
-}
-
-void QBaseSetReadOnly(QBaseHandle base, bool readOnly) {
-    SetField(base, &QBaseState::readOnly, readOnly);
-}
-
-bool QBaseGetReadOnly(QBaseHandle base) {
-    return GetField(base, &QBaseState::readOnly);
-}
-
-void QBaseSetSortMode(QBaseHandle base, std::uint16_t mode) {
-    SetField(base, &QBaseState::sortMode, mode);
-}
-
-std::int16_t QBaseGetSortMode(QBaseHandle base) {
-    return static_cast<std::int16_t>(GetField(base, &QBaseState::sortMode));
-}
-
-void QBaseSetTempLong(QBaseHandle base, std::uint32_t value) {
-    SetField(base, &QBaseState::tempLong, value);
-}
-
-std::uint32_t QBaseGetTempLong(QBaseHandle base) {
-    return GetField(base, &QBaseState::tempLong);
-}
-
-void QBaseSetTempData(QBaseHandle base, std::uint32_t value) {
-    SetField(base, &QBaseState::tempData, value);
-}
-
-std::uint32_t QBaseGetTempData(QBaseHandle base) {
-    return GetField(base, &QBaseState::tempData);
 }
 
 OSErr QBaseSetUserBlock(QBaseHandle base, const void *data, std::uint32_t size) {

@@ -1,4 +1,4 @@
-// Transfers at a file's mark.
+// Transfers at a file's mark and elsewhere.
 #include "qbase/qbase_file.h"
 
 #include "platform/status.h"
@@ -7,39 +7,40 @@
 namespace drevix {
 namespace {
 
-OSErr Transfer(OSErr (*operation)(IOParam *), FileRef file, bool cache, std::int32_t *count, void *bytes) {
-    IOParam transfer = {};
-    transfer.ioRefNum = file;
-    transfer.ioBuffer = bytes;
-    transfer.ioReqCount = *count;
-    transfer.ioPosMode = cache ? fsAtMark : noCacheMask;
+using Operation = OSErr (*)(IOParam *);
+
+OSErr TransferAtMark(Operation operation, FileRef file, bool cache, std::int32_t *count, void *bytes) {
+    IOParam transfer = {file, bytes, *count, 0, cache ? fsAtMark : noCacheMask, 0};
     const OSErr status = operation(&transfer);
     *count = transfer.ioActCount;
     return status;
 }
 
+OSErr TransferAt(Operation operation, FileRef file, std::int64_t place, void *bytes, std::size_t count) {
+    IOParam transfer = {file, bytes, static_cast<std::int32_t>(count), 0, fsFromStart | noCacheMask, place};
+    return count > 0 ? operation(&transfer) : noErr;
+}
+
 } // namespace
 
 OSErr QBReadSync(FileRef file, bool cache, std::int32_t *count, void *bytes) {
-    return Transfer(PBReadSync, file, cache, count, bytes);
+    return TransferAtMark(PBReadSync, file, cache, count, bytes);
 }
 
 OSErr QBWriteSync(FileRef file, bool cache, std::int32_t *count, const void *bytes) {
-    return Transfer(PBWriteSync, file, cache, count, const_cast<void *>(bytes));
+    return TransferAtMark(PBWriteSync, file, cache, count, const_cast<void *>(bytes));
 }
 
 OSErr QBFlushSync(FileRef file) {
     return PBFlushFileSync(file);
 }
 
-OSErr ReadAtMark(FileRef file, void *bytes, std::size_t count) {
-    auto wanted = static_cast<std::int32_t>(count);
-    return count > 0 ? QBReadSync(file, false, &wanted, bytes) : noErr;
+OSErr ReadAt(FileRef file, std::int64_t place, void *bytes, std::size_t count) {
+    return TransferAt(PBReadSync, file, place, bytes, count);
 }
 
-OSErr WriteAtMark(FileRef file, const void *bytes, std::size_t count) {
-    auto wanted = static_cast<std::int32_t>(count);
-    return count > 0 ? QBWriteSync(file, false, &wanted, bytes) : noErr;
+OSErr WriteAt(FileRef file, std::int64_t place, const void *bytes, std::size_t count) {
+    return TransferAt(PBWriteSync, file, place, const_cast<void *>(bytes), count);
 }
 
 } // namespace drevix

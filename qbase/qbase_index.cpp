@@ -19,7 +19,7 @@ struct Selection {
 Selection AskOnce(QBaseHandle base, std::int32_t target, QBaseSelectFunction select) {
     Selection result;
     for (RecordNumber number = 0; number < SlotsInUse(base); ++number) {
-        if (!IsSelected(select, RecordByNumber(base, number))) {
+        if (!IsSelected(select, FindQBaseRecord(base, number))) {
             continue;
         }
         result.first = result.count == 0 ? number : result.first;
@@ -41,7 +41,7 @@ std::int32_t GatherSelected(QBaseHandle base, const Selection &span, QBaseSelect
     bool answersAgree = true;
     for (RecordNumber number = span.first; number <= span.last && answersAgree; ++number) {
         const std::int32_t offset = offsets[number];
-        if (!IsSelected(select, RecordByNumber(base, number))) {
+        if (!IsSelected(select, FindQBaseRecord(base, number))) {
             offsets[unselected++] = offset;
         } else if (selected < span.count) {
             list[selected++] = offset;

@@ -56,17 +56,6 @@ inline constexpr std::size_t kMaxRecordsSize = std::numeric_limits<std::int32_t>
     return static_cast<std::int32_t>(std::min(slots, static_cast<std::size_t>(base->file.count)));
 }
 
-// A record by its number, or null: no base, no such number, a slot marked for removal, or a damaged record.
-[[nodiscard]] inline QBaseRecord *RecordByNumber(QBaseHandle base, RecordNumber number) {
-    if (base == nullptr || number < 0 || number >= SlotsInUse(base)) {
-        return nullptr;
-    }
-    // A negative offset becomes one beyond any block.
-    const auto offset = static_cast<std::uint32_t>(IndexOffsets(base)[number]);
-    QBaseRecord *const record = RecordInside(base->records.Data(), base->records.Size(), offset);
-    return record != nullptr && HoldsItsData(record) ? record : nullptr;
-}
-
 // Goes through records that lie back to back, and stops at the first that does not lie inside the bytes.
 class RecordWalk {
   public:

@@ -3,6 +3,8 @@
 #include "platform/status.h"
 #include "qbase/qbase_file_internal.h"
 
+#include <algorithm>
+#include <array>
 #include <cstring>
 #include <span>
 #include <tuple>
@@ -15,6 +17,9 @@ constexpr std::uint16_t kOldVersion = 1;
 constexpr std::uint32_t kFlippedMagic = FourCharCode("ESBQ");
 // No more records fit into the largest record data.
 constexpr std::size_t kMaxCount = kMaxRecordsSize / kQBaseRecordHeaderSize;
+// What is read together with the header: of a file with a few hundred records, user block and index too. More
+// would cost more in copying than a transfer does.
+constexpr std::size_t kStartSize = 2048;
 
 #pragma pack(push, 2)
 // The header of version 1. The index follows it: there is no user block.
@@ -50,12 +55,25 @@ struct Wish {
 // An open file whose header was read and understood.
 struct Source {
     FileRef file = 0;
+    std::int64_t length = 0;                 // of the file
+    std::array<std::byte, kStartSize> start; // its first bytes, set when they are read
+    std::size_t startSize = 0;
     QBaseFileHeader header = {}; // as version 2, in native byte order
     std::int64_t headerSize = sizeof(QBaseFileHeader);
     std::int64_t recordsSize = 0; // what the file really has
     bool isFlipped = false;       // of the other byte order
     bool isSalvaged = false;      // not as long as its header says
 };
+
+// Reads `count` bytes from a place in the file on; what came with the header is not read again.
+OSErr ReadPart(const Source &source, std::int64_t place, std::byte *bytes, std::size_t count) {
+    const auto first = static_cast<std::size_t>(place);
+    const std::size_t known = first < source.startSize ? std::min(count, source.startSize - first) : 0;
+    if (known > 0) {
+        std::memcpy(bytes, source.start.data() + first, known);
+    }
+    return ReadAt(source.file, place + static_cast<std::int64_t>(known), bytes + known, count - known);
+}
 
 // Moves the fields of a version 1 header, just read, to where version 2 has them, whatever their byte order.
 // The version stays.
@@ -82,13 +100,13 @@ bool IsOld(const Source &source) {
 // Reads the header and refuses one that is not of the base's kind.
 OSErr ReadHeader(QBaseHandle base, Source *source) {
     QBaseFileHeader &header = source->header;
-    OSErr status = SetFPos(source->file, fsFromStart, 0);
-    if (status == noErr) {
-        status = ReadAtMark(source->file, &header, sizeof header);
-    }
-    if (status != noErr) {
+    source->startSize = static_cast<std::size_t>(
+        std::clamp(source->length, std::int64_t{sizeof header}, std::int64_t{kStartSize}));
+    if (const OSErr status = ReadAt(source->file, 0, source->start.data(), source->startSize);
+        status != noErr) {
         return status;
     }
+    std::memcpy(&header, source->start.data(), sizeof header);
     source->isFlipped = header.magic == kFlippedMagic && base->recordFlipProc != nullptr;
     std::uint16_t version = header.version;
     if (source->isFlipped) {
@@ -112,15 +130,17 @@ std::int64_t IndexPlace(const Source &source) {
     return source.headerSize + source.header.userBlockSize;
 }
 
+std::int64_t RecordsPlace(const Source &source) {
+    return IndexPlace(source) + std::int64_t{source.header.count} * std::int64_t{sizeof(std::int32_t)};
+}
+
 // Compares the sizes that the header tells with the file's length, in 64 bits, where no sum of them
 // overflows.
-OSErr CheckLength(Source *source, std::int64_t length, bool allowRecovery) {
+OSErr CheckLength(Source *source, bool allowRecovery) {
     if (source->header.count < 0) {
         return kRefused;
     }
-    const std::int64_t recordsPlace =
-        IndexPlace(*source) + std::int64_t{source->header.count} * std::int64_t{sizeof(std::int32_t)};
-    source->recordsSize = length - recordsPlace;
+    source->recordsSize = source->length - RecordsPlace(*source);
     if (source->recordsSize == source->header.recordsSize) {
         return noErr;
     }
@@ -144,7 +164,7 @@ OSErr ReadUserBlock(QBaseHandle base, const Source &source, Block *block) {
     }
     OSErr status = block->Resize(size);
     if (status == noErr) {
-        status = ReadAtMark(source.file, block->Data(), size);
+        status = ReadPart(source, source.headerSize, block->Data(), size);
     }
     if (status == noErr && source.isFlipped) {
         status = base->userFlipProc(block->Data(), static_cast<std::int32_t>(size));
@@ -190,13 +210,10 @@ OSErr ReadBehind(QBaseHandle base, const Source &source) {
     const auto oldSlots = static_cast<std::size_t>(base->file.count);
     const auto slots = static_cast<std::size_t>(source.header.count);
     const auto size = static_cast<std::size_t>(source.recordsSize);
-    OSErr status = SetFPos(source.file, fsFromStart, IndexPlace(source));
-    if (status == noErr && (oldSlots + slots > kMaxCount || size > kMaxRecordsSize - oldSize)) {
-        status = memFullErr;
+    if (oldSlots + slots > kMaxCount || size > kMaxRecordsSize - oldSize) {
+        return memFullErr;
     }
-    if (status == noErr) {
-        status = ResizeIndex(base, static_cast<std::int32_t>(oldSlots + slots));
-    }
+    OSErr status = ResizeIndex(base, static_cast<std::int32_t>(oldSlots + slots));
     if (status == noErr) {
         status = base->records.Resize(oldSize + size);
     }
@@ -205,9 +222,10 @@ OSErr ReadBehind(QBaseHandle base, const Source &source) {
     }
     const std::span offsets(IndexOffsets(base) + oldSlots, slots);
     const std::span bytes(base->records.Data() + oldSize, size);
-    status = ReadAtMark(source.file, offsets.data(), offsets.size_bytes());
+    status =
+        ReadPart(source, IndexPlace(source), std::as_writable_bytes(offsets).data(), offsets.size_bytes());
     if (status == noErr) {
-        status = ReadAtMark(source.file, bytes.data(), bytes.size());
+        status = ReadPart(source, RecordsPlace(source), bytes.data(), bytes.size());
     }
     if (status != noErr) {
         return status;
@@ -248,10 +266,10 @@ void TakeRecords(QBaseHandle base, const Source &source, const Wish &wish) {
 }
 
 // Reads what is wished. Until all of it has come the base's own contents stay.
-OSErr ReadParts(QBaseHandle base, const Wish &wish, std::int64_t length, Source *source) {
+OSErr ReadParts(QBaseHandle base, const Wish &wish, Source *source) {
     OSErr status = ReadHeader(base, source);
     if (status == noErr) {
-        status = CheckLength(source, length, wish.allowRecovery);
+        status = CheckLength(source, wish.allowRecovery);
     }
     Block userBlock;
     if (status == noErr && wish.userPart) {
@@ -295,19 +313,18 @@ OSErr QBaseReadRebuild(QBaseHandle base, FileRef file, bool readUserPart, bool r
     if (emptyFirst) {
         QBaseEmpty(base);
     }
-    std::int64_t length = 0;
-    if (const OSErr status = GetEOF(file, &length); status != noErr) {
+    Source source;
+    source.file = file;
+    if (const OSErr status = GetEOF(file, &source.length); status != noErr) {
         return status;
     }
-    if (length == 0) {
+    if (source.length == 0) {
         return emptyFileIsFine ? noErr : eofErr;
     }
     const MemoryRequest request;
     QBaseUnlock(base, true);
     const Wish wish = {readUserPart, readRecords, emptyFirst, rebuildIndex, allowRecovery};
-    Source source;
-    source.file = file;
-    const OSErr status = Settle(base, ReadParts(base, wish, length, &source));
+    const OSErr status = Settle(base, ReadParts(base, wish, &source));
     if (salvaged != nullptr) {
         *salvaged = source.isSalvaged;
     }

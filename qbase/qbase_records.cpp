@@ -99,17 +99,9 @@ RecordNumber QBaseAddRecord(QBaseHandle base, const void *data, std::int32_t len
     return number;
 }
 
-void *QBaseGetRecord(QBaseHandle base, RecordNumber number, std::int32_t *length) {
-    QBaseRecord *const record = RecordByNumber(base, number);
-    if (length != nullptr) {
-        *length = record != nullptr ? record->length : 0;
-    }
-    return record != nullptr ? RecordData(record) : nullptr;
-}
-
 RecordNumber QBaseReplaceRecord(QBaseHandle base, RecordNumber number, const void *data,
                                 std::int32_t length) {
-    const QBaseRecord *const record = RecordByNumber(base, number);
+    const QBaseRecord *const record = FindQBaseRecord(base, number);
     if (record == nullptr || data == nullptr || length < 0) {
         return kNoRecord;
     }
@@ -161,19 +153,19 @@ void *QBaseFindLongHeader(QBaseHandle base, std::uint32_t value) {
 }
 
 std::int16_t QBaseGetRecordFlags(QBaseHandle base, RecordNumber number) {
-    const QBaseRecord *const record = RecordByNumber(base, number);
+    const QBaseRecord *const record = FindQBaseRecord(base, number);
     return record != nullptr ? static_cast<std::int16_t>(record->flags) : std::int16_t{0};
 }
 
 void QBaseSetRecordFlags(QBaseHandle base, RecordNumber number, std::uint16_t flags) {
-    if (QBaseRecord *const record = RecordByNumber(base, number); record != nullptr) {
+    if (QBaseRecord *const record = FindQBaseRecord(base, number); record != nullptr) {
         record->flags = flags;
     }
 }
 
 RecordNumber QBaseFindRecordFlags(QBaseHandle base, std::uint16_t flags) {
     for (RecordNumber number = 0; number < QBaseCountRecords(base); ++number) {
-        const QBaseRecord *const record = RecordByNumber(base, number);
+        const QBaseRecord *const record = FindQBaseRecord(base, number);
         if (record != nullptr && record->flags == flags) {
             return number;
         }

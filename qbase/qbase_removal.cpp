@@ -147,7 +147,7 @@ std::int32_t DropMarkedData(QBaseHandle base, std::span<const std::int32_t> orde
 } // namespace
 
 void QBaseMarkRecordForRemoval(QBaseHandle base, RecordNumber number) {
-    if (QBaseRecord *const record = RecordByNumber(base, number); record != nullptr) {
+    if (QBaseRecord *const record = FindQBaseRecord(base, number); record != nullptr) {
         record->length = kRemovedLength;
         IndexOffsets(base)[number] = -1;
     }

@@ -14,12 +14,15 @@ constexpr std::size_t kWordBits = 8 * sizeof(Word);
 // large enough to cost more than the passes do.
 constexpr std::size_t kWindows = 16;
 
-// Answers which offsets an index holds, for rising questions. One bit stands for an offset; the bits cover a
-// window of the record data that moves on when a question lies behind it.
+// Answers which offsets an index holds, for rising questions. One bit stands for an offset, of which only the
+// even ones are used but in a strange file; the bits cover a window of the record data that moves on when a
+// question lies behind it.
 class OffsetSet {
   public:
-    OffsetSet(std::span<const std::int32_t> offsets, std::size_t recordsSize) : fOffsets(offsets) {
-        const std::size_t words = recordsSize / kWindows / kWordBits + 1;
+    // `anyOffset` has every bit that some offset has.
+    OffsetSet(std::span<const std::int32_t> offsets, std::uint32_t anyOffset, std::size_t recordsSize)
+        : fOffsets(offsets), fShift(1 - anyOffset % 2) {
+        const std::size_t words = (recordsSize >> fShift) / kWindows / kWordBits + 1;
         // Without memory the bits at hand do too, with more windows.
         if (words > fFew.size() && fMany.Resize(words * sizeof(Word)) == noErr) {
             fBits = {reinterpret_cast<Word *>(fMany.Data()), words};
@@ -28,10 +31,12 @@ class OffsetSet {
 
     // Whether the index holds the offset, which is not below the one of the last call.
     bool Holds(std::size_t offset) {
-        if (offset >= fEnd) {
-            MoveTo(offset);
+        const std::size_t bit = offset >> fShift;
+        if (bit >= fEnd) {
+            MoveTo(bit);
         }
-        return (WordOf(offset - fStart) >> ((offset - fStart) % kWordBits) & 1) != 0;
+        const bool isOdd = (offset >> fShift << fShift) != offset; // among even ones only
+        return !isOdd && (WordOf(bit - fStart) >> ((bit - fStart) % kWordBits) & 1) != 0;
     }
 
   private:
@@ -42,7 +47,8 @@ class OffsetSet {
         fEnd = start + fBits.size() * kWordBits;
         std::ranges::fill(fBits, Word{0});
         for (const std::int32_t offset : fOffsets) {
-            const std::size_t bit = static_cast<std::uint32_t>(offset) - fStart; // huge before the window
+            // Huge before the window.
+            const std::size_t bit = (static_cast<std::uint32_t>(offset) >> fShift) - fStart;
             if (bit < fEnd - fStart) {
                 WordOf(bit) |= Word{1} << (bit % kWordBits);
             }
@@ -55,6 +61,7 @@ class OffsetSet {
     std::span<Word> fBits = fFew;
     std::size_t fStart = 0;
     std::size_t fEnd = 0;
+    unsigned fShift;
 };
 
 } // namespace
@@ -66,15 +73,19 @@ std::optional<std::size_t> EndOfRecords(QBaseHandle base) {
     const std::span<const std::int32_t> offsets(IndexOffsets(base),
                                                 static_cast<std::size_t>(SlotsInUse(base)));
     const std::size_t size = base->records.Size();
-    const bool allInside = std::ranges::all_of(offsets, [size](std::int32_t offset) {
-        return offset >= 0 && static_cast<std::size_t>(offset) + kQBaseRecordHeaderSize <= size;
-    });
+    std::uint32_t anyOffset = 0;
+    bool allInside = true;
+    for (const std::int32_t offset : offsets) {
+        const auto place = static_cast<std::uint32_t>(offset); // beyond everything when negative
+        anyOffset |= place;
+        allInside = allInside && place + kQBaseRecordHeaderSize <= size;
+    }
     if (!allInside) {
         return std::nullopt;
     }
     // The walk meets as many different offsets as there are slots. So when each of them is in the index, the
     // index holds nothing else, and nothing twice.
-    OffsetSet indexed(offsets, size);
+    OffsetSet indexed(offsets, anyOffset, size);
     RecordWalk walk(base);
     for (const std::int32_t slot : offsets) {
         const std::size_t offset = walk.Offset();

@@ -19,37 +19,39 @@ std::size_t IndexSize(QBaseHandle base) {
     return static_cast<std::size_t>(base->file.count) * sizeof(std::int32_t);
 }
 
-std::size_t IndexPlace(QBaseHandle base) {
-    return sizeof(QBaseFileHeader) + base->userBlock.Size();
+std::int64_t IndexPlace(QBaseHandle base) {
+    return static_cast<std::int64_t>(sizeof(QBaseFileHeader) + base->userBlock.Size());
 }
 
-std::size_t FileSize(QBaseHandle base) {
-    return IndexPlace(base) + IndexSize(base) + base->records.Size();
+std::int64_t RecordsPlace(QBaseHandle base) {
+    return IndexPlace(base) + static_cast<std::int64_t>(IndexSize(base));
+}
+
+std::int64_t FileSize(QBaseHandle base) {
+    return RecordsPlace(base) + static_cast<std::int64_t>(base->records.Size());
 }
 
 // Whether the file holds a base of this base's kind whose user block is as long as this base's, so that what
 // is not written still fits. A file that cannot be read is none.
 bool HoldsBaseLike(QBaseHandle base, FileRef file) {
     QBaseFileHeader found = {};
-    return SetFPos(file, fsFromStart, 0) == noErr && ReadAtMark(file, &found, sizeof found) == noErr &&
-           found.magic == kQBaseMagic && found.version == kQBaseVersion && found.type == base->file.type &&
+    return ReadAt(file, 0, &found, sizeof found) == noErr && found.magic == kQBaseMagic &&
+           found.version == kQBaseVersion && found.type == base->file.type &&
            found.typeVersion == base->file.typeVersion && found.userBlockSize == base->userBlock.Size();
-}
-
-OSErr WriteAt(FileRef file, std::size_t place, const void *bytes, std::size_t count) {
-    const OSErr status = SetFPos(file, fsFromStart, static_cast<std::int64_t>(place));
-    return status == noErr ? WriteAtMark(file, bytes, count) : status;
 }
 
 OSErr WriteUserPart(QBaseHandle base, FileRef file) {
     const auto *const header = reinterpret_cast<const std::byte *>(&base->file);
     const OSErr status = WriteAt(file, kUserPartStart, header + kUserPartStart, kUserPartSize);
-    return status == noErr ? WriteAtMark(file, base->userBlock.Data(), base->userBlock.Size()) : status;
+    return status == noErr
+               ? WriteAt(file, sizeof(QBaseFileHeader), base->userBlock.Data(), base->userBlock.Size())
+               : status;
 }
 
 OSErr WriteRecords(QBaseHandle base, FileRef file) {
     const OSErr status = WriteAt(file, IndexPlace(base), base->index.Data(), IndexSize(base));
-    return status == noErr ? WriteAtMark(file, base->records.Data(), base->records.Size()) : status;
+    return status == noErr ? WriteAt(file, RecordsPlace(base), base->records.Data(), base->records.Size())
+                           : status;
 }
 
 // Writes the wanted parts and tells which of them were written whole.
@@ -100,7 +102,7 @@ OSErr QBaseWrite(QBaseHandle base, FileRef file, bool writeUserPart, bool writeR
     }
     DescribeParts(base, wanted);
     if (wanted.records) {
-        const OSErr status = SetEOF(file, static_cast<std::int64_t>(FileSize(base)));
+        const OSErr status = SetEOF(file, FileSize(base));
         if (status != noErr) {
             return status;
         }

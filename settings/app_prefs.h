@@ -33,7 +33,9 @@ inline constexpr std::uint16_t kCapsLockModifier = 0x0400;
 inline constexpr std::uint16_t kOptionModifier = 0x0800;
 inline constexpr std::uint16_t kControlModifier = 0x1000;
 
-#pragma pack(push, 2)
+// The fields lie at even offsets. Packed without alignment all the same, since in a damaged file a record
+// may start anywhere.
+#pragma pack(push, 1)
 // What one control does. "settings/action_commands.h" says which fields each command uses.
 struct ActionSlot {
     std::uint16_t command;   // 0: no action
@@ -95,7 +97,7 @@ static_assert(offsetof(AppPrefs, appFileName) == 4 && offsetof(AppPrefs, appName
 static_assert(offsetof(AppPrefs, active) == 100 && offsetof(AppPrefs, factory) == 101);
 static_assert(offsetof(AppPrefs, client) == 104 && offsetof(AppPrefs, reserved3) == 108);
 static_assert(offsetof(AppPrefs, clientMask) == 112 && offsetof(AppPrefs, device) == 116);
-static_assert(sizeof(AppPrefs) == 1668 && alignof(AppPrefs) == 2);
+static_assert(sizeof(AppPrefs) == 1668 && alignof(AppPrefs) == 1);
 static_assert(std::has_unique_object_representations_v<AppPrefs>, "a field lost bytes to padding");
 static_assert(std::is_trivially_copyable_v<AppPrefs>);
 

@@ -63,7 +63,23 @@ inline std::string HexOrDash(const void *bytes, std::size_t size) {
     return digits.empty() ? "-" : digits;
 }
 
-// The user fields, the user block and the records of a base, in the words of record_base.py.
+inline std::string HexText(const std::string &bytes) {
+    return HexOrDash(bytes.data(), bytes.size());
+}
+
+// The bytes of the worked example of a page of docs/: the digits before the bars.
+inline std::string PublishedExample(const std::string &name) {
+    const std::string page = ReadWhole(std::string(DREVIX_TEST_DATA) + "/../../docs/" + name);
+    const std::size_t start = page.find("```hex\n") + 7;
+    std::istringstream lines(page.substr(start, page.find("```", start) - start));
+    std::string digits;
+    for (std::string line; std::getline(lines, line);) {
+        digits += line.substr(0, line.find('|'));
+    }
+    return FromHex(digits);
+}
+
+// The user fields, the user block and the records of a base, as text.
 inline std::string Contents(QBaseHandle base) {
     const QBaseFileHeader &file = base->file;
     std::ostringstream text;

@@ -37,8 +37,8 @@ class Pair {
     void Step() {
         QBaseSetRecordsChanged(Base(), fChanged = false);
         static constexpr std::array kOperations = {
-            &Pair::Add,  &Pair::Add,  &Pair::Add,    &Pair::Replace, &Pair::Remove,   &Pair::SetFlags,
-            &Pair::Move, &Pair::Sort, &Pair::Search, &Pair::Rebuild, &Pair::Truncate, &Pair::Empty};
+            &Pair::Add,  &Pair::Add,  &Pair::Add,     &Pair::Replace,  &Pair::Remove, &Pair::SetFlags,
+            &Pair::Move, &Pair::Sort, &Pair::Rebuild, &Pair::Truncate, &Pair::Empty};
         // Emptying is rare, so that bases grow to some size.
         const int last = Any(20) == 0 ? 0 : 1;
         const auto which = static_cast<std::size_t>(Any(static_cast<int>(kOperations.size()) - last));
@@ -145,21 +145,6 @@ class Pair {
         }
         fRecords = sorted;
         EXPECT_TRUE(std::ranges::is_sorted(fRecords, {}, &ModelRecord::data));
-    }
-
-    void Search() {
-        if (fMode < kSortFirstCallerMode || Count() == 0) {
-            return;
-        }
-        QBaseSort(Base(), CompareBytes, fMode); // a replaced record leaves the mode as it was
-        Sort();
-        const std::string key =
-            Any(2) == 0 ? AnyData() + 'x' : fRecords[static_cast<std::size_t>(Any(Count()))].data;
-        const RecordNumber number =
-            QBaseSearch(Base(), CompareBytes, key.data(), static_cast<int>(key.size()));
-        const bool exists = !key.empty() && std::ranges::count(fRecords, key, &ModelRecord::data) > 0;
-        EXPECT_EQ(number != kNoRecord, exists);
-        EXPECT_TRUE(number == kNoRecord || fRecords.at(static_cast<std::size_t>(number)).data == key);
     }
 
     void Rebuild() {

@@ -81,17 +81,6 @@ TEST(UpdateToolMenuAction, SameEntry_StaysOnOneButton) {
     }
 }
 
-TEST(ActionRules, SlotOutsideTheRecord_ChangesNothing) {
-    for (const SlotIndex slot : std::initializer_list<SlotIndex>{-1, 32, 1000}) {
-        AppPrefs prefs = FullRecord(7);
-        ChooseAction(prefs, slot, 7);
-        UpdateOppositeAction(prefs, slot);
-        UpdateToolMenuAction(prefs, slot);
-        EXPECT_TRUE(SameBytes(prefs, FullRecord(7)));
-        EXPECT_EQ(OppositeSlot(slot), kNoSlot);
-    }
-}
-
 ActionRefusal ExpectedRefusal(OSType application, int slot, int code) {
     const bool app = kAppSignatures.contains(application);
     if (slot < 0 || slot > 20 || (slot > 9 && slot < 16)) {

@@ -15,15 +15,6 @@ std::string BytesOf(const AppPrefs &prefs) {
     return {reinterpret_cast<const char *>(&prefs), sizeof prefs};
 }
 
-TEST(AppPrefs, DefaultGlobalRecord_HasTheseBytes) {
-    std::string expected(1668, '\0');
-    expected[100] = expected[116] = 1;
-    for (const std::size_t at : {117U, 118U, 119U, 121U, 122U, 123U, 125U, 126U, 127U}) {
-        expected[at] = 100;
-    }
-    EXPECT_EQ(BytesOf(gDefaultGlobalPrefs), expected);
-}
-
 // The bytes of docs/settings-record.md, row by row.
 std::string DocumentedExample() {
     const auto docs = std::filesystem::path(DREVIX_TEST_DATA).parent_path().parent_path() / "docs";

@@ -10,7 +10,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <array>
 #include <cstdlib>
 #include <cstring>
 #include <string>
@@ -35,43 +34,6 @@ std::vector<AppPrefs> FactoryRecords() {
 
 std::string NameOf(const AppPrefs &record) {
     return stringWithPascalString(record.appFileName.data());
-}
-
-using Pair = std::pair<int, int>; // what is on the left, upper or counter-clockwise side first
-
-// Commands that undo each other: tool size, moving, zooming, volume, scrolling.
-constexpr auto kOppositeCommands = std::to_array<Pair>(
-    {{35, 36}, {37, 38}, {39, 40}, {41, 42}, {131, 132}, {224, 225}, {225, 224}, {226, 227}});
-
-// Keys that do: arrows, page up and down, home and end, zoom signs, brackets, comma and period, F2 and F1, the
-// digits 3 and 1, backspace and space, the keypad's arrows.
-constexpr auto kOppositeKeys = std::to_array<Pair>({
-    {123, 124},
-    {126, 125},
-    {116, 121},
-    {121, 116},
-    {115, 119},
-    {119, 115},
-    {78, 69},
-    {27, 24},
-    {33, 30},
-    {43, 47},
-    {120, 122},
-    {20, 18},
-    {51, 49},
-    {86, 88},
-    {91, 84},
-});
-
-// Whether the two actions are two directions of one thing. The same key with Shift on one side is.
-bool AreOpposite(const ActionSlot &a, const ActionSlot &b) {
-    if (a.command != b.command) {
-        return a.modifiers == b.modifiers &&
-               std::ranges::count(kOppositeCommands, Pair{a.command, b.command}) == 1;
-    }
-    const bool reversedByShift = a.keyCode == b.keyCode && (a.modifiers ^ b.modifiers) == kShiftModifier;
-    return a.command == kActionKeystroke &&
-           (reversedByShift || std::ranges::count(kOppositeKeys, Pair{a.keyCode, b.keyCode}) == 1);
 }
 
 TEST(FactoryDefaults, Page_MakesTheFile) {
@@ -114,7 +76,7 @@ TEST(FactoryDefaults, Records_AreTheGlobalOneTheCompanionsAndPrograms) {
     }
 }
 
-TEST(FactoryDefaults, Slots_KeepTheRulesAndOppositesAreOpposite) {
+TEST(FactoryDefaults, Slots_KeepTheRules) {
     for (const AppPrefs &record : FactoryRecords()) {
         const auto &slots = record.device[0].action;
         for (const ControlSlot &control : kControlSlots) {
@@ -129,24 +91,7 @@ TEST(FactoryDefaults, Slots_KeepTheRulesAndOppositesAreOpposite) {
             AppPrefs settled = record; // what choosing the command again would make of the record
             UpdateOppositeAction(settled, control.slot);
             EXPECT_EQ(std::memcmp(&settled, &record, sizeof record), 0);
-
-            const SlotIndex opposite = OppositeSlot(control.slot);
-            EXPECT_TRUE(opposite < control.slot || AreOpposite(slot, slots[opposite]));
         }
-    }
-}
-
-TEST(FactoryDefaults, NewBase_NeedsNoRepair) {
-    const test::SettingsFolder folder;
-    const std::vector<AppPrefs> records = FactoryRecords();
-    const QBaseOwner base = NewDrevixBase();
-    ASSERT_EQ(GetDeviceDefaultPrefs(base.get(), kTree + "/resources/" + kDefaultsFileName), noErr);
-    ASSERT_EQ(ValidateDevicePrefs(base.get()), noErr); // at stamp 0, where every rule applies
-    ASSERT_EQ(QBaseCountRecords(base.get()), static_cast<RecordNumber>(records.size()));
-    for (std::size_t i = 0; i < records.size(); ++i) {
-        const AppPrefs *stored = GetAppPrefs(base.get(), static_cast<RecordNumber>(i));
-        ASSERT_NE(stored, nullptr);
-        EXPECT_EQ(std::memcmp(stored, &records[i], sizeof *stored), 0) << NameOf(records[i]);
     }
 }
 

@@ -1,9 +1,13 @@
+// Reading and saving settings with every step failing, or being the last thing that the process does.
 #include "settings/device_prefs.h"
 
 #include "tests/settings/settings_files.h"
 #include "tests/support/faults.h"
 
 #include <cerrno>
+#include <csignal>
+#include <sys/wait.h>
+#include <unistd.h>
 
 namespace drevix {
 namespace {
@@ -16,6 +20,8 @@ using test::MakeRecord;
 using test::Names;
 using test::ReadWhole;
 using test::SettingsFolder;
+
+const Names kSettingsAlone = {"com.halcyra.drevix.prefs"};
 
 // Calls `run(failAt, lasts)`, which tells whether the fault was met, until it is not.
 template <class Run>
@@ -32,14 +38,21 @@ void ForEachFault(int least, const Run &run) {
 // Runs `work` with one fault of the disk, or of the memory for an `error` of ENOMEM, installed.
 template <class Work>
 bool RunWithFault(int failAt, Lasts lasts, int error, const Work &work) {
-    if (error == ENOMEM) {
-        FaultyAllocator faults(failAt, lasts);
-        work();
-        return faults.WasHit();
-    }
-    FaultyDisk faults(failAt, lasts, error);
+    FaultyAllocator memory(error == ENOMEM ? failAt : 10'000, lasts);
+    FaultyDisk disk(error == ENOMEM ? 10'000 : failAt, lasts, error);
     work();
-    return faults.WasHit();
+    return memory.WasHit() || disk.WasHit();
+}
+
+// A settings file with one record, or one that is refused; gives its bytes.
+std::string MakeFile(const SettingsFolder &folder, bool damaged) {
+    folder.WriteDefaults({MakeRecord(0, "factory")});
+    if (damaged) {
+        folder.WriteDamaged(kPanelVersion);
+    } else {
+        EXPECT_EQ(SettingsFolder::Save(MakeBase({MakeRecord(0, "old")}, kPanelVersion)), noErr);
+    }
+    return ReadWhole(folder.path);
 }
 
 // A file that could not be read, for whatever reason, is still there after the save that follows.
@@ -48,13 +61,7 @@ TEST(GetDevicePrefs, EveryFault_LosesNoFile) {
         for (const bool damaged : {false, true}) {
             ForEachFault(1, [&](int failAt, Lasts lasts) {
                 SettingsFolder folder;
-                folder.WriteDefaults({MakeRecord(0, "factory")});
-                if (damaged) {
-                    folder.WriteDamaged(kPanelVersion);
-                } else {
-                    EXPECT_EQ(SettingsFolder::Save(MakeBase({MakeRecord(0, "mine")}, kPanelVersion)), noErr);
-                }
-                const std::string before = ReadWhole(folder.path);
+                const std::string before = MakeFile(folder, damaged);
                 const QBaseOwner base = NewDrevixBase();
                 OSErr status = noErr;
                 const bool wasHit =
@@ -74,7 +81,7 @@ TEST(SaveDevicePrefs, EveryFault_LeavesTheOldOrTheNewFile) {
     for (const int error : {ENOSPC, EIO}) {
         ForEachFault(8, [&](int failAt, Lasts lasts) {
             SettingsFolder folder;
-            EXPECT_EQ(SettingsFolder::Save(MakeBase({MakeRecord(0, "old")})), noErr);
+            MakeFile(folder, false);
             const QBaseOwner base = MakeBase({MakeRecord(0, "new"), MakeRecord(1, "more")});
             OSErr status = noErr;
             const bool wasHit =
@@ -84,12 +91,56 @@ TEST(SaveDevicePrefs, EveryFault_LeavesTheOldOrTheNewFile) {
             EXPECT_TRUE(status != noErr || now.size() == 2) << failAt;
             EXPECT_EQ(QBaseGetRecordsChanged(base.get()), status != noErr) << failAt;
             EXPECT_EQ(QBaseGetUserFieldsChanged(base.get()), status != noErr) << failAt;
-            EXPECT_EQ(SettingsFolder::Names(folder.Preferences()), Names{"com.halcyra.drevix.prefs"})
-                << failAt;
-            EXPECT_EQ(OpenFileCount(), 0);
+            EXPECT_EQ(SettingsFolder::Names(folder.Preferences()), kSettingsAlone) << failAt;
             EXPECT_TRUE(wasHit || status == noErr);
             return wasHit;
         });
+    }
+}
+
+// What a program does: reads the settings, adds a record, saves.
+OSErr LoadAndSave(const SettingsFolder &folder) {
+    const QBaseOwner base = NewDrevixBase();
+    const OSErr status = folder.Load(base, kPanelVersion);
+    if (status != noErr || StoreAppPrefs(base.get(), MakeRecord(1, "added"), kNoRecord) == kNoRecord) {
+        return status;
+    }
+    return SettingsFolder::Save(base);
+}
+
+// Runs it in a process that is killed at its n-th call of the disk; tells whether it was.
+bool IsKilledAt(int call, const SettingsFolder &folder) {
+    const pid_t child = ::fork();
+    if (child == 0) {
+        FaultyDisk faults(call, Lasts::Once, EIO);
+        faults.onFault = [] { ::raise(SIGKILL); };
+        ::_exit(LoadAndSave(folder) == noErr ? 0 : 1);
+    }
+    int status = 0;
+    ::waitpid(child, &status, 0);
+    EXPECT_TRUE(WIFSIGNALED(status) || status == 0);
+    return WIFSIGNALED(status);
+}
+
+TEST(SaveDurability, KilledAtEveryCall_LosesNeitherSettingsNorARefusedFile) {
+    for (const bool damaged : {false, true}) {
+        bool killed = true;
+        for (int call = 1; killed; ++call) {
+            SCOPED_TRACE(call);
+            SettingsFolder folder;
+            const std::string before = MakeFile(folder, damaged);
+            killed = IsKilledAt(call, folder);
+            EXPECT_TRUE(killed || call > (damaged ? 20 : 12));
+            const std::string now = ReadWhole(folder.path);
+            EXPECT_TRUE(now == before || !damaged || ReadWhole(folder.kept) == before);
+            const Names names = damaged ? Names{} : folder.SavedNames();
+            EXPECT_TRUE(damaged || names == Names{"old"} || names == (Names{"old", "added"}));
+            EXPECT_TRUE(killed || now != before);
+            EXPECT_EQ(LoadAndSave(folder), noErr);
+            EXPECT_TRUE(damaged ? ReadWhole(folder.kept) == before
+                                : folder.SavedNames().size() == names.size() + 1);
+            EXPECT_EQ(SettingsFolder::Names(folder.Preferences()).size(), damaged ? 2U : 1U);
+        }
     }
 }
 

@@ -1,0 +1,50 @@
+#include "settings/new_application.h"
+
+#include "platform/app_folder.h"
+#include "platform/status.h"
+#include "settings/pascal_strings.h"
+#include "settings/prefs_list.h"
+
+namespace drevix {
+namespace {
+
+constexpr std::string_view kEntryExtension = ".desktop";
+constexpr std::size_t kSignatureLength = 4;
+
+// A list's signature as a code, of its first four characters in Mac OS Roman; none for a shorter text.
+OSType SignatureOf(const AppFolderInfo &info) {
+    Str255 text{};
+    getPascalString(info.signature, text.data());
+    if (text[0] < kSignatureLength) {
+        return kNoSignature;
+    }
+    OSType signature = 0;
+    for (std::size_t i = 1; i <= kSignatureLength; ++i) {
+        signature = (signature << 8) | text[i];
+    }
+    return signature;
+}
+
+} // namespace
+
+NewApplication ApplicationOfEntry(const DesktopEntry &entry) {
+    std::string_view name(entry.path);
+    name.remove_prefix(name.rfind('/') + 1);
+    if (name.ends_with(kEntryExtension)) {
+        name.remove_suffix(kEntryExtension.size());
+    }
+    return {kNoSignature, std::string(name), entry.name};
+}
+
+NewApplication ApplicationOfPath(const std::string &path, std::string_view locale) {
+    DesktopEntry entry;
+    if (path.ends_with(kEntryExtension) && ReadDesktopEntry(path, locale, &entry) == noErr) {
+        return ApplicationOfEntry(entry);
+    }
+    AppFolderInfo info;
+    const bool isFolder = ReadInfoList(InfoListOfAppFolder(path), &info) == noErr;
+    const std::string name = AppFileNameFromPath(path);
+    return {isFolder ? SignatureOf(info) : kNoSignature, name, name};
+}
+
+} // namespace drevix

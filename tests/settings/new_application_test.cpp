@@ -1,0 +1,46 @@
+#include "settings/new_application.h"
+#include "tests/support/scratch.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+
+namespace drevix::test {
+namespace {
+
+TEST(NewApplication, SignatureComesFromTheInformationList) {
+    const ScratchFolder folder;
+    const std::string app = folder.Path("Tool.APP");
+    const std::string list = app + "/Contents/Info.plist";
+    std::filesystem::create_directories(app + "/Contents");
+    const auto signature = [](const std::string &text) {
+        return "<plist><dict><key>CFBundleSignature</key>" + text + "</dict></plist>";
+    };
+    const std::pair<std::string, OSType> rows[] = {
+        {signature("<string>8BIM</string>"), FourCharCode("8BIM")},
+        {signature("<string>8BIMxyz</string>"), FourCharCode("8BIM")},
+        {signature("<string>\u00C4bc\u00FC</string>"), 0x8062639F}, // in Mac OS Roman
+        {signature("<string>abc</string>"), kNoSignature},
+        {signature("<string></string>"), kNoSignature},
+        {signature("<integer>943868237</integer>"), kNoSignature},
+        {"<plist><dict/></plist>", kNoSignature},
+        {"<plist><array/></plist>", kNoSignature},
+        {"damaged", kNoSignature},
+    };
+    for (const auto &[text, expected] : rows) {
+        WriteWhole(list, text);
+        for (const char *end : {"", "/"}) {
+            const NewApplication application = ApplicationOfPath(app + end, "C");
+            EXPECT_EQ(application.signature, expected) << text;
+            EXPECT_EQ(application.fileName, "Tool");
+            EXPECT_EQ(application.shownName, "Tool");
+        }
+    }
+    WriteWhole(folder.Path("xml"), rows[0].first);
+    ASSERT_EQ(std::system(("plistutil -i " + folder.Path("xml") + " -o " + list).c_str()), 0);
+    EXPECT_EQ(ApplicationOfPath(app, "C").signature, FourCharCode("8BIM")) << "a binary list";
+}
+
+} // namespace
+} // namespace drevix::test
