@@ -13,7 +13,7 @@ endforeach()
 
 # What a program outside the folders (a benchmark, a fuzzer) may link: every folder that is a library.
 set(DREVIX_MODULES_FOR_PROGRAMS ${DREVIX_MODULES})
-list(REMOVE_ITEM DREVIX_MODULES_FOR_PROGRAMS cli pane host)
+list(REMOVE_ITEM DREVIX_MODULES_FOR_PROGRAMS helper cli pane host)
 
 # What every target of this project is compiled with.
 add_library(drevix_options INTERFACE)

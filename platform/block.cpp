@@ -92,9 +92,9 @@ OSErr Block::Resize(std::size_t size) {
         return noErr;
     }
     if (size > fReserve) {
-        // The half more is a wish: when it cannot be had, the exact size still may.
+        // The reserve is a wish: when it cannot be had, the exact size still may.
         const std::size_t room = std::numeric_limits<std::size_t>::max() - fReserve;
-        const std::size_t wanted = FillHugePages(std::max(size, fReserve + std::min(fReserve / 2, room)));
+        const std::size_t wanted = FillHugePages(std::max(size, fReserve + std::min(fReserve, room)));
         std::size_t granted = wanted;
         void *memory = gAllocator->Reallocate(fData, granted);
         if (memory == nullptr && wanted > size) {

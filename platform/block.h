@@ -41,7 +41,7 @@ class Block {
     [[nodiscard]] std::size_t Size() const { return fSize; }
 
     // Sets the size. Bytes kept stay unchanged, bytes gained are undefined. Growing may move the block; its
-    // reserve grows by at least half each time, so that n appends cost O(n) copies whatever size the block
+    // reserve doubles at least, so that n appends cost O(n) copies whatever size the block
     // shows. Shrinking never fails and keeps the reserve, but for a size of 0, which gives all memory back.
     // noErr, or memFullErr with the block unchanged.
     [[nodiscard]] OSErr Resize(std::size_t size);

@@ -59,9 +59,11 @@ std::vector<std::string> LanguagesOf(std::string_view locale) {
 struct EntryText {
     std::string_view type;
     std::string_view icon;
+    std::string_view exec;
     std::string_view name;
     std::size_t nameRank = 0; // the smaller, the better its language fits
     bool isHidden = false;
+    bool isInTerminal = false;
 };
 
 // How well the language of "Name[LANGUAGE]" fits; nothing for a key that is no name in a wanted language.
@@ -84,6 +86,10 @@ void TakeLine(std::string_view key, std::string_view value, const std::vector<st
         entry.type = value;
     } else if (key == "Icon") {
         entry.icon = value;
+    } else if (key == "Exec") {
+        entry.exec = value;
+    } else if (key == "Terminal") {
+        entry.isInTerminal = value == "true";
     } else if (key == "NoDisplay" || key == "Hidden") {
         entry.isHidden = entry.isHidden || value == "true";
     } else if (const auto rank = RankOfNameKey(key, languages); rank && !value.empty()) {
@@ -110,6 +116,40 @@ EntryText ParseEntry(std::string_view text, const std::vector<std::string> &lang
         }
     }
     return entry;
+}
+
+// The words of a command line. Between double quotes a blank is a character as any other, and a backslash takes
+// the next character's meaning away.
+std::vector<std::string> QuotedWords(std::string_view line) {
+    std::vector<std::string> words(1);
+    bool isQuoted = false;
+    for (std::size_t i = 0; i < line.size(); ++i) {
+        if (line[i] == '"') {
+            isQuoted = !isQuoted;
+        } else if (isQuoted && line[i] == '\\' && i + 1 < line.size()) {
+            words.back() += line[++i];
+        } else if (line[i] == ' ' && !isQuoted) {
+            words.emplace_back();
+        } else {
+            words.back() += line[i];
+        }
+    }
+    std::erase(words, std::string());
+    return words;
+}
+
+// A word with its field codes filled in; those that stand for files are dropped.
+std::string WithoutFieldCodes(std::string_view word, const DesktopEntry &entry) {
+    std::string text;
+    for (std::size_t i = 0; i < word.size(); ++i) {
+        if (word[i] != '%' || i + 1 == word.size()) {
+            text += word[i];
+            continue;
+        }
+        const char code = word[++i];
+        text += code == '%' ? "%" : code == 'c' ? entry.name : code == 'k' ? entry.path : std::string();
+    }
+    return text;
 }
 
 std::string Variable(const char *name) {
@@ -175,6 +215,23 @@ std::string MessagesLocale() {
     return {};
 }
 
+std::vector<std::string> CommandOfEntry(const DesktopEntry &entry) {
+    std::vector<std::string> words;
+    for (const std::string &word : QuotedWords(entry.exec)) {
+        if (word == "%i") {
+            if (!entry.icon.empty()) {
+                words.insert(words.end(), {"--icon", entry.icon});
+            }
+        } else if (std::string filled = WithoutFieldCodes(word, entry); !filled.empty()) {
+            words.push_back(std::move(filled));
+        }
+    }
+    if (entry.isInTerminal && !words.empty()) {
+        words.insert(words.begin(), {"x-terminal-emulator", "-e"});
+    }
+    return words;
+}
+
 OSErr ReadDesktopEntry(const std::string &path, std::string_view locale, DesktopEntry *entry) try {
     std::error_code error;
     if (!fs::is_regular_file(path, error)) { // to open a pipe would wait for its writer
@@ -191,8 +248,13 @@ OSErr ReadDesktopEntry(const std::string &path, std::string_view locale, Desktop
     if (found.type != "Application" || found.name.empty()) {
         return kNoApplication;
     }
-    *entry = {path.substr(path.rfind('/') + 1), path, Unescaped(found.name), Unescaped(found.icon),
-              found.isHidden};
+    *entry = {path.substr(path.rfind('/') + 1),
+              path,
+              Unescaped(found.name),
+              Unescaped(found.icon),
+              found.isHidden,
+              Unescaped(found.exec),
+              found.isInTerminal};
     return noErr;
 } catch (const std::bad_alloc &) {
     return memFullErr;

@@ -18,6 +18,8 @@ struct DesktopEntry {
     std::string name; // in the user's language where the entry has it
     std::string icon; // a name in the icon theme or an absolute path; may be empty
     bool isHidden;    // is not to be offered: removed, or kept out of menus
+    std::string exec; // its command line, with field codes; may be empty
+    bool isInTerminal;
 };
 
 // The longest file that is read as an entry.
@@ -31,6 +33,10 @@ inline constexpr std::size_t kDesktopEntryMaxBytes = std::size_t{1} << 20;
 // noErr; -1, with *entry unchanged, for a file that describes no application (another type, or without a
 // name) or is no regular file of a sensible size; memFullErr; or the file's error.
 [[nodiscard]] OSErr ReadDesktopEntry(const std::string &path, std::string_view locale, DesktopEntry *entry);
+
+// The words of the command that starts an entry's application without a file: quotes and field codes are done
+// with, and a terminal is put before a program that needs one. Empty for an entry without a command.
+[[nodiscard]] std::vector<std::string> CommandOfEntry(const DesktopEntry &entry);
 
 // Every application that is to be offered, in no particular order: the folders "applications" in
 // $XDG_DATA_HOME and $XDG_DATA_DIRS with their subfolders. Of two entries with one id the first counts, and a

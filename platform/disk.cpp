@@ -2,7 +2,11 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
+#include <dirent.h>
 #include <fcntl.h>
+#include <memory>
+#include <string_view>
 #include <sys/file.h>
 #include <unistd.h>
 #include <utility>
@@ -91,6 +95,34 @@ ssize_t Disk::ReadLink(const char *path, char *target, std::size_t size) {
 
 int Disk::MakeFolder(const char *path, mode_t mode) {
     return ::mkdir(path, mode);
+}
+
+int Disk::RealPath(const char *path, std::string *real) {
+    const std::unique_ptr<char, decltype(&std::free)> found(::realpath(path, nullptr), std::free);
+    if (found == nullptr) {
+        return -1;
+    }
+    *real = found.get();
+    return 0;
+}
+
+int Disk::ListFolder(const char *path, std::vector<std::string> *names) {
+    const std::unique_ptr<DIR, int (*)(DIR *)> folder(::opendir(path), ::closedir);
+    if (folder == nullptr) {
+        return -1;
+    }
+    names->clear();
+    for (;;) {
+        errno = 0; // the only sign by which a failure differs from the end
+        const struct dirent *entry = ::readdir(folder.get());
+        if (entry == nullptr) {
+            return errno == 0 ? 0 : -1;
+        }
+        const std::string_view name = entry->d_name;
+        if (name != "." && name != "..") {
+            names->emplace_back(name);
+        }
+    }
 }
 
 } // namespace drevix

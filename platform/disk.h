@@ -7,6 +7,7 @@
 #include <string>
 #include <sys/stat.h>
 #include <sys/types.h>
+#include <vector>
 
 namespace drevix {
 
@@ -34,6 +35,9 @@ class Disk {
     virtual int MakeSymbolicLink(const char *target, const char *path); // symlink(2)
     virtual ssize_t ReadLink(const char *path, char *target, std::size_t size); // readlink(2)
     virtual int MakeFolder(const char *path, mode_t mode);                      // mkdir(2)
+    virtual int RealPath(const char *path, std::string *real);                  // realpath(3)
+    // readdir(3) to the end: the names of all entries but "." and "..", in no order.
+    virtual int ListFolder(const char *path, std::vector<std::string> *names);
 };
 
 // Installs the disk that all files use from now on, null for the real one, and returns the one installed

@@ -169,7 +169,7 @@ FileUpdate::~FileUpdate() {
     Discard();
 }
 
-OSErr FileUpdate::Open(const std::string &path, UpdateMethod method) try {
+OSErr FileUpdate::Open(const std::string &path, UpdateMethod method, const std::string &modeOf) try {
     if (fFile != 0) {
         return fBsyErr;
     }
@@ -181,7 +181,7 @@ OSErr FileUpdate::Open(const std::string &path, UpdateMethod method) try {
         if (const OSErr status = FollowLinks(path, &fTarget); status != noErr) {
             return status;
         }
-        const OSErr status = OpenBeside();
+        const OSErr status = OpenBeside(modeOf);
         // A folder that takes no new file may still hold a file that can be written. Other failures, a full
         // disk above all, would hit the old file just the same, and harder.
         const bool folderClosed = status == permErr || status == wPrErr;
@@ -196,7 +196,7 @@ OSErr FileUpdate::Open(const std::string &path, UpdateMethod method) try {
     return memFullErr;
 }
 
-OSErr FileUpdate::OpenBeside() {
+OSErr FileUpdate::OpenBeside(const std::string &modeOf) {
     Disk &disk = CurrentDisk();
     struct stat old {};
     const int oldFile = disk.Open(fTarget.c_str(), O_RDWR | O_NOCTTY, 0);
@@ -214,6 +214,10 @@ OSErr FileUpdate::OpenBeside() {
             return permErr; // a device is not replaced by a file
         }
     }
+    const bool hasMode = fExisted || !modeOf.empty();
+    if (!fExisted && hasMode && disk.StatusAt(modeOf.c_str(), &old) != 0) {
+        return LastError();
+    }
     int descriptor = -1;
     if (const OSErr status = MakeBeside(&descriptor); status != noErr) {
         return status;
@@ -225,7 +229,7 @@ OSErr FileUpdate::OpenBeside() {
     if (status == noErr && fExisted && !sameOwner && disk.SetOwner(descriptor, old.st_uid, old.st_gid) != 0) {
         status = permErr;
     }
-    if (status == noErr && fExisted && disk.SetMode(descriptor, old.st_mode & kPermissionBits) != 0) {
+    if (status == noErr && hasMode && disk.SetMode(descriptor, old.st_mode & kPermissionBits) != 0) {
         status = LastError();
     }
     if (status != noErr) {
@@ -371,28 +375,35 @@ void FileUpdate::Discard() {
     fRestorable = false;
 }
 
+OSErr ReplaceWholeFile(const std::string &path, std::string_view bytes, const std::string &modeOf) {
+    FileUpdate update;
+    OSErr status = update.Open(path, UpdateMethod::Replace, modeOf);
+    if (status == noErr) {
+        status = WriteAll(update.File(), bytes.data(), bytes.size());
+    }
+    return status == noErr ? update.Commit() : status;
+}
+
 OSErr KeepFileAside(const std::string &path, const std::string &keptPath) try {
     if (IsCopyOf(path, keptPath)) {
         return noErr;
     }
+    std::string original; // whose mode counts when `path` is a link
     std::string bytes;
-    if (const OSErr status = ReadWholeFile(path, &bytes); status != noErr) {
+    OSErr status = FollowLinks(path, &original);
+    if (status == noErr) {
+        status = ReadWholeFile(original, &bytes);
+    }
+    if (status != noErr) {
         return status;
     }
     struct stat ignored {};
     if (CurrentDisk().StatusAt(keptPath.c_str(), &ignored) == 0) {
-        if (const OSErr status = MoveToFreeName(keptPath); status != noErr) {
+        if (status = MoveToFreeName(keptPath); status != noErr) {
             return status;
         }
     }
-    FileUpdate update;
-    if (const OSErr status = update.Open(keptPath, UpdateMethod::Replace); status != noErr) {
-        return status;
-    }
-    if (const OSErr status = WriteAll(update.File(), bytes.data(), bytes.size()); status != noErr) {
-        return status;
-    }
-    return update.Commit();
+    return ReplaceWholeFile(keptPath, bytes, original);
 } catch (const std::bad_alloc &) {
     return memFullErr;
 }

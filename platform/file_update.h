@@ -4,6 +4,7 @@
 #include "platform/files.h"
 
 #include <string>
+#include <string_view>
 
 namespace drevix {
 
@@ -31,8 +32,10 @@ class FileUpdate {
     // Starts an update of the file at an absolute or relative path; the file need not exist. The status is
     // that of opening the file for writing: permErr for a file that may not be written even if its folder
     // may, notAFileErr, dirNFErr, ...; fBsyErr when another program holds the same file's update for longer
-    // than a second. A device or pipe is written directly, and cannot be put back.
-    [[nodiscard]] OSErr Open(const std::string &path, UpdateMethod method);
+    // than a second. A device or pipe is written directly, and cannot be put back. A new file that replaces
+    // none has the mode of the file at `modeOf`, if given, before anything is written to it, else the user's
+    // default.
+    [[nodiscard]] OSErr Open(const std::string &path, UpdateMethod method, const std::string &modeOf = {});
 
     // The empty file to write to, for reading too; 0 before Open. Belongs to the update: do not close it.
     [[nodiscard]] FileRef File() const { return fFile; }
@@ -43,7 +46,7 @@ class FileUpdate {
     [[nodiscard]] OSErr Commit();
 
   private:
-    OSErr OpenBeside();
+    OSErr OpenBeside(const std::string &modeOf);
     OSErr MakeBeside(int *result);
     OSErr OpenInPlace();
     OSErr FlushFolder() const;
@@ -60,7 +63,13 @@ class FileUpdate {
 // The whole file at a path. memFullErr when it does not fit in memory, else as OpenFile and FSRead.
 [[nodiscard]] OSErr ReadWholeFile(const std::string &path, std::string *bytes);
 
-// Keeps what the file at `path` holds under `keptPath` in the same folder, however either changes later. What
+// Makes `bytes` the file at a path, as one FileUpdate that replaces it. The statuses are those of Open, of
+// writing, and of Commit.
+[[nodiscard]] OSErr ReplaceWholeFile(const std::string &path, std::string_view bytes,
+                                     const std::string &modeOf = {});
+
+// Keeps what the file at `path` holds, and its mode, under `keptPath` in the same folder, however either changes
+// later. What
 // `keptPath` held before, unless it is the same bytes, moves to `keptPath` with ".1", ".2", ... the first
 // that is free. noErr, or why not; `path` is untouched in every case.
 [[nodiscard]] OSErr KeepFileAside(const std::string &path, const std::string &keptPath);

@@ -37,8 +37,8 @@ struct IOParam {
     void *ioBuffer;
     std::int32_t ioReqCount;  // bytes wanted
     std::int32_t ioActCount;  // bytes done, set in every case
-    std::int16_t ioPosMode;   // fsAtMark, with noCacheMask or without; the cache bypass has no effect here
-    std::int64_t ioPosOffset; // not used at the mark
+    std::int16_t ioPosMode;   // fsAtMark or fsFromStart; noCacheMask may be added and has no effect here
+    std::int64_t ioPosOffset; // with fsFromStart: where the transfer starts, at most at the end
 };
 
 inline constexpr std::int16_t fsAtMark = 0;
@@ -49,26 +49,36 @@ inline constexpr std::int16_t kOnSystemDisk = -32768;
 inline constexpr std::int16_t kRootVolume = -100;
 inline constexpr std::int32_t kRootParentFolder = 1;
 inline constexpr std::int32_t kRootFolder = 2;
-inline constexpr OSType kPreferencesFolderType = FourCharCode("pref");
+// Types of folders, and where a Linux desktop has them.
+inline constexpr OSType kVolumeRootFolderType = FourCharCode("root");
+inline constexpr OSType kPreferencesFolderType = FourCharCode("pref"); // $XDG_CONFIG_HOME, "~/.config"
+inline constexpr OSType kTrashFolderType =
+    FourCharCode("trsh"); // "Trash/files" in $XDG_DATA_HOME, "~/.local/share"
+inline constexpr OSType kAppleMenuFolderType = FourCharCode("amnu"); // "applications" there: menu entries
+inline constexpr OSType kStartupFolderType = FourCharCode("strt");   // "autostart" in the preferences folder
 enum class FolderCreation : bool { Never = false, IfMissing = true };
 inline constexpr FolderCreation kDontCreateFolder = FolderCreation::Never;
 inline constexpr FolderCreation kCreateFolder = FolderCreation::IfMissing;
 
 // Folders
 
-// Finds a folder of the user. The only type so far is kPreferencesFolderType: $XDG_CONFIG_HOME when that is
-// an absolute path, else ".config" in the home directory. noErr; nsvErr for a volume other than the system
-// disk; fnfErr when the folder does not exist and is not to be created, or for an unknown type; else why it
-// could not be made. The outputs are set only on success.
+// Finds a folder of the user. A type that a Linux desktop has no folder for gives fnfErr. `volume` is
+// kOnSystemDisk or kRootVolume, or another mounted volume, where the folder is found only if it lies there
+// (else fnfErr). *foundVolume is kRootVolume for the first two: the folder's id leads to it wherever it lies.
+// noErr; nsvErr for a volume that is not mounted; fnfErr when the folder does not exist and is not to be
+// created; else why it could not be made. The outputs are set only on success.
 [[nodiscard]] OSErr FindFolder(std::int16_t volume, OSType folderType, FolderCreation creation,
                                std::int16_t *foundVolume, std::int32_t *foundFolder);
+
+// The user's home folder: $HOME when that is an absolute path, else the account's. Empty when there is none.
+[[nodiscard]] std::string HomeFolder();
 
 // The id of the folder at an absolute path, the same for the same path as long as the process lives. No check
 // is made.
 [[nodiscard]] std::int32_t FolderIdFromPath(const std::string &path);
 
-// The path of the file that a specification names; empty for an unknown folder id or an empty name. A name's
-// '/' becomes ':', as the two systems' separators are exchanged.
+// The path of the file that a specification names; empty for an unknown folder id, and for a name that is
+// empty or holds a zero byte. A name's '/' becomes ':', as the two systems' separators are exchanged.
 [[nodiscard]] std::string PathFromSpec(const FSSpec &spec);
 
 // Files by specification
@@ -110,8 +120,9 @@ OSErr FSClose(FileRef file);
 // the like for a failed transfer. *count: in bytes wanted, out bytes read.
 [[nodiscard]] OSErr FSRead(FileRef file, std::int32_t *count, void *bytes);
 
-// Read and write at the mark, as FSRead; a write beyond the end lengthens the file, wrPermErr for a file
-// opened for reading.
+// Read and write at the mark, or from ioPosOffset on, as FSRead; the mark is then behind what was moved. A
+// write beyond the end lengthens the file, wrPermErr for a file opened for reading; posErr for a negative
+// offset.
 [[nodiscard]] OSErr PBReadSync(IOParam *transfer);
 [[nodiscard]] OSErr PBWriteSync(IOParam *transfer);
 

@@ -18,13 +18,15 @@ bool IsBinary(std::span<const std::byte> start) {
            std::memcmp(start.data(), kBinarySignature.data(), kBinarySignature.size()) == 0;
 }
 
-OSErr ReadList(ListBytes &bytes, const PropertyListElementHandler &handler, PropertyListProblem *problem) {
+OSErr ReadList(ListBytes &bytes, HandOver what, const PropertyListElementHandler &handler,
+               PropertyListProblem *problem) {
     std::span<const std::byte> start;
     if (const OSErr status = bytes.Ahead(&start); status != noErr) {
         problem->text = status == kDamagedList ? kListTooLarge : "";
         return status;
     }
-    return IsBinary(start) ? ReadBinaryList(bytes, handler, problem) : ReadXmlList(bytes, handler, problem);
+    return IsBinary(start) ? ReadBinaryList(bytes, what, handler, problem)
+                           : ReadXmlList(bytes, what, handler, problem);
 }
 
 // Tells the caller of a failure what it was, in words too.
@@ -54,6 +56,44 @@ OSErr ReadAndReport(PropertyListProblem *problem, const Read &read) try {
     return memFullErr; // there is not even room for its text
 }
 
+OSErr ReadListFile(const std::string &path, HandOver what, const PropertyListElementHandler &handler,
+                   PropertyListProblem *problem) {
+    return ReadAndReport(problem, [&](PropertyListProblem *found) {
+        FileRef file = 0;
+        if (const OSErr status = OpenFile(path, fsRdPerm, &file); status != noErr) {
+            return status;
+        }
+        struct Closer {
+            FileRef file;
+            ~Closer() { FSClose(file); }
+        } const closer{file};
+        ListBytes bytes(file);
+        return ReadList(bytes, what, handler, found);
+    });
+}
+
+OSErr ParseList(std::span<const std::byte> bytes, HandOver what, const PropertyListElementHandler &handler,
+                PropertyListProblem *problem) {
+    return ReadAndReport(problem, [&](PropertyListProblem *found) {
+        ListBytes list(bytes);
+        return ReadList(list, what, handler, found);
+    });
+}
+
+// Calls `read` with a handler that keeps the root; a list can still turn out damaged behind it.
+template <typename Read>
+OSErr TakeRoot(PropertyList *root, const Read &read) {
+    PropertyList taken(false);
+    const OSErr status = read([&taken](PropertyList &whole) {
+        taken = std::move(whole);
+        return true;
+    });
+    if (status == noErr) {
+        *root = std::move(taken);
+    }
+    return status;
+}
+
 } // namespace
 
 const PropertyList *PropertyListDictionary::Find(std::string_view key) const {
@@ -61,6 +101,10 @@ const PropertyList *PropertyListDictionary::Find(std::string_view key) const {
     const auto found = std::find_if(fEntries.rbegin(), fEntries.rend(),
                                     [key](const Entry &entry) { return entry.first == key; });
     return found == fEntries.rend() ? nullptr : &found->second;
+}
+
+PropertyList *PropertyListDictionary::Find(std::string_view key) {
+    return const_cast<PropertyList *>(std::as_const(*this).Find(key));
 }
 
 OSErr ListBytes::Ahead(std::span<const std::byte> *bytes) {
@@ -87,25 +131,23 @@ OSErr ListBytes::ReadPiece() {
 
 OSErr ReadPropertyListArray(const std::string &path, const PropertyListElementHandler &handler,
                             PropertyListProblem *problem) {
-    return ReadAndReport(problem, [&](PropertyListProblem *found) {
-        FileRef file = 0;
-        if (const OSErr status = OpenFile(path, fsRdPerm, &file); status != noErr) {
-            return status;
-        }
-        struct Closer {
-            FileRef file;
-            ~Closer() { FSClose(file); }
-        } const closer{file};
-        ListBytes bytes(file);
-        return ReadList(bytes, handler, found);
-    });
+    return ReadListFile(path, HandOver::Elements, handler, problem);
 }
 
 OSErr ParsePropertyListArray(std::span<const std::byte> bytes, const PropertyListElementHandler &handler,
                              PropertyListProblem *problem) {
-    return ReadAndReport(problem, [&](PropertyListProblem *found) {
-        ListBytes list(bytes);
-        return ReadList(list, handler, found);
+    return ParseList(bytes, HandOver::Elements, handler, problem);
+}
+
+OSErr ReadPropertyList(const std::string &path, PropertyList *root, PropertyListProblem *problem) {
+    return TakeRoot(root, [&](const PropertyListElementHandler &handler) {
+        return ReadListFile(path, HandOver::Root, handler, problem);
+    });
+}
+
+OSErr ParsePropertyList(std::span<const std::byte> bytes, PropertyList *root, PropertyListProblem *problem) {
+    return TakeRoot(root, [&](const PropertyListElementHandler &handler) {
+        return ParseList(bytes, HandOver::Root, handler, problem);
     });
 }
 

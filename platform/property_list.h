@@ -27,6 +27,7 @@ class PropertyListDictionary {
 
     // The value of a key, null when absent. Cost linear in the number of entries.
     [[nodiscard]] const PropertyList *Find(std::string_view key) const;
+    [[nodiscard]] PropertyList *Find(std::string_view key);
     // Adds an entry at the end; the value is anything that a PropertyList is made of. May throw
     // std::bad_alloc, as the standard containers do.
     template <typename Value>
@@ -69,6 +70,10 @@ class PropertyList {
     [[nodiscard]] const T *As() const {
         return std::get_if<T>(&fValue);
     }
+    template <typename T>
+    [[nodiscard]] T *As() {
+        return std::get_if<T>(&fValue);
+    }
     [[nodiscard]] const Value &Get() const { return fValue; }
     [[nodiscard]] Value &Get() { return fValue; }
 
@@ -85,12 +90,15 @@ void PropertyListDictionary::Add(std::string key, Value &&value) {
     fEntries.emplace_back(std::move(key), std::forward<Value>(value));
 }
 
-// Bounds that keep a hostile list from exhausting memory or the stack; a list beyond them is refused as
-// damaged.
+// Bounds that keep a hostile list from exhausting time, memory or the stack; a list beyond them is refused as
+// damaged. An element is what is handed over at once: one of the root array, or the whole of another root.
+// What a binary list shares counts each time that it occurs; its values must not come to more than the file
+// has bytes either, as they do not where no array and no dictionary is shared.
 inline constexpr int kPropertyListMaxDepth = 64;
-inline constexpr std::size_t kPropertyListMaxBytes = std::size_t{256} << 20; // of the file
-inline constexpr std::size_t kPropertyListMaxValues =
-    std::size_t{8} << 20; // values in one list, shared ones counted each time
+inline constexpr std::size_t kPropertyListMaxBytes = std::size_t{2} << 30;         // of an XML file
+inline constexpr std::size_t kPropertyListMaxBinaryBytes = std::size_t{256} << 20; // in memory at once
+inline constexpr std::size_t kPropertyListMaxValues = std::size_t{64} << 10;       // of an element
+inline constexpr std::size_t kPropertyListMaxText = std::size_t{16} << 20;         // its texts and data
 
 // What came of reading, for a message to a person.
 struct PropertyListProblem {
@@ -115,6 +123,13 @@ using PropertyListElementHandler = std::function<bool(PropertyList &element)>;
                                            const PropertyListElementHandler &handler,
                                            PropertyListProblem *problem = nullptr);
 
+// Reads a list with a root of any kind whole, as ReadPropertyListArray but that *root is set on success only.
+// Meant for small files: the root may not be larger than an element.
+[[nodiscard]] OSErr ReadPropertyList(const std::string &path, PropertyList *root,
+                                     PropertyListProblem *problem = nullptr);
+[[nodiscard]] OSErr ParsePropertyList(std::span<const std::byte> bytes, PropertyList *root,
+                                      PropertyListProblem *problem = nullptr);
+
 // Writes an XML list whose root is an array, element by element, to a file in place
 // ("platform/file_update.h"): until Finish has returned noErr, destroying the writer puts the file's old
 // bytes back.
@@ -136,7 +151,9 @@ class PropertyListArrayWriter {
     std::unique_ptr<State> fState;
 };
 
-// The XML text of a list whose root is the given array, as the writer makes it. May throw std::bad_alloc.
+// The XML text of a list whose root is the given array, as the writer makes it, or any value. May throw
+// std::bad_alloc.
 [[nodiscard]] std::string PropertyListArrayText(const PropertyListArray &elements);
+[[nodiscard]] std::string PropertyListText(const PropertyList &root);
 
 } // namespace drevix

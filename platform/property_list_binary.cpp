@@ -6,6 +6,7 @@
 #include <cmath>
 #include <cstring>
 #include <optional>
+#include <utility>
 
 namespace drevix {
 namespace {
@@ -39,6 +40,8 @@ constexpr unsigned kTrue = 0x9;
 constexpr unsigned kDateSize = 0x3; // 2^3 bytes
 constexpr unsigned kCountFollows = 0xF;
 
+constexpr std::size_t kMostTextBytes = std::size_t{1} << 30; // in all, shared ones counted each time
+
 using Bytes = std::span<const std::uint8_t>;
 
 std::uint64_t BigEndian(Bytes bytes) {
@@ -55,6 +58,10 @@ std::optional<std::uint64_t> WideInteger(Bytes bytes) {
     const std::uint64_t low = BigEndian(bytes.last(8));
     const bool negative = high == ~std::uint64_t{0} && (low >> 63) == 1;
     return high == 0 || negative ? std::optional(low) : std::nullopt;
+}
+
+std::string Characters(Bytes bytes) {
+    return {reinterpret_cast<const char *>(bytes.data()), bytes.size()};
 }
 
 void AppendUtf8(std::string *text, std::uint32_t character) {
@@ -101,7 +108,7 @@ class BinaryListReader {
   public:
     BinaryListReader(Bytes bytes, PropertyListProblem *problem) : fBytes(bytes), fProblem(*problem) {}
 
-    OSErr Read(const PropertyListElementHandler &handler);
+    OSErr Read(HandOver what, const PropertyListElementHandler &handler);
 
   private:
     struct Object {
@@ -111,6 +118,8 @@ class BinaryListReader {
         std::size_t count; // of bytes, UTF-16 units, elements or entries
     };
 
+    OSErr ReadElements(const PropertyListElementHandler &handler);
+    OSErr GiveOver(std::uint64_t number, int depth, const PropertyListElementHandler &handler);
     bool ReadTrailer();
     std::optional<Object> FindObject(std::uint64_t number);
     bool ReadCount(std::size_t *at, std::size_t *count);
@@ -127,7 +136,8 @@ class BinaryListReader {
     std::optional<PropertyList> ReadArray(const Object &object, int depth);
     std::optional<PropertyList> ReadDictionary(const Object &object, int depth);
     std::optional<std::string> ReadKey(std::uint64_t number);
-    bool CountTowardsBounds(const Object &object);
+    bool CountValue();
+    bool CountText(const Object &object);
     std::nullopt_t Damaged(const char *text);
 
     Bytes fBytes;
@@ -137,8 +147,11 @@ class BinaryListReader {
     std::uint64_t fObjectCount = 0;
     std::uint64_t fTopObject = 0;
     std::size_t fOffsetTable = 0; // where it starts, and the objects end
+    // Shared ones counted each time; of the element that is being read, and of those before it.
     std::size_t fValues = 0;
-    std::size_t fContentBytes = 0; // of text and data, shared ones each time
+    std::size_t fTextBytes = 0;
+    std::size_t fValuesBefore = 0;
+    std::size_t fTextBytesBefore = 0;
 };
 
 std::nullopt_t BinaryListReader::Damaged(const char *text) {
@@ -146,7 +159,7 @@ std::nullopt_t BinaryListReader::Damaged(const char *text) {
     return std::nullopt;
 }
 
-OSErr BinaryListReader::Read(const PropertyListElementHandler &handler) {
+OSErr BinaryListReader::Read(HandOver what, const PropertyListElementHandler &handler) {
     if (fBytes.size() < kSignature.size() ||
         std::memcmp(fBytes.data(), kSignature.data(), kSignature.size()) != 0) {
         Damaged("it is a binary list of an unknown version");
@@ -156,6 +169,10 @@ OSErr BinaryListReader::Read(const PropertyListElementHandler &handler) {
         Damaged("it is cut short, or its trailer makes no sense");
         return kDamagedList;
     }
+    return what == HandOver::Root ? GiveOver(fTopObject, 0, handler) : ReadElements(handler);
+}
+
+OSErr BinaryListReader::ReadElements(const PropertyListElementHandler &handler) {
     const std::optional<Object> root = FindObject(fTopObject);
     if (!root.has_value()) {
         return kDamagedList;
@@ -164,17 +181,22 @@ OSErr BinaryListReader::Read(const PropertyListElementHandler &handler) {
         Damaged("the root is not an array");
         return kDamagedList;
     }
-    fValues = 1;
     for (std::size_t i = 0; i < root->count; ++i) {
-        std::optional<PropertyList> element = ReadValue(Reference(*root, i), 1);
-        if (!element.has_value()) {
-            return kDamagedList;
-        }
-        if (!handler(*element)) {
-            return userCanceledErr;
+        if (const OSErr status = GiveOver(Reference(*root, i), 1, handler); status != noErr) {
+            return status;
         }
     }
     return noErr;
+}
+
+OSErr BinaryListReader::GiveOver(std::uint64_t number, int depth, const PropertyListElementHandler &handler) {
+    std::optional<PropertyList> element = ReadValue(number, depth);
+    if (!element.has_value()) {
+        return kDamagedList;
+    }
+    fValuesBefore += std::exchange(fValues, 0);
+    fTextBytesBefore += std::exchange(fTextBytes, 0);
+    return handler(*element) ? noErr : userCanceledErr;
 }
 
 bool BinaryListReader::ReadTrailer() {
@@ -258,23 +280,34 @@ std::uint64_t BinaryListReader::Reference(const Object &object, std::size_t inde
     return BigEndian(object.content.subspan(index * fReferenceSize, fReferenceSize));
 }
 
-bool BinaryListReader::CountTowardsBounds(const Object &object) {
-    const bool container = object.type == Type::Array || object.type == Type::Dictionary;
-    fContentBytes += container ? 0 : object.content.size();
-    if (fContentBytes > kPropertyListMaxBytes) {
-        Damaged("its shared texts add up to more than 256 MB");
-        return false;
+bool BinaryListReader::CountValue() {
+    if (++fValues > kPropertyListMaxValues) {
+        Damaged(kListTooManyValues);
+    } else if (fValuesBefore + fValues > std::max(fBytes.size(), kPropertyListMaxValues)) {
+        Damaged("its shared values add up to more than its bytes");
+    } else {
+        return true;
     }
-    return true;
+    return false;
+}
+
+bool BinaryListReader::CountText(const Object &object) {
+    const bool container = object.type == Type::Array || object.type == Type::Dictionary;
+    fTextBytes += container ? 0 : object.content.size();
+    if (fTextBytes > kPropertyListMaxText) {
+        Damaged(kListTooMuchText);
+    } else if (fTextBytesBefore + fTextBytes > kMostTextBytes) {
+        Damaged("its shared texts add up to more than 1 GB");
+    } else {
+        return true;
+    }
+    return false;
 }
 
 std::optional<PropertyList> BinaryListReader::ReadValue(std::uint64_t number, int depth) {
     const std::optional<Object> object = FindObject(number);
-    if (!object.has_value() || !CountTowardsBounds(*object)) {
+    if (!object.has_value() || !CountText(*object) || !CountValue()) {
         return std::nullopt;
-    }
-    if (++fValues > kPropertyListMaxValues) {
-        return Damaged(kListTooManyValues);
     }
     switch (object->type) {
     case Type::Truth:
@@ -289,7 +322,7 @@ std::optional<PropertyList> BinaryListReader::ReadValue(std::uint64_t number, in
     case Type::Date:
         return ReadDate(*object);
     case Type::Data:
-        return PropertyListData{std::string(object->content.begin(), object->content.end())};
+        return PropertyListData{Characters(object->content)};
     case Type::Ascii:
     case Type::Utf16:
         return ReadText(*object);
@@ -341,7 +374,7 @@ std::optional<std::string> BinaryListReader::ReadText(const Object &object) {
     if (std::ranges::any_of(object.content, [](std::uint8_t byte) { return byte >= 0x80; })) {
         return Damaged("a text that should be ASCII is not");
     }
-    return std::string(object.content.begin(), object.content.end());
+    return Characters(object.content);
 }
 
 std::optional<PropertyList> BinaryListReader::ReadArray(const Object &object, int depth) {
@@ -380,7 +413,7 @@ std::optional<PropertyList> BinaryListReader::ReadDictionary(const Object &objec
 
 std::optional<std::string> BinaryListReader::ReadKey(std::uint64_t number) {
     const std::optional<Object> object = FindObject(number);
-    if (!object.has_value() || !CountTowardsBounds(*object)) {
+    if (!object.has_value() || !CountText(*object)) {
         return std::nullopt;
     }
     if (object->type != Type::Ascii && object->type != Type::Utf16) {
@@ -391,7 +424,7 @@ std::optional<std::string> BinaryListReader::ReadKey(std::uint64_t number) {
 
 } // namespace
 
-OSErr ReadBinaryList(ListBytes &bytes, const PropertyListElementHandler &handler,
+OSErr ReadBinaryList(ListBytes &bytes, HandOver what, const PropertyListElementHandler &handler,
                      PropertyListProblem *problem) {
     std::vector<std::uint8_t> whole;
     for (;;) {
@@ -401,7 +434,11 @@ OSErr ReadBinaryList(ListBytes &bytes, const PropertyListElementHandler &handler
             return status;
         }
         if (piece.empty()) {
-            return BinaryListReader(whole, problem).Read(handler);
+            return BinaryListReader(whole, problem).Read(what, handler);
+        }
+        if (whole.size() + piece.size() > kPropertyListMaxBinaryBytes) {
+            problem->text = kBinaryListTooLarge;
+            return kDamagedList;
         }
         const auto *start = reinterpret_cast<const std::uint8_t *>(piece.data());
         whole.insert(whole.end(), start, start + piece.size());

@@ -13,6 +13,9 @@ namespace drevix {
 // The status of a damaged list, or of one beyond the bounds.
 inline constexpr OSErr kDamagedList = -1;
 
+// What is handed over: the elements of a root that must be an array, one by one, or the root, whatever it is.
+enum class HandOver : std::uint8_t { Elements, Root };
+
 // The bytes of a list, piece by piece. Not more than kPropertyListMaxBytes in all.
 class ListBytes {
   public:
@@ -36,16 +39,19 @@ class ListBytes {
 
 // The readers. As ReadPropertyListArray; `problem` is not null, and its text may stay empty for a status
 // other than kDamagedList. Both may throw std::bad_alloc and what the handler throws.
-[[nodiscard]] OSErr ReadXmlList(ListBytes &bytes, const PropertyListElementHandler &handler,
+[[nodiscard]] OSErr ReadXmlList(ListBytes &bytes, HandOver what, const PropertyListElementHandler &handler,
                                 PropertyListProblem *problem);
-[[nodiscard]] OSErr ReadBinaryList(ListBytes &bytes, const PropertyListElementHandler &handler,
+[[nodiscard]] OSErr ReadBinaryList(ListBytes &bytes, HandOver what, const PropertyListElementHandler &handler,
                                    PropertyListProblem *problem);
 
-// What both say of a list beyond the bounds.
-inline constexpr const char *kListTooLarge = "it is larger than 256 MB";
+// What they say of a list beyond the bounds.
+inline constexpr const char *kListTooLarge = "it is larger than 2 GB";
+inline constexpr const char *kBinaryListTooLarge = "it is a binary list of more than 256 MB";
 inline constexpr const char *kListTooDeep = "arrays and dictionaries are nested more than 64 deep";
-inline constexpr const char *kListTooManyValues = "it holds more than 8,388,608 values";
-static_assert(kPropertyListMaxBytes == 256 << 20 && kPropertyListMaxDepth == 64 &&
-              kPropertyListMaxValues == 8'388'608);
+inline constexpr const char *kListTooManyValues = "one of its elements holds more than 65,536 values";
+inline constexpr const char *kListTooMuchText = "one of its elements holds more than 16 MB of text and data";
+static_assert(kPropertyListMaxBytes == std::size_t{2} << 30 && kPropertyListMaxBinaryBytes == 256 << 20 &&
+              kPropertyListMaxDepth == 64 && kPropertyListMaxValues == 65'536 &&
+              kPropertyListMaxText == 16 << 20);
 
 } // namespace drevix

@@ -15,9 +15,10 @@ constexpr std::size_t kDataLineLength = 76; // base64 characters (RFC 2045, sect
 constexpr std::string_view kHead = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
                                    "<!DOCTYPE plist PUBLIC \"-//Apple//DTD PLIST 1.0//EN\" "
                                    "\"http://www.apple.com/DTDs/PropertyList-1.0.dtd\">\n"
-                                   "<plist version=\"1.0\">\n"
-                                   "<array>\n";
-constexpr std::string_view kTail = "</array>\n</plist>\n";
+                                   "<plist version=\"1.0\">\n";
+constexpr std::string_view kTail = "</plist>\n";
+constexpr std::string_view kArrayHead = "<array>\n";
+constexpr std::string_view kArrayTail = "</array>\n";
 
 // Writes values as XML, each on a line of its own behind `depth` tabs. Recurses as deep as the value is
 // nested.
@@ -134,6 +135,7 @@ OSErr PropertyListArrayWriter::Open(const std::string &path) try {
     }
     auto state = std::make_unique<State>();
     state->pending = kHead;
+    state->pending += kArrayHead;
     state->status = state->update.Open(path, UpdateMethod::InPlace);
     if (state->status == noErr) {
         fState = std::move(state);
@@ -161,6 +163,7 @@ OSErr PropertyListArrayWriter::Finish() try {
         return rfNumErr;
     }
     const std::unique_ptr<State> state = std::move(fState);
+    state->pending += kArrayTail;
     state->pending += kTail;
     const OSErr status = state->Flush();
     return status == noErr ? state->update.Commit() : status;
@@ -170,9 +173,18 @@ OSErr PropertyListArrayWriter::Finish() try {
 
 std::string PropertyListArrayText(const PropertyListArray &elements) {
     std::string text(kHead);
+    text += kArrayHead;
     for (const PropertyList &element : elements) {
         AppendElement(&text, element);
     }
+    text += kArrayTail;
+    text += kTail;
+    return text;
+}
+
+std::string PropertyListText(const PropertyList &root) {
+    std::string text(kHead);
+    XmlAppender(&text, 0).Append(root);
     text += kTail;
     return text;
 }

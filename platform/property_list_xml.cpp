@@ -22,8 +22,7 @@ constexpr auto kElementNames = std::to_array(
     {"key", "integer", "string", "dict", "true", "false", "array", "real", "data", "date", "plist"});
 static_assert(kElementNames.size() == static_cast<std::size_t>(Element::Plist) + 1);
 
-// An array or a dictionary whose end has not come yet. The root array stays empty: its elements are handed
-// over.
+// An array or a dictionary whose end has not come yet. It stays empty where its elements are handed over.
 struct OpenContainer {
     bool isDictionary;
     PropertyListArray array;
@@ -51,8 +50,10 @@ std::string PlainLine(const char *message) {
 // is thrown in a callback is kept and thrown again behind it.
 class XmlListReader {
   public:
-    XmlListReader(ListBytes *bytes, const PropertyListElementHandler *handler, PropertyListProblem *problem)
-        : fBytes(*bytes), fHandler(*handler), fProblem(*problem) {
+    XmlListReader(ListBytes *bytes, HandOver what, const PropertyListElementHandler *handler,
+                  PropertyListProblem *problem)
+        : fBytes(*bytes), fHandler(*handler), fProblem(*problem),
+          fHandOverDepth(what == HandOver::Root ? 0 : 1) {
         fOpen.reserve(kPropertyListMaxDepth);
     }
     XmlListReader(const XmlListReader &) = delete;
@@ -86,12 +87,14 @@ class XmlListReader {
     void AddParsed(std::optional<Value> value, const char *problem);
     template <typename Value>
     void AddValue(Value value);
+    void GiveOver(PropertyList element);
     void Stop(OSErr status);
     void Damaged(std::string text);
 
     ListBytes &fBytes;
     const PropertyListElementHandler &fHandler;
     PropertyListProblem &fProblem;
+    const std::size_t fHandOverDepth; // what lies in so many open containers is handed over
     OSErr fStatus = noErr;
     std::exception_ptr fThrown;
     xmlParserCtxtPtr fParser = nullptr;
@@ -102,7 +105,8 @@ class XmlListReader {
     std::vector<OpenContainer> fOpen;
     std::optional<Element> fLeaf; // the open element that holds text
     std::string fText;            // what it holds so far
-    std::size_t fValues = 0;
+    std::size_t fValues = 0;      // of the element that is being read
+    std::size_t fTextBytes = 0;
 };
 
 XmlListReader::~XmlListReader() {
@@ -225,6 +229,10 @@ void XmlListReader::OnText(void *self, const xmlChar *text, int length) {
     const std::string_view piece(reinterpret_cast<const char *>(text), static_cast<std::size_t>(length));
     Run(self, [&](XmlListReader &reader) {
         if (reader.fLeaf.has_value()) {
+            reader.fTextBytes += piece.size();
+            if (reader.fTextBytes > kPropertyListMaxText) {
+                return reader.Damaged(kListTooMuchText);
+            }
             reader.fText += piece;
         } else if (!IsBlank(piece)) {
             reader.Damaged("text stands outside a value");
@@ -293,15 +301,16 @@ void XmlListReader::StartValue(Element element) {
     if (fOpen.empty() && fHasRoot) {
         return Damaged("there is more than one root");
     }
-    if (fOpen.empty() && element != Element::Array) {
+    if (fOpen.size() < fHandOverDepth && element != Element::Array) {
         return Damaged("the root is not an array");
     }
     if (!fOpen.empty() && fOpen.back().isDictionary && !fOpen.back().key.has_value()) {
         return Damaged("a value has no key");
     }
-    if (++fValues > kPropertyListMaxValues) {
+    if (fOpen.size() >= fHandOverDepth && ++fValues > kPropertyListMaxValues) {
         return Damaged(kListTooManyValues);
     }
+    fHasRoot = true;
     if (element != Element::Array && element != Element::Dict) {
         fLeaf = element;
         return;
@@ -309,7 +318,6 @@ void XmlListReader::StartValue(Element element) {
     if (fOpen.size() == kPropertyListMaxDepth) {
         return Damaged(kListTooDeep);
     }
-    fHasRoot = true;
     fOpen.emplace_back().isDictionary = element == Element::Dict;
 }
 
@@ -322,7 +330,7 @@ void XmlListReader::End() {
     } else if (!fOpen.empty()) {
         EndContainer();
     } else if (!fHasRoot) {
-        Damaged("it holds no array");
+        Damaged(fHandOverDepth == 0 ? "it holds no value" : "it holds no array");
     }
 }
 
@@ -330,7 +338,7 @@ void XmlListReader::EndContainer() {
     if (fOpen.back().key.has_value()) {
         return Damaged("a key has no value");
     }
-    if (fOpen.size() == 1) { // the root, whose elements have been handed over
+    if (fOpen.size() == fHandOverDepth) { // the root, whose elements have been handed over
         fOpen.pop_back();
     } else if (fOpen.back().isDictionary) {
         PropertyListDictionary dictionary = std::move(fOpen.back().dictionary);
@@ -370,13 +378,22 @@ void XmlListReader::AddParsed(std::optional<Value> value, const char *problem) {
 
 template <typename Value>
 void XmlListReader::AddValue(Value value) {
+    if (fOpen.size() == fHandOverDepth) {
+        return GiveOver(std::move(value));
+    }
     OpenContainer &container = fOpen.back();
     if (container.isDictionary) {
         container.dictionary.Add(*std::move(container.key), std::move(value));
         container.key.reset();
-    } else if (fOpen.size() > 1) {
+    } else {
         container.array.emplace_back(std::move(value));
-    } else if (PropertyList element(std::move(value)); !fHandler(element)) {
+    }
+}
+
+void XmlListReader::GiveOver(PropertyList element) {
+    fValues = 0;
+    fTextBytes = 0;
+    if (!fHandler(element)) {
         Stop(userCanceledErr);
     }
 }
@@ -398,8 +415,9 @@ void XmlListReader::Damaged(std::string text) {
 
 } // namespace
 
-OSErr ReadXmlList(ListBytes &bytes, const PropertyListElementHandler &handler, PropertyListProblem *problem) {
-    return XmlListReader(&bytes, &handler, problem).Read();
+OSErr ReadXmlList(ListBytes &bytes, HandOver what, const PropertyListElementHandler &handler,
+                  PropertyListProblem *problem) {
+    return XmlListReader(&bytes, what, &handler, problem).Read();
 }
 
 } // namespace drevix

@@ -64,8 +64,14 @@ constexpr auto kTextRows = std::to_array<TextRow>({
     {dirNFErr, "there is no such folder"},
     {userCanceledErr, "it was cancelled"},
     {resNotFound, "no settings were found"},
+    {addResFailed, "a resource could not be added"},
+    {mapReadErr, "the file beside it that describes it is damaged"},
     {procNotFound, "the program is not running"},
     {notAFileErr, "it is a folder, not a file"},
+    {gestaltUndefSelectorErr, "this system cannot do it"},
+    {errAECoercionFail, "a message holds another kind of data"},
+    {errAEDescNotFound, "a message holds no data"},
+    {errAEEventNotHandled, "the program does not understand the message"},
 });
 
 } // namespace

@@ -10,6 +10,8 @@ namespace drevix {
 
 // A status: 0 for success, else a negative code from "platform/status.h".
 using OSErr = std::int16_t;
+// The same where the platform has 32 bits.
+using OSStatus = std::int32_t;
 
 // A four-character code. The first character is the most significant byte.
 using OSType = std::uint32_t;

@@ -55,16 +55,5 @@ TEST(Block, FailedGrowth_LeavesTheBlockAsItWas) {
     EXPECT_EQ(std::memcmp(block.Data(), "ke", 2), 0);
 }
 
-TEST(Block, AbsurdSize_IsRefusedAndMovingEmpties) {
-    Block block;
-    EXPECT_EQ(block.Resize(SIZE_MAX / 2), memFullErr);
-    ASSERT_EQ(block.Resize(8), noErr);
-    const std::byte *data = block.Data();
-    Block taken = std::move(block);
-    EXPECT_EQ(taken.Data(), data);
-    EXPECT_EQ(block.Size(), 0U);
-    EXPECT_EQ(block.Resize(1), noErr);
-}
-
 } // namespace
 } // namespace drevix

@@ -7,7 +7,6 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
-#include <csignal>
 #include <filesystem>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -93,16 +92,6 @@ TEST_P(FileUpdateBothWays, Links_StayLinks) {
     EXPECT_EQ(Update(scratch.Path("config/loop"), GetParam(), ""), bdNamErr);
 }
 
-TEST_P(FileUpdateBothWays, WrongPlaces_AreRefused) {
-    ScratchFolder scratch;
-    EXPECT_EQ(Update(scratch.Path(), GetParam(), ""), notAFileErr);
-    EXPECT_EQ(Update(scratch.Path("none/f"), GetParam(), ""), fnfErr);
-    EXPECT_EQ(Update("", GetParam(), ""), bdNamErr);
-    EXPECT_EQ(Update("/dev/full", GetParam(), "x"), dskFulErr);
-    EXPECT_EQ(Update("/dev/null", GetParam(), "x"), noErr);
-    EXPECT_EQ(OpenFileCount(), 0);
-}
-
 TEST_P(FileUpdateBothWays, EveryFault_LeavesTheOldOrTheNewFile) {
     for (const Lasts lasts : {Lasts::Once, Lasts::ForEver}) {
         for (int failAt = 1;; ++failAt) {
@@ -129,33 +118,6 @@ TEST_P(FileUpdateBothWays, EveryFault_LeavesTheOldOrTheNewFile) {
                 EXPECT_TRUE(status == noErr || status == dskFulErr) << failAt;
                 EXPECT_TRUE(status != noErr || now == "new") << failAt;
             }
-        }
-    }
-}
-
-// A process that dies between two calls must leave one of the two files, and the next update must work.
-TEST(FileUpdate, KilledAtEveryCall_LeavesTheOldOrTheNewFile) {
-    for (int killAt = 1;; ++killAt) {
-        ScratchFolder scratch;
-        const std::string path = scratch.Preferences() + "/f";
-        WriteWhole(path, "old");
-        const pid_t child = ::fork();
-        if (child == 0) {
-            FaultyDisk faults(killAt, Lasts::Once, EIO);
-            faults.onFault = [] { ::raise(SIGKILL); };
-            ::_exit(Update(path, UpdateMethod::Replace, "new") == noErr ? 0 : 1);
-        }
-        int status = 0;
-        ASSERT_EQ(::waitpid(child, &status, 0), child);
-        const std::string now = ReadWhole(path);
-        EXPECT_TRUE(now == "old" || now == "new") << killAt << now;
-        EXPECT_EQ(Update(path, UpdateMethod::Replace, "newer"), noErr) << killAt;
-        EXPECT_EQ(ReadWhole(path), "newer");
-        EXPECT_EQ(ScratchFolder::Names(scratch.Preferences()), Names{"f"}) << killAt;
-        if (!WIFSIGNALED(status)) {
-            EXPECT_EQ(now, "new");
-            EXPECT_GT(killAt, 5);
-            break;
         }
     }
 }
@@ -225,9 +187,10 @@ TEST(KeepFileAside, DifferentFiles_AreAllKept) {
     const std::string kept = path + ".refused";
     for (const char *text : {"one", "one", "two!", "333", "333"}) {
         WriteWhole(path, text);
+        ::chmod(path.c_str(), 0600); // what nobody else may read is not laid open by a copy
         EXPECT_EQ(KeepFileAside(path, kept), noErr);
         EXPECT_EQ(ReadWhole(kept), text);
-        EXPECT_EQ(ReadWhole(path), text);
+        EXPECT_EQ(fs::status(kept).permissions(), fs::perms(0600));
     }
     EXPECT_EQ(ReadWhole(kept + ".1"), "one");
     EXPECT_EQ(ReadWhole(kept + ".2"), "two!");

@@ -1,6 +1,5 @@
 #include "platform/files.h"
 
-#include "platform/resources.h"
 #include "platform/status.h"
 #include "tests/support/faults.h"
 #include "tests/support/scratch.h"
@@ -45,12 +44,6 @@ TEST(FindFolder, Preferences_FollowTheDesktopsRules) {
     EXPECT_EQ(FindFolder(1, kPreferencesFolderType, kDontCreateFolder, &volume, &folder), nsvErr);
     EXPECT_EQ(FindFolder(kOnSystemDisk, FourCharCode("none"), kDontCreateFolder, &volume, &folder), fnfErr);
     ::setenv("XDG_CONFIG_HOME", scratch.Preferences().c_str(), 1);
-}
-
-TEST(FindResourceFolder, BuildTree_HasTheFolderBesideThePrograms) {
-    FSRef folder;
-    ASSERT_EQ(FindResourceFolder(&folder), noErr);
-    EXPECT_TRUE(std::filesystem::is_regular_file(folder.path + "/Defaults.veltrana")) << folder.path;
 }
 
 TEST(FSSpec, Names_AreMacRomanWithTheOtherSystemsSeparator) {
@@ -101,6 +94,12 @@ TEST(OpenFile, MarkAndEnd_BehaveAsOnThePlatform) {
     EXPECT_EQ(PBWriteSync(&transfer), noErr);
     EXPECT_EQ(transfer.ioActCount, 2);
     EXPECT_EQ(PBFlushFileSync(file), noErr);
+    // From a place of the transfer's own.
+    transfer = {file, bytes, 3, 0, fsFromStart | noCacheMask, 2};
+    EXPECT_EQ(PBReadSync(&transfer), noErr);
+    EXPECT_EQ(std::string_view(bytes, 3), "23+");
+    transfer.ioPosOffset = -1;
+    EXPECT_EQ(PBReadSync(&transfer), posErr);
     EXPECT_EQ(FSClose(file), noErr);
     EXPECT_EQ(test::ReadWhole(scratch.Path("f")), "0123++") << "the mark moved back to the new end";
 }
@@ -124,23 +123,6 @@ TEST(OpenFile, WhatCannotBe_HasItsStatus) {
     for (const FileRef wrong : {FileRef{0}, FileRef{-1}, FileRef{32767}, file}) {
         EXPECT_EQ(GetEOF(wrong, &length), rfNumErr);
     }
-}
-
-TEST(OpenFile, TooMany_AreRefusedAndNoneLeaks) {
-    ScratchFolder scratch;
-    test::WriteWhole(scratch.Path("f"), "");
-    std::vector<FileRef> files;
-    FileRef file = 0;
-    OSErr status = noErr;
-    while ((status = OpenFile(scratch.Path("f"), fsRdPerm, &file)) == noErr) {
-        files.push_back(file);
-    }
-    EXPECT_EQ(status, tmfoErr);
-    EXPECT_EQ(static_cast<int>(files.size()), OpenFileCount());
-    for (const FileRef open : files) {
-        EXPECT_EQ(FSClose(open), noErr);
-    }
-    EXPECT_EQ(OpenFileCount(), 0);
 }
 
 TEST(Transfer, ShortTransfers_AreContinuedAndErrorsMapped) {

@@ -35,30 +35,5 @@ TEST(JsonText, Dictionaries_KeepTheirOrderAndTheLastValueOfAKey) {
     EXPECT_EQ(JsonText(dictionary), "{\n  \"z\": 2,\n  \"a\": [\n    false\n  ]\n}");
 }
 
-// From 2^63 on an integer is kept as its 64 bits.
-TEST(JsonText, LargestIntegers_HaveTheirBits) {
-    const test::ReadOutcome read = test::ParseList(test::XmlList("<integer>18446744073709551615</integer>"));
-    EXPECT_EQ(JsonText(read.elements.at(0)), "-1");
-}
-
-TEST(JsonText, EveryValue_IsWhatPythonReads) {
-    test::ScratchFolder scratch;
-    PropertyListArray values = test::EveryValue();
-    values.erase(values.begin() + 14); // infinity
-    test::WriteWhole(scratch.Path("list.json"), JsonText(values));
-    EXPECT_TRUE(test::RunsInPython(scratch,
-                                   std::string(test::kEveryValueInPython) +
-                                       "import base64, json, sys\n"
-                                       "del values[14]\n"
-                                       "def plain(v):\n"
-                                       "    if isinstance(v, bytes): return base64.b64encode(v).decode()\n"
-                                       "    if isinstance(v, datetime):\n"
-                                       "        return (v - datetime(2001, 1, 1)).total_seconds()\n"
-                                       "    return v\n"
-                                       "read = json.load(open(sys.argv[1], encoding='utf-8'))\n"
-                                       "assert [plain(v) for v in values] == read, read\n",
-                                   scratch.Path("list.json")));
-}
-
 } // namespace
 } // namespace drevix

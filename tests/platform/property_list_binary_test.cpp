@@ -7,6 +7,8 @@
 #include <algorithm>
 #include <bit>
 #include <cmath>
+#include <filesystem>
+#include <tuple>
 
 namespace drevix {
 namespace {
@@ -52,6 +54,24 @@ std::string Sharing(int levels, int width) {
     }
     objects.emplace_back("\x09");
     return BinaryList(objects);
+}
+
+// An array that names one piece of data `count` times, up to 255.
+std::string SharedData(std::size_t length, unsigned count) {
+    std::string list = "bplist00\xAF\x10"s + static_cast<char>(count) + std::string(count, '\1');
+    const std::size_t textAt = list.size();
+    list += "\x4F\x12" + BigEndian(length, 4) + std::string(length, 'x');
+    const std::size_t tableAt = list.size();
+    return list + BigEndian(8, 4) + BigEndian(textAt, 4) + "\0\0\0\0\0\0\4\1"s + BigEndian(2, 8) +
+           BigEndian(0, 8) + BigEndian(tableAt, 8);
+}
+
+// Reads a list whose elements are too large to keep.
+PropertyListProblem CountElements(const std::string &list) {
+    PropertyListProblem problem;
+    std::ignore = ParsePropertyListArray( // the problem tells
+        std::as_bytes(std::span(list)), [](PropertyList &) { return true; }, &problem);
+    return problem;
 }
 
 struct ObjectRow {
@@ -144,22 +164,20 @@ TEST(BinaryList, Bounds_HoldForSharedObjectsToo) {
     EXPECT_THAT(deep.problem.text, HasSubstr("more than 64 deep"));
 
     EXPECT_EQ(ParseList(Sharing(3, 10)).elements.size(), 10U);
-    const auto count = [](const std::string &list, PropertyListProblem *problem) {
-        return ParsePropertyListArray(
-            std::as_bytes(std::span(list)), [](PropertyList &) { return true; }, problem);
-    };
-    PropertyListProblem problem;
-    EXPECT_EQ(count(Sharing(30, 10), &problem), -1);
-    EXPECT_THAT(problem.text, HasSubstr("8,388,608 values"));
+    EXPECT_THAT(CountElements(Sharing(30, 10)).text, HasSubstr("more than 65,536 values"));
+    // Each element below the bound, but ten of them of 11,111 values in a list of few bytes.
+    EXPECT_THAT(CountElements(Sharing(5, 10)).text, HasSubstr("more than its bytes"));
 
-    // One text of 16 MB, named 17 times.
-    const std::string text = "\x5F\x12\x01\x00\x00\x00"s + std::string(std::size_t{16} << 20, 'x');
-    std::string list = "bplist00\xAF\x10\x11"s + std::string(17, '\1') + text;
-    const std::size_t tableAt = list.size();
-    list += BigEndian(8, 4) + BigEndian(28, 4) + "\0\0\0\0\0\0\4\1"s + BigEndian(2, 8) + BigEndian(0, 8) +
-            BigEndian(tableAt, 8);
-    EXPECT_EQ(count(list, &problem), -1);
-    EXPECT_THAT(problem.text, HasSubstr("shared texts"));
+    EXPECT_EQ(CountElements(SharedData(kPropertyListMaxText, 64)).text, "");
+    EXPECT_THAT(CountElements(SharedData(kPropertyListMaxText, 65)).text, HasSubstr("shared texts"));
+    EXPECT_THAT(CountElements(SharedData(kPropertyListMaxText + 1, 1)).text, HasSubstr("16 MB"));
+}
+
+TEST(BinaryList, TooLargeFile_IsRefused) {
+    test::ScratchFolder scratch;
+    test::WriteWhole(scratch.Path("large"), "bplist00");
+    std::filesystem::resize_file(scratch.Path("large"), kPropertyListMaxBinaryBytes + 1);
+    EXPECT_THAT(test::ReadList(scratch.Path("large")).problem.text, HasSubstr("more than 256 MB"));
 }
 
 TEST(BinaryList, Trailers_MustFitTheBytes) {

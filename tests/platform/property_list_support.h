@@ -33,6 +33,18 @@ inline ReadOutcome ParseList(std::string_view bytes) {
     return outcome;
 }
 
+struct RootOutcome {
+    OSErr status;
+    PropertyList root;
+    PropertyListProblem problem;
+};
+
+inline RootOutcome ParseRoot(std::string_view bytes) {
+    RootOutcome outcome = {noErr, PropertyList(false), {}};
+    outcome.status = ParsePropertyList(std::as_bytes(std::span(bytes)), &outcome.root, &outcome.problem);
+    return outcome;
+}
+
 inline ReadOutcome ReadList(const std::string &path) {
     ReadOutcome outcome{};
     outcome.status = ReadPropertyListArray(

@@ -7,11 +7,13 @@
 #include <algorithm>
 #include <filesystem>
 #include <new>
+#include <sys/mman.h>
 
 namespace drevix {
 namespace {
 
 using test::ParseList;
+using test::ParseRoot;
 using test::ReadList;
 using test::XmlList;
 using testing::HasSubstr;
@@ -196,29 +198,85 @@ TEST(XmlList, LongTextAndGreatestDepth_AreRead) {
     EXPECT_EQ(ParseList(XmlList("<array>" + nested + "</array>")).status, -1);
 }
 
-TEST(XmlList, TooManyValues_AreRefused) {
+// A list of more elements than one element may hold values is read; an element or a root beyond is not.
+TEST(XmlList, Bounds_AreThoseOfAnElement) {
     std::string values;
-    for (std::size_t i = 0; i < kPropertyListMaxValues; ++i) { // and the root
+    for (std::size_t i = 1; i < kPropertyListMaxValues; ++i) {
         values += "<true/>";
     }
-    PropertyListProblem problem;
-    const std::string list = XmlList(values);
-    const OSErr status = ParsePropertyListArray(
-        std::as_bytes(std::span(list)), [](PropertyList &) { return true; }, &problem);
-    EXPECT_EQ(status, -1);
-    EXPECT_THAT(problem.text, HasSubstr("more than 8,388,608 values"));
+    const std::string fullElement = "<array>" + values + "</array>";
+    EXPECT_EQ(ParseList(XmlList(fullElement + fullElement)).elements.size(), 2U);
+    EXPECT_THAT(ParseList(XmlList("<array>" + values + "<true/></array>")).problem.text,
+                HasSubstr("more than 65,536 values"));
+    EXPECT_EQ(ParseRoot(XmlList(values)).status, noErr);
+    EXPECT_THAT(ParseRoot(XmlList(values + "<true/>")).problem.text, HasSubstr("more than 65,536 values"));
+
+    const std::string half = "<data>" + std::string(kPropertyListMaxText / 2, 'A') + "</data>";
+    EXPECT_EQ(ParseList(XmlList(half + half + half)).status, noErr);
+    EXPECT_THAT(ParseList(XmlList("<array>" + half + half + "<integer>1</integer></array>")).problem.text,
+                HasSubstr("more than 16 MB"));
 }
 
-TEST(XmlList, TooLargeFile_IsRefusedUnread) {
-    test::ScratchFolder scratch;
-    const std::string path = scratch.Path("large");
-    test::WriteWhole(path, "<plist><array><string>");
-    std::filesystem::resize_file(path, kPropertyListMaxBytes + 1); // a hole, whose NUL bytes end it anyway
-    EXPECT_EQ(ReadList(path).status, -1);
-    const std::string blanks = XmlList("") + std::string(kPropertyListMaxBytes, ' ');
-    const test::ReadOutcome outcome = ParseList(blanks);
+TEST(XmlList, TooLargeList_IsRefusedUnread) {
+    constexpr std::size_t kSize = kPropertyListMaxBytes + 1;
+    void *const memory =
+        ::mmap(nullptr, kSize, PROT_READ, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+    ASSERT_NE(memory, MAP_FAILED);
+    const test::ReadOutcome outcome = ParseList({static_cast<const char *>(memory), kSize});
+    ::munmap(memory, kSize);
     EXPECT_EQ(outcome.status, -1);
-    EXPECT_THAT(outcome.problem.text, HasSubstr("larger than 256 MB"));
+    EXPECT_THAT(outcome.problem.text, HasSubstr("larger than 2 GB"));
+}
+
+// Roots of any kind are read whole, in both formats, and written again as the same.
+TEST(RootList, AnyRoot_IsReadWhole) {
+    struct Row {
+        const char *root;
+        const char *problem; // null for a root that is read
+    };
+    static constexpr Row kRows[] = {
+        {"<dict>\n\t<key>a</key>\n\t<array>\n\t\t<true/>\n\t</array>\n\t<key>d</key>\n\t"
+         "<date>2024-02-29T23:59:59Z</date>\n\t<key>b</key>\n\t<data>\n\tAA==\n\t</data>\n</dict>\n",
+         nullptr},
+        {"<array>\n\t<dict/>\n\t<array/>\n</array>\n", nullptr},
+        {"<string>only</string>\n", nullptr},
+        {"<dict/>\n<dict/>\n", "more than one root"},
+        {"<true/>\n<string>x</string>\n", "more than one root"},
+        {"<dict><key>a</key></dict>", "a key has no value"},
+        {"", "it holds no value"},
+    };
+    for (const Row &row : kRows) {
+        const std::string text = PropertyListText(PropertyList(true));
+        const std::size_t at = text.find("<true/>");
+        const std::string list = text.substr(0, at) + row.root + "</plist>\n";
+        const test::RootOutcome outcome = ParseRoot(list);
+        EXPECT_EQ(outcome.status, row.problem == nullptr ? noErr : -1) << row.root;
+        EXPECT_EQ(PropertyListText(outcome.root),
+                  row.problem == nullptr ? list : PropertyListText(PropertyList(false)))
+            << "set on success only";
+        EXPECT_THAT(outcome.problem.text, HasSubstr(row.problem == nullptr ? "" : row.problem));
+    }
+}
+
+TEST(RootList, DictionaryWithAChange_KeepsTheRest) {
+    test::ScratchFolder scratch;
+    PropertyListDictionary entries;
+    entries.Add("all", test::EveryValue());
+    entries.Add("mine", PropertyListArray());
+    test::WriteWhole(scratch.Path("xml"), PropertyListText(PropertyList(entries)));
+    ASSERT_EQ(std::system(("plistutil -i " + scratch.Path("xml") + " -o " + scratch.Path("bin")).c_str()), 0);
+    for (const char *name : {"xml", "bin"}) {
+        PropertyList root(false);
+        ASSERT_EQ(ReadPropertyList(scratch.Path(name), &root), noErr);
+        root.As<PropertyListDictionary>()->Find("mine")->As<PropertyListArray>()->emplace_back(true);
+        EXPECT_EQ(root.As<PropertyListDictionary>()->Find("none"), nullptr);
+        PropertyListDictionary expected;
+        expected.Add("all", test::EveryValue());
+        expected.Add("mine", PropertyListArray{PropertyList(true)});
+        EXPECT_EQ(PropertyListText(root), PropertyListText(PropertyList(expected))) << name;
+    }
+    PropertyList root(false);
+    EXPECT_EQ(ReadPropertyList(scratch.Path("none"), &root), fnfErr);
 }
 
 TEST(XmlList, EveryCutAndEveryChangedByte_IsSurvived) {

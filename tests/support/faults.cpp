@@ -89,4 +89,12 @@ int FaultyDisk::MakeFolder(const char *path, mode_t mode) {
     return Fails() ? -1 : Disk::MakeFolder(path, mode);
 }
 
+int FaultyDisk::RealPath(const char *path, std::string *real) {
+    return Fails() ? -1 : Disk::RealPath(path, real);
+}
+
+int FaultyDisk::ListFolder(const char *path, std::vector<std::string> *names) {
+    return Fails() ? -1 : Disk::ListFolder(path, names);
+}
+
 } // namespace drevix::test

@@ -50,6 +50,8 @@ class FaultyDisk : public Disk {
     int MakeLink(const char *from, const char *to) override;
     int MakeSymbolicLink(const char *target, const char *path) override;
     int MakeFolder(const char *path, mode_t mode) override;
+    int RealPath(const char *path, std::string *real) override;
+    int ListFolder(const char *path, std::vector<std::string> *names) override;
 
   private:
     bool Fails();

@@ -1,0 +1,83 @@
+// XML documents as a tree of plain values, for files whose every byte may be hostile: no network, no external
+// entities, no declarations of entities, bounded in size, depth and time. XML 1.0, fifth edition.
+#pragma once
+
+#include "platform/types.h"
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace drevix {
+
+// Names are local names: what stands behind the prefix of a name space. Texts are UTF-8.
+struct XmlAttribute {
+    std::string name;
+    std::string value;
+};
+
+// An element, or a run of text between two tags, which has nothing but `text`. Comments and processing
+// instructions are not kept; the texts on both sides of one are one text, and so is a CDATA section with the
+// text around it.
+struct XmlNode {
+    std::string name; // empty for text
+    std::string text;
+    std::vector<XmlAttribute> attributes;
+    std::vector<XmlNode> children;
+
+    [[nodiscard]] bool IsElement() const { return !name.empty(); }
+};
+
+struct XmlDocument {
+    XmlNode root;
+    // Always true of a document that is well-formed. Of one that is not: its root's end was there, and each
+    // of its start tags became an element, though maybe in another place than was meant.
+    bool isWhole = false;
+};
+
+// How a document is read.
+enum class XmlReading {
+    Strict, // one that is not well-formed is refused
+    // One that is not is read as far as it makes sense. A '&' and a '<' that begin nothing count as text, a
+    // control character as U+FFFD, a byte that is wrong in the document's encoding as its Mac OS Roman
+    // character.
+    Recovering,
+};
+
+// Bounds; a document beyond them is refused in both ways of reading.
+inline constexpr std::size_t kXmlMaxBytes = std::size_t{16} << 20; // of the file
+inline constexpr std::size_t kXmlMaxNodes = std::size_t{1} << 19;
+inline constexpr std::size_t kXmlMaxDepth = 64;       // elements within one another
+inline constexpr std::size_t kXmlMaxAttributes = 100; // of one element
+
+// The bytes of a regular file of at most kXmlMaxBytes. noErr; -1 for a longer file or one that is none (a
+// pipe is not waited for); fBsyErr when it grew meanwhile; memFullErr; or the file's error.
+[[nodiscard]] OSErr ReadXmlBytes(const std::string &path, std::string *bytes);
+
+// Reads a document: UTF-8, UTF-16, or the encoding that its declaration names, Mac OS Roman as "macintosh" or
+// "x-mac-roman" among them. noErr; -1, with *document unchanged, for one that is refused: not well-formed, or
+// without any element, in an unknown encoding, with declarations in its document type, or beyond the bounds;
+// memFullErr. Linear, and in memory at most about 25 times the bytes.
+[[nodiscard]] OSErr ParseXmlDocument(std::string_view bytes, XmlReading reading, XmlDocument *document);
+
+// All text within a node, in order, as XPath's string value has it. May throw std::bad_alloc.
+[[nodiscard]] std::string XmlStringValue(const XmlNode &node);
+// The first child element of that name, and the value of the attribute; null if there is none.
+[[nodiscard]] const XmlNode *FindXmlChild(const XmlNode &element, std::string_view name);
+[[nodiscard]] const std::string *FindXmlAttribute(const XmlNode &element, std::string_view name);
+
+// An element that holds nothing but text. May throw std::bad_alloc.
+[[nodiscard]] XmlNode XmlTextElement(std::string name, std::string text);
+
+// The document as UTF-8 with its declaration, four blanks a level. An element with text in it is written on
+// one line, with all blanks as they are, so that reading gives the same texts for ever. Characters that XML
+// forbids become U+FFFD. May throw std::bad_alloc.
+[[nodiscard]] std::string XmlDocumentText(const XmlNode &root);
+
+// Writes the bytes to the file itself, so that its links, owner and mode stay, or makes it. noErr, or the
+// file's error; after a failure its old bytes and length are back. A file that holds these very bytes is
+// written over them, and at no moment holds anything else.
+[[nodiscard]] OSErr WriteXmlBytes(const std::string &path, std::string_view bytes);
+
+} // namespace drevix
