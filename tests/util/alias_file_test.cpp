@@ -1,0 +1,279 @@
+// Alias files: what they say of each kind of item, and that a failure leaves none behind.
+
+#include "tests/support/faults.h"
+#include "tests/util/items.h"
+#include "util/alias_record.h"
+#include "util/disk_info.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <sys/stat.h>
+
+namespace drevix::test {
+namespace {
+
+class AliasFile : public ItemsTest {
+  protected:
+    void GiveIcon(const std::string &path, const FInfo &info, std::initializer_list<OSType> types) {
+        AppleDouble companion;
+        std::vector<Resource> icons;
+        for (const OSType type : types) {
+            icons.push_back({type, kCustomIconID, "", Code(type) + " of " + path});
+        }
+        icons.push_back({FourCharCode("ICN#"), 128, "", "not this"});
+        EXPECT_EQ(ResourceForkBytes(icons, &companion.resourceFork), noErr);
+        SetFInfo(companion, info);
+        EXPECT_EQ(WriteCompanion(path, companion), noErr);
+    }
+};
+
+TEST_F(AliasFile, KindsOfItem_GiveTypeAndCreator) {
+    ::setenv("XDG_DATA_HOME", fScratch.Path("data").c_str(), 1);
+    for (const char *folder : {"folder", "data/Trash/files", "data/applications", "config/autostart"}) {
+        std::filesystem::create_directories(fScratch.Path(folder));
+    }
+    std::filesystem::create_directory_symlink(fScratch.Path("folder"), fScratch.Path("link"));
+    ::chmod(File("script", "#!/bin/sh\n").c_str(), 0755);
+    ::chmod(File("picture").c_str(), 0755); // as every file on a disk without modes
+    File("org.example.desktop");
+    File("plain");
+    SetInfo(File("typed"), {FourCharCode("TEXT"), FourCharCode("ttxt"), 0x0008});
+    SetInfo(File("program"), {kApplicationType, FourCharCode("8BIM"), 0});
+    ASSERT_EQ(::mkfifo(fScratch.Path("pipe").c_str(), 0600), 0);
+    struct Row {
+        const char *item;
+        const char *type;
+        const char *creator;
+    };
+    for (const Row &row : std::initializer_list<Row>{
+             {"script", "adrp", "????"},
+             {"org.example.desktop", "adrp", "????"},
+             {"program", "adrp", "8BIM"},
+             {"picture", "????", "????"},
+             {"plain", "????", "????"},
+             {"typed", "TEXT", "ttxt"},
+             {"pipe", "????", "????"},
+             {"link", "slnk", "rhap"},
+             {"folder", "fdrp", "MACS"},
+             {"data", "fdrp", "MACS"},
+             {"data/Trash/files", "trsh", "MACS"},
+             {"data/applications", "faam", "MACS"},
+             {"config", "fapf", "MACS"},
+             {"config/autostart", "fast", "MACS"},
+         }) {
+        const Made made = MakeAlias(fScratch.Path(row.item));
+        EXPECT_EQ(made.status, noErr) << row.item;
+        EXPECT_EQ(Code(made.info.fdType), row.type) << row.item;
+        EXPECT_EQ(Code(made.info.fdCreator), row.creator) << row.item;
+        EXPECT_EQ(made.info.fdFlags, kIsAlias) << row.item;
+        ASSERT_EQ(made.resources.size(), 1U) << row.item;
+        EXPECT_EQ(made.resources[0].type, kAliasResourceType);
+        EXPECT_EQ(made.resources[0].id, 0);
+        EXPECT_EQ(made.resources[0].name, "alias");
+        EXPECT_EQ(std::filesystem::read_symlink(Item("alias")), fScratch.Path(row.item));
+        EXPECT_EQ(FSpDelete(Spec(Item("alias"))), noErr);
+        EXPECT_EQ(ScratchFolder::Names(ItemsFolder()).size(), 0U);
+    }
+    ::unsetenv("XDG_DATA_HOME");
+}
+
+TEST_F(AliasFile, Volumes_AreDisksOrServersWithTheBuiltInIcon) {
+    std::filesystem::create_directory(fScratch.Path("disk"));
+    struct Row {
+        const char *fileSystem;
+        const char *type;
+        std::int16_t kind;
+    };
+    for (const Row &row : std::initializer_list<Row>{
+             {"ext4", "hdsk", kLocalDisk},
+             {"unheard-of", "hdsk", kLocalDisk},
+             {"vfat", "hdsk", kForeignDisk},
+             {"iso9660", "hdsk", kForeignDisk},
+             {"nfs4", "srvr", kServerDisk},
+             {"cifs", "srvr", kServerDisk},
+             {"fuse.sshfs", "srvr", kServerDisk},
+         }) {
+        const PretendDisk disk(fScratch, fScratch.Path("disk"), row.fileSystem);
+        const FSSpec spec = Spec("/media/Data");
+        EXPECT_EQ(spec.parID, kRootParentFolder);
+        EXPECT_EQ(std::string(spec.name.begin(), spec.name.begin() + 5), "\4Data");
+        std::int16_t kind = -1;
+        EXPECT_EQ(GetDiskType(spec.vRefNum, &kind), noErr);
+        EXPECT_EQ(kind, row.kind) << row.fileSystem;
+        const Made made = MakeAlias("/media/Data");
+        EXPECT_EQ(Code(made.info.fdType), row.type) << row.fileSystem;
+        EXPECT_EQ(Code(made.info.fdCreator), "MACS");
+        EXPECT_EQ(made.info.fdFlags, 0x8400);
+        ASSERT_EQ(made.resources.size(), 2U);
+        EXPECT_EQ(Code(made.resources[1].type), "ICN#");
+        EXPECT_EQ(made.resources[1].id, -16496);
+        EXPECT_EQ(made.resources[1].name, "");
+        const std::string rows =
+            "07FFFF00 0C000180 180000C0 30000060 60000030 C0000018 80000008 80000008 957FFFF8"
+            "8000000C 8000000E 8C00000F 8C00000F 8000000F 8000000F FFFFFFFF 3FFFFFFE";
+        const std::string mask =
+            "07FFFF00 0FFFFF80 1FFFFFC0 3FFFFFE0 7FFFFFF0 FFFFFFF8 FFFFFFF8 FFFFFFF8 FFFFFFF8"
+            "FFFFFFFC FFFFFFFE FFFFFFFF FFFFFFFF FFFFFFFF FFFFFFFF FFFFFFFF 3FFFFFFE";
+        const std::string empty(60, '\0');
+        EXPECT_EQ(made.resources[1].data, empty + FromHex(rows) + empty + FromHex(mask));
+        EXPECT_EQ(FSpDelete(Spec(Item("alias"))), noErr);
+    }
+    std::int16_t kind = -1;
+    EXPECT_EQ(GetDiskType(-30000, &kind), nsvErr);
+    EXPECT_EQ(kind, 0);
+    const FaultyAllocator faults(1, Lasts::ForEver);
+    Block icon;
+    EXPECT_EQ(GetDiskIcon(0, &icon), memFullErr);
+}
+
+TEST_F(AliasFile, CustomIcons_AreTakenWhereTheBitSaysSo) {
+    const OSType kLarge = FourCharCode("icl8");
+    const OSType kSmall = FourCharCode("ics#");
+    GiveIcon(File("pictured"), {kUnknownType, kUnknownType, kHasCustomIcon}, {kSmall, kLarge});
+    GiveIcon(File("without bit"), {kUnknownType, kUnknownType, 0}, {kLarge});
+    std::filesystem::create_directories(fScratch.Path("folder"));
+    std::filesystem::create_directories(fScratch.Path("disk"));
+    SetInfo(fScratch.Path("folder"), {0, 0, kHasCustomIcon});
+    GiveIcon(fScratch.Path("folder/Icon\r"), {0, 0, 0}, {kLarge});
+    GiveIcon(fScratch.Path("disk/Icon\r"), {0, 0, 0}, {kSmall});
+    WriteWhole(fScratch.Path("damaged"), "");
+    AppleDouble damaged{{}, "no resource fork at all"};
+    SetFInfo(damaged, {kUnknownType, kUnknownType, kHasCustomIcon});
+    ASSERT_EQ(WriteCompanion(fScratch.Path("damaged"), damaged), noErr);
+
+    struct Row {
+        const char *item;
+        std::vector<OSType> types;
+    };
+    for (const Row &row : std::initializer_list<Row>{
+             {"pictured", {kLarge, kSmall}}, // in the order of the table
+             {"without bit", {}},
+             {"damaged", {}},
+             {"folder", {kLarge}},
+         }) {
+        const Made made = MakeAlias(fScratch.Path(row.item), row.item);
+        EXPECT_EQ(made.status, noErr);
+        EXPECT_EQ(made.info.fdFlags, row.types.empty() ? 0x8000 : 0x8400) << row.item;
+        ASSERT_EQ(made.resources.size(), 1 + row.types.size()) << row.item;
+        for (std::size_t i = 0; i < row.types.size(); ++i) {
+            EXPECT_EQ(made.resources[i + 1].type, row.types[i]) << row.item;
+            EXPECT_TRUE(made.resources[i + 1].data.starts_with(Code(row.types[i]) + " of ")) << row.item;
+        }
+    }
+    // A volume's own icon stands in the place of the built-in one.
+    const PretendDisk disk(fScratch, fScratch.Path("disk"), "ext4");
+    AppleDouble root;
+    SetFInfo(root, {0, 0, kHasCustomIcon});
+    ASSERT_EQ(WriteCompanion(fScratch.Path("disk/."), root), noErr);
+    IconHandles icons;
+    OSType type = 0;
+    EXPECT_EQ(GetSourceInfo(Spec("/media/Data"), &type, nullptr, icons), noErr);
+    EXPECT_EQ(icons[0].Size(), 0U);
+    EXPECT_EQ(icons[3].Size(), ("ics# of " + fScratch.Path("disk/Icon\r")).size());
+}
+
+// Whatever step of making an alias fails, there is no trace of it, and what stood in the folder stays.
+TEST_F(AliasFile, EveryFault_LeavesNothingBehind) {
+    GiveIcon(File("item"), {kUnknownType, kUnknownType, kHasCustomIcon}, {FourCharCode("icl8")});
+    std::filesystem::create_directories(ItemsFolder());
+    File("config/com.halcyra.drevix.stuff/other");
+    int steps = 0;
+    for (const Lasts lasts : {Lasts::Once, Lasts::ForEver}) {
+        for (int failAt = 1;; ++failAt) {
+            const FSSpec item = Spec(fScratch.Path("item"));
+            const FSSpec alias = Spec(Item("alias"));
+            OSErr status = noErr;
+            bool hit = false;
+            {
+                FaultyDisk faults(failAt, lasts, ENOSPC);
+                status = CreateAliasFile(item, alias);
+                hit = faults.WasHit();
+            }
+            if (!hit) {
+                EXPECT_EQ(status, noErr);
+                EXPECT_EQ(FSpDelete(alias), noErr);
+                break;
+            }
+            steps = std::max(steps, failAt);
+            AppleDouble companion;
+            if (status == noErr) { // a missing icon, a companion's flush on a file system without it
+                EXPECT_EQ(ReadCompanion(Item("alias"), &companion), noErr) << failAt;
+                EXPECT_EQ(GetFInfo(companion).fdFlags & kIsAlias, kIsAlias) << failAt;
+                EXPECT_EQ(FSpDelete(alias), noErr);
+            }
+            const auto names = ScratchFolder::Names(ItemsFolder());
+            if (lasts == Lasts::Once) {
+                EXPECT_EQ(names, std::vector<std::string>{"other"}) << "step " << failAt << ": " << status;
+            } else {
+                // Where the disk stays broken the companion may stay, but never a link without it.
+                EXPECT_FALSE(std::filesystem::is_symlink(Item("alias"))) << failAt;
+                std::filesystem::remove(Item("._alias"));
+            }
+        }
+    }
+    EXPECT_GT(steps, 30);
+}
+
+TEST_F(AliasFile, TakenNamesAndMissingItems_AreRefusedWithoutATrace) {
+    const std::string item = File("item");
+    std::filesystem::create_directories(ItemsFolder());
+    WriteWhole(Item("taken"), "mine");
+    WriteWhole(Item("._foreign"), "not AppleDouble");
+    EXPECT_EQ(CreateAliasFile(Spec(item), Spec(Item("taken"))), dupFNErr);
+    EXPECT_EQ(CreateAliasFile(Spec(item), Spec(Item("foreign"))), dupFNErr);
+    EXPECT_EQ(CreateAliasFile(Spec(fScratch.Path("gone")), Spec(Item("new"))), fnfErr);
+    gAFAliasAndFSSAvailable = 0;
+    EXPECT_EQ(CreateAliasFile(Spec(item), Spec(Item("new"))), -5551);
+    gAFAliasAndFSSAvailable = -1;
+    EXPECT_EQ(AliasesAvailable(), 1);
+    EXPECT_EQ(gAFAliasAndFSSAvailable, 1);
+    EXPECT_EQ(ScratchFolder::Names(ItemsFolder()), (std::vector<std::string>{"._foreign", "taken"}));
+    EXPECT_EQ(ReadWhole(Item("taken")), "mine");
+}
+
+// The example of docs/items-folder.md.
+TEST_F(AliasFile, AliasRecord_HasThePublishedLayout) {
+    std::filesystem::create_directories(fScratch.Path("disk/Notes"));
+    WriteWhole(fScratch.Path("disk/Notes/Letter.txt"), "x");
+    SetInfo(fScratch.Path("disk/Notes/Letter.txt"), {FourCharCode("TEXT"), FourCharCode("ttxt"), 0});
+    const PretendDisk disk(fScratch, fScratch.Path("disk"), "ext4");
+    struct stat root {};
+    ASSERT_EQ(CurrentDisk().StatusAt("/media/Data", &root), 0);
+    struct stat notes {};
+    ASSERT_EQ(CurrentDisk().StatusAt("/media/Data/Notes", &notes), 0);
+    Block alias;
+    ASSERT_EQ(NewAlias(Spec("/media/Data/Notes/Letter.txt"), &alias), noErr);
+    const auto zeros = [](std::size_t count) { return std::string(count, '\0'); };
+    EXPECT_EQ(std::string(reinterpret_cast<const char *>(alias.Data()), alias.Size()),
+              FromHex("00 00 00 00 00 CA 00 02 00 00") + "\4Data" + zeros(23) +
+                  FromHex("00 00 00 00 48 2B 00 00 00 00 00 10") + "\12Letter.txt" + zeros(53) +
+                  FromHex("00 00 00 11 00 00 00 00") + "TEXTttxt" + FromHex("FF FF FF FF 00 00 00 00 00 00") +
+                  zeros(10) + FromHex("00 00 00 05") + "Notes" + zeros(1) + FromHex("00 12 00 11") +
+                  "/Notes/Letter.txt" + zeros(1) + FromHex("00 13 00 0B") + "/media/Data" + zeros(1) +
+                  FromHex("FF FF 00 00"));
+}
+
+// A reader that was made from the page of the formats alone.
+TEST_F(AliasFile, IndependentReader_ReadsWhatWasMade) {
+    GiveIcon(File("Fl\u00FCge.txt"), {FourCharCode("TEXT"), FourCharCode("ttxt"), kHasCustomIcon},
+             {FourCharCode("ICN#"), FourCharCode("icl4")});
+    ASSERT_EQ(MakeAlias(fScratch.Path("Fl\u00FCge.txt"), "Fl\u00FCge.txt").status, noErr);
+    const std::string reader =
+        std::filesystem::path(DREVIX_TEST_DATA).parent_path() / "util" / "read_alias.py";
+    std::FILE *pipe =
+        ::popen(("/usr/bin/python3 " + reader + " '" + Item("Fl\u00FCge.txt") + "'").c_str(), "r");
+    std::string output;
+    for (int c = std::fgetc(pipe); c != EOF; c = std::fgetc(pipe)) {
+        output.push_back(static_cast<char>(c));
+    }
+    EXPECT_EQ(::pclose(pipe), 0);
+    const std::string path = fScratch.Path("Fl\u00FCge.txt");
+    EXPECT_EQ(output, "leads to " + path + "\ntype TEXT creator ttxt flags 0x8400\n" +
+                          "alis 0 'Fl\u00FCge.txt': file Fl\u00FCge.txt TEXT ttxt in " +
+                          fScratch.Path().substr(fScratch.Path().rfind('/') + 1) + ", path " + path + "\n" +
+                          "ICN# -16496 '': " + std::to_string(8 + path.size()) +
+                          " bytes\nicl4 -16496 '': " + std::to_string(8 + path.size()) + " bytes\n");
+}
+
+} // namespace
+} // namespace drevix::test

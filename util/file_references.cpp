@@ -1,0 +1,108 @@
+#include "util/file_references.h"
+
+#include "platform/disk.h"
+#include "platform/status.h"
+#include "settings/pascal_strings.h"
+
+#include <algorithm>
+#include <new>
+#include <string>
+#include <string_view>
+
+namespace drevix {
+namespace {
+
+// A path cut before its last component.
+struct CutPath {
+    std::string parent; // "." when the path has one component
+    std::string last;   // empty for "/" and behind a slash at the end
+};
+
+CutPath Cut(std::string_view path) {
+    const std::size_t slash = path.rfind('/');
+    if (slash == path.npos) {
+        return {".", std::string(path)};
+    }
+    return {std::string(path.substr(0, std::max<std::size_t>(slash, 1))),
+            std::string(path.substr(slash + 1))};
+}
+
+bool IsLink(const char *path) {
+    struct stat status {};
+    return CurrentDisk().StatusAt(path, &status) == 0 && S_ISLNK(status.st_mode);
+}
+
+// The specification of an item that is not there in a folder that is; fnfErr when that went well.
+OSErr SpecOfMissing(std::string_view path, FSSpec *spec) {
+    while (path.size() > 1 && path.ends_with('/')) {
+        path.remove_suffix(1);
+    }
+    const CutPath cut = Cut(path);
+    FSRef parent;
+    FSSpec made{};
+    std::int32_t folder = 0;
+    OSErr status = FSPathMakeRef(cut.parent, &parent);
+    if (status == noErr) {
+        status = FSSpecFromRef(parent, &made, &folder);
+    }
+    if (status != noErr) {
+        return status;
+    }
+    if (!FitsPascalName(cut.last, cut.last.size())) {
+        return ioErr;
+    }
+    std::string name = cut.last;
+    std::ranges::replace(name, ':', '/');
+    made.parID = folder;
+    getPascalString(name, made.name.data(), static_cast<std::int32_t>(made.name.size()) - 1);
+    *spec = made;
+    return fnfErr;
+}
+
+} // namespace
+
+OSErr GetFSRefFromNSString(const char *path, FSRef *ref) try {
+    if (path == nullptr || ref == nullptr) {
+        return paramErr;
+    }
+    if (!IsLink(path)) {
+        return FSPathMakeRef(path, ref);
+    }
+    const CutPath cut = Cut(path);
+    FSRef parent;
+    const OSErr status = FSPathMakeRef(cut.parent, &parent);
+    return status == noErr ? FSRefAtName(parent, cut.last, ref) : status;
+} catch (const std::bad_alloc &) {
+    return memFullErr;
+}
+
+OSErr GetFSSpecFromNSString(const char *path, FSSpec *spec, MissingItem missing) try {
+    if (path == nullptr || spec == nullptr) {
+        return paramErr;
+    }
+    FSRef ref;
+    OSErr status = GetFSRefFromNSString(path, &ref);
+    if (status == noErr) {
+        status = FSSpecFromRef(ref, spec);
+    }
+    return status == fnfErr && missing == MissingItem::Allowed ? SpecOfMissing(path, spec) : status;
+} catch (const std::bad_alloc &) {
+    return memFullErr;
+}
+
+OSErr DrevixGetCatInfo(const FSSpec &spec, std::int16_t index, CatalogInfo *info, bool *isFolder) {
+    CatalogInfo local{};
+    CatalogInfo &block = info != nullptr ? *info : local;
+    block = {};
+    block.ioVRefNum = spec.vRefNum;
+    block.ioFDirIndex = index;
+    block.ioDrDirID = spec.parID;
+    block.ioName = spec.name;
+    const OSErr status = PBGetCatInfoSync(&block);
+    if (status == noErr && isFolder != nullptr) {
+        *isFolder = (block.ioFlAttrib & kFolderAttribute) != 0;
+    }
+    return status;
+}
+
+} // namespace drevix
