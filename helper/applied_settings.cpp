@@ -1,0 +1,97 @@
+#include "helper/applied_settings.h"
+
+#include "keyboard/key_names.h"
+#include "platform/status.h"
+#include "qbase/qbase_file.h"
+#include "settings/action_commands.h"
+#include "settings/device_prefs.h"
+#include "settings/pascal_strings.h"
+#include "settings/prefs_list.h"
+#include "util/items_folder.h"
+
+namespace drevix {
+namespace {
+
+// Read here and not through GetDevicePrefs, which repairs the file's records and keeps a damaged file aside: the
+// file is the panel's.
+OSErr ReadSettings(const std::string &path, const FSRef &resources, QBaseHandle base) {
+    FileRef file = 0;
+    OSErr status = OpenFile(path, fsRdPerm, &file);
+    if (status == fnfErr || status == dirNFErr) {
+        return GetDevicePrefsFromPath(base, {}, resources, kPanelVersion);
+    }
+    if (status == noErr) {
+        status = QBaseRead(base, file, true, true, true, true);
+        FSClose(file);
+    }
+    return status;
+}
+
+std::string KeystrokeText(const ActionSlot &slot) {
+    Str255 name{};
+    const auto key = static_cast<std::uint16_t>(slot.keyCode == kNoKeyCode ? 0xFFFF : slot.keyCode * 256);
+    GetKeyCombinationName(key, slot.modifiers, name.data(), 255, 0);
+    return stringWithPascalString(name.data());
+}
+
+std::string ItemText(const ActionSlot &slot) {
+    const DrevixItem item = ResolveDrevixItem(slot.data);
+    return item.path.empty() ? "(gone)" : item.path + (item.exists ? "" : " (gone)");
+}
+
+std::string ActionText(const ActionSlot &slot) {
+    const ActionInfo *action = FindAction(slot.command);
+    std::string text =
+        action != nullptr ? std::string(action->title) : "action " + std::to_string(slot.command);
+    if (slot.command == kActionKeystroke) {
+        text += " " + KeystrokeText(slot);
+    } else if (slot.command == kActionOpenItem) {
+        text += " " + ItemText(slot);
+    }
+    return text;
+}
+
+// The record for an application; the global one when it has none, null when there is not even that.
+const AppPrefs *RecordFor(const std::string &front, QBaseHandle base) {
+    Str63 name{};
+    getPascalString(front, name.data(), kMaxFileNameLength);
+    const RecordNumber number = front.empty() ? kNoRecord : FindAppPrefs(base, name.data());
+    return GetAppPrefs(base, number == kNoRecord ? 0 : number);
+}
+
+std::string ControlLines(const AppPrefs &record, const AppPrefs &global) {
+    std::string lines;
+    for (const ControlSlot &control : kControlSlots) {
+        const ActionSlot &own = record.device[0].action[control.slot];
+        const bool isLeft = own.command == kActionUseGlobal;
+        const ActionSlot &slot = isLeft ? global.device[0].action[control.slot] : own;
+        if (slot.command != kActionNone) {
+            lines.append("  ").append(control.key).append(": ").append(ActionText(slot));
+            lines += isLeft ? " (as everywhere)\n" : "\n";
+        }
+    }
+    return lines;
+}
+
+} // namespace
+
+bool DescribeSettings(const std::string &path, const FSRef &resources, const std::string &front,
+                      std::string *text) {
+    const QBaseOwner base = NewDrevixBase();
+    const OSErr status = base ? ReadSettings(path, resources, base.get()) : memFullErr;
+    const AppPrefs *record = status == noErr ? RecordFor(front, base.get()) : nullptr;
+    if (record == nullptr) {
+        *text = StatusText(status == noErr ? resNotFound : status);
+        return false;
+    }
+    const std::string name = record->application == kGlobalSignature
+                                 ? "all applications without settings of their own"
+                                 : stringWithPascalString(record->appFileName.data());
+    *text = "settings for " + name + (record->active != 0 ? ":\n" : ": the device is switched off\n");
+    if (record->active != 0) {
+        *text += ControlLines(*record, *GetAppPrefs(base.get(), 0));
+    }
+    return true;
+}
+
+} // namespace drevix

@@ -1,0 +1,171 @@
+#include "helper/helper.h"
+
+#include "helper/applied_settings.h"
+#include "helper/devices_file.h"
+#include "helperlink/device_text.h"
+#include "platform/file_update.h"
+#include "platform/status.h"
+#include "settings/device_prefs.h"
+#include "settings/pascal_strings.h"
+
+#include <chrono>
+#include <iostream>
+#include <poll.h>
+#include <tuple>
+#include <vector>
+
+namespace drevix {
+namespace {
+
+using std::chrono::milliseconds;
+using Clock = std::chrono::steady_clock;
+
+constexpr const char *kDevicesFileName = "com.halcyra.drevix.devices";
+constexpr milliseconds kTimeToRegister{5000};
+constexpr milliseconds kWait{60000}; // whatever happens ends it
+
+// Handlers have no object of their own.
+Helper *gHelper = nullptr;
+
+void Complain(const std::string &problem) {
+    std::cerr << "DrevixHelper: " << problem << std::endl;
+}
+
+bool IsReadable(int descriptor) {
+    pollfd waited{descriptor, POLLIN, 0};
+    return ::poll(&waited, 1, 0) > 0;
+}
+
+void TellDevices(const DeviceList &list) {
+    std::cout << "devices connected: " << list.count << "\n";
+    for (int i = 0; i < list.count; ++i) {
+        std::cout << "  version " << DeviceVersionText(list.device[i].productVers) << ", serial number "
+                  << DeviceSerialText(list.device[i]) << "\n";
+    }
+    std::cout << std::flush;
+}
+
+} // namespace
+
+Helper::Helper(const HelperOptions &options, const FSRef &resources)
+    : fOptions(options), fResources(resources) {
+    gHelper = this;
+}
+
+Helper::~Helper() {
+    std::ignore = AERemoveEventHandler(kDriverEventClass, kConnectedDevicesEvent); // it may not be installed
+    std::ignore = AERemoveEventHandler(kDriverEventClass, kReloadPrefsEvent);
+    LeaveSessionBus();
+    gHelper = nullptr;
+}
+
+int Helper::Run(int endDescriptor) {
+    if (!FindFiles() || !TakeFirstDevices()) {
+        return 1;
+    }
+    if (AEInstallEventHandler(kDriverEventClass, kConnectedDevicesEvent, AnswerDevices, 0) != noErr ||
+        AEInstallEventHandler(kDriverEventClass, kReloadPrefsEvent, ReloadSettings, 0) != noErr) {
+        Complain("there is not enough memory");
+        return 1;
+    }
+    const std::string name = stringWithPascalString(kDrevixHelperName.data());
+    if (RegisterProcess(name, [this](const auto *earlier) { TakeRegistered(earlier); }) != noErr) {
+        Complain("there is no session bus; start it within a desktop session");
+        return 1;
+    }
+    Serve(endDescriptor);
+    if (!fIsRegistered && !fIsSecond && !IsReadable(endDescriptor)) {
+        Complain("the session bus does not answer; try again later");
+    }
+    return IsReadable(endDescriptor) ? 0 : 1;
+}
+
+bool Helper::FindFiles() {
+    std::string preferences;
+    const OSErr status = FindDevicePrefsPath(&preferences);
+    if (status != noErr && (fOptions.prefs.empty() || fOptions.devicesFile.empty())) {
+        Complain("cannot find the preferences folder: " + std::string(StatusText(status)));
+        return false;
+    }
+    fPrefsPath = fOptions.prefs.empty() ? preferences : fOptions.prefs;
+    fDevicesPath = fOptions.devicesFile;
+    if (fDevicesPath.empty()) {
+        fDevicesPath = FolderOfPath(preferences).append("/").append(kDevicesFileName);
+    }
+    return true;
+}
+
+bool Helper::TakeFirstDevices() {
+    std::string problem;
+    for (const std::string &device : fOptions.devices) {
+        if (!AddDevice(device, &fDevices, &problem)) {
+            std::string message = "cannot use --device ";
+            Complain(message.append(device).append(": ").append(problem));
+            return false;
+        }
+    }
+    if (fOptions.devices.empty()) {
+        // Watched before it is read, so that no change is missed.
+        fWatch.emplace(fDevicesPath);
+        ReadDevicesAgain();
+    } else {
+        TellDevices(fDevices);
+    }
+    return true;
+}
+
+void Helper::ReadDevicesAgain() {
+    std::string problem;
+    if (ReadDevices(fDevicesPath, &fDevices, &problem)) {
+        TellDevices(fDevices);
+    } else {
+        Complain("cannot use " + fDevicesPath + ": " + problem + "; the devices stay as they were");
+    }
+}
+
+void Helper::Serve(int endDescriptor) {
+    std::vector<int> descriptors{endDescriptor};
+    if (fWatch && fWatch->Descriptor() >= 0) {
+        descriptors.push_back(fWatch->Descriptor());
+    }
+    const Clock::time_point deadline = Clock::now() + kTimeToRegister;
+    while (!fIsSecond && !IsReadable(endDescriptor) && (fIsRegistered || Clock::now() < deadline)) {
+        WaitForAppleEvents(fIsRegistered ? kWait : kTimeToRegister, descriptors);
+        if (fWatch && fWatch->TakeChange()) {
+            ReadDevicesAgain();
+        }
+    }
+}
+
+void Helper::TakeRegistered(const ProcessSerialNumber *earlier) {
+    if (earlier != nullptr) {
+        Complain("another helper serves this session already, process " + std::to_string(earlier->low));
+        fIsSecond = true;
+        return;
+    }
+    std::cout << "ready" << std::endl;
+    if (!fIsRegistered) {
+        TellSettings();
+    }
+    fIsRegistered = true;
+}
+
+void Helper::TellSettings() const {
+    std::string text;
+    if (DescribeSettings(fPrefsPath, fResources, fOptions.front, &text)) {
+        std::cout << text << std::flush;
+    } else {
+        Complain("cannot use " + fPrefsPath + ": " + text + "; the settings stay as they were");
+    }
+}
+
+OSErr Helper::AnswerDevices(const AppleEvent * /*event*/, AppleEvent *reply, std::uint32_t /*refcon*/) {
+    return AECreateDesc(kDeviceListType, &gHelper->fDevices, sizeof(DeviceList), &reply->directObject);
+}
+
+OSErr Helper::ReloadSettings(const AppleEvent * /*event*/, AppleEvent * /*reply*/, std::uint32_t /*refcon*/) {
+    gHelper->TellSettings();
+    return noErr;
+}
+
+} // namespace drevix

@@ -1,0 +1,65 @@
+// DrevixHelper: stands in for the program that works with the device.
+#include "helper/helper.h"
+#include "keyboard/key_names.h"
+#include "platform/file_update.h"
+#include "platform/status.h"
+
+#include <csignal>
+#include <exception>
+#include <iostream>
+#include <sys/signalfd.h>
+#include <tuple>
+#include <unistd.h>
+
+using namespace drevix;
+
+namespace {
+
+constexpr int kWrongUsage = 2;
+
+// The folder that the application's own folder, NAME.app/Contents/Linux, lies in.
+FSRef ResourcesAround() {
+    std::string program;
+    // Without it the factory's settings are not found, and the settings file has to do.
+    std::ignore = FollowLinks("/proc/self/exe", &program);
+    return {FolderOfPath(FolderOfPath(FolderOfPath(FolderOfPath(program))))};
+}
+
+// A descriptor that can be read when the program is asked to end.
+int OpenEndRequests() {
+    sigset_t requests;
+    sigemptyset(&requests);
+    for (const int number : {SIGTERM, SIGINT, SIGHUP}) {
+        sigaddset(&requests, number);
+    }
+    sigprocmask(SIG_BLOCK, &requests, nullptr);
+    return ::signalfd(-1, &requests, SFD_CLOEXEC | SFD_NONBLOCK);
+}
+
+int Start(std::span<const std::string> arguments) {
+    HelperOptions options;
+    std::string problem;
+    if (!ParseHelperOptions(arguments, &options, &problem)) {
+        std::cerr << "DrevixHelper: " << problem << "; 'DrevixHelper --help' lists the options\n";
+        return kWrongUsage;
+    }
+    if (options.help || options.version) {
+        std::cout << (options.help ? HelperUsage() : "DrevixHelper " DREVIX_VERSION "\n");
+        return 0;
+    }
+    const int endRequests = OpenEndRequests();
+    GetKeyboardInformation();
+    const FSRef resources = ResourcesAround();
+    Helper helper(options, resources);
+    return helper.Run(endRequests);
+}
+
+} // namespace
+
+int main(int argc, char **argv) try {
+    const std::vector<std::string> arguments(argv + (argc > 0 ? 1 : 0), argv + argc);
+    return Start(arguments);
+} catch (const std::exception &) {
+    std::cerr << "DrevixHelper: there is not enough memory\n";
+    return 1;
+}

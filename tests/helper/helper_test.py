@@ -1,0 +1,157 @@
+#!/usr/bin/python3
+"""The real helper and drevixctl on a session bus of their own. Usage: helper_test.py DREVIXHELPER DREVIXCTL"""
+import json
+import os
+import pathlib
+import signal
+import subprocess
+import sys
+import tempfile
+import time
+import unittest
+
+HELPER, DREVIXCTL = (pathlib.Path(path).resolve() for path in (sys.argv.pop(1), sys.argv.pop(1)))
+
+
+class Helper(unittest.TestCase):
+    def setUp(self):
+        self.folder = tempfile.TemporaryDirectory()
+        self.addCleanup(self.folder.cleanup)
+        self.path = pathlib.Path(self.folder.name)
+        self.config = self.path / "config"
+        self.config.mkdir()
+        self.environment = {**os.environ, "XDG_CONFIG_HOME": str(self.config), "HOME": str(self.path), "LC_ALL": "C",
+                            "DBUS_SESSION_BUS_ADDRESS": f"unix:path={self.path}/bus"}
+
+    def start(self, *command, output=None):
+        """A process that ends with the test; its output goes to a file of that name."""
+        with open(self.path / (output or "unused"), "wb") as file:
+            process = subprocess.Popen(command, env=self.environment, stdout=file, stderr=subprocess.STDOUT)
+        self.addCleanup(lambda: (process.kill(), process.wait()))
+        return process
+
+    def start_bus(self):
+        bus = self.start("dbus-daemon", "--session", "--nofork", "--nopidfile", f"--address=unix:path={self.path}/bus")
+        self.until(lambda: (self.path / "bus").exists())
+        return bus
+
+    def start_helper(self, *arguments):
+        helper = self.start(HELPER, *arguments, output="said")
+        self.until(lambda: "ready\n" in self.said())
+        return helper
+
+    def said(self):
+        return (self.path / "said").read_text()
+
+    def until(self, condition, what=""):
+        end = time.monotonic() + 20
+        while not condition():
+            self.assertLess(time.monotonic(), end, what or "nothing happened")
+            time.sleep(0.02)
+
+    def run_ctl(self, *arguments):
+        return subprocess.run([DREVIXCTL, *arguments], env=self.environment, capture_output=True, text=True, timeout=60,
+                              check=False)
+
+    def ctl(self, *arguments):
+        result = self.run_ctl(*arguments)
+        self.assertEqual((result.returncode, result.stderr), (0, ""), arguments)
+        return result.stdout
+
+    def versions(self):
+        return [device["version"] for device in json.loads(self.ctl("devices", "--json"))]
+
+    def test_devices_are_plugged_in_and_out(self):
+        self.start_bus()
+        file = self.config / "com.halcyra.drevix.devices"
+        helper = self.start_helper()
+        self.assertEqual(self.ctl("devices"), "no device is connected\n")
+        file.write_text("version=1.05 serial=07060504030201 productName=\"Drevix Veltrana\"\nversion=2.10\n")
+        self.until(lambda: "connected: 2\n" in self.said())
+        self.assertEqual(self.ctl("devices").splitlines()[1].split("  ")[0], "Drevix Veltrana")
+        self.assertIn("07060504030201", self.ctl("devices"))
+        self.assertEqual(self.versions(), ["1.05", "2.10"])
+        file.write_text("version=3.00\nversion=new\n")
+        self.until(lambda: "line 2: version must be" in self.said())
+        self.assertEqual(self.versions(), ["1.05", "2.10"])
+        (self.config / "other").write_text("version=4.00")
+        (self.config / "other").rename(file)
+        self.until(lambda: "connected: 1\n" in self.said())
+        self.assertEqual(self.versions(), ["4.00"])
+        file.unlink()
+        self.until(lambda: self.said().count("connected: 0\n") == 2)
+        self.assertEqual(self.versions(), [])
+        helper.send_signal(signal.SIGTERM)
+        self.assertEqual(helper.wait(20), 0)
+        self.assertEqual(self.run_ctl("devices").returncode, 1)
+
+    def test_a_change_of_the_users_settings_is_told_and_applied(self):
+        self.start_bus()
+        painter = self.path / "Painter"
+        painter.write_text("")
+        painter.chmod(0o755)
+        self.ctl("add", str(painter))
+        self.ctl("assign", "tunerCW", "scroll", "up")
+        self.ctl("assign", "tunerCW", "4", "--app", "Painter")
+        self.start_helper("--device", "version=1.05", "--front", "painter")
+        self.ctl("assign", "buttonII", "keystroke", "cmd+shift+esc", "--app", "Painter")
+        self.until(lambda: self.said().count("settings for Painter:") == 2)
+        report = self.said().rpartition("settings for Painter:")[2]
+        self.assertIn("  buttonII: Keystroke cmd+shift+esc\n", report)
+        self.assertRegex(report, r"  tunerCW: .* \(as everywhere\)\n")
+        before = self.said()
+        self.ctl("--prefs", str(self.path / "elsewhere.prefs"), "set", "ringSpeed", "9")
+        time.sleep(0.3)
+        self.assertEqual(self.said(), before)
+        (self.config / "com.halcyra.drevix.prefs").write_bytes(b"damaged" * 100)
+        self.assertEqual(self.run_ctl("set", "ringSpeed", "9").returncode, 0)
+        self.until(lambda: self.said().count("settings for ") == 3)
+        self.ctl("set", "active", "false")
+        self.until(lambda: "the device is switched off" in self.said())
+
+    def test_one_helper_serves_a_session(self):
+        self.start_bus()
+        pair = [self.start(HELPER, output=f"said{i}") for i in range(2)]
+        self.until(lambda: any(helper.poll() is not None for helper in pair))
+        time.sleep(0.3)
+        ended = [helper.poll() for helper in pair]
+        self.assertCountEqual(ended, [1, None])
+        other = pair[ended.index(None)]
+        self.assertIn(f"another helper serves this session already, process {other.pid}\n",
+                      (self.path / f"said{ended.index(1)}").read_text())
+        self.assertEqual(self.versions(), [])
+
+    def test_failures_are_told_in_one_line(self):
+        for program, arguments, expected in [
+            (HELPER, [], "there is no session bus"),
+            (HELPER, ["--device", "version=x"], "cannot use --device version=x: version must be"),
+            (HELPER, ["--nonsense"], "there is no option"),
+            (HELPER, ["--front"], "--front needs APP"),
+            (DREVIXCTL, ["devices"], "the device helper does not run"),
+        ]:
+            result = subprocess.run([program, *arguments], env=self.environment, capture_output=True, text=True,
+                                    timeout=60, check=False)
+            self.assertEqual(result.returncode, 2 if "option" in expected or "needs" in expected else 1, arguments)
+            self.assertIn(expected, result.stderr)
+            self.assertEqual(result.stderr.count("\n"), 1, result.stderr)
+
+    def test_a_hung_helper_is_told_from_none_and_a_new_bus_is_joined(self):
+        bus = self.start_bus()
+        helper = self.start_helper()
+        helper.send_signal(signal.SIGSTOP)
+        start = time.monotonic()
+        result = self.run_ctl("devices")
+        self.assertEqual((result.returncode, result.stderr.count("does not answer")), (1, 1), result.stderr)
+        self.assertLess(time.monotonic() - start, 10)
+        self.ctl("set", "ringSpeed", "9")
+        helper.send_signal(signal.SIGCONT)
+        self.until(lambda: self.said().count("settings for ") == 2)
+        bus.kill()
+        bus.wait()
+        (self.path / "bus").unlink(missing_ok=True)
+        self.start_bus()
+        self.until(lambda: self.said().count("ready\n") == 2)
+        self.assertEqual(self.versions(), [])
+
+
+unittest.main()

@@ -1,0 +1,367 @@
+#include "helperlink/driver_messages.h"
+
+#include "helperlink/device_text.h"
+#include "platform/process_names.h"
+#include "platform/session_bus.h"
+#include "platform/status.h"
+#include "settings/pascal_strings.h"
+#include "tests/support/private_bus.h"
+#include "tests/support/scratch.h"
+
+#include <QCoreApplication>
+#include <QTimer>
+
+#include <algorithm>
+#include <csignal>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <optional>
+
+namespace drevix::test {
+namespace {
+
+using std::chrono::milliseconds;
+using Clock = std::chrono::steady_clock;
+
+#if defined(__SANITIZE_ADDRESS__)
+constexpr bool kCountsMemory = false; // the sanitizer keeps what was freed
+#else
+constexpr bool kCountsMemory = true;
+#endif
+
+class Peer : public TestProcess {
+  public:
+    explicit Peer(const std::string &mode, const std::string &name = "DrevixHelper",
+                  const std::string &seconds = "0")
+        : TestProcess({"/usr/bin/python3", DREVIX_PEER, name, mode, seconds}) {}
+    // How often it was asked.
+    int Requests() {
+        const std::string output = Output();
+        return static_cast<int>(std::ranges::count(output, '\n'));
+    }
+};
+
+OSErr Find(const char *name, ProcessSerialNumber *psn = nullptr) {
+    Str255 pascal{};
+    getPascalString(name, pascal.data());
+    return FindNamedProcess(pascal.data(), psn);
+}
+
+class DriverMessages : public testing::Test {
+  protected:
+    DriverMessages() {
+        gBusTimes = BusTimes();
+        gBusTimes.betweenAttempts = milliseconds(1);
+        gBusTimes.firstListOutside = milliseconds(5000); // a busy machine
+        fBus.emplace(fFolder.Path());
+        InstallAppleEventHandlers(&fList);
+    }
+    ~DriverMessages() override {
+        RemoveAppleEventHandlers();
+        LeaveSessionBus();
+    }
+    // Serves what comes until the condition holds.
+    template <typename Condition>
+    static bool Until(Condition condition, milliseconds most = milliseconds(10000)) {
+        const Clock::time_point end = Clock::now() + most;
+        while (!condition() && Clock::now() < end) {
+            WaitForAppleEvents(milliseconds(20));
+        }
+        return condition();
+    }
+    bool IsAsked(Peer &peer) {
+        return GetConnectedDevices(&fList) == noErr && Until([&] { return peer.Requests() > 0; });
+    }
+
+    ScratchFolder fFolder;
+    std::optional<PrivateBus> fBus;
+    DeviceList fList{};
+};
+
+TEST(ProcessNames, EveryNameComesBackAndNoOtherBusNameIsOne) {
+    const std::string helper = "com.halcyra.drevix.Process.Drevix_20tarnix_20Helper.p12";
+    EXPECT_EQ(BusNameOfProcess({12, "Drevix tarnix Helper"}), helper);
+    EXPECT_EQ(BusNameOfProcess({7, "3\xC3\xA9_a"}), "com.halcyra.drevix.Process._33_c3_a9_5fa.p7");
+    for (const std::string name : {"DrevixHelper", "3\xC3\xA9_a", "_", ".p4", "a.b"}) {
+        NamedProcess found{};
+        ASSERT_TRUE(ParseBusName(BusNameOfProcess({4000000000, name}), &found)) << name;
+        EXPECT_EQ(found.name, name);
+        EXPECT_EQ(found.id, 4000000000);
+    }
+    for (const char *wrong : {"",
+                              ".",
+                              "com.halcyra.drevix.Process",
+                              "com.halcyra.drevix.Process.",
+                              "A.B.C.p",
+                              "com.halcyra.drevix.Process.p5",
+                              "com.halcyra.drevix.Process..p5",
+                              "com.halcyra.drevix.Process.A",
+                              "com.halcyra.drevix.Process.A.",
+                              "com.halcyra.drevix.Process.A.p",
+                              "com.halcyra.drevix.Process.A.p0",
+                              "com.halcyra.drevix.Process.A.p05",
+                              "com.halcyra.drevix.Process.A.p5x",
+                              "com.halcyra.drevix.Process.A.p4294967296",
+                              "com.halcyra.drevix.Process.A.q5",
+                              "com.halcyra.drevix.Process.A_2.p5",
+                              "com.halcyra.drevix.Process.A_20.p5.",
+                              "com.halcyra.drevix.Process.A_41.p5",
+                              "com.halcyra.drevix.Process.3A.p5",
+                              "com.halcyra.drevix.Process.A_2F.p5",
+                              "com.halcyra.drevix.Processes.A.p5"}) {
+        NamedProcess found{1, "kept"};
+        EXPECT_FALSE(ParseBusName(wrong, &found)) << wrong;
+        EXPECT_EQ(found.name, "kept") << wrong;
+    }
+}
+
+TEST(DeviceText, VersionAndSerialNumber) {
+    ConnectedDevice device{};
+    for (std::uint8_t i = 1; i < 8; ++i) {
+        device.serialNumber[i] = i;
+    }
+    EXPECT_EQ(DeviceSerialText(device), "n/a");
+    device.serialNumber[0] = 9;
+    EXPECT_EQ(DeviceSerialText(device), "07060504030201");
+    EXPECT_EQ(DeviceVersionText(0x0105), "1.05");
+    EXPECT_EQ(DeviceVersionText(0x1023), "10.23");
+}
+
+TEST_F(DriverMessages, ProcessesAreFoundByNameLowestIdFirst) {
+    const Peer first("nothing");
+    const Peer accent("nothing", "Dr\xC3\xA9vixHelper");
+    auto second = std::make_unique<Peer>("nothing", "drevixHELPER");
+    const Peer capital("nothing", "\xC3\x89toile");
+    const auto lowest = static_cast<std::uint32_t>(std::min(first.Id(), second->Id()));
+    ProcessSerialNumber psn{9, 9};
+    EXPECT_EQ(Find("Drevix", &psn), procNotFound);
+    EXPECT_EQ(psn, (ProcessSerialNumber{9, 9}));
+    EXPECT_EQ(Find("dREVIXhELPER"), noErr);
+    ASSERT_EQ(Find("DrevixHelper", &psn), noErr);
+    EXPECT_EQ(psn, (ProcessSerialNumber{0, lowest}));
+    ASSERT_EQ(Find("Dr\xC3\xA9vixHelper", &psn), noErr);
+    EXPECT_EQ(psn.low, static_cast<std::uint32_t>(accent.Id()));
+    EXPECT_EQ(Find("\xC3\xA9toile"), noErr);
+    EXPECT_EQ(Find("etoile"), procNotFound);
+    ProcessInfoRec wrong{60, nullptr};
+    EXPECT_EQ(GetProcessInformation(psn, &wrong), paramErr);
+    // Ends are noticed, and one more process of the name is left.
+    second.reset();
+    EXPECT_TRUE(Until([&] {
+        ProcessSerialNumber next{0, static_cast<std::uint32_t>(first.Id())};
+        return Find("DrevixHelper", &psn) == noErr && psn.low == next.low;
+    }));
+}
+
+TEST_F(DriverMessages, AnswersAreStoredAsFarAsTheyGo) {
+    struct Row {
+        const char *mode;
+        int count;             // of the stored list; the list held 7 before
+        std::uint16_t version; // of its first device; it was 0x7777 before
+        const char *seconds = "0";
+    };
+    for (const Row &row :
+         {Row{"answer", 1, 0x0105}, Row{"late", 1, 0x0105, "1.2"}, Row{"long", 1, 0x0105},
+          Row{"short", 2, 0x7777}, Row{"empty", 7, 0x7777}, Row{"type", 7, 0x7777}, Row{"null", 7, 0x7777},
+          Row{"malformed", 7, 0x7777}, Row{"fail", 7, 0x7777}, Row{"die", 7, 0x7777}}) {
+        Peer peer(row.mode, "DrevixHelper", row.seconds);
+        fList.count = 7;
+        std::memset(fList.device, 0x77, sizeof fList.device);
+        ASSERT_TRUE(Until([] { return Find("DrevixHelper") == noErr; })) << row.mode;
+        EXPECT_EQ(GetConnectedDevices(&fList), noErr) << row.mode;
+        // What was just asked cannot have been answered yet: the answer comes from the event loop.
+        EXPECT_EQ(fList.count, 7) << row.mode;
+        Until([&] { return fList.count != 7; }, milliseconds(row.count == 7 ? 700 : 10000));
+        EXPECT_EQ(fList.count, row.count) << row.mode;
+        EXPECT_EQ(fList.device[0].productVers, row.version) << row.mode;
+        if (row.version == 0x0105) {
+            EXPECT_EQ(DeviceSerialText(fList.device[0]), "07060504030201") << row.mode;
+            EXPECT_EQ(DeviceNameText(fList.device[0].productName), "Drevix Veltrana") << row.mode;
+        }
+    }
+}
+
+TEST_F(DriverMessages, AnswersThatNobodyAskedForAreNotTaken) {
+    Peer helper("late", "DrevixHelper", "1");
+    bool isRegistered = false;
+    RegisterProcess("Panel", [&](const ProcessSerialNumber *) { isRegistered = true; });
+    ASSERT_TRUE(Until([&] { return isRegistered; }));
+    ASSERT_TRUE(IsAsked(helper));
+    fList.count = 7;
+    const Peer stranger("attack", "DrevixHelper");
+    Until([] { return false; }, milliseconds(300));
+    EXPECT_EQ(fList.count, 7);
+    EXPECT_TRUE(Until([&] { return fList.count == 1; })) << "the helper's own answer must still count";
+}
+
+TEST_F(DriverMessages, WithoutAHandlerAnswersAreLost) {
+    Peer peer("answer");
+    EXPECT_EQ(GetConnectedDevices(nullptr), paramErr);
+    fList.count = 7;
+    RemoveAppleEventHandlers();
+    ASSERT_TRUE(IsAsked(peer));
+    Until([] { return false; }, milliseconds(300));
+    EXPECT_EQ(fList.count, 7);
+    EXPECT_EQ(gConnectedListPtr, &fList);
+}
+
+TEST_F(DriverMessages, ReloadRequestsReachTheProcessOfThatName) {
+    Peer helper("nothing");
+    Peer companion("nothing", "Drevix tarnix Helper");
+    EXPECT_EQ(RequestDriverPrefsUpdate(kTarnixName.data()), procNotFound);
+    EXPECT_EQ(RequestDriverPrefsUpdate(kTarnixHelperName.data()), noErr);
+    EXPECT_TRUE(
+        Until([&] { return companion.Output() == "PLZW PLZU\n" || companion.Output() == "PLZWPLZU\n"; }));
+    EXPECT_EQ(helper.Output(), "");
+}
+
+TEST_F(DriverMessages, AProcessThatOwesAnAnswerIsAskedAgainOnlyAfterAWhile) {
+    gBusTimes.firstSilence = milliseconds(400);
+    Peer peer("nothing");
+    const Clock::time_point start = Clock::now();
+    // Asked at 0, 0.4 and 1.2 s; the next time would be 2.8 s.
+    Until([&] {
+        EXPECT_EQ(GetConnectedDevices(&fList), noErr);
+        return Clock::now() - start > milliseconds(2300);
+    });
+    EXPECT_EQ(peer.Requests(), 3);
+}
+
+TEST_F(DriverMessages, WithoutABusNothingIsFoundAtOnce) {
+    fBus.reset();
+    ::setenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent/bus", 1);
+    const Clock::time_point start = Clock::now();
+    for (int i = 0; i < 100; ++i) {
+        EXPECT_EQ(GetConnectedDevices(&fList), procNotFound);
+    }
+    EXPECT_LT(Clock::now() - start, milliseconds(500));
+}
+
+int OpenDescriptors() {
+    const std::filesystem::directory_iterator entries("/proc/self/fd");
+    return static_cast<int>(std::distance(begin(entries), end(entries)));
+}
+
+std::int64_t ResidentKilobytes() {
+    std::ifstream file("/proc/self/statm");
+    std::int64_t size = 0;
+    std::int64_t resident = 0;
+    file >> size >> resident;
+    return resident * 4;
+}
+
+// An application's event loop that asks for the devices at every tick, and measures how long a tick and the turns
+// between two ticks take.
+class TickingLoop {
+  public:
+    explicit TickingLoop(DeviceList *list) {
+        QObject::connect(&fTimer, &QTimer::timeout, [this, list] {
+            const Clock::time_point start = Clock::now();
+            Note(start - fExpected);
+            std::ignore = GetConnectedDevices(list);
+            Note(Clock::now() - start);
+            fExpected = Clock::now() + kInterval;
+            if (--fLeft == 0) {
+                QCoreApplication::quit();
+            }
+        });
+    }
+    void Run(int ticks) {
+        fLeft = ticks;
+        fExpected = Clock::now() + kInterval;
+        fTimer.setTimerType(Qt::PreciseTimer);
+        fTimer.start(kInterval);
+        QCoreApplication::exec();
+        fTimer.stop();
+    }
+    // A wait for a process or a bus would show at every tick, or for seconds; a busy machine takes the processor
+    // away for this long once in a while.
+    void ExpectNoStall(const char *what) const {
+        std::printf("%s: longest stall %.1f ms, %d above 50 ms\n", what, fLongest.count(), fStalls);
+        EXPECT_LE(fStalls, 2) << what;
+        EXPECT_LT(fLongest.count(), 500) << what;
+    }
+
+  private:
+    static constexpr milliseconds kInterval{5};
+    void Note(Clock::duration stall) {
+        fLongest = std::max(fLongest, std::chrono::duration<double, std::milli>(stall));
+        fStalls += stall > milliseconds(50) ? 1 : 0;
+    }
+    int fArguments = 1;
+    char fName[5] = "test";
+    char *fWords[2] = {fName, nullptr};
+    QCoreApplication fApplication{fArguments, fWords};
+    QTimer fTimer;
+    Clock::time_point fExpected;
+    std::chrono::duration<double, std::milli> fLongest{0};
+    int fStalls = 0;
+    int fLeft = 0;
+};
+
+TEST_F(DriverMessages, AHungHelperHoldsUpNothingAndGetsNoPileOfRequests) {
+    TickingLoop loop(&fList);
+    Peer peer("answer");
+    loop.Run(20);
+    EXPECT_EQ(fList.count, 1);
+    const int before = peer.Requests();
+    peer.Signal(SIGSTOP);
+    loop.Run(50);
+    const int descriptors = OpenDescriptors();
+    const std::int64_t memory = ResidentKilobytes();
+    loop.Run(1000);
+    loop.ExpectNoStall("1000 ticks with a hung helper");
+    EXPECT_EQ(OpenDescriptors(), descriptors);
+    EXPECT_TRUE(!kCountsMemory || ResidentKilobytes() - memory < 512) << ResidentKilobytes() - memory;
+    peer.Signal(SIGCONT);
+    loop.Run(100);
+    EXPECT_LE(peer.Requests() - before, 103) << "only these last ticks' requests, and two from before";
+    fList.count = 7;
+    loop.Run(100);
+    EXPECT_EQ(fList.count, 1);
+    LeaveSessionBus();
+}
+
+TEST_F(DriverMessages, ABusThatHangsHoldsUpNothing) {
+    TickingLoop loop(&fList);
+    fBus->Daemon().Signal(SIGSTOP);
+    loop.Run(300);
+    fBus->Daemon().Signal(SIGCONT);
+    const Peer peer("answer");
+    loop.Run(200);
+    EXPECT_EQ(fList.count, 1);
+    fBus->Daemon().Signal(SIGSTOP);
+    loop.Run(300);
+    loop.ExpectNoStall("600 ticks with a hung bus");
+    fBus->Daemon().Signal(SIGCONT);
+    LeaveSessionBus();
+}
+
+TEST_F(DriverMessages, ABusThatDiesAndComesBackIsUsedAgain) {
+    TickingLoop loop(&fList);
+    loop.Run(20);
+    const auto restart = [&](int times) {
+        for (int i = 0; i < times; ++i) {
+            fBus.reset();
+            loop.Run(2);
+            fBus.emplace(fFolder.Path());
+            loop.Run(4);
+        }
+    };
+    restart(20);
+    const int descriptors = OpenDescriptors();
+    const std::int64_t memory = ResidentKilobytes();
+    restart(200);
+    EXPECT_LE(OpenDescriptors(), descriptors + 1); // connected or not, as it happens
+    EXPECT_TRUE(!kCountsMemory || ResidentKilobytes() - memory < 512) << ResidentKilobytes() - memory;
+    const Peer peer("answer");
+    loop.Run(200);
+    EXPECT_EQ(fList.count, 1);
+    loop.ExpectNoStall("220 starts of the bus");
+    LeaveSessionBus();
+}
+
+} // namespace
+} // namespace drevix::test

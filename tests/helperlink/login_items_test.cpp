@@ -1,0 +1,300 @@
+#include "helperlink/login_items.h"
+#include "platform/catalog.h"
+#include "platform/property_list.h"
+#include "platform/status.h"
+#include "settings/pascal_strings.h"
+#include "tests/support/faults.h"
+#include "tests/support/scratch.h"
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <filesystem>
+#include <vector>
+
+namespace drevix::test {
+namespace {
+
+using Paths = std::vector<std::string>;
+
+constexpr const char *kHelper = "/new/DrevixHelper.app";
+
+class LoginItems : public ::testing::Test {
+  protected:
+    // A file with these paths, every item hidden and with a key of its own, beside other keys of every kind.
+    void WriteItems(const Paths &paths) const {
+        PropertyListArray items = {PropertyList(std::string("no item"))};
+        for (const std::string &path : paths) {
+            PropertyListDictionary item;
+            item.Add("Kind", std::string("APPL"));
+            item.Add("Path", path);
+            item.Add("Hide", true);
+            items.emplace_back(std::move(item));
+        }
+        PropertyListDictionary root;
+        root.Add("Date", PropertyListDate{1});
+        root.Add("AutoLaunchedApplicationDictionary", std::move(items));
+        root.Add("More", PropertyListArray{PropertyList(1.5), PropertyList(PropertyListData{"x"})});
+        WriteWhole(fPath, PropertyListText(PropertyList(std::move(root))));
+    }
+    // The items' paths, "*" behind those that are shown when started.
+    [[nodiscard]] Paths Items() const {
+        PropertyList root(false);
+        EXPECT_EQ(ReadPropertyList(fPath, &root), noErr);
+        Paths paths;
+        const auto &entries = *root.As<PropertyListDictionary>();
+        for (const PropertyList &item :
+             *entries.Find("AutoLaunchedApplicationDictionary")->As<PropertyListArray>()) {
+            if (const auto *keys = item.As<PropertyListDictionary>()) {
+                paths.push_back(*keys->Find("Path")->As<std::string>() +
+                                (*keys->Find("Hide")->As<bool>() ? "" : "*"));
+            }
+        }
+        return paths;
+    }
+    // An application folder with a program.
+    [[nodiscard]] std::string MakeApp(const std::string &name) const {
+        const std::string folder = fFolder.Path(name);
+        std::filesystem::create_directories(folder + "/Contents/Linux");
+        WriteWhole(folder + "/Contents/Linux/DrevixHelper", "#!/bin/sh\n");
+        return folder;
+    }
+
+    ScratchFolder fFolder;
+    const std::string fPath = fFolder.Preferences() + "/loginwindow.plist";
+    const std::string fEntry = fFolder.Preferences() + "/autostart/DrevixHelper.desktop";
+};
+
+Paths Many(std::size_t count, const std::string &path) {
+    return Paths(count, path);
+}
+
+Paths operator+(Paths a, const Paths &b) {
+    a.insert(a.end(), b.begin(), b.end());
+    return a;
+}
+
+TEST_F(LoginItems, Add_LeavesOneEntryOfTheHelper) {
+    const std::string kept = "/Applications/Other.app";
+    const std::string old = "/old/DrevixHelper.app";
+    struct Row {
+        const char *what;
+        Paths before, after; // equal where nothing is to be written
+        std::uint16_t was;
+        std::int16_t replace;
+        const char *name;
+    };
+    const Row rows[] = {
+        {"nothing listed", {}, {"/new/DrevixHelper.app*"}, 0, 1, nullptr},
+        {"another application only", {kept}, {kept, "/new/DrevixHelper.app*"}, 0, 1, nullptr},
+        {"registered", {kept, kHelper}, {kept, kHelper}, 1, 1, nullptr},
+        {"in other letter case", {"/NEW/drevixhelper.APP"}, {"/NEW/drevixhelper.APP"}, 1, 1, nullptr},
+        {"older copy first", {old, kept, kHelper}, {"/new/DrevixHelper.app*", kept}, 1, 1, nullptr},
+        {"older copy last", {kHelper, kept, old}, {"/new/DrevixHelper.app*", kept}, 1, 1, nullptr},
+        {"older copies only", {kept, old, old}, {kept, "/new/DrevixHelper.app*"}, 0, 1, nullptr},
+        {"older copy in other case",
+         {"/old/drevixhelper.app"},
+         {"/old/drevixhelper.app", "/new/DrevixHelper.app*"},
+         0,
+         1,
+         nullptr},
+        {"older copy is to stay", {old}, {old, "/new/DrevixHelper.app*"}, 0, 0, nullptr},
+        {"exact, and an older copy that is to stay",
+         {old, kHelper},
+         {"/new/DrevixHelper.app*"},
+         1,
+         0,
+         nullptr},
+        {"by a further name", {"/x/Former.app", kept}, {"/new/DrevixHelper.app*", kept}, 0, 1, "Former.app"},
+        {"more than 16", Many(18, old), Paths{"/new/DrevixHelper.app*"} + Many(2, old), 0, 1, nullptr},
+        {"exact behind 16",
+         Many(16, old) + Paths{kHelper},
+         {"/new/DrevixHelper.app*", kHelper},
+         0,
+         1,
+         nullptr},
+    };
+    for (const Row &row : rows) {
+        WriteItems(row.before);
+        const std::string before = ReadWhole(fPath);
+        std::uint16_t was = 7;
+        EXPECT_EQ(AddLoginItem(kHelper, row.name, 0, row.replace, &was), noErr) << row.what;
+        EXPECT_EQ(was, row.was) << row.what;
+        EXPECT_EQ(Items(), row.after) << row.what;
+        const std::string after = ReadWhole(fPath);
+        EXPECT_EQ(after == before, row.before == row.after) << row.what;
+        EXPECT_EQ(after.substr(0, after.find("no item<")), before.substr(0, before.find("no item<")));
+        EXPECT_EQ(after.substr(after.find("<key>More")), before.substr(before.find("<key>More")));
+    }
+}
+
+TEST_F(LoginItems, Leaf_KeepsASlashAtTheEnd) {
+    WriteItems({"/old/Tool.app/", "/old/Tool.app"});
+    EXPECT_EQ(AddLoginItem("/new/Tool.app/", nullptr, 1, 1, nullptr), noErr);
+    EXPECT_EQ(Items(), Paths({"/new/Tool.app/", "/old/Tool.app"}));
+    EXPECT_EQ(AddLoginItem("Tool.app", nullptr, 0, 1, nullptr), noErr);
+    EXPECT_EQ(Items(), Paths({"/new/Tool.app/", "Tool.app*"}));
+}
+
+TEST_F(LoginItems, Remove_TakesTheFirstSixteen) {
+    std::uint16_t removed = 7;
+    EXPECT_EQ(RemoveLoginItem("Tool.app", &removed), resNotFound);
+    EXPECT_EQ(ReadWhole(fPath), "") << "a missing file is made";
+    WriteItems(Many(17, "/a/Tool.app") + Paths{"/a/tool.app"});
+    EXPECT_EQ(RemoveLoginItem("Tool.app", &removed), noErr);
+    EXPECT_EQ(removed, 16);
+    EXPECT_EQ(Items(), Paths({"/a/Tool.app", "/a/tool.app"}));
+    const std::string before = ReadWhole(fPath);
+    EXPECT_EQ(RemoveLoginItem("None.app", &removed), noErr);
+    EXPECT_EQ(removed, 0);
+    EXPECT_EQ(RemoveLoginItem("", &removed), paramErr);
+    EXPECT_EQ(RemoveLoginItem("\xC3\xBC", &removed), memFullErr);
+    EXPECT_EQ(ReadWhole(fPath), before);
+}
+
+TEST_F(LoginItems, FilesOfOthers_AreNeverWrittenOver) {
+    for (const std::string &foreign :
+         {std::string("damaged"), std::string(" "), std::string("bplist00"), PropertyListArrayText({}),
+          PropertyListText(PropertyList(std::string("x"))), [] {
+              PropertyListDictionary root;
+              root.Add("AutoLaunchedApplicationDictionary", std::string("?"));
+              return PropertyListText(PropertyList(std::move(root)));
+          }()}) {
+        WriteWhole(fPath, foreign);
+        std::uint16_t count = 7;
+        EXPECT_EQ(AddLoginItem(kHelper, nullptr, 0, 1, &count), resNotFound) << foreign;
+        EXPECT_EQ(count, 0);
+        EXPECT_EQ(RemoveLoginItem("DrevixHelper.app", nullptr), resNotFound) << foreign;
+        EXPECT_EQ(ReadWhole(fPath), foreign);
+    }
+    WriteItems({"/old/DrevixHelper.app"});
+    const std::string before = ReadWhole(fPath);
+    EXPECT_EQ(AddLoginItem("/n\xC3\xBC/DrevixHelper.app", nullptr, 0, 1, nullptr), memFullErr);
+    EXPECT_EQ(AddLoginItem(kHelper, "\xC3\xBC", 0, 1, nullptr), memFullErr);
+    EXPECT_EQ(AddLoginItem("", nullptr, 0, 1, nullptr), paramErr);
+    EXPECT_EQ(AddLoginItem(nullptr, nullptr, 0, 1, nullptr), paramErr);
+    EXPECT_EQ(ReadWhole(fPath), before);
+    std::filesystem::remove(fPath);
+    EXPECT_EQ(AddLoginItem(kHelper, nullptr, 0, 1, nullptr), noErr);
+    EXPECT_EQ(Items(), Paths{"/new/DrevixHelper.app*"});
+}
+
+TEST_F(LoginItems, AnyFault_LeavesTheOldItems) {
+    for (int failAt = 1;; ++failAt) {
+        WriteItems({"/old/DrevixHelper.app"});
+        const std::string before = ReadWhole(fPath);
+        std::int32_t status = noErr;
+        bool wasHit = false;
+        {
+            FaultyDisk faults(failAt, Lasts::ForEver, EIO);
+            status = AddLoginItem(kHelper, nullptr, 0, 1, nullptr);
+            wasHit = faults.WasHit();
+        }
+        if (!wasHit) {
+            EXPECT_EQ(status, noErr);
+            EXPECT_GT(failAt, 5);
+            break;
+        }
+        const bool isNew = ReadWhole(fPath) != before; // only the folder's flush can still fail then
+        EXPECT_TRUE(!isNew || Items() == Paths{"/new/DrevixHelper.app*"}) << failAt;
+        EXPECT_EQ(ScratchFolder::Names(fFolder.Preferences()), Paths{"loginwindow.plist"}) << failAt;
+    }
+}
+
+TEST_F(LoginItems, ItemsWithAProgram_AreStartedByTheDesktop) {
+    const std::string first = MakeApp("first/DrevixHelper.app");
+    const std::string second = MakeApp("second/DrevixHelper.app");
+    EXPECT_EQ(AddLoginItem(kHelper, nullptr, 0, 1, nullptr), noErr);
+    EXPECT_FALSE(std::filesystem::exists(fEntry)) << "there is no such program";
+    EXPECT_EQ(AddLoginItem(first.c_str(), nullptr, 0, 1, nullptr), noErr);
+    EXPECT_NE(ReadWhole(fEntry).find("Exec=\"" + first + "/Contents/Linux/DrevixHelper\"\n"),
+              std::string::npos);
+    std::filesystem::remove(fEntry);
+    EXPECT_EQ(AddLoginItem(first.c_str(), nullptr, 0, 1, nullptr), noErr);
+    EXPECT_TRUE(std::filesystem::exists(fEntry)) << "made for an item that was registered, too";
+    WriteWhole(fEntry, ReadWhole(fEntry) + "Hidden=true\n");
+    EXPECT_EQ(AddLoginItem(second.c_str(), nullptr, 0, 0, nullptr), noErr);
+    EXPECT_NE(ReadWhole(fEntry).find(second), std::string::npos);
+    EXPECT_NE(ReadWhole(fEntry).find("Hidden=true\n"), std::string::npos) << "switched off by the user";
+    EXPECT_EQ(RemoveLoginItem("second/DrevixHelper.app", nullptr), noErr);
+    EXPECT_NE(ReadWhole(fEntry).find(first), std::string::npos) << "the other copy is left";
+    EXPECT_EQ(RemoveLoginItem("DrevixHelper.app", nullptr), noErr);
+    EXPECT_FALSE(std::filesystem::exists(fEntry));
+}
+
+class LoginPath : public ::testing::Test {
+  protected:
+    static FSSpec SpecOf(const std::string &path) {
+        FSSpec spec = {};
+        spec.vRefNum = kRootVolume;
+        spec.parID = FolderIdFromPath(std::filesystem::path(path).parent_path());
+        getPascalString(std::filesystem::path(path).filename().string(), spec.name.data(), 63);
+        return spec;
+    }
+    // The path that is made, checked to end within the buffer.
+    static std::string PathOf(const FSSpec &spec, std::int16_t size, bool escapes,
+                              std::int32_t expected = noErr) {
+        std::vector<char> buffer(static_cast<std::size_t>(size) + 8, '#');
+        std::uint16_t length = 7;
+        EXPECT_EQ(GetLoginPath(&spec, buffer.data(), size, escapes ? 1 : 0, &length), expected);
+        EXPECT_LT(length, size);
+        EXPECT_EQ(buffer[static_cast<std::size_t>(size)], '#');
+        if (length == 0) {
+            return {};
+        }
+        EXPECT_EQ(std::string(buffer.data()).size(), length);
+        return buffer.data();
+    }
+};
+
+TEST_F(LoginPath, Folders_AreNamedUpToTheRoot) {
+    const ScratchFolder scratch;
+    const std::string folder = scratch.Path("My Apps/1_a.B\u00FC");
+    std::filesystem::create_directories(folder);
+    const std::string tool = folder + "/My Tool.app";
+    EXPECT_EQ(PathOf(SpecOf(tool), 500, false), tool);
+    const std::string escaped = PathOf(SpecOf(tool), 500, true);
+    EXPECT_NE(escaped.find("/My\\ Apps/\\1\\_a.B\\\xC3\\\xBC/My Tool.app"), std::string::npos) << escaped;
+
+    FSSpec volume = {kRootVolume, kRootParentFolder, {}};
+    EXPECT_EQ(PathOf(volume, 128, false), "/");
+    FSSpec missing = SpecOf("/nowhere/at all/Tool.app");
+    EXPECT_EQ(PathOf(missing, 128, false, fnfErr).substr(0, 9), "/Tool.app");
+    std::uint16_t length = 7;
+    char small[128];
+    EXPECT_EQ(GetLoginPath(&volume, small, 127, 0, &length), paramErr);
+    EXPECT_EQ(length, 0);
+    EXPECT_EQ(GetLoginPath(nullptr, small, 128, 0, nullptr), paramErr);
+    EXPECT_EQ(GetLoginPath(&volume, nullptr, 128, 0, nullptr), paramErr);
+}
+
+TEST_F(LoginPath, NamesThatDoNotFit_AreLeftOut) {
+    const ScratchFolder scratch;
+    const std::string longName(60, 'l');
+    const std::string folder = scratch.Path("short/" + longName + "/" + longName);
+    std::filesystem::create_directories(folder);
+    const std::string path = PathOf(SpecOf(folder + "/Tool.app"), 128, false);
+    EXPECT_TRUE(path.ends_with("/short/" + longName + "/Tool.app")) << path;
+    FSSpec wide = SpecOf(folder + "/x");
+    wide.name.fill(0xDB); // the euro sign, of three bytes in UTF-8
+    wide.name[0] = 63;
+    EXPECT_EQ(PathOf(wide, 128, false, paramErr), "");
+}
+
+TEST_F(LoginPath, OtherVolumes_LieBelowVolumes) {
+    FSRef reference;
+    FSSpec root = {};
+    VolumeInfo volume = {};
+    ASSERT_EQ(FSPathMakeRef("/proc", &reference), noErr);
+    ASSERT_EQ(FSSpecFromRef(reference, &root), noErr);
+    ASSERT_EQ(root.parID, kRootParentFolder);
+    volume.ioVRefNum = root.vRefNum;
+    ASSERT_EQ(PBHGetVInfoSync(&volume), noErr);
+    const std::string name = stringWithPascalString(volume.ioName.data());
+    EXPECT_EQ(PathOf(root, 128, false), "/Volumes/" + name);
+    EXPECT_EQ(PathOf(SpecOf("/proc/tty/drivers"), 128, false), "/Volumes/" + name + "/tty/drivers");
+}
+
+} // namespace
+} // namespace drevix::test
