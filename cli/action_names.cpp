@@ -2,6 +2,7 @@
 
 #include "keyboard/key_names.h"
 #include "settings/pascal_strings.h"
+#include "util/items_folder.h"
 
 #include <algorithm>
 #include <array>
@@ -52,10 +53,6 @@ char Small(char letter) {
     return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
 }
 
-bool IsEqual(std::string_view a, std::string_view b) {
-    return std::ranges::equal(a, b, {}, Small, Small);
-}
-
 std::string KeystrokeName(const ActionSlot &slot) {
     Str255 name{};
     const bool none = slot.keyCode == kNoKeyCode;
@@ -64,15 +61,27 @@ std::string KeystrokeName(const ActionSlot &slot) {
     return stringWithPascalString(name.data());
 }
 
-std::string MainDetail(const ActionSlot &slot) {
+// Where the slot's item is, and when it is no more there.
+std::string ItemName(const Str31 &stored) {
+    const DrevixItem item = ResolveDrevixItem(stored);
+    if (!item.path.empty()) {
+        return item.path + (item.exists ? "" : " (gone)");
+    }
+    Str31 name{};
+    PStringCopy(stored.data(), name.data(), kMaxAppNameLength); // a damaged length must not lead beyond
+    return stringWithPascalString(name.data()) + " (gone)";
+}
+
+std::string MainDetail(const ActionSlot &slot, const MenuTitles &titles) {
     if (slot.command == kActionKeystroke) {
         return KeystrokeName(slot);
     }
     if (slot.command == kActionToolMenu) {
-        return "number " + std::to_string(slot.crc); // a record holds no title
+        const std::string *title = titles.Find(slot.crc); // a record holds none
+        return title != nullptr ? QuotedText(*title) : "number " + std::to_string(slot.crc);
     }
     if (slot.command == kActionOpenItem) {
-        return stringWithPascalString(slot.data.data());
+        return ItemName(slot.data);
     }
     const bool scrolls = slot.command >= kActionFirstScroll && slot.command <= kActionLastScroll;
     return scrolls && slot.modifiers != 0 ? "with " + ModifierNames(slot.modifiers) : "";
@@ -85,8 +94,8 @@ std::string ActionTitle(ActionCommand code) {
     return action != nullptr ? std::string(action->title) : "Action " + std::to_string(code);
 }
 
-std::string ActionDetails(const ActionSlot &slot) {
-    std::string details = MainDetail(slot);
+std::string ActionDetails(const ActionSlot &slot, const MenuTitles &titles) {
+    std::string details = MainDetail(slot, titles);
     if (slot.delay != 0) {
         const std::string repeat = slot.delay == kNegativeTag ? "-1" : std::to_string(slot.delay);
         details += (details.empty() ? "repeat " : ", repeat ") + repeat;
@@ -108,7 +117,7 @@ const ActionInfo *FindActionByTitle(std::string_view title, TitleMatch match, bo
     const ActionInfo *found = nullptr;
     for (const ActionInfo &action : AllActions()) {
         const std::size_t compared = match == TitleMatch::Beginning ? title.size() : title.npos;
-        if (!IsEqual(action.title.substr(0, compared), title)) {
+        if (!IsEqualWithoutCase(action.title.substr(0, compared), title)) {
             continue;
         }
         if (found != nullptr) {
@@ -120,6 +129,10 @@ const ActionInfo *FindActionByTitle(std::string_view title, TitleMatch match, bo
         found = &action;
     }
     return found;
+}
+
+bool IsEqualWithoutCase(std::string_view a, std::string_view b) {
+    return std::ranges::equal(a, b, {}, Small, Small);
 }
 
 std::string_view RefusalText(ActionRefusal refusal) {
@@ -143,7 +156,7 @@ bool ParseModifiers(std::string_view text, std::uint16_t *modifiers) {
         text.remove_prefix(text.front() == '+' ? 1 : 0);
         const std::string_view word = text.substr(0, text.find('+'));
         const auto *row = std::ranges::find_if(
-            kModifiers, [&](const auto &modifier) { return IsEqual(modifier.name, word); });
+            kModifiers, [&](const auto &modifier) { return IsEqualWithoutCase(modifier.name, word); });
         if (row == kModifiers.end()) {
             return false;
         }

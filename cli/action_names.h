@@ -1,6 +1,7 @@
 // Actions in words, to a person and from one.
 #pragma once
 
+#include "cli/menu_titles.h"
 #include "cli/outcome.h"
 #include "platform/property_list.h"
 #include "settings/action_commands.h"
@@ -14,8 +15,9 @@ namespace drevix {
 
 // "Scroll up"; "Action 50" for a code that is in no table.
 [[nodiscard]] std::string ActionTitle(ActionCommand code);
-// What else a slot says beside its command: the keystroke, modifiers, the item to open, the repeat choice.
-[[nodiscard]] std::string ActionDetails(const ActionSlot &slot);
+// What else a slot says beside its command: the keystroke, modifiers, the item to open, the companion's menu
+// entry by its title if it is among `titles`, the repeat choice.
+[[nodiscard]] std::string ActionDetails(const ActionSlot &slot, const MenuTitles &titles);
 
 // A place where an action may stand.
 struct RestrictionInfo {
@@ -31,6 +33,9 @@ enum class TitleMatch { Whole, Beginning };
 // given, then tells which.
 [[nodiscard]] const ActionInfo *FindActionByTitle(std::string_view title, TitleMatch match,
                                                   bool *several = nullptr);
+
+// Whether two texts are equal but for the case of ASCII letters.
+[[nodiscard]] bool IsEqualWithoutCase(std::string_view a, std::string_view b);
 
 // Why an action cannot be chosen, as the end of a sentence.
 [[nodiscard]] std::string_view RefusalText(ActionRefusal refusal);

@@ -3,9 +3,11 @@
 #include "cli/action_names.h"
 #include "cli/commands.h"
 #include "cli/session.h"
+#include "cli/text_table.h"
 #include "companion/korvane_crc.h"
 #include "keyboard/key_names.h"
 #include "platform/json.h"
+#include "util/items_folder.h"
 
 #include <algorithm>
 #include <array>
@@ -19,7 +21,8 @@ struct Choice {
     ActionCommand command = kActionNone;
     std::uint16_t modifiers = 0;
     std::uint8_t keyCode = kNoKeyCode;
-    std::uint32_t crc = 0;
+    std::string menuTitle;
+    std::string itemPath;
 };
 
 Outcome ParseNone(const std::string &rest, Choice * /*choice*/) {
@@ -37,15 +40,14 @@ Outcome ParseKeystroke(const std::string &rest, Choice *choice) {
 
 Outcome ParseMenu(const std::string &rest, Choice *choice) {
     choice->command = kActionToolMenu;
-    choice->crc = KorvaneStringCRC(rest);
+    choice->menuTitle = rest;
     return rest.empty() ? WrongUsage("menu needs the title of an entry") : Done();
 }
 
 Outcome ParseOpen(const std::string &rest, Choice *choice) {
     choice->command = kActionOpenItem;
-    return rest.empty() ? WrongUsage("open needs a path")
-                        : Failed("cannot assign opening " + rest +
-                                 " from here; nothing was changed; choose the item in the settings panel");
+    choice->itemPath = rest;
+    return rest.empty() ? WrongUsage("open needs a path") : Done();
 }
 
 // The words that begin an action with a parameter of its own.
@@ -121,42 +123,74 @@ Outcome ParseAction(std::span<const std::string> words, Choice *choice) {
                                                   : keyword->parse(Joined(words.subspan(1)), choice);
 }
 
-Outcome ApplyChoice(const ControlSlot &control, const Choice &choice, AppPrefs &record) {
+// The CRC of the entry that is meant. Where the companion has no file for the application, as on a machine
+// without it, any title is taken as it is written.
+Outcome FindMenuEntry(const std::string &title, const MenuTitles &titles, std::uint32_t *crc) {
+    const std::string *found = titles.Find(title);
+    if (found == nullptr && titles.HasFile()) {
+        return Failed("the companion dial has no menu entry " + QuotedText(title) +
+                      " here; nothing was changed; 'drevixctl menu' lists those it has");
+    }
+    *crc = KorvaneStringCRC(found != nullptr ? *found : title);
+    return Done();
+}
+
+Outcome ApplyChoice(const ControlSlot &control, const Choice &choice, const MenuTitles &titles,
+                    AppPrefs &record) {
     if (const ActionRefusal refusal = CheckAction(record, control.slot, choice.command);
         refusal != ActionRefusal::None) {
         return Failed("cannot assign " + QuotedText(ActionTitle(choice.command)) + " to " +
                       std::string(control.key) + ": " + std::string(RefusalText(refusal)) +
                       "; nothing was changed");
     }
+    std::uint32_t crc = 0;
+    if (choice.command == kActionToolMenu) {
+        if (Outcome outcome = FindMenuEntry(choice.menuTitle, titles, &crc); !outcome.IsDone()) {
+            return outcome;
+        }
+    }
     ChooseAction(record, control.slot, choice.command);
     ActionSlot &slot = record.device[0].action[control.slot];
     slot.modifiers = choice.modifiers;
     slot.keyCode = choice.keyCode;
-    slot.crc = choice.crc;
+    slot.crc = crc;
     UpdateToolMenuAction(record, choice.command == kActionToolMenu ? control.slot : kNoSlot);
     return Done();
 }
 
-PropertyListDictionary AssignmentEntry(const ControlSlot &control, const ActionSlot &slot) {
+// Makes the alias file by which the slot refers to the item. The folder of alias files goes with the user's
+// own settings: those of another file would lose theirs when the panel next tidies it.
+Outcome StoreItem(const Session &session, const std::string &path, ActionSlot &slot) {
+    if (!session.IsUsersOwn()) {
+        return Failed("cannot assign opening " + QuotedText(path) +
+                      " in these settings; nothing was changed; leave out --prefs");
+    }
+    const OSErr status = MakeDrevixItem(path, &slot.data);
+    return status == noErr ? Done()
+                           : FailedFile("cannot assign opening", path, status, "nothing was changed");
+}
+
+PropertyListDictionary AssignmentEntry(const ControlSlot &control, const ActionSlot &slot,
+                                       const std::string &details) {
     PropertyListDictionary entry;
     entry.Add("control", std::string(control.key));
     entry.Add("action", std::int64_t{slot.command});
     entry.Add("name", ActionTitle(slot.command));
-    entry.Add("details", ActionDetails(slot));
+    entry.Add("details", details);
     return entry;
 }
 
 // Prints the control that was meant, and those whose commands changed with it.
 void SayAssignments(const Request &request, const ControlSlot &chosen, const AppPrefs &before,
-                    const AppPrefs &after) {
+                    const AppPrefs &after, const MenuTitles &titles) {
     PropertyListArray entries;
     const auto say = [&](const ControlSlot &control) {
         const ActionSlot &slot = after.device[0].action[control.slot];
-        const std::string details = ActionDetails(slot);
-        entries.emplace_back(AssignmentEntry(control, slot));
+        const std::string details = ActionDetails(slot, titles);
+        entries.emplace_back(AssignmentEntry(control, slot, details));
         if (!request.line.json) {
             request.Out() << control.key << ": " << ActionTitle(slot.command) << (details.empty() ? "" : " ")
-                          << details << "\n";
+                          << PlainText(details) << "\n";
         }
     };
     say(chosen);
@@ -191,8 +225,12 @@ Outcome AssignAction(const Request &request) {
         outcome = session.Find(&number, &before);
     }
     AppPrefs after = before;
+    const MenuTitles titles(before);
     if (outcome.IsDone()) {
-        outcome = ApplyChoice(*control, choice, after);
+        outcome = ApplyChoice(*control, choice, titles, after);
+    }
+    if (outcome.IsDone() && choice.command == kActionOpenItem) {
+        outcome = StoreItem(session, choice.itemPath, after.device[0].action[control->slot]);
     }
     if (outcome.IsDone()) {
         outcome = session.Store(after, number);
@@ -201,7 +239,7 @@ Outcome AssignAction(const Request &request) {
         outcome = session.Save();
     }
     if (outcome.IsDone()) {
-        SayAssignments(request, *control, before, after);
+        SayAssignments(request, *control, before, after, titles);
     }
     return outcome;
 }

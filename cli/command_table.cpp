@@ -68,6 +68,11 @@ constexpr auto kCommands = std::to_array<Command>({
      "  I to III         on buttons I, II and III only\n"
      "  tuner, no tuner  on the tuner only, not on the tuner\n",
      0, 0, 0, 0, {None, None}, ListActions},
+    {"menu", "", "list the companion dial's menu entries",
+     "Lists the entries that 'drevixctl assign buttonI menu TITLE' knows for one\n"
+     "application, or, without --app, for every application, and which of buttons I,\n"
+     "II and III runs each.\n",
+     0, 0, kAppOption, 0, {None, None}, ListMenu},
     {"check", "[FILE]", "say what is wrong with a settings file",
      "Looks through FILE, or your settings file, and changes nothing. The exit status\n"
      "is 1 when the file is damaged.\n",
@@ -76,6 +81,10 @@ constexpr auto kCommands = std::to_array<Command>({
      "Reads the records that are whole and writes them to a new file. FILE stays as it\n"
      "is.\n",
      1, 1, kToOption, kToOption, {File, None}, RecoverSettingsFile},
+    {"devices", "", "show the connected devices",
+     "Asks the device helper which devices are connected, and waits two seconds for\n"
+     "its answer.\n",
+     0, 0, 0, 0, {None, None}, ListDevices},
     {"help", "[COMMAND]", "explain a command",
      "Explains a command, or lists them all.\n",
      0, 1, 0, 0, {CommandName, None}, PrintHelp},

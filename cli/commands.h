@@ -69,6 +69,7 @@ struct Command {
 Outcome ListRecords(const Request &request);
 Outcome ShowRecord(const Request &request);
 Outcome ListActions(const Request &request);
+Outcome ListMenu(const Request &request);
 Outcome AssignAction(const Request &request);
 Outcome SetValue(const Request &request);
 Outcome AddApplication(const Request &request);
@@ -78,6 +79,7 @@ Outcome ExportRecords(const Request &request);
 Outcome ImportRecords(const Request &request);
 Outcome CheckSettingsFile(const Request &request);
 Outcome RecoverSettingsFile(const Request &request);
+Outcome ListDevices(const Request &request);
 Outcome PrintHelp(const Request &request);
 
 // The word before a command line that is being typed, as the shell's completion asks for PrintCompletions.

@@ -78,6 +78,18 @@ Words RecordWords(const CommandLine &line, const Surroundings &surroundings) {
     return words;
 }
 
+// The companion's menu entries of the record that the line names.
+Words MenuWords(const CommandLine &line, const Surroundings &surroundings) {
+    std::ostringstream ignored;
+    const Surroundings silent{ignored, ignored, surroundings.resources};
+    const Request request{*FindCommand("menu"), line, {}, silent};
+    Session session(request);
+    RecordNumber number = kNoRecord;
+    AppPrefs record{};
+    const bool isFound = session.OpenForReading().IsDone() && session.Find(&number, &record).IsDone();
+    return isFound ? WordsOf(MenuTitles(record).All(), kAsItIs) : Words();
+}
+
 Words OptionWords(const Command *command) {
     Words words;
     for (const OptionInfo &option : AllOptions()) {
@@ -109,6 +121,14 @@ Words WordsFor(std::span<const std::string> typed, const Surroundings &surroundi
     }
     if (line.words.empty()) {
         return WordsForKind(ArgumentKind::CommandName);
+    }
+    if (command != nullptr && command->run == AssignAction && line.words.size() > 2) {
+        if (line.words[2] == "menu") {
+            return MenuWords(line, surroundings);
+        }
+        if (line.words[2] == "open") {
+            return WordsForKind(ArgumentKind::File);
+        }
     }
     return command == nullptr ? Words() : ArgumentWords(*command, line.words.size() - 1);
 }

@@ -1,10 +1,10 @@
 #include "cli/new_application.h"
 
+#include "platform/app_folder.h"
 #include "platform/desktop_entries.h"
 #include "platform/disk.h"
 #include "platform/file_update.h"
 #include "platform/status.h"
-#include "settings/prefs_list.h"
 
 #include <cerrno>
 #include <string_view>
@@ -20,35 +20,38 @@ Outcome NoApplication(const std::string &path, std::string_view why) {
                   "; nothing was added; give an application");
 }
 
-Outcome DescribeDesktopEntry(const std::string &path, const std::string &language,
-                             NewApplication *application) {
+Outcome CheckDesktopEntry(const std::string &path, const std::string &language) {
     DesktopEntry entry;
     const OSErr status = ReadDesktopEntry(path, language, &entry);
     if (status == -1) {
         return NoApplication(path, "it is not the desktop entry of an application");
     }
-    if (status != noErr) {
-        return FailedFile("cannot read", path, status, kNothingAdded);
-    }
-    application->shownName = entry.name;
-    application->fileName.resize(application->fileName.size() - kDesktopExtension.size());
-    return Done();
+    return status == noErr ? Done() : FailedFile("cannot read", path, status, kNothingAdded);
 }
 
-Outcome DescribeFolder(const std::string &path) {
+Outcome CheckFolder(const std::string &path) {
     struct stat found {};
-    const std::string information = path + "/Contents/Info.plist";
-    return CurrentDisk().StatusAt(information.c_str(), &found) == 0
+    return CurrentDisk().StatusAt(InfoListOfAppFolder(path).c_str(), &found) == 0
                ? Done()
                : NoApplication(path, "the folder is no application");
+}
+
+Outcome CheckApplication(const std::string &path, const std::string &language, const struct stat &found) {
+    if (S_ISDIR(found.st_mode)) {
+        return CheckFolder(path);
+    }
+    if (path.ends_with(kDesktopExtension)) {
+        return CheckDesktopEntry(path, language);
+    }
+    return S_ISREG(found.st_mode) && (found.st_mode & (S_IXUSR | S_IXGRP | S_IXOTH)) != 0
+               ? Done()
+               : NoApplication(path, "it is no application, desktop entry or program");
 }
 
 } // namespace
 
 Outcome DescribeApplication(const std::string &path, const std::string &language,
                             NewApplication *application) {
-    *application = {};
-    application->fileName = AppFileNameFromPath(path);
     std::string target;
     struct stat found {};
     OSErr status = FollowLinks(path, &target);
@@ -58,19 +61,9 @@ Outcome DescribeApplication(const std::string &path, const std::string &language
     if (status != noErr) {
         return FailedFile("cannot add", path, status, kNothingAdded);
     }
-    if (application->fileName.empty()) {
-        return NoApplication(path, "it has no name");
-    }
-    if (S_ISDIR(found.st_mode)) {
-        return DescribeFolder(path);
-    }
-    if (application->fileName.size() > kDesktopExtension.size() &&
-        application->fileName.ends_with(kDesktopExtension)) {
-        return DescribeDesktopEntry(path, language, application);
-    }
-    return S_ISREG(found.st_mode) && (found.st_mode & (S_IXUSR | S_IXGRP | S_IXOTH)) != 0
-               ? Done()
-               : NoApplication(path, "it is no application, desktop entry or program");
+    *application = ApplicationOfPath(path, language);
+    return application->fileName.empty() ? NoApplication(path, "it has no name")
+                                         : CheckApplication(path, language, found);
 }
 
 } // namespace drevix

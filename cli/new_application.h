@@ -2,17 +2,11 @@
 #pragma once
 
 #include "cli/outcome.h"
-#include "platform/types.h"
+#include "settings/new_application.h"
 
 #include <string>
 
 namespace drevix {
-
-struct NewApplication {
-    OSType signature = 0;  // 0: none
-    std::string fileName;  // UTF-8, not empty
-    std::string shownName; // empty: the file name
-};
 
 // Looks at an ".app" folder, a desktop entry ("platform/desktop_entries.h"), or an
 // executable file. `language` picks a desktop entry's translated name. Failed when the path leads to none of

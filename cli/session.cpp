@@ -1,6 +1,8 @@
 #include "cli/session.h"
 
 #include "cli/text_table.h"
+#include "companion/korvane_sync.h"
+#include "helperlink/driver_messages.h"
 #include "platform/disk.h"
 #include "qbase/qbase_file.h"
 #include "settings/device_prefs.h"
@@ -115,8 +117,16 @@ Outcome Session::Load(Purpose purpose) {
     if (isRefused) {
         SayRefused(purpose);
     }
+    if (IsUsersOwn()) {
+        SyncFromKorvane(fBase.get());
+    }
     SortDrevixBase(fBase.get());
     return Done();
+}
+
+bool Session::IsUsersOwn() const {
+    std::string own;
+    return !fRequest.line.prefs || (FindDevicePrefsPath(&own) == noErr && AreSameFile(fPath, own));
 }
 
 void Session::SayRefused(Purpose purpose) const {
@@ -179,6 +189,10 @@ Outcome Session::Save() {
     const OSErr readBefore = ReadWholeFile(fPath, &before);
     const OSErr status = SaveDevicePrefsToPath(Base(), fPath);
     if (status == noErr) {
+        if (IsUsersOwn()) {
+            SyncToKorvane(Base());
+            std::ignore = RequestDriverPrefsUpdate(kDrevixHelperName.data()); // none need run
+        }
         return Done();
     }
     // A folder that cannot be flushed is found out only after the new file has taken the old one's place.

@@ -12,6 +12,7 @@
 namespace drevix {
 
 // A settings file, read as the panel reads it: repaired, with the factory records that it lacks, sorted.
+// The user's own has its companion menu entries from the companion's files.
 class Session {
   public:
     // The request must outlive the session.
@@ -29,6 +30,8 @@ class Session {
     [[nodiscard]] QBaseHandle Base() const { return fBase.get(); }
     // Where the settings file is or would be; empty when there is no preferences folder.
     [[nodiscard]] const std::string &Path() const { return fPath; }
+    // Whether the file is the one that the panel uses, and not another that --prefs names.
+    [[nodiscard]] bool IsUsersOwn() const;
 
     // The number of the record that --app names, or of the global record. Failed when there is none.
     Outcome Find(RecordNumber *number) const;
@@ -39,7 +42,7 @@ class Session {
 
     // Puts the record back, or adds it for kNoRecord. Failed without memory.
     Outcome Store(const AppPrefs &record, RecordNumber number) const;
-    // Sorts the records and writes the file.
+    // Sorts the records and writes the file. The user's own goes to the companion's files too.
     Outcome Save();
 
   private:

@@ -61,11 +61,13 @@ std::vector<TableRow> ValueRows(const AppPrefs &record) {
 
 // The controls that do something.
 std::vector<TableRow> ControlRows(const AppPrefs &record) {
+    const MenuTitles titles(record);
     std::vector<TableRow> rows;
     for (const ControlSlot &control : kControlSlots) {
         const ActionSlot &slot = record.device[0].action[control.slot];
         if (slot.command != kActionNone) {
-            rows.push_back({std::string(control.key), ActionTitle(slot.command), ActionDetails(slot)});
+            rows.push_back(
+                {std::string(control.key), ActionTitle(slot.command), ActionDetails(slot, titles)});
         }
     }
     return rows;

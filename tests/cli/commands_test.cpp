@@ -77,7 +77,8 @@ TEST_F(Commands, Refusals_LeaveTheFileAndSayWhatToDo) {
              {"assign tunerCW zoom_in --app Painter", "does not work on this control"},
              {"assign ringLeft menu Brush", "does not work on this control"},
              {"assign buttonI menu Brush --app Browser", "application does not know it"},
-             {"assign buttonI open /tmp", "choose the item in the settings panel"},
+             {"assign buttonI open /nowhere", "cannot assign opening /nowhere: "},
+             {"--prefs x assign buttonI open /", "leave out --prefs"},
              {"delete --app painter", "came with the panel"},
              {"add /nowhere", "no such file"},
              {"add /", "no name"},
@@ -154,6 +155,24 @@ TEST_F(Commands, Assign_StoresTheActionAndAppliesTheRules) {
         EXPECT_EQ(std::memcmp(&record.device[0].action[row.index], &row.stored, sizeof row.stored), 0)
             << row.line;
     }
+}
+
+TEST_F(Commands, OpenItem_IsKeptByAnAliasAndShownByItsPath) {
+    const std::string photo = fFolder.Path("Caf\u00E9 \u5199\u771F.jpeg");
+    const std::string twin = fFolder.Path("twin/Caf\u00E9 \u5199\u771F.jpeg");
+    std::filesystem::create_directory(fFolder.Path("twin"));
+    for (const std::string &path : {photo, twin}) {
+        WriteWhole(path, "");
+    }
+    EXPECT_EQ(Run({"assign", "buttonI", "open", photo}).out, "buttonI: Open item " + photo + "\n");
+    EXPECT_EQ(Run({"assign", "buttonII", "open", twin}).out, "buttonII: Open item " + twin + "\n");
+    EXPECT_EQ(Record().device[0].action[18].command, kActionOpenItem);
+    EXPECT_EQ(Do("show").find("(gone)"), std::string::npos);
+    std::filesystem::remove(photo);
+    EXPECT_THAT(Do("show"), HasSubstr("Open item  " + photo + " (gone)\n"));
+    EXPECT_THAT(Do("show"), HasSubstr("Open item  " + twin + "\n"));
+    std::filesystem::remove_all(fFolder.Preferences() + "/com.halcyra.drevix.stuff");
+    EXPECT_THAT(Do("show"), HasSubstr("Open item  Caf\u00E9 ?"));
 }
 
 TEST_F(Commands, Set_ChangesThatValueOnly) {

@@ -33,6 +33,9 @@ class Completion(unittest.TestCase):
         program = path / "My Painter"
         program.write_text("")
         program.chmod(0o755)
+        hotkeys = path / "Library/Preferences/Drevix Tarnix Preferences/_System_/~hotkeys"
+        hotkeys.parent.mkdir(parents=True)
+        hotkeys.write_text("<HotKeys TargetApp='x'><HotKey><Menu>Sharpen &amp; Blur</Menu></HotKey><HotKey/></HotKeys>")
         environment = {**os.environ, "XDG_CONFIG_HOME": f"{path}/config", "HOME": str(path),
                        "PATH": f"{PROGRAM.parent}:{os.environ['PATH']}"}
         subprocess.run([PROGRAM, "add", program], env=environment, check=True, capture_output=True)
@@ -45,12 +48,14 @@ class Completion(unittest.TestCase):
         for line, expected in [
             ("drevixctl ex", ["export"]),
             ("drevixctl --json re", ["recover"]),
+            ("drevixctl dev", ["devices"]),
             ("drevixctl assign tuner", ["tunerCCW", "tunerCW"]),
             ("drevixctl assign buttonI Scroll\\ u", ["Scroll\\ up"]),
             ('drevixctl assign buttonI "Scroll u', ["Scroll up"]),
             ("drevixctl set ringSensitivity", ["ringSensitivity"] + [f"ringSensitivity{x}" for x in ["Separate", *"XYZ"]]),
             ("drevixctl --json set active t", ["true"]),
             ("drevixctl defaults ", ["ring", "tuner", "buttons"]),
+            ("drevixctl assign buttonI menu Sh", ["Sharpen\\ \\&\\ Blur"]),
             ("drevixctl show --app My", ["My\\ Painter"]),
             ("drevixctl show --app=My", ["My\\ Painter"]),
             ("drevixctl --app My\\ Painter del", ["delete"]),
@@ -58,6 +63,7 @@ class Completion(unittest.TestCase):
             ("drevixctl list --a", []),
             ("drevixctl help che", ["check"]),
             ("drevixctl import a", ["a file"]),
+            ("drevixctl assign buttonI open a", ["a file"]),
             ("drevixctl frobnicate ", []),
         ]:
             self.assertEqual(self.offered(line), expected, line)

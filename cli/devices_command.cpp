@@ -1,0 +1,86 @@
+// The command that asks the device helper: devices.
+
+#include "cli/commands.h"
+#include "cli/text_table.h"
+#include "helperlink/device_text.h"
+#include "platform/json.h"
+
+#include <algorithm>
+#include <chrono>
+#include <span>
+
+namespace drevix {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+constexpr std::uint16_t kUnanswered = UINT16_MAX; // no helper counts as many devices
+constexpr std::chrono::milliseconds kPatience{2000};
+
+// Takes answers into a list while it lives.
+class AnswersInto {
+  public:
+    explicit AnswersInto(DeviceList *list) { InstallAppleEventHandlers(list); }
+    AnswersInto(const AnswersInto &) = delete;
+    AnswersInto &operator=(const AnswersInto &) = delete;
+    ~AnswersInto() { RemoveAppleEventHandlers(); }
+};
+
+Outcome AskHelper(DeviceList *list) {
+    const AnswersInto answers(list);
+    const Clock::time_point end = Clock::now() + kPatience;
+    list->count = kUnanswered;
+    while (list->count == kUnanswered) {
+        if (GetConnectedDevices(list) != noErr) {
+            return Failed("the device helper does not run; start the settings panel or DrevixHelper");
+        }
+        const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now());
+        if (left <= left.zero()) {
+            return Failed("the device helper runs but does not answer; end it and try again");
+        }
+        WaitForAppleEvents(left);
+    }
+    return Done();
+}
+
+PropertyListDictionary DeviceEntry(const ConnectedDevice &device) {
+    PropertyListDictionary entry;
+    entry.Add("productName", DeviceNameText(device.productName));
+    entry.Add("vendorName", DeviceNameText(device.vendorName));
+    entry.Add("version", DeviceVersionText(device.productVers));
+    entry.Add("serialNumber", device.serialNumber[0] != 0 ? DeviceSerialText(device) : std::string());
+    entry.Add("vendorID", std::int64_t{device.vendorID});
+    entry.Add("productID", std::int64_t{device.productID});
+    return entry;
+}
+
+} // namespace
+
+Outcome ListDevices(const Request &request) {
+    DeviceList list{};
+    if (Outcome outcome = AskHelper(&list); !outcome.IsDone()) {
+        return outcome;
+    }
+    const std::span devices(list.device, std::min<std::size_t>(list.count, kMostDevices));
+    if (request.line.json) {
+        PropertyListArray entries;
+        for (const ConnectedDevice &device : devices) {
+            entries.emplace_back(DeviceEntry(device));
+        }
+        request.Out() << JsonText(entries) << "\n";
+        return Done();
+    }
+    if (devices.empty()) {
+        request.Out() << "no device is connected\n";
+        return Done();
+    }
+    std::vector<TableRow> rows;
+    for (const ConnectedDevice &device : devices) {
+        rows.push_back({PlainText(DeviceNameText(device.productName)), DeviceVersionText(device.productVers),
+                        DeviceSerialText(device)});
+    }
+    request.Out() << TableText({"DEVICE", "VERSION", "SERIAL NUMBER"}, rows);
+    return Done();
+}
+
+} // namespace drevix

@@ -1,0 +1,31 @@
+// The companion dial's menu entries for one record.
+#pragma once
+
+#include "settings/app_prefs.h"
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace drevix {
+
+class MenuTitles {
+  public:
+    // Reads the hotkey file of the record's application, if the companion has one.
+    explicit MenuTitles(const AppPrefs &record);
+
+    [[nodiscard]] bool HasFile() const { return fHasFile; }
+    // The titles in the file's order, UTF-8.
+    [[nodiscard]] const std::vector<std::string> &All() const { return fTitles; }
+    // The first entry with that CRC; with that title, or if there is none, with that title but for the case
+    // of ASCII letters. Null for none.
+    [[nodiscard]] const std::string *Find(std::uint32_t crc) const;
+    [[nodiscard]] const std::string *Find(std::string_view title) const;
+
+  private:
+    std::vector<std::string> fTitles;
+    bool fHasFile = false;
+};
+
+} // namespace drevix

@@ -1,0 +1,194 @@
+#include "companion/korvane_files.h"
+
+#include "platform/files.h"
+#include "platform/status.h"
+#include "platform/xml_document.h"
+#include "settings/pascal_strings.h"
+#include "settings/prefs_list.h"
+
+#include <algorithm>
+#include <chrono>
+#include <span>
+#include <thread>
+
+namespace drevix {
+namespace {
+
+constexpr std::string_view kPreferences = "Library/Preferences/Drevix Tarnix Preferences/";
+constexpr std::string_view kFileName = "/~hotkeys";
+constexpr const char *kRootName = "HotKeys";
+constexpr const char *kHotKeyName = "HotKey";
+constexpr const char *kTargetAppName = "TargetApp";
+
+// How often a file that is not well-formed is looked at before it counts as being so, and how long after.
+constexpr int kMostReadings = 5;
+constexpr std::chrono::milliseconds kBetweenReadings{5};
+
+// A name without the suffix that does not count.
+std::span<const std::uint8_t> WithoutApp(ConstStringPtr name) {
+    constexpr std::string_view kSuffix = ".app";
+    const std::span characters(name + 1, name[0]);
+    const bool hasSuffix =
+        characters.size() > kSuffix.size() && std::ranges::equal(characters.last(kSuffix.size()), kSuffix);
+    return characters.first(characters.size() - (hasSuffix ? kSuffix.size() : 0));
+}
+
+int SmallLetter(std::uint8_t letter) {
+    return letter >= 'A' && letter <= 'Z' ? letter - 'A' + 'a' : letter;
+}
+
+std::string ChildText(const XmlNode &element, std::string_view name) {
+    const XmlNode *child = FindXmlChild(element, name);
+    return child != nullptr ? XmlStringValue(*child) : std::string();
+}
+
+KorvaneHotKey HotKeyFromXml(const XmlNode &element) {
+    KorvaneHotKey hotKey;
+    for (std::size_t i = 0; i < kKorvaneKeyNames.size(); ++i) {
+        hotKey.Set(static_cast<KorvaneKey>(i), ChildText(element, kKorvaneKeyNames[i]));
+    }
+    return hotKey;
+}
+
+XmlNode XmlFromHotKey(const KorvaneHotKey &hotKey) {
+    XmlNode element{kHotKeyName, {}, {}, {}};
+    element.children.reserve(kKorvaneKeyNames.size());
+    for (std::size_t i = 0; i < kKorvaneKeyNames.size(); ++i) {
+        element.children.push_back(
+            XmlTextElement(std::string(kKorvaneKeyNames[i]), hotKey.Text(static_cast<KorvaneKey>(i))));
+    }
+    return element;
+}
+
+std::size_t CountHotKeysWithin(const XmlNode &node) {
+    std::size_t count = node.name == kHotKeyName ? 1 : 0;
+    for (const XmlNode &child : node.children) {
+        count += CountHotKeysWithin(child);
+    }
+    return count;
+}
+
+std::optional<KorvaneHotKeyList> ListFromXml(const XmlNode &root) {
+    const std::string *target = FindXmlAttribute(root, kTargetAppName);
+    if (root.name != kRootName || target == nullptr || target->empty()) {
+        return std::nullopt;
+    }
+    KorvaneHotKeyList list;
+    list.TargetApp = *target;
+    for (const XmlNode &child : root.children) {
+        if (child.name == kHotKeyName) {
+            list.HotKeys.push_back(HotKeyFromXml(child));
+        }
+    }
+    return list;
+}
+
+} // namespace
+
+std::string KorvaneHotKey::Text(KorvaneKey key) const {
+    const Value &value = fValues[static_cast<std::size_t>(key)];
+    const auto *text = std::get_if<std::string>(&value);
+    return text != nullptr ? *text : std::to_string(std::get<std::int32_t>(value));
+}
+
+std::int16_t FindKorvaneIndex(OSType creator, ConstStringPtr fileName) {
+    const auto *row = std::ranges::find_if(kKorvaneApps, [&](const KorvaneApp &app) {
+        return app.fileName == nullptr ? app.creator == creator
+                                       : fileName != nullptr && PStringCmp(fileName, app.fileName) == 0;
+    });
+    return row == kKorvaneApps.end() ? std::int16_t{-1}
+                                     : static_cast<std::int16_t>(row - kKorvaneApps.begin());
+}
+
+std::optional<std::string_view> FindKorvaneName(OSType creator, ConstStringPtr fileName) {
+    const std::int16_t index = FindKorvaneIndex(creator, fileName);
+    return index < 0 ? std::nullopt : std::optional(kKorvaneApps[static_cast<std::size_t>(index)].folder);
+}
+
+std::int16_t KorvanePStrCmpNoApp(ConstStringPtr a, ConstStringPtr b) {
+    const auto first = WithoutApp(a);
+    const auto second = WithoutApp(b);
+    const auto [inFirst, inSecond] = std::ranges::mismatch(first, second, {}, SmallLetter, SmallLetter);
+    const bool differ = inFirst != first.end() && inSecond != second.end();
+    const int lengths = static_cast<int>(first.size()) - static_cast<int>(second.size());
+    return static_cast<std::int16_t>(differ ? SmallLetter(*inFirst) - SmallLetter(*inSecond) : lengths);
+}
+
+AppPrefs *KorvaneFindAppPrefs(QBaseHandle base, OSType creator, ConstStringPtr fileName) {
+    const bool hasName = fileName != nullptr && fileName[0] != 0;
+    for (RecordNumber number = 0; number < QBaseCountRecords(base); ++number) {
+        AppPrefs *prefs = GetAppPrefs(base, number);
+        if (prefs != nullptr && (hasName ? KorvanePStrCmpNoApp(prefs->appFileName.data(), fileName) == 0
+                                         : prefs->application == creator)) {
+            return prefs;
+        }
+    }
+    return nullptr;
+}
+
+std::string FindKorvaneFileForApp(std::string_view folder) {
+    return HomeFolder().append("/").append(kPreferences).append(folder).append(kFileName);
+}
+
+std::optional<KorvaneHotKeyList> ParseKorvaneFile(std::string bytes, bool *isWellFormed) {
+    XmlDocument document;
+    *isWellFormed = ParseXmlDocument(bytes, XmlReading::Strict, &document) == noErr;
+    if (!*isWellFormed && ParseXmlDocument(bytes, XmlReading::Recovering, &document) != noErr) {
+        return std::nullopt;
+    }
+    auto list = ListFromXml(document.root);
+    if (list) {
+        // A tag that was lost in a damaged file can put a hotkey into the one before it.
+        list->isPartial =
+            !document.isWhole || (!*isWellFormed && list->HotKeys.size() < CountHotKeysWithin(document.root));
+        list->bytes = std::move(bytes);
+    }
+    return list;
+}
+
+// A companion that is writing the file has emptied it first, or has written a part. So one that is not
+// well-formed is read until it is, or stays the same without being so.
+std::optional<KorvaneHotKeyList> LoadKorvaneFile(const std::string &path) {
+    std::string before;
+    for (int readings = 1;; ++readings) {
+        std::string bytes;
+        bool isWellFormed = false;
+        const OSErr status = ReadXmlBytes(path, &bytes);
+        if (status != noErr && status != fBsyErr) {
+            return std::nullopt;
+        }
+        auto list = ParseKorvaneFile(bytes, &isWellFormed);
+        const bool isSettled = readings > 1 && !bytes.empty() && bytes == before;
+        if (isWellFormed || isSettled || readings == kMostReadings) {
+            return list;
+        }
+        before = std::move(bytes);
+        std::this_thread::sleep_for(kBetweenReadings);
+    }
+}
+
+std::optional<KorvaneHotKeyList> LoadKorvaneFileForApp(std::string_view folder) {
+    return LoadKorvaneFile(FindKorvaneFileForApp(folder));
+}
+
+std::string KorvaneFileText(const KorvaneHotKeyList &list) {
+    XmlNode root{kRootName, {}, {{kTargetAppName, list.TargetApp}}, {}};
+    root.children.reserve(list.HotKeys.size());
+    std::ranges::transform(list.HotKeys, std::back_inserter(root.children), XmlFromHotKey);
+    return XmlDocumentText(root);
+}
+
+bool SaveKorvanePrefs(const KorvaneHotKeyList &list, const std::string &path) {
+    return !list.HotKeys.empty() && !list.isPartial && WriteXmlBytes(path, KorvaneFileText(list)) == noErr;
+}
+
+bool SaveKorvanePrefsForApp(const KorvaneHotKeyList &list, std::string_view folder) {
+    return SaveKorvanePrefs(list, FindKorvaneFileForApp(folder));
+}
+
+bool IsKorvaneFileUnchanged(const KorvaneHotKeyList &list, std::string_view folder) {
+    std::string bytes;
+    return ReadXmlBytes(FindKorvaneFileForApp(folder), &bytes) == noErr && bytes == list.bytes;
+}
+
+} // namespace drevix

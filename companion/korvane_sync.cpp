@@ -1,0 +1,190 @@
+#include "companion/korvane_sync.h"
+
+#include "companion/korvane_crc.h"
+#include "companion/korvane_files.h"
+#include "companion/notification_socket.h"
+#include "helperlink/driver_messages.h"
+#include "settings/action_commands.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cstring>
+#include <limits>
+#include <new>
+#include <tuple>
+
+namespace drevix {
+namespace {
+
+// A button and what the companion calls it.
+struct Button {
+    std::int32_t key;
+    SlotIndex slot;
+    std::int32_t virtualKey;
+};
+// In the order in which they are looked through. Key 2 is button III.
+constexpr auto kButtons = std::to_array<Button>({{1, 18, 4}, {2, 20, 16}, {3, 19, 8}});
+
+constexpr std::uint16_t kNotificationPort = 5539;
+constexpr int kMostTries = 5; // of writing a file that another program is writing
+
+// Holds the base locked.
+class BaseLock {
+  public:
+    explicit BaseLock(QBaseHandle base) : fBase(base) { QBaseLock(base); }
+    BaseLock(const BaseLock &) = delete;
+    BaseLock &operator=(const BaseLock &) = delete;
+    ~BaseLock() { QBaseUnlock(fBase); }
+
+  private:
+    QBaseHandle fBase;
+};
+
+ActionSlot &SlotOf(AppPrefs &prefs, const Button &button) {
+    return prefs.device[0].action[button.slot];
+}
+
+void BindHotKey(KorvaneHotKey &hotKey, KorvaneHotKey::Value key, std::string_view device,
+                KorvaneHotKey::Value virtualKey) {
+    hotKey.Set(KorvaneKey::Key, std::move(key));
+    hotKey.Set(KorvaneKey::Device, std::string(device));
+    hotKey.Set(KorvaneKey::Modifier, std::string());
+    hotKey.Set(KorvaneKey::VirtualKey, std::move(virtualKey));
+}
+
+// A hotkey of another device is taken over by a button that holds it, and else left alone.
+void UpdateHotKey(KorvaneHotKey &hotKey, AppPrefs &prefs) {
+    const std::uint32_t crc = KorvaneStringCRC(hotKey.Text(KorvaneKey::Menu));
+    const auto *button = std::ranges::find_if(kButtons, [&](const Button &row) {
+        const ActionSlot &slot = SlotOf(prefs, row);
+        return slot.command == kActionToolMenu && slot.crc == crc;
+    });
+    if (button != kButtons.end()) {
+        BindHotKey(hotKey, button->key, kKorvaneDevice, button->virtualKey);
+    } else if (hotKey.Text(KorvaneKey::Device) == kKorvaneDevice) {
+        BindHotKey(hotKey, {}, {}, {});
+    }
+}
+
+void UpdateHotKeys(KorvaneHotKeyList &list, QBaseHandle base, const KorvaneApp &app) {
+    const BaseLock lock(base);
+    if (AppPrefs *prefs = KorvaneFindAppPrefs(base, app.creator, app.fileName)) {
+        for (KorvaneHotKey &hotKey : list.HotKeys) {
+            UpdateHotKey(hotKey, *prefs);
+        }
+    }
+}
+
+// What was read must still be the file when it is written back: a companion's change that came between would
+// be undone, and a half-written file would be made to last.
+void UpdateFile(QBaseHandle base, const KorvaneApp &app) {
+    for (int tries = 0; tries < kMostTries; ++tries) {
+        auto list = LoadKorvaneFileForApp(app.folder);
+        if (!list) {
+            return;
+        }
+        UpdateHotKeys(*list, base, app);
+        if (IsKorvaneFileUnchanged(*list, app.folder)) {
+            // A failed write has left the old file, and the next one tries again.
+            std::ignore = SaveKorvanePrefsForApp(*list, app.folder);
+            return;
+        }
+    }
+}
+
+std::string NotificationMessage() {
+    std::string message = "<update_cfg>";
+    for (const KorvaneApp &app : kKorvaneApps) {
+        message.append(&app == kKorvaneApps.data() ? "" : ",").append(app.folder);
+    }
+    return message + "</update_cfg>";
+}
+
+// The number that a text begins with, behind white space and a sign; 0 when there is none, or it is too large
+// to be a key.
+std::int32_t IntegerValue(std::string_view text) {
+    text.remove_prefix(std::min(text.find_first_not_of(" \t\n\v\f\r"), text.size()));
+    const bool hasSign = text.starts_with('+') || text.starts_with('-');
+    const bool isNegative = text.starts_with('-');
+    text.remove_prefix(hasSign ? 1 : 0);
+    std::uint32_t value = 0;
+    std::from_chars(text.data(), text.data() + text.size(), value); // stops at what is no digit
+    const bool fits = value <= static_cast<std::uint32_t>(std::numeric_limits<std::int32_t>::max());
+    return fits ? static_cast<std::int32_t>(value) * (isNegative ? -1 : 1) : 0;
+}
+
+// A menu entry in a slot, or with command 0 nothing. Of the text only the first byte is set: it is empty.
+void SetSlot(ActionSlot &slot, ActionCommand command, std::uint32_t crc) {
+    slot.command = command;
+    slot.modifiers = 0;
+    slot.keyCode = 0;
+    slot.repeat = 0;
+    slot.delay = 0;
+    slot.crc = crc;
+    slot.reserved2 = 0;
+    slot.data[0] = 0;
+}
+
+void UpdateSlots(AppPrefs &prefs, const KorvaneHotKeyList &list) {
+    for (const Button &button : kButtons) {
+        if (SlotOf(prefs, button).command == kActionToolMenu) {
+            SetSlot(SlotOf(prefs, button), kActionNone, 0);
+        }
+    }
+    for (const KorvaneHotKey &hotKey : list.HotKeys) {
+        if (hotKey.Text(KorvaneKey::Device) != kKorvaneDevice) {
+            continue;
+        }
+        const auto *button =
+            std::ranges::find(kButtons, IntegerValue(hotKey.Text(KorvaneKey::Key)), &Button::key);
+        if (button != kButtons.end()) {
+            SetSlot(SlotOf(prefs, *button), kActionToolMenu, KorvaneStringCRC(hotKey.Text(KorvaneKey::Menu)));
+        }
+    }
+}
+
+} // namespace
+
+std::int32_t SyncToKorvane(QBaseHandle base) try {
+    for (const KorvaneApp &app : kKorvaneApps) {
+        UpdateFile(base, app);
+    }
+    // Either program, or both, may not be running.
+    std::ignore = RequestDriverPrefsUpdate(kTarnixName.data());
+    std::ignore = RequestDriverPrefsUpdate(kTarnixHelperName.data());
+    return SocketSendMessage(NotificationMessage().c_str(), kNotificationPort, nullptr);
+} catch (const std::bad_alloc &) {
+    return kSocketNoAddress;
+}
+
+void SyncFromKorvane(QBaseHandle base) {
+    for (const KorvaneApp &app : kKorvaneApps) {
+        SyncAppFromKorvane(base, app.creator, app.fileName, app.folder);
+    }
+}
+
+void SyncAppFromKorvane(QBaseHandle base, OSType creator, ConstStringPtr fileName,
+                        std::string_view folder) try {
+    if (folder.empty()) {
+        folder = FindKorvaneName(creator, fileName).value_or("");
+    }
+    const auto list = folder.empty() ? std::nullopt : LoadKorvaneFileForApp(folder);
+    if (!list) {
+        return;
+    }
+    const BaseLock lock(base);
+    AppPrefs *prefs = KorvaneFindAppPrefs(base, creator, fileName);
+    if (prefs == nullptr) {
+        return;
+    }
+    const AppPrefs before = *prefs;
+    UpdateSlots(*prefs, *list);
+    if (std::memcmp(&before, prefs, sizeof(before)) != 0) {
+        QBaseSetRecordsChanged(base, true);
+    }
+} catch (const std::bad_alloc &) {
+    // Without the memory to read the file it is as if there were none: the record keeps its bindings.
+}
+
+} // namespace drevix

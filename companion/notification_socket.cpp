@@ -1,0 +1,49 @@
+#include "companion/notification_socket.h"
+
+#include "platform/status.h"
+
+namespace drevix {
+namespace {
+
+// On one machine either is done at once, or never will be: a peer that takes no connections must not hold the
+// window up.
+constexpr std::chrono::milliseconds kLimit{100};
+
+} // namespace
+
+std::int32_t SocketInitAddress(SocketAddress *address, std::uint16_t port, const char *host) {
+    std::array<std::uint8_t, 4> found{};
+    if (address == nullptr || ResolveHost(host, &found) != noErr) {
+        return kSocketNoAddress;
+    }
+    *address = {};
+    address->family = kSocketFamilyIPv4;
+    address->port = {static_cast<std::uint8_t>(port >> 8), static_cast<std::uint8_t>(port)};
+    address->address = found;
+    return 0;
+}
+
+std::int32_t SocketSendMessage(const char *message, std::uint16_t port, const char *host) {
+    SocketAddress address{};
+    if (SocketInitAddress(&address, port, host) != 0) {
+        return kSocketNoAddress;
+    }
+    const SocketRef socket = SocketCreate(SocketDealWithData, nullptr);
+    OSErr status = SocketConnect(socket, address, kLimit);
+    if (status == noErr && message != nullptr) {
+        status = SocketSend(socket, message, kLimit);
+    }
+    if (status == noErr) {
+        SocketAddToRunLoop(socket);
+    } else {
+        SocketInvalidate(socket);
+    }
+    return status;
+}
+
+void SocketDealWithData(SocketRef socket, SocketCallBackType /*type*/, const SocketAddress * /*address*/,
+                        const void * /*data*/, void * /*context*/) {
+    SocketInvalidate(socket);
+}
+
+} // namespace drevix

@@ -1,0 +1,73 @@
+#include "companion/korvane_crc.h"
+#include "companion/korvane_files.h"
+#include "settings/action_commands.h"
+#include "tests/cli/program.h"
+
+#include <filesystem>
+
+namespace drevix {
+namespace {
+
+using testing::HasSubstr;
+
+constexpr const char *kHotKeys =
+    "<HotKeys TargetApp='System'>"
+    "<HotKey><Menu>Filter</Menu></HotKey>"
+    "<HotKey><Menu>FILTER</Menu></HotKey>"
+    "<HotKey><Menu>Sharpen More</Menu><Key>3</Key><Device>pyralis</Device></HotKey>"
+    "</HotKeys>";
+
+// drevixctl with the companion's file for the global record.
+class Menu : public test::ProgramTest {
+  protected:
+    Menu() {
+        const std::string file = FindKorvaneFileForApp("_System_");
+        std::filesystem::create_directories(std::filesystem::path(file).parent_path());
+        test::WriteWhole(file, kHotKeys);
+    }
+    static std::string Device(std::size_t hotKey) {
+        return LoadKorvaneFileForApp("_System_")->HotKeys.at(hotKey).Text(KorvaneKey::Device);
+    }
+    [[nodiscard]] ActionSlot Slot(SlotIndex slot) const { return Record().device[0].action[slot]; }
+};
+
+TEST_F(Menu, Entries_AreListedWithTheirButtons) {
+    EXPECT_EQ(Do("menu"), "TITLE         CONTROL\n"
+                          "Filter\n"
+                          "FILTER\n"
+                          "Sharpen More  buttonII\n");
+    EXPECT_THAT(Do("menu --json"), HasSubstr("\"title\": \"Sharpen More\""));
+    EXPECT_THAT(Do("show"), HasSubstr("Companion menu entry  \"Sharpen More\""));
+    EXPECT_THAT(Refused("menu --app Painter", ExitStatus::Failed),
+                HasSubstr("no menu entries for \"Painter\""));
+    EXPECT_EQ(test::ReadWhole(FindKorvaneFileForApp("_System_")), kHotKeys);
+}
+
+TEST_F(Menu, Assign_FindsTheTitleAndTellsTheCompanion) {
+    EXPECT_EQ(Do("assign buttonI menu sharpen_MORE"),
+              "buttonI: Companion menu entry \"Sharpen More\"\nbuttonII: No action\n");
+    EXPECT_EQ(Slot(18).crc, KorvaneStringCRC("Sharpen More"));
+    Do("assign buttonIII menu FILTER");
+    EXPECT_EQ(Slot(20).crc, KorvaneStringCRC("FILTER"));
+    EXPECT_EQ(Device(0), "");
+    EXPECT_EQ(Device(1), kKorvaneDevice);
+    EXPECT_EQ(LoadKorvaneFileForApp("_System_")->HotKeys[2].Text(KorvaneKey::Key), "1");
+    EXPECT_THAT(Refused("assign buttonI menu Blur", ExitStatus::Failed),
+                HasSubstr("no menu entry \"Blur\" here; nothing was changed; 'drevixctl menu'"));
+    EXPECT_THAT(Refused("assign buttonV menu Filter", ExitStatus::Failed),
+                HasSubstr("does not work on this control"));
+    Do("assign buttonIII none");
+    EXPECT_EQ(Device(1), "");
+}
+
+TEST_F(Menu, OtherSettingsFiles_AreNotTheCompanions) {
+    const std::string other = "--prefs " + fFolder.Path("other.prefs");
+    Do(other + " assign buttonI menu Filter");
+    EXPECT_EQ(test::ReadWhole(FindKorvaneFileForApp("_System_")), kHotKeys);
+    EXPECT_THAT(Do(other + " show"), HasSubstr("\"Filter\""));
+    Do("--prefs " + SettingsFile() + " assign buttonI menu Filter"); // is the user's own by another name
+    EXPECT_EQ(Device(0), kKorvaneDevice);
+}
+
+} // namespace
+} // namespace drevix
