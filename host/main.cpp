@@ -120,7 +120,8 @@ int main(int argc, char **argv) {
         return 0;
     }
     PanelWindow window;
-    if (!window.LoadPanel(&problem)) {
+    const PanelUse use = picture.file.isEmpty() ? PanelUse::Work : PanelUse::Picture;
+    if (!window.LoadPanel(use, &problem)) {
         return Fail(problem, 1);
     }
     if (!picture.file.isEmpty()) {

@@ -45,7 +45,8 @@ PanelWindow::~PanelWindow() {
     fLoader.unload();
 }
 
-bool PanelWindow::LoadPanel(QString *problem) {
+bool PanelWindow::LoadPanel(PanelUse use, QString *problem) {
+    fUse = use;
     fLoader.setFileName(PluginPath());
     fPanel = qobject_cast<PreferencePane *>(fLoader.instance());
     if (fPanel == nullptr) {
@@ -55,6 +56,9 @@ bool PanelWindow::LoadPanel(QString *problem) {
     fPanel->setProblemHandler([this](const QString &text) { ShowProblem(text); });
     layout()->addWidget(fPanel->mainView());
     layout()->addWidget(fStatusLine);
+    if (use == PanelUse::Picture) {
+        fPanel->setDrawnOnly();
+    }
     fPanel->mainViewDidLoad();
     return true;
 }
@@ -68,7 +72,6 @@ void PanelWindow::KeepPlace() const {
 }
 
 void PanelWindow::ShowForPicture() {
-    fIsForPicture = true;
     setAttribute(Qt::WA_DontShowOnScreen);
     show();
 }
@@ -82,14 +85,14 @@ void PanelWindow::ComeToFront() {
 
 void PanelWindow::showEvent(QShowEvent *event) {
     QWidget::showEvent(event);
-    if (fPanel != nullptr && !fIsForPicture && !event->spontaneous()) {
+    if (fPanel != nullptr && fUse == PanelUse::Work && !event->spontaneous()) {
         fPanel->didSelect();
     }
 }
 
 void PanelWindow::hideEvent(QHideEvent *event) {
     QWidget::hideEvent(event);
-    if (fPanel != nullptr && !fIsForPicture && !event->spontaneous()) {
+    if (fPanel != nullptr && fUse == PanelUse::Work && !event->spontaneous()) {
         fPanel->willUnselect();
     }
 }

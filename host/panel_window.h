@@ -9,6 +9,9 @@
 
 namespace drevix {
 
+// What a panel is loaded for: to be worked with, or to be drawn once.
+enum class PanelUse : bool { Work, Picture };
+
 class PanelWindow : public QWidget {
     Q_OBJECT
 
@@ -17,14 +20,15 @@ class PanelWindow : public QWidget {
     ~PanelWindow() override;
 
     // Loads the plug-in and its view. False, with the reason in `problem`, when it cannot be.
-    [[nodiscard]] bool LoadPanel(QString *problem);
+    [[nodiscard]] bool LoadPanel(PanelUse use, QString *problem);
     // The panel, null before it is loaded.
     [[nodiscard]] PreferencePane *Panel() const { return fPanel; }
 
     // Takes the window's place and size from the last time, and keeps them for the next.
     void RestorePlace();
     void KeepPlace() const;
-    // Shows the window to be drawn only: the panel is not selected, so nothing is saved when the window goes.
+    // Shows a window whose panel was loaded for a picture: the panel is not selected, so nothing is saved when
+    // the window goes.
     void ShowForPicture();
     // Brings the window to the front, as a second start of the program asks.
     void ComeToFront();
@@ -40,7 +44,7 @@ class PanelWindow : public QWidget {
     QPluginLoader fLoader;
     PreferencePane *fPanel = nullptr; // belongs to the loader
     QLabel *fStatusLine;
-    bool fIsForPicture = false;
+    PanelUse fUse = PanelUse::Work;
 };
 
 } // namespace drevix

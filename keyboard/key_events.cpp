@@ -57,7 +57,7 @@ constexpr std::string_view kShifted = "!@#$%^&*()_+{}|:\"<>?~";
 constexpr std::string_view kUnshifted = "1234567890-=[]\\;',./`";
 static_assert(kShifted.size() == kUnshifted.size());
 
-// X11 and Wayland give the key symbol too (X11/keysymdef.h): the ranges of those that modify or change groups.
+// X11 and Wayland give the key symbol too (X11/keysymdef.h). These are those that modify or change groups.
 bool IsModifierSymbol(std::uint32_t symbol) {
     return (symbol >= 0xFFE1 && symbol <= 0xFFEE) || (symbol >= 0xFE01 && symbol <= 0xFE13) ||
            symbol == 0xFF7E;

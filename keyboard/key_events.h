@@ -8,10 +8,10 @@ class QKeyEvent;
 
 namespace drevix {
 
-// The classic keyboard has a command key beside control and option; a PC keyboard has Ctrl, Alt and Super (the
-// key with the Windows sign). Alt is option, AltGr too, which is the right option key. Of the other two each
-// is stored as itself by default: Ctrl+S is control-S, as the programs here expect it to be sent, and Super is
-// command. A user of settings made for command keys may have the two exchanged.
+// The classic keyboard has a command key beside control and option; a PC keyboard has Ctrl, Alt and Super
+// (the key with the Windows sign). Alt is option, AltGr too, which is the right option key. Of the other two
+// each is stored as itself by default: Ctrl+S is control-S, as the programs here expect it to be sent, and
+// Super is command. A user of settings made for command keys may have the two exchanged.
 enum class CommandKey : std::uint8_t { Super, Control };
 
 struct Keystroke {
@@ -23,13 +23,14 @@ struct Keystroke {
 // Whether the key of the event only modifies others, in the layout in force.
 [[nodiscard]] bool IsModifierOnly(const QKeyEvent &event);
 
-// The keystroke of a key-down; nothing for a key that only modifies others or that the classic keyboard lacks.
+// The keystroke of a key-down; nothing for a key that only modifies others or that the classic keyboard
+// lacks.
 //
-// A key is known by its scan code, so it has the same code in every layout and with every modifier, and a key
-// of the keypad is one of its digits and operators whether Num Lock is on or not. Where an event has no scan
-// code, or one that is no key, as those of on-screen keyboards have, what the key types decides, in the
-// layout that GetKeyboardInformation found. A key that the layout makes a modifier is one, and a modifier key
-// that it makes an ordinary key, as Caps Lock to Escape, is that key.
+// A key is known by its scan code, so it has the same code in every layout and with every modifier, and a
+// key of the keypad is one of its digits and operators whether Num Lock is on or not. Where an event has no
+// scan code, or one that is no key, as those of on-screen keyboards have, what the key types decides, in the
+// layout that GetKeyboardInformation found. A key that the layout makes a modifier is one, and a modifier
+// key that it makes an ordinary key, as Caps Lock to Escape, is that key.
 [[nodiscard]] std::optional<Keystroke> KeystrokeOfEvent(const QKeyEvent &event, CommandKey commandKey);
 
 } // namespace drevix

@@ -56,8 +56,8 @@ class KeystrokeCapture : public QObject {
         return isTaken;
     }
 
-    // Whether the event only goes on with a key-down that was taken. One that does not belong to it shows that
-    // the key's release went elsewhere, as it does when another window comes up while the key is down.
+    // Whether the event only goes on with a key-down that was taken. One that does not belong to it shows
+    // that the key's release went elsewhere, as it does when another window comes up while the key is down.
     bool IsMoreOfHeldKey(const QKeyEvent &event) {
         const auto held = FindHeld(event);
         if (held == fHeldKeys.end() || event.isAutoRepeat()) {

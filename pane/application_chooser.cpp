@@ -1,9 +1,6 @@
 #include "pane/application_chooser.h"
 
 #include "pane/pane_text.h"
-#include "platform/status.h"
-#include "settings/app_prefs.h"
-#include "settings/prefs_list.h"
 
 #include <QCollator>
 #include <QCoreApplication>
@@ -22,7 +19,6 @@
 namespace drevix {
 namespace {
 
-constexpr std::string_view kEntryExtension = ".desktop";
 constexpr int kFileNameRole = Qt::UserRole;
 
 bool IsApplicationFolder(const QString &path) {
@@ -69,24 +65,6 @@ class ProgramPanel : public QFileDialog {
 };
 
 } // namespace
-
-ChosenApplication ApplicationOfEntry(const DesktopEntry &entry) {
-    std::string_view name(entry.path);
-    name.remove_prefix(name.rfind('/') + 1);
-    if (name.ends_with(kEntryExtension)) {
-        name.remove_suffix(kEntryExtension.size());
-    }
-    return {kNoSignature, std::string(name), entry.name};
-}
-
-ChosenApplication ApplicationOfPath(const std::string &path, std::string_view locale) {
-    DesktopEntry entry;
-    if (path.ends_with(kEntryExtension) && ReadDesktopEntry(path, locale, &entry) == noErr) {
-        return ApplicationOfEntry(entry);
-    }
-    const std::string name = AppFileNameFromPath(path);
-    return {kNoSignature, name, name};
-}
 
 ApplicationChooser::ApplicationChooser(QWidget *window)
     : QDialog(window), fSearch(new QLineEdit), fList(new QListView) {

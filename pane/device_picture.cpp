@@ -1,5 +1,6 @@
 #include "pane/device_picture.h"
 
+#include "pane/item_field.h"
 #include "pane/picture_accessible.h"
 
 #include <QAccessible>
@@ -76,6 +77,7 @@ std::size_t PlaceOnMap(const QPoint &point) {
 DevicePicture::DevicePicture(QWidget *parent) : QWidget(parent) {
     InstallPictureAccessible();
     setMouseTracking(true);
+    setAcceptDrops(true);
     LoadDrawing();
     DrawMap();
 }
@@ -267,6 +269,29 @@ void DevicePicture::mouseMoveEvent(QMouseEvent *event) {
 
 void DevicePicture::leaveEvent(QEvent * /*event*/) {
     SetHovered(-1);
+}
+
+void DevicePicture::dragEnterEvent(QDragEnterEvent *event) {
+    event->setAccepted(!DraggedItem(event->mimeData()).isEmpty());
+}
+
+// The control that would take the item lights up.
+void DevicePicture::dragMoveEvent(QDragMoveEvent *event) {
+    SetHovered(controlAt(event->position().toPoint()));
+    event->setAccepted(fHovered >= 0);
+}
+
+void DevicePicture::dragLeaveEvent(QDragLeaveEvent * /*event*/) {
+    SetHovered(-1);
+}
+
+void DevicePicture::dropEvent(QDropEvent *event) {
+    SetHovered(-1);
+    const int index = controlAt(event->position().toPoint());
+    if (const QString path = DraggedItem(event->mimeData()); index >= 0 && !path.isEmpty()) {
+        event->acceptProposedAction();
+        Q_EMIT itemDropped(index, path);
+    }
 }
 
 void DevicePicture::mousePressEvent(QMouseEvent *event) {

@@ -45,6 +45,8 @@ class DevicePicture : public QWidget {
   Q_SIGNALS:
     // The user chose a control, by a click or with the arrow keys and Return.
     void activated(int index);
+    // A file or folder was dropped on a control.
+    void itemDropped(int index, const QString &path);
 
   protected:
     void paintEvent(QPaintEvent *event) override;
@@ -53,6 +55,10 @@ class DevicePicture : public QWidget {
     void mousePressEvent(QMouseEvent *event) override;
     void mouseMoveEvent(QMouseEvent *event) override;
     void leaveEvent(QEvent *event) override;
+    void dragEnterEvent(QDragEnterEvent *event) override;
+    void dragMoveEvent(QDragMoveEvent *event) override;
+    void dragLeaveEvent(QDragLeaveEvent *event) override;
+    void dropEvent(QDropEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
     void focusInEvent(QFocusEvent *event) override;
     void focusOutEvent(QFocusEvent *event) override;

@@ -3,6 +3,8 @@
 // background bring it into the record base and the settings file.
 #pragma once
 
+#include "helperlink/driver_messages.h"
+#include "keyboard/key_events.h"
 #include "keyboard/keystroke_receiver.h"
 #include "pane/preference_pane.h"
 #include "platform/files.h"
@@ -11,8 +13,10 @@
 #include "settings/app_prefs.h"
 #include "ui_pane.h"
 
+#include <QDateTime>
 #include <QPointer>
 #include <QString>
+#include <QTimer>
 #include <QWidget>
 
 #include <array>
@@ -33,6 +37,13 @@ struct PaneBundle {
 // The answer to "replace this one?" while several records are taken over.
 enum class ReplaceAnswer : std::uint8_t { Ask, All, None };
 
+// A file's state, as far as a change by another program shows in it.
+struct FileStamp {
+    QDateTime modified;
+    qint64 size = -1; // bytes; -1 for a file that is not there
+    bool operator==(const FileStamp &) const = default;
+};
+
 class DrevixPane : public QObject,
                    public PreferencePane,
                    public KeystrokeReceiver,
@@ -46,6 +57,7 @@ class DrevixPane : public QObject,
 
     // PreferencePane
     QWidget *mainView() override;
+    void setDrawnOnly() override;
     void mainViewDidLoad() override;
     void didSelect() override;
     void willUnselect() override;
@@ -76,8 +88,11 @@ class DrevixPane : public QObject,
     void actPaneButtonRevert();
     OSErr GetBaseFromFile();
     OSErr SaveBaseToFile();
+    bool SaveEverything();
+    bool TakeOutsideChanges();
     void GetPrefsFromBase();
     void SavePrefsToBase();
+    void KeepEdits();
     void LoadDefaultPrefs();
     [[nodiscard]] const AppPrefs *StoredPrefs() const;
     [[nodiscard]] bool IsEdited() const;
@@ -128,10 +143,40 @@ class DrevixPane : public QObject,
     [[nodiscard]] QStringList DefaultValueTexts(ControlGroup group) const;
     void EnableMenus();
     void ShowAction();
-    void ShowKeystroke(const ActionSlot &slot);
     void ShowScroll(const ActionSlot &slot);
+    static void ShowDelay(QComboBox *menu, int item, int delay, bool isEnabled);
     void ShowModifiers(const ActionSlot &slot);
     [[nodiscard]] QString ActionText(const ActionSlot &slot) const;
+
+    // The keystroke (pane_keystroke.cpp)
+    void BuildKeystrokeControls();
+    void UseCommandKey(CommandKey key);
+    void actSettingsMenuCommandKey(CommandKey key);
+    void ShowKeystroke(const ActionSlot &slot);
+    [[nodiscard]] QString SharingText(const ActionSlot &slot) const;
+
+    // The helper, the devices, information and help (pane_devices.cpp)
+    void BuildDeviceControls();
+    void StartHelper();
+    void CheckDevices();
+    [[nodiscard]] std::int32_t RegisterHelpBooks() const;
+    void OpenHelpPage(const char *page);
+    void OpenWebPage(const char *address);
+    void actPaneButtonInfo();
+    void actPaneButtonManual();
+    void actInfoButtonManual();
+    void actInfoButtonTrainer();
+    void actInfoButtonMainURL();
+    void actInfoButtonSupportURL();
+
+    // The item to open (pane_items.cpp)
+    void BuildItemControls();
+    void actSettingsButtonChooseItem();
+    void chooseItemDidEnd(const QString &path);
+    void SetOpenItem(SlotIndex slot, const QString &path);
+    void actSettingsButtonOpenItem();
+    void ShowOpenItem(const ActionSlot &slot);
+    [[nodiscard]] static QString OpenItemText(const ActionSlot &slot);
 
     // The editor's handlers (pane_editor.cpp)
     [[nodiscard]] ActionSlot *EditedSlot();
@@ -156,6 +201,7 @@ class DrevixPane : public QObject,
     QPointer<QWidget> fMainView; // made by mainView; its owner is the host
     ProblemHandler fProblemHandler;
     bool fIsSelected = false;
+    bool fIsDrawnOnly = false;
 
     PaneBundle fPrefPaneBundle;
     QBaseOwner fDrevixBase;             // all settings records; null if there was no memory
@@ -163,6 +209,10 @@ class DrevixPane : public QObject,
     SlotIndex fDrevixActionIndex = kNoSlot;
     AppPrefs fDrevixPrefs = gDefaultGlobalPrefs;     // the working copy
     AppPrefs fDefaultAppPrefs = gDefaultGlobalPrefs; // the factory's values for it
+    QTimer fDeviceCheckTimer{this};
+    std::int32_t fDeviceCount = -1; // as shown; -1 before the first check
+    DeviceList fDeviceList = {};    // filled by the helper's answers
+    FileStamp fFileStamp; // of the settings file as it was last read or written
     std::set<std::string> fUnsaved; // folded file names of stored records that differ from the settings file
 };
 

@@ -32,6 +32,22 @@ class ExportPanel : public SettingsFilePanel {
     QCheckBox *fExportAll;
 };
 
+// Asks for an item to open: a file, a folder, an application, a disk.
+class ItemPanel : public QFileDialog {
+    Q_OBJECT
+
+  public:
+    explicit ItemPanel(QWidget *window);
+    [[nodiscard]] QString Path() const { return selectedFiles().value(0); }
+
+  protected:
+    void accept() override;
+
+  private:
+    [[nodiscard]] bool IsChosen() const;
+    void LightButton();
+};
+
 // Asks what to import.
 class ImportPanel : public SettingsFilePanel {
     Q_OBJECT

@@ -2,7 +2,9 @@
 #include "pane/drevix_pane.h"
 
 #include "companion/korvane_crc.h"
+#include "companion/korvane_files.h"
 #include "pane/editor_tables.h"
+#include "pane/pane_text.h"
 #include "pane/ring_values.h"
 #include "settings/prefs_list.h"
 
@@ -84,7 +86,7 @@ void DrevixPane::actSettingsMenuGroup(const GroupMenu &menu, int position) {
 
 void DrevixPane::actSettingsMenuToolMenu(int position) {
     if (ActionSlot *slot = EditedSlot(); slot != nullptr) {
-        slot->crc = KorvaneStringCRC(uiSettingsMenuToolMenu->itemText(position).toStdString());
+        slot->crc = uiSettingsMenuToolMenu->itemData(position).toUInt();
         UpdateToolMenuAction(fDrevixPrefs, fDrevixActionIndex);
         GetUIFromPrefs();
     }
@@ -125,36 +127,23 @@ void DrevixPane::actSettingsButtonDefaults(ControlGroup group) {
     GetUIFromPrefs();
 }
 
-// The companion's menu entries come with its files; until those are read, the menu keeps its first item.
+// The menu entries that the companion lists for the application; each has the checksum of its title with it.
 void DrevixPane::UpdateToolMenu() {
     while (uiSettingsMenuToolMenu->count() > 1) {
         uiSettingsMenuToolMenu->removeItem(1);
     }
+    const auto folder = FindKorvaneName(fDrevixPrefs.application, fDrevixPrefs.appFileName.data());
+    const auto hotKeys = folder ? LoadKorvaneFileForApp(*folder) : std::nullopt;
+    if (hotKeys) {
+        for (const KorvaneHotKey &hotKey : hotKeys->HotKeys) {
+            const std::string title = hotKey.Text(KorvaneKey::Menu);
+            uiSettingsMenuToolMenu->addItem(TextOf(title), KorvaneStringCRC(title));
+        }
+    }
 }
 
 int DrevixPane::FindInToolMenu(std::uint32_t crc) const {
-    for (int i = 1; i < uiSettingsMenuToolMenu->count(); ++i) {
-        if (KorvaneStringCRC(uiSettingsMenuToolMenu->itemText(i).toStdString()) == crc) {
-            return i;
-        }
-    }
-    return 0;
-}
-
-bool DrevixPane::OverrideKeysIsActive() const {
-    return fMainView != nullptr && uiSettingsFieldKeystroke->hasFocus() &&
-           uiSettingsFieldKeystroke->isActiveWindow();
-}
-
-void DrevixPane::ReceiveKeystroke(std::uint8_t keyCode, std::uint16_t modifiers) {
-    ActionSlot *slot = EditedSlot();
-    if (slot == nullptr || slot->command != kActionKeystroke) {
-        return;
-    }
-    slot->keyCode = keyCode;
-    slot->modifiers = modifiers;
-    GetUIFromPrefs();
-    uiSettingsFieldKeystroke->parentWidget()->setFocus(Qt::OtherFocusReason); // ends the editing of the field
+    return std::max(uiSettingsMenuToolMenu->findData(crc), 0);
 }
 
 bool DrevixPane::showPage(int page) {

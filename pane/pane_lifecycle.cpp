@@ -1,14 +1,19 @@
 // The panel's life, and the flow of settings between file, base and working copy.
 #include "pane/drevix_pane.h"
 
+#include "companion/korvane_sync.h"
 #include "keyboard/key_names.h"
+#include "keyboard/keystroke_capture.h"
 #include "pane/editor_tables.h"
 #include "pane/pane_text.h"
 #include "platform/resources.h"
 #include "platform/status.h"
 #include "settings/device_prefs.h"
 #include "settings/prefs_list.h"
+#include "util/items_folder.h"
 
+#include <QFile>
+#include <QFileInfo>
 #include <QGuiApplication>
 #include <QLoggingCategory>
 
@@ -37,6 +42,15 @@ OSErr GetPrefsAndFileStatus(QBaseHandle base, const PaneBundle &bundle, OSErr *f
     return GetDevicePrefsFromPath(base, path, bundle.resources, bundle.version, fileStatus);
 }
 
+FileStamp StampOfPrefsFile() {
+    std::string path;
+    if (FindDevicePrefsPath(&path) != noErr) {
+        return {};
+    }
+    const QFileInfo file(QFile::decodeName(QByteArray::fromStdString(path)));
+    return file.exists() ? FileStamp{file.lastModified(), file.size()} : FileStamp{};
+}
+
 } // namespace
 
 PaneBundle FindPaneBundle() {
@@ -48,6 +62,10 @@ PaneBundle FindPaneBundle() {
 DrevixPane::DrevixPane(PaneBundle bundle) : fPrefPaneBundle(std::move(bundle)) {}
 
 DrevixPane::~DrevixPane() {
+    if (fIsSelected) {
+        RemoveAppleEventHandlers();
+        SwapNSAppMethods(); // a filter of a plug-in that is gone must not stay behind
+    }
     if (gDrevixPane == this) {
         gDrevixPane = nullptr;
     }
@@ -61,6 +79,9 @@ QWidget *DrevixPane::mainView() {
         fMainView = new QWidget;
         setupUi(fMainView);
         BuildMenus();
+        BuildKeystrokeControls();
+        BuildDeviceControls();
+        BuildItemControls();
         BuildLooks();
         ConnectControls();
     }
@@ -89,6 +110,10 @@ void DrevixPane::mainViewDidLoad() {
     gDrevixPane = this;
     mainView();
     GetKeyboardInformation();
+    if (!fIsDrawnOnly) {
+        StartHelper();
+        std::ignore = RegisterHelpBooks(); // told of when a page is asked for
+    }
     uiPaneTabs->setCurrentIndex(0);
     fDrevixPrefsIndex = 0;
     fDrevixActionIndex = kNoSlot;
@@ -97,11 +122,19 @@ void DrevixPane::mainViewDidLoad() {
         GetPrefsFromBase();
         GetUIFromPrefs();
     }
+    CheckDevices();
+}
+
+void DrevixPane::setDrawnOnly() {
+    fIsDrawnOnly = true;
 }
 
 void DrevixPane::didSelect() {
     if (!fIsSelected) {
         fIsSelected = true;
+        SwapNSAppMethods();
+        InstallAppleEventHandlers(&fDeviceList);
+        fDeviceCheckTimer.start();
         connect(qGuiApp, &QGuiApplication::applicationStateChanged, this,
                 &DrevixPane::applicationStateChanged);
     }
@@ -110,8 +143,15 @@ void DrevixPane::didSelect() {
 void DrevixPane::willUnselect() {
     if (fIsSelected) {
         fIsSelected = false;
+        fDeviceCheckTimer.stop();
+        RemoveAppleEventHandlers();
+        SwapNSAppMethods();
         disconnect(qGuiApp, nullptr, this, nullptr);
-        actPaneButtonApply(); // leaving the panel saves everything
+        if (SaveEverything()) {
+            // Not otherwise: the file may name items that the base names no more.
+            std::ignore = CleanupDrevixItems(kDrevixItemsFolderName.data(), fDrevixBase.get());
+        }
+        UpdateRevertApplyButtons();
     }
 }
 
@@ -124,6 +164,8 @@ void DrevixPane::applicationStateChanged(Qt::ApplicationState state) {
 }
 
 void DrevixPane::appDidBecomeActive() {
+    std::ignore = TakeOutsideChanges();
+    SyncFromKorvane(fDrevixBase.get()); // the companion may have changed its hotkeys meanwhile
     GetPrefsFromBase();
     GetUIFromPrefs();
 }
@@ -133,9 +175,29 @@ void DrevixPane::appDidResignActive() {
 }
 
 void DrevixPane::actPaneButtonApply() {
-    SavePrefsToBase();
-    std::ignore = SaveBaseToFile(); // reported there; the base keeps the edits for the next save
+    std::ignore = SaveEverything(); // reported there; the base keeps the edits for the next save
     UpdateRevertApplyButtons();
+}
+
+// Whether the file holds the base. The helper may not run, so the status of telling it does not count.
+bool DrevixPane::SaveEverything() {
+    if (!TakeOutsideChanges()) {
+        SavePrefsToBase();
+        std::ignore = SaveBaseToFile();
+    }
+    return !QBaseGetRecordsChanged(fDrevixBase.get()) && !QBaseGetReadOnly(fDrevixBase.get());
+}
+
+// If another program, such as drevixctl, has changed the file while nothing was changed here, its settings are
+// shown instead of being written over.
+bool DrevixPane::TakeOutsideChanges() {
+    const FileStamp present = StampOfPrefsFile();
+    if (present == fFileStamp || present.size < 0 || IsEdited() || !fUnsaved.empty() ||
+        QBaseGetRecordsChanged(fDrevixBase.get())) {
+        return false;
+    }
+    actPaneButtonRevert();
+    return true;
 }
 
 // The records may be others than the list shows, so it is built again, and the edited record is found by its
@@ -154,6 +216,7 @@ void DrevixPane::actPaneButtonRevert() {
 
 // Loads into a base of its own, so that the present one stays as it is when that fails.
 OSErr DrevixPane::GetBaseFromFile() {
+    const FileStamp stamp = StampOfPrefsFile(); // before reading: a change meanwhile is seen later
     QBaseOwner base = NewDrevixBase();
     OSErr fileStatus = noErr;
     const OSErr status =
@@ -167,9 +230,11 @@ OSErr DrevixPane::GetBaseFromFile() {
         Report(status, tr("The settings could not be loaded"));
         return status;
     }
+    SyncFromKorvane(base.get());
     SortDrevixBase(base.get());
     fDrevixBase = std::move(base);
     fUnsaved.clear();
+    fFileStamp = stamp;
     if (!IsUnusable(fileStatus)) {
         Tell({});
     } else if (QBaseGetReadOnly(fDrevixBase.get())) {
@@ -199,7 +264,11 @@ OSErr DrevixPane::SaveBaseToFile() {
     } else {
         Report(status, tr("The settings could not be saved"));
     }
-    return status;
+    if (status != noErr) {
+        return status;
+    }
+    fFileStamp = StampOfPrefsFile();
+    return static_cast<OSErr>(RequestDriverPrefsUpdate(kDrevixHelperName.data()));
 }
 
 void DrevixPane::GetPrefsFromBase() {
@@ -212,6 +281,11 @@ void DrevixPane::GetPrefsFromBase() {
 }
 
 void DrevixPane::SavePrefsToBase() {
+    KeepEdits();
+    std::ignore = SyncToKorvane(fDrevixBase.get()); // the companion may not be there
+}
+
+void DrevixPane::KeepEdits() {
     if (!IsEdited()) {
         return;
     }

@@ -103,7 +103,10 @@ void DrevixPane::PerformListCommand(int tag) {
     case kTagImport:
         actImport();
         break;
-    default: // a separator; the installer and the information panel are dimmed
+    case kTagInformation:
+        actPaneButtonInfo();
+        break;
+    default: // a separator; the installer is dimmed
         break;
     }
 }
@@ -114,7 +117,7 @@ void DrevixPane::actSettingsButtonNew() {
         return;
     }
     SavePrefsToBase();
-    const ChosenApplication &chosen = chooser.Chosen();
+    const NewApplication &chosen = chooser.Chosen();
     std::ignore = AddOrReplaceAppPrefs( // shown or reported there
         MakeAppPrefs(fDrevixBase.get(), chosen.signature, chosen.fileName, chosen.shownName));
 }

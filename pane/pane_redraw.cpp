@@ -56,13 +56,6 @@ void ShowBox(QCheckBox *box, bool isOn, bool isOnByFactory) {
     Explain(box, isOn != isOnByFactory, OnOffText(isOnByFactory));
 }
 
-// Selects the item of a delay, and shows the delay itself when no item has it.
-void ShowDelay(QComboBox *menu, int item, int delay, bool isEnabled) {
-    menu->setPlaceholderText(DrevixPane::tr("Every %1/60 second").arg(delay));
-    menu->setCurrentIndex(item);
-    menu->setEnabled(isEnabled);
-}
-
 QString AxisText(Axis axis) {
     switch (axis) {
     case Axis::X:
@@ -114,8 +107,7 @@ void DrevixPane::EnableMenus() {
         EnableItem(uiSettingsMenuTarget, uiSettingsMenuTarget->count() - TargetItemFromEnd(tag), isEnabled);
     };
     enableCommand(kTagDelete, fDrevixPrefsIndex != 0 && fDrevixPrefs.factory == 0);
-    enableCommand(kTagInstall, false); // neither the installer nor the information panel is there yet
-    enableCommand(kTagInformation, false);
+    enableCommand(kTagInstall, false); // there is no installer on this system
 
     uiSettingsMenuAction->setEnabled(fDrevixActionIndex >= 0);
     const auto enableAction = [this](ActionMenuEntry entry, bool isEnabled) {
@@ -230,7 +222,7 @@ QString DrevixPane::ActionText(const ActionSlot &slot) const {
     case ActionGroup::ActionScroll:
         return ModifierText(slot.modifiers) + title;
     case ActionGroup::ActionOpenItem:
-        return slot.data[0] == 0 ? title : tr("Open %1").arg(TextOf(slot.data));
+        return slot.data[0] == 0 ? title : OpenItemText(slot);
     case ActionGroup::ActionToolMenu: {
         const int entry = FindInToolMenu(slot.crc);
         return entry > 0 ? uiSettingsMenuToolMenu->itemText(entry) : title;
@@ -258,7 +250,7 @@ void DrevixPane::ShowAction() {
         uiSettingsMenuToolMenu->setCurrentIndex(FindInToolMenu(slot->crc));
         break;
     case DetailTab::OpenItem:
-        uiSettingsFieldOpenItem->setText(TextOf(slot->data));
+        ShowOpenItem(*slot);
         break;
     case DetailTab::Scroll:
         ShowScroll(*slot);
@@ -271,22 +263,19 @@ void DrevixPane::ShowAction() {
     }
 }
 
-void DrevixPane::ShowKeystroke(const ActionSlot &slot) {
-    uiSettingsFieldKeystroke->setText(KeyText(slot));
-    ShowModifiers(slot);
-    const bool isTuner = IsTunerSlot(fDrevixActionIndex);
-    const int tag = slot.delay == kDelayOfNegativeTag ? -1 : slot.delay;
-    ShowDelay(uiSettingsMenuKeyRepeat, isTuner ? kTunerKeyRepeatItem : uiSettingsMenuKeyRepeat->findData(tag),
-              slot.delay, !isTuner);
-    uiSettingsMenuExtraKeys->setCurrentIndex(0);
-}
-
 void DrevixPane::ShowScroll(const ActionSlot &slot) {
     ShowModifiers(slot);
     const bool isTuner = IsTunerSlot(fDrevixActionIndex);
     ShowDelay(uiSettingsMenuAutoRepeat,
               isTuner ? kTunerAutoRepeatItem : uiSettingsMenuAutoRepeat->findData(slot.delay), slot.delay,
               !isTuner);
+}
+
+// Selects the item of a delay, and shows the delay itself when no item has it.
+void DrevixPane::ShowDelay(QComboBox *menu, int item, int delay, bool isEnabled) {
+    menu->setPlaceholderText(tr("Every %1/60 second").arg(delay));
+    menu->setCurrentIndex(item);
+    menu->setEnabled(isEnabled);
 }
 
 void DrevixPane::ShowModifiers(const ActionSlot &slot) {

@@ -71,6 +71,18 @@
 <context>
     <name>DrevixPaneView</name>
     <message>
+        <source>C&amp;hoose...</source>
+        <translation>Wä&amp;hlen ...</translation>
+    </message>
+    <message>
+        <source>&amp;Open Now</source>
+        <translation>&amp;Jetzt öffnen</translation>
+    </message>
+    <message>
+        <source>Try what the control will open</source>
+        <translation>Ausprobieren, was das Bedienelement öffnet</translation>
+    </message>
+    <message>
         <source>Drevix Veltrana</source>
         <translation>Drevix Veltrana</translation>
     </message>
@@ -314,9 +326,73 @@
         <source>Save the settings and put them in force</source>
         <translation>Die Einstellungen sichern und in Kraft setzen</translation>
     </message>
+    <message>
+        <source>Keys for cmd, opt and ctrl</source>
+        <translation>Tasten für cmd, opt und ctrl</translation>
+    </message>
+    <message>
+        <source>Which keys of this keyboard are cmd, opt and ctrl</source>
+        <translation>Welche Tasten dieser Tastatur cmd, opt und ctrl sind</translation>
+    </message>
+    <message>
+        <source>Connected device</source>
+        <translation>Angeschlossenes Gerät</translation>
+    </message>
+    <message>
+        <source>Connected devices: ##</source>
+        <translation>Angeschlossene Geräte: ##</translation>
+    </message>
+    <message>
+        <source>Device version: ##</source>
+        <translation>Geräteversion: ##</translation>
+    </message>
+    <message>
+        <source>Serial number: ##</source>
+        <translation>Seriennummer: ##</translation>
+    </message>
+    <message>
+        <source>Help</source>
+        <translation>Hilfe</translation>
+    </message>
+    <message>
+        <source>Open the help book (F1 explains the part of the panel in use)</source>
+        <translation>Das Hilfebuch öffnen (F1 erklärt, woran man gerade arbeitet)</translation>
+    </message>
+    <message>
+        <source>Information</source>
+        <translation>Information</translation>
+    </message>
+    <message>
+        <source>Version of the panel, help and web pages</source>
+        <translation>Version der Einstellungen, Hilfe und Webseiten</translation>
+    </message>
 </context>
 <context>
     <name>Engine</name>
+    <message>
+        <source>a resource could not be added</source>
+        <translation>ein Zusatz konnte nicht hinzugefügt werden</translation>
+    </message>
+    <message>
+        <source>the file beside it that describes it is damaged</source>
+        <translation>die Datei daneben, die sie beschreibt, ist beschädigt</translation>
+    </message>
+    <message>
+        <source>this system cannot do it</source>
+        <translation>dieses System kann es nicht</translation>
+    </message>
+    <message>
+        <source>a message holds another kind of data</source>
+        <translation>eine Nachricht enthält Daten anderer Art</translation>
+    </message>
+    <message>
+        <source>a message holds no data</source>
+        <translation>eine Nachricht enthält keine Daten</translation>
+    </message>
+    <message>
+        <source>the program does not understand the message</source>
+        <translation>das Programm versteht die Nachricht nicht</translation>
+    </message>
     <message>
         <source>No action</source>
         <translation>Keine Aktion</translation>
@@ -1113,6 +1189,30 @@
 <context>
     <name>drevix::DrevixPane</name>
     <message>
+        <source>The item could not be chosen</source>
+        <translation>Das Objekt konnte nicht gewählt werden</translation>
+    </message>
+    <message>
+        <source>%1 could not be opened.</source>
+        <translation>%1 konnte nicht geöffnet werden.</translation>
+    </message>
+    <message>
+        <source>Choose a file, folder or application, or drop one here.</source>
+        <translation>Wählen Sie eine Datei, einen Ordner oder eine Anwendung, oder ziehen Sie sie hierher.</translation>
+    </message>
+    <message>
+        <source>It is not known any more where this item is.</source>
+        <translation>Wo dieses Objekt liegt, ist nicht mehr bekannt.</translation>
+    </message>
+    <message>
+        <source>There is no %1 any more.</source>
+        <translation>%1 gibt es nicht mehr.</translation>
+    </message>
+    <message>
+        <source>Open %1 (missing)</source>
+        <translation>%1 öffnen (fehlt)</translation>
+    </message>
+    <message>
         <source>Choose a menu entry</source>
         <translation>Menüeintrag wählen</translation>
     </message>
@@ -1256,6 +1356,54 @@
         <source>The settings were not saved, since the settings file could not be read.</source>
         <translation>Die Einstellungen wurden nicht gesichert, weil die Einstellungsdatei nicht gelesen werden konnte.</translation>
     </message>
+    <message>
+        <source>Alt</source>
+        <translation>Alt</translation>
+    </message>
+    <message>
+        <source>Super</source>
+        <translation>Super</translation>
+    </message>
+    <message>
+        <source>Ctrl</source>
+        <translation>Strg</translation>
+    </message>
+    <message>
+        <source>cmd is %1, opt is %2, ctrl is %3</source>
+        <translation>cmd ist %1, opt ist %2, ctrl ist %3</translation>
+    </message>
+    <message>
+        <source>The %1 key of this keyboard</source>
+        <translation>Die Taste %1 dieser Tastatur</translation>
+    </message>
+    <message>
+        <source>Also used by %1</source>
+        <translation>Auch bei: %1</translation>
+    </message>
+    <message>
+        <source>Also used by %1 and %2 more</source>
+        <translation>Auch bei: %1 und %2 weiteren</translation>
+    </message>
+    <message>
+        <source>The device helper could not be started.</source>
+        <translation>Das Hilfsprogramm des Geräts konnte nicht gestartet werden.</translation>
+    </message>
+    <message>
+        <source>The device helper will not start at the next login</source>
+        <translation>Das Hilfsprogramm des Geräts startet nicht bei der nächsten Anmeldung</translation>
+    </message>
+    <message>
+        <source>The help could not be opened.</source>
+        <translation>Die Hilfe konnte nicht geöffnet werden.</translation>
+    </message>
+    <message>
+        <source>The trainer could not be started.</source>
+        <translation>Der Trainer konnte nicht gestartet werden.</translation>
+    </message>
+    <message>
+        <source>The page %1 could not be opened.</source>
+        <translation>Die Seite %1 konnte nicht geöffnet werden.</translation>
+    </message>
 </context>
 <context>
     <name>drevix::ExportPanel</name>
@@ -1354,6 +1502,71 @@
     <message>
         <source>Status</source>
         <translation>Status</translation>
+    </message>
+</context>
+<context>
+    <name>drevix::KeystrokeField</name>
+    <message>
+        <source>Press a key combination…</source>
+        <translation>Tastenkombination drücken …</translation>
+    </message>
+    <message>
+        <source>Waiting for a key combination.</source>
+        <translation>Eine Tastenkombination wird erwartet.</translation>
+    </message>
+    <message>
+        <source>Press Return, then the key combination to assign.</source>
+        <translation>Eingabetaste drücken, dann die gewünschte Tastenkombination.</translation>
+    </message>
+</context>
+<context>
+    <name>drevix::InformationPanel</name>
+    <message>
+        <source>Information</source>
+        <translation>Information</translation>
+    </message>
+    <message>
+        <source>Drevix Veltrana ##</source>
+        <translation>Drevix Veltrana ##</translation>
+    </message>
+    <message>
+        <source>Version of the settings panel: ##</source>
+        <translation>Version der Einstellungen: ##</translation>
+    </message>
+    <message>
+        <source>&amp;Help book</source>
+        <translation>&amp;Hilfebuch</translation>
+    </message>
+    <message>
+        <source>&amp;Trainer</source>
+        <translation>&amp;Trainer</translation>
+    </message>
+    <message>
+        <source>&amp;Web page</source>
+        <translation>&amp;Webseite</translation>
+    </message>
+    <message>
+        <source>&amp;Support</source>
+        <translation>&amp;Unterstützung</translation>
+    </message>
+    <message>
+        <source>The trainer is not installed.</source>
+        <translation>Der Trainer ist nicht installiert.</translation>
+    </message>
+    <message>
+        <source>&amp;Close</source>
+        <translation>&amp;Schließen</translation>
+    </message>
+</context>
+<context>
+    <name>drevix::ItemPanel</name>
+    <message>
+        <source>Choose an Item to Open</source>
+        <translation>Objekt zum Öffnen wählen</translation>
+    </message>
+    <message>
+        <source>Choose</source>
+        <translation>Wählen</translation>
     </message>
 </context>
 </TS>

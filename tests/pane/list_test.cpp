@@ -162,7 +162,7 @@ TEST_F(List, ApplicationOfPath_NamesWhatIsThere) {
                  {"/usr/bin/tool", "tool", "tool"},
                  {"/", "", ""}};
     for (const auto &row : kRows) {
-        const ChosenApplication chosen = ApplicationOfPath(row.path, "de_AT.UTF-8");
+        const NewApplication chosen = ApplicationOfPath(row.path, "de_AT.UTF-8");
         EXPECT_EQ(chosen.signature, kNoSignature);
         EXPECT_EQ(chosen.fileName, row.fileName);
         EXPECT_EQ(chosen.shownName, row.shownName);

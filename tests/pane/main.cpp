@@ -23,6 +23,7 @@ int main(int argc, char **argv) {
         qputenv("QT_QPA_PLATFORM", "offscreen");
     }
     qputenv("LC_ALL", "C.UTF-8");
+    qputenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent"); // no helper of the user's is asked
     qInstallMessageHandler(PrintLog);
     const QApplication application(argc, argv);
     QApplication::setStyle(QStringLiteral("Fusion"));

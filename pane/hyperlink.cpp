@@ -1,0 +1,86 @@
+#include "pane/hyperlink.h"
+
+#include <QPainter>
+#include <QStyle>
+#include <QStyleOptionFocusRect>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+namespace drevix {
+namespace {
+
+struct LinkColor {
+    QColor color;
+    double leastContrast; // a pressed link was read before it was pressed
+};
+
+LinkColor ColorOf(LinkLook look) {
+    return look == LinkLook::Normal ? LinkColor{QColor::fromRgbF(0.1F, 0.1F, 1.0F), 4.5}
+                                    : LinkColor{QColor::fromRgbF(1.0F, 0.1F, 0.1F), 3};
+}
+
+// The relative luminance, 0 to 1.
+double Luminance(const QColor &color) {
+    const auto linear = [](double part) {
+        return part <= 0.03928 ? part / 12.92 : std::pow((part + 0.055) / 1.055, 2.4);
+    };
+    return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF()) + 0.0722 * linear(color.blueF());
+}
+
+QColor Mixed(const QColor &from, const QColor &to, float part) {
+    return QColor::fromRgbF(std::lerp(from.redF(), to.redF(), part),
+                            std::lerp(from.greenF(), to.greenF(), part),
+                            std::lerp(from.blueF(), to.blueF(), part));
+}
+
+} // namespace
+
+double ContrastOf(const QColor &a, const QColor &b) {
+    const auto [darker, lighter] = std::minmax({Luminance(a), Luminance(b)});
+    return (lighter + 0.05) / (darker + 0.05);
+}
+
+QColor HyperlinkColor(LinkLook look, const QColor &background) {
+    const auto [color, leastContrast] = ColorOf(look);
+    const bool isDark = ContrastOf(background, Qt::white) > ContrastOf(background, Qt::black);
+    constexpr int kShades = 20;
+    for (int i = 0; i < kShades; ++i) {
+        const QColor shade =
+            Mixed(color, isDark ? Qt::white : Qt::black, static_cast<float>(i) / static_cast<float>(kShades));
+        if (ContrastOf(shade, background) >= leastContrast) {
+            return shade;
+        }
+    }
+    return isDark ? Qt::white : Qt::black;
+}
+
+LinkButton::LinkButton(const QString &title, QWidget *parent) : QPushButton(title, parent) {
+    setCursor(Qt::PointingHandCursor);
+    setSizePolicy(QSizePolicy::Maximum, QSizePolicy::Fixed);
+}
+
+QSize LinkButton::sizeHint() const {
+    const int margin = fontMetrics().height() / 3;
+    return fontMetrics().size(Qt::TextShowMnemonic, text()) + QSize(2 * margin, 2 * margin);
+}
+
+void LinkButton::paintEvent(QPaintEvent * /*event*/) {
+    QPainter painter(this);
+    QFont linkFont = font();
+    linkFont.setUnderline(isEnabled());
+    painter.setFont(linkFont);
+    const QColor background = palette().color(backgroundRole());
+    painter.setPen(isEnabled() ? HyperlinkColor(isDown() ? LinkLook::Pressed : LinkLook::Normal, background)
+                               : palette().color(QPalette::Disabled, QPalette::WindowText));
+    painter.drawText(rect(), Qt::AlignCenter | Qt::TextHideMnemonic, text());
+    if (hasFocus()) {
+        QStyleOptionFocusRect frame;
+        frame.initFrom(this);
+        frame.backgroundColor = background;
+        style()->drawPrimitive(QStyle::PE_FrameFocusRect, &frame, &painter, this);
+    }
+}
+
+} // namespace drevix

@@ -1,0 +1,31 @@
+// Buttons that look like links: blue and underlined, red while they are pressed.
+#pragma once
+
+#include <QColor>
+#include <QPushButton>
+
+namespace drevix {
+
+enum class LinkLook : std::uint8_t { Normal, Pressed };
+
+// A link's colour on a background: the look's own where that can be read there, else its nearest shade that
+// can.
+[[nodiscard]] QColor HyperlinkColor(LinkLook look, const QColor &background);
+// How much two colours stand out against each other, 1 to 21, as the Web Content Accessibility Guidelines 2.1
+// define it.
+[[nodiscard]] double ContrastOf(const QColor &a, const QColor &b);
+
+// A button with a link's look. A disabled one is drawn as disabled text.
+class LinkButton : public QPushButton {
+    Q_OBJECT
+
+  public:
+    explicit LinkButton(const QString &title, QWidget *parent = nullptr);
+    [[nodiscard]] QSize sizeHint() const override;
+    [[nodiscard]] QSize minimumSizeHint() const override { return sizeHint(); }
+
+  protected:
+    void paintEvent(QPaintEvent *event) override;
+};
+
+} // namespace drevix

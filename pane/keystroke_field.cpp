@@ -1,0 +1,133 @@
+#include "pane/keystroke_field.h"
+
+#include <QApplication>
+#include <QKeyEvent>
+#include <QPainter>
+#include <QWindow>
+
+namespace drevix {
+namespace {
+
+bool StartsWaiting(const QKeyEvent &event) {
+    switch (event.key()) {
+    case Qt::Key_Return:
+    case Qt::Key_Enter:
+    case Qt::Key_Space:
+    case Qt::Key_F2:
+        return !event.isAutoRepeat() && (event.modifiers() & ~Qt::KeypadModifier) == Qt::NoModifier;
+    default:
+        return false;
+    }
+}
+
+// Other platforms than X11 cannot, and complain when they are asked.
+void GiveWholeKeyboard(QWidget *widget, bool isGiven) {
+    QWindow *window = widget->window()->windowHandle();
+    if (window != nullptr && QGuiApplication::platformName() == QLatin1String("xcb")) {
+        window->setKeyboardGrabEnabled(isGiven);
+    }
+}
+
+} // namespace
+
+// Without a menu, which the menu key would open.
+KeystrokeField::KeystrokeField(QWidget *parent) : QLineEdit(parent) {
+    setReadOnly(true);
+    setContextMenuPolicy(Qt::PreventContextMenu);
+    setCursor(Qt::ArrowCursor);
+    UpdateTexts();
+}
+
+// An input method would keep dead keys to itself. It asks this and not whether the field can be written in.
+QVariant KeystrokeField::inputMethodQuery(Qt::InputMethodQuery query) const {
+    return query == Qt::ImEnabled ? QVariant(false) : QLineEdit::inputMethodQuery(query);
+}
+
+void KeystrokeField::ShowKeystroke(const QString &keystroke) {
+    fKeystroke = keystroke;
+    UpdateTexts();
+}
+
+void KeystrokeField::SetRemark(const QString &remark) {
+    fRemark = remark;
+    UpdateTexts();
+}
+
+bool KeystrokeField::IsWaiting() const {
+    return fIsWaiting && hasFocus() && isActiveWindow();
+}
+
+void KeystrokeField::EndWaiting() {
+    SetWaiting(false);
+}
+
+void KeystrokeField::SetWaiting(bool isWaiting) {
+    if (fIsWaiting == isWaiting) {
+        return;
+    }
+    fIsWaiting = isWaiting;
+    GiveWholeKeyboard(this, isWaiting);
+    if (isWaiting) {
+        QCoreApplication::instance()->installEventFilter(this);
+    } else {
+        QCoreApplication::instance()->removeEventFilter(this);
+    }
+    UpdateTexts();
+    update();
+}
+
+void KeystrokeField::UpdateTexts() {
+    if (const QString shown = fIsWaiting ? tr("Press a key combination…") : fKeystroke; text() != shown) {
+        setText(shown);
+    }
+    const QString state = fIsWaiting ? tr("Waiting for a key combination.")
+                                     : tr("Press Return, then the key combination to assign.");
+    setAccessibleDescription(fRemark.isEmpty() ? state : fRemark + QLatin1Char('\n') + state);
+}
+
+// Many places of a window take a click and leave the keyboard where it is, but whoever clicks there has left
+// the field.
+bool KeystrokeField::eventFilter(QObject *watched, QEvent *event) {
+    if (event->type() == QEvent::MouseButtonPress && watched != this && watched->isWidgetType()) {
+        EndWaiting();
+    }
+    return false;
+}
+
+void KeystrokeField::keyPressEvent(QKeyEvent *event) {
+    if (StartsWaiting(*event)) {
+        SetWaiting(true);
+        event->accept();
+    } else {
+        QLineEdit::keyPressEvent(event);
+    }
+}
+
+// The mouse selects no text here.
+void KeystrokeField::mousePressEvent(QMouseEvent *event) {
+    if (event->button() == Qt::LeftButton) {
+        deselect();
+        SetWaiting(true);
+    }
+}
+
+void KeystrokeField::mouseMoveEvent(QMouseEvent * /*event*/) {}
+void KeystrokeField::mouseReleaseEvent(QMouseEvent * /*event*/) {}
+void KeystrokeField::mouseDoubleClickEvent(QMouseEvent * /*event*/) {}
+
+void KeystrokeField::focusOutEvent(QFocusEvent *event) {
+    EndWaiting();
+    QLineEdit::focusOutEvent(event);
+}
+
+void KeystrokeField::paintEvent(QPaintEvent *event) {
+    QLineEdit::paintEvent(event);
+    if (fIsWaiting) {
+        constexpr int kFrameWidth = 2; // device-independent pixels
+        QPainter painter(this);
+        painter.setPen(QPen(palette().highlight(), kFrameWidth, Qt::SolidLine, Qt::SquareCap, Qt::MiterJoin));
+        painter.drawRect(rect().adjusted(1, 1, -1, -1));
+    }
+}
+
+} // namespace drevix

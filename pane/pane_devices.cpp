@@ -1,0 +1,136 @@
+// The helper and the connected devices, the information panel and the help book.
+#include "pane/drevix_pane.h"
+
+#include "helperlink/device_text.h"
+#include "helperlink/login_items.h"
+#include "pane/help_pages.h"
+#include "pane/information_panel.h"
+#include "pane/pane_text.h"
+#include "pane/workspace.h"
+#include "platform/app_folder.h"
+#include "platform/status.h"
+
+#include <QFileInfo>
+#include <QShortcut>
+
+#include <tuple>
+
+namespace drevix {
+namespace {
+
+constexpr const char *kHelperApplication = "DrevixHelper.app";
+constexpr const char *kTrainerApplication = "Drevix Trainer.app";
+constexpr const char *kMainAddress = "https://www.halcyra.example/veltrana";
+constexpr const char *kSupportAddress = "https://www.halcyra.example/veltrana/support";
+constexpr int kDeviceCheckInterval = 1000; // milliseconds
+
+// A page of the help book "Drevix veltrana Help".
+QString HelpPagePath(const FSRef &resources, const char *page) {
+    return TextOf(resources.path) + QLatin1String("/help/") + QLatin1String(page);
+}
+
+} // namespace
+
+void DrevixPane::BuildDeviceControls() {
+    for (DvTextField *field : {uiInfoTextCount, uiInfoTextFirmwareVers, uiInfoTextSerialNumber}) {
+        field->rememberTitle();
+    }
+    uiPaneButtonManual->setSign(QLatin1Char('?'));
+    uiPaneButtonInfo->setSign(QLatin1Char('i'));
+    connect(uiPaneButtonManual, &QToolButton::clicked, this, &DrevixPane::actPaneButtonManual);
+    connect(uiPaneButtonInfo, &QToolButton::clicked, this, &DrevixPane::actPaneButtonInfo);
+    auto *const help = new QShortcut(QKeySequence::HelpContents, fMainView);
+    connect(help, &QShortcut::activated, this,
+            [this] { OpenHelpPage(HelpPageOf(fMainView->window()->focusWidget())); });
+
+    fDeviceCheckTimer.setObjectName(QStringLiteral("fDeviceCheckTimer"));
+    fDeviceCheckTimer.setInterval(kDeviceCheckInterval);
+    connect(&fDeviceCheckTimer, &QTimer::timeout, this, &DrevixPane::CheckDevices);
+}
+
+// The device works as long as the helper runs: now, and from the next login on.
+void DrevixPane::StartHelper() {
+    const std::string helper = FindApplication(fPrefPaneBundle.resources.path, kHelperApplication);
+    if (helper.empty()) {
+        return; // a panel without one works on the settings all the same
+    }
+    if (FindNamedProcess(kDrevixHelperName.data(), nullptr) != noErr && !LaunchApplication(helper)) {
+        Tell(tr("The device helper could not be started."));
+    }
+    if (const std::int32_t status = AddLoginItem(helper.c_str(), nullptr, 0, 1, nullptr); status != noErr) {
+        Report(static_cast<OSErr>(status), tr("The device helper will not start at the next login"));
+    }
+}
+
+// What is shown is what the answer to an earlier request has brought; this one's comes later.
+void DrevixPane::CheckDevices() {
+    std::ignore = GetConnectedDevices(&fDeviceList); // without a helper the last state stays shown
+    if (fDeviceList.count == fDeviceCount) {
+        return;
+    }
+    fDeviceCount = fDeviceList.count;
+    uiInfoTextCount->replaceMarkWith(QString::number(fDeviceCount));
+    std::optional<QString> version;
+    std::optional<QString> serialNumber;
+    if (fDeviceCount > 0) {
+        version = TextOf(DeviceVersionText(fDeviceList.device[0].productVers));
+        serialNumber = TextOf(DeviceSerialText(fDeviceList.device[0]));
+    }
+    uiInfoTextFirmwareVers->replaceMarkWith(version);
+    uiInfoTextSerialNumber->replaceMarkWith(serialNumber);
+}
+
+void DrevixPane::actPaneButtonInfo() {
+    std::optional<QString> version;
+    if (AppFolderInfo info; ReadInfoList(fPrefPaneBundle.resources.path + "/Info.plist", &info) == noErr &&
+                            !info.version.empty()) {
+        version = TextOf(info.version);
+    }
+    const bool hasTrainer = !FindApplication(fPrefPaneBundle.resources.path, kTrainerApplication).empty();
+    InformationPanel panel(version, hasTrainer, fMainView->window());
+    connect(panel.ManualButton(), &QPushButton::clicked, this, &DrevixPane::actInfoButtonManual);
+    connect(panel.TrainerButton(), &QPushButton::clicked, this, &DrevixPane::actInfoButtonTrainer);
+    connect(panel.MainURLButton(), &QPushButton::clicked, this, &DrevixPane::actInfoButtonMainURL);
+    connect(panel.SupportURLButton(), &QPushButton::clicked, this, &DrevixPane::actInfoButtonSupportURL);
+    panel.exec();
+}
+
+// Whether the help book is there: a browser needs no more to show it.
+std::int32_t DrevixPane::RegisterHelpBooks() const {
+    return QFileInfo(HelpPagePath(fPrefPaneBundle.resources, kFirstHelpPage)).isFile() ? noErr : resNotFound;
+}
+
+void DrevixPane::OpenHelpPage(const char *page) {
+    const QString path = HelpPagePath(fPrefPaneBundle.resources, page);
+    const bool isOpen = QFileInfo(path).isFile() && OpenAddress(QUrl::fromLocalFile(path));
+    Tell(isOpen ? QString() : tr("The help could not be opened."));
+}
+
+void DrevixPane::actPaneButtonManual() {
+    OpenHelpPage(kFirstHelpPage);
+}
+
+void DrevixPane::actInfoButtonManual() {
+    OpenHelpPage(kFirstHelpPage);
+}
+
+void DrevixPane::actInfoButtonTrainer() {
+    const std::string trainer = FindApplication(fPrefPaneBundle.resources.path, kTrainerApplication);
+    const bool isStarted = !trainer.empty() && LaunchApplication(trainer);
+    Tell(isStarted ? QString() : tr("The trainer could not be started."));
+}
+
+void DrevixPane::actInfoButtonMainURL() {
+    OpenWebPage(kMainAddress);
+}
+
+void DrevixPane::actInfoButtonSupportURL() {
+    OpenWebPage(kSupportAddress);
+}
+
+void DrevixPane::OpenWebPage(const char *address) {
+    const bool isOpen = OpenAddress(QUrl(QLatin1String(address)));
+    Tell(isOpen ? QString() : tr("The page %1 could not be opened.").arg(QLatin1String(address)));
+}
+
+} // namespace drevix

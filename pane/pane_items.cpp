@@ -1,0 +1,104 @@
+// The item that a control opens: choosing it, dropping it, showing it and trying it.
+#include "pane/drevix_pane.h"
+
+#include "pane/file_panels.h"
+#include "pane/item_field.h"
+#include "pane/pane_text.h"
+#include "pane/workspace.h"
+#include "platform/desktop_entries.h"
+#include "platform/status.h"
+#include "util/items_folder.h"
+
+#include <QFile>
+#include <QFileInfo>
+
+#include <tuple>
+
+namespace drevix {
+namespace {
+
+QString PathText(const DrevixItem &item) {
+    return QFile::decodeName(QByteArray::fromStdString(item.path));
+}
+
+// An item's name for people: an application's as its desktop entry tells it.
+QString NameOfItem(const DrevixItem &item) {
+    DesktopEntry entry;
+    if (item.path.ends_with(".desktop") && ReadDesktopEntry(item.path, MessagesLocale(), &entry) == noErr) {
+        return TextOf(entry.name);
+    }
+    const QString name = QFileInfo(PathText(item)).fileName();
+    return name.isEmpty() ? PathText(item) : name; // the root has no name
+}
+
+} // namespace
+
+void DrevixPane::BuildItemControls() {
+    connect(uiSettingsButtonChooseItem, &QPushButton::clicked, this,
+            &DrevixPane::actSettingsButtonChooseItem);
+    connect(uiSettingsButtonOpenItem, &QPushButton::clicked, this, &DrevixPane::actSettingsButtonOpenItem);
+    connect(uiSettingsFieldOpenItem, &ItemField::itemDropped, this, &DrevixPane::chooseItemDidEnd);
+    connect(uiSettingsTabsImages, &DevicePicture::itemDropped, this, [this](int index, const QString &path) {
+        SetOpenItem(kPictureSlots.at(static_cast<std::size_t>(index)), path);
+    });
+}
+
+void DrevixPane::actSettingsButtonChooseItem() {
+    ItemPanel panel(fMainView->window());
+    if (panel.exec() == QDialog::Accepted) {
+        chooseItemDidEnd(panel.Path());
+    }
+}
+
+void DrevixPane::chooseItemDidEnd(const QString &path) {
+    if (fDrevixActionIndex >= 0) {
+        SetOpenItem(fDrevixActionIndex, path);
+    }
+}
+
+// The control opens the item from now on, whatever it did before. If no alias file can be made, it stays as it is.
+void DrevixPane::SetOpenItem(SlotIndex slot, const QString &path) {
+    Str31 name{};
+    const OSErr status = MakeDrevixItem(QFile::encodeName(path).toStdString(), &name);
+    Report(status, tr("The item could not be chosen"));
+    if (status != noErr) {
+        return;
+    }
+    ActionSlot &action = fDrevixPrefs.device[0].action[slot];
+    if (action.command != kActionOpenItem) {
+        ChooseAction(fDrevixPrefs, slot, kActionOpenItem);
+    }
+    action.data = name;
+    SelectControl(slot);
+    GetUIFromPrefs();
+}
+
+// Tries what the control opens.
+void DrevixPane::actSettingsButtonOpenItem() {
+    if (const ActionSlot *slot = EditedSlot(); slot != nullptr) {
+        const DrevixItem item = ResolveDrevixItem(slot->data);
+        Tell(item.exists && OpenItem(PathText(item)) ? QString()
+                                                     : tr("%1 could not be opened.").arg(NameOfItem(item)));
+    }
+}
+
+void DrevixPane::ShowOpenItem(const ActionSlot &slot) {
+    const bool isChosen = slot.data[0] != 0;
+    const DrevixItem item = isChosen ? ResolveDrevixItem(slot.data) : DrevixItem{};
+    uiSettingsFieldOpenItem->setText(item.path.empty() ? TextOf(slot.data) : NameOfItem(item));
+    uiSettingsFieldOpenItem->setCursorPosition(0);
+    uiSettingsFieldOpenItem->setToolTip(PlainToolTip(PathText(item)));
+    uiSettingsButtonOpenItem->setEnabled(item.exists);
+    uiSettingsTextOpenItem->setText(!isChosen ? tr("Choose a file, folder or application, or drop one here.")
+                                    : item.path.empty() ? tr("It is not known any more where this item is.")
+                                    : !item.exists      ? tr("There is no %1 any more.").arg(PathText(item))
+                                                        : PathText(item));
+}
+
+QString DrevixPane::OpenItemText(const ActionSlot &slot) {
+    const DrevixItem item = ResolveDrevixItem(slot.data);
+    const QString name = item.path.empty() ? TextOf(slot.data) : NameOfItem(item);
+    return (item.exists ? tr("Open %1") : tr("Open %1 (missing)")).arg(name);
+}
+
+} // namespace drevix

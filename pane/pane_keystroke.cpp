@@ -1,0 +1,123 @@
+// The keystroke of a control: its field, who else has it, and which keys of this keyboard its modifiers are.
+#include "pane/drevix_pane.h"
+
+#include "keyboard/keystroke_capture.h"
+#include "pane/editor_tables.h"
+#include "pane/pane_text.h"
+
+#include <QActionGroup>
+#include <QMenu>
+#include <QSettings>
+
+namespace drevix {
+namespace {
+
+// Where the user's choice of the command key is kept: with the window's place, as it belongs to this keyboard
+// and not to any application's settings.
+QString CommandKeyPlace() {
+    return QStringLiteral("Keyboard/CommandKey");
+}
+QString StoredName(CommandKey key) {
+    return key == CommandKey::Control ? QStringLiteral("control") : QStringLiteral("super");
+}
+
+// What is written on the key that is a modifier, by the choice of the command key.
+QString KeyLabel(std::uint16_t modifier, CommandKey commandKey) {
+    if (modifier == kOptionModifier) {
+        return DrevixPane::tr("Alt");
+    }
+    return (modifier == kCommandModifier) == (commandKey == CommandKey::Super) ? DrevixPane::tr("Super")
+                                                                               : DrevixPane::tr("Ctrl");
+}
+
+QString LegendOf(CommandKey commandKey) {
+    return DrevixPane::tr("cmd is %1, opt is %2, ctrl is %3")
+        .arg(KeyLabel(kCommandModifier, commandKey), KeyLabel(kOptionModifier, commandKey),
+             KeyLabel(kControlModifier, commandKey));
+}
+
+} // namespace
+
+void DrevixPane::BuildKeystrokeControls() {
+    auto *const menu = new QMenu(uiSettingsButtonKeys);
+    auto *const choices = new QActionGroup(menu);
+    const QString stored = QSettings().value(CommandKeyPlace()).toString();
+    for (const CommandKey key : {CommandKey::Super, CommandKey::Control}) {
+        QAction *choice = menu->addAction(LegendOf(key));
+        choice->setCheckable(true);
+        choices->addAction(choice);
+        connect(choice, &QAction::triggered, this, [this, key] { actSettingsMenuCommandKey(key); });
+        if (key == CommandKey::Super || stored == StoredName(key)) {
+            choice->setChecked(true);
+            UseCommandKey(key);
+        }
+    }
+    uiSettingsButtonKeys->setMenu(menu);
+}
+
+// From here on a keystroke is taken with this key for command. Stored ones stay as they are.
+void DrevixPane::UseCommandKey(CommandKey key) {
+    SetCommandKey(key);
+    for (const auto &[box, mask] : ModifierBoxes()) {
+        if (mask == kCommandModifier || mask == kOptionModifier || mask == kControlModifier) {
+            const QString tip = tr("The %1 key of this keyboard").arg(KeyLabel(mask, key));
+            box->setToolTip(PlainToolTip(tip));
+            box->setAccessibleDescription(tip);
+        }
+    }
+}
+
+void DrevixPane::actSettingsMenuCommandKey(CommandKey key) {
+    QSettings().setValue(CommandKeyPlace(), StoredName(key));
+    UseCommandKey(key);
+    GetUIFromPrefs();
+}
+
+bool DrevixPane::OverrideKeysIsActive() const {
+    return fMainView != nullptr && uiSettingsFieldKeystroke->IsWaiting();
+}
+
+// The field keeps the keyboard, so that who works without a mouse goes on from there; what it ends is the
+// waiting.
+void DrevixPane::ReceiveKeystroke(std::uint8_t keyCode, std::uint16_t modifiers) {
+    ActionSlot *slot = EditedSlot();
+    if (slot == nullptr || slot->command != kActionKeystroke) {
+        return;
+    }
+    slot->keyCode = keyCode;
+    slot->modifiers = modifiers;
+    uiSettingsFieldKeystroke->EndWaiting();
+    GetUIFromPrefs();
+}
+
+void DrevixPane::ShowKeystroke(const ActionSlot &slot) {
+    uiSettingsFieldKeystroke->ShowKeystroke(KeyText(slot));
+    const QString sharing = SharingText(slot);
+    uiSettingsFieldKeystroke->SetRemark(sharing);
+    uiSettingsTextKeystroke->setText(sharing.isEmpty() ? LegendOf(GetCommandKey()) : sharing);
+    ShowModifiers(slot);
+    const bool isTuner = IsTunerSlot(fDrevixActionIndex);
+    const int tag = slot.delay == kDelayOfNegativeTag ? -1 : slot.delay;
+    ShowDelay(uiSettingsMenuKeyRepeat, isTuner ? kTunerKeyRepeatItem : uiSettingsMenuKeyRepeat->findData(tag),
+              slot.delay, !isTuner);
+    uiSettingsMenuExtraKeys->setCurrentIndex(0);
+}
+
+// Which other controls of the record have the keystroke. Two controls may well share one, so it is only told.
+QString DrevixPane::SharingText(const ActionSlot &slot) const {
+    QStringList sharing;
+    for (const ControlSlot &control : kControlSlots) {
+        const ActionSlot &other = fDrevixPrefs.device[0].action[control.slot];
+        if (control.slot != fDrevixActionIndex && other.command == kActionKeystroke &&
+            other.keyCode == slot.keyCode && other.modifiers == slot.modifiers) {
+            sharing += ControlTitle(control.slot);
+        }
+    }
+    if (sharing.isEmpty() || slot.keyCode == kNoKeyCode) {
+        return {};
+    }
+    return sharing.size() == 1 ? tr("Also used by %1").arg(sharing[0])
+                               : tr("Also used by %1 and %2 more").arg(sharing[0]).arg(sharing.size() - 1);
+}
+
+} // namespace drevix
