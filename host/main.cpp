@@ -119,6 +119,7 @@ int main(int argc, char **argv) {
     if (picture.file.isEmpty() && !instance.Acquire()) {
         return 0;
     }
+    UsePictureColors(picture);
     PanelWindow window;
     const PanelUse use = picture.file.isEmpty() ? PanelUse::Work : PanelUse::Picture;
     if (!window.LoadPanel(use, &problem)) {

@@ -3,9 +3,12 @@
 #include "host/host_text.h"
 #include "host/panel_window.h"
 
-#include <QCoreApplication>
+#include <QApplication>
+#include <QPalette>
 #include <QPixmap>
 #include <QRegularExpression>
+
+#include <array>
 
 namespace drevix {
 namespace {
@@ -21,6 +24,28 @@ std::optional<QSize> SizeFromText(const QString &text) {
     return match.hasMatch() && fits ? std::optional(size) : std::nullopt;
 }
 
+struct DarkColor {
+    QPalette::ColorRole role;
+    QRgb color;
+    QRgb whenDisabled;
+};
+constexpr auto kDarkColors = std::to_array<DarkColor>({
+    {QPalette::Window, 0xFF2B2D30, 0xFF2B2D30},
+    {QPalette::WindowText, 0xFFECEDEE, 0xFF84878B},
+    {QPalette::Base, 0xFF1D1F21, 0xFF26282A},
+    {QPalette::AlternateBase, 0xFF25272A, 0xFF25272A},
+    {QPalette::Text, 0xFFECEDEE, 0xFF84878B},
+    {QPalette::PlaceholderText, 0xFFA0A3A7, 0xFF84878B},
+    {QPalette::Button, 0xFF37393D, 0xFF303235},
+    {QPalette::ButtonText, 0xFFECEDEE, 0xFF84878B},
+    {QPalette::BrightText, 0xFFFF6B6B, 0xFFFF6B6B},
+    {QPalette::Highlight, 0xFF2F6FDE, 0xFF4A4D52},
+    {QPalette::HighlightedText, 0xFFFFFFFF, 0xFFB5B8BC},
+    {QPalette::Link, 0xFF7FB0FF, 0xFF84878B},
+    {QPalette::ToolTipBase, 0xFF1D1F21, 0xFF1D1F21},
+    {QPalette::ToolTipText, 0xFFECEDEE, 0xFFECEDEE},
+});
+
 } // namespace
 
 QList<QCommandLineOption> PictureOptions() {
@@ -34,6 +59,7 @@ QList<QCommandLineOption> PictureOptions() {
         option("control", Host::tr("Show the control KEY, such as buttonII."), "KEY"),
         option("size", Host::tr("Make the picture's window this large."), "WIDTHxHEIGHT"),
         option("scale", Host::tr("Draw FACTOR times as large."), "FACTOR"),
+        QCommandLineOption(QStringLiteral("dark"), Host::tr("Draw light text on dark ground.")),
     };
 }
 
@@ -42,6 +68,7 @@ PictureRequest ReadPictureRequest(const QCommandLineParser &options, QString *pr
     request.file = options.value(QStringLiteral("picture"));
     request.app = options.value(QStringLiteral("app"));
     request.control = options.value(QStringLiteral("control"));
+    request.isDark = options.isSet(QStringLiteral("dark"));
     if (options.isSet(QStringLiteral("page"))) {
         bool isNumber = false;
         request.page = options.value(QStringLiteral("page")).toInt(&isNumber);
@@ -56,6 +83,18 @@ PictureRequest ReadPictureRequest(const QCommandLineParser &options, QString *pr
         }
     }
     return request;
+}
+
+void UsePictureColors(const PictureRequest &request) {
+    if (!request.isDark) {
+        return;
+    }
+    QPalette palette(QColor::fromRgb(0x37393D), QColor::fromRgb(0x2B2D30)); // the shades of frames follow
+    for (const DarkColor &row : kDarkColors) {
+        palette.setColor(row.role, QColor::fromRgb(row.color));
+        palette.setColor(QPalette::Disabled, row.role, QColor::fromRgb(row.whenDisabled));
+    }
+    QApplication::setPalette(palette);
 }
 
 bool WritePicture(PanelWindow &window, const PictureRequest &request, QString *problem) {

@@ -17,12 +17,15 @@ struct PictureRequest {
     QString control; // a control's key; empty: the page's first
     std::optional<int> page;
     std::optional<QSize> size; // of the window, in device-independent pixels
+    bool isDark = false;       // light text on dark ground, whatever the desktop has
 };
 
 // The options of a picture; "scale" is put in force before the application starts.
 [[nodiscard]] QList<QCommandLineOption> PictureOptions();
 // The request on the command line, with `problem` set when it makes no sense.
 [[nodiscard]] PictureRequest ReadPictureRequest(const QCommandLineParser &options, QString *problem);
+// Puts the request's colours in force for all windows made from now on.
+void UsePictureColors(const PictureRequest &request);
 // Draws the window as it would be shown and writes the file. False, with the reason in `problem`, when it cannot.
 [[nodiscard]] bool WritePicture(PanelWindow &window, const PictureRequest &request, QString *problem);
 

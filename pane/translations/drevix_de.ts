@@ -1461,6 +1461,10 @@
         <translation>Zeichnet um den Faktor FACTOR größer.</translation>
     </message>
     <message>
+        <source>Draw light text on dark ground.</source>
+        <translation>Zeichnet helle Schrift auf dunklem Grund.</translation>
+    </message>
+    <message>
         <source>--page takes a number.</source>
         <translation>--page verlangt eine Zahl.</translation>
     </message>
