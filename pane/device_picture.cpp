@@ -6,7 +6,6 @@
 #include <QAccessible>
 #include <QFile>
 #include <QHelpEvent>
-#include <QImage>
 #include <QKeyEvent>
 #include <QPainter>
 #include <QStyleOptionFocusRect>
@@ -14,12 +13,11 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 
 namespace drevix {
 namespace {
 
-constexpr int kSide = 320; // the drawing's width and height in its own units; the map has a point for each
+constexpr int kSide = ControlMap::kSide;
 constexpr int kControls = static_cast<int>(kPictureSlots.size());
 
 QColor Blend(const QColor &a, const QColor &b, qreal share) {
@@ -42,12 +40,6 @@ constexpr auto kDrawingColors = std::to_array<DrawingColor>({
     {"#2f6fde", [](const QPalette &p) { return p.color(QPalette::Highlight); }},
 });
 
-// The drawing's element for a control: its light "lit-", its area "hit-".
-QString ElementOf(const char *kind, int index) {
-    const std::string_view key = FindControlSlot(kPictureSlots[static_cast<std::size_t>(index)])->key;
-    return QLatin1String(kind) + QLatin1String(key.data(), static_cast<qsizetype>(key.size()));
-}
-
 // The direction of an arrow key, null for another.
 QPoint WayOfKey(int key) {
     switch (key) {
@@ -68,10 +60,6 @@ bool IsChoosingKey(int key) {
     return key == Qt::Key_Return || key == Qt::Key_Enter || key == Qt::Key_Space;
 }
 
-std::size_t PlaceOnMap(const QPoint &point) {
-    return static_cast<std::size_t>(point.y()) * kSide + static_cast<std::size_t>(point.x());
-}
-
 } // namespace
 
 DevicePicture::DevicePicture(QWidget *parent) : QWidget(parent) {
@@ -79,7 +67,6 @@ DevicePicture::DevicePicture(QWidget *parent) : QWidget(parent) {
     setMouseTracking(true);
     setAcceptDrops(true);
     LoadDrawing();
-    DrawMap();
 }
 
 // Loads the drawing in the colours of the theme.
@@ -95,50 +82,12 @@ void DevicePicture::LoadDrawing() {
     fDrawing.load(drawing);
 }
 
-// Finds out which control lies where. Each area is drawn alone, since edges are blended; later ones lie on
-// top.
-void DevicePicture::DrawMap() {
-    fMap.assign(static_cast<std::size_t>(kSide) * kSide, -1);
-    QImage image(kSide, kSide, QImage::Format_Alpha8);
-    for (int i = 0; i < kControls; ++i) {
-        const QString element = ElementOf("hit-", i);
-        const QRectF bounds = fDrawing.boundsOnElement(element);
-        const QRect area = bounds.toAlignedRect() & image.rect();
-        image.fill(0);
-        QPainter painter(&image);
-        fDrawing.render(&painter, element, bounds);
-        painter.end();
-        for (int y = area.top(); y <= area.bottom(); ++y) {
-            const uchar *line = image.constScanLine(y);
-            for (int x = area.left(); x <= area.right(); ++x) {
-                if (line[x] > 127) {
-                    fMap[PlaceOnMap({x, y})] = static_cast<std::int8_t>(i);
-                }
-            }
-        }
+// Made when it is first needed: the first picture does without.
+const ControlMap &DevicePicture::Map() const {
+    if (!fMap) {
+        fMap.emplace(fDrawing);
     }
-    for (int i = 0; i < kControls; ++i) {
-        fControls[static_cast<std::size_t>(i)].anchor = FindAnchor(i);
-    }
-}
-
-// The point of a control's area that lies nearest to the middle of its light; the middle itself may be
-// another's.
-QPoint DevicePicture::FindAnchor(int index) const {
-    const QRect light = fDrawing.boundsOnElement(ElementOf("lit-", index)).toAlignedRect();
-    const QPoint middle = light.center();
-    QPoint nearest = middle;
-    int shortest = std::numeric_limits<int>::max();
-    for (int y = light.top(); y <= light.bottom(); ++y) {
-        for (int x = light.left(); x <= light.right(); ++x) {
-            const QPoint away = QPoint(x, y) - middle;
-            if (fMap[PlaceOnMap({x, y})] == index && QPoint::dotProduct(away, away) < shortest) {
-                shortest = QPoint::dotProduct(away, away);
-                nearest = {x, y};
-            }
-        }
-    }
-    return nearest;
+    return *fMap;
 }
 
 QRectF DevicePicture::DrawnRect() const {
@@ -150,11 +99,11 @@ int DevicePicture::controlAt(const QPoint &point) const {
     const QRectF drawn = DrawnRect();
     const QPointF onMap = (QPointF(point) + QPointF(0.5, 0.5) - drawn.topLeft()) * kSide / drawn.width();
     const QPoint at(static_cast<int>(std::floor(onMap.x())), static_cast<int>(std::floor(onMap.y())));
-    return QRect(0, 0, kSide, kSide).contains(at) ? fMap[PlaceOnMap(at)] : -1;
+    return Map().At(at);
 }
 
 QRect DevicePicture::controlRect(int index) const {
-    const QRectF area = fDrawing.boundsOnElement(ElementOf("lit-", index));
+    const QRectF area = fDrawing.boundsOnElement(ElementOfControl("lit-", index));
     const QRectF drawn = DrawnRect();
     const qreal scale = drawn.width() / kSide;
     return QRectF(drawn.topLeft() + area.topLeft() * scale, area.size() * scale).toAlignedRect();
@@ -162,7 +111,7 @@ QRect DevicePicture::controlRect(int index) const {
 
 QPoint DevicePicture::controlPoint(int index) const {
     const QRectF drawn = DrawnRect();
-    return (drawn.topLeft() + QPointF(ControlOf(index).anchor) * drawn.width() / kSide).toPoint();
+    return (drawn.topLeft() + QPointF(Map().Anchor(index)) * drawn.width() / kSide).toPoint();
 }
 
 void DevicePicture::setCurrentIndex(int index) {
@@ -207,10 +156,10 @@ void DevicePicture::paintEvent(QPaintEvent * /*event*/) {
     };
     render(QStringLiteral("device"), isEnabled() ? 1.0 : 0.5);
     if (fCurrent >= 0) {
-        render(ElementOf("lit-", fCurrent), 1.0);
+        render(ElementOfControl("lit-", fCurrent), 1.0);
     }
     if (fHovered >= 0 && fHovered != fCurrent) {
-        render(ElementOf("lit-", fHovered), 0.35);
+        render(ElementOfControl("lit-", fHovered), 0.35);
     }
     if (fFocused >= 0) {
         painter.resetTransform();
@@ -309,7 +258,7 @@ int DevicePicture::NextControl(int from, const QPoint &way) const {
     int nearest = from;
     int shortest = 0;
     for (int i = 0; i < kControls; ++i) {
-        const QPoint step = ControlOf(i).anchor - ControlOf(from).anchor;
+        const QPoint step = Map().Anchor(i) - Map().Anchor(from);
         const int along = QPoint::dotProduct(step, way);
         const int distance = along + 2 * std::abs(step.x() * way.y() + step.y() * way.x());
         if (along > 0 && (nearest == from || distance < shortest)) {

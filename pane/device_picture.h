@@ -1,6 +1,7 @@
 // The picture of the device: each of its controls can be pointed at, clicked, reached by keyboard, and lit.
 #pragma once
 
+#include "pane/control_map.h"
 #include "settings/app_prefs.h"
 
 #include <QString>
@@ -8,7 +9,7 @@
 #include <QWidget>
 
 #include <array>
-#include <vector>
+#include <optional>
 
 namespace drevix {
 
@@ -67,11 +68,9 @@ class DevicePicture : public QWidget {
     struct Control {
         QString name;
         QString action;
-        QPoint anchor; // a point in its middle, on the map
     };
     void LoadDrawing();
-    void DrawMap();
-    [[nodiscard]] QPoint FindAnchor(int index) const;
+    [[nodiscard]] const ControlMap &Map() const;
     void SetHovered(int index);
     void SetFocused(int index);
     [[nodiscard]] int NextControl(int from, const QPoint &way) const;
@@ -80,8 +79,8 @@ class DevicePicture : public QWidget {
         return fControls[static_cast<std::size_t>(index)];
     }
 
-    QSvgRenderer fDrawing;
-    std::vector<std::int8_t> fMap; // the control at each point of the drawing, -1 for none
+    mutable QSvgRenderer fDrawing; // drawing an element of it changes nothing that shows
+    mutable std::optional<ControlMap> fMap;
     std::array<Control, kPictureSlots.size()> fControls;
     int fCurrent = -1;
     int fHovered = -1;
