@@ -39,7 +39,7 @@ endfunction()
 
 # Every header of the calling folder compiles alone.
 function(drevix_check_headers name)
-    if(NOT DREVIX_TESTS)
+    if(NOT DREVIX_HEADER_CHECKS)
         return()
     endif()
     file(GLOB headers RELATIVE "${PROJECT_SOURCE_DIR}" CONFIGURE_DEPENDS "${CMAKE_CURRENT_SOURCE_DIR}/*.h")
