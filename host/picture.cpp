@@ -30,13 +30,13 @@ struct DarkColor {
     QRgb whenDisabled;
 };
 constexpr auto kDarkColors = std::to_array<DarkColor>({
-    {QPalette::Window, 0xFF2B2D30, 0xFF2B2D30},
+    {QPalette::Window, 0xFF3A3C40, 0xFF3A3C40},
     {QPalette::WindowText, 0xFFECEDEE, 0xFF84878B},
-    {QPalette::Base, 0xFF1D1F21, 0xFF26282A},
-    {QPalette::AlternateBase, 0xFF25272A, 0xFF25272A},
+    {QPalette::Base, 0xFF222426, 0xFF303235},
+    {QPalette::AlternateBase, 0xFF2A2C2F, 0xFF2A2C2F},
     {QPalette::Text, 0xFFECEDEE, 0xFF84878B},
     {QPalette::PlaceholderText, 0xFFA0A3A7, 0xFF84878B},
-    {QPalette::Button, 0xFF37393D, 0xFF303235},
+    {QPalette::Button, 0xFF45484D, 0xFF3D4044},
     {QPalette::ButtonText, 0xFFECEDEE, 0xFF84878B},
     {QPalette::BrightText, 0xFFFF6B6B, 0xFFFF6B6B},
     {QPalette::Highlight, 0xFF2F6FDE, 0xFF4A4D52},
@@ -89,7 +89,7 @@ void UsePictureColors(const PictureRequest &request) {
     if (!request.isDark) {
         return;
     }
-    QPalette palette(QColor::fromRgb(0x37393D), QColor::fromRgb(0x2B2D30)); // the shades of frames follow
+    QPalette palette(QColor::fromRgb(0x45484D), QColor::fromRgb(0x3A3C40)); // the shades of frames follow
     for (const DarkColor &row : kDarkColors) {
         palette.setColor(row.role, QColor::fromRgb(row.color));
         palette.setColor(QPalette::Disabled, row.role, QColor::fromRgb(row.whenDisabled));

@@ -79,6 +79,9 @@ class DrevixPane : public QObject,
     [[nodiscard]] const AppPrefs &WorkingCopy() const { return fDrevixPrefs; }
     [[nodiscard]] QBaseHandle Base() const { return fDrevixBase.get(); }
 
+  protected:
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
   private:
     // Lifecycle and the flow of settings (pane_lifecycle.cpp)
     void applicationStateChanged(Qt::ApplicationState state);
@@ -143,6 +146,7 @@ class DrevixPane : public QObject,
     [[nodiscard]] QStringList DefaultValueTexts(ControlGroup group) const;
     void EnableMenus();
     void ShowAction();
+    [[nodiscard]] QString PlainActionText(ActionCommand command) const;
     void ShowScroll(const ActionSlot &slot);
     static void ShowDelay(QComboBox *menu, int item, int delay, bool isEnabled);
     void ShowModifiers(const ActionSlot &slot);
@@ -212,7 +216,7 @@ class DrevixPane : public QObject,
     QTimer fDeviceCheckTimer{this};
     std::int32_t fDeviceCount = -1; // as shown; -1 before the first check
     DeviceList fDeviceList = {};    // filled by the helper's answers
-    FileStamp fFileStamp; // of the settings file as it was last read or written
+    FileStamp fFileStamp;           // of the settings file as it was last read or written
     std::set<std::string> fUnsaved; // folded file names of stored records that differ from the settings file
 };
 

@@ -1,19 +1,48 @@
 #include "pane/file_panels.h"
 
 #include <QDialogButtonBox>
+#include <QDir>
 #include <QFileInfo>
 #include <QGridLayout>
+#include <QHeaderView>
 #include <QLineEdit>
 #include <QPushButton>
-#include <QStandardPaths>
+#include <QSplitter>
+#include <QTreeView>
 #include <QUrl>
 
 namespace drevix {
 
-SettingsFilePanel::SettingsFilePanel(const QString &title, QFileDialog::AcceptMode mode, QWidget *window)
-    : QFileDialog(window, title) {
-    setOption(QFileDialog::DontUseNativeDialog); // one with room for a check box
+FilePanel::FilePanel(const QString &title, const QString &folder, QWidget *window)
+    : QFileDialog(window, title, folder) {
+    setOption(QFileDialog::DontUseNativeDialog);
     setWindowModality(Qt::WindowModal);
+    fPlacesOfOthers = sidebarUrls();
+}
+
+// Qt keeps the places for all programs when a panel goes.
+FilePanel::~FilePanel() {
+    setSidebarUrls(fPlacesOfOthers);
+}
+
+void FilePanel::ShowPlaces(std::initializer_list<QStandardPaths::StandardLocation> purposes) {
+    QList<QUrl> places = {QUrl::fromLocalFile(QStringLiteral("/"))};
+    for (const auto purpose : purposes) {
+        for (const QString &folder : QStandardPaths::standardLocations(purpose)) {
+            if (const QUrl place = QUrl::fromLocalFile(folder);
+                QFileInfo(folder).isDir() && !places.contains(place)) {
+                places += place;
+            }
+        }
+    }
+    setSidebarUrls(places);
+}
+
+// Not the desktop's own panel, which has no room for a check box.
+SettingsFilePanel::SettingsFilePanel(const QString &title, QFileDialog::AcceptMode mode, QWidget *window)
+    : FilePanel(title, QDir::homePath(), window) {
+    ShowPlaces({QStandardPaths::HomeLocation, QStandardPaths::DesktopLocation,
+                QStandardPaths::DocumentsLocation, QStandardPaths::DownloadLocation});
     setAcceptMode(mode);
     setFileMode(mode == QFileDialog::AcceptSave ? QFileDialog::AnyFile : QFileDialog::ExistingFile);
     setNameFilters({tr("Veltrana settings (*.%1)").arg(QLatin1String(kSettingsSuffix)), tr("All files (*)")});
@@ -32,26 +61,37 @@ ExportPanel::ExportPanel(QWidget *window)
     }
 }
 
-ItemPanel::ItemPanel(QWidget *window)
-    : QFileDialog(window, tr("Choose an Item to Open"), QStringLiteral("/")) {
-    setOption(QFileDialog::DontUseNativeDialog); // none of them lets a person choose files and folders alike
+// Not the desktop's own panel: none of them lets a person choose files and folders alike.
+ItemPanel::ItemPanel(QWidget *window) : FilePanel(tr("Choose an Item to Open"), QStringLiteral("/"), window) {
     setOption(QFileDialog::ShowDirsOnly, false);
     setOption(QFileDialog::DontResolveSymlinks);
-    setWindowModality(Qt::WindowModal);
     setFileMode(QFileDialog::Directory);
     setLabelText(QFileDialog::Accept, tr("Choose"));
-    QList<QUrl> places = {QUrl::fromLocalFile(QStringLiteral("/"))};
-    for (const auto place :
-         {QStandardPaths::HomeLocation, QStandardPaths::DesktopLocation, QStandardPaths::DocumentsLocation}) {
-        places += QUrl::fromLocalFile(QStandardPaths::writableLocation(place));
-    }
-    for (const QString &folder : QStandardPaths::standardLocations(QStandardPaths::ApplicationsLocation)) {
-        places += QUrl::fromLocalFile(folder);
-    }
-    setSidebarUrls(places);
+    setLabelText(QFileDialog::FileName, tr("&Item:"));
+    ShowPlaces({QStandardPaths::HomeLocation, QStandardPaths::DesktopLocation,
+                QStandardPaths::DocumentsLocation, QStandardPaths::ApplicationsLocation});
     if (auto *const name = findChild<QLineEdit *>(); name != nullptr) {
         // The panel dims its button for a file after it has told of the name.
         connect(name, &QLineEdit::textChanged, this, &ItemPanel::LightButton, Qt::QueuedConnection);
+    }
+    ArrangeView();
+}
+
+// There is one kind of item only, so its menu says nothing; names and places need room.
+void ItemPanel::ArrangeView() {
+    for (const char *part : {"fileTypeLabel", "fileTypeCombo"}) {
+        if (auto *const shown = findChild<QWidget *>(QLatin1String(part)); shown != nullptr) {
+            shown->hide();
+        }
+    }
+    const int width = 42 * fontMetrics().averageCharWidth();
+    resize(3 * width, 30 * fontMetrics().height());
+    if (auto *const parts = findChild<QSplitter *>(); parts != nullptr) {
+        parts->setSizes({width * 2 / 3, width * 7 / 3});
+    }
+    if (auto *const names = findChild<QTreeView *>(); names != nullptr) {
+        names->header()->resizeSection(0, width);
+        names->header()->setSectionResizeMode(3, QHeaderView::ResizeToContents); // the dates
     }
 }
 

@@ -4,6 +4,8 @@
 #include "pane/editor_tables.h"
 #include "pane/pane_text.h"
 
+#include <QEvent>
+#include <QFormLayout>
 #include <QHeaderView>
 
 #include <cmath>
@@ -48,6 +50,17 @@ void FillControls(QTreeWidget *list, std::span<const SlotIndex> slots_) {
         item->setSizeHint(0, {0, list->fontMetrics().height() * 4 / 3});
     }
     list->setCurrentItem(list->topLevelItem(0));
+}
+
+// Makes titles of fields as wide as the widest of them.
+void AlignTitles(const QList<QWidget *> &titles) {
+    int widest = 0;
+    for (const QWidget *title : titles) {
+        widest = std::max(widest, title->sizeHint().width());
+    }
+    for (QWidget *title : titles) {
+        title->setMinimumWidth(widest);
+    }
 }
 
 } // namespace
@@ -98,8 +111,18 @@ void DrevixPane::BuildMenus() {
     FillMenu(uiSettingsMenuExtraKeys, kExtraKeys);
 }
 
-// Sizes that no change of a text moves.
+// Sizes that no change of a text moves. The fields of all kinds of action stand below one another.
 void DrevixPane::BuildLooks() {
+    QList<QWidget *> titles;
+    for (const QFormLayout *form : uiSettingsTabsAction->findChildren<QFormLayout *>()) {
+        for (int row = 0; row < form->rowCount(); ++row) {
+            if (const QLayoutItem *title = form->itemAt(row, QFormLayout::LabelRole); title != nullptr) {
+                titles += title->widget();
+            }
+        }
+    }
+    AlignTitles(titles);
+    AlignTitles({uiSettingsSliderNavSensLabel, uiSettingsSliderNavSpeedLabel, uiSettingsSliderToolSensLabel});
     int widest = 0;
     for (QTreeWidget *list : ControlLists()) {
         for (int i = 0; i < list->topLevelItemCount(); ++i) {
@@ -150,7 +173,17 @@ void DrevixPane::ConnectControls() {
     }
 }
 
+// The key of the action box leads to its menu, and not to what had the keyboard last in the box.
+bool DrevixPane::eventFilter(QObject *watched, QEvent *event) {
+    if (watched == uiSettingsGroupAction && event->type() == QEvent::Shortcut) {
+        uiSettingsMenuAction->setFocus(Qt::ShortcutFocusReason);
+        return true;
+    }
+    return QObject::eventFilter(watched, event);
+}
+
 void DrevixPane::ConnectActionControls() {
+    uiSettingsGroupAction->installEventFilter(this);
     connect(uiSettingsMenuAction, &QComboBox::activated, this, &DrevixPane::actSettingsMenuAction);
     for (const GroupMenu &group : GroupMenus()) {
         connect(MenuOf(group), &QComboBox::activated, this,

@@ -140,6 +140,9 @@ void DrevixPane::UpdateToolMenu() {
             uiSettingsMenuToolMenu->addItem(TextOf(title), KorvaneStringCRC(title));
         }
     }
+    uiSettingsTextToolMenu->setText(uiSettingsMenuToolMenu->count() > 1
+                                        ? QString()
+                                        : tr("The companion has no menu for these settings."));
 }
 
 int DrevixPane::FindInToolMenu(std::uint32_t crc) const {

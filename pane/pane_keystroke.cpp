@@ -94,7 +94,9 @@ void DrevixPane::ShowKeystroke(const ActionSlot &slot) {
     uiSettingsFieldKeystroke->ShowKeystroke(KeyText(slot));
     const QString sharing = SharingText(slot);
     uiSettingsFieldKeystroke->SetRemark(sharing);
-    uiSettingsTextKeystroke->setText(sharing.isEmpty() ? LegendOf(GetCommandKey()) : sharing);
+    uiSettingsTextKeystroke->setText(slot.keyCode == kNoKeyCode ? tr("Click the field, then press the keys.")
+                                     : sharing.isEmpty()        ? LegendOf(GetCommandKey())
+                                                                : sharing);
     ShowModifiers(slot);
     const bool isTuner = IsTunerSlot(fDrevixActionIndex);
     const int tag = slot.delay == kDelayOfNegativeTag ? -1 : slot.delay;

@@ -5,6 +5,7 @@
 #include "pane/editor_tables.h"
 #include "pane/pane_text.h"
 #include "pane/ring_values.h"
+#include "settings/prefs_list.h"
 
 #include <QSignalBlocker>
 #include <QStandardItemModel>
@@ -246,6 +247,9 @@ void DrevixPane::ShowAction() {
         MenuOf(*place.menu)->setCurrentIndex(place.menuPosition);
     }
     switch (place.tab) {
+    case DetailTab::Empty:
+        uiSettingsTextEmpty->setText(PlainActionText(slot->command));
+        break;
     case DetailTab::ToolMenu:
         uiSettingsMenuToolMenu->setCurrentIndex(FindInToolMenu(slot->crc));
         break;
@@ -260,6 +264,24 @@ void DrevixPane::ShowAction() {
         break;
     default:
         break;
+    }
+}
+
+// What there is to say of an action that has nothing more to choose.
+QString DrevixPane::PlainActionText(ActionCommand command) const {
+    switch (command) {
+    case kActionNone:
+        return tr("This control does nothing. Choose an action for it above.");
+    case kActionUseGlobal:
+        if (const AppPrefs *global = GetAppPrefs(fDrevixBase.get(), 0); global != nullptr) {
+            return tr("In the Global Settings: %1")
+                .arg(ActionText(global->device[0].action[fDrevixActionIndex]));
+        }
+        return {};
+    case kActionModeSwitch:
+        return tr("Changes what the ring does while you work.");
+    default:
+        return {};
     }
 }
 

@@ -71,6 +71,30 @@
 <context>
     <name>DrevixPaneView</name>
     <message>
+        <source>The program whose settings are shown; others are added at the end of the list</source>
+        <translation>Das Programm, dessen Einstellungen gezeigt werden; weitere kommen am Ende der Liste hinzu</translation>
+    </message>
+    <message>
+        <source>Click a control to choose what it does.</source>
+        <translation>Klicken Sie auf ein Bedienelement.</translation>
+    </message>
+    <message>
+        <source>Pushing and turning the ring</source>
+        <translation>Drücken und Drehen des Rings</translation>
+    </message>
+    <message>
+        <source>Turning the dial</source>
+        <translation>Drehen des Tuners</translation>
+    </message>
+    <message>
+        <source>The five buttons</source>
+        <translation>Die fünf Tasten</translation>
+    </message>
+    <message>
+        <source>Click here, then press the keys that the control is to press</source>
+        <translation>Hier klicken, dann die Tasten drücken, die das Bedienelement drücken soll</translation>
+    </message>
+    <message>
         <source>C&amp;hoose...</source>
         <translation>Wä&amp;hlen ...</translation>
     </message>
@@ -1189,6 +1213,26 @@
 <context>
     <name>drevix::DrevixPane</name>
     <message>
+        <source>This control does nothing. Choose an action for it above.</source>
+        <translation>Dieses Bedienelement tut nichts. Wählen Sie oben eine Aktion dafür.</translation>
+    </message>
+    <message>
+        <source>In the Global Settings: %1</source>
+        <translation>In den globalen Einstellungen: %1</translation>
+    </message>
+    <message>
+        <source>Changes what the ring does while you work.</source>
+        <translation>Wechselt während der Arbeit, was der Ring tut.</translation>
+    </message>
+    <message>
+        <source>The companion has no menu for these settings.</source>
+        <translation>Das Begleitgerät hat kein Menü für diese Einstellungen.</translation>
+    </message>
+    <message>
+        <source>Click the field, then press the keys.</source>
+        <translation>Auf das Feld klicken, dann die Tasten drücken.</translation>
+    </message>
+    <message>
         <source>The item could not be chosen</source>
         <translation>Das Objekt konnte nicht gewählt werden</translation>
     </message>
@@ -1210,7 +1254,7 @@
     </message>
     <message>
         <source>Open %1 (missing)</source>
-        <translation>%1 öffnen (fehlt)</translation>
+        <translation>Öffnen: %1 (fehlt)</translation>
     </message>
     <message>
         <source>Choose a menu entry</source>
@@ -1338,7 +1382,7 @@
     </message>
     <message>
         <source>Open %1</source>
-        <translation>%1 öffnen</translation>
+        <translation>Öffnen: %1</translation>
     </message>
     <message>
         <source>A&amp;ction</source>
@@ -1564,6 +1608,10 @@
 </context>
 <context>
     <name>drevix::ItemPanel</name>
+    <message>
+        <source>&amp;Item:</source>
+        <translation>&amp;Objekt:</translation>
+    </message>
     <message>
         <source>Choose an Item to Open</source>
         <translation>Objekt zum Öffnen wählen</translation>

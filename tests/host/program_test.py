@@ -39,6 +39,9 @@ picture = folder / "panel.png"
 for words, size in [(["--size", "800x600"], (800, 600)), (["--size=800x600", "--scale", "2"], (1600, 1200))]:
     expect("status of a picture", run("--picture", str(picture), "--app", "GIMP", "--control", "buttonII", *words)[0], 0)
     expect("size of the picture", picture_size(picture), size)
+light = picture.read_bytes()
+run("--picture", str(picture), "--app", "GIMP", "--control", "buttonII", "--size=800x600", "--scale", "2", "--dark")
+expect("a dark picture is the light one", picture.read_bytes() == light, False)
 expect("settings file after a picture", settings.exists(), False)
 
 # Wrong words: one line, nothing written.

@@ -98,6 +98,13 @@ TEST_F(Access, TabReachesEveryControl) {
     });
 }
 
+TEST_F(Access, KeyOfTheActionBox_LeadsToItsMenu) {
+    Start();
+    Find<QWidget>("uiSettingsBoxKeyShift")->setFocus();
+    QTest::keyClick(fWindow.get(), Qt::Key_C, Qt::AltModifier);
+    EXPECT_EQ(QApplication::focusWidget(), Menu("uiSettingsMenuAction"));
+}
+
 // A closed menu never steps through its entries: they would take effect one after the other.
 TEST_F(Access, ClosedMenu_OpensOnKeysAndLeavesTheWheelAlone) {
     Start();

@@ -165,11 +165,8 @@ TEST_F(Devices, Help_OpensThePageAboutTheFocus) {
     EXPECT_EQ(fOpened.addresses, QStringList{PageAddress("index.html")});
     static constexpr std::pair<const char *, const char *> kRows[] = {
         {"uiSettingsMenuTarget", "applications.html"},
-        {"uiSettingsRadioActive", "applications.html"},
         {"uiSettingsTabsImages", "controls.html"},
-        {"uiSettingsMenuNavRing", "controls.html"},
         {"uiSettingsMenuAction", "actions.html"},
-        {"uiSettingsMenuKeyRepeat", "actions.html"},
         {"uiPaneButtonInfo", "index.html"},
     };
     for (const auto &[widget, page] : kRows) {

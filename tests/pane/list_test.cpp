@@ -9,7 +9,6 @@
 #include <QAccessible>
 #include <QCheckBox>
 #include <QClipboard>
-#include <QElapsedTimer>
 #include <QLabel>
 #include <QLineEdit>
 
@@ -147,26 +146,6 @@ TEST_F(List, New_AddsAnApplicationWithTheGlobalSettings) {
     EXPECT_EQ(Targets()->currentText(), QStringLiteral("Aaaa Pear *"));
     qunsetenv("XDG_DATA_HOME");
     qunsetenv("XDG_DATA_DIRS");
-}
-
-TEST_F(List, ApplicationOfPath_NamesWhatIsThere) {
-    WriteWhole(fFolder.Path("a.desktop"),
-               "[Desktop Entry]\nType=Application\nName=Shown\nName[de]=Gezeigt\n");
-    const struct {
-        std::string path;
-        const char *fileName, *shownName;
-    } kRows[] = {{fFolder.Path("a.desktop"), "a", "Gezeigt"},
-                 {fFolder.Path("damaged.desktop"), "damaged.desktop", "damaged.desktop"},
-                 {"/opt/Foo.APP", "Foo", "Foo"},
-                 {"/opt/.app/", ".app", ".app"},
-                 {"/usr/bin/tool", "tool", "tool"},
-                 {"/", "", ""}};
-    for (const auto &row : kRows) {
-        const NewApplication chosen = ApplicationOfPath(row.path, "de_AT.UTF-8");
-        EXPECT_EQ(chosen.signature, kNoSignature);
-        EXPECT_EQ(chosen.fileName, row.fileName);
-        EXPECT_EQ(chosen.shownName, row.shownName);
-    }
 }
 
 // "Other..." takes a folder "NAME.app" for an application.
@@ -307,34 +286,6 @@ TEST_F(List, NamesOfEveryCharacter_AreShownAndKept) {
         EXPECT_EQ(saved.device[0].useSeparateNavSens, 1);
         EXPECT_EQ(std::ranges::count(records, saved.appFileName, &AppPrefs::appFileName), 1);
     }
-}
-
-// Time is told by comparison, so that a slow machine fails nothing: a redraw costs the same in a list of any
-// length.
-TEST_F(List, TenThousandRecords_DoNotSlowTheEditor) {
-    const auto timeOfEdits = [this] {
-        auto *const slider = Find<QSlider>("uiSettingsSliderNavSens");
-        QElapsedTimer timer;
-        timer.start();
-        for (int i = 0; i < 100; ++i) {
-            slider->setValue(i);
-        }
-        return timer.nsecsElapsed();
-    };
-    std::ignore = timeOfEdits();
-    const qint64 few = timeOfEdits();
-    std::vector<AppPrefs> records(10'000, MakeRecord(kNoSignature, "x"));
-    for (std::size_t i = 0; i < records.size(); ++i) {
-        getPascalString("Application " + std::to_string(i), records[i].appFileName.data(), 63);
-        records[i].appName = MakeRecord(0, "Application " + std::to_string(i % 1000)).appName;
-    }
-    int rebuilds = 0;
-    QObject::connect(Targets()->model(), &QAbstractItemModel::rowsInserted, [&] { ++rebuilds; });
-    EXPECT_EQ(fPane->ImportAppPrefs(WriteExport(records)), noErr);
-    EXPECT_EQ(rebuilds, 1);
-    EXPECT_EQ(Titles().size(), 10'005);
-    ASSERT_TRUE(fPane->showRecord(QString()));
-    EXPECT_LT(timeOfEdits(), 3 * few + 100'000'000) << "nanoseconds";
 }
 
 } // namespace
