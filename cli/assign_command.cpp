@@ -5,6 +5,8 @@
 #include "cli/session.h"
 #include "cli/text_table.h"
 #include "companion/korvane_crc.h"
+#include "companion/korvane_files.h"
+#include "companion/korvane_sync.h"
 #include "keyboard/key_names.h"
 #include "platform/json.h"
 #include "util/items_folder.h"
@@ -16,11 +18,14 @@
 namespace drevix {
 namespace {
 
+constexpr std::string_view kUnchanged = "nothing was changed";
+
 // An action as it is to stand in a slot.
 struct Choice {
     ActionCommand command = kActionNone;
     std::uint16_t modifiers = 0;
     std::uint8_t keyCode = kNoKeyCode;
+    std::uint16_t delay = 0;
     std::string menuTitle;
     std::string itemPath;
 };
@@ -123,6 +128,25 @@ Outcome ParseAction(std::span<const std::string> words, Choice *choice) {
                                                   : keyword->parse(Joined(words.subspan(1)), choice);
 }
 
+// The delay that --repeat gives, in ticks. The tuner repeats by being turned.
+Outcome ParseRepeat(const std::string &text, const ControlSlot &control, Choice *choice) {
+    constexpr std::int32_t kMostTicks = 65534; // the one above means that the key stays pressed
+    const bool isKeystroke = choice->command == kActionKeystroke;
+    const bool isScroll = choice->command >= kActionFirstScroll && choice->command <= kActionLastScroll;
+    if ((!isKeystroke && !isScroll) || control.group == ControlGroup::Tuner) {
+        return WrongUsage("only keystrokes and scrolling on the ring and the buttons take --repeat");
+    }
+    std::int32_t ticks = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), ticks);
+    const bool isNumber = error == std::errc() && end == text.data() + text.size();
+    if (!isNumber || ticks > kMostTicks || ticks < (isKeystroke ? -1 : 0)) {
+        return WrongUsage("--repeat is a number from 0 to 65534, or -1 for a keystroke, not " +
+                          QuotedText(text));
+    }
+    choice->delay = static_cast<std::uint16_t>(ticks);
+    return Done();
+}
+
 // The CRC of the entry that is meant. Where the companion has no file for the application, as on a machine
 // without it, any title is taken as it is written.
 Outcome FindMenuEntry(const std::string &title, const MenuTitles &titles, std::uint32_t *crc) {
@@ -153,6 +177,7 @@ Outcome ApplyChoice(const ControlSlot &control, const Choice &choice, const Menu
     ActionSlot &slot = record.device[0].action[control.slot];
     slot.modifiers = choice.modifiers;
     slot.keyCode = choice.keyCode;
+    slot.delay = choice.delay;
     slot.crc = crc;
     UpdateToolMenuAction(record, choice.command == kActionToolMenu ? control.slot : kNoSlot);
     return Done();
@@ -165,9 +190,32 @@ Outcome StoreItem(const Session &session, const std::string &path, ActionSlot &s
         return Failed("cannot assign opening " + QuotedText(path) +
                       " in these settings; nothing was changed; leave out --prefs");
     }
-    const OSErr status = MakeDrevixItem(path, &slot.data);
-    return status == noErr ? Done()
-                           : FailedFile("cannot assign opening", path, status, "nothing was changed");
+    OSErr status =
+        FindDrevixItemsFolder(kDrevixItemsFolderName.data(), kCreateFolder, nullptr, nullptr, nullptr);
+    if (status != noErr) {
+        return FailedFile("cannot use the folder of items to open,", "com.halcyra.drevix.stuff", status,
+                          kUnchanged);
+    }
+    status = MakeDrevixItem(path, &slot.data);
+    return status == noErr ? Done() : FailedFile("cannot assign opening", path, status, kUnchanged);
+}
+
+// Whether the companion's file says the same of a button: if it could not be written, what it says takes the
+// entry from the button again when the settings are next read.
+Outcome CheckMenuEntry(const Session &session, const ControlSlot &control, std::uint32_t crc) {
+    SyncFromKorvane(session.Base());
+    RecordNumber number = kNoRecord;
+    AppPrefs record{};
+    Outcome outcome = session.Find(&number, &record);
+    const ActionSlot &slot = record.device[0].action[control.slot];
+    if (outcome.IsDone() && (slot.command != kActionToolMenu || slot.crc != crc)) {
+        const auto folder = FindKorvaneName(record.application, record.appFileName.data());
+        return Failed(
+            "cannot write " + FindKorvaneFileForApp(folder.value_or("")) +
+            "; the settings have the entry, but lose it when they are next read; make the file writable "
+            "and assign it again");
+    }
+    return outcome;
 }
 
 PropertyListDictionary AssignmentEntry(const ControlSlot &control, const ActionSlot &slot,
@@ -215,6 +263,9 @@ Outcome AssignAction(const Request &request) {
     }
     Choice choice;
     Outcome outcome = ParseAction(request.arguments.subspan(1), &choice);
+    if (outcome.IsDone() && request.line.repeat) {
+        outcome = ParseRepeat(*request.line.repeat, *control, &choice);
+    }
     Session session(request);
     RecordNumber number = kNoRecord;
     AppPrefs before{};
@@ -237,6 +288,9 @@ Outcome AssignAction(const Request &request) {
     }
     if (outcome.IsDone()) {
         outcome = session.Save();
+    }
+    if (outcome.IsDone() && choice.command == kActionToolMenu && session.IsUsersOwn() && titles.HasFile()) {
+        outcome = CheckMenuEntry(session, *control, after.device[0].action[control->slot].crc);
     }
     if (outcome.IsDone()) {
         SayAssignments(request, *control, before, after, titles);

@@ -13,6 +13,7 @@ constexpr auto kOptions = std::to_array<OptionInfo>({
     {"--app",     "APP",  kAppOption,     "the record of this file name, letter case ignored", nullptr, &Line::app},
     {"--all",     "",     kAllOption,     "every record",                                      &Line::all, nullptr},
     {"--replace", "",     kReplaceOption, "take the place of records that exist",              &Line::replace, nullptr},
+    {"--repeat",  "TICKS", kRepeatOption, "repeat while held, every TICKS/60 second; 0: once", nullptr, &Line::repeat},
     {"--to",      "FILE", kToOption,      "the file to write, which must not exist",           nullptr, &Line::to},
     {"--json",    "",     0,              "print JSON for other programs to read",             &Line::json, nullptr},
     {"--prefs",   "FILE", 0,              "work on this settings file instead of the user's",  nullptr, &Line::prefs},

@@ -18,6 +18,7 @@ inline constexpr OptionSet kAppOption = 0x01;
 inline constexpr OptionSet kAllOption = 0x02;
 inline constexpr OptionSet kReplaceOption = 0x04;
 inline constexpr OptionSet kToOption = 0x08;
+inline constexpr OptionSet kRepeatOption = 0x10;
 
 // A command line: options, which may stand anywhere before "--", and the other words in order.
 struct CommandLine {
@@ -30,6 +31,7 @@ struct CommandLine {
     std::optional<std::string> prefs; // the settings file; absent: the user's
     std::optional<std::string> app;   // a record's file name; absent: the global record
     std::optional<std::string> to;
+    std::optional<std::string> repeat;
     OptionSet given = 0; // those of the options above that were there
 };
 

@@ -29,8 +29,10 @@ constexpr auto kCommands = std::to_array<Command>({
      "  menu TITLE               an entry of the companion dial's menu\n"
      "  a name or number         as 'drevixctl actions' lists them; the beginning of a\n"
      "                           name will do where only one action begins like that\n"
-     "Commands that change with it on other controls are shown too.\n",
-     2, kAnyNumber, kAppOption, 0, {Control, Action}, AssignAction},
+     "  open PATH                a file, folder, application or disk\n"
+     "Commands that change with it on other controls are shown too. --repeat is for\n"
+     "keystrokes and scrolling on the ring and the buttons; -1 keeps a key pressed.\n",
+     2, kAnyNumber, kAppOption | kRepeatOption, 0, {Control, Action}, AssignAction},
     {"set", "KEY VALUE", "change a value",
      "KEY is one of: configName (the name that is shown); active, clickEnabled (true\n"
      "or false); ringSensitivity, ringSpeed, tunerSensitivity (0 to 255);\n"

@@ -30,7 +30,7 @@ Words WordsOf(const Range &range, auto name) {
 constexpr auto kAsItIs = [](std::string_view word) { return word; };
 
 Words ActionWords() {
-    Words words{"none", "keystroke", "menu"};
+    Words words{"none", "keystroke", "menu", "open"};
     for (const ActionInfo &action : AllActions()) {
         words.emplace_back(action.title);
     }
@@ -114,7 +114,9 @@ Words WordsFor(std::span<const std::string> typed, const Surroundings &surroundi
     std::ignore = ParseCommandLine(before.first(before.size() - (isValue ? 1 : 0)), &line);
     const Command *command = line.words.empty() ? nullptr : FindCommand(line.words[0]);
     if (isValue) {
-        return waiting->bit == kAppOption ? RecordWords(line, surroundings) : Words{std::string(kFileNames)};
+        return waiting->bit == kAppOption      ? RecordWords(line, surroundings)
+               : waiting->bit == kRepeatOption ? Words{"-1", "0", "3", "6", "15", "30"} // as the panel offers
+                                               : Words{std::string(kFileNames)};
     }
     if (last.starts_with('-')) {
         return OptionWords(command);

@@ -90,7 +90,9 @@ Outcome ExportRecords(const Request &request) {
     auto next = records.begin();
     const OSErr status = WriteAppPrefsFile(path, [&] { return next == records.end() ? nullptr : *next++; });
     if (status != noErr) {
-        return FailedFile("cannot write", path, status, "the file is as it was");
+        // Only a folder can be missing where a file is to be made.
+        return FailedFile("cannot write", path, status == fnfErr ? dirNFErr : status,
+                          "the file is as it was");
     }
     if (request.line.json) {
         PropertyListDictionary result;

@@ -46,13 +46,8 @@ void PrintMenu(const Request &request, const AppPrefs &record, const MenuTitles 
 
 Outcome ListMenu(const Request &request) {
     Session session(request);
-    RecordNumber number = kNoRecord;
     AppPrefs record{};
-    Outcome outcome = session.OpenForReading();
-    if (outcome.IsDone()) {
-        outcome = session.Find(&number, &record);
-    }
-    if (!outcome.IsDone()) {
+    if (Outcome outcome = session.OpenForReading(&record); !outcome.IsDone()) {
         return outcome;
     }
     const MenuTitles titles(record);

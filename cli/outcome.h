@@ -46,7 +46,12 @@ inline std::string QuotedText(std::string_view text) {
 inline Outcome FailedFile(std::string_view what, std::string_view file, OSErr status,
                           std::string_view unchanged) {
     std::string message(what);
-    message.append(" ").append(file).append(": ").append(StatusText(status)).append("; ").append(unchanged);
+    message.append(" ")
+        .append(file.empty() ? R"("")" : file)
+        .append(": ")
+        .append(StatusText(status))
+        .append("; ")
+        .append(unchanged);
     return Failed(std::move(message));
 }
 

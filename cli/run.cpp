@@ -31,7 +31,9 @@ std::string UsageOf(const Command &command) {
     std::string options;
     for (const OptionInfo &option : AllOptions()) {
         if ((command.options & option.bit) != 0) {
-            options.append(options.empty() ? "" : "|").append(Spelled(option));
+            // "--all" stands for "--app".
+            const std::string_view between = option.bit == kAllOption ? "|" : "] [";
+            options.append(options.empty() ? "" : between).append(Spelled(option));
         }
     }
     if (!options.empty()) {

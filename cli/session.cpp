@@ -69,6 +69,12 @@ Outcome Session::OpenForReading() {
     return Load(Purpose::Reading);
 }
 
+Outcome Session::OpenForReading(AppPrefs *record) {
+    RecordNumber number = kNoRecord;
+    Outcome outcome = OpenForReading();
+    return outcome.IsDone() ? Find(&number, record) : outcome;
+}
+
 Outcome Session::OpenForChanging() {
     if (Outcome outcome = LocateAndLock(); !outcome.IsDone()) {
         return outcome;

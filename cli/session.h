@@ -23,7 +23,9 @@ class Session {
     // missing stands for the factory settings; so does one that is refused, which a line on standard error
     // then says. Failed when the file is there but cannot be read, or there are no factory settings either.
     Outcome OpenForReading();
-    // The same, to Save later: other programs that do this wait until the session ends. A refused file is
+    // The same, and a copy of the record that --app names. Failed as OpenForReading or Find.
+    Outcome OpenForReading(AppPrefs *record);
+    // As the first, to Save later: other programs that do this wait until the session ends. A refused file is
     // kept aside; Failed when that is not possible.
     Outcome OpenForChanging();
 

@@ -99,13 +99,8 @@ Outcome ListRecords(const Request &request) {
 
 Outcome ShowRecord(const Request &request) {
     Session session(request);
-    RecordNumber number = kNoRecord;
     AppPrefs record{};
-    Outcome outcome = session.OpenForReading();
-    if (outcome.IsDone()) {
-        outcome = session.Find(&number, &record);
-    }
-    if (!outcome.IsDone()) {
+    if (Outcome outcome = session.OpenForReading(&record); !outcome.IsDone()) {
         return outcome;
     }
     if (request.line.json) {

@@ -1,6 +1,7 @@
 #include "companion/korvane_files.h"
 
 #include "platform/files.h"
+#include "platform/shared_file.h"
 #include "platform/status.h"
 #include "platform/xml_document.h"
 #include "settings/pascal_strings.h"
@@ -153,7 +154,7 @@ std::optional<KorvaneHotKeyList> LoadKorvaneFile(const std::string &path) {
     for (int readings = 1;; ++readings) {
         std::string bytes;
         bool isWellFormed = false;
-        const OSErr status = ReadXmlBytes(path, &bytes);
+        const OSErr status = ReadSharedFile(path, kXmlMaxBytes, &bytes);
         if (status != noErr && status != fBsyErr) {
             return std::nullopt;
         }
@@ -179,7 +180,7 @@ std::string KorvaneFileText(const KorvaneHotKeyList &list) {
 }
 
 bool SaveKorvanePrefs(const KorvaneHotKeyList &list, const std::string &path) {
-    return !list.HotKeys.empty() && !list.isPartial && WriteXmlBytes(path, KorvaneFileText(list)) == noErr;
+    return !list.HotKeys.empty() && !list.isPartial && WriteSharedFile(path, KorvaneFileText(list)) == noErr;
 }
 
 bool SaveKorvanePrefsForApp(const KorvaneHotKeyList &list, std::string_view folder) {
@@ -188,7 +189,8 @@ bool SaveKorvanePrefsForApp(const KorvaneHotKeyList &list, std::string_view fold
 
 bool IsKorvaneFileUnchanged(const KorvaneHotKeyList &list, std::string_view folder) {
     std::string bytes;
-    return ReadXmlBytes(FindKorvaneFileForApp(folder), &bytes) == noErr && bytes == list.bytes;
+    return ReadSharedFile(FindKorvaneFileForApp(folder), kXmlMaxBytes, &bytes) == noErr &&
+           bytes == list.bytes;
 }
 
 } // namespace drevix

@@ -170,7 +170,7 @@ void SyncAppFromKorvane(QBaseHandle base, OSType creator, ConstStringPtr fileNam
         folder = FindKorvaneName(creator, fileName).value_or("");
     }
     const auto list = folder.empty() ? std::nullopt : LoadKorvaneFileForApp(folder);
-    if (!list) {
+    if (!list || list->isPartial) { // what could not be read is no reason to free a button
         return;
     }
     const BaseLock lock(base);

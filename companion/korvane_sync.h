@@ -19,7 +19,8 @@ namespace drevix {
 std::int32_t SyncToKorvane(QBaseHandle base);
 
 // Takes the buttons' menu entries of every companion application's record from its hotkey file. A record
-// whose file is missing keeps what it has. Records are changed in place; the base then counts as changed.
+// whose file is missing or damaged keeps what it has. Records are changed in place; the base then counts as
+// changed.
 void SyncFromKorvane(QBaseHandle base);
 // The same for one application: the record with this file name, or creator where the name is null, from the
 // file in that folder. Without a folder (empty) it is the one of the row that creator and name select, if any.

@@ -34,21 +34,45 @@ std::string KeystrokeText(const ActionSlot &slot) {
     return stringWithPascalString(name.data());
 }
 
+// "ctrl+shift", empty for none.
+std::string ModifiersText(std::uint16_t modifiers) {
+    Str255 name{};
+    GetModifiersName(0, static_cast<std::uint8_t>(modifiers >> 8), name.data(), 255);
+    const std::string text = stringWithPascalString(name.data());
+    return text.substr(0, text.rfind('+'));
+}
+
 std::string ItemText(const ActionSlot &slot) {
     const DrevixItem item = ResolveDrevixItem(slot.data);
     return item.path.empty() ? "(gone)" : item.path + (item.exists ? "" : " (gone)");
 }
 
+// What goes with the command.
+std::string DetailText(const ActionSlot &slot) {
+    if (slot.command == kActionKeystroke) {
+        return " " + KeystrokeText(slot);
+    }
+    if (slot.command == kActionOpenItem) {
+        return " " + ItemText(slot);
+    }
+    if (slot.command == kActionToolMenu) {
+        return " number " + std::to_string(slot.crc);
+    }
+    const bool scrolls = slot.command >= kActionFirstScroll && slot.command <= kActionLastScroll;
+    const std::string modifiers = scrolls ? ModifiersText(slot.modifiers) : "";
+    return modifiers.empty() ? "" : " with " + modifiers;
+}
+
+std::string RepeatText(std::uint16_t delay) {
+    constexpr std::uint16_t kHeld = 0xFFFF;
+    return delay == 0 ? "" : delay == kHeld ? ", kept pressed" : ", every " + std::to_string(delay) + "/60 s";
+}
+
 std::string ActionText(const ActionSlot &slot) {
     const ActionInfo *action = FindAction(slot.command);
-    std::string text =
+    const std::string title =
         action != nullptr ? std::string(action->title) : "action " + std::to_string(slot.command);
-    if (slot.command == kActionKeystroke) {
-        text += " " + KeystrokeText(slot);
-    } else if (slot.command == kActionOpenItem) {
-        text += " " + ItemText(slot);
-    }
-    return text;
+    return title + DetailText(slot) + RepeatText(slot.delay);
 }
 
 // The record for an application; the global one when it has none, null when there is not even that.

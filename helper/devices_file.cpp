@@ -1,6 +1,6 @@
 #include "helper/devices_file.h"
 
-#include "platform/file_update.h"
+#include "platform/shared_file.h"
 #include "platform/status.h"
 
 #include <algorithm>
@@ -14,6 +14,8 @@ namespace {
 
 constexpr std::string_view kBlanks = " \t\r";
 constexpr std::size_t kSerialDigits = 14;
+constexpr std::size_t kMostBytes = 65536; // of a file
+constexpr std::size_t kShownBytes = 40;   // of a word that is no field
 
 // Reads all of a text as a number.
 std::optional<unsigned> ReadNumber(std::string_view text, int base) {
@@ -117,7 +119,8 @@ bool TakeWord(std::string_view *text, ConnectedDevice *device, std::string *prob
     const std::string_view name = text->substr(0, equals);
     const auto *field = std::ranges::find(kFields, name, &Field::name);
     if (equals == text->size() || field == kFields.end()) {
-        *problem = "there is no field \"" + std::string(name.substr(0, name.find_first_of(kBlanks))) + "\"";
+        const std::string_view word = name.substr(0, name.find_first_of(kBlanks)).substr(0, kShownBytes);
+        *problem = "there is no field \"" + std::string(word) + "\"";
         return false;
     }
     text->remove_prefix(equals + 1);
@@ -170,9 +173,9 @@ bool ParseDevices(std::string_view text, DeviceList *list, std::string *problem)
 
 bool ReadDevices(const std::string &path, DeviceList *list, std::string *problem) {
     std::string text;
-    const OSErr status = ReadWholeFile(path, &text);
+    const OSErr status = ReadSharedFile(path, kMostBytes, &text);
     if (status != noErr && status != fnfErr && status != dirNFErr) {
-        *problem = StatusText(status);
+        *problem = status == -1 ? "it is no file of at most 64 KiB" : StatusText(status);
         return false;
     }
     return ParseDevices(text, list, problem);

@@ -7,7 +7,8 @@ namespace drevix {
 
 class FileWatch {
   public:
-    // Watches the file's folder, since a file may be replaced by another; a folder that is missing is not watched.
+    // Watches the file's folder, since a file may be replaced by another, and while that is missing the nearest
+    // one above it. The file that a link leads to is not watched, only the link.
     explicit FileWatch(const std::string &path);
     FileWatch(const FileWatch &) = delete;
     FileWatch &operator=(const FileWatch &) = delete;
@@ -15,12 +16,18 @@ class FileWatch {
 
     // Can be read when something happened in the folder; -1 when nothing is watched.
     [[nodiscard]] int Descriptor() const { return fDescriptor; }
-    // Whether something happened to the file since the last call.
+    // Whether something may have happened to the file since the last call.
     [[nodiscard]] bool TakeChange();
 
   private:
+    void Watch();
+    [[nodiscard]] int WatchNearest() const;
+    [[nodiscard]] bool IsChange(const char *name, unsigned what) const;
+
+    std::string fPath;
     std::string fName;
     int fDescriptor;
+    int fWatch = -1; // the one folder that is watched
 };
 
 } // namespace drevix

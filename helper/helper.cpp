@@ -8,6 +8,7 @@
 #include "settings/device_prefs.h"
 #include "settings/pascal_strings.h"
 
+#include <algorithm>
 #include <chrono>
 #include <iostream>
 #include <poll.h>
@@ -27,13 +28,24 @@ constexpr milliseconds kWait{60000}; // whatever happens ends it
 // Handlers have no object of their own.
 Helper *gHelper = nullptr;
 
-void Complain(const std::string &problem) {
+// In one line, whatever a file or its name holds.
+void Complain(std::string problem) {
+    std::ranges::replace_if(
+        problem, [](char c) { return static_cast<unsigned char>(c) < ' ' || c == '\x7F'; }, '?');
     std::cerr << "DrevixHelper: " << problem << std::endl;
 }
 
 bool IsReadable(int descriptor) {
     pollfd waited{descriptor, POLLIN, 0};
     return ::poll(&waited, 1, 0) > 0;
+}
+
+// The folder may be missing on a new account.
+OSErr FindPreferences(std::string *path) {
+    std::int16_t volume = 0;
+    std::int32_t folder = 0;
+    const OSErr status = FindFolder(kOnSystemDisk, kPreferencesFolderType, kCreateFolder, &volume, &folder);
+    return status == noErr ? FindDevicePrefsPath(path) : status;
 }
 
 void TellDevices(const DeviceList &list) {
@@ -82,9 +94,10 @@ int Helper::Run(int endDescriptor) {
 
 bool Helper::FindFiles() {
     std::string preferences;
-    const OSErr status = FindDevicePrefsPath(&preferences);
+    const OSErr status = FindPreferences(&preferences);
     if (status != noErr && (fOptions.prefs.empty() || fOptions.devicesFile.empty())) {
-        Complain("cannot find the preferences folder: " + std::string(StatusText(status)));
+        Complain("cannot use the preferences folder: " + std::string(StatusText(status)) +
+                 "; give --prefs and --devices");
         return false;
     }
     fPrefsPath = fOptions.prefs.empty() ? preferences : fOptions.prefs;

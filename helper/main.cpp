@@ -33,6 +33,8 @@ int OpenEndRequests() {
         sigaddset(&requests, number);
     }
     sigprocmask(SIG_BLOCK, &requests, nullptr);
+    // Who reads the output may end, such as the terminal of the panel that started the helper.
+    std::ignore = std::signal(SIGPIPE, SIG_IGN);
     return ::signalfd(-1, &requests, SFD_CLOEXEC | SFD_NONBLOCK);
 }
 

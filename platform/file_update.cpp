@@ -420,7 +420,7 @@ OSErr FolderLock::Acquire(const std::string &folder) {
     }
     const int descriptor = CurrentDisk().Open(folder.c_str(), O_RDONLY | O_DIRECTORY, 0);
     if (descriptor < 0) {
-        return LastError();
+        return errno == ENOENT ? dirNFErr : LastError();
     }
     constexpr int kTries = 500; // five seconds
     if (const OSErr status = LockWithin(descriptor, kTries); status != noErr) {

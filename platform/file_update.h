@@ -83,7 +83,7 @@ class FolderLock {
     FolderLock &operator=(const FolderLock &) = delete;
     ~FolderLock();
 
-    // Waits up to five seconds. noErr, fBsyErr, or why the folder could not be opened.
+    // Waits up to five seconds. noErr, fBsyErr, or why the folder could not be opened: dirNFErr, ...
     [[nodiscard]] OSErr Acquire(const std::string &folder);
 
   private:

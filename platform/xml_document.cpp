@@ -1,7 +1,5 @@
 #include "platform/xml_document.h"
 
-#include "platform/disk.h"
-#include "platform/file_update.h"
 #include "platform/property_list_text.h"
 #include "platform/status.h"
 #include "platform/xml_text.h"
@@ -10,10 +8,8 @@
 #include <libxml/parserInternals.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <cstring>
 #include <exception>
-#include <fcntl.h>
 #include <new>
 #include <utility>
 
@@ -330,78 +326,7 @@ void AppendNode(std::string &out, const XmlNode &node, std::size_t depth) {
     out += depth == kInline ? "" : "\n";
 }
 
-OSErr WriteAll(FileRef file, std::string_view bytes) {
-    // The transfer's buffer serves reading too; writing leaves it alone.
-    IOParam transfer = {
-        file, const_cast<char *>(bytes.data()), static_cast<std::int32_t>(bytes.size()), 0, fsAtMark, 0};
-    return PBWriteSync(&transfer);
-}
-
-// Without emptying the file first: who looks at it meanwhile, or after a death on the way, finds it whole.
-OSErr WriteSameBytes(const std::string &path, std::string_view bytes) {
-    FileRef file = 0;
-    OSErr status = OpenFile(path, fsRdWrPerm, &file);
-    if (status == noErr) {
-        status = WriteAll(file, bytes);
-        FSClose(file);
-    }
-    return status;
-}
-
-OSErr WriteNewBytes(const std::string &path, std::string_view bytes) {
-    FileUpdate update;
-    OSErr status = update.Open(path, UpdateMethod::InPlace);
-    if (status == noErr) {
-        status = WriteAll(update.File(), bytes);
-    }
-    if (status == noErr) {
-        // Another program may have written more since the file was emptied.
-        status = SetEOF(update.File(), static_cast<std::int64_t>(bytes.size()));
-    }
-    return status == noErr ? update.Commit() : status;
-}
-
 } // namespace
-
-OSErr ReadXmlBytes(const std::string &path, std::string *bytes) try {
-    if (path.find('\0') != std::string::npos) {
-        return bdNamErr;
-    }
-    Disk &disk = CurrentDisk();
-    const int descriptor = disk.Open(path.c_str(), O_RDONLY | O_NOCTTY | O_NONBLOCK, 0);
-    if (descriptor < 0) {
-        return StatusFromErrno(errno);
-    }
-    struct stat found {};
-    OSErr status = disk.StatusOf(descriptor, &found) == 0 ? noErr : StatusFromErrno(errno);
-    if (status == noErr && (!S_ISREG(found.st_mode) || found.st_size > static_cast<off_t>(kXmlMaxBytes))) {
-        status = kDamaged;
-    }
-    FileRef file = 0;
-    if (status != noErr) {
-        disk.Close(descriptor);
-    } else {
-        status = AdoptDescriptor(descriptor, fsRdPerm, &file);
-    }
-    if (status != noErr) {
-        return status;
-    }
-    std::string read(static_cast<std::size_t>(found.st_size) + 1, '\0');
-    auto count = static_cast<std::int32_t>(read.size());
-    status = FSRead(file, &count, read.data());
-    FSClose(file);
-    if (status == noErr) {
-        return fBsyErr; // the end did not come where it was
-    }
-    if (status == eofErr) {
-        read.resize(static_cast<std::size_t>(count));
-        *bytes = std::move(read);
-        status = noErr;
-    }
-    return status;
-} catch (const std::bad_alloc &) {
-    return memFullErr;
-}
 
 OSErr ParseXmlDocument(std::string_view bytes, XmlReading reading, XmlDocument *document) try {
     if (bytes.size() > kXmlMaxBytes) {
@@ -463,14 +388,6 @@ std::string XmlDocumentText(const XmlNode &root) {
     std::string out(kHead);
     AppendNode(out, root, 0);
     return out;
-}
-
-OSErr WriteXmlBytes(const std::string &path, std::string_view bytes) try {
-    std::string old;
-    const bool isSame = ReadXmlBytes(path, &old) == noErr && old == bytes;
-    return isSame ? WriteSameBytes(path, bytes) : WriteNewBytes(path, bytes);
-} catch (const std::bad_alloc &) {
-    return memFullErr;
 }
 
 } // namespace drevix

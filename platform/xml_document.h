@@ -51,10 +51,6 @@ inline constexpr std::size_t kXmlMaxNodes = std::size_t{1} << 19;
 inline constexpr std::size_t kXmlMaxDepth = 64;       // elements within one another
 inline constexpr std::size_t kXmlMaxAttributes = 100; // of one element
 
-// The bytes of a regular file of at most kXmlMaxBytes. noErr; -1 for a longer file or one that is none (a
-// pipe is not waited for); fBsyErr when it grew meanwhile; memFullErr; or the file's error.
-[[nodiscard]] OSErr ReadXmlBytes(const std::string &path, std::string *bytes);
-
 // Reads a document: UTF-8, UTF-16, or the encoding that its declaration names, Mac OS Roman as "macintosh" or
 // "x-mac-roman" among them. noErr; -1, with *document unchanged, for one that is refused: not well-formed, or
 // without any element, in an unknown encoding, with declarations in its document type, or beyond the bounds;
@@ -74,10 +70,5 @@ inline constexpr std::size_t kXmlMaxAttributes = 100; // of one element
 // one line, with all blanks as they are, so that reading gives the same texts for ever. Characters that XML
 // forbids become U+FFFD. May throw std::bad_alloc.
 [[nodiscard]] std::string XmlDocumentText(const XmlNode &root);
-
-// Writes the bytes to the file itself, so that its links, owner and mode stay, or makes it. noErr, or the
-// file's error; after a failure its old bytes and length are back. A file that holds these very bytes is
-// written over them, and at no moment holds anything else.
-[[nodiscard]] OSErr WriteXmlBytes(const std::string &path, std::string_view bytes);
 
 } // namespace drevix

@@ -60,6 +60,7 @@ class Completion(unittest.TestCase):
             ("drevixctl show --app=My", ["My\\ Painter"]),
             ("drevixctl --app My\\ Painter del", ["delete"]),
             ("drevixctl export --a", ["--app", "--all"]),
+            ("drevixctl assign ringCW scroll up --repeat 3", ["3", "30"]),
             ("drevixctl list --a", []),
             ("drevixctl help che", ["check"]),
             ("drevixctl import a", ["a file"]),

@@ -151,14 +151,10 @@ TEST_F(DamagedFile, Check_SaysWhatIsWrongInWords) {
     const std::size_t global = 64 + 3 * 4 + 10;
     for (const Row &row : std::initializer_list<Row>{
              {0, "QBSE", "other byte order"},
-             {0, "PNG\r", "another kind of file"},
              {8, {9, 0}, "format version 9"},
-             {4, "XYZP", "type \"PZYX\""},
              {12, {9}, "announces 9 records"},
              {64, {-1, -1, -1, -1}, "index entry 0 leads outside"},
-             {68, {0, 0, 0, 0}, "index entries"},
              {global - 10, {3, 0}, "record 0 at byte 0 of the record data is damaged: its size is 3"},
-             {global - 6, {-1, -1, -1, -1}, "its length does not fit"},
              {64, {2}, "record 0 at byte 0 of the record data is damaged, or it is not in the index"},
          }) {
         std::string bytes = fWhole;

@@ -1,8 +1,11 @@
 #include "companion/korvane_crc.h"
 #include "companion/korvane_files.h"
+#include "platform/disk.h"
 #include "settings/action_commands.h"
 #include "tests/cli/program.h"
 
+#include <cerrno>
+#include <fcntl.h>
 #include <filesystem>
 
 namespace drevix {
@@ -58,6 +61,24 @@ TEST_F(Menu, Assign_FindsTheTitleAndTellsTheCompanion) {
                 HasSubstr("does not work on this control"));
     Do("assign buttonIII none");
     EXPECT_EQ(Device(1), "");
+}
+
+// It said that all was well, and the button was empty at the next look.
+TEST_F(Menu, UnwritableFile_IsTold) {
+    class ReadOnlyHotKeys : public Disk {
+        int Open(const char *path, int flags, mode_t mode) override {
+            const bool isRefused = std::string_view(path).ends_with("/~hotkeys") && (flags & O_RDWR) != 0;
+            errno = EACCES;
+            return isRefused ? -1 : Disk::Open(path, flags, mode);
+        }
+    } disk;
+    Disk *const before = SetDisk(&disk);
+    const test::Result result = Run("assign buttonI menu Filter");
+    SetDisk(before);
+    EXPECT_EQ(result.status, ExitStatus::Failed);
+    EXPECT_THAT(result.err,
+                HasSubstr("cannot write " + FindKorvaneFileForApp("_System_") + "; the settings have"));
+    EXPECT_EQ(result.out, "");
 }
 
 TEST_F(Menu, OtherSettingsFiles_AreNotTheCompanions) {

@@ -35,8 +35,8 @@ class Peer {
     std::FILE *fPipe;
 };
 
-// A hotkey file as the companion writes one, of rows "Menu|Key|Device|Modifier|VirtualKey"; missing values are
-// empty.
+// A hotkey file as the companion writes one, of rows "Menu|Key|Device|Modifier|VirtualKey"; missing values
+// are empty.
 std::string HotKeyFile(const std::vector<std::string> &rows, std::string_view target = "Some App");
 // The hotkeys of a file as such rows, and a last row that says what is partial; {"nothing"} for no list.
 std::vector<std::string> Rows(const std::optional<KorvaneHotKeyList> &list);

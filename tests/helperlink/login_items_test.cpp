@@ -66,10 +66,6 @@ class LoginItems : public ::testing::Test {
     const std::string fEntry = fFolder.Preferences() + "/autostart/DrevixHelper.desktop";
 };
 
-Paths Many(std::size_t count, const std::string &path) {
-    return Paths(count, path);
-}
-
 Paths operator+(Paths a, const Paths &b) {
     a.insert(a.end(), b.begin(), b.end());
     return a;
@@ -85,35 +81,29 @@ TEST_F(LoginItems, Add_LeavesOneEntryOfTheHelper) {
         std::int16_t replace;
         const char *name;
     };
+    const std::string made = "/new/DrevixHelper.app*";
     const Row rows[] = {
-        {"nothing listed", {}, {"/new/DrevixHelper.app*"}, 0, 1, nullptr},
-        {"another application only", {kept}, {kept, "/new/DrevixHelper.app*"}, 0, 1, nullptr},
-        {"registered", {kept, kHelper}, {kept, kHelper}, 1, 1, nullptr},
-        {"in other letter case", {"/NEW/drevixhelper.APP"}, {"/NEW/drevixhelper.APP"}, 1, 1, nullptr},
-        {"older copy first", {old, kept, kHelper}, {"/new/DrevixHelper.app*", kept}, 1, 1, nullptr},
-        {"older copy last", {kHelper, kept, old}, {"/new/DrevixHelper.app*", kept}, 1, 1, nullptr},
-        {"older copies only", {kept, old, old}, {kept, "/new/DrevixHelper.app*"}, 0, 1, nullptr},
+        {"another application only", {kept}, {kept, made}, 0, 1, nullptr},
+        {"in other letter case",
+         {kept, "/NEW/drevixhelper.APP"},
+         {kept, "/NEW/drevixhelper.APP"},
+         1,
+         1,
+         nullptr},
+        {"older copy first", {old, kept, kHelper}, {made, kept}, 1, 1, nullptr},
+        {"older copy last", {kHelper, kept, old}, {made, kept}, 1, 1, nullptr},
+        {"older copies only", {kept, old, old}, {kept, made}, 0, 1, nullptr},
         {"older copy in other case",
          {"/old/drevixhelper.app"},
-         {"/old/drevixhelper.app", "/new/DrevixHelper.app*"},
+         {"/old/drevixhelper.app", made},
          0,
          1,
          nullptr},
-        {"older copy is to stay", {old}, {old, "/new/DrevixHelper.app*"}, 0, 0, nullptr},
-        {"exact, and an older copy that is to stay",
-         {old, kHelper},
-         {"/new/DrevixHelper.app*"},
-         1,
-         0,
-         nullptr},
-        {"by a further name", {"/x/Former.app", kept}, {"/new/DrevixHelper.app*", kept}, 0, 1, "Former.app"},
-        {"more than 16", Many(18, old), Paths{"/new/DrevixHelper.app*"} + Many(2, old), 0, 1, nullptr},
-        {"exact behind 16",
-         Many(16, old) + Paths{kHelper},
-         {"/new/DrevixHelper.app*", kHelper},
-         0,
-         1,
-         nullptr},
+        {"older copy is to stay", {old}, {old, made}, 0, 0, nullptr},
+        {"exact, and an older copy that is to stay", {old, kHelper}, {made}, 1, 0, nullptr},
+        {"by a further name", {"/x/Former.app", kept}, {made, kept}, 0, 1, "Former.app"},
+        {"more than 16", Paths(18, old), Paths{made} + Paths(2, old), 0, 1, nullptr},
+        {"exact behind 16", Paths(16, old) + Paths{kHelper}, {made, kHelper}, 0, 1, nullptr},
     };
     for (const Row &row : rows) {
         WriteItems(row.before);
@@ -141,7 +131,7 @@ TEST_F(LoginItems, Remove_TakesTheFirstSixteen) {
     std::uint16_t removed = 7;
     EXPECT_EQ(RemoveLoginItem("Tool.app", &removed), resNotFound);
     EXPECT_EQ(ReadWhole(fPath), "") << "a missing file is made";
-    WriteItems(Many(17, "/a/Tool.app") + Paths{"/a/tool.app"});
+    WriteItems(Paths(17, "/a/Tool.app") + Paths{"/a/tool.app"});
     EXPECT_EQ(RemoveLoginItem("Tool.app", &removed), noErr);
     EXPECT_EQ(removed, 16);
     EXPECT_EQ(Items(), Paths({"/a/Tool.app", "/a/tool.app"}));
@@ -181,25 +171,19 @@ TEST_F(LoginItems, FilesOfOthers_AreNeverWrittenOver) {
 }
 
 TEST_F(LoginItems, AnyFault_LeavesTheOldItems) {
-    for (int failAt = 1;; ++failAt) {
+    const auto run = [&](int failAt, Lasts lasts) {
         WriteItems({"/old/DrevixHelper.app"});
         const std::string before = ReadWhole(fPath);
         std::int32_t status = noErr;
-        bool wasHit = false;
-        {
-            FaultyDisk faults(failAt, Lasts::ForEver, EIO);
-            status = AddLoginItem(kHelper, nullptr, 0, 1, nullptr);
-            wasHit = faults.WasHit();
-        }
-        if (!wasHit) {
-            EXPECT_EQ(status, noErr);
-            EXPECT_GT(failAt, 5);
-            break;
-        }
+        const bool wasHit =
+            MeetsFault(failAt, lasts, EIO, [&] { status = AddLoginItem(kHelper, nullptr, 0, 1, nullptr); });
         const bool isNew = ReadWhole(fPath) != before; // only the folder's flush can still fail then
         EXPECT_TRUE(!isNew || Items() == Paths{"/new/DrevixHelper.app*"}) << failAt;
+        EXPECT_TRUE(wasHit || (status == noErr && isNew));
         EXPECT_EQ(ScratchFolder::Names(fFolder.Preferences()), Paths{"loginwindow.plist"}) << failAt;
-    }
+        return wasHit;
+    };
+    ForEachFault(5, run, {Lasts::ForEver});
 }
 
 TEST_F(LoginItems, ItemsWithAProgram_AreStartedByTheDesktop) {

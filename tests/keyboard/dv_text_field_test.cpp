@@ -13,9 +13,7 @@ TEST(DvTextField, Marks_AreReplacedInTheTemplate) {
     } kRows[] = {
         {"Version: ##", QStringLiteral("1.2"), "Version: 1.2"},
         {"Version: ##", std::nullopt, "Version: -"},
-        {"Version: ##", QString(), "Version: "},
         {"##/##", QStringLiteral("a##b"), "a##b/a##b"},
-        {"no mark #", QStringLiteral("1.2"), "no mark #"},
     };
     for (const auto &row : kRows) {
         DvTextField field;

@@ -47,15 +47,9 @@ struct LayoutRow {
 // Mac OS Roman lacks (the French small 2, the Czech y with acute) the US one.
 TEST(KeyboardLayout, Layouts_GiveWhatIsPrintedOnTheKeys) {
     const LayoutRow rows[] = {
-        {"us", "", "`1234567890-=", "qwertyuiop[]", "asdfghjkl;'\\", "<zxcvbnm,./", '.'},
-        {"de", "", "^1234567890\u00DF\u00B4", "qwertzuiop\u00FC+", "asdfghjkl\u00F6\u00E4#", "<yxcvbnm,.-",
-         ','},
         {"fr", "", "`&\u00E9\"'(-\u00E8_\u00E7\u00E0)=", "azertyuiop^$", "qsdfghjklm\u00F9*", "<wxcvbn,;:!",
          '.'},
-        {"ch", "", "\u00A71234567890'^", "qwertzuiop\u00FC\u00A8", "asdfghjkl\u00F6\u00E4$", "<yxcvbnm,.-",
-         '.'},
         {"us", "dvorak", "`1234567890[]", "',.pyfgcrl/=", "aoeuidhtns-\\", "<;qjkxbmwvz", '.'},
-        {"ru", "", "`1234567890-=", "qwertyuiop[]", "asdfghjkl;'\\", "<zxcvbnm,./", '.'},
         {"ru,de", "", "^1234567890\u00DF\u00B4", "qwertzuiop\u00FC+", "asdfghjkl\u00F6\u00E4#", "<yxcvbnm,.-",
          ','},
         {"gr", "", "`1234567890-=", "qwertyuiop[]", "asdfghjkl;'\\", "<zxcvbnm,./", '.'},
@@ -72,13 +66,6 @@ TEST(KeyboardLayout, Layouts_GiveWhatIsPrintedOnTheKeys) {
         EXPECT_EQ(table[65], row.decimal);
         EXPECT_EQ(table[87], '5') << "keypad digits are those of every layout";
     }
-}
-
-TEST(KeyboardLayout, UnknownLayout_GivesNone) {
-    KeyboardCharacters characters;
-    characters.fill(7);
-    EXPECT_FALSE(KeyboardCharactersOfLayout({"", "", "nosuchlayout", "", ""}, &characters));
-    EXPECT_EQ(characters[30], 7);
 }
 
 // A program's own table is that of the environment it runs in; a configured layout that does not exist is no
@@ -150,13 +137,10 @@ struct ScanRow {
 // The scan codes are typed into the table; here they come from the kernel's header.
 TEST(KeyCodes, ScanCodes_AreTheKernels) {
     const ScanRow rows[] = {
-        {KEY_A, 0},          {KEY_102ND, 10},   {KEY_Q, 12},        {KEY_6, 22},         {KEY_5, 23},
-        {KEY_EQUAL, 24},     {KEY_MINUS, 27},   {KEY_ENTER, 36},    {KEY_BACKSLASH, 42}, {KEY_GRAVE, 50},
-        {KEY_BACKSPACE, 51}, {KEY_ESC, 53},     {KEY_LEFTMETA, 55}, {KEY_KPDOT, 65},     {KEY_NUMLOCK, 71},
-        {KEY_KPENTER, 76},   {KEY_KP0, 82},     {KEY_KP9, 92},      {KEY_F5, 96},        {KEY_F10, 109},
-        {KEY_F12, 111},      {KEY_F13, 105},    {KEY_F15, 113},     {KEY_HELP, 114},     {KEY_HOME, 115},
-        {KEY_PAGEUP, 116},   {KEY_DELETE, 117}, {KEY_END, 119},     {KEY_PAGEDOWN, 121}, {KEY_LEFT, 123},
-        {KEY_RIGHT, 124},    {KEY_DOWN, 125},   {KEY_UP, 126},      {KEY_RIGHTALT, 61},  {KEY_FN, 63},
+        {KEY_A, 0},         {KEY_102ND, 10}, {KEY_6, 22},       {KEY_5, 23},
+        {KEY_LEFTMETA, 55}, {KEY_KPDOT, 65}, {KEY_NUMLOCK, 71}, {KEY_KP9, 92},
+        {KEY_F10, 109},     {KEY_F13, 105},  {KEY_HELP, 114},   {KEY_PAGEUP, 116},
+        {KEY_END, 119},     {KEY_UP, 126},   {KEY_FN, 63},      {KEY_RIGHTALT, 61},
     };
     for (const ScanRow &row : rows) {
         EXPECT_EQ(KeyCodeFromScanCode(row.scanCode), row.keyCode);

@@ -25,7 +25,6 @@ namespace {
 
 constexpr auto kKeypad = Qt::KeypadModifier;
 constexpr std::uint32_t kLock = 0x02; // native modifiers, as X11 and Wayland give them
-constexpr std::uint32_t kNumLock = 0x10;
 constexpr std::uint32_t kMod5 = 0x80;
 
 // A key as the plug-ins of X11 and Wayland tell of it; both add 8 to the scan code.
@@ -123,18 +122,11 @@ TEST_F(KeystrokeCapture, KeyDown_IsStoredByItsPlaceAndModifiers) {
         {{KEY_A, Qt::Key_Q, Qt::NoModifier, 0, 'q'}, {0x00, 0}},              // French
         {{KEY_Q, 0x0419, Qt::ControlModifier, 0x04, 0x06CA}, {0x0C, 0x1000}}, // Russian
         {{KEY_GRAVE, Qt::Key_Dead_Circumflex, {}, 0, 0xFE52}, {0x32, 0}},     // German
-        {{KEY_102ND, Qt::Key_Less, {}, 0, '<'}, {0x0A, 0}},
-        {{KEY_F4, Qt::Key_F4, Qt::AltModifier, 0x08, 0xFFC1}, {0x76, 0x0800}},
         {{KEY_ESC, Qt::Key_Escape, {}, 0, 0xFF1B}, {0x35, 0}},
         {{KEY_TAB, Qt::Key_Backtab, Qt::ShiftModifier, 0x01, 0xFE20}, {0x30, 0x0200}},
-        {{KEY_ENTER, Qt::Key_Return, {}, 0, 0xFF0D}, {0x24, 0}},
-        {{KEY_SPACE, Qt::Key_Space, {}, 0, ' '}, {0x31, 0}},
         {{KEY_LEFT, Qt::Key_Left, all, 0x4D, 0xFF51}, {0x7B, 0x1B00}},
         {{KEY_KP1, Qt::Key_End, kKeypad, 0, 0xFF9C}, {0x53, 0}},
-        {{KEY_KP1, Qt::Key_1, kKeypad, kNumLock, 0xFFB1}, {0x53, 0}},
         {{KEY_KPENTER, Qt::Key_Enter, kKeypad, 0, 0xFF8D}, {0x4C, 0}},
-        {{KEY_NUMLOCK, Qt::Key_NumLock, kKeypad, 0, 0xFF7F}, {0x47, 0}},
-        {{KEY_COMPOSE, Qt::Key_Menu, {}, 0, 0xFF67}, {0x6E, 0}},
         {{KEY_A, Qt::Key_A, Qt::ShiftModifier, kLock | 0x01, 'a'}, {0x00, 0x0600}},
         {{KEY_Q, Qt::Key_At, Qt::GroupSwitchModifier, kMod5, '@'}, {0x0C, 0x0800}}, // AltGr on X11
         {{KEY_Q, Qt::Key_At, {}, kMod5, '@'}, {0x0C, 0x0800}},                      // AltGr on Wayland
@@ -142,13 +134,8 @@ TEST_F(KeystrokeCapture, KeyDown_IsStoredByItsPlaceAndModifiers) {
         // Without a scan code, as on-screen keyboards and remote displays send keys.
         {{0, Qt::Key_A, Qt::ControlModifier, 0, 0}, {0x00, 0x1000}},
         {{0, Qt::Key_Exclam, Qt::ShiftModifier, 0, 0}, {0x12, 0x0200}},
-        {{0, Qt::Key_Backtab, Qt::ShiftModifier, 0, 0}, {0x30, 0x0200}},
-        {{0, Qt::Key_F15, {}, 0, 0}, {0x71, 0}},
         {{0, Qt::Key_Delete, {}, 0, 0}, {0x75, 0}},
         {{0, Qt::Key_Delete, kKeypad, 0, 0}, {0x41, 0}},
-        {{0, Qt::Key_5, kKeypad, 0, 0}, {0x57, 0}},
-        {{0, Qt::Key_5, {}, 0, 0}, {0x17, 0}},
-        {{0, Qt::Key_Plus, kKeypad, 0, 0}, {0x45, 0}},
     };
     for (const auto &row : rows) {
         EXPECT_EQ(PressWaiting(row.key), std::vector{row.stored});
@@ -158,22 +145,12 @@ TEST_F(KeystrokeCapture, KeyDown_IsStoredByItsPlaceAndModifiers) {
 }
 
 TEST_F(KeystrokeCapture, CommandKey_IsSuperOrControl) {
-    static constexpr struct {
-        CommandKey choice;
-        Qt::KeyboardModifier modifier;
-        std::uint16_t stored;
-    } kRows[] = {{CommandKey::Super, Qt::MetaModifier, 0x0100},
-                 {CommandKey::Super, Qt::ControlModifier, 0x1000},
-                 {CommandKey::Control, Qt::MetaModifier, 0x1000},
-                 {CommandKey::Control, Qt::ControlModifier, 0x0100},
-                 {CommandKey::Control, Qt::AltModifier, 0x0800}};
-    for (const auto &row : kRows) {
-        SetCommandKey(row.choice);
-        EXPECT_EQ(PressWaiting({KEY_S, Qt::Key_S, row.modifier, 0, 's'}),
-                  (std::vector<Keystroke>{{1, row.stored}}));
+    SetCommandKey(CommandKey::Control);
+    for (const auto &[modifier, stored] :
+         {std::pair{Qt::MetaModifier, 0x1000}, {Qt::ControlModifier, 0x0100}}) {
+        EXPECT_EQ(PressWaiting({KEY_S, Qt::Key_S, modifier, 0, 's'}),
+                  (std::vector<Keystroke>{{1, static_cast<std::uint16_t>(stored)}}));
     }
-    EXPECT_EQ(PressWaiting({KEY_S, Qt::Key_S, Qt::MetaModifier | Qt::ControlModifier, 0, 's'}),
-              (std::vector<Keystroke>{{1, 0x1100}}));
 }
 
 TEST_F(KeystrokeCapture, KeysThatModify_Pass) {
@@ -190,16 +167,11 @@ TEST_F(KeystrokeCapture, KeysThatModify_Pass) {
         Release(key);
         EXPECT_EQ(fField->fSeen, (std::vector{QEvent::KeyPress, QEvent::KeyRelease})) << key.key;
     }
-    EXPECT_TRUE(fIsWaiting);
-    EXPECT_TRUE(fReceived.empty());
-}
-
-TEST_F(KeystrokeCapture, KeyThatCannotBeStored_DoesNothingAtAll) {
-    const Key key = {KEY_PLAYPAUSE, Qt::Key_MediaTogglePlayPause, {}, 0, 0x1008FF14};
-    EXPECT_TRUE(PressWaiting(key).empty());
-    EXPECT_TRUE(fField->fSeen.empty());
-    EXPECT_FALSE(fShortcutsSawKey);
-    EXPECT_TRUE(fIsWaiting);
+    EXPECT_TRUE(fIsWaiting && fReceived.empty());
+    // One that cannot be stored does nothing at all.
+    fField->fSeen.clear();
+    EXPECT_TRUE(PressWaiting({KEY_PLAYPAUSE, Qt::Key_MediaTogglePlayPause, {}, 0, 0x1008FF14}).empty());
+    EXPECT_TRUE(fField->fSeen.empty() && !fShortcutsSawKey && fIsWaiting);
 }
 
 TEST_F(KeystrokeCapture, KeyDown_IsTakenOnceAndWithAllThatFollows) {

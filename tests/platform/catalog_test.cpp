@@ -52,38 +52,14 @@ TEST(Catalog, Indexes_CountEntriesWithoutCompanions) {
     EXPECT_EQ(seen, (std::vector<std::string>{"._alone", "b", "config/"}));
 }
 
-// From an item up to the root, as a path is made of a specification.
-TEST(Catalog, Parents_LeadToTheRoot) {
-    const ScratchFolder scratch;
-    FSRef ref;
-    FSSpec spec{};
-    ASSERT_EQ(FSPathMakeRef(scratch.Preferences(), &ref), noErr);
-    ASSERT_EQ(FSSpecFromRef(ref, &spec), noErr);
-    std::string path = "/" + Text(spec.name);
-    std::int32_t folder = spec.parID;
-    std::int16_t volume = spec.vRefNum;
-    while (folder != kRootFolder) {
-        CatalogInfo info = Ask(folder, -1);
-        info.ioVRefNum = volume;
-        ASSERT_EQ(PBGetCatInfoSync(&info), noErr);
-        EXPECT_EQ(info.ioDrDirID, folder);
-        path.insert(0, "/" + Text(info.ioName));
-        folder = info.ioDrParID;
-        volume = info.ioVRefNum;
-    }
-    VolumeInfo info{};
-    info.ioVRefNum = volume;
-    ASSERT_EQ(PBHGetVInfoSync(&info), noErr);
-    EXPECT_EQ((info.mountPoint == "/" ? "" : info.mountPoint) + path, scratch.Preferences());
-
+TEST(Catalog, Root_IsItsOwnParentsChildAndUnknownFoldersHaveStatuses) {
     CatalogInfo root = Ask(kRootFolder, -1);
     ASSERT_EQ(PBGetCatInfoSync(&root), noErr);
     EXPECT_EQ(root.ioDrParID, kRootParentFolder);
     EXPECT_EQ(Text(root.ioName), "File System");
-    for (const auto &[id, status] :
-         {std::pair{kRootParentFolder, dirNFErr}, {std::int32_t{9999}, dirNFErr}}) {
+    for (const std::int32_t id : {kRootParentFolder, std::int32_t{9999}}) {
         CatalogInfo none = Ask(id, -1);
-        EXPECT_EQ(PBGetCatInfoSync(&none), status) << id;
+        EXPECT_EQ(PBGetCatInfoSync(&none), dirNFErr) << id;
     }
     CatalogInfo unmounted = Ask(kRootFolder, -1);
     unmounted.ioVRefNum = -29999;

@@ -8,7 +8,6 @@ namespace {
 
 TEST(JsonText, Values_AreWrittenForOtherPrograms) {
     const std::pair<PropertyList, std::string> rows[] = {
-        {PropertyList(true), "true"},
         {PropertyList(INT64_MIN), "-9223372036854775808"},
         {PropertyList(0.1), "0.1"},
         {PropertyList(HUGE_VAL), "null"}, // JSON has no infinity
@@ -17,9 +16,7 @@ TEST(JsonText, Values_AreWrittenForOtherPrograms) {
         {PropertyList(std::string("caf\xE9")), "\"caf\uFFFD\""},
         {PropertyList(std::string("a\0b", 3)), "\"a\\u0000b\""},
         {PropertyList(PropertyListData{std::string("\0\xFF", 2)}), "\"AP8=\""},
-        {PropertyList(PropertyListData{"abc"}), "\"YWJj\""},
         {PropertyList(PropertyListDate{1.5}), "1.5"},
-        {PropertyList(PropertyListArray()), "[]"},
         {PropertyList(PropertyListDictionary()), "{}"},
     };
     for (const auto &[value, expected] : rows) {

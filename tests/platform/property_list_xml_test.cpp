@@ -88,9 +88,6 @@ struct ElementRow {
 
 // clang-format off
 constexpr ElementRow kElements[] = {
-    {"<integer>0</integer>",                     "<integer>0</integer>"},
-    {"<integer>-0</integer>",                    "<integer>0</integer>"},
-    {"<integer>+7</integer>",                    "<integer>7</integer>"},
     {"<integer>\n\t- 007 </integer>",            "<integer>-7</integer>"},
     {"<integer>0xFF</integer>",                  "<integer>255</integer>"},
     {"<integer>-0Xff</integer>",                 "<integer>-255</integer>"},
@@ -98,48 +95,33 @@ constexpr ElementRow kElements[] = {
     {"<integer>-9223372036854775808</integer>",  "<integer>-9223372036854775808</integer>"},
     {"<integer>-9223372036854775809</integer>",  nullptr},
     {"<integer>18446744073709551615</integer>",  "<integer>-1</integer>"},
-    {"<integer>0xFFFFFFFFFFFFFFFF</integer>",    "<integer>-1</integer>"},
     {"<integer>18446744073709551616</integer>",  nullptr},
-    {"<integer>0x10000000000000000</integer>",   nullptr},
     {"<integer>abc</integer>",                   nullptr},
-    {"<integer></integer>",                      nullptr},
     {"<integer>-</integer>",                     nullptr},
     {"<integer>+-1</integer>",                   nullptr},
     {"<integer>0x</integer>",                    nullptr},
-    {"<integer>0x-1</integer>",                  nullptr},
     {"<integer>1 2</integer>",                   nullptr},
-    {"<integer>1.0</integer>",                   nullptr},
     {"<real>+.5</real>",                         "<real>0.5</real>"},
     {"<real> -1.25E+2 </real>",                  "<real>-125</real>"},
-    {"<real>-Infinity</real>",                   "<real>-infinity</real>"},
     {"<real>nan</real>",                         "<real>nan</real>"},
     {"<real>nan(1)</real>",                      nullptr},
     {"<real>1e999</real>",                       nullptr},
-    {"<real>1,5</real>",                         nullptr},
     {"<real>+-1</real>",                         nullptr},
-    {"<real></real>",                            nullptr},
     {"<true> </true>",                           "<true/>"},
-    {"<false/>",                                 "<false/>"},
-    {"<string/>",                                "<string></string>"},
     {"<string>a<!-- b --><![CDATA[<&]]><?p?>c</string>", "<string>a&lt;&amp;c</string>"},
     {"<string>&lt;&gt;&amp;&quot;&apos;&#x41;&#66;</string>", "<string>&lt;&gt;&amp;\"'AB</string>"},
     {"<string>a\r\nb&#13;</string>",             "<string>a\nb&#13;</string>"},
     {"<string>&#0;</string>",                    nullptr},
-    {"<string>\x01</string>",                    nullptr},
     {"<string>\xED\xA0\x80</string>",            nullptr},
     {"<data>\n\tAA\n\t== </data>",               "<data>\n\tAA==\n\t</data>"},
     {"<data>AA=</data>",                         nullptr},
     {"<data>A===</data>",                        nullptr},
     {"<data>AA==AA==</data>",                    nullptr},
-    {"<data>A*==</data>",                        nullptr},
     {"<date>2024-02-29T23:59:59Z</date>",        "<date>2024-02-29T23:59:59Z</date>"},
-    {"<date>0001-01-01T00:00:00Z</date>",        "<date>0001-01-01T00:00:00Z</date>"},
     {"<date>0000-12-31T00:00:00Z</date>",        nullptr},
     {"<date>2023-02-29T00:00:00Z</date>",        nullptr},
-    {"<date>2023-13-01T00:00:00Z</date>",        nullptr},
     {"<date>2023-01-01T24:00:00Z</date>",        nullptr},
     {"<date>2023-01-01 00:00:00Z</date>",        nullptr},
-    {"<date>2023-01-01</date>",                  nullptr},
     {"<dict><key>a</key><array/></dict>",        "<dict>\n\t\t<key>a</key>\n\t\t<array/>\n\t</dict>"},
 };
 // clang-format on
@@ -152,19 +134,6 @@ TEST(XmlList, Elements_AreReadStrictlyAndWrittenPlainly) {
             EXPECT_THAT(outcome.Text(), HasSubstr("<array>\n\t" + std::string(row.written) + "\n</array>"));
         }
     }
-}
-
-TEST(XmlList, KeyThatOccursTwice_HasItsLastValue) {
-    const test::ReadOutcome outcome =
-        ParseList(XmlList("<dict><key>a</key><integer>1</integer><key>b</key><true/>"
-                          "<key>a</key><integer>2</integer></dict>"));
-    ASSERT_EQ(outcome.status, noErr);
-    const auto *dictionary = outcome.elements.at(0).As<PropertyListDictionary>();
-    ASSERT_NE(dictionary, nullptr);
-    EXPECT_EQ(*dictionary->Find("a")->As<std::int64_t>(), 2);
-    EXPECT_EQ(dictionary->Find("a")->As<bool>(), nullptr);
-    EXPECT_EQ(dictionary->Find("c"), nullptr);
-    EXPECT_EQ(dictionary->Entries()[1].first, "b");
 }
 
 TEST(XmlList, OtherEncodings_BecomeUtf8) {
@@ -182,19 +151,13 @@ TEST(XmlList, OtherEncodings_BecomeUtf8) {
 }
 
 TEST(XmlList, LongTextAndGreatestDepth_AreRead) {
-    constexpr std::size_t kLong = 11'000'000; // beyond the parser's own limit for names and comments
-    const std::string text(kLong, 'x');
-    const test::ReadOutcome longText = ParseList(XmlList("<string>" + text + "</string>"));
-    ASSERT_EQ(longText.status, noErr) << longText.problem.text;
-    EXPECT_EQ(longText.elements.at(0).As<std::string>()->size(), kLong);
-
+    const std::string text(11'000'000, 'x'); // beyond the parser's own limit for names and comments
+    EXPECT_EQ(*ParseList(XmlList("<string>" + text + "</string>")).elements.at(0).As<std::string>(), text);
     std::string nested;
     for (int depth = 1; depth < kPropertyListMaxDepth; ++depth) {
         nested = "<array>" + nested + "</array>";
     }
-    const test::ReadOutcome deepest = ParseList(XmlList(nested));
-    ASSERT_EQ(deepest.status, noErr);
-    EXPECT_EQ(ParseList(deepest.Text()).Text(), deepest.Text());
+    EXPECT_EQ(ParseList(XmlList(nested)).status, noErr);
     EXPECT_EQ(ParseList(XmlList("<array>" + nested + "</array>")).status, -1);
 }
 
@@ -235,14 +198,9 @@ TEST(RootList, AnyRoot_IsReadWhole) {
         const char *problem; // null for a root that is read
     };
     static constexpr Row kRows[] = {
-        {"<dict>\n\t<key>a</key>\n\t<array>\n\t\t<true/>\n\t</array>\n\t<key>d</key>\n\t"
-         "<date>2024-02-29T23:59:59Z</date>\n\t<key>b</key>\n\t<data>\n\tAA==\n\t</data>\n</dict>\n",
-         nullptr},
+        {"<dict>\n\t<key>d</key>\n\t<date>2024-02-29T23:59:59Z</date>\n</dict>\n", nullptr},
         {"<array>\n\t<dict/>\n\t<array/>\n</array>\n", nullptr},
-        {"<string>only</string>\n", nullptr},
         {"<dict/>\n<dict/>\n", "more than one root"},
-        {"<true/>\n<string>x</string>\n", "more than one root"},
-        {"<dict><key>a</key></dict>", "a key has no value"},
         {"", "it holds no value"},
     };
     for (const Row &row : kRows) {
@@ -256,27 +214,6 @@ TEST(RootList, AnyRoot_IsReadWhole) {
             << "set on success only";
         EXPECT_THAT(outcome.problem.text, HasSubstr(row.problem == nullptr ? "" : row.problem));
     }
-}
-
-TEST(RootList, DictionaryWithAChange_KeepsTheRest) {
-    test::ScratchFolder scratch;
-    PropertyListDictionary entries;
-    entries.Add("all", test::EveryValue());
-    entries.Add("mine", PropertyListArray());
-    test::WriteWhole(scratch.Path("xml"), PropertyListText(PropertyList(entries)));
-    ASSERT_EQ(std::system(("plistutil -i " + scratch.Path("xml") + " -o " + scratch.Path("bin")).c_str()), 0);
-    for (const char *name : {"xml", "bin"}) {
-        PropertyList root(false);
-        ASSERT_EQ(ReadPropertyList(scratch.Path(name), &root), noErr);
-        root.As<PropertyListDictionary>()->Find("mine")->As<PropertyListArray>()->emplace_back(true);
-        EXPECT_EQ(root.As<PropertyListDictionary>()->Find("none"), nullptr);
-        PropertyListDictionary expected;
-        expected.Add("all", test::EveryValue());
-        expected.Add("mine", PropertyListArray{PropertyList(true)});
-        EXPECT_EQ(PropertyListText(root), PropertyListText(PropertyList(expected))) << name;
-    }
-    PropertyList root(false);
-    EXPECT_EQ(ReadPropertyList(scratch.Path("none"), &root), fnfErr);
 }
 
 TEST(XmlList, EveryCutAndEveryChangedByte_IsSurvived) {

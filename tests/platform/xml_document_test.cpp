@@ -1,3 +1,4 @@
+#include "platform/shared_file.h"
 #include "platform/status.h"
 #include "platform/xml_document.h"
 #include "tests/support/scratch.h"
@@ -63,12 +64,12 @@ TEST(XmlDocument, Bounds_HoldToTheLastOne) {
     const test::ScratchFolder folder;
     std::string bytes;
     test::WriteWhole(folder.Path("x"), std::string(kXmlMaxBytes, ' '));
-    EXPECT_EQ(ReadXmlBytes(folder.Path("x"), &bytes), noErr);
+    EXPECT_EQ(ReadSharedFile(folder.Path("x"), kXmlMaxBytes, &bytes), noErr);
     EXPECT_EQ(bytes.size(), kXmlMaxBytes);
     test::WriteWhole(folder.Path("x"), std::string(kXmlMaxBytes + 1, ' '));
-    EXPECT_EQ(ReadXmlBytes(folder.Path("x"), &bytes), -1);
-    EXPECT_EQ(ReadXmlBytes(folder.Path(), &bytes), -1);
-    EXPECT_EQ(ReadXmlBytes(folder.Path("none"), &bytes), fnfErr);
+    EXPECT_EQ(ReadSharedFile(folder.Path("x"), kXmlMaxBytes, &bytes), -1);
+    EXPECT_EQ(ReadSharedFile(folder.Path(), kXmlMaxBytes, &bytes), -1);
+    EXPECT_EQ(ReadSharedFile(folder.Path("none"), kXmlMaxBytes, &bytes), fnfErr);
 }
 
 } // namespace

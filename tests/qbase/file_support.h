@@ -69,9 +69,7 @@ inline std::string HexText(const std::string &bytes) {
 
 // The bytes of the worked example of a page of docs/: the digits before the bars.
 inline std::string PublishedExample(const std::string &name) {
-    const std::string page = ReadWhole(std::string(DREVIX_TEST_DATA) + "/../../docs/" + name);
-    const std::size_t start = page.find("```hex\n") + 7;
-    std::istringstream lines(page.substr(start, page.find("```", start) - start));
+    std::istringstream lines(FencedBlock(std::string(DREVIX_TEST_DATA) + "/../../docs/" + name, "hex"));
     std::string digits;
     for (std::string line; std::getline(lines, line);) {
         digits += line.substr(0, line.find('|'));

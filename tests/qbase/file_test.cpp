@@ -64,7 +64,6 @@ TEST(BaseFile, Appended_FollowsWhatTheBaseHolds) {
     const QBaseOwner base = NewFileBase();
     AddMadeRecords(base.get(), {5, 1});
     QBaseLock(base.get());
-    QBaseSetRecordsChanged(base.get(), false);
     EXPECT_EQ(QBaseRead(base.get(), file.Ref(), false, true, false, false), noErr);
     EXPECT_EQ(base->lockCount, 0);
     EXPECT_TRUE(QBaseGetRecordsChanged(base.get()));

@@ -3,9 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <map>
-#include <ostream>
 #include <set>
 #include <string>
+#include <tuple>
 #include <vector>
 
 namespace drevix {
@@ -39,16 +39,8 @@ const std::vector<int> kTabs = {
 const std::set<int> kSeparators = {5, 9, 14, 17};
 // clang-format on
 
-struct Place {
-    int position, tab;
-    std::string outlet;
-    int menuPosition;
-    bool operator==(const Place &) const = default;
-};
-std::ostream &operator<<(std::ostream &out, const Place &place) {
-    return out << place.position << ", tab " << place.tab << ", " << place.outlet << ' '
-               << place.menuPosition;
-}
+// Position in the action menu, tab, group menu and position there.
+using Place = std::tuple<int, int, std::string, int>;
 
 // Where each offered code is shown.
 std::map<int, Place> ExpectedPlaces() {
@@ -101,7 +93,7 @@ TEST(Actions, Every16BitCode_IsKnownAndShownInItsPlace) {
             expected = place->second;
         }
         const std::string outlet(found.menu == nullptr ? "" : found.menu->outlet);
-        ASSERT_EQ((Place{found.actionMenuPosition, static_cast<int>(found.tab), outlet, found.menuPosition}),
+        ASSERT_EQ(Place(found.actionMenuPosition, static_cast<int>(found.tab), outlet, found.menuPosition),
                   expected)
             << code;
         ASSERT_EQ(FindAction(command) != nullptr, places.contains(code)) << code;

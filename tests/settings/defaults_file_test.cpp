@@ -9,7 +9,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <string>
@@ -46,14 +45,6 @@ TEST(FactoryDefaults, Records_AreTheGlobalOneTheCompanionsAndPrograms) {
     std::vector<std::pair<OSType, std::string>> names;
     for (const AppPrefs &record : records) {
         names.emplace_back(record.application, NameOf(record));
-        EXPECT_EQ(std::ranges::count_if(
-                      records,
-                      [&](const AppPrefs &other) {
-                          return PStringCmp(record.appFileName.data(), other.appFileName.data()) == 0 ||
-                                 PStringCmp(record.appName.data(), other.appName.data()) == 0;
-                      }),
-                  1)
-            << NameOf(record);
         AppPrefs plain = gDefaultGlobalPrefs; // whose device values every record has
         plain.application = record.application;
         plain.appFileName = record.appFileName;

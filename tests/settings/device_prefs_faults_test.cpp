@@ -12,37 +12,17 @@
 namespace drevix {
 namespace {
 
-using test::FaultyAllocator;
 using test::FaultyDisk;
+using test::ForEachFault;
 using test::Lasts;
 using test::MakeBase;
 using test::MakeRecord;
+using test::MeetsFault;
 using test::Names;
 using test::ReadWhole;
 using test::SettingsFolder;
 
 const Names kSettingsAlone = {"com.halcyra.drevix.prefs"};
-
-// Calls `run(failAt, lasts)`, which tells whether the fault was met, until it is not.
-template <class Run>
-void ForEachFault(int least, const Run &run) {
-    for (const Lasts lasts : {Lasts::Once, Lasts::ForEver}) {
-        int failAt = 1;
-        while (run(failAt, lasts)) {
-            ++failAt;
-        }
-        EXPECT_GT(failAt, least) << "the faults were not met";
-    }
-}
-
-// Runs `work` with one fault of the disk, or of the memory for an `error` of ENOMEM, installed.
-template <class Work>
-bool RunWithFault(int failAt, Lasts lasts, int error, const Work &work) {
-    FaultyAllocator memory(error == ENOMEM ? failAt : 10'000, lasts);
-    FaultyDisk disk(error == ENOMEM ? 10'000 : failAt, lasts, error);
-    work();
-    return memory.WasHit() || disk.WasHit();
-}
 
 // A settings file with one record, or one that is refused; gives its bytes.
 std::string MakeFile(const SettingsFolder &folder, bool damaged) {
@@ -65,7 +45,7 @@ TEST(GetDevicePrefs, EveryFault_LosesNoFile) {
                 const QBaseOwner base = NewDrevixBase();
                 OSErr status = noErr;
                 const bool wasHit =
-                    RunWithFault(failAt, lasts, error, [&] { status = folder.Load(base, kPanelVersion); });
+                    MeetsFault(failAt, lasts, error, [&] { status = folder.Load(base, kPanelVersion); });
                 std::ignore = SettingsFolder::Save(base); // may be refused, but not destroy
                 EXPECT_TRUE(status == noErr || status == resNotFound) << status;
                 EXPECT_TRUE(ReadWhole(folder.path) == before || (damaged && ReadWhole(folder.kept) == before))
@@ -85,7 +65,7 @@ TEST(SaveDevicePrefs, EveryFault_LeavesTheOldOrTheNewFile) {
             const QBaseOwner base = MakeBase({MakeRecord(0, "new"), MakeRecord(1, "more")});
             OSErr status = noErr;
             const bool wasHit =
-                RunWithFault(failAt, lasts, error, [&] { status = SettingsFolder::Save(base); });
+                MeetsFault(failAt, lasts, error, [&] { status = SettingsFolder::Save(base); });
             const Names now = folder.SavedNames();
             EXPECT_TRUE(now == Names{"old"} || now == (Names{"new", "more"})) << failAt;
             EXPECT_TRUE(status != noErr || now.size() == 2) << failAt;

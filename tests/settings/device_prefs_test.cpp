@@ -98,7 +98,7 @@ TEST(GetDevicePrefs, OldFile_IsRepairedByTheStampItBrought) {
     constexpr OSType kElements = FourCharCode("8ELE");
     // clang-format off
     const Row rows[] = {
-        {288, 0, 17, 7, 0}, {289, 0, 17, 7, 7}, {288, kOther, 17, 7, 7}, {288, 0, 16, 7, 7}, {288, 0, 17, 8, 8},
+        {288, 0, 17, 7, 0}, {289, 0, 17, 7, 7}, {288, kOther, 17, 7, 7}, {288, 0, 16, 7, 7},
         {9, kOther, 31, 34, 34}, {9, kOther, 0, 35, 0}, {9, kOther, 31, 43, 0}, {9, kOther, 0, 44, 44},
         {9, 0, 5, 40, 0}, {9, kPhotoshop, 5, 40, 40}, {9, kArt, 5, 35, 35}, {9, kIndesign, 5, 43, 43},
         {9, kElements, 5, 40, 40}, {9, kNoSignature, 5, 40, 0}, {9, kWildcardSignature, 5, 40, 40},

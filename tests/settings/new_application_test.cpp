@@ -5,11 +5,12 @@
 
 #include <cstdlib>
 #include <filesystem>
+#include <tuple>
 
 namespace drevix::test {
 namespace {
 
-TEST(NewApplication, SignatureComesFromTheInformationList) {
+TEST(NewApplication, NameAndSignatureComeFromWhatIsThere) {
     const ScratchFolder folder;
     const std::string app = folder.Path("Tool.APP");
     const std::string list = app + "/Contents/Info.plist";
@@ -22,11 +23,8 @@ TEST(NewApplication, SignatureComesFromTheInformationList) {
         {signature("<string>8BIMxyz</string>"), FourCharCode("8BIM")},
         {signature("<string>\u00C4bc\u00FC</string>"), 0x8062639F}, // in Mac OS Roman
         {signature("<string>abc</string>"), kNoSignature},
-        {signature("<string></string>"), kNoSignature},
         {signature("<integer>943868237</integer>"), kNoSignature},
-        {"<plist><dict/></plist>", kNoSignature},
         {"<plist><array/></plist>", kNoSignature},
-        {"damaged", kNoSignature},
     };
     for (const auto &[text, expected] : rows) {
         WriteWhole(list, text);
@@ -36,6 +34,22 @@ TEST(NewApplication, SignatureComesFromTheInformationList) {
             EXPECT_EQ(application.fileName, "Tool");
             EXPECT_EQ(application.shownName, "Tool");
         }
+    }
+    WriteWhole(folder.Path("a.desktop"), "[Desktop Entry]\nType=Application\nName=Shown\nName[de]=Gezeigt\n");
+    const std::tuple<std::string, const char *, const char *> names[] = {
+        {folder.Path("a.desktop"), "a", "Gezeigt"},
+        {folder.Path("damaged.desktop"), "damaged.desktop", "damaged.desktop"},
+        {"/opt/.app/", ".app", ".app"},
+        {"/opt/x.aPp///", "x", "x"},
+        {"/opt/x.app.app", "x.app", "x.app"},
+        {"/opt/xapp", "xapp", "xapp"},
+        {"/usr/bin/tool", "tool", "tool"},
+        {"/", "", ""}};
+    for (const auto &[path, fileName, shownName] : names) {
+        const NewApplication application = ApplicationOfPath(path, "de_AT.UTF-8");
+        EXPECT_EQ(application.signature, kNoSignature);
+        EXPECT_EQ(application.fileName, fileName);
+        EXPECT_EQ(application.shownName, shownName);
     }
     WriteWhole(folder.Path("xml"), rows[0].first);
     ASSERT_EQ(std::system(("plistutil -i " + folder.Path("xml") + " -o " + list).c_str()), 0);

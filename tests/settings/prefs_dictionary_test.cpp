@@ -11,7 +11,6 @@
 #include <array>
 #include <bit>
 #include <cstring>
-#include <filesystem>
 #include <map>
 #include <set>
 #include <string>
@@ -143,30 +142,9 @@ TEST(PrefsDictionary, OddValues_KeepTheirLowBitsOrCountAsAbsent) {
     }
 }
 
-struct Reading {
-    OSErr status;
-    std::vector<Image> records;
-};
-
-Reading ReadFile(const std::string &path) {
-    Reading reading = {};
-    reading.status =
-        ReadAppPrefsFile(path, [&](const AppPrefs &record) { reading.records.push_back(ImageOf(record)); });
-    return reading;
-}
-
-// The XML of docs/property-list.md.
-std::string DocumentedExample() {
-    const auto docs = std::filesystem::path(DREVIX_TEST_DATA).parent_path().parent_path() / "docs";
-    const std::string page = test::ReadWhole(docs / "property-list.md");
-    const std::size_t start = page.find("```xml\n") + 7;
-    return page.substr(start, page.find("```", start) - start);
-}
-
-TEST(PrefsFile, ExampleOfItsPage_IsReadWholeOrNotAtAll) {
+TEST(PrefsFile, ExampleOfItsPage_IsRead) {
     const test::ScratchFolder scratch;
     const std::string path = scratch.Path("import");
-    const std::string example = DocumentedExample();
     AppPrefs expected = {};
     expected.application = FourCharCode("SkCh");
     getPascalString("Sketch", expected.appFileName.data(), kMaxFileNameLength);
@@ -177,25 +155,18 @@ TEST(PrefsFile, ExampleOfItsPage_IsReadWholeOrNotAtAll) {
     expected.device[0].action[17].keyCode = kNoKeyCode;
     getPascalString("Notes", expected.device[0].action[17].data.data(), kMaxAppNameLength);
 
-    // Beside other elements, which are skipped.
-    std::string several = example;
+    std::string example = test::FencedBlock(DREVIX_TEST_DATA "/../../docs/property-list.md", "xml");
     const std::string array = "<array>\n";
-    several.insert(several.find(array) + array.size(), "<true/><string>x</string><array><dict/></array>");
-    test::WriteWhole(path, several);
-    EXPECT_EQ(ReadFile(path).records, std::vector{ImageOf(expected)});
-
-    for (std::size_t length = 0; length <= example.size(); ++length) {
-        test::WriteWhole(path, example.substr(0, length));
-        const bool whole = length >= example.find("</plist>") + 8;
-        const Reading reading = ReadFile(path);
-        ASSERT_EQ(reading.status, whole ? noErr : -1) << length;
-        ASSERT_EQ(reading.records.size(), whole ? 1U : 0U) << length;
-    }
-    std::string dictionary = example;
-    dictionary.erase(dictionary.rfind("</array>"), 8).erase(dictionary.find("<array>"), 7);
-    test::WriteWhole(path, dictionary);
-    EXPECT_EQ(ReadFile(path).status, -1) << "the root is a dictionary";
-    EXPECT_EQ(ReadFile(scratch.Path("missing")).status, fnfErr);
+    // Beside other elements, which are skipped.
+    example.insert(example.find(array) + array.size(), "<true/><string>x</string><array><dict/></array>");
+    std::vector<Image> records;
+    const auto take = [&](const AppPrefs &record) { records.push_back(ImageOf(record)); };
+    test::WriteWhole(path, example);
+    EXPECT_EQ(ReadAppPrefsFile(path, take), noErr);
+    EXPECT_EQ(records, std::vector{ImageOf(expected)});
+    test::WriteWhole(path, example.substr(0, example.find("</plist>")));
+    EXPECT_EQ(ReadAppPrefsFile(path, take), -1);
+    EXPECT_EQ(records.size(), 1U) << "a damaged file gives no record at all";
 }
 
 } // namespace

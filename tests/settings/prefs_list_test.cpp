@@ -55,17 +55,6 @@ TEST(StoreAppPrefs, Record_ReplacesItsNamesakeAndStaysTheFactorys) {
         << "the global record would have taken the place of an application's";
 }
 
-TEST(AppFileNameFromPath, Extension_IsDroppedInAnyLetterCase) {
-    // clang-format off
-    const std::pair<const char *, const char *> rows[] = {
-        {"Sketch.APP", "Sketch"}, {"/a/Sketch.aPp///", "Sketch"}, {"/a/.app", ".app"},
-        {"/a/x.app.app", "x.app"}, {"/a/xapp", "xapp"}, {"/", ""}, {"/a/x.\u00E1pp", "x.\u00E1pp"}};
-    // clang-format on
-    for (const auto &[path, name] : rows) {
-        EXPECT_EQ(AppFileNameFromPath(path), name) << path;
-    }
-}
-
 TEST(MakeAppPrefs, NewApplication_StartsWithTheGlobalSettings) {
     AppPrefs global;
     std::memset(&global, 0xEE, sizeof global);

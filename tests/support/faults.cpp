@@ -1,6 +1,8 @@
 #include "tests/support/faults.h"
 
-#include <cerrno>
+#include <gtest/gtest.h>
+
+#include <algorithm>
 
 namespace drevix::test {
 
@@ -13,6 +15,7 @@ FaultyAllocator::~FaultyAllocator() {
 
 void *FaultyAllocator::Reallocate(void *memory, std::size_t size) {
     ++fCalls;
+    fLargest = std::max(fLargest, size);
     const bool fails = fLasts == Lasts::Once ? fCalls == fFailAt : fCalls >= fFailAt;
     return fails ? nullptr : fBefore->Reallocate(memory, size);
 }
@@ -35,10 +38,6 @@ bool FaultyDisk::Fails() {
     return fails;
 }
 
-int FaultyDisk::Open(const char *path, int flags, mode_t mode) {
-    return Fails() ? -1 : Disk::Open(path, flags, mode);
-}
-
 ssize_t FaultyDisk::ReadAt(int fd, void *bytes, std::size_t count, off_t offset) {
     if (Fails()) {
         return fError == 0 && count > 1 ? Disk::ReadAt(fd, bytes, count / 2, offset) : -1;
@@ -53,48 +52,15 @@ ssize_t FaultyDisk::WriteAt(int fd, const void *bytes, std::size_t count, off_t 
     return Disk::WriteAt(fd, bytes, count, offset);
 }
 
-int FaultyDisk::SetSize(int fd, off_t size) {
-    return Fails() ? -1 : Disk::SetSize(fd, size);
-}
-
-int FaultyDisk::Flush(int fd) {
-    return Fails() ? -1 : Disk::Flush(fd);
-}
-
-int FaultyDisk::StatusOf(int fd, struct stat *status) {
-    return Fails() ? -1 : Disk::StatusOf(fd, status);
-}
-
-int FaultyDisk::StatusAt(const char *path, struct stat *status) {
-    return Fails() ? -1 : Disk::StatusAt(path, status);
-}
-
-int FaultyDisk::SetMode(int fd, mode_t mode) {
-    return Fails() ? -1 : Disk::SetMode(fd, mode);
-}
-
-int FaultyDisk::Rename(const char *from, const char *to) {
-    return Fails() ? -1 : Disk::Rename(from, to);
-}
-
-int FaultyDisk::MakeLink(const char *from, const char *to) {
-    return Fails() ? -1 : Disk::MakeLink(from, to);
-}
-
-int FaultyDisk::MakeSymbolicLink(const char *target, const char *path) {
-    return Fails() ? -1 : Disk::MakeSymbolicLink(target, path);
-}
-
-int FaultyDisk::MakeFolder(const char *path, mode_t mode) {
-    return Fails() ? -1 : Disk::MakeFolder(path, mode);
-}
-
-int FaultyDisk::RealPath(const char *path, std::string *real) {
-    return Fails() ? -1 : Disk::RealPath(path, real);
-}
-
-int FaultyDisk::ListFolder(const char *path, std::vector<std::string> *names) {
-    return Fails() ? -1 : Disk::ListFolder(path, names);
+void ForEachFault(int least, const std::function<bool(int failAt, Lasts lasts)> &run,
+                  std::initializer_list<Lasts> lengths) {
+    for (const Lasts lasts : lengths) {
+        int failAt = 1;
+        while (run(failAt, lasts)) {
+            ++failAt;
+        }
+        EXPECT_GT(failAt, least) << "the faults were not met";
+    }
 }
 
 } // namespace drevix::test

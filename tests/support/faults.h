@@ -4,7 +4,9 @@
 #include "platform/block.h"
 #include "platform/disk.h"
 
+#include <cerrno>
 #include <functional>
+#include <initializer_list>
 
 namespace drevix::test {
 
@@ -18,11 +20,15 @@ class FaultyAllocator : public BlockAllocator {
     ~FaultyAllocator() override;
     void *Reallocate(void *memory, std::size_t size) override;
     [[nodiscard]] bool WasHit() const { return fCalls >= fFailAt; }
+    [[nodiscard]] int Calls() const { return fCalls; }
+    // The largest request so far, in bytes.
+    [[nodiscard]] std::size_t Largest() const { return fLargest; }
 
   private:
     int fFailAt;
     Lasts fLasts;
     int fCalls = 0;
+    std::size_t fLargest = 0;
     BlockAllocator *fBefore;
 };
 
@@ -38,20 +44,34 @@ class FaultyDisk : public Disk {
     // Called instead of failing, when set; for a process that is to die at its n-th call.
     std::function<void()> onFault;
 
-    int Open(const char *path, int flags, mode_t mode) override;
+    int Open(const char *path, int flags, mode_t mode) override {
+        return Fails() ? -1 : Disk::Open(path, flags, mode);
+    }
     ssize_t ReadAt(int fd, void *bytes, std::size_t count, off_t offset) override;
     ssize_t WriteAt(int fd, const void *bytes, std::size_t count, off_t offset) override;
-    int SetSize(int fd, off_t size) override;
-    int Flush(int fd) override;
-    int StatusOf(int fd, struct stat *status) override;
-    int StatusAt(const char *path, struct stat *status) override;
-    int SetMode(int fd, mode_t mode) override;
-    int Rename(const char *from, const char *to) override;
-    int MakeLink(const char *from, const char *to) override;
-    int MakeSymbolicLink(const char *target, const char *path) override;
-    int MakeFolder(const char *path, mode_t mode) override;
-    int RealPath(const char *path, std::string *real) override;
-    int ListFolder(const char *path, std::vector<std::string> *names) override;
+    int SetSize(int fd, off_t size) override { return Fails() ? -1 : Disk::SetSize(fd, size); }
+    int Flush(int fd) override { return Fails() ? -1 : Disk::Flush(fd); }
+    int StatusOf(int fd, struct stat *status) override { return Fails() ? -1 : Disk::StatusOf(fd, status); }
+    int StatusAt(const char *path, struct stat *status) override {
+        return Fails() ? -1 : Disk::StatusAt(path, status);
+    }
+    int SetMode(int fd, mode_t mode) override { return Fails() ? -1 : Disk::SetMode(fd, mode); }
+    int Rename(const char *from, const char *to) override { return Fails() ? -1 : Disk::Rename(from, to); }
+    int MakeLink(const char *from, const char *to) override {
+        return Fails() ? -1 : Disk::MakeLink(from, to);
+    }
+    int MakeSymbolicLink(const char *target, const char *path) override {
+        return Fails() ? -1 : Disk::MakeSymbolicLink(target, path);
+    }
+    int MakeFolder(const char *path, mode_t mode) override {
+        return Fails() ? -1 : Disk::MakeFolder(path, mode);
+    }
+    int RealPath(const char *path, std::string *real) override {
+        return Fails() ? -1 : Disk::RealPath(path, real);
+    }
+    int ListFolder(const char *path, std::vector<std::string> *names) override {
+        return Fails() ? -1 : Disk::ListFolder(path, names);
+    }
 
   private:
     bool Fails();
@@ -62,5 +82,23 @@ class FaultyDisk : public Disk {
     int fCalls = 0;
     Disk *fBefore;
 };
+
+inline constexpr int kNoFault = 1'000'000; // a step that no test comes to
+
+// Runs `work` with one fault of the disk, or of the memory for an `error` of ENOMEM. Tells whether it was
+// met.
+template <class Work>
+bool MeetsFault(int failAt, Lasts lasts, int error, const Work &work) {
+    const bool ofMemory = error == ENOMEM;
+    FaultyAllocator memory(ofMemory ? failAt : kNoFault, lasts);
+    FaultyDisk disk(ofMemory ? kNoFault : failAt, lasts, error);
+    work();
+    return memory.WasHit() || disk.WasHit();
+}
+
+// Calls `run(failAt, lasts)`, which tells whether it met the fault, with 1, 2, ... until it does not. Fewer
+// than `least` faults fail the running test.
+void ForEachFault(int least, const std::function<bool(int failAt, Lasts lasts)> &run,
+                  std::initializer_list<Lasts> lengths = {Lasts::Once, Lasts::ForEver});
 
 } // namespace drevix::test

@@ -7,8 +7,8 @@
 
 namespace drevix::test {
 
-// A process that is killed at destruction, started with $DBUS_SESSION_BUS_ADDRESS as it is. Its constructor returns
-// when it has written its first line.
+// A process that is killed at destruction, started with $DBUS_SESSION_BUS_ADDRESS as it is. Its constructor
+// returns when it has written its first line.
 class TestProcess {
   public:
     explicit TestProcess(const std::vector<std::string> &command);

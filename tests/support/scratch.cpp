@@ -64,6 +64,15 @@ void WriteWhole(const std::string &path, std::string_view bytes) {
     EXPECT_TRUE(file.good()) << path;
 }
 
+std::string FencedBlock(const std::string &path, const std::string &kind) {
+    const std::string page = ReadWhole(path);
+    const std::string fence = "```" + kind + "\n";
+    const std::size_t start = page.find(fence);
+    EXPECT_NE(start, std::string::npos) << path;
+    const std::size_t inside = start + fence.size();
+    return page.substr(inside, page.find("```", inside) - inside);
+}
+
 std::string FromHex(std::string_view digits) {
     std::string bytes;
     std::string pair;

@@ -32,6 +32,8 @@ class ScratchFolder {
 // A whole file, and writing one; a failure fails the running test.
 std::string ReadWhole(const std::string &path);
 void WriteWhole(const std::string &path, std::string_view bytes);
+// The first block of a page that is fenced as of this kind ("```xml"), without the fences.
+std::string FencedBlock(const std::string &path, const std::string &kind);
 
 // The bytes of a text of hexadecimal digits; blanks and line ends are skipped.
 std::string FromHex(std::string_view digits);
