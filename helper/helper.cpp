@@ -22,8 +22,8 @@ using std::chrono::milliseconds;
 using Clock = std::chrono::steady_clock;
 
 constexpr const char *kDevicesFileName = "com.halcyra.drevix.devices";
-constexpr milliseconds kTimeToRegister{5000};
-constexpr milliseconds kWait{60000}; // whatever happens ends it
+constexpr milliseconds kTimeWithoutBus{5000}; // a bus that is started anew is there sooner
+constexpr milliseconds kWait{60000};          // whatever happens ends it
 
 // Handlers have no object of their own.
 Helper *gHelper = nullptr;
@@ -86,10 +86,14 @@ int Helper::Run(int endDescriptor) {
         return 1;
     }
     Serve(endDescriptor);
-    if (!fIsRegistered && !fIsSecond && !IsReadable(endDescriptor)) {
-        Complain("the session bus does not answer; try again later");
+    if (fIsSecond) {
+        return 1;
     }
-    return IsReadable(endDescriptor) ? 0 : 1;
+    if (!fIsRegistered && !IsReadable(endDescriptor)) {
+        Complain("the session bus does not answer; try again later");
+        return 1;
+    }
+    return 0;
 }
 
 bool Helper::FindFiles() {
@@ -141,9 +145,14 @@ void Helper::Serve(int endDescriptor) {
     if (fWatch && fWatch->Descriptor() >= 0) {
         descriptors.push_back(fWatch->Descriptor());
     }
-    const Clock::time_point deadline = Clock::now() + kTimeToRegister;
-    while (!fIsSecond && !IsReadable(endDescriptor) && (fIsRegistered || Clock::now() < deadline)) {
-        WaitForAppleEvents(fIsRegistered ? kWait : kTimeToRegister, descriptors);
+    // Ends with the session too, whose bus does not come back.
+    Clock::time_point deadline = Clock::now() + kTimeWithoutBus;
+    while (!fIsSecond && !IsReadable(endDescriptor) && Clock::now() < deadline) {
+        const bool isServing = fIsRegistered && HasSessionBus();
+        WaitForAppleEvents(isServing ? kWait : kTimeWithoutBus / 5, descriptors);
+        if (isServing) {
+            deadline = Clock::now() + kTimeWithoutBus;
+        }
         if (fWatch && fWatch->TakeChange()) {
             ReadDevicesAgain();
         }

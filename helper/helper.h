@@ -19,8 +19,9 @@ class Helper {
     Helper &operator=(const Helper &) = delete;
     ~Helper();
 
-    // Serves until `endDescriptor` can be read. The program's exit status: 0; 1, with a line on standard error, when
-    // another helper serves this session, when there is no session bus, or for devices that make no sense.
+    // Serves until `endDescriptor` can be read or the session bus has been gone for five seconds. The
+    // program's exit status: 0; 1, with a line on standard error, when another helper serves this session, when
+    // there is no session bus, or for devices that make no sense.
     [[nodiscard]] int Run(int endDescriptor);
 
   private:

@@ -55,6 +55,10 @@ void WaitForAppleEvents(std::chrono::milliseconds timeout, std::span<const int> 
     return;
 }
 
+bool HasSessionBus() {
+    return SessionBus::Instance().IsConnected();
+}
+
 void LeaveSessionBus() {
     EventServer::Instance().Forget();
     SessionBus::Instance().Leave();

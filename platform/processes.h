@@ -51,6 +51,9 @@ OSErr RegisterProcess(std::string_view name, RegisteredFunction registered);
 // be read. With an application object its loop does all this, and this is not needed.
 void WaitForAppleEvents(std::chrono::milliseconds timeout, std::span<const int> descriptors = {});
 
+// Whether this process is on the session bus, as far as it has noticed.
+[[nodiscard]] bool HasSessionBus();
+
 // Leaves the session bus and forgets the name of this process and whom it asked; the next use connects anew.
 void LeaveSessionBus();
 

@@ -147,7 +147,7 @@ class Helper(unittest.TestCase):
             self.assertIn(expected, result.stderr)
             self.assertEqual(result.stderr.count("\n"), 1, result.stderr)
 
-    def test_a_hung_helper_is_told_from_none_and_a_new_bus_is_joined(self):
+    def test_a_hung_helper_is_told_from_none_and_a_new_bus_is_joined_until_the_last(self):
         bus = self.start_bus()
         helper = self.start_helper()
         helper.send_signal(signal.SIGSTOP)
@@ -161,9 +161,11 @@ class Helper(unittest.TestCase):
         bus.kill()
         bus.wait()
         (self.path / "bus").unlink(missing_ok=True)
-        self.start_bus()
+        last_bus = self.start_bus()
         self.until(lambda: self.said().count("ready\n") == 2)
         self.assertEqual(self.versions(), [])
+        last_bus.kill()  # the session ends; the helper once lived on
+        self.assertEqual(helper.wait(timeout=30), 0)
 
 
 unittest.main()
