@@ -77,7 +77,7 @@ inline std::string PublishedExample(const std::string &name) {
     return FromHex(digits);
 }
 
-// The user fields, the user block and the records of a base, as text.
+// The user fields, the user block and the records of a base, in the words of record_base.py.
 inline std::string Contents(QBaseHandle base) {
     const QBaseFileHeader &file = base->file;
     std::ostringstream text;

@@ -11,54 +11,6 @@ TEST(BaseFile, PublishedExample_IsWhatIsWritten) {
     EXPECT_EQ(FileOf(NewFileBase().get()).size(), 64U);
 }
 
-OSErr Touch(void *bytes, std::int32_t count) {
-    return bytes == nullptr || count < 0 ? paramErr : noErr;
-}
-
-// The base of FullFileBase in the forms that are read but never written, in hexadecimal digits, made from the
-// page by another program. Version 1 has no user block and fewer user fields.
-constexpr const char *kBigEndian =
-    "51425345544553540002000300000003000000280000000000000000000000000102030411121314212223243132"
-    "4142ffff0002fffd00040000000500000000626c6f636b0000000e00000018000000000000000e00000003000000"
-    "0102000000000a000000000001000000100000000600020e0f10111213";
-constexpr const char *kVersion1 =
-    "45534251545345540100030014131211242322210000323100000000030000002800000000000000000000000000"
-    "00000e00000018000000000000000e000000030000000000000102000a0000000000000001001000000006000000"
-    "02000e0f10111213";
-constexpr const char *kVersion1BigEndian =
-    "51425345544553540001000311121314212223240000313200000000000000030000002800000000000000000000"
-    "00000000000e00000018000000000000000e000000030000000102000000000a0000000000010000001000000006"
-    "00020e0f10111213";
-
-TEST(BaseFile, ForeignForms_AreReadAsTheSameBase) {
-    struct Row {
-        const char *digits;
-        QBaseFlipFunction recordFlip;
-        QBaseFlipFunction userFlip;
-        OSErr status;
-        bool isOld;
-    };
-    for (const Row &row :
-         {Row{kBigEndian, Touch, Touch, noErr, false}, Row{kBigEndian, nullptr, Touch, -1, false},
-          Row{kVersion1, nullptr, nullptr, noErr, true},
-          Row{kVersion1BigEndian, Touch, nullptr, noErr, true}}) {
-        const QBaseOwner base = NewFileBase();
-        QBaseSetFlipProc(base.get(), row.recordFlip, row.userFlip);
-        const MemoryFile file(FromHex(row.digits));
-        EXPECT_EQ(QBaseRead(base.get(), file.Ref(), true, true, true, true), row.status);
-        const QBaseOwner expected = row.status == noErr ? FullFileBase() : NewFileBase();
-        if (row.isOld) {
-            expected->userBlock = Block();
-            QBaseSetUserLong(expected.get(), 0);
-            QBaseSetUserMode(expected.get(), 0);
-            QBaseSetUserRect(expected.get(), {});
-        }
-        EXPECT_EQ(Contents(base.get()), Contents(expected.get()));
-        EXPECT_EQ(QBaseGetRecordsChanged(base.get()), row.isOld);
-        EXPECT_EQ(QBaseGetSortMode(base.get()), row.status == noErr ? 0 : 1);
-    }
-}
-
 TEST(BaseFile, Appended_FollowsWhatTheBaseHolds) {
     const MemoryFile file(FileOf(FullFileBase().get()));
     const QBaseOwner base = NewFileBase();

@@ -1,0 +1,130 @@
+// Files that another program, in another language, reads and makes.
+#include "tests/qbase/file_support.h"
+
+#include <cstdio>
+#include <filesystem>
+
+namespace drevix {
+namespace {
+
+using namespace test;
+
+// A file of the source tree, by its path from the root.
+std::string InTree(const char *name) {
+    return std::filesystem::path(DREVIX_TEST_DATA).parent_path().parent_path() / name;
+}
+
+// The output of record_base.py, our other reader and writer.
+std::string Python(const std::string &arguments) {
+    const std::string command = "/usr/bin/python3 " + InTree("tests/qbase/record_base.py") + " " + arguments;
+    std::FILE *const pipe = ::popen(command.c_str(), "r");
+    std::string output;
+    for (int c = std::fgetc(pipe); c != EOF; c = std::fgetc(pipe)) {
+        output += static_cast<char>(c);
+    }
+    EXPECT_EQ(::pclose(pipe), 0) << command;
+    return output;
+}
+
+// The lines of `text` whose first word stands among those of `like`'s lines.
+std::string LinesAs(const std::string &text, const std::string &like) {
+    std::string kept;
+    std::istringstream lines(text);
+    for (std::string line; std::getline(lines, line);) {
+        const std::string word = line.substr(0, line.find(' ') + 1);
+        kept += ("\n" + like).find("\n" + word) != std::string::npos ? line + "\n" : "";
+    }
+    return kept;
+}
+
+TEST(BaseFile, Written_IsReadAlikeByOurOtherReader) {
+    const ScratchFolder folder;
+    const QBaseOwner full = FullFileBase();
+    const QBaseOwner empty = NewFileBase();
+    for (QBaseHandle base : {full.get(), empty.get()}) {
+        WriteWhole(folder.Path("base"), FileOf(base));
+        const std::string dump = Python("dump " + folder.Path("base"));
+        EXPECT_EQ(LinesAs(dump, Contents(base)), Contents(base));
+        EXPECT_NE(dump.find("magic 1363301189\ntype 1413829460\nversion 2\ntypeVersion 3\n"),
+                  std::string::npos);
+        EXPECT_NE(dump.find("savedSortMode " + std::to_string(base->sortMode) + "\n"), std::string::npos);
+    }
+    EXPECT_EQ(FileOf(empty.get()).size(), 64U);
+}
+
+OSErr Touch(void *bytes, std::int32_t count) {
+    return bytes == nullptr || count < 0 ? paramErr : noErr;
+}
+
+TEST(BaseFile, FilesOfOurOtherWriter_AreReadWhateverTheirVersionAndOrder) {
+    struct Row {
+        const char *make;
+        QBaseFlipFunction recordFlip;
+        QBaseFlipFunction userFlip;
+        OSErr status;
+        bool changed;
+    };
+    const Row rows[] = {
+        {"2 little 3,0,6,1 3,1,0,2 68656c6c6f", nullptr, nullptr, noErr, false},
+        {"2 little '' '' -", nullptr, nullptr, noErr, false},
+        {"2 big 3,0,6,1 3,1,0,2 68656c6c6f", Touch, Touch, noErr, false},
+        {"2 big 3,0,6,1 3,1,0,2 -", Touch, Touch, noErr, false},
+        {"2 big 3,0,6,1 3,1,0,2 68656c6c6f", nullptr, Touch, -1, false},
+        {"1 little 3,0,6,1 3,1,0,2 -", nullptr, nullptr, noErr, true},
+        {"1 big 3,0,6,1 3,1,0,2 -", Touch, nullptr, noErr, true},
+        {"1 little '' '' -", nullptr, nullptr, eofErr, false}, // shorter than a header of version 2
+    };
+    const ScratchFolder folder;
+    const std::string path = folder.Path("made");
+    for (const Row &row : rows) {
+        SCOPED_TRACE(row.make);
+        Python("make " + path + " " + row.make);
+        const QBaseOwner base = NewFileBase();
+        QBaseSetFlipProc(base.get(), row.recordFlip, row.userFlip);
+        const std::string before = State(base.get());
+        EXPECT_EQ(QBaseRead(base.get(), MemoryFile(ReadWhole(path)).Ref(), true, true, true, true),
+                  row.status);
+        if (row.status != noErr) {
+            EXPECT_EQ(State(base.get()), before);
+            continue;
+        }
+        const std::string dump = Python("dump " + path);
+        EXPECT_EQ(LinesAs(Contents(base.get()), dump), LinesAs(dump, Contents(base.get())));
+        EXPECT_EQ(QBaseGetRecordsChanged(base.get()), row.changed);
+        EXPECT_EQ(QBaseGetSortMode(base.get()), 0);
+        const QBaseOwner again = NewFileBase();
+        EXPECT_EQ(QBaseRead(again.get(), MemoryFile(FileOf(base.get())).Ref(), true, true, true, true),
+                  noErr);
+        EXPECT_EQ(Contents(again.get()), Contents(base.get()));
+    }
+}
+
+TEST(BaseFile, RefusingConverters_EndTheReadAndLeaveTheBase) {
+    const ScratchFolder folder;
+    Python("make " + folder.Path("big") + " 2 big 3,0,6 2,1,0 6869");
+    const MemoryFile file(ReadWhole(folder.Path("big")));
+    static int gFlips = 0;
+    const auto refuseEmpty = [](void *, std::int32_t count) -> OSErr {
+        ++gFlips;
+        return count == 0 ? OSErr{-7} : noErr;
+    };
+    for (const bool userRefuses : {false, true}) {
+        const QBaseOwner base = FullFileBase();
+        const std::string before = State(base.get());
+        QBaseSetFlipProc(base.get(), refuseEmpty,
+                         userRefuses ? [](void *, std::int32_t) { return OSErr{-8}; } : Touch);
+        gFlips = 0;
+        EXPECT_EQ(QBaseRead(base.get(), file.Ref(), true, true, true, false), userRefuses ? -8 : -7);
+        EXPECT_EQ(gFlips, userRefuses ? 0 : 2);
+        EXPECT_EQ(State(base.get()), before);
+    }
+    // Without a converter of its own the user block is lost, and the rest read.
+    const QBaseOwner base = FullFileBase();
+    QBaseSetFlipProc(base.get(), Touch, nullptr);
+    EXPECT_EQ(QBaseRead(base.get(), file.Ref(), true, true, true, true), noErr);
+    EXPECT_EQ(QBaseGetUserBlock(base.get()), nullptr);
+    EXPECT_EQ(QBaseCountRecords(base.get()), 3);
+}
+
+} // namespace
+} // namespace drevix
