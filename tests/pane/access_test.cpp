@@ -236,18 +236,62 @@ TEST(Translations, EngineTexts_AreAllKnown) {
     }
 }
 
+// Puts the German texts in force while it lives.
+class German {
+  public:
+    German() {
+        EXPECT_TRUE(fTexts.load(QStringLiteral("drevix_de"),
+                                QCoreApplication::applicationDirPath() +
+                                    QStringLiteral("/../share/drevix-settings/translations")));
+        QCoreApplication::installTranslator(&fTexts);
+    }
+    German(const German &) = delete;
+    German &operator=(const German &) = delete;
+    ~German() { QCoreApplication::removeTranslator(&fTexts); }
+
+  private:
+    QTranslator fTexts;
+};
+
 TEST_F(Access, German_HasKeysOfItsOwn) {
-    QTranslator german;
-    ASSERT_TRUE(german.load(QStringLiteral("drevix_de"),
-                            QCoreApplication::applicationDirPath() +
-                                QStringLiteral("/../share/drevix-settings/translations")));
-    QCoreApplication::installTranslator(&german);
+    const German german;
     Start();
     EXPECT_EQ(Targets()->itemText(0), QStringLiteral("Globale Einstellungen"));
     EXPECT_EQ(Menu("uiSettingsMenuAction")->itemText(0), QStringLiteral("Keine Aktion"));
     ExpectDistinctMnemonics();
     End();
-    QCoreApplication::removeTranslator(&german);
+}
+
+TEST_F(Access, EveryText_FitsASmallScreen) {
+    for (const bool isGerman : {false, true}) {
+        const auto german = isGerman ? std::make_unique<German>() : nullptr;
+        Start();
+        fWindow->resize(800, 600);
+        ForEachState([&](const std::string &state) {
+            QCoreApplication::processEvents(); // lays out
+            EXPECT_EQ(fWindow->size(), QSize(800, 600)) << state << ": the panel needs more";
+            const auto expectRoom = [&](const QWidget *widget, const QString &text) {
+                EXPECT_GE(widget->width(), widget->sizeHint().width()) << state << text.toStdString();
+                EXPECT_GE(widget->height(), widget->sizeHint().height()) << state << text.toStdString();
+            };
+            for (const auto *label : fWindow->findChildren<QLabel *>()) {
+                if (label->isVisible() && label->wordWrap()) {
+                    EXPECT_GE(label->height(), label->heightForWidth(label->width()))
+                        << state << label->text().toStdString();
+                } else if (label->isVisible()) {
+                    expectRoom(label, label->text());
+                }
+            }
+            for (const auto *button : fWindow->findChildren<QAbstractButton *>()) {
+                if (button->isVisible() && !button->text().isEmpty()) {
+                    expectRoom(button, button->text());
+                }
+            }
+            const auto *bar = Find<QTabWidget>("uiPaneTabs")->tabBar();
+            expectRoom(bar, QStringLiteral("tabs"));
+        });
+        End();
+    }
 }
 
 } // namespace
