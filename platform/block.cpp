@@ -86,28 +86,21 @@ void Block::Release() {
     fSize = fReserve = 0;
 }
 
-OSErr Block::Resize(std::size_t size) {
-    if (size == 0) {
-        Release();
-        return noErr;
+OSErr Block::Reallocate(std::size_t size) {
+    // The reserve is a wish: when it cannot be had, the exact size still may.
+    const std::size_t room = std::numeric_limits<std::size_t>::max() - fReserve;
+    const std::size_t wanted = FillHugePages(std::max(size, fReserve + std::min(fReserve, room)));
+    std::size_t granted = wanted;
+    void *memory = gAllocator->Reallocate(fData, granted);
+    if (memory == nullptr && wanted > size) {
+        granted = size;
+        memory = gAllocator->Reallocate(fData, granted);
     }
-    if (size > fReserve) {
-        // The reserve is a wish: when it cannot be had, the exact size still may.
-        const std::size_t room = std::numeric_limits<std::size_t>::max() - fReserve;
-        const std::size_t wanted = FillHugePages(std::max(size, fReserve + std::min(fReserve, room)));
-        std::size_t granted = wanted;
-        void *memory = gAllocator->Reallocate(fData, granted);
-        if (memory == nullptr && wanted > size) {
-            granted = size;
-            memory = gAllocator->Reallocate(fData, granted);
-        }
-        if (memory == nullptr) {
-            return memFullErr;
-        }
-        fData = static_cast<std::byte *>(memory);
-        fReserve = granted;
+    if (memory == nullptr) {
+        return memFullErr;
     }
-    fSize = size;
+    fData = static_cast<std::byte *>(memory);
+    fReserve = granted;
     return noErr;
 }
 

@@ -2,6 +2,7 @@
 // The record base keeps its index, its records and its user block in three of these.
 #pragma once
 
+#include "platform/status.h"
 #include "platform/types.h"
 
 namespace drevix {
@@ -40,18 +41,35 @@ class Block {
     // The bytes in use, as last set by Resize.
     [[nodiscard]] std::size_t Size() const { return fSize; }
 
-    // Sets the size. Bytes kept stay unchanged, bytes gained are undefined. Growing may move the block; its
-    // reserve doubles at least, so that n appends cost O(n) copies whatever size the block
-    // shows. Shrinking never fails and keeps the reserve, but for a size of 0, which gives all memory back.
+    // How many bytes it can grow by without being moved.
+    [[nodiscard]] std::size_t Room() const { return fReserve - fSize; }
+
+    // Sets the size. Bytes kept stay unchanged, bytes gained are undefined. Growing beyond the reserve may
+    // move the block; the reserve then doubles at least, so that n appends cost O(n) copies. Shrinking never
+    // fails and keeps the reserve, but for a size of 0, which gives all memory back.
     // noErr, or memFullErr with the block unchanged.
     [[nodiscard]] OSErr Resize(std::size_t size);
+    // Makes room for `size` bytes in all, which may move the block. noErr, or memFullErr with the block
+    // unchanged.
+    [[nodiscard]] OSErr Reserve(std::size_t size) { return size <= fReserve ? noErr : Reallocate(size); }
 
   private:
+    OSErr Reallocate(std::size_t size);
     void Release();
 
     std::byte *fData = nullptr;
     std::size_t fSize = 0;
     std::size_t fReserve = 0;
 };
+
+inline OSErr Block::Resize(std::size_t size) {
+    if (size == 0) {
+        Release();
+        return noErr;
+    }
+    const OSErr status = Reserve(size);
+    fSize = status == noErr ? size : fSize;
+    return status;
+}
 
 } // namespace drevix

@@ -2,6 +2,7 @@
 #include "platform/status.h"
 #include "qbase/qbase_internal.h"
 
+#include <algorithm>
 #include <cstring>
 #include <functional>
 #include <tuple>
@@ -15,23 +16,42 @@ bool LiesIn(const Block &block, const void *pointer) {
            std::less<>()(pointer, static_cast<const void *>(start + block.Size()));
 }
 
-// Calls `store` with a copy of the data: the caller's lie in the base itself and would move under a resize.
-// kNoRecord when there is no memory for the copy.
-template <class Store>
-RecordNumber StoreCopy(const void *data, std::int32_t length, Store store) {
-    Block copy;
-    const auto size = static_cast<std::size_t>(length);
-    if (copy.Resize(size) != noErr) {
-        return kNoRecord;
-    }
-    std::memcpy(copy.Data(), data, size);
-    return store(copy.Data());
+// Whether one more record of `size` bytes finds its slot and its place.
+bool HasRoom(QBaseHandle base, std::size_t size) {
+    return base->file.count < base->capacity && size <= base->records.Room() &&
+           base->records.Size() + size <= kMaxRecordsSize;
 }
 
-// Grows or shrinks the record data; false, with nothing changed, when they would pass what an offset can name
-// or there is no memory.
-bool ResizeRecords(QBaseHandle base, std::size_t size) {
-    return size <= kMaxRecordsSize && base->records.Resize(size) == noErr;
+// Gives the index more slots. It asks for room far ahead, so that it seldom moves: as long as it does not lie
+// behind the records, these can grow without being copied. Pages that are reserved and not used are not taken.
+OSErr GrowIndex(QBaseHandle base) {
+    constexpr std::size_t kLeastReserve = std::size_t{64} << 10;
+    constexpr std::size_t kFactor = 16;
+    const std::int32_t slots = base->capacity + base->indexGrowth;
+    if (static_cast<std::size_t>(base->indexGrowth) * sizeof(std::int32_t) > base->index.Room()) {
+        // A wish: the next step asks for what is needed.
+        std::ignore = base->index.Reserve(std::max(kLeastReserve, kFactor * base->index.Size()));
+    }
+    return ResizeIndex(base, slots);
+}
+
+// Makes the room that a record lacks, and adds it. Apart from QBaseAddRecord, whose few instructions are felt
+// between two copies.
+[[gnu::noinline]] RecordNumber AddWithMoreRoom(QBaseHandle base, const void *data, std::int32_t length) {
+    const MemoryRequest request;
+    const std::int32_t capacity = base->capacity;
+    // The index first, or it would come to lie behind the records.
+    if (base->file.count >= capacity && GrowIndex(base) != noErr) {
+        return kNoRecord;
+    }
+    const bool isOwn = LiesIn(base->records, data); // and then moves along
+    const auto place = isOwn ? static_cast<const std::byte *>(data) - base->records.Data() : 0;
+    const std::size_t end = base->records.Size() + RecordSize(length);
+    if (end > kMaxRecordsSize || base->records.Reserve(end) != noErr) {
+        std::ignore = ResizeIndex(base, capacity); // fewer slots can always be had
+        return kNoRecord;
+    }
+    return QBaseAddRecord(base, isOwn ? base->records.Data() + place : data, length);
 }
 
 void WriteRecord(QBaseRecord *record, std::size_t size, const void *data, std::int32_t length) {
@@ -44,18 +64,30 @@ void WriteRecord(QBaseRecord *record, std::size_t size, const void *data, std::i
     }
 }
 
+// Replaces a record by a copy of data that lie in the base itself and would move under a resize.
+RecordNumber ReplaceByCopy(QBaseHandle base, RecordNumber number, const void *data, std::int32_t length) {
+    Block copy;
+    const auto size = static_cast<std::size_t>(length);
+    if (copy.Resize(size) != noErr) {
+        return kNoRecord;
+    }
+    std::memcpy(copy.Data(), data, size);
+    return QBaseReplaceRecord(base, number, copy.Data(), length);
+}
+
 // Gives the record at an offset another size: the data behind it move, and with them their offsets.
 bool ResizeRecordAt(QBaseHandle base, std::size_t offset, std::size_t oldSize, std::size_t newSize) {
     const std::size_t total = base->records.Size();
     const std::size_t oldEnd = offset + oldSize;
     const bool grows = newSize > oldSize;
-    if (grows && !ResizeRecords(base, total + (newSize - oldSize))) {
+    const std::size_t newTotal = total + newSize - oldSize;
+    if (grows && (newTotal > kMaxRecordsSize || base->records.Resize(newTotal) != noErr)) {
         return false;
     }
     std::byte *const bytes = base->records.Data();
     std::memmove(bytes + offset + newSize, bytes + oldEnd, total - oldEnd);
     if (!grows) {
-        std::ignore = base->records.Resize(total - (oldSize - newSize)); // shrinking cannot fail
+        std::ignore = base->records.Resize(newTotal); // shrinking cannot fail
     }
     const auto delta = static_cast<std::int64_t>(newSize) - static_cast<std::int64_t>(oldSize);
     QBaseUpdateOffsets(base, base->file.count, static_cast<std::int32_t>(oldEnd),
@@ -73,29 +105,21 @@ RecordNumber QBaseAddRecord(QBaseHandle base, const void *data, std::int32_t len
     if (base == nullptr || data == nullptr || length < 0) {
         return kNoRecord;
     }
-    const MemoryRequest request;
-    if (length > 0 && LiesIn(base->records, data)) {
-        return StoreCopy(data, length, [&](const void *copy) { return QBaseAddRecord(base, copy, length); });
+    const std::size_t size = RecordSize(length);
+    if (!HasRoom(base, size)) {
+        return AddWithMoreRoom(base, data, length);
     }
     const std::size_t end = base->records.Size();
-    const std::size_t size = RecordSize(length);
-    if (!ResizeRecords(base, end + size)) {
-        return kNoRecord;
-    }
-    if (base->file.count >= base->capacity &&
-        ResizeIndex(base, base->capacity + base->indexGrowth) != noErr) {
-        std::ignore = base->records.Resize(end); // shrinking cannot fail
-        return kNoRecord;
-    }
+    std::ignore = base->records.Resize(end + size); // there is room
     const RecordNumber number = base->file.count++;
     IndexOffsets(base)[number] = static_cast<std::int32_t>(end);
-    QBaseRecord *const record = RecordAt(base, end);
-    record->flags = 0;
-    WriteRecord(record, size, data, length);
     if (base->sortMode != kSortDataOrder) {
         base->sortMode = kSortNone;
     }
     base->recordsChanged = true;
+    QBaseRecord *const record = RecordAt(base, end);
+    record->flags = 0;
+    WriteRecord(record, size, data, length);
     return number;
 }
 
@@ -110,8 +134,7 @@ RecordNumber QBaseReplaceRecord(QBaseHandle base, RecordNumber number, const voi
     const std::size_t oldSize = record->size;
     const std::size_t newSize = RecordSize(length);
     if (newSize != oldSize && length > 0 && LiesIn(base->records, data)) {
-        return StoreCopy(data, length,
-                         [&](const void *copy) { return QBaseReplaceRecord(base, number, copy, length); });
+        return ReplaceByCopy(base, number, data, length);
     }
     if (newSize != oldSize && !ResizeRecordAt(base, offset, oldSize, newSize)) {
         return kNoRecord;

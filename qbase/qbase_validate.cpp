@@ -2,6 +2,7 @@
 #include "platform/status.h"
 #include "qbase/qbase_file_internal.h"
 
+#include <algorithm>
 #include <array>
 #include <span>
 
@@ -22,10 +23,12 @@ class OffsetSet {
     // `anyOffset` has every bit that some offset has.
     OffsetSet(std::span<const std::int32_t> offsets, std::uint32_t anyOffset, std::size_t recordsSize)
         : fOffsets(offsets), fShift(1 - anyOffset % 2) {
-        const std::size_t words = (recordsSize >> fShift) / kWindows / kWordBits + 1;
-        // Without memory the bits at hand do too, with more windows.
+        const std::size_t all = (recordsSize >> fShift) / kWordBits + 1;
+        const std::size_t words = all / kWindows + 1;
         if (words > fFew.size() && fMany.Resize(words * sizeof(Word)) == noErr) {
             fBits = {reinterpret_cast<Word *>(fMany.Data()), words};
+        } else { // without memory the bits at hand do too, with more windows
+            fBits = std::span(fFew).first(std::min(all, fFew.size()));
         }
     }
 
@@ -57,8 +60,8 @@ class OffsetSet {
 
     std::span<const std::int32_t> fOffsets;
     Block fMany;
-    std::array<Word, 1024> fFew; // cleared when the window moves to where it is used first
-    std::span<Word> fBits = fFew;
+    std::array<Word, 2048> fFew; // what is used of it is cleared when the window moves to its first place
+    std::span<Word> fBits;
     std::size_t fStart = 0;
     std::size_t fEnd = 0;
     unsigned fShift;

@@ -26,9 +26,9 @@ OSErr ReadInMode(QBaseHandle base, FileRef file, Mode mode, bool emptyFirst, boo
 // and can be added to, written and read again.
 void ReadSafely(const MemoryFile &file, std::string_view image, Mode mode) {
     ASSERT_TRUE(file.Set(image));
-    const FaultyAllocator memory(kNoFault, Lasts::Once);
     const QBaseOwner base = NewFileBase();
     AddMadeRecords(base.get(), {4});
+    const FaultyAllocator memory(kNoFault, Lasts::Once); // from here on it measures
     const std::string before = Contents(base.get());
     const OSErr status = ReadInMode(base.get(), file.Ref(), mode, false);
     ASSERT_LE(memory.Largest(), std::max(sizeof(QBaseHeader), 2 * image.size() + 64));
