@@ -32,9 +32,14 @@ class PropertyListDictionary {
     // std::bad_alloc, as the standard containers do.
     template <typename Value>
     void Add(std::string key, Value &&value);
+    // Adds an entry with an empty key and the value `false`, to be filled in. It stays where it is until the
+    // next one is added.
+    Entry &AddBlank();
     [[nodiscard]] const std::vector<Entry> &Entries() const { return fEntries; }
 
   private:
+    void MakeRoom();
+
     std::vector<Entry> fEntries;
 };
 
@@ -81,13 +86,22 @@ class PropertyList {
     Value fValue;
 };
 
-template <typename Value>
-void PropertyListDictionary::Add(std::string key, Value &&value) {
+inline void PropertyListDictionary::MakeRoom() {
     constexpr std::size_t kFewEntries = 8; // one allocation for most dictionaries
     if (fEntries.capacity() == 0) {
         fEntries.reserve(kFewEntries);
     }
+}
+
+template <typename Value>
+void PropertyListDictionary::Add(std::string key, Value &&value) {
+    MakeRoom();
     fEntries.emplace_back(std::move(key), std::forward<Value>(value));
+}
+
+inline PropertyListDictionary::Entry &PropertyListDictionary::AddBlank() {
+    MakeRoom();
+    return fEntries.emplace_back(std::string_view(), false);
 }
 
 // Bounds that keep a hostile list from exhausting time, memory or the stack; a list beyond them is refused as

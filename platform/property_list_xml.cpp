@@ -1,17 +1,14 @@
 #include "platform/property_list_reading.h"
 #include "platform/property_list_text.h"
 #include "platform/status.h"
-
-#include <libxml/SAX2.h>
-#include <libxml/parser.h>
-#include <libxml/parserInternals.h>
+#include "platform/xml_parser.h"
 
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <cstring>
-#include <exception>
-#include <new>
 #include <optional>
+#include <utility>
 
 namespace drevix {
 namespace {
@@ -22,18 +19,39 @@ constexpr auto kElementNames = std::to_array(
     {"key", "integer", "string", "dict", "true", "false", "array", "real", "data", "date", "plist"});
 static_assert(kElementNames.size() == static_cast<std::size_t>(Element::Plist) + 1);
 
-// An array or a dictionary whose end has not come yet. It stays empty where its elements are handed over.
+// An array or a dictionary whose end has not come yet: one of both, or none for a root whose elements are
+// handed over.
 struct OpenContainer {
-    bool isDictionary;
-    PropertyListArray array;
-    PropertyListDictionary dictionary;
-    std::optional<std::string> key; // waits for its value
+    PropertyListArray *array;
+    PropertyListDictionary *dictionary;
 };
 
 // The parser lets no other character up to the blank pass than those that XML counts as white space.
+bool IsBlank(char character) {
+    return static_cast<unsigned char>(character) <= ' ';
+}
+
+// Of four characters: zero when all are blank. The sum sets the highest bit of each byte above the blank.
+std::uint32_t NotBlank(const char *characters) {
+    constexpr std::uint32_t kEach = 0x01010101;
+    std::uint32_t four = 0;
+    std::memcpy(&four, characters, sizeof(four));
+    return ((four + kEach * (0x7F - ' ')) | four) & (kEach * 0x80);
+}
+
+// Four at a time, the last ones maybe twice: blanks stand between any two tags, and one at a time they would
+// take a twentieth of all reading.
 bool IsBlank(std::string_view text) {
-    return std::ranges::all_of(text,
-                               [](char character) { return static_cast<unsigned char>(character) <= ' '; });
+    constexpr std::size_t kStep = sizeof(std::uint32_t);
+    if (text.size() < kStep) {
+        return std::ranges::all_of(text, [](char character) { return IsBlank(character); });
+    }
+    const char *const last = text.data() + text.size() - kStep;
+    std::uint32_t found = NotBlank(last);
+    for (const char *at = text.data(); at < last; at += kStep) {
+        found |= NotBlank(at);
+    }
+    return found == 0;
 }
 
 // What the parser says, cut to one line of plain ASCII: it may quote bytes of the file.
@@ -46,9 +64,9 @@ std::string PlainLine(const char *message) {
     return line;
 }
 
-// One reading of one list. libxml2 pulls the bytes and calls back; nothing may be thrown through it, so what
-// is thrown in a callback is kept and thrown again behind it.
-class XmlListReader {
+// One reading of one list. A value is made where it stays, within the element that is being read: nothing is
+// added to a container, which could move the values in it, before the end of the one that is open in it.
+class XmlListReader final : public XmlParser {
   public:
     XmlListReader(ListBytes *bytes, HandOver what, const PropertyListElementHandler *handler,
                   PropertyListProblem *problem)
@@ -56,220 +74,126 @@ class XmlListReader {
           fHandOverDepth(what == HandOver::Root ? 0 : 1) {
         fOpen.reserve(kPropertyListMaxDepth);
     }
-    XmlListReader(const XmlListReader &) = delete;
-    XmlListReader &operator=(const XmlListReader &) = delete;
-    ~XmlListReader();
 
     OSErr Read();
 
-  private:
-    static xmlSAXHandler Callbacks();
-    static int OnRead(void *self, char *buffer, int size);
-    static void OnStart(void *self, const xmlChar *name, const xmlChar **attributes);
-    static void OnEnd(void *self, const xmlChar *name);
-    static void OnText(void *self, const xmlChar *text, int length);
-    static void OnError(void *self, xmlErrorPtr error);
-    static xmlEntityPtr OnEntity(void *self, const xmlChar *name);
-    template <typename... Arguments>
-    static void OnDeclaration(void *self, Arguments...);
-    template <typename Step>
-    static void Run(void *self, const Step &step) noexcept;
-
-    void ParseDocument();
-    void InternNames();
-    void Start(const xmlChar *name);
-    void StartPlist();
-    void StartValue(Element element);
+    // What the parser calls.
+    void Start(XmlCharacters name, const XmlCharacters *attributes);
     void End();
+    void AddText(std::string_view text);
+
+  private:
+    void Begin() override;
+    std::size_t ReadBytes(std::span<char> buffer) override;
+    void Notice(XmlProblem problem, const char *message) override;
+
+    void AddLeafText(std::string_view text);
+    void StartPlist();
+    void StartKey();
+    void StartValue(Element element);
+    bool MayStandWithoutKey(Element element);
+    void StartContainer(Element element);
+    PropertyList &NewPlace();
+    void EndLeaf();
     void EndContainer();
-    void EndLeaf(Element element);
+    void PutInteger();
     template <typename Value>
-    void AddParsed(std::optional<Value> value, const char *problem);
-    template <typename Value>
-    void AddValue(Value value);
-    void GiveOver(PropertyList element);
-    void Stop(OSErr status);
-    void Damaged(std::string text);
+    void PutParsed(std::optional<Value> value, const char *problem);
+    void EndValue();
+    void GiveOver();
+    void Damaged(std::string_view text);
 
     ListBytes &fBytes;
     const PropertyListElementHandler &fHandler;
     PropertyListProblem &fProblem;
     const std::size_t fHandOverDepth; // what lies in so many open containers is handed over
-    OSErr fStatus = noErr;
-    std::exception_ptr fThrown;
-    xmlParserCtxtPtr fParser = nullptr;
-    std::array<const xmlChar *, kElementNames.size()> fNames{}; // as the parser holds them
+    std::array<XmlCharacters, kElementNames.size()> fNames{}; // as the parser holds them
 
     bool fInPlist = false;
     bool fHasRoot = false;
     std::vector<OpenContainer> fOpen;
-    std::optional<Element> fLeaf; // the open element that holds text
-    std::string fText;            // what it holds so far
-    std::size_t fValues = 0;      // of the element that is being read
+    PropertyList fElement{false};                    // that is being read
+    PropertyListDictionary::Entry *fEntry = nullptr; // whose key waits for its value
+    PropertyList *fValue = nullptr;                  // that is being read
+    Element fLeaf{};                                 // the open element that holds text
+    std::string *fText = nullptr;                    // where its text goes, null if there is none
+    std::string fPlainText;                          // the text of a value other than a string
+    std::size_t fValues = 0;                         // of the element
     std::size_t fTextBytes = 0;
 };
 
-XmlListReader::~XmlListReader() {
-    if (fParser != nullptr) {
-        // The parser keeps a document of its own when it meets an entity declaration.
-        xmlFreeDoc(fParser->myDoc);
-        xmlFreeParserCtxt(fParser);
-    }
-}
-
 OSErr XmlListReader::Read() {
-    // The thread's handler gets the errors that libxml2 ties to no parser too, such as those of a text
-    // encoding.
-    const xmlStructuredErrorFunc before = xmlStructuredError;
-    void *const beforeContext = xmlStructuredErrorContext;
-    xmlSetStructuredErrorFunc(this, OnError);
-    ParseDocument();
-    xmlSetStructuredErrorFunc(beforeContext, before);
-    if (fThrown) {
-        std::rethrow_exception(fThrown);
+    if (const OSErr status = Parse<XmlListReader>(XmlParsing::Strict); status != noErr) {
+        return status;
     }
-    return fStatus;
-}
-
-void XmlListReader::ParseDocument() {
-    xmlSAXHandler callbacks = Callbacks();
-    fParser = xmlCreateIOParserCtxt(&callbacks, this, OnRead, nullptr, this, XML_CHAR_ENCODING_NONE);
-    if (fParser == nullptr) {
-        fStatus = fStatus == noErr ? memFullErr : fStatus;
-        return;
-    }
-    InternNames();
-    xmlCtxtUseOptions(fParser, XML_PARSE_NONET);
-    xmlParseDocument(fParser);
-    if (fStatus != noErr) {
-        return;
-    }
-    // The parser takes a NUL byte behind the root for the end, and drops half a character there.
-    const xmlParserInput *input = fParser->input;
-    const bool readWhole =
-        input != nullptr && input->cur == input->end &&
-        (input->buf == nullptr || input->buf->raw == nullptr || xmlBufUse(input->buf->raw) == 0);
-    if (fParser->wellFormed == 0) {
+    if (!IsWellFormed()) {
         Damaged("it is not well-formed");
-    } else if (!readWhole) {
+    } else if (!IsAtEnd()) {
         Damaged("something follows the list");
     }
+    return Status();
 }
 
-// Without a callback for the external subset none is ever loaded.
-xmlSAXHandler XmlListReader::Callbacks() {
-    xmlSAXHandler callbacks{};
-    callbacks.initialized =
-        1; // not XML_SAX2_MAGIC: lists have no name spaces, and without them parsing is faster
-    callbacks.startElement = OnStart;
-    callbacks.endElement = OnEnd;
-    callbacks.characters = OnText;
-    callbacks.ignorableWhitespace = OnText; // one and the same, which spares the parser telling them apart
-    callbacks.getEntity = OnEntity;
-    callbacks.getParameterEntity = OnEntity;
-    callbacks.entityDecl = OnDeclaration;
-    callbacks.unparsedEntityDecl = OnDeclaration;
-    callbacks.notationDecl = OnDeclaration;
-    callbacks.attributeDecl = OnDeclaration;
-    callbacks.elementDecl = OnDeclaration;
-    return callbacks;
-}
-
-void XmlListReader::InternNames() {
-    for (std::size_t i = 0; i < fNames.size(); ++i) {
-        fNames[i] = xmlDictLookup(fParser->dict, BAD_CAST kElementNames[i], -1);
-    }
+void XmlListReader::Begin() {
+    std::ranges::transform(kElementNames, fNames.begin(),
+                           [this](const char *name) { return NameInParser(name); });
     if (std::ranges::count(fNames, nullptr) > 0) {
         Stop(memFullErr);
     }
 }
 
-template <typename Step>
-void XmlListReader::Run(void *self, const Step &step) noexcept {
-    auto *reader = static_cast<XmlListReader *>(self);
-    if (reader->fStatus != noErr) {
-        return;
+std::size_t XmlListReader::ReadBytes(std::span<char> buffer) {
+    std::span<const std::byte> ahead;
+    const OSErr status = fBytes.Ahead(&ahead);
+    if (status == kDamagedList) {
+        fProblem.text = kListTooLarge;
     }
-    try {
-        step(*reader);
-    } catch (...) {
-        reader->fThrown = std::current_exception();
-        reader->Stop(memFullErr);
+    if (status != noErr) {
+        Stop(status);
+        return 0;
+    }
+    const std::size_t moved = std::min(ahead.size(), buffer.size());
+    std::memcpy(buffer.data(), ahead.data(), moved);
+    fBytes.Skip(moved);
+    return moved;
+}
+
+void XmlListReader::Notice(XmlProblem problem, const char *message) {
+    switch (problem) {
+    case XmlProblem::Malformed:
+        return Damaged("it is not well-formed: " + PlainLine(message));
+    case XmlProblem::WrongEndTag:
+        return Damaged("it is not well-formed: an element ends with another's end tag");
+    case XmlProblem::Entity:
+        return Damaged("an entity is used that is not predefined");
+    case XmlProblem::Declaration:
+        return Damaged("its document type makes declarations");
     }
 }
 
-int XmlListReader::OnRead(void *self, char *buffer, int size) {
-    int count = -1;
-    Run(self, [&](XmlListReader &reader) {
-        std::span<const std::byte> ahead;
-        const OSErr status = reader.fBytes.Ahead(&ahead);
-        if (status == kDamagedList) {
-            reader.fProblem.text = kListTooLarge;
-        }
-        if (status != noErr) {
-            return reader.Stop(status);
-        }
-        const std::size_t moved = std::min(ahead.size(), static_cast<std::size_t>(size));
-        std::copy_n(ahead.begin(), moved, reinterpret_cast<std::byte *>(buffer));
-        reader.fBytes.Skip(moved);
-        count = static_cast<int>(moved);
-    });
-    return count;
+void XmlListReader::AddText(std::string_view text) {
+    if (fText != nullptr) {
+        AddLeafText(text);
+    } else if (!IsBlank(text)) {
+        Damaged("text stands outside a value");
+    }
 }
 
-void XmlListReader::OnStart(void *self, const xmlChar *name, const xmlChar ** /*attributes*/) {
-    Run(self, [&](XmlListReader &reader) { reader.Start(name); });
+void XmlListReader::AddLeafText(std::string_view text) {
+    fTextBytes += text.size();
+    if (fTextBytes > kPropertyListMaxText) {
+        return Damaged(kListTooMuchText);
+    }
+    *fText += text;
 }
 
-void XmlListReader::OnEnd(void *self, const xmlChar * /*name*/) {
-    Run(self, [](XmlListReader &reader) { reader.End(); });
-}
-
-void XmlListReader::OnText(void *self, const xmlChar *text, int length) {
-    const std::string_view piece(reinterpret_cast<const char *>(text), static_cast<std::size_t>(length));
-    Run(self, [&](XmlListReader &reader) {
-        if (reader.fLeaf.has_value()) {
-            reader.fTextBytes += piece.size();
-            if (reader.fTextBytes > kPropertyListMaxText) {
-                return reader.Damaged(kListTooMuchText);
-            }
-            reader.fText += piece;
-        } else if (!IsBlank(piece)) {
-            reader.Damaged("text stands outside a value");
-        }
-    });
-}
-
-void XmlListReader::OnError(void *self, xmlErrorPtr error) {
-    Run(self, [&](XmlListReader &reader) {
-        if (error->code == XML_ERR_NO_MEMORY) {
-            reader.Stop(memFullErr);
-        } else if (error->code == XML_ERR_TAG_NAME_MISMATCH) {
-            reader.Damaged("it is not well-formed: an element ends with another's end tag");
-        } else if (error->level >= XML_ERR_ERROR) {
-            reader.Damaged("it is not well-formed: " + PlainLine(error->message));
-        }
-    });
-}
-
-// Called for entities other than the five predefined ones, none of which can be declared.
-xmlEntityPtr XmlListReader::OnEntity(void *self, const xmlChar * /*name*/) {
-    Run(self, [](XmlListReader &reader) { reader.Damaged("an entity is used that is not predefined"); });
-    return nullptr;
-}
-
-template <typename... Arguments>
-void XmlListReader::OnDeclaration(void *self, Arguments...) {
-    Run(self, [](XmlListReader &reader) { reader.Damaged("its document type makes declarations"); });
-}
-
-void XmlListReader::Start(const xmlChar *name) {
+void XmlListReader::Start(XmlCharacters name, const XmlCharacters * /*attributes*/) {
     const auto found = std::ranges::find(fNames, name);
     if (found == fNames.end()) {
         return Damaged("an element is unknown");
     }
     const auto element = static_cast<Element>(found - fNames.begin());
-    if (fLeaf.has_value()) {
+    if (fText != nullptr) {
         return Damaged("an element stands inside a value");
     }
     if (element == Element::Plist) {
@@ -278,16 +202,7 @@ void XmlListReader::Start(const xmlChar *name) {
     if (!fInPlist) {
         return Damaged("the root is not <plist>");
     }
-    if (element != Element::Key) {
-        return StartValue(element);
-    }
-    if (fOpen.empty() || !fOpen.back().isDictionary) {
-        return Damaged("a key stands outside a dictionary");
-    }
-    if (fOpen.back().key.has_value()) {
-        return Damaged("a key has no value");
-    }
-    fLeaf = element;
+    return element == Element::Key ? StartKey() : StartValue(element);
 }
 
 void XmlListReader::StartPlist() {
@@ -297,36 +212,78 @@ void XmlListReader::StartPlist() {
     fInPlist = true;
 }
 
+void XmlListReader::StartKey() {
+    if (fOpen.empty() || fOpen.back().dictionary == nullptr) {
+        return Damaged("a key stands outside a dictionary");
+    }
+    if (fEntry != nullptr) {
+        return Damaged("a key has no value");
+    }
+    fEntry = &fOpen.back().dictionary->AddBlank();
+    fLeaf = Element::Key;
+    fText = &fEntry->first;
+}
+
 void XmlListReader::StartValue(Element element) {
-    if (fOpen.empty() && fHasRoot) {
-        return Damaged("there is more than one root");
-    }
-    if (fOpen.size() < fHandOverDepth && element != Element::Array) {
-        return Damaged("the root is not an array");
-    }
-    if (!fOpen.empty() && fOpen.back().isDictionary && !fOpen.back().key.has_value()) {
-        return Damaged("a value has no key");
+    if (fEntry == nullptr && !MayStandWithoutKey(element)) {
+        return;
     }
     if (fOpen.size() >= fHandOverDepth && ++fValues > kPropertyListMaxValues) {
         return Damaged(kListTooManyValues);
     }
-    fHasRoot = true;
-    if (element != Element::Array && element != Element::Dict) {
-        fLeaf = element;
-        return;
+    if (element == Element::Array || element == Element::Dict) {
+        return StartContainer(element);
     }
+    fValue = &NewPlace();
+    fLeaf = element;
+    if (element == Element::String) {
+        fText = &fValue->Get().emplace<std::string>();
+    } else {
+        fPlainText.clear();
+        fText = &fPlainText;
+    }
+}
+
+bool XmlListReader::MayStandWithoutKey(Element element) {
+    if (fOpen.empty() && fHasRoot) {
+        Damaged("there is more than one root");
+    } else if (fOpen.size() < fHandOverDepth && element != Element::Array) {
+        Damaged("the root is not an array");
+    } else if (!fOpen.empty() && fOpen.back().dictionary != nullptr) {
+        Damaged("a value has no key");
+    }
+    fHasRoot = true;
+    return Status() == noErr;
+}
+
+void XmlListReader::StartContainer(Element element) {
     if (fOpen.size() == kPropertyListMaxDepth) {
         return Damaged(kListTooDeep);
     }
-    fOpen.emplace_back().isDictionary = element == Element::Dict;
+    OpenContainer container{};
+    if (fOpen.size() >= fHandOverDepth) {
+        PropertyList::Value &place = NewPlace().Get();
+        if (element == Element::Array) {
+            container.array = &place.emplace<PropertyListArray>();
+        } else {
+            container.dictionary = &place.emplace<PropertyListDictionary>();
+        }
+    }
+    fOpen.push_back(container);
+}
+
+// Where the value that starts has its place. It holds `false` yet.
+PropertyList &XmlListReader::NewPlace() {
+    if (fEntry != nullptr) {
+        return std::exchange(fEntry, nullptr)->second;
+    }
+    return fOpen.size() == fHandOverDepth ? fElement : fOpen.back().array->emplace_back(false);
 }
 
 void XmlListReader::End() {
-    if (fLeaf.has_value()) {
-        const Element element = *fLeaf;
-        fLeaf.reset();
-        EndLeaf(element);
-        fText.clear();
+    if (fText != nullptr) {
+        fText = nullptr;
+        EndLeaf();
     } else if (!fOpen.empty()) {
         EndContainer();
     } else if (!fHasRoot) {
@@ -335,81 +292,75 @@ void XmlListReader::End() {
 }
 
 void XmlListReader::EndContainer() {
-    if (fOpen.back().key.has_value()) {
+    if (fEntry != nullptr) {
         return Damaged("a key has no value");
     }
-    if (fOpen.size() == fHandOverDepth) { // the root, whose elements have been handed over
-        fOpen.pop_back();
-    } else if (fOpen.back().isDictionary) {
-        PropertyListDictionary dictionary = std::move(fOpen.back().dictionary);
-        fOpen.pop_back();
-        AddValue(std::move(dictionary));
-    } else {
-        PropertyListArray array = std::move(fOpen.back().array);
-        fOpen.pop_back();
-        AddValue(std::move(array));
-    }
+    fOpen.pop_back();
+    EndValue();
 }
 
-void XmlListReader::EndLeaf(Element element) {
-    switch (element) {
+void XmlListReader::EndLeaf() {
+    switch (fLeaf) {
     case Element::Key:
-        fOpen.back().key = fText;
-        return;
+        return; // its value is still to come
     case Element::String:
-        return AddValue(fText);
+        break;
     case Element::Integer:
-        return AddParsed(ParseIntegerText(fText), "an integer is malformed or too large");
+        PutInteger();
+        break;
     case Element::Real:
-        return AddParsed(ParseRealText(fText), "a real number is malformed or too large");
+        PutParsed(ParseRealText(fPlainText), "a real number is malformed or too large");
+        break;
     case Element::Data:
-        return AddParsed(ParseBase64Text(fText), "data is not base64");
+        PutParsed(ParseBase64Text(fPlainText), "data is not base64");
+        break;
     case Element::Date:
-        return AddParsed(ParseDateText(fText), "a date is malformed");
+        PutParsed(ParseDateText(fPlainText), "a date is malformed");
+        break;
     default:
-        return IsBlank(fText) ? AddValue(element == Element::True) : Damaged("a truth value holds text");
+        PutParsed(IsBlank(fPlainText) ? std::optional(fLeaf == Element::True) : std::nullopt,
+                  "a truth value holds text");
     }
+    EndValue();
 }
 
-template <typename Value>
-void XmlListReader::AddParsed(std::optional<Value> value, const char *problem) {
-    return value.has_value() ? AddValue(*std::move(value)) : Damaged(problem);
-}
-
-template <typename Value>
-void XmlListReader::AddValue(Value value) {
-    if (fOpen.size() == fHandOverDepth) {
-        return GiveOver(std::move(value));
-    }
-    OpenContainer &container = fOpen.back();
-    if (container.isDictionary) {
-        container.dictionary.Add(*std::move(container.key), std::move(value));
-        container.key.reset();
+void XmlListReader::PutInteger() {
+    std::int64_t value = 0;
+    const char *const end = fPlainText.data() + fPlainText.size();
+    const auto [stopped, error] = std::from_chars(fPlainText.data(), end, value);
+    if (error == std::errc() && stopped == end) { // a sign at most and digits, as most integers are
+        fValue->Get().emplace<std::int64_t>(value);
     } else {
-        container.array.emplace_back(std::move(value));
+        PutParsed(ParseIntegerText(fPlainText), "an integer is malformed or too large");
     }
 }
 
-void XmlListReader::GiveOver(PropertyList element) {
+template <typename Value>
+void XmlListReader::PutParsed(std::optional<Value> value, const char *problem) {
+    if (!value.has_value()) {
+        return Damaged(problem);
+    }
+    fValue->Get().emplace<Value>(*std::move(value));
+}
+
+void XmlListReader::EndValue() {
+    if (fOpen.size() == fHandOverDepth && Status() == noErr) {
+        GiveOver();
+    }
+}
+
+void XmlListReader::GiveOver() {
     fValues = 0;
     fTextBytes = 0;
-    if (!fHandler(element)) {
+    if (!fHandler(fElement)) {
         Stop(userCanceledErr);
     }
+    fElement = false; // frees its memory
 }
 
-// Nothing is called back from now on, and OnRead gives no more bytes, so the parser soon comes to its end.
-// (Its own way to stop gives buffers up at once, at which it may still look behind its error handler.)
-void XmlListReader::Stop(OSErr status) {
-    fStatus = status;
-    if (fParser != nullptr) {
-        fParser->disableSAX = 1;
-    }
-}
-
-void XmlListReader::Damaged(std::string text) {
-    fProblem.text = std::move(text);
-    fProblem.line = fParser != nullptr && fParser->input != nullptr ? fParser->input->line : 0;
+void XmlListReader::Damaged(std::string_view text) {
+    fProblem.text = text;
+    fProblem.line = Line();
     Stop(kDamagedList);
 }
 

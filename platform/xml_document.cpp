@@ -2,14 +2,10 @@
 
 #include "platform/property_list_text.h"
 #include "platform/status.h"
+#include "platform/xml_parser.h"
 #include "platform/xml_text.h"
 
-#include <libxml/parser.h>
-#include <libxml/parserInternals.h>
-
 #include <algorithm>
-#include <cstring>
-#include <exception>
 #include <new>
 #include <utility>
 
@@ -21,47 +17,28 @@ constexpr int kMostErrors = 1000; // that a recovering reading puts up with
 constexpr std::string_view kHead = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
 constexpr std::size_t kIndent = 4;
 
-// One reading of one document. libxml2 pulls the text and calls back; our tree is built from the calls, which
-// takes less memory than making its own first, and lets a document beyond the bounds be stopped in time. With
-// the calls of its first interface it resolves no name spaces, whose lookups a hostile file could make slow.
-// Nothing may be thrown through it: what is thrown in a callback is kept and thrown again behind it.
-class XmlReader {
+// One reading of one document. Our tree is built from the parser's calls.
+class XmlTreeReader final : public XmlParser {
   public:
-    XmlReader(std::string_view text, XmlReading reading) : fText(text), fReading(reading) {
+    XmlTreeReader(std::string_view text, XmlReading reading) : fText(text), fReading(reading) {
         fOpen.reserve(kXmlMaxDepth);
     }
-    XmlReader(const XmlReader &) = delete;
-    XmlReader &operator=(const XmlReader &) = delete;
-    ~XmlReader();
 
     OSErr Read(XmlNode *root, bool *isRootEnded, std::size_t *elements);
 
-  private:
-    static xmlSAXHandler Callbacks();
-    static int OnRead(void *self, char *buffer, int size);
-    static void OnStart(void *self, const xmlChar *name, const xmlChar **attributes);
-    static void OnEnd(void *self, const xmlChar *name);
-    static void OnText(void *self, const xmlChar *text, int length);
-    static void OnError(void *self, xmlErrorPtr error);
-    static xmlEntityPtr OnEntity(void *self, const xmlChar *name);
-    template <typename... Arguments>
-    static void OnDeclaration(void *self, Arguments...);
-    template <typename Step>
-    static void Run(void *self, const Step &step) noexcept;
-
-    void Parse();
-    void Start(const xmlChar *name, const xmlChar **attributes);
+    // What the parser calls.
+    void Start(XmlCharacters name, const XmlCharacters *attributes);
     void End();
     void AddText(std::string_view text);
+
+  private:
+    std::size_t ReadBytes(std::span<char> buffer) override;
+    void Notice(XmlProblem problem, const char *message) override;
     [[nodiscard]] std::string Mended(std::string_view text) const;
     bool CountNode();
-    void Stop(OSErr status);
 
     std::string_view fText; // not yet given to the parser
     XmlReading fReading;
-    OSErr fStatus = noErr;
-    std::exception_ptr fThrown;
-    xmlParserCtxtPtr fParser = nullptr;
     int fErrors = 0;
 
     XmlNode fRoot;
@@ -71,159 +48,62 @@ class XmlReader {
     bool fHasRoot = false;
 };
 
-std::string_view TextOf(const xmlChar *text) {
+std::string_view TextOf(XmlCharacters text) {
     return text == nullptr ? std::string_view() : reinterpret_cast<const char *>(text);
 }
 
-std::string LocalName(const xmlChar *name) {
+std::string LocalName(XmlCharacters name) {
     const std::string_view whole = TextOf(name);
     const std::size_t colon = whole.find(':');
     // A name that ends in a colon has no local part; it must not look like text.
     return std::string(colon + 1 < whole.size() || colon == whole.npos ? whole.substr(colon + 1) : whole);
 }
 
-XmlReader::~XmlReader() {
-    if (fParser != nullptr) {
-        // The parser keeps a document of its own when it meets an entity declaration.
-        xmlFreeDoc(fParser->myDoc);
-        xmlFreeParserCtxt(fParser);
+OSErr XmlTreeReader::Read(XmlNode *root, bool *isRootEnded, std::size_t *elements) {
+    const bool recovers = fReading == XmlReading::Recovering;
+    const OSErr status = Parse<XmlTreeReader>(recovers ? XmlParsing::Utf8Recovering : XmlParsing::Utf8Strict);
+    if (status != noErr) {
+        return status;
     }
-}
-
-OSErr XmlReader::Read(XmlNode *root, bool *isRootEnded, std::size_t *elements) {
-    // The thread's handler gets the errors that libxml2 ties to no parser too.
-    const xmlStructuredErrorFunc before = xmlStructuredError;
-    void *const beforeContext = xmlStructuredErrorContext;
-    xmlSetStructuredErrorFunc(this, OnError);
-    Parse();
-    xmlSetStructuredErrorFunc(beforeContext, before);
-    if (fThrown) {
-        std::rethrow_exception(fThrown);
+    if (!fHasRoot || (!recovers && !(IsWellFormed() && IsAtEnd() && fText.empty()))) {
+        return kDamaged;
     }
-    if (fStatus != noErr) {
-        return fStatus;
-    }
-    *isRootEnded = fHasRoot && fOpen.empty();
+    *isRootEnded = fOpen.empty();
     while (!fOpen.empty()) {
         End();
     }
     *root = std::move(fRoot);
     *elements = fElements;
-    return fHasRoot ? noErr : kDamaged;
+    return noErr;
 }
 
-void XmlReader::Parse() {
-    const bool recovers = fReading == XmlReading::Recovering;
-    xmlSAXHandler callbacks = Callbacks();
-    fParser = xmlCreateIOParserCtxt(&callbacks, this, OnRead, nullptr, this, XML_CHAR_ENCODING_UTF8);
-    if (fParser == nullptr) {
-        Stop(fStatus == noErr ? memFullErr : fStatus);
-        return;
-    }
-    // There are no entities to replace, but without that option an attribute's "&amp;" comes as "&#38;".
-    xmlCtxtUseOptions(fParser, XML_PARSE_NONET | XML_PARSE_IGNORE_ENC | XML_PARSE_NOENT |
-                                   (recovers ? XML_PARSE_RECOVER : 0));
-    xmlParseDocument(fParser);
-    // The parser takes a NUL byte behind the root for the end.
-    const xmlParserInput *input = fParser->input;
-    const bool readWhole = fText.empty() && input != nullptr && input->cur == input->end;
-    if (fStatus == noErr && !recovers && (fParser->wellFormed == 0 || !readWhole)) {
+std::size_t XmlTreeReader::ReadBytes(std::span<char> buffer) {
+    const std::size_t moved = fText.copy(buffer.data(), buffer.size());
+    fText.remove_prefix(moved);
+    return moved;
+}
+
+// A recovering reading goes on behind what is malformed. (A text that uses an entity was mended before.)
+void XmlTreeReader::Notice(XmlProblem problem, const char * /*message*/) {
+    const bool isMalformed = problem == XmlProblem::Malformed || problem == XmlProblem::WrongEndTag;
+    if (!isMalformed || fReading == XmlReading::Strict || ++fErrors > kMostErrors) {
         Stop(kDamaged);
     }
 }
 
-// Without a callback for the external subset none is ever loaded.
-xmlSAXHandler XmlReader::Callbacks() {
-    xmlSAXHandler callbacks{};
-    callbacks.initialized = 1; // not XML_SAX2_MAGIC, which asks for name spaces
-    callbacks.startElement = OnStart;
-    callbacks.endElement = OnEnd;
-    callbacks.characters = OnText;
-    callbacks.ignorableWhitespace = OnText;
-    callbacks.getEntity = OnEntity;
-    callbacks.getParameterEntity = OnEntity;
-    callbacks.entityDecl = OnDeclaration;
-    callbacks.unparsedEntityDecl = OnDeclaration;
-    callbacks.notationDecl = OnDeclaration;
-    callbacks.attributeDecl = OnDeclaration;
-    callbacks.elementDecl = OnDeclaration;
-    return callbacks;
-}
-
-template <typename Step>
-void XmlReader::Run(void *self, const Step &step) noexcept {
-    auto *reader = static_cast<XmlReader *>(self);
-    if (reader->fStatus != noErr) {
-        return;
-    }
-    try {
-        step(*reader);
-    } catch (...) {
-        reader->fThrown = std::current_exception();
-        reader->Stop(memFullErr);
-    }
-}
-
-int XmlReader::OnRead(void *self, char *buffer, int size) {
-    int count = -1;
-    Run(self, [&](XmlReader &reader) {
-        const std::string_view piece = reader.fText.substr(0, static_cast<std::size_t>(size));
-        std::ranges::copy(piece, buffer);
-        reader.fText.remove_prefix(piece.size());
-        count = static_cast<int>(piece.size());
-    });
-    return count;
-}
-
-void XmlReader::OnStart(void *self, const xmlChar *name, const xmlChar **attributes) {
-    Run(self, [&](XmlReader &reader) { reader.Start(name, attributes); });
-}
-
-void XmlReader::OnEnd(void *self, const xmlChar * /*name*/) {
-    Run(self, [](XmlReader &reader) { reader.End(); });
-}
-
-void XmlReader::OnText(void *self, const xmlChar *text, int length) {
-    const std::string_view piece(reinterpret_cast<const char *>(text), static_cast<std::size_t>(length));
-    Run(self, [&](XmlReader &reader) { reader.AddText(piece); });
-}
-
-void XmlReader::OnError(void *self, xmlErrorPtr error) {
-    Run(self, [&](XmlReader &reader) {
-        if (error->code == XML_ERR_NO_MEMORY) {
-            reader.Stop(memFullErr);
-        } else if (error->level >= XML_ERR_ERROR &&
-                   (reader.fReading == XmlReading::Strict || ++reader.fErrors > kMostErrors)) {
-            reader.Stop(kDamaged);
-        }
-    });
-}
-
-// Called for entities other than the five predefined ones. None can be declared, and a text that uses one is
-// mended before it is read in the recovering way.
-xmlEntityPtr XmlReader::OnEntity(void *self, const xmlChar * /*name*/) {
-    Run(self, [](XmlReader &reader) { reader.Stop(kDamaged); });
-    return nullptr;
-}
-
-template <typename... Arguments>
-void XmlReader::OnDeclaration(void *self, Arguments...) {
-    Run(self, [](XmlReader &reader) { reader.Stop(kDamaged); });
-}
-
 // The parser, recovering, may go on in the middle of a character.
-std::string XmlReader::Mended(std::string_view text) const {
+std::string XmlTreeReader::Mended(std::string_view text) const {
     return fReading == XmlReading::Recovering && !text.empty() ? MendUtf8(text) : std::string(text);
 }
 
-bool XmlReader::CountNode() {
+bool XmlTreeReader::CountNode() {
     if (++fNodes > kXmlMaxNodes) {
         Stop(kDamaged);
     }
     return fNodes <= kXmlMaxNodes;
 }
 
-void XmlReader::Start(const xmlChar *name, const xmlChar **attributes) {
+void XmlTreeReader::Start(XmlCharacters name, const XmlCharacters *attributes) {
     if (fOpen.empty() && fHasRoot) {
         return; // another element behind the root's end
     }
@@ -242,7 +122,7 @@ void XmlReader::Start(const xmlChar *name, const xmlChar **attributes) {
     }
 }
 
-void XmlReader::End() {
+void XmlTreeReader::End() {
     if (fOpen.empty()) {
         return;
     }
@@ -261,7 +141,7 @@ void XmlReader::End() {
     }
 }
 
-void XmlReader::AddText(std::string_view text) {
+void XmlTreeReader::AddText(std::string_view text) {
     if (fOpen.empty()) {
         return;
     }
@@ -273,14 +153,6 @@ void XmlReader::AddText(std::string_view text) {
         siblings.emplace_back();
     }
     siblings.back().text += text;
-}
-
-// Nothing is called back from now on, and OnRead gives no more text, so the parser soon comes to its end.
-void XmlReader::Stop(OSErr status) {
-    fStatus = status;
-    if (fParser != nullptr) {
-        fParser->disableSAX = 1;
-    }
 }
 
 void AppendAttributeValue(std::string &out, std::string_view value) {
@@ -348,7 +220,7 @@ OSErr ParseXmlDocument(std::string_view bytes, XmlReading reading, XmlDocument *
     XmlNode root;
     bool isRootEnded = false;
     std::size_t elements = 0;
-    const OSErr status = XmlReader(text, reading).Read(&root, &isRootEnded, &elements);
+    const OSErr status = XmlTreeReader(text, reading).Read(&root, &isRootEnded, &elements);
     if (status == noErr) {
         document->root = std::move(root);
         document->isWhole = !recovers || (isRootEnded && elements == startTags);

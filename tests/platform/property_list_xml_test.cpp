@@ -136,6 +136,17 @@ TEST(XmlList, Elements_AreReadStrictlyAndWrittenPlainly) {
     }
 }
 
+TEST(XmlList, TextBetweenValues_IsSeenWhereverItStands) {
+    for (std::size_t blanks = 0; blanks < 10; ++blanks) {
+        for (std::size_t at = 0; at <= blanks; ++at) {
+            for (const char *text : {"!", "\U00020820"}) {
+                const std::string between = std::string(blanks, ' ').insert(at, text);
+                EXPECT_EQ(ParseList(XmlList(between + "<true/>")).status, -1) << at << " of " << blanks;
+            }
+        }
+    }
+}
+
 TEST(XmlList, OtherEncodings_BecomeUtf8) {
     const std::string latin =
         "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?><plist><array><string>\xE4</string></array></plist>";
