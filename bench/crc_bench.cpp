@@ -30,7 +30,7 @@ std::uint64_t OursFolded(const std::uint8_t *bytes, std::size_t count) {
 }
 
 std::uint64_t OursByTables(const std::uint8_t *bytes, std::size_t count) {
-    const CrcState state = TakeUpByTables({0xFFFFFFFF, 0}, bytes, count, LetterCase::Kept);
+    const CrcState state = TakeUpByTables({0xFFFFFFFF, 0}, bytes, count, LetterCase::Counts);
     return std::uint64_t{state.crc} + state.sum;
 }
 

@@ -1,6 +1,7 @@
 #include "cli/action_names.h"
 
 #include "keyboard/key_names.h"
+#include "platform/ascii.h"
 #include "settings/pascal_strings.h"
 #include "util/items_folder.h"
 
@@ -33,33 +34,9 @@ constexpr auto kRefusals = std::to_array<RefusalRow>({
     {ActionRefusal::NotInThisRecord,   "this record's application does not know it"},
     {ActionRefusal::NotOnThisControl,  "it does not work on this control"},
 });
-
-struct ModifierRow {
-    std::string_view name;
-    std::uint16_t bit;
-};
-// Names that are shown come before others for the same key.
-constexpr auto kModifiers = std::to_array<ModifierRow>({
-    {"cmd", kCommandModifier}, {"shift", kShiftModifier}, {"caps", kCapsLockModifier}, {"opt", kOptionModifier},
-    {"ctrl", kControlModifier}, {"command", kCommandModifier}, {"alt", kOptionModifier}, {"option", kOptionModifier},
-    {"control", kControlModifier},
-});
-constexpr std::size_t kShownModifiers = 5;
 // clang-format on
 
 constexpr std::uint16_t kNegativeTag = 0xFFFF; // what `delay` holds for a repeat choice below 0
-
-char Small(char letter) {
-    return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
-}
-
-std::string KeystrokeName(const ActionSlot &slot) {
-    Str255 name{};
-    const bool none = slot.keyCode == kNoKeyCode;
-    const auto key = static_cast<std::uint16_t>(none ? 0xFFFF : slot.keyCode << 8);
-    GetKeyCombinationName(key, slot.modifiers, name.data(), 255, 0);
-    return stringWithPascalString(name.data());
-}
 
 // Where the slot's item is, and when it is no more there.
 std::string ItemName(const Str31 &stored) {
@@ -74,7 +51,7 @@ std::string ItemName(const Str31 &stored) {
 
 std::string MainDetail(const ActionSlot &slot, const MenuTitles &titles) {
     if (slot.command == kActionKeystroke) {
-        return KeystrokeName(slot);
+        return KeystrokeText(slot.keyCode, slot.modifiers);
     }
     if (slot.command == kActionToolMenu) {
         const std::string *title = titles.Find(slot.crc); // a record holds none
@@ -84,7 +61,8 @@ std::string MainDetail(const ActionSlot &slot, const MenuTitles &titles) {
         return ItemName(slot.data);
     }
     const bool scrolls = slot.command >= kActionFirstScroll && slot.command <= kActionLastScroll;
-    return scrolls && slot.modifiers != 0 ? "with " + ModifierNames(slot.modifiers) : "";
+    const std::string modifiers = scrolls ? ModifiersText(slot.modifiers) : "";
+    return modifiers.empty() ? "" : "with " + modifiers;
 }
 
 } // namespace
@@ -131,40 +109,9 @@ const ActionInfo *FindActionByTitle(std::string_view title, TitleMatch match, bo
     return found;
 }
 
-bool IsEqualWithoutCase(std::string_view a, std::string_view b) {
-    return std::ranges::equal(a, b, {}, Small, Small);
-}
-
 std::string_view RefusalText(ActionRefusal refusal) {
     const auto *row = std::ranges::find(kRefusals, refusal, &RefusalRow::refusal);
     return row == kRefusals.end() ? "it is not offered here" : row->text;
-}
-
-std::string ModifierNames(std::uint16_t modifiers) {
-    std::string names;
-    for (const ModifierRow &row : std::span(kModifiers).first(kShownModifiers)) {
-        if ((modifiers & row.bit) != 0) {
-            names.append(names.empty() ? "" : "+").append(row.name);
-        }
-    }
-    return names;
-}
-
-bool ParseModifiers(std::string_view text, std::uint16_t *modifiers) {
-    std::uint16_t found = 0;
-    while (!text.empty()) {
-        text.remove_prefix(text.front() == '+' ? 1 : 0);
-        const std::string_view word = text.substr(0, text.find('+'));
-        const auto *row = std::ranges::find_if(
-            kModifiers, [&](const auto &modifier) { return IsEqualWithoutCase(modifier.name, word); });
-        if (row == kModifiers.end()) {
-            return false;
-        }
-        found |= row->bit;
-        text.remove_prefix(word.size());
-    }
-    *modifiers = found;
-    return true;
 }
 
 } // namespace drevix

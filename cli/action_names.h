@@ -27,22 +27,13 @@ struct RestrictionInfo {
 };
 [[nodiscard]] std::vector<const RestrictionInfo *> RestrictionsOf(const ActionInfo &action);
 
-// The code of the action with this title, letter case ignored.
+// The action with this title, or whose title alone begins so; letter case ignored. Null when there is none,
+// or when more than one title begins so; *several, if given, is set to true then.
 enum class TitleMatch { Whole, Beginning };
-// Null when there is none, or with TitleMatch::Beginning when more than one title begins so; *several, if
-// given, then tells which.
 [[nodiscard]] const ActionInfo *FindActionByTitle(std::string_view title, TitleMatch match,
                                                   bool *several = nullptr);
 
-// Whether two texts are equal but for the case of ASCII letters.
-[[nodiscard]] bool IsEqualWithoutCase(std::string_view a, std::string_view b);
-
 // Why an action cannot be chosen, as the end of a sentence.
 [[nodiscard]] std::string_view RefusalText(ActionRefusal refusal);
-
-// Modifier bits as "cmd+shift", and from such words, letter case ignored, with or without a '+' in front.
-// False, with the output unchanged, for a word that names no modifier.
-[[nodiscard]] std::string ModifierNames(std::uint16_t modifiers);
-[[nodiscard]] bool ParseModifiers(std::string_view text, std::uint16_t *modifiers);
 
 } // namespace drevix

@@ -3,12 +3,12 @@
 #include "cli/action_names.h"
 #include "cli/commands.h"
 #include "cli/session.h"
-#include "cli/text_table.h"
 #include "companion/korvane_crc.h"
 #include "companion/korvane_files.h"
 #include "companion/korvane_sync.h"
 #include "keyboard/key_names.h"
 #include "platform/json.h"
+#include "platform/plain_text.h"
 #include "util/items_folder.h"
 
 #include <algorithm>

@@ -3,9 +3,9 @@
 #include "cli/commands.h"
 #include "cli/file_check.h"
 #include "cli/session.h"
-#include "cli/text_table.h"
 #include "platform/disk.h"
 #include "platform/json.h"
+#include "platform/plain_text.h"
 #include "qbase/qbase_file.h"
 #include "settings/device_prefs.h"
 #include "settings/prefs_list.h"
@@ -117,7 +117,8 @@ Outcome CheckSettingsFile(const Request &request) {
         status = ReadWholeFile(path, &bytes);
     }
     if (status != noErr) {
-        return FailedFile("cannot check", path.empty() ? "the settings file" : path, status,
+        const bool isNamed = !request.arguments.empty() || !path.empty();
+        return FailedFile("cannot check", isNamed ? path : "the settings file", status,
                           "nothing was changed");
     }
     const FileFindings findings = CheckFileBytes(bytes, ReadAsSettings(path));
@@ -150,7 +151,7 @@ Outcome RecoverSettingsFile(const Request &request) {
         return Failed("cannot recover " + path + ": it has no record that is whole; nothing was written");
     }
     if (const OSErr written = SaveDevicePrefsToPath(base.get(), to); written != noErr) {
-        return FailedFile("cannot write", to, written, "nothing was written");
+        return FailedNewFile(to, written, "nothing was written");
     }
     SayRecovered(request, saved, announced);
     return Done();

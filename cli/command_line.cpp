@@ -26,6 +26,10 @@ static_assert(std::ranges::all_of(kOptions, [](const OptionInfo &option) {
            (option.parameter == nullptr) == option.value.empty();
 }));
 
+Outcome NeedsValue(const OptionInfo &option) {
+    return WrongUsage(std::string(option.name) + " needs a value: " + std::string(option.value));
+}
+
 // Reads the option at `i`, with its value there behind '=' or in the next argument; `i` ends at the last one
 // used.
 Outcome ParseOption(std::span<const std::string> arguments, std::size_t &i, CommandLine *line) {
@@ -40,14 +44,15 @@ Outcome ParseOption(std::span<const std::string> arguments, std::size_t &i, Comm
         line->*option->flag = true;
         return equals == argument.npos ? Done() : WrongUsage(std::string(option->name) + " takes no value");
     }
-    if (equals != argument.npos) {
-        line->*option->parameter = std::string(argument.substr(equals + 1));
-        return Done();
+    if (equals == argument.npos && ++i == arguments.size()) {
+        return NeedsValue(*option);
     }
-    if (++i == arguments.size()) {
-        return WrongUsage(std::string(option->name) + " needs a value: " + std::string(option->value));
+    const std::string value(equals == argument.npos ? arguments[i] : argument.substr(equals + 1));
+    // A record may be without a name, but no file is: a script's variable was not set.
+    if (value.empty() && option->value == "FILE") {
+        return NeedsValue(*option);
     }
-    line->*option->parameter = arguments[i];
+    line->*option->parameter = value;
     return Done();
 }
 

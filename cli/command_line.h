@@ -51,7 +51,7 @@ struct OptionInfo {
 [[nodiscard]] const OptionInfo *FindOption(std::string_view name);
 
 // Takes the arguments, without the program's name, apart. WrongUsage for an unknown option, a missing value,
-// or a value that is not wanted. Of an option given twice the last counts.
+// an empty one where a file is meant, or one that is not wanted. Of an option given twice the last counts.
 Outcome ParseCommandLine(std::span<const std::string> arguments, CommandLine *line);
 
 } // namespace drevix

@@ -48,7 +48,7 @@ struct Command {
     std::size_t minArguments;
     std::size_t maxArguments;
     OptionSet options; // it takes
-    OptionSet needs;   // of these, one at least
+    OptionSet needs;   // of these, all
     std::array<ArgumentKind, 2>
         completes; // the first two arguments; the last kind stands for all further ones
     Outcome (*run)(const Request &request);

@@ -5,7 +5,7 @@
 #include "cli/edit_commands.h"
 #include "cli/record_text.h"
 #include "cli/session.h"
-#include "cli/text_table.h"
+#include "platform/plain_text.h"
 
 #include <algorithm>
 #include <array>

@@ -4,6 +4,7 @@
 #include "cli/text_table.h"
 #include "helperlink/device_text.h"
 #include "platform/json.h"
+#include "platform/plain_text.h"
 
 #include <algorithm>
 #include <chrono>

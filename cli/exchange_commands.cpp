@@ -3,8 +3,8 @@
 #include "cli/commands.h"
 #include "cli/record_text.h"
 #include "cli/session.h"
-#include "cli/text_table.h"
 #include "platform/json.h"
+#include "platform/plain_text.h"
 #include "settings/prefs_dictionary.h"
 #include "settings/prefs_list.h"
 
@@ -90,9 +90,7 @@ Outcome ExportRecords(const Request &request) {
     auto next = records.begin();
     const OSErr status = WriteAppPrefsFile(path, [&] { return next == records.end() ? nullptr : *next++; });
     if (status != noErr) {
-        // Only a folder can be missing where a file is to be made.
-        return FailedFile("cannot write", path, status == fnfErr ? dirNFErr : status,
-                          "the file is as it was");
+        return FailedNewFile(path, status, "the file is as it was");
     }
     if (request.line.json) {
         PropertyListDictionary result;

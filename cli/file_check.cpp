@@ -195,6 +195,12 @@ void FileChecker::CheckSettings(std::size_t number, std::string_view data) {
     CheckCommands(name, record);
 }
 
+// The record of a new application begins with the global one's actions, the companion's menu entries among
+// them, which the application may not know.
+bool IsCopiedMenuEntry(const ControlSlot &control, const ActionSlot &slot) {
+    return slot.command == kActionToolMenu && IsToolMenuSlot(control.slot);
+}
+
 void FileChecker::CheckCommands(const std::string &name, const AppPrefs &record) {
     for (const ControlSlot &control : kControlSlots) {
         const ActionSlot &slot = record.device[0].action[control.slot];
@@ -202,7 +208,7 @@ void FileChecker::CheckCommands(const std::string &name, const AppPrefs &record)
         const ActionRefusal refusal = CheckAction(record, control.slot, slot.command);
         if (refusal == ActionRefusal::UnknownCommand) {
             Oddity(place + "there is no action " + Number(slot.command));
-        } else if (refusal != ActionRefusal::None) {
+        } else if (refusal != ActionRefusal::None && !IsCopiedMenuEntry(control, slot)) {
             Oddity(place + "action " + Number(slot.command) + " does not belong there");
         }
         if (slot.data[0] > kMaxAppNameLength) {

@@ -1,8 +1,8 @@
 #include "cli/menu_titles.h"
 
-#include "cli/action_names.h"
 #include "companion/korvane_crc.h"
 #include "companion/korvane_files.h"
+#include "platform/ascii.h"
 
 #include <algorithm>
 

@@ -62,8 +62,10 @@ Outcome DescribeApplication(const std::string &path, const std::string &language
         return FailedFile("cannot add", path, status, kNothingAdded);
     }
     *application = ApplicationOfPath(path, language);
-    return application->fileName.empty() ? NoApplication(path, "it has no name")
-                                         : CheckApplication(path, language, found);
+    const std::string &name = application->fileName;
+    return name.empty() || name == "." || name == ".."
+               ? NoApplication(path, "its path does not end in a name")
+               : CheckApplication(path, language, found);
 }
 
 } // namespace drevix

@@ -55,4 +55,9 @@ inline Outcome FailedFile(std::string_view what, std::string_view file, OSErr st
     return Failed(std::move(message));
 }
 
+// The same for a file that was to be made: only a folder can be missing then.
+inline Outcome FailedNewFile(std::string_view file, OSErr status, std::string_view unchanged) {
+    return FailedFile("cannot write", file, status == fnfErr ? dirNFErr : status, unchanged);
+}
+
 } // namespace drevix

@@ -1,7 +1,7 @@
 #include "cli/record_text.h"
 
-#include "cli/text_table.h"
 #include "platform/json.h"
+#include "platform/plain_text.h"
 #include "settings/pascal_strings.h"
 
 #include <array>

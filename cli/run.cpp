@@ -1,5 +1,5 @@
 #include "cli/commands.h"
-#include "cli/text_table.h"
+#include "platform/plain_text.h"
 
 #include <algorithm>
 #include <new>

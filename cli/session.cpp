@@ -1,9 +1,9 @@
 #include "cli/session.h"
 
-#include "cli/text_table.h"
 #include "companion/korvane_sync.h"
 #include "helperlink/driver_messages.h"
 #include "platform/disk.h"
+#include "platform/plain_text.h"
 #include "qbase/qbase_file.h"
 #include "settings/device_prefs.h"
 #include "settings/pascal_strings.h"

@@ -1,5 +1,7 @@
 #include "cli/text_table.h"
 
+#include "platform/plain_text.h"
+
 #include <algorithm>
 #include <numeric>
 
@@ -12,10 +14,6 @@ constexpr std::size_t kNarrowestColumn = 8; // below that a name says nothing an
 
 bool StartsCharacter(char byte) {
     return (static_cast<unsigned char>(byte) & 0xC0) != 0x80; // not a UTF-8 continuation byte
-}
-
-bool IsControl(char byte) {
-    return static_cast<unsigned char>(byte) < 0x20 || byte == 0x7F;
 }
 
 using Widths = std::vector<std::size_t>;
@@ -66,12 +64,6 @@ std::string CutText(std::string_view text, std::size_t columns) {
         }
     }
     return std::string(text.substr(0, end)).append(kEllipsis);
-}
-
-std::string PlainText(std::string_view text) {
-    std::string plain(text);
-    std::ranges::replace_if(plain, IsControl, '?');
-    return plain;
 }
 
 std::string TableText(const TableRow &headings, std::span<const TableRow> rows) {

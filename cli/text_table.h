@@ -1,4 +1,4 @@
-// Text for a terminal: tables of 80 columns, and text without control characters.
+// Text for a terminal: tables of 80 columns.
 #pragma once
 
 #include <span>
@@ -15,9 +15,6 @@ inline constexpr std::size_t kTerminalColumns = 80;
 [[nodiscard]] std::size_t TextColumns(std::string_view text);
 // The text in at most that many columns, one or more; what is cut off shows as an ellipsis.
 [[nodiscard]] std::string CutText(std::string_view text, std::size_t columns);
-// The text with each control character, line ends among them, replaced by '?': a name out of a file must not
-// steer the terminal, nor break a line in two.
-[[nodiscard]] std::string PlainText(std::string_view text);
 
 // The rows as lines, under a line of headings if there are any, each column as wide as its widest cell. Where
 // that passes 80 columns the widest columns are cut until it fits. Missing cells are empty; no line ends in

@@ -7,6 +7,7 @@
 #include "cli/text_table.h"
 #include "keyboard/key_names.h"
 #include "platform/json.h"
+#include "platform/plain_text.h"
 #include "settings/prefs_dictionary.h"
 
 namespace drevix {

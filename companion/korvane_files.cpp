@@ -1,5 +1,6 @@
 #include "companion/korvane_files.h"
 
+#include "platform/ascii.h"
 #include "platform/files.h"
 #include "platform/shared_file.h"
 #include "platform/status.h"
@@ -32,10 +33,6 @@ std::span<const std::uint8_t> WithoutApp(ConstStringPtr name) {
     const bool hasSuffix =
         characters.size() > kSuffix.size() && std::ranges::equal(characters.last(kSuffix.size()), kSuffix);
     return characters.first(characters.size() - (hasSuffix ? kSuffix.size() : 0));
-}
-
-int SmallLetter(std::uint8_t letter) {
-    return letter >= 'A' && letter <= 'Z' ? letter - 'A' + 'a' : letter;
 }
 
 std::string ChildText(const XmlNode &element, std::string_view name) {
@@ -109,7 +106,8 @@ std::optional<std::string_view> FindKorvaneName(OSType creator, ConstStringPtr f
 std::int16_t KorvanePStrCmpNoApp(ConstStringPtr a, ConstStringPtr b) {
     const auto first = WithoutApp(a);
     const auto second = WithoutApp(b);
-    const auto [inFirst, inSecond] = std::ranges::mismatch(first, second, {}, SmallLetter, SmallLetter);
+    const auto [inFirst, inSecond] =
+        std::ranges::mismatch(first, second, {}, SmallLetter<std::uint8_t>, SmallLetter<std::uint8_t>);
     const bool differ = inFirst != first.end() && inSecond != second.end();
     const int lengths = static_cast<int>(first.size()) - static_cast<int>(second.size());
     return static_cast<std::int16_t>(differ ? SmallLetter(*inFirst) - SmallLetter(*inSecond) : lengths);

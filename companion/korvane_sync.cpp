@@ -4,13 +4,14 @@
 #include "companion/korvane_files.h"
 #include "companion/notification_socket.h"
 #include "helperlink/driver_messages.h"
+#include "platform/file_update.h"
+#include "platform/status.h"
 #include "settings/action_commands.h"
 
 #include <algorithm>
 #include <array>
 #include <charconv>
 #include <cstring>
-#include <limits>
 #include <new>
 #include <tuple>
 
@@ -27,7 +28,8 @@ struct Button {
 constexpr auto kButtons = std::to_array<Button>({{1, 18, 4}, {2, 20, 16}, {3, 19, 8}});
 
 constexpr std::uint16_t kNotificationPort = 5539;
-constexpr int kMostTries = 5; // of writing a file that another program is writing
+constexpr int kMostTries = 5;                          // of writing a file that another program is writing
+constexpr std::chrono::milliseconds kLongestTurn{500}; // of another program of ours with one file
 
 // Holds the base locked.
 class BaseLock {
@@ -79,6 +81,11 @@ void UpdateHotKeys(KorvaneHotKeyList &list, QBaseHandle base, const KorvaneApp &
 // What was read must still be the file when it is written back: a companion's change that came between would
 // be undone, and a half-written file would be made to last.
 void UpdateFile(QBaseHandle base, const KorvaneApp &app) {
+    // Of two programs of ours the writes would mingle. The companion takes no part in this.
+    FolderLock turn;
+    if (turn.Acquire(FolderOfPath(FindKorvaneFileForApp(app.folder)), kLongestTurn) == fBsyErr) {
+        return;
+    }
     for (int tries = 0; tries < kMostTries; ++tries) {
         auto list = LoadKorvaneFileForApp(app.folder);
         if (!list) {
@@ -105,13 +112,10 @@ std::string NotificationMessage() {
 // to be a key.
 std::int32_t IntegerValue(std::string_view text) {
     text.remove_prefix(std::min(text.find_first_not_of(" \t\n\v\f\r"), text.size()));
-    const bool hasSign = text.starts_with('+') || text.starts_with('-');
-    const bool isNegative = text.starts_with('-');
-    text.remove_prefix(hasSign ? 1 : 0);
-    std::uint32_t value = 0;
+    text.remove_prefix(text.starts_with('+') ? 1 : 0); // a minus it takes itself
+    std::int32_t value = 0;
     std::from_chars(text.data(), text.data() + text.size(), value); // stops at what is no digit
-    const bool fits = value <= static_cast<std::uint32_t>(std::numeric_limits<std::int32_t>::max());
-    return fits ? static_cast<std::int32_t>(value) * (isNegative ? -1 : 1) : 0;
+    return value;
 }
 
 // A menu entry in a slot, or with command 0 nothing. Of the text only the first byte is set: it is empty.

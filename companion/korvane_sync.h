@@ -1,6 +1,7 @@
 // Keeps buttons I, II and III and the companion dial's hotkey files in step. The companion's files are right
-// when the panel comes to the front, the panel's records when the user applies or leaves. No file is locked:
-// the companion locks none either, and the last writer wins.
+// when the panel comes to the front, the panel's records when the user applies or leaves. Programs of ours
+// take turns with a file, by an advisory lock on its folder; the companion locks nothing, and the last writer
+// wins.
 #pragma once
 
 #include "platform/types.h"
@@ -13,9 +14,10 @@ namespace drevix {
 
 // Writes the buttons' menu entries into every hotkey file that is there, whether or not it changes, asks the
 // companion's two programs to load their settings anew, and announces the files on its notification port.
-// Every hotkey keeps its place and its title. A file that another program changes meanwhile is read again; one
-// that keeps changing is left for the next time. Gives the announcement's status, "notification_socket.h";
-// nothing else is told. The base is not changed.
+// Every hotkey keeps its place and its title. A file that another program changes meanwhile is read again;
+// one that keeps changing, or that another program of ours is busy with for longer than half a second, is
+// left for the next time. Gives the announcement's status, "notification_socket.h"; nothing else is told. The
+// base is not changed.
 std::int32_t SyncToKorvane(QBaseHandle base);
 
 // Takes the buttons' menu entries of every companion application's record from its hotkey file. A record
@@ -23,7 +25,8 @@ std::int32_t SyncToKorvane(QBaseHandle base);
 // changed.
 void SyncFromKorvane(QBaseHandle base);
 // The same for one application: the record with this file name, or creator where the name is null, from the
-// file in that folder. Without a folder (empty) it is the one of the row that creator and name select, if any.
+// file in that folder. Without a folder (empty) it is the one of the row that creator and name select, if
+// any.
 void SyncAppFromKorvane(QBaseHandle base, OSType creator, ConstStringPtr fileName, std::string_view folder);
 
 } // namespace drevix

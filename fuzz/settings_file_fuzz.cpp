@@ -23,7 +23,7 @@ using fuzz::Check;
 constexpr OSType kType = FourCharCode("PLZB");
 constexpr std::uint16_t kTypeVersion = 2;
 
-// Ends the run when more memory is asked for than the file backs.
+// Ends the run when a read asks for more memory than the file backs.
 class Limit : public BlockAllocator {
   public:
     explicit Limit(std::size_t fileSize) : fMost(2 * fileSize + 4096), fBefore(SetBlockAllocator(this)) {}
@@ -76,19 +76,26 @@ void WriteAndReadAgain(QBaseHandle base) {
     Check(QBaseWrite(base, file.Ref(), true, true) == noErr);
     const std::string bytes = file.Bytes();
     const QBaseOwner again(QBaseNew(kType, kTypeVersion, 4));
-    Check(QBaseRead(again.get(), file.Ref(), true, true, false, true) == noErr);
+    {
+        const Limit limit(bytes.size());
+        Check(QBaseRead(again.get(), file.Ref(), true, true, false, true) == noErr);
+    }
     file.Set({});
     Check(QBaseWrite(again.get(), file.Ref(), true, true) == noErr);
     Check(file.Bytes() == bytes);
 }
 
-void ReadOnce(FileRef file, const Mode &mode) {
+void ReadOnce(const fuzz::MemoryFile &file, std::size_t size, const Mode &mode) {
     const QBaseOwner base(QBaseNew(kType, kTypeVersion, 4));
     Check(!mode.hasRecord || QBaseAddRecord(base.get(), "old", 3) == 0);
     QBaseSetFlipProc(base.get(), mode.converts ? Touch : nullptr, mode.converts ? Touch : nullptr);
     bool salvaged = false;
-    const OSErr status = QBaseReadRebuild(base.get(), file, mode.userPart, true, true, false, mode.rebuilds,
-                                          mode.recovers, &salvaged);
+    OSErr status = noErr;
+    {
+        const Limit limit(size);
+        status = QBaseReadRebuild(base.get(), file.Ref(), mode.userPart, true, true, false, mode.rebuilds,
+                                  mode.recovers, &salvaged);
+    }
     Check(QBaseValidate(base.get()));
     Check(!salvaged || mode.recovers);
     Check(status == noErr || status == -1 || status == eofErr || (status == ioErr && mode.converts));
@@ -175,12 +182,11 @@ extern "C" std::size_t LLVMFuzzerCustomMutator(std::uint8_t *data, std::size_t s
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size) {
     static drevix::fuzz::MemoryFile file;
     file.Set({reinterpret_cast<const char *>(data), size});
-    const drevix::Limit limit(size);
     // One way of reading an execution, so that many more inputs are tried; the input's bytes choose it.
     std::size_t sum = size;
     for (std::size_t i = 0; i < size; ++i) {
         sum += data[i];
     }
-    drevix::ReadOnce(file.Ref(), drevix::kModes[sum % drevix::kModes.size()]);
+    drevix::ReadOnce(file, size, drevix::kModes[sum % drevix::kModes.size()]);
     return 0;
 }

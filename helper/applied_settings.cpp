@@ -1,6 +1,7 @@
 #include "helper/applied_settings.h"
 
 #include "keyboard/key_names.h"
+#include "platform/plain_text.h"
 #include "platform/status.h"
 #include "qbase/qbase_file.h"
 #include "settings/action_commands.h"
@@ -17,40 +18,24 @@ namespace {
 OSErr ReadSettings(const std::string &path, const FSRef &resources, QBaseHandle base) {
     FileRef file = 0;
     OSErr status = OpenFile(path, fsRdPerm, &file);
-    if (status == fnfErr || status == dirNFErr) {
-        return GetDevicePrefsFromPath(base, {}, resources, kPanelVersion);
-    }
+    const bool isMissing = status == fnfErr || status == dirNFErr;
     if (status == noErr) {
         status = QBaseRead(base, file, true, true, true, true);
         FSClose(file);
     }
-    return status;
-}
-
-std::string KeystrokeText(const ActionSlot &slot) {
-    Str255 name{};
-    const auto key = static_cast<std::uint16_t>(slot.keyCode == kNoKeyCode ? 0xFFFF : slot.keyCode * 256);
-    GetKeyCombinationName(key, slot.modifiers, name.data(), 255, 0);
-    return stringWithPascalString(name.data());
-}
-
-// "ctrl+shift", empty for none.
-std::string ModifiersText(std::uint16_t modifiers) {
-    Str255 name{};
-    GetModifiersName(0, static_cast<std::uint8_t>(modifiers >> 8), name.data(), 255);
-    const std::string text = stringWithPascalString(name.data());
-    return text.substr(0, text.rfind('+'));
+    const bool isEmpty = status == noErr && QBaseCountRecords(base) == 0;
+    return isMissing || isEmpty ? GetDevicePrefsFromPath(base, {}, resources, kPanelVersion) : status;
 }
 
 std::string ItemText(const ActionSlot &slot) {
     const DrevixItem item = ResolveDrevixItem(slot.data);
-    return item.path.empty() ? "(gone)" : item.path + (item.exists ? "" : " (gone)");
+    return item.path.empty() ? "(gone)" : PlainText(item.path) + (item.exists ? "" : " (gone)");
 }
 
 // What goes with the command.
 std::string DetailText(const ActionSlot &slot) {
     if (slot.command == kActionKeystroke) {
-        return " " + KeystrokeText(slot);
+        return " " + KeystrokeText(slot.keyCode, slot.modifiers);
     }
     if (slot.command == kActionOpenItem) {
         return " " + ItemText(slot);
@@ -75,7 +60,7 @@ std::string ActionText(const ActionSlot &slot) {
     return title + DetailText(slot) + RepeatText(slot.delay);
 }
 
-// The record for an application; the global one when it has none, null when there is not even that.
+// The record for an application; the global one when it has none, null when that is missing or damaged.
 const AppPrefs *RecordFor(const std::string &front, QBaseHandle base) {
     Str63 name{};
     getPascalString(front, name.data(), kMaxFileNameLength);
@@ -83,12 +68,12 @@ const AppPrefs *RecordFor(const std::string &front, QBaseHandle base) {
     return GetAppPrefs(base, number == kNoRecord ? 0 : number);
 }
 
-std::string ControlLines(const AppPrefs &record, const AppPrefs &global) {
+std::string ControlLines(const AppPrefs &record, const AppPrefs *global) {
     std::string lines;
     for (const ControlSlot &control : kControlSlots) {
         const ActionSlot &own = record.device[0].action[control.slot];
-        const bool isLeft = own.command == kActionUseGlobal;
-        const ActionSlot &slot = isLeft ? global.device[0].action[control.slot] : own;
+        const bool isLeft = own.command == kActionUseGlobal && global != nullptr;
+        const ActionSlot &slot = isLeft ? global->device[0].action[control.slot] : own;
         if (slot.command != kActionNone) {
             lines.append("  ").append(control.key).append(": ").append(ActionText(slot));
             lines += isLeft ? " (as everywhere)\n" : "\n";
@@ -110,10 +95,10 @@ bool DescribeSettings(const std::string &path, const FSRef &resources, const std
     }
     const std::string name = record->application == kGlobalSignature
                                  ? "all applications without settings of their own"
-                                 : stringWithPascalString(record->appFileName.data());
+                                 : PlainText(stringWithPascalString(record->appFileName.data()));
     *text = "settings for " + name + (record->active != 0 ? ":\n" : ": the device is switched off\n");
     if (record->active != 0) {
-        *text += ControlLines(*record, *GetAppPrefs(base.get(), 0));
+        *text += ControlLines(*record, GetAppPrefs(base.get(), 0));
     }
     return true;
 }

@@ -127,7 +127,11 @@ bool TakeWord(std::string_view *text, ConnectedDevice *device, std::string *prob
     const bool isQuoted = text->starts_with('"');
     text->remove_prefix(isQuoted ? 1 : 0);
     const std::size_t end = std::min(isQuoted ? text->find('"') : text->find_first_of(kBlanks), text->size());
-    if ((isQuoted && end == text->size()) || !field->take(text->substr(0, end), device)) {
+    if (isQuoted && end == text->size()) {
+        *problem = "the quote of " + std::string(name) + " is not closed";
+        return false;
+    }
+    if (!field->take(text->substr(0, end), device)) {
         *problem = std::string(name) + " must be " + std::string(field->form);
         return false;
     }

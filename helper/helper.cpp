@@ -4,14 +4,15 @@
 #include "helper/devices_file.h"
 #include "helperlink/device_text.h"
 #include "platform/file_update.h"
+#include "platform/plain_text.h"
 #include "platform/status.h"
 #include "settings/device_prefs.h"
 #include "settings/pascal_strings.h"
 
-#include <algorithm>
 #include <chrono>
 #include <iostream>
 #include <poll.h>
+#include <string_view>
 #include <tuple>
 #include <vector>
 
@@ -29,10 +30,8 @@ constexpr milliseconds kWait{60000};          // whatever happens ends it
 Helper *gHelper = nullptr;
 
 // In one line, whatever a file or its name holds.
-void Complain(std::string problem) {
-    std::ranges::replace_if(
-        problem, [](char c) { return static_cast<unsigned char>(c) < ' ' || c == '\x7F'; }, '?');
-    std::cerr << "DrevixHelper: " << problem << std::endl;
+void Complain(std::string_view problem) {
+    std::cerr << "DrevixHelper: " << PlainText(problem) << std::endl;
 }
 
 bool IsReadable(int descriptor) {

@@ -11,9 +11,6 @@ DeviceList *gConnectedListPtr = nullptr;
 
 namespace {
 
-constexpr AEEventClass kCoreEventClass = FourCharCode("aevt");
-constexpr AEEventID kAnswerEvent = FourCharCode("ansr");
-
 OSStatus SendDriverEvent(ConstStringPtr name, AEEventID eventID, AESendMode mode) {
     ProcessSerialNumber psn{};
     OSErr status = FindNamedProcess(name, &psn);

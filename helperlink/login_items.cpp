@@ -1,6 +1,7 @@
 #include "helperlink/login_items.h"
 
 #include "platform/app_folder.h"
+#include "platform/ascii.h"
 #include "platform/autostart.h"
 #include "platform/disk.h"
 #include "platform/file_update.h"
@@ -31,14 +32,6 @@ struct ItemsFile {
 bool IsAscii(std::string_view text) {
     return std::ranges::all_of(text,
                                [](char character) { return static_cast<unsigned char>(character) < 0x80; });
-}
-
-char Folded(char character) {
-    return character >= 'A' && character <= 'Z' ? static_cast<char>(character - 'A' + 'a') : character;
-}
-
-bool IsSamePath(std::string_view a, std::string_view b) {
-    return std::ranges::equal(a, b, {}, Folded, Folded);
 }
 
 // Behind the last slash that has a character behind it.
@@ -130,8 +123,9 @@ std::vector<std::string> RemoveItems(PropertyListArray &items, const std::vector
 
 bool HasProgram(std::string_view item) {
     struct stat found {};
-    const std::string program = ProgramOfAppFolder(item);
-    return !program.empty() && CurrentDisk().StatusAt(program.c_str(), &found) == 0 && S_ISREG(found.st_mode);
+    std::string program = ProgramOfAppFolder(item); // itself a link in trees that are made of links
+    return !program.empty() && FollowLinks(program, &program) == noErr &&
+           CurrentDisk().StatusAt(program.c_str(), &found) == 0 && S_ISREG(found.st_mode);
 }
 
 OSErr StartAtLogin(std::string_view item) {
@@ -196,7 +190,7 @@ OSErr AddItem(const NewItem &item, bool *wasRegistered) {
         return resNotFound;
     }
     const Matches matches = FindItems(
-        *items, [&](std::string_view path) { return IsSamePath(path, item.path); },
+        *items, [&](std::string_view path) { return IsEqualWithoutCase(path, item.path); },
         [&](std::string_view path) {
             return path.ends_with(LeafOf(item.path)) || (!item.name.empty() && path.ends_with(item.name));
         });

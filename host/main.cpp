@@ -13,9 +13,12 @@
 #include <QTextStream>
 #include <QTranslator>
 
+#include <array>
+#include <cerrno>
 #include <csignal>
-#include <cstring>
-#include <sys/signalfd.h>
+#include <fcntl.h>
+#include <string_view>
+#include <tuple>
 #include <unistd.h>
 
 using namespace drevix;
@@ -29,14 +32,18 @@ int Fail(const QString &problem, int status) {
     return status;
 }
 
-// The scale must be known before the application starts.
+// The scale must be known before the application starts. One that makes no sense is left for the options to
+// complain of.
 void TakeScale(int argc, char **argv) {
-    constexpr const char *kOption = "--scale=";
+    constexpr std::string_view kOption = "--scale";
+    constexpr std::string_view kWithValue = "--scale=";
     for (int i = 1; i < argc; ++i) {
-        if (std::strncmp(argv[i], kOption, std::strlen(kOption)) == 0) {
-            qputenv("QT_SCALE_FACTOR", argv[i] + std::strlen(kOption));
-        } else if (std::strcmp(argv[i], "--scale") == 0 && i + 1 < argc) {
-            qputenv("QT_SCALE_FACTOR", argv[i + 1]);
+        const std::string_view word = argv[i];
+        const char *text = word == kOption && i + 1 < argc ? argv[i + 1]
+                           : word.starts_with(kWithValue)  ? argv[i] + kWithValue.size()
+                                                           : "";
+        if (ScaleFromText(QString::fromLocal8Bit(text))) {
+            qputenv("QT_SCALE_FACTOR", text);
         }
     }
 }
@@ -57,41 +64,33 @@ void LoadTranslations(QApplication &application) {
     }
 }
 
-// A request to end (logging out, `kill`, Ctrl+C) closes the window as its user would, so the settings are
-// saved.
-class EndRequests {
-  public:
-    EndRequests() {
-        sigset_t requests;
-        sigemptyset(&requests);
-        for (const int number : {SIGTERM, SIGINT, SIGHUP}) {
-            sigaddset(&requests, number);
-        }
-        sigprocmask(SIG_BLOCK, &requests, nullptr);
-        fDescriptor = ::signalfd(-1, &requests, SFD_CLOEXEC | SFD_NONBLOCK);
-    }
-    EndRequests(const EndRequests &) = delete;
-    EndRequests &operator=(const EndRequests &) = delete;
-    ~EndRequests() {
-        if (fDescriptor >= 0) {
-            ::close(fDescriptor);
-        }
-    }
-    void Obey(QApplication &application) const {
-        if (fDescriptor >= 0) {
-            auto *const notifier = new QSocketNotifier(fDescriptor, QSocketNotifier::Read, &application);
-            QObject::connect(notifier, &QSocketNotifier::activated, &application, &QApplication::quit);
-        }
-    }
+std::array<int, 2> gEndRequests; // a pipe: where they are seen, where they are told
 
-  private:
-    int fDescriptor = -1;
-};
+void TellEndRequest(int /*signal*/) {
+    const int error = errno;
+    std::ignore = ::write(gEndRequests[1], "", 1); // fails only when many were told before
+    errno = error;
+}
+
+// A request to end (logging out, `kill`, Ctrl+C) closes the window as its user would, so the settings are
+// saved. Handled, not blocked: what the panel starts would inherit a block, and a terminal opened from here
+// would be deaf to Ctrl+C. A signal that was ignored from the start, as `nohup` has it, stays so.
+void ObeyEndRequests(QApplication &application) {
+    if (::pipe2(gEndRequests.data(), O_CLOEXEC | O_NONBLOCK) != 0) {
+        return;
+    }
+    auto *const notifier = new QSocketNotifier(gEndRequests[0], QSocketNotifier::Read, &application);
+    QObject::connect(notifier, &QSocketNotifier::activated, &application, &QApplication::quit);
+    for (const int number : {SIGTERM, SIGINT, SIGHUP}) {
+        if (std::signal(number, TellEndRequest) == SIG_IGN) {
+            std::signal(number, SIG_IGN);
+        }
+    }
+}
 
 } // namespace
 
 int main(int argc, char **argv) {
-    const EndRequests endRequests; // before the first thread starts, which would not block the signals
     TakeScale(argc, argv);
     QApplication application(argc, argv);
     QApplication::setOrganizationName(QStringLiteral("halcyra"));
@@ -125,10 +124,13 @@ int main(int argc, char **argv) {
     if (!window.LoadPanel(use, &problem)) {
         return Fail(problem, 1);
     }
+    if (!ShowRequested(*window.Panel(), picture, &problem)) {
+        return Fail(problem, 1);
+    }
     if (!picture.file.isEmpty()) {
         return WritePicture(window, picture, &problem) ? 0 : Fail(problem, 1);
     }
-    endRequests.Obey(application);
+    ObeyEndRequests(application);
     QObject::connect(&instance, &FirstInstance::startedAgain, &window, &PanelWindow::ComeToFront);
     window.RestorePlace();
     window.show();

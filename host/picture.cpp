@@ -4,16 +4,20 @@
 #include "host/panel_window.h"
 
 #include <QApplication>
+#include <QLoggingCategory>
 #include <QPalette>
 #include <QPixmap>
 #include <QRegularExpression>
 
+#include <algorithm>
 #include <array>
 
 namespace drevix {
 namespace {
 
-constexpr int kMaxPictureSide = 8000; // pixels
+constexpr int kMaxPictureSide = 8000; // pixels; Qt gives up on pictures that do not fit into memory
+constexpr double kMinScale = 0.5;
+constexpr double kMaxScale = 8;
 
 std::optional<QSize> SizeFromText(const QString &text) {
     static const QRegularExpression form(QStringLiteral("^(\\d{1,5})x(\\d{1,5})$"));
@@ -47,6 +51,12 @@ constexpr auto kDarkColors = std::to_array<DarkColor>({
 });
 
 } // namespace
+
+std::optional<double> ScaleFromText(const QString &text) {
+    bool isNumber = false;
+    const double scale = text.toDouble(&isNumber);
+    return isNumber && scale >= kMinScale && scale <= kMaxScale ? std::optional(scale) : std::nullopt;
+}
 
 QList<QCommandLineOption> PictureOptions() {
     const auto option = [](const char *name, const QString &text, const char *value) {
@@ -82,6 +92,13 @@ PictureRequest ReadPictureRequest(const QCommandLineParser &options, QString *pr
             *problem = Host::tr("--size takes a width and a height, such as 800x600.");
         }
     }
+    if (options.isSet(QStringLiteral("scale"))) {
+        const std::optional<double> scale = ScaleFromText(options.value(QStringLiteral("scale")));
+        const QSize size = request.size.value_or(QSize());
+        if (!scale || *scale * std::max(size.width(), size.height()) > kMaxPictureSide) {
+            *problem = Host::tr("--scale takes a number from 0.5 to 8, for pictures of up to 8000 pixels.");
+        }
+    }
     return request;
 }
 
@@ -97,19 +114,26 @@ void UsePictureColors(const PictureRequest &request) {
     QApplication::setPalette(palette);
 }
 
-bool WritePicture(PanelWindow &window, const PictureRequest &request, QString *problem) {
-    PreferencePane *const panel = window.Panel();
-    if (!panel->showRecord(request.app)) {
+bool ShowRequested(PreferencePane &panel, const PictureRequest &request, QString *problem) {
+    if (!request.app.isEmpty() && !panel.showRecord(request.app)) {
         *problem = Host::tr("There are no settings for \"%1\".").arg(request.app);
         return false;
     }
-    if (request.page && !panel->showPage(*request.page)) {
+    if (request.page && !panel.showPage(*request.page)) {
         *problem = Host::tr("There is no page %1.").arg(*request.page);
         return false;
     }
-    if (!request.control.isEmpty() && !panel->showControl(request.control)) {
+    if (!request.control.isEmpty() && !panel.showControl(request.control)) {
         *problem = Host::tr("There is no control \"%1\".").arg(request.control);
         return false;
+    }
+    return true;
+}
+
+bool WritePicture(PanelWindow &window, const PictureRequest &request, QString *problem) {
+    if (QGuiApplication::platformName() == QLatin1String("offscreen")) {
+        // It complains of what it cannot do for a window on a screen, as hints for its size.
+        QLoggingCategory::setFilterRules(QStringLiteral("default.warning=false"));
     }
     if (request.size) {
         window.resize(*request.size);

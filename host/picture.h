@@ -9,6 +9,7 @@
 namespace drevix {
 
 class PanelWindow;
+class PreferencePane;
 
 // What of the panel the picture shows.
 struct PictureRequest {
@@ -20,12 +21,18 @@ struct PictureRequest {
     bool isDark = false;       // light text on dark ground, whatever the desktop has
 };
 
+// A scale that a picture can have: a number from 0.5 to 8.
+[[nodiscard]] std::optional<double> ScaleFromText(const QString &text);
+
 // The options of a picture; "scale" is put in force before the application starts.
 [[nodiscard]] QList<QCommandLineOption> PictureOptions();
 // The request on the command line, with `problem` set when it makes no sense.
 [[nodiscard]] PictureRequest ReadPictureRequest(const QCommandLineParser &options, QString *problem);
 // Puts the request's colours in force for all windows made from now on.
 void UsePictureColors(const PictureRequest &request);
+// Brings up the record, page and control that are asked for. False, with the reason in `problem`, when there
+// is none such.
+[[nodiscard]] bool ShowRequested(PreferencePane &panel, const PictureRequest &request, QString *problem);
 // Draws the window as it would be shown and writes the file. False, with the reason in `problem`, when it cannot.
 [[nodiscard]] bool WritePicture(PanelWindow &window, const PictureRequest &request, QString *problem);
 

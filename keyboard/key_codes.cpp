@@ -212,11 +212,6 @@ std::uint8_t KeyCodeFromScanCode(std::uint16_t scanCode) {
     return alias != kAliases.end() ? alias->keyCode : kNoKeyCode;
 }
 
-std::uint16_t ScanCodeFromKeyCode(std::uint8_t keyCode) {
-    const auto *key = std::ranges::lower_bound(kKeyTable, keyCode, {}, &Key::keyCode);
-    return key != kKeyTable.end() && key->keyCode == keyCode ? key->scanCode : kNoScanCode;
-}
-
 std::array<std::uint8_t, 128> KeyCharacters(const KeyboardCharacters &layout) {
     std::array<std::uint8_t, 128> characters{};
     for (const Key &key : kKeyTable) {

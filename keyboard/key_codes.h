@@ -15,16 +15,12 @@ namespace drevix {
 
 // A scan code is the key's number in Linux's input events (KEY_* in linux/input-event-codes.h). X11 and
 // Wayland clients see it with kScanCodeOffset added.
-inline constexpr std::uint16_t kNoScanCode = 0;
 inline constexpr std::uint16_t kScanCodeOffset = 8;
 
 // The key with a scan code; kNoKeyCode for a key that the classic keyboard lacks, as the media keys. Keys of
 // a PC keyboard stand for those in whose place they are: Num Lock for clear, Insert for help, Print Screen,
 // Scroll Lock and Pause for F13 to F15.
 [[nodiscard]] std::uint8_t KeyCodeFromScanCode(std::uint16_t scanCode);
-
-// The scan code of a key; kNoScanCode for a number that is no key.
-[[nodiscard]] std::uint16_t ScanCodeFromKeyCode(std::uint8_t keyCode);
 
 // Whether the key is one of the numeric keypad, by its number: 65 to 92.
 [[nodiscard]] constexpr bool IsKeypadKey(std::uint8_t keyCode) {

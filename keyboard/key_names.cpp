@@ -159,4 +159,18 @@ void GetKeyCombinationName(std::uint16_t key, std::uint16_t modifiers, StringPtr
     PStringCat(keyName.data(), name, limit);
 }
 
+std::string KeystrokeText(std::uint8_t keyCode, std::uint16_t modifiers) {
+    Str255 name{};
+    const auto key = static_cast<std::uint16_t>(keyCode == kNoKeyCode ? 0xFFFF : keyCode << 8);
+    GetKeyCombinationName(key, modifiers, name.data(), 255, 0);
+    return stringWithPascalString(name.data());
+}
+
+std::string ModifiersText(std::uint16_t modifiers) {
+    Str255 name{};
+    GetModifiersName(0, static_cast<std::uint8_t>(modifiers >> 8), name.data(), 255);
+    const std::string text = stringWithPascalString(name.data());
+    return text.substr(0, text.rfind('+')); // each of them is written with a plus sign behind it
+}
+
 } // namespace drevix

@@ -6,6 +6,7 @@
 
 #include <array>
 #include <cstdint>
+#include <string>
 #include <string_view>
 
 namespace drevix {
@@ -35,11 +36,19 @@ void GetKeyName(std::uint8_t keyCode, StringPtr name, std::int16_t limit);
 void GetKeyCombinationName(std::uint16_t key, std::uint16_t modifiers, StringPtr name, std::int16_t limit,
                            std::uint16_t useCodes);
 
+// In UTF-8, from the fields of an ActionSlot: "cmd+shift+a", "(none)" for kNoKeyCode; and "cmd+shift", empty
+// without a modifier. May throw std::bad_alloc.
+[[nodiscard]] std::string KeystrokeText(std::uint8_t keyCode, std::uint16_t modifiers);
+[[nodiscard]] std::string ModifiersText(std::uint16_t modifiers);
+
 // Reads a keystroke written as GetKeyCombinationName writes it (UTF-8; modifiers in any order, letter case
 // ignored, also "command", "option", "alt", "control", and "escape", "page up" and the like). Without "num+"
 // a key of the keypad is meant only where no other key has the name. False, with the outputs unchanged, for
 // text that names no key of the layout.
 [[nodiscard]] bool ParseKeyCombination(std::string_view text, std::uint8_t *keyCode,
                                        std::uint16_t *modifiers);
+// Reads modifiers alone, with or without a '+' in front: as ModifiersText writes them, or in the other words
+// above. False, with the output unchanged, when a word names no modifier.
+[[nodiscard]] bool ParseModifiers(std::string_view text, std::uint16_t *modifiers);
 
 } // namespace drevix

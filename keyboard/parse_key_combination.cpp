@@ -1,6 +1,7 @@
 // Keystrokes read from their names.
 #include "keyboard/key_codes.h"
 #include "keyboard/key_names.h"
+#include "platform/ascii.h"
 #include "platform/mac_roman.h"
 #include "settings/app_prefs.h"
 #include "settings/pascal_strings.h"
@@ -55,12 +56,11 @@ std::string_view Trimmed(std::string_view text) {
     return text.substr(start, text.find_last_not_of(' ') + 1 - start);
 }
 
-std::string WithSmallLetters(std::string_view text) {
-    std::string result(text);
-    std::ranges::transform(result, result.begin(), [](char character) {
-        return character >= 'A' && character <= 'Z' ? static_cast<char>(character + ('a' - 'A')) : character;
-    });
-    return result;
+// The row of a word in any letter case, null for none.
+const ModifierWord *FindModifierWord(std::string_view word) {
+    const auto *row = std::ranges::find_if(
+        kModifierWords, [word](const ModifierWord &known) { return IsEqualWithoutCase(known.word, word); });
+    return row == kModifierWords.end() ? nullptr : row;
 }
 
 // The modifiers in front of the key's name, which is left in *text. A plus sign in front of which no modifier
@@ -69,9 +69,8 @@ std::uint16_t TakeModifiers(std::string_view *text) {
     std::uint16_t modifiers = 0;
     for (;;) {
         const std::size_t end = text->find('+');
-        const std::string word = WithSmallLetters(Trimmed(text->substr(0, end)));
-        const auto *row = std::ranges::find(kModifierWords, word, &ModifierWord::word);
-        if (end == std::string_view::npos || row == kModifierWords.end()) {
+        const ModifierWord *row = FindModifierWord(Trimmed(text->substr(0, end)));
+        if (end == std::string_view::npos || row == nullptr) {
             return modifiers;
         }
         modifiers |= row->modifier;
@@ -127,6 +126,22 @@ bool ParseKeyCombination(std::string_view text, std::uint8_t *keyCode, std::uint
     return true;
 } catch (const std::bad_alloc &) {
     return false;
+}
+
+bool ParseModifiers(std::string_view text, std::uint16_t *modifiers) {
+    std::uint16_t found = 0;
+    while (!text.empty()) {
+        text.remove_prefix(text.front() == '+' ? 1 : 0);
+        const std::string_view word = text.substr(0, text.find('+'));
+        const ModifierWord *row = FindModifierWord(word);
+        if (row == nullptr || row->modifier == kKeypad) {
+            return false;
+        }
+        found |= row->modifier;
+        text.remove_prefix(word.size());
+    }
+    *modifiers = found;
+    return true;
 }
 
 } // namespace drevix

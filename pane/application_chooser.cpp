@@ -148,13 +148,9 @@ void ApplicationChooser::ChooseSelected() {
 void ApplicationChooser::actOther() {
     ProgramPanel panel(this);
     if (panel.exec() == QDialog::Accepted) {
-        ChoosePath(panel.Path());
+        fChosen = ApplicationOfPath(panel.Path().toStdString(), MessagesLocale());
+        accept();
     }
-}
-
-void ApplicationChooser::ChoosePath(const QString &path) {
-    fChosen = ApplicationOfPath(path.toStdString(), MessagesLocale());
-    accept();
 }
 
 // The keys that go through the list do so from the search field too.

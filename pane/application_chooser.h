@@ -21,10 +21,6 @@ class ApplicationChooser : public QDialog {
     explicit ApplicationChooser(QWidget *window);
     [[nodiscard]] const NewApplication &Chosen() const { return fChosen; }
 
-    // As the button "Other...", with the panel's answer given: takes the application at a path and ends the
-    // dialog.
-    void ChoosePath(const QString &path);
-
   protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
 

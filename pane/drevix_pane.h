@@ -92,6 +92,8 @@ class DrevixPane : public QObject,
     OSErr GetBaseFromFile();
     OSErr SaveBaseToFile();
     bool SaveEverything();
+    [[nodiscard]] FileStamp StampOfPrefsFile();
+    [[nodiscard]] bool IsFileChangedOutside();
     bool TakeOutsideChanges();
     void GetPrefsFromBase();
     void SavePrefsToBase();
@@ -216,6 +218,7 @@ class DrevixPane : public QObject,
     QTimer fDeviceCheckTimer{this};
     std::int32_t fDeviceCount = -1; // as shown; -1 before the first check
     DeviceList fDeviceList = {};    // filled by the helper's answers
+    QString fPrefsPath;             // of the settings file, as it was last found
     FileStamp fFileStamp;           // of the settings file as it was last read or written
     std::set<std::string> fUnsaved; // folded file names of stored records that differ from the settings file
 };

@@ -11,14 +11,10 @@
 namespace drevix {
 namespace {
 
-struct LinkColor {
-    QColor color;
-    double leastContrast; // a pressed link was read before it was pressed
-};
-
-LinkColor ColorOf(LinkLook look) {
-    return look == LinkLook::Normal ? LinkColor{QColor::fromRgbF(0.1F, 0.1F, 1.0F), 4.5}
-                                    : LinkColor{QColor::fromRgbF(1.0F, 0.1F, 0.1F), 3};
+QColor ColorOf(LinkLook look) {
+    const StyledText::Color color = getHyperlink({}, look).foreground;
+    return QColor::fromRgbF(static_cast<float>(color.red), static_cast<float>(color.green),
+                            static_cast<float>(color.blue));
 }
 
 // The relative luminance, 0 to 1.
@@ -43,7 +39,8 @@ double ContrastOf(const QColor &a, const QColor &b) {
 }
 
 QColor HyperlinkColor(LinkLook look, const QColor &background) {
-    const auto [color, leastContrast] = ColorOf(look);
+    const QColor color = ColorOf(look);
+    const double leastContrast = look == LinkLook::Normal ? 4.5 : 3; // it was read before it was pressed
     const bool isDark = ContrastOf(background, Qt::white) > ContrastOf(background, Qt::black);
     constexpr int kShades = 20;
     for (int i = 0; i < kShades; ++i) {
@@ -72,7 +69,7 @@ void LinkButton::paintEvent(QPaintEvent * /*event*/) {
     linkFont.setUnderline(isEnabled());
     painter.setFont(linkFont);
     const QColor background = palette().color(backgroundRole());
-    painter.setPen(isEnabled() ? HyperlinkColor(isDown() ? LinkLook::Pressed : LinkLook::Normal, background)
+    painter.setPen(isEnabled() ? HyperlinkColor(isDown() ? LinkLook::Alternate : LinkLook::Normal, background)
                                : palette().color(QPalette::Disabled, QPalette::WindowText));
     painter.drawText(rect(), Qt::AlignCenter | Qt::TextHideMnemonic, text());
     if (hasFocus()) {

@@ -1,12 +1,12 @@
 // Buttons that look like links: blue and underlined, red while they are pressed.
 #pragma once
 
+#include "settings/pascal_strings.h"
+
 #include <QColor>
 #include <QPushButton>
 
 namespace drevix {
-
-enum class LinkLook : std::uint8_t { Normal, Pressed };
 
 // A link's colour on a background: the look's own where that can be read there, else its nearest shade that
 // can.

@@ -5,6 +5,8 @@
 #include <QPainter>
 #include <QWindow>
 
+#include <chrono>
+
 namespace drevix {
 namespace {
 
@@ -20,13 +22,15 @@ bool StartsWaiting(const QKeyEvent &event) {
     }
 }
 
-// Other platforms than X11 cannot, and complain when they are asked.
-void GiveWholeKeyboard(QWidget *widget, bool isGiven) {
+// Whether the window has it now. Other platforms than X11 cannot, and complain when they are asked.
+bool GiveWholeKeyboard(QWidget *widget, bool isGiven) {
     QWindow *window = widget->window()->windowHandle();
-    if (window != nullptr && QGuiApplication::platformName() == QLatin1String("xcb")) {
-        window->setKeyboardGrabEnabled(isGiven);
-    }
+    return window != nullptr && QGuiApplication::platformName() == QLatin1String("xcb") &&
+           window->setKeyboardGrabEnabled(isGiven) && isGiven;
 }
+
+// A screen lock waits in vain for a keyboard that another program has.
+constexpr std::chrono::seconds kLongestGrab{30};
 
 } // namespace
 
@@ -35,6 +39,8 @@ KeystrokeField::KeystrokeField(QWidget *parent) : QLineEdit(parent) {
     setReadOnly(true);
     setContextMenuPolicy(Qt::PreventContextMenu);
     setCursor(Qt::ArrowCursor);
+    fGrabLimit.setSingleShot(true);
+    connect(&fGrabLimit, &QTimer::timeout, this, &KeystrokeField::EndWaiting);
     UpdateTexts();
 }
 
@@ -66,7 +72,10 @@ void KeystrokeField::SetWaiting(bool isWaiting) {
         return;
     }
     fIsWaiting = isWaiting;
-    GiveWholeKeyboard(this, isWaiting);
+    fGrabLimit.stop();
+    if (GiveWholeKeyboard(this, isWaiting)) {
+        fGrabLimit.start(kLongestGrab);
+    }
     if (isWaiting) {
         QCoreApplication::instance()->installEventFilter(this);
     } else {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QLineEdit>
+#include <QTimer>
 
 namespace drevix {
 
@@ -10,7 +11,7 @@ namespace drevix {
 // keyboard. Keys reach it through the keystroke capture, which asks IsWaiting.
 //
 // On X11 the field has the whole keyboard while it waits, so that combinations of the desktop (Alt+F4,
-// Alt+Tab) can be given too. On Wayland those stay with the desktop.
+// Alt+Tab) can be given too, and waits for half a minute at most. On Wayland those stay with the desktop.
 class KeystrokeField : public QLineEdit {
     Q_OBJECT
 
@@ -44,6 +45,7 @@ class KeystrokeField : public QLineEdit {
 
     QString fKeystroke;
     QString fRemark;
+    QTimer fGrabLimit;
     bool fIsWaiting = false;
 };
 

@@ -42,15 +42,6 @@ OSErr GetPrefsAndFileStatus(QBaseHandle base, const PaneBundle &bundle, OSErr *f
     return GetDevicePrefsFromPath(base, path, bundle.resources, bundle.version, fileStatus);
 }
 
-FileStamp StampOfPrefsFile() {
-    std::string path;
-    if (FindDevicePrefsPath(&path) != noErr) {
-        return {};
-    }
-    const QFileInfo file(QFile::decodeName(QByteArray::fromStdString(path)));
-    return file.exists() ? FileStamp{file.lastModified(), file.size()} : FileStamp{};
-}
-
 } // namespace
 
 PaneBundle FindPaneBundle() {
@@ -188,11 +179,24 @@ bool DrevixPane::SaveEverything() {
     return !QBaseGetRecordsChanged(fDrevixBase.get()) && !QBaseGetReadOnly(fDrevixBase.get());
 }
 
-// If another program, such as drevixctl, has changed the file while nothing was changed here, its settings are
-// shown instead of being written over.
-bool DrevixPane::TakeOutsideChanges() {
+FileStamp DrevixPane::StampOfPrefsFile() {
+    if (std::string path; FindDevicePrefsPath(&path) == noErr) {
+        fPrefsPath = QFile::decodeName(QByteArray::fromStdString(path));
+    } // else a disk that fails has not moved the file
+    const QFileInfo file(fPrefsPath);
+    return file.exists() ? FileStamp{file.lastModified(), file.size()} : FileStamp{};
+}
+
+// Whether another program, such as drevixctl, has written the file since it was last read or written here.
+bool DrevixPane::IsFileChangedOutside() {
     const FileStamp present = StampOfPrefsFile();
-    if (present == fFileStamp || present.size < 0 || IsEdited() || !fUnsaved.empty() ||
+    return present.size >= 0 && present != fFileStamp;
+}
+
+// If another program has changed the file while nothing was changed here, its settings are shown instead of
+// being written over.
+bool DrevixPane::TakeOutsideChanges() {
+    if (!IsFileChangedOutside() || IsEdited() || !fUnsaved.empty() ||
         QBaseGetRecordsChanged(fDrevixBase.get())) {
         return false;
     }
@@ -232,11 +236,14 @@ OSErr DrevixPane::GetBaseFromFile() {
     }
     SyncFromKorvane(base.get());
     SortDrevixBase(base.get());
+    const bool isFirst = fDrevixBase == nullptr;
     fDrevixBase = std::move(base);
     fUnsaved.clear();
     fFileStamp = stamp;
     if (!IsUnusable(fileStatus)) {
-        Tell({});
+        if (!isFirst) { // what was told of the helper just before must stay to be read
+            Tell({});
+        }
     } else if (QBaseGetReadOnly(fDrevixBase.get())) {
         Report(fileStatus,
                tr("The settings file could not be read and is left alone; changes cannot be saved"));
@@ -249,7 +256,9 @@ OSErr DrevixPane::GetBaseFromFile() {
     return noErr;
 }
 
+// What was changed here counts more than another program's change, but its user is told.
 OSErr DrevixPane::SaveBaseToFile() {
+    const bool isReplacing = IsFileChangedOutside();
     auto name = kDrevixPrefsName;
     const OSErr status =
         SaveDevicePrefs(fDrevixBase.get(), name.data(), kDrevixPrefsType, kDrevixPrefsCreator);
@@ -261,13 +270,17 @@ OSErr DrevixPane::SaveBaseToFile() {
     }
     if (status != noErr && QBaseGetReadOnly(fDrevixBase.get())) {
         Tell(tr("The settings were not saved, since the settings file could not be read."));
+    } else if (status == noErr && isReplacing) {
+        Tell(tr("Another program had changed the settings meanwhile; these here took their place."));
     } else {
         Report(status, tr("The settings could not be saved"));
+    }
+    if (status == noErr || !isReplacing) { // a save whose last step alone failed has written the file too
+        fFileStamp = StampOfPrefsFile();
     }
     if (status != noErr) {
         return status;
     }
-    fFileStamp = StampOfPrefsFile();
     return static_cast<OSErr>(RequestDriverPrefsUpdate(kDrevixHelperName.data()));
 }
 

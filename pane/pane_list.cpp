@@ -126,9 +126,10 @@ void DrevixPane::actSettingsButtonDelete() {
     if (fDrevixPrefsIndex < 1 || fDrevixPrefs.factory != 0) {
         return;
     }
+    const std::string asked = FoldedName(fDrevixPrefs);
     if (ConfirmPanel panel(ConfirmPanel::Kind::Remove, ShownName(fDrevixPrefs), fMainView->window());
-        panel.exec() != QDialog::Accepted) {
-        return;
+        panel.exec() != QDialog::Accepted || fDrevixPrefsIndex < 1 || FoldedName(fDrevixPrefs) != asked) {
+        return; // refused, or another program took the record away meanwhile
     }
     fUnsaved.insert(FoldedName(fDrevixPrefs)); // the file has it still
     QBaseMarkRecordForRemoval(fDrevixBase.get(), fDrevixPrefsIndex);
@@ -177,9 +178,13 @@ bool DrevixPane::MayReplace(const AppPrefs &record, ReplaceAnswer &answer, bool 
 
 // Adds the record, or replaces the one with its name once the user agrees.
 RecordNumber DrevixPane::StoreConfirmed(const AppPrefs &record, ReplaceAnswer &answer, bool isOneOfMany) {
-    const RecordNumber replaced = FindReplacedAppPrefs(fDrevixBase.get(), record);
-    if (replaced != kNoRecord && !MayReplace(record, answer, isOneOfMany)) {
-        return kNoRecord;
+    RecordNumber replaced = FindReplacedAppPrefs(fDrevixBase.get(), record);
+    if (replaced != kNoRecord) {
+        if (!MayReplace(record, answer, isOneOfMany)) {
+            return kNoRecord;
+        }
+        // While the question stood, another program's settings may have been loaded.
+        replaced = FindReplacedAppPrefs(fDrevixBase.get(), record);
     }
     const RecordNumber number = StoreAppPrefs(fDrevixBase.get(), record, replaced);
     if (number == kNoRecord) {
@@ -289,7 +294,7 @@ bool DrevixPane::showRecord(const QString &appFileName) {
     if (GetAppPrefs(fDrevixBase.get(), number) == nullptr) {
         return false;
     }
-    SavePrefsToBase();
+    KeepEdits(); // the companion is told at the next save
     ShowRecord(number);
     return true;
 }

@@ -1,6 +1,7 @@
 #include "pane/pane_text.h"
 
 #include "keyboard/key_names.h"
+#include "platform/ascii.h"
 #include "platform/mac_roman.h"
 #include "platform/status.h"
 #include "settings/action_commands.h"
@@ -73,12 +74,7 @@ QString ShownName(const AppPrefs &prefs) {
 }
 
 std::string FoldedName(const AppPrefs &prefs) {
-    std::string name;
-    for (const std::uint8_t character : CharactersOf(prefs.appFileName)) {
-        const bool isCapital = character >= 'A' && character <= 'Z';
-        name += static_cast<char>(isCapital ? character - 'A' + 'a' : character);
-    }
-    return name;
+    return WithSmallLetters(PascalCharacters(prefs.appFileName));
 }
 
 QString ControlTitle(SlotIndex slot) {

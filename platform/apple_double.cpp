@@ -22,10 +22,6 @@ constexpr std::uint32_t kResourceForkEntry = 2;
 constexpr std::uint32_t kFinderInfoEntry = 9;
 constexpr std::size_t kFinderInfoSize = sizeof(AppleDouble::finderInfo);
 
-OSErr LastError() {
-    return StatusFromErrno(errno);
-}
-
 bool HasMagic(std::span<const std::byte> bytes) {
     return bytes.size() >= kHeaderSize && Get32(bytes, 0) == kMagic && Get32(bytes, 4) == kVersion;
 }
@@ -132,7 +128,7 @@ std::string AppleDoubleBytes(const AppleDouble &file) {
 }
 
 std::string CompanionPath(const std::string &path) {
-    return JoinPath(ParentOfPath(path), "._" + LeafOfPath(path));
+    return JoinPath(FolderOfPath(path), "._" + LeafOfPath(path));
 }
 
 OSErr ReadCompanion(const std::string &path, AppleDouble *file) try {
@@ -144,15 +140,7 @@ OSErr ReadCompanion(const std::string &path, AppleDouble *file) try {
 }
 
 OSErr WriteCompanion(const std::string &path, const AppleDouble &file) try {
-    std::string bytes = AppleDoubleBytes(file);
-    FileUpdate update;
-    OSErr status = update.Open(CompanionPath(path), UpdateMethod::Replace);
-    if (status == noErr) {
-        IOParam transfer = {
-            update.File(), bytes.data(), static_cast<std::int32_t>(bytes.size()), 0, fsAtMark, 0};
-        status = PBWriteSync(&transfer);
-    }
-    return status == noErr ? update.Commit() : status;
+    return ReplaceWholeFile(CompanionPath(path), AppleDoubleBytes(file));
 } catch (const std::bad_alloc &) {
     return memFullErr;
 }

@@ -1,5 +1,5 @@
-// Events between processes, and the handlers that take them: addressed by process serial number, carried by the
-// session bus, handed over by the event loop. Main thread only. Nothing here waits.
+// Events between processes, and the handlers that take them: addressed by process serial number, carried by
+// the session bus, handed over by the event loop. Main thread only. Nothing here waits.
 #pragma once
 
 #include "platform/processes.h"
@@ -19,6 +19,8 @@ using DescType = OSType;
 inline constexpr DescType typeNull = FourCharCode("null");     // no data
 inline constexpr DescType typeWildCard = FourCharCode("****"); // bytes of any type
 inline constexpr DescType typeProcessSerialNumber = FourCharCode("psn ");
+inline constexpr AEEventClass kCoreEventClass = FourCharCode("aevt");
+inline constexpr AEEventID kAnswerEvent = FourCharCode("ansr"); // as which a queued answer arrives
 inline constexpr AEKeyword keyDirectObject = FourCharCode("----");
 inline constexpr std::int16_t kAutoGenerateReturnID = -1;
 inline constexpr std::int32_t kAnyTransactionID = 0;
@@ -58,32 +60,32 @@ inline constexpr std::size_t kMostDirectObjectBytes = std::size_t{64} * 1024;
 [[nodiscard]] OSErr AECreateAppleEvent(AEEventClass eventClass, AEEventID eventID, const AEDesc &target,
                                        std::int16_t returnID, std::int32_t transactionID, AppleEvent *result);
 
-// Sends an event. noErr; procNotFound when the process does not run; memFullErr; ioErr. Of one kind of event with
-// a queued reply a process owes at most one answer: while it does, another is not sent and gives noErr all the
-// same, until the process has been silent for 5 s, then 10 s, 20 s, ... up to a minute. An answer to the event
-// before is then no longer taken.
+// Sends an event. noErr; procNotFound when the process does not run; memFullErr; ioErr. Of one kind of event
+// with a queued reply a process owes at most one answer: while it does, another is not sent and gives noErr
+// all the same, until the process has been silent for 5 s, then 10 s, 20 s, ... up to a minute. An answer to
+// the event before is then no longer taken.
 [[nodiscard]] OSStatus AESendMessage(const AppleEvent &event, AESendMode mode, std::int32_t timeout);
 
-// Takes an event. What a handler puts into *reply is the answer for whoever waits for one; a status other than
-// noErr tells him that there is none.
+// Takes an event. What a handler puts into *reply is the answer for whoever waits for one; a status other
+// than noErr tells him that there is none.
 using AEEventHandler = OSErr (*)(const AppleEvent *event, AppleEvent *reply, std::uint32_t refcon);
 
-// Has a class and id of events handled from now on, instead of by the handler before. memFullErr, with that one
-// kept.
+// Has a class and id of events handled from now on, instead of by the handler before. memFullErr, with that
+// one kept.
 [[nodiscard]] OSErr AEInstallEventHandler(AEEventClass eventClass, AEEventID eventID, AEEventHandler handler,
                                           std::uint32_t refcon);
 // Has it handled no longer. errAEEventNotHandled when it was not.
 [[nodiscard]] OSErr AERemoveEventHandler(AEEventClass eventClass, AEEventID eventID);
 
-// Copies the first `maximumSize` bytes of a parameter, of which keyDirectObject is the only one. The type it has
-// and its whole size are stored where a pointer is given. errAEDescNotFound when there is none, errAECoercionFail
-// when it is of another type than `wanted`; nothing is copied or stored then.
+// Copies the first `maximumSize` bytes of a parameter, of which keyDirectObject is the only one. The type it
+// has and its whole size are stored where a pointer is given. errAEDescNotFound when there is none,
+// errAECoercionFail when it is of another type than `wanted`; nothing is copied or stored then.
 [[nodiscard]] OSErr AEGetParamPtr(const AppleEvent &event, AEKeyword keyword, DescType wanted,
                                   DescType *actualType, void *bytes, std::size_t maximumSize,
                                   std::size_t *actualSize);
 
-// Hands an event to its handler, as the event loop does. errAEEventNotHandled when there is none; else what the
-// handler gives.
+// Hands an event to its handler, as the event loop does. errAEEventNotHandled when there is none; else what
+// the handler gives.
 [[nodiscard]] OSErr AEProcessEvent(const AppleEvent &event, AppleEvent *reply);
 
 } // namespace drevix

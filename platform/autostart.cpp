@@ -1,21 +1,18 @@
 #include "platform/autostart.h"
 
+#include "platform/catalog_names.h"
 #include "platform/desktop_entries.h"
 #include "platform/disk.h"
 #include "platform/file_update.h"
+#include "platform/shared_file.h"
 #include "platform/status.h"
 
-#include <algorithm>
-#include <cerrno>
-#include <filesystem>
 #include <new>
 
 namespace drevix {
 namespace {
 
-constexpr std::string_view kGroup = "[Desktop Entry]";
 constexpr std::string_view kOurMark = "X-Drevix-LoginItem";
-constexpr mode_t kFolderMode = 0700; // as the base directory specification asks for
 
 // The escapes of a value of type "string".
 std::string EscapedValue(std::string_view text) {
@@ -59,92 +56,38 @@ OSErr FindEntryPath(std::string_view name, FolderCreation creation, std::string 
     if (name.empty() || name.find('/') != std::string_view::npos) {
         return bdNamErr;
     }
-    FSSpec folder = {};
-    const OSErr status =
-        FindFolder(kOnSystemDisk, kPreferencesFolderType, creation, &folder.vRefNum, &folder.parID);
-    if (status != noErr) {
-        return status;
+    std::int16_t volume = 0;
+    std::int32_t folder = 0;
+    const OSErr status = FindFolder(kOnSystemDisk, kStartupFolderType, creation, &volume, &folder);
+    if (status == noErr) {
+        *path = JoinPath(FolderPath(volume, folder), name) + ".desktop";
     }
-    folder.name = {9, 'a', 'u', 't', 'o', 's', 't', 'a', 'r', 't'};
-    const std::string folderPath = PathFromSpec(folder);
-    if (creation == kCreateFolder && CurrentDisk().MakeFolder(folderPath.c_str(), kFolderMode) != 0 &&
-        errno != EEXIST) {
-        return StatusFromErrno(errno);
-    }
-    *path = folderPath + '/' + std::string(name) + ".desktop";
-    return noErr;
-}
-
-// One line of the entry's own group: where its key and its value lie in the text.
-struct Line {
-    std::size_t start;
-    std::size_t end; // its line end, or the end of the text
-    std::string_view key;
-};
-
-std::string_view Trimmed(std::string_view text) {
-    constexpr std::string_view kBlanks = " \t\r";
-    const std::size_t start = text.find_first_not_of(kBlanks);
-    return start == std::string_view::npos ? std::string_view()
-                                           : text.substr(start, text.find_last_not_of(kBlanks) + 1 - start);
-}
-
-// Calls `visit` with each line of the entry's group until it says true; false when it never does. `end`, if
-// given, becomes the place behind the group's last line that is not empty; npos when there is no group.
-template <typename Visit>
-bool FindLine(std::string_view text, std::size_t *end, const Visit &visit) {
-    bool isInGroup = false;
-    for (std::size_t start = 0; start < text.size();) {
-        const std::size_t lineEnd = std::min(text.find('\n', start), text.size());
-        const std::string_view line = Trimmed(text.substr(start, lineEnd - start));
-        if (line.starts_with('[')) {
-            isInGroup = line == kGroup;
-        } else if (isInGroup && visit(Line{start, lineEnd, Trimmed(line.substr(0, line.find('=')))})) {
-            return true;
-        }
-        if (isInGroup && !line.empty()) {
-            *end = std::min(lineEnd + 1, text.size());
-        }
-        start = lineEnd + 1;
-    }
-    return false;
+    return status;
 }
 
 bool IsOurs(std::string_view text) {
     std::size_t ignored = 0;
-    return FindLine(text, &ignored, [](const Line &line) { return line.key == kOurMark; });
+    return FindEntryLine(text, &ignored, [](const EntryLine &line) { return line.key == kOurMark; });
 }
 
-// Gives a key of the entry's group a value: in its line, else in a new line at the group's end.
+// Gives a key of the entry's group, which must be there, a value: in its line, else in a new line at its end.
 void SetKey(std::string &text, std::string_view key, std::string_view value) {
     const std::string wanted = std::string(key) + '=' + std::string(value);
-    std::size_t groupEnd = std::string::npos;
-    Line found = {};
-    if (FindLine(text, &groupEnd, [&](const Line &line) {
+    std::size_t groupEnd = 0;
+    EntryLine found = {};
+    if (FindEntryLine(text, &groupEnd, [&](const EntryLine &line) {
             found = line;
             return line.key == key;
         })) {
         text.replace(found.start, found.end - found.start, wanted);
     } else {
-        const bool endsLine = groupEnd == 0 || text[groupEnd - 1] == '\n';
+        const bool endsLine = text[groupEnd - 1] == '\n';
         text.insert(groupEnd, (endsLine ? "" : "\n") + wanted + '\n');
     }
 }
 
-// The entry that is there; fnfErr when none is, -1 for what is no file of a sensible size.
-OSErr ReadEntry(const std::string &path, std::string *text) {
-    std::error_code error;
-    if (!std::filesystem::is_regular_file(path, error)) { // to open a pipe would wait for its writer
-        return error ? StatusFromErrno(error.value()) : -1;
-    }
-    if (std::filesystem::file_size(path, error) > kDesktopEntryMaxBytes) {
-        return -1;
-    }
-    return ReadWholeFile(path, text);
-}
-
 std::string NewEntry(std::string_view name) {
-    std::string text(kGroup);
+    std::string text(kDesktopEntryGroup);
     return text + "\nType=Application\nName=" + EscapedValue(name) + "\nNoDisplay=true\n" +
            std::string(kOurMark) + "=true\n";
 }
@@ -165,7 +108,7 @@ OSErr WriteAutostartEntry(std::string_view name, std::string_view program) try {
         return status;
     }
     std::string before;
-    const OSErr status = ReadEntry(path, &before);
+    const OSErr status = ReadSharedFile(path, kDesktopEntryMaxBytes, &before);
     if (status != fnfErr && (status != noErr || !IsOurs(before))) {
         return status == -1 ? OSErr{noErr} : status; // another program's
     }
@@ -180,13 +123,14 @@ OSErr WriteAutostartEntry(std::string_view name, std::string_view program) try {
 OSErr RemoveAutostartEntry(std::string_view name) try {
     std::string path;
     std::string text;
-    if (const OSErr status = FindEntryPath(name, kDontCreateFolder, &path); status != noErr) {
-        return status == fnfErr ? OSErr{noErr} : status;
+    OSErr status = FindEntryPath(name, kDontCreateFolder, &path);
+    if (status == noErr) {
+        status = ReadSharedFile(path, kDesktopEntryMaxBytes, &text);
     }
-    if (const OSErr status = ReadEntry(path, &text); status != noErr) {
+    if (status != noErr) {
         return status == fnfErr || status == dirNFErr || status == -1 ? OSErr{noErr} : status;
     }
-    return !IsOurs(text) || CurrentDisk().Remove(path.c_str()) == 0 ? OSErr{noErr} : StatusFromErrno(errno);
+    return !IsOurs(text) || CurrentDisk().Remove(path.c_str()) == 0 ? OSErr{noErr} : LastError();
 } catch (const std::bad_alloc &) {
     return memFullErr;
 }

@@ -3,6 +3,7 @@
 #include "platform/apple_double.h"
 #include "platform/catalog_names.h"
 #include "platform/disk.h"
+#include "platform/file_update.h"
 #include "platform/status.h"
 
 #include <algorithm>
@@ -19,10 +20,6 @@ namespace {
 constexpr mode_t kNewFolderMode = 0777;               // less the user's umask
 constexpr OSType kLinkCreator = FourCharCode("rhap"); // what the platform gives symbolic links
 constexpr std::string_view kCompanionStart = "._";
-
-OSErr LastError() {
-    return StatusFromErrno(errno);
-}
 
 OSErr StatusOfPath(const std::string &path, struct stat *status) {
     if (path.empty() || path.find('\0') != std::string::npos) {
@@ -79,6 +76,10 @@ OSErr InfoOfFile(const std::string &path, const struct stat &status, FInfo *info
     return result;
 }
 
+std::int32_t IdOnVolume(const Volume &volume, const std::string &path) {
+    return path == volume.root ? kRootFolder : FolderIdFromPath(path);
+}
+
 // Fills in what only folders have: where it lies when it is a volume's root, and its id.
 OSErr DescribeFolder(const std::string &path, CatalogInfo *info) {
     std::vector<Volume> volumes;
@@ -87,15 +88,13 @@ OSErr DescribeFolder(const std::string &path, CatalogInfo *info) {
     }
     const Volume *volume = VolumeOfPath(volumes, path);
     info->ioVRefNum = volume->number;
-    const std::string parent = ParentOfPath(path);
+    info->ioDrDirID = IdOnVolume(*volume, path);
     if (path == volume->root) {
-        info->ioDrDirID = kRootFolder;
         info->ioDrParID = kRootParentFolder;
         info->ioName = NameOfVolume(*volume);
-        return noErr;
+    } else {
+        info->ioDrParID = IdOnVolume(*volume, FolderOfPath(path));
     }
-    info->ioDrDirID = FolderIdFromPath(path);
-    info->ioDrParID = parent == volume->root ? kRootFolder : FolderIdFromPath(parent);
     return noErr;
 }
 
@@ -124,7 +123,7 @@ OSErr DescribeItself(CatalogInfo *info) {
     if (info->ioDrDirID == kRootParentFolder) {
         return dirNFErr;
     }
-    info->ioName = NameOfEntry(ParentOfPath(path), LeafOfPath(path));
+    info->ioName = NameOfEntry(FolderOfPath(path), LeafOfPath(path));
     const OSErr status = Describe(path, info);
     return status == noErr && info->ioFlAttrib == 0 ? dirNFErr : status;
 }
@@ -187,21 +186,6 @@ OSErr ListFolder(std::int16_t volume, std::int32_t folder, std::vector<Str63> *n
     return memFullErr;
 }
 
-OSErr FSMakeFSSpec(std::int16_t volume, std::int32_t folder, const Str63 &name, FSSpec *spec) try {
-    if (const OSErr status = FolderStatus(volume, folder); status != noErr) {
-        return status;
-    }
-    const FSSpec made = {volume, folder, name};
-    struct stat ignored {};
-    const OSErr status = StatusOfPath(PathFromSpec(made), &ignored);
-    if (status == noErr || status == fnfErr) {
-        *spec = made;
-    }
-    return status;
-} catch (const std::bad_alloc &) {
-    return memFullErr;
-}
-
 OSErr FSPathMakeRef(const std::string &path, FSRef *ref) try {
     if (path.find('\0') != std::string::npos) {
         return bdNamErr;
@@ -249,15 +233,14 @@ OSErr FSSpecFromRef(const FSRef &ref, FSSpec *spec, std::int32_t *folder) try {
     const Volume *volume = VolumeOfPath(volumes, ref.path);
     const bool isVolume = volume->root == ref.path;
     if (folder != nullptr) {
-        *folder = isVolume ? kRootFolder : FolderIdFromPath(ref.path);
+        *folder = IdOnVolume(*volume, ref.path);
     }
     if (isVolume) {
         *spec = {volume->number, kRootParentFolder, NameOfVolume(*volume)};
         return noErr;
     }
-    const std::string parent = ParentOfPath(ref.path);
-    *spec = {volume->number, parent == volume->root ? kRootFolder : FolderIdFromPath(parent),
-             NameOfEntry(parent, LeafOfPath(ref.path))};
+    const std::string parent = FolderOfPath(ref.path);
+    *spec = {volume->number, IdOnVolume(*volume, parent), NameOfEntry(parent, LeafOfPath(ref.path))};
     return noErr;
 } catch (const std::bad_alloc &) {
     return memFullErr;

@@ -87,10 +87,6 @@ inline constexpr std::int16_t kDosFileSystem = 0x4953;  // FAT and NTFS
 
 // References
 
-// A specification of a file by volume, folder and name. noErr; fnfErr when there is no such file in that
-// folder, with *spec set all the same; dirNFErr, nsvErr, bdNamErr, ... with *spec unchanged.
-[[nodiscard]] OSErr FSMakeFSSpec(std::int16_t volume, std::int32_t folder, const Str63 &name, FSSpec *spec);
-
 // A reference to what an absolute or relative path leads to, links followed; for FSRefAtName to what the
 // folder has under the name, be it a link. noErr, fnfErr, dirNFErr, ..., *ref set only on success. The path
 // of a reference has no links in it but its last component.

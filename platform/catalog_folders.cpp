@@ -51,10 +51,6 @@ std::string PathOfType(std::int16_t volume, OSType type) {
     return base.empty() || row->below.empty() ? base : JoinPath(base, row->below);
 }
 
-OSErr LastError() {
-    return StatusFromErrno(errno);
-}
-
 // Makes the folder and those above it that are missing.
 OSErr MakeFolders(const std::string &path) {
     for (std::size_t end = path.find('/', 1);; end = path.find('/', end + 1)) {

@@ -38,25 +38,11 @@ std::string OwnName(std::string_view characters) {
     return name;
 }
 
-std::string_view Characters(const Str63 &name) {
-    const std::size_t length = std::min<std::size_t>(name[0], name.size() - 1);
-    return {reinterpret_cast<const char *>(name.data()) + 1, length};
-}
-
 } // namespace
 
 std::string JoinPath(std::string_view folder, std::string_view name) {
     std::string path(folder);
     return path.append(path.ends_with('/') ? "" : "/").append(name);
-}
-
-std::string ParentOfPath(std::string_view path) {
-    const std::size_t slash = path.rfind('/');
-    return std::string(slash == 0 || slash == path.npos ? "/" : path.substr(0, slash));
-}
-
-std::string LeafOfPath(std::string_view path) {
-    return std::string(path.substr(path.rfind('/') + 1));
 }
 
 Str63 Str63FromMacRoman(std::string_view text) {
@@ -149,7 +135,7 @@ Str63 NameOfEntry(const std::string &folder, std::string_view name) {
 }
 
 std::string EntryOfName(const std::string &folder, const Str63 &name) {
-    const std::string_view characters = Characters(name);
+    const std::string_view characters = PascalCharacters(name);
     if (characters.empty() || characters.find('\0') != characters.npos) {
         return {}; // a name with a zero byte would be cut there by the system
     }

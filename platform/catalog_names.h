@@ -37,9 +37,6 @@ struct Volume {
 [[nodiscard]] std::string EntryOfName(const std::string &folder, const Str63 &name);
 
 [[nodiscard]] std::string JoinPath(std::string_view folder, std::string_view name);
-// The parts of an absolute path before and behind its last slash; "/" and "" for "/".
-[[nodiscard]] std::string ParentOfPath(std::string_view path);
-[[nodiscard]] std::string LeafOfPath(std::string_view path);
 // A string of Mac OS Roman as a Pascal string, cut to 63 characters.
 [[nodiscard]] Str63 Str63FromMacRoman(std::string_view text);
 

@@ -1,6 +1,7 @@
 // The mount table as volumes.
 
 #include "platform/catalog_names.h"
+#include "platform/file_update.h"
 #include "platform/mac_roman.h"
 #include "platform/status.h"
 
@@ -12,7 +13,6 @@ namespace drevix {
 namespace {
 
 constexpr const char *kMountTable = "/proc/self/mountinfo"; // its form: proc(5)
-constexpr std::size_t kMostTableBytes = 1 << 22;
 constexpr std::size_t kLongestVolumeName = 27;              // what the classic volume records hold
 constexpr std::string_view kRootVolumeName = "File System"; // what file managers call "/"
 
@@ -82,23 +82,6 @@ bool ParseLine(const std::string &line, Volume *volume) {
     return true;
 }
 
-OSErr ReadMountTable(std::string *table) {
-    FileRef file = 0;
-    if (const OSErr status = OpenFile(kMountTable, fsRdPerm, &file); status != noErr) {
-        return status == fnfErr ? noErr : status; // without it there is the root volume alone
-    }
-    // The length that the system gives is 0; the table is read to its end.
-    std::array<char, 16384> piece{};
-    OSErr status = noErr;
-    while (status == noErr && table->size() < kMostTableBytes) {
-        auto count = static_cast<std::int32_t>(piece.size());
-        status = FSRead(file, &count, piece.data());
-        table->append(piece.data(), static_cast<std::size_t>(count));
-    }
-    FSClose(file);
-    return status == eofErr ? noErr : status;
-}
-
 bool LiesIn(std::string_view path, std::string_view root) {
     return root == "/" ||
            (path.starts_with(root) && (path.size() == root.size() || path[root.size()] == '/'));
@@ -108,8 +91,8 @@ bool LiesIn(std::string_view path, std::string_view root) {
 
 OSErr ListVolumes(std::vector<Volume> *volumes) {
     std::string table;
-    if (const OSErr status = ReadMountTable(&table); status != noErr) {
-        return status;
+    if (const OSErr status = ReadWholeFile(kMountTable, &table); status != noErr && status != fnfErr) {
+        return status; // without a table there is the root volume alone
     }
     volumes->clear();
     std::istringstream lines(table);

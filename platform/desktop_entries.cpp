@@ -1,6 +1,8 @@
 #include "platform/desktop_entries.h"
 
+#include "platform/catalog_names.h"
 #include "platform/file_update.h"
+#include "platform/shared_file.h"
 #include "platform/status.h"
 
 #include <algorithm>
@@ -100,26 +102,18 @@ void TakeLine(std::string_view key, std::string_view value, const std::vector<st
     }
 }
 
-// Reads the lines of the group "Desktop Entry"; the others describe further actions of the application.
 EntryText ParseEntry(std::string_view text, const std::vector<std::string> &languages) {
     EntryText entry;
-    bool isInGroup = false;
-    while (!text.empty()) {
-        const std::size_t end = std::min(text.find('\n'), text.size());
-        const std::string_view line = Trimmed(text.substr(0, end));
-        text.remove_prefix(std::min(end + 1, text.size()));
-        if (line.starts_with('[')) {
-            isInGroup = line == "[Desktop Entry]";
-        } else if (const std::size_t equals = line.find('=');
-                   isInGroup && !line.starts_with('#') && equals != std::string_view::npos) {
-            TakeLine(Trimmed(line.substr(0, equals)), Trimmed(line.substr(equals + 1)), languages, entry);
-        }
-    }
+    std::size_t ignored = 0;
+    FindEntryLine(text, &ignored, [&](const EntryLine &line) {
+        TakeLine(line.key, line.value, languages, entry);
+        return false;
+    });
     return entry;
 }
 
-// The words of a command line. Between double quotes a blank is a character as any other, and a backslash takes
-// the next character's meaning away.
+// The words of a command line. Between double quotes a blank is a character as any other, and a backslash
+// takes the next character's meaning away.
 std::vector<std::string> QuotedWords(std::string_view line) {
     std::vector<std::string> words(1);
     bool isQuoted = false;
@@ -157,22 +151,22 @@ std::string Variable(const char *name) {
     return value == nullptr ? std::string() : value;
 }
 
-// The folders of data, the user's own first. Relative paths do not count.
-std::vector<std::string> DataFolders() {
-    std::string home = Variable("XDG_DATA_HOME");
-    if (!home.starts_with('/')) {
-        home = Variable("HOME") + "/.local/share";
+// The folders of entries, the user's own first. Relative paths do not count.
+std::vector<std::string> EntryFolders() {
+    std::vector<std::string> folders;
+    std::int16_t volume = 0;
+    std::int32_t own = 0;
+    if (FindFolder(kOnSystemDisk, kAppleMenuFolderType, kDontCreateFolder, &volume, &own) == noErr) {
+        folders.push_back(FolderPath(volume, own));
     }
     std::string shared = Variable("XDG_DATA_DIRS");
     if (shared.empty()) {
         shared = "/usr/local/share:/usr/share";
     }
-    std::vector<std::string> folders;
-    const std::string all = home + ':' + shared;
-    for (std::string_view rest = all; !rest.empty();) {
+    for (std::string_view rest = shared; !rest.empty();) {
         const std::size_t end = std::min(rest.find(':'), rest.size());
         if (rest.starts_with('/')) {
-            folders.emplace_back(rest.substr(0, end));
+            folders.push_back(JoinPath(rest.substr(0, end), "applications"));
         }
         rest.remove_prefix(std::min(end + 1, rest.size()));
     }
@@ -206,6 +200,26 @@ void FindInFolder(const fs::path &folder, const std::string &idStart, int depth,
 
 } // namespace
 
+bool FindEntryLine(std::string_view text, std::size_t *groupEnd,
+                   const std::function<bool(const EntryLine &)> &visit) {
+    bool isInGroup = false; // the other groups describe further actions of the application
+    for (std::size_t start = 0, end = 0; start < text.size(); start = end + 1) {
+        end = std::min(text.find('\n', start), text.size());
+        const std::string_view line = Trimmed(text.substr(start, end - start));
+        const std::size_t equals = line.starts_with('#') ? line.npos : line.find('=');
+        if (line.starts_with('[')) {
+            isInGroup = line == kDesktopEntryGroup;
+        } else if (isInGroup && equals != line.npos &&
+                   visit({Trimmed(line.substr(0, equals)), Trimmed(line.substr(equals + 1)), start, end})) {
+            return true;
+        }
+        if (isInGroup && !line.empty()) {
+            *groupEnd = std::min(end + 1, text.size());
+        }
+    }
+    return false;
+}
+
 std::string MessagesLocale() {
     for (const char *name : {"LC_ALL", "LC_MESSAGES", "LANG"}) {
         if (std::string locale = Variable(name); !locale.empty()) {
@@ -233,27 +247,16 @@ std::vector<std::string> CommandOfEntry(const DesktopEntry &entry) {
 }
 
 OSErr ReadDesktopEntry(const std::string &path, std::string_view locale, DesktopEntry *entry) try {
-    std::error_code error;
-    if (!fs::is_regular_file(path, error)) { // to open a pipe would wait for its writer
-        return error ? StatusFromErrno(error.value()) : kNoApplication;
-    }
-    if (fs::file_size(path, error) > kDesktopEntryMaxBytes) {
-        return kNoApplication;
-    }
     std::string text;
-    if (const OSErr status = ReadWholeFile(path, &text); status != noErr) {
+    if (const OSErr status = ReadSharedFile(path, kDesktopEntryMaxBytes, &text); status != noErr) {
         return status;
     }
     const EntryText found = ParseEntry(text, LanguagesOf(locale));
     if (found.type != "Application" || found.name.empty()) {
         return kNoApplication;
     }
-    *entry = {path.substr(path.rfind('/') + 1),
-              path,
-              Unescaped(found.name),
-              Unescaped(found.icon),
-              found.isHidden,
-              Unescaped(found.exec),
+    *entry = {LeafOfPath(path),      path,           Unescaped(found.name),
+              Unescaped(found.icon), found.isHidden, Unescaped(found.exec),
               found.isInTerminal};
     return noErr;
 } catch (const std::bad_alloc &) {
@@ -262,8 +265,8 @@ OSErr ReadDesktopEntry(const std::string &path, std::string_view locale, Desktop
 
 std::vector<DesktopEntry> InstalledApplications(std::string_view locale) try {
     Search search = {locale, {}, {}};
-    for (const std::string &folder : DataFolders()) {
-        FindInFolder(folder + "/applications", {}, 0, search);
+    for (const std::string &folder : EntryFolders()) {
+        FindInFolder(folder, {}, 0, search);
     }
     return std::move(search.entries);
 } catch (const std::bad_alloc &) {

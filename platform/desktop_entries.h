@@ -5,6 +5,7 @@
 #include "platform/types.h"
 
 #include <cstddef>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -24,6 +25,21 @@ struct DesktopEntry {
 
 // The longest file that is read as an entry.
 inline constexpr std::size_t kDesktopEntryMaxBytes = std::size_t{1} << 20;
+
+// One line "KEY=VALUE" of an entry's own group: what it says, and where it lies in the text.
+struct EntryLine {
+    std::string_view key;
+    std::string_view value;
+    std::size_t start;
+    std::size_t end; // its line end, or the end of the text
+};
+inline constexpr std::string_view kDesktopEntryGroup = "[Desktop Entry]";
+
+// Calls `visit` with each such line, blanks around key and value taken off, until it says true; false when it
+// never does. *groupEnd becomes the place behind the last line of the group that is not empty, of those that
+// were come to; it stays as it is where there is no group.
+bool FindEntryLine(std::string_view text, std::size_t *groupEnd,
+                   const std::function<bool(const EntryLine &)> &visit);
 
 // The language of messages, such as "de_AT.UTF-8": the first of $LC_ALL, $LC_MESSAGES and $LANG that is not
 // empty.

@@ -9,10 +9,6 @@ struct sd_bus_message;
 
 namespace drevix {
 
-// The event as which an answer arrives.
-inline constexpr AEEventClass kCoreEventClass = FourCharCode("aevt");
-inline constexpr AEEventID kAnswerEvent = FourCharCode("ansr");
-
 // The bytes "ay" that come next in a message, cut to kMostDirectObjectBytes. False when there are none.
 [[nodiscard]] bool ReadEventBytes(sd_bus_message *message, std::vector<std::uint8_t> *bytes);
 

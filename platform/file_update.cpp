@@ -7,10 +7,10 @@
 #include <cerrno>
 #include <climits>
 #include <cstdlib>
-#include <ctime>
 #include <fcntl.h>
 #include <limits>
 #include <new>
+#include <thread>
 #include <tuple>
 #include <unistd.h>
 #include <utility>
@@ -25,18 +25,11 @@ constexpr int kMostKept = 1000; // numbered copies beside a kept file
 constexpr std::size_t kChunk = std::size_t{1} << 20;
 constexpr std::int64_t kMostInMemory = std::numeric_limits<std::int32_t>::max();
 
-OSErr LastError() {
-    return StatusFromErrno(errno);
-}
+// Between two tries for a lock that another program holds.
+constexpr std::chrono::milliseconds kPause{10};
 
-// A wait between two tries for a lock that another program holds.
-void Pause() {
-    constexpr struct timespec kTenMilliseconds = {0, 10'000'000};
-    ::nanosleep(&kTenMilliseconds, nullptr);
-}
-
-// Locks the open file, waiting up to `tries` times ten milliseconds.
-OSErr LockWithin(int descriptor, int tries) {
+// Locks the open file, pausing up to `tries` times.
+OSErr LockWithin(int descriptor, std::int64_t tries) {
     for (; CurrentDisk().Lock(descriptor) != 0; --tries) {
         if (errno == ENOLCK || errno == ENOSYS || errno == EOPNOTSUPP || errno == EINVAL) {
             return noErr; // a file system without locks
@@ -44,7 +37,7 @@ OSErr LockWithin(int descriptor, int tries) {
         if (errno != EINTR && (errno != EWOULDBLOCK || tries <= 0)) {
             return LastError();
         }
-        Pause();
+        std::this_thread::sleep_for(kPause);
     }
     return noErr;
 }
@@ -80,10 +73,6 @@ OSErr ReadRest(FileRef file, std::string *bytes) try {
     }
 } catch (const std::bad_alloc &) {
     return memFullErr;
-}
-
-std::string NameOfPath(const std::string &path) {
-    return path.substr(path.rfind('/') + 1);
 }
 
 // Whether `other` is a file of its own, reached over no link, with the bytes of the file at `path`.
@@ -136,6 +125,20 @@ OSErr MoveToFreeName(const std::string &path) {
 std::string FolderOfPath(const std::string &path) {
     const std::size_t slash = path.rfind('/');
     return slash == std::string::npos ? "." : slash == 0 ? "/" : path.substr(0, slash);
+}
+
+std::string LeafOfPath(const std::string &path) {
+    return path.substr(path.rfind('/') + 1); // npos + 1 is 0
+}
+
+OSErr FlushFolder(const std::string &folder) {
+    const int descriptor = CurrentDisk().Open(folder.c_str(), O_RDONLY | O_DIRECTORY, 0);
+    if (descriptor < 0) {
+        return errno == EACCES ? noErr : LastError();
+    }
+    const OSErr status = CurrentDisk().Flush(descriptor) == 0 || errno == EINVAL ? noErr : LastError();
+    CurrentDisk().Close(descriptor);
+    return status;
 }
 
 OSErr FollowLinks(const std::string &path, std::string *target) try {
@@ -247,7 +250,7 @@ OSErr FileUpdate::OpenBeside(const std::string &modeOf) {
 // apart; its name is always the same, so that nothing piles up.
 OSErr FileUpdate::MakeBeside(int *result) {
     Disk &disk = CurrentDisk();
-    std::string beside = FolderOfPath(fTarget) + "/." + NameOfPath(fTarget) + ".new";
+    std::string beside = FolderOfPath(fTarget) + "/." + LeafOfPath(fTarget) + ".new";
     constexpr int kFlags = O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK;
     constexpr int kLockTries = 100; // one second
     for (int tries = kLockTries; tries >= 0; --tries) {
@@ -315,7 +318,7 @@ OSErr FileUpdate::OpenInPlace() {
     return status;
 }
 
-OSErr FileUpdate::Commit() {
+OSErr FileUpdate::Commit() try {
     if (fFile == 0) {
         return rfNumErr;
     }
@@ -333,21 +336,11 @@ OSErr FileUpdate::Commit() {
     }
     fBeside.clear();
     fRestorable = false;
-    status = renames ? FlushFolder() : noErr;
+    status = renames ? FlushFolder(FolderOfPath(fTarget)) : noErr;
     Discard();
     return status;
-}
-
-OSErr FileUpdate::FlushFolder() const try {
-    const int descriptor = CurrentDisk().Open(FolderOfPath(fTarget).c_str(), O_RDONLY | O_DIRECTORY, 0);
-    if (descriptor < 0) {
-        // A folder that may be written but not read cannot be flushed; the rename itself has happened.
-        return errno == EACCES ? noErr : LastError();
-    }
-    const OSErr status = CurrentDisk().Flush(descriptor) == 0 || errno == EINVAL ? noErr : LastError();
-    CurrentDisk().Close(descriptor);
-    return status;
 } catch (const std::bad_alloc &) {
+    Discard();
     return memFullErr;
 }
 
@@ -414,7 +407,7 @@ FolderLock::~FolderLock() {
     }
 }
 
-OSErr FolderLock::Acquire(const std::string &folder) {
+OSErr FolderLock::Acquire(const std::string &folder, std::chrono::milliseconds wait) {
     if (fDescriptor >= 0) {
         return noErr;
     }
@@ -422,8 +415,7 @@ OSErr FolderLock::Acquire(const std::string &folder) {
     if (descriptor < 0) {
         return errno == ENOENT ? dirNFErr : LastError();
     }
-    constexpr int kTries = 500; // five seconds
-    if (const OSErr status = LockWithin(descriptor, kTries); status != noErr) {
+    if (const OSErr status = LockWithin(descriptor, wait / kPause); status != noErr) {
         CurrentDisk().Close(descriptor);
         return status;
     }

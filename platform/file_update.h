@@ -3,6 +3,7 @@
 
 #include "platform/files.h"
 
+#include <chrono>
 #include <string>
 #include <string_view>
 
@@ -49,7 +50,6 @@ class FileUpdate {
     OSErr OpenBeside(const std::string &modeOf);
     OSErr MakeBeside(int *result);
     OSErr OpenInPlace();
-    OSErr FlushFolder() const;
     void Discard();
 
     std::string fTarget; // where the file lies; links followed when it is to be replaced
@@ -68,10 +68,9 @@ class FileUpdate {
 [[nodiscard]] OSErr ReplaceWholeFile(const std::string &path, std::string_view bytes,
                                      const std::string &modeOf = {});
 
-// Keeps what the file at `path` holds, and its mode, under `keptPath` in the same folder, however either changes
-// later. What
-// `keptPath` held before, unless it is the same bytes, moves to `keptPath` with ".1", ".2", ... the first
-// that is free. noErr, or why not; `path` is untouched in every case.
+// Keeps what the file at `path` holds, and its mode, under `keptPath` in the same folder, however either
+// changes later. What `keptPath` held before, unless it is the same bytes, moves to `keptPath` with ".1",
+// ".2", ... the first that is free. noErr, or why not; `path` is untouched in every case.
 [[nodiscard]] OSErr KeepFileAside(const std::string &path, const std::string &keptPath);
 
 // Holds a folder's advisory lock from Acquire until destruction, so that programs that read, change and write
@@ -83,16 +82,25 @@ class FolderLock {
     FolderLock &operator=(const FolderLock &) = delete;
     ~FolderLock();
 
-    // Waits up to five seconds. noErr, fBsyErr, or why the folder could not be opened: dirNFErr, ...
-    [[nodiscard]] OSErr Acquire(const std::string &folder);
+    // noErr; fBsyErr when it is held for longer than `wait`; or why the folder could not be opened: dirNFErr,
+    // ...
+    [[nodiscard]] OSErr Acquire(const std::string &folder,
+                                std::chrono::milliseconds wait = std::chrono::seconds(5));
 
   private:
     int fDescriptor = -1;
 };
 
-// The folder part of a path ("." when it has none), and the absolute path of what `path` leads to with every
-// link of its last component followed, whether or not the end exists.
+// Returns when what was made, renamed or removed in a folder is on the disk. noErr, also for a folder that
+// cannot be flushed: one that may be written but not read, or that of a file system without such a thing.
+[[nodiscard]] OSErr FlushFolder(const std::string &folder);
+
+// The parts of a path before its last slash ("." without one, "/" for one in the root) and behind it. Both
+// may throw std::bad_alloc.
 [[nodiscard]] std::string FolderOfPath(const std::string &path);
+[[nodiscard]] std::string LeafOfPath(const std::string &path);
+// The absolute path of what `path` leads to with every link of its last component followed, whether or not
+// the end exists.
 [[nodiscard]] OSErr FollowLinks(const std::string &path, std::string *target);
 
 } // namespace drevix

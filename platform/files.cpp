@@ -26,10 +26,6 @@ struct OpenedFile {
 
 std::array<OpenedFile, kMostFiles> gFiles;
 
-OSErr LastError() {
-    return StatusFromErrno(errno);
-}
-
 // The file of a reference; null when it is not open.
 OpenedFile *FindFile(FileRef file) {
     if (file < 1 || static_cast<std::size_t>(file) > gFiles.size()) {

@@ -11,8 +11,8 @@
 namespace drevix {
 
 struct LoopWatch::Parts {
-    // Within the loop it may be a notifier's own signal that has the descriptor changed; outside it nobody would
-    // come to delete it later.
+    // Within the loop it may be a notifier's own signal that has the descriptor changed; outside it nobody
+    // would come to delete it later.
     struct Later {
         void operator()(QObject *object) const {
             if (IsInLoop()) {
@@ -49,7 +49,7 @@ struct LoopWatch::Parts {
             read.reset(new QSocketNotifier(descriptor, QSocketNotifier::Read));
             write.reset(new QSocketNotifier(descriptor, QSocketNotifier::Write));
             for (const QSocketNotifier *notifier : {read.get(), write.get()}) {
-                QObject::connect(notifier, &QSocketNotifier::activated, [&function] { function(); });
+                QObject::connect(notifier, &QSocketNotifier::activated, function);
             }
         }
     }

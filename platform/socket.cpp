@@ -1,6 +1,6 @@
 #include "platform/socket.h"
 
-#include "platform/run_loop.h"
+#include "platform/loop_watch.h"
 #include "platform/status.h"
 
 #include <algorithm>
@@ -38,7 +38,7 @@ struct OpenSocket {
     std::unique_ptr<Descriptor> descriptor;
     SocketCallBack callback;
     void *context;
-    std::unique_ptr<DescriptorWatch> watch; // while it waits in the run loop; goes before the descriptor
+    std::unique_ptr<LoopWatch> watch; // while it waits in the run loop; goes before the descriptor
 };
 
 std::vector<OpenSocket> gSockets; // those that wait, in the order in which they began to
@@ -175,7 +175,8 @@ void SocketAddToRunLoop(SocketRef ref) {
     if (socket == nullptr || socket->watch != nullptr) {
         return;
     }
-    socket->watch = std::make_unique<DescriptorWatch>(socket->descriptor->Value(), [ref] { CallBack(ref); });
+    socket->watch = std::make_unique<LoopWatch>([ref] { CallBack(ref); });
+    socket->watch->Watch(socket->descriptor->Value(), POLLIN, std::nullopt);
     const auto isWaiting = [](const OpenSocket &open) { return open.watch != nullptr; };
     if (static_cast<std::size_t>(std::ranges::count_if(gSockets, isWaiting)) > kMostWaitingSockets) {
         SocketInvalidate(std::ranges::find_if(gSockets, isWaiting)->ref);

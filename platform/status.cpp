@@ -81,6 +81,10 @@ OSErr StatusFromErrno(int error) {
     return row == kErrnoRows.end() ? ioErr : row->status;
 }
 
+OSErr LastError() {
+    return StatusFromErrno(errno);
+}
+
 std::string_view StatusText(OSErr status) {
     const auto *row = std::ranges::find(kTextRows, status, &TextRow::status);
     return row == kTextRows.end() ? "an unknown error happened" : row->text;

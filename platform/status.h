@@ -40,6 +40,8 @@ inline constexpr OSErr errAEEventNotHandled = -1708;    // nobody takes this eve
 
 // The status for an errno value, 0 for 0 and ioErr for a value without a row of its own.
 [[nodiscard]] OSErr StatusFromErrno(int error);
+// The same for errno as it is.
+[[nodiscard]] OSErr LastError();
 
 // What a status means, as the end of a sentence ("the disk is full"). Never empty. Static storage.
 [[nodiscard]] std::string_view StatusText(OSErr status);

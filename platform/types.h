@@ -2,9 +2,11 @@
 // Every other header of the project builds on these.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <string_view>
 
 namespace drevix {
 
@@ -31,6 +33,12 @@ using ConstStringPtr = const std::uint8_t *;
 using Str31 = std::array<std::uint8_t, 32>;
 using Str63 = std::array<std::uint8_t, 64>;
 using Str255 = std::array<std::uint8_t, 256>;
+
+// The characters of a Pascal string; no more than its field holds, whatever its length byte says.
+template <std::size_t N>
+[[nodiscard]] std::string_view PascalCharacters(const std::array<std::uint8_t, N> &text) {
+    return {reinterpret_cast<const char *>(text.data()) + 1, std::min<std::size_t>(text[0], N - 1)};
+}
 
 // Makes a Pascal string constant of a literal: PascalLiteral("pref") is {4, 'p', 'r', 'e', 'f'}.
 template <std::size_t N>

@@ -1,5 +1,6 @@
 #include "settings/pascal_strings.h"
 
+#include "platform/ascii.h"
 #include "platform/mac_roman.h"
 
 #include <algorithm>
@@ -19,7 +20,7 @@ int Bounded(std::int32_t limit) {
 
 // Folds ASCII only: names that differ in an accented capital are different names, in the helper too.
 int Counted(std::uint8_t character) {
-    return character >= 'A' && character <= 'Z' ? character + ('a' - 'A') : character;
+    return SmallLetter(character);
 }
 
 // Appends `count` characters, cut to the limit, and gives the number appended. The strings may be the same

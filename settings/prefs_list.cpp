@@ -1,5 +1,6 @@
 #include "settings/prefs_list.h"
 
+#include "platform/ascii.h"
 #include "platform/status.h"
 #include "qbase/qbase_sort.h"
 #include "settings/device_prefs.h"
@@ -37,10 +38,7 @@ bool EndsInAppExtension(std::string_view name) {
     if (name.size() <= kAppExtension.size()) { // ".app" alone is a name
         return false;
     }
-    const std::string_view end = name.substr(name.size() - kAppExtension.size());
-    return std::ranges::equal(end, kAppExtension, [](char a, char b) {
-        return a == b || (a >= 'A' && a <= 'Z' && a - 'A' + 'a' == b);
-    });
+    return IsEqualWithoutCase(name.substr(name.size() - kAppExtension.size()), kAppExtension);
 }
 
 // Signatures tell applications apart, but for the wildcard: many factory records carry it, and then the name counts.

@@ -10,8 +10,6 @@
 #include "util/file_references.h"
 
 #include <algorithm>
-#include <cerrno>
-#include <fcntl.h>
 #include <new>
 #include <optional>
 #include <span>
@@ -134,23 +132,11 @@ OSErr AddFlags(const FSSpec &aliasSpec, std::uint16_t flags) {
     return FSpSetFInfo(aliasSpec, info);
 }
 
-OSErr FlushFolder(const std::string &folder) {
-    const int descriptor = CurrentDisk().Open(folder.c_str(), O_RDONLY | O_DIRECTORY, 0);
-    if (descriptor < 0) {
-        return StatusFromErrno(errno);
-    }
-    // Some file systems flush no folders (EINVAL), and then the link is as safe as it can be.
-    const bool flushed = CurrentDisk().Flush(descriptor) == 0 || errno == EINVAL;
-    const OSErr status = flushed ? noErr : StatusFromErrno(errno);
-    CurrentDisk().Close(descriptor);
-    return status;
-}
-
 // Makes the link and flushes its folder: settings that name it are soon to be flushed too.
 OSErr MakeLink(const FSSpec &item, const FSSpec &aliasSpec) {
     const std::string path = PathFromSpec(aliasSpec);
     if (CurrentDisk().MakeSymbolicLink(PathFromSpec(item).c_str(), path.c_str()) != 0) {
-        return StatusFromErrno(errno);
+        return LastError();
     }
     const OSErr status = FlushFolder(FolderOfPath(path));
     if (status != noErr) {

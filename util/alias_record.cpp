@@ -51,10 +51,9 @@ OSErr LookUp(const FSSpec &item, Facts *facts) {
 
 // A Pascal string in a field of `size` bytes, cut and filled up with zeros.
 void PutName(std::string &bytes, const Str63 &name, std::size_t size) {
-    const std::size_t length = std::min<std::size_t>(name[0], size - 1);
-    PutNumber(bytes, static_cast<std::uint32_t>(length), 1);
-    bytes.append(reinterpret_cast<const char *>(name.data()) + 1, length);
-    bytes.append(size - 1 - length, '\0');
+    const std::string_view characters = PascalCharacters(name).substr(0, size - 1);
+    PutNumber(bytes, static_cast<std::uint32_t>(characters.size()), 1);
+    bytes.append(characters).append(size - 1 - characters.size(), '\0');
 }
 
 void PutPart(std::string &bytes, std::uint16_t tag, std::string_view text) {
@@ -90,8 +89,7 @@ std::string HeaderBytes(const Facts &facts) {
 std::string RecordBytes(const Facts &facts) {
     std::string bytes = HeaderBytes(facts);
     if (facts.folder.ioName[0] > 0) {
-        PutPart(bytes, kFolderNameTag,
-                {reinterpret_cast<const char *>(facts.folder.ioName.data()) + 1, facts.folder.ioName[0]});
+        PutPart(bytes, kFolderNameTag, PascalCharacters(facts.folder.ioName));
     }
     const std::string &root = facts.volume.mountPoint;
     const bool isBelow = root != "/" && facts.path.starts_with(root);

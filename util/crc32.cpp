@@ -113,19 +113,19 @@ OSErr CalcForkCRC32(OpenForkFunction openFork, const FSSpec &spec, bool isResour
 } // namespace
 
 void StandardCRC32(const void *data, std::uint32_t count, std::uint32_t *crc, std::uint32_t *sum) {
-    Calculate(data, count, crc, sum, kInverted, LetterCase::Kept);
+    Calculate(data, count, crc, sum, kInverted, LetterCase::Counts);
 }
 
 void StdCaseInsensitiveCRC32(const void *data, std::uint32_t count, std::uint32_t *crc, std::uint32_t *sum) {
-    Calculate(data, count, crc, sum, kInverted, LetterCase::Folded);
+    Calculate(data, count, crc, sum, kInverted, LetterCase::Ignored);
 }
 
 void CalcCRC32(const void *data, std::uint32_t count, std::uint32_t *crc, std::uint32_t *sum) {
-    Calculate(data, count, crc, sum, kBare, LetterCase::Kept);
+    Calculate(data, count, crc, sum, kBare, LetterCase::Counts);
 }
 
 void CaseInsensitiveCRC32(const void *data, std::uint32_t count, std::uint32_t *crc, std::uint32_t *sum) {
-    Calculate(data, count, crc, sum, kBare, LetterCase::Folded);
+    Calculate(data, count, crc, sum, kBare, LetterCase::Ignored);
 }
 
 OSErr CalcFileCRC32(FileRef file, bool isResourceFork, std::uint32_t *crc, std::uint32_t *sum,

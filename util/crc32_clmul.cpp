@@ -41,7 +41,7 @@ template <int bits>
 template <LetterCase letters>
 inline __m128i Load(const std::uint8_t *bytes, __m128i *sums) {
     __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i *>(bytes));
-    if constexpr (letters == LetterCase::Folded) {
+    if constexpr (letters == LetterCase::Ignored) {
         // Bytes compare as signed, so 'A' is moved to the least value.
         const __m128i fromA = _mm_add_epi8(block, _mm_set1_epi8(static_cast<char>(0x80 - 'A')));
         const __m128i isCapital = _mm_cmplt_epi8(fromA, _mm_set1_epi8(static_cast<char>(0x80 + 26)));
@@ -77,7 +77,7 @@ template <LetterCase letters>
     }
     std::uint8_t left[kBlock];
     _mm_storeu_si128(reinterpret_cast<__m128i *>(left), a);
-    state.crc = TakeUpByTables({0, 0}, left, kBlock, LetterCase::Kept).crc;
+    state.crc = TakeUpByTables({0, 0}, left, kBlock, LetterCase::Counts).crc;
     sums = _mm_add_epi64(sums, _mm_unpackhi_epi64(sums, sums));
     state.sum = static_cast<std::uint32_t>(_mm_cvtsi128_si32(sums));
     return TakeUpByTables(state, bytes, static_cast<std::size_t>(end - bytes), letters);
@@ -88,8 +88,8 @@ CrcState TakeUpByMultiplication(CrcState state, const std::uint8_t *bytes, std::
     if (count < kStride) {
         return TakeUpByTables(state, bytes, count, letters);
     }
-    return letters == LetterCase::Folded ? TakeUp<LetterCase::Folded>(state, bytes, count)
-                                         : TakeUp<LetterCase::Kept>(state, bytes, count);
+    return letters == LetterCase::Ignored ? TakeUp<LetterCase::Ignored>(state, bytes, count)
+                                          : TakeUp<LetterCase::Counts>(state, bytes, count);
 }
 
 } // namespace

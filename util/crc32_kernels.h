@@ -2,6 +2,8 @@
 // carries. For the CRC functions themselves, their tests and benchmarks.
 #pragma once
 
+#include "platform/equal_string.h"
+
 #include <cstddef>
 #include <cstdint>
 
@@ -13,12 +15,8 @@ struct CrcState {
     std::uint32_t sum; // of the bytes, modulo 2^32
 };
 
-enum class LetterCase : bool {
-    Kept,
-    Folded, // 'A' to 'Z' count as 'a' to 'z'; every other byte as itself
-};
-
-// Takes up `count` bytes at any alignment; `bytes` may be null when there are none.
+// Takes up `count` bytes at any alignment; `bytes` may be null when there are none. With LetterCase::Ignored
+// 'A' to 'Z' count as 'a' to 'z', and every other byte as itself.
 using CrcKernel = CrcState (*)(CrcState state, const std::uint8_t *bytes, std::size_t count,
                                LetterCase letters);
 

@@ -76,7 +76,7 @@ CrcState TakeUp(CrcState state, const std::uint8_t *bytes, std::size_t count) {
     for (; count >= kStride; bytes += kStride, count -= kStride) {
         std::uint64_t first = LoadWord(bytes, kBytesOfWord);
         std::uint64_t second = LoadWord(bytes + kWordBytes, kBytesOfWord);
-        if constexpr (letters == LetterCase::Folded) {
+        if constexpr (letters == LetterCase::Ignored) {
             first = FoldWord(first);
             second = FoldWord(second);
         }
@@ -86,7 +86,7 @@ CrcState TakeUp(CrcState state, const std::uint8_t *bytes, std::size_t count) {
     }
     for (; count > 0; ++bytes, --count) {
         std::uint8_t byte = *bytes;
-        if (letters == LetterCase::Folded && byte >= 'A' && byte <= 'Z') {
+        if (letters == LetterCase::Ignored && byte >= 'A' && byte <= 'Z') {
             byte += 'a' - 'A';
         }
         state.sum += byte;
@@ -100,8 +100,8 @@ CrcState TakeUp(CrcState state, const std::uint8_t *bytes, std::size_t count) {
 constinit const CrcTable gCrc32table = MakeByteTable();
 
 CrcState TakeUpByTables(CrcState state, const std::uint8_t *bytes, std::size_t count, LetterCase letters) {
-    return letters == LetterCase::Folded ? TakeUp<LetterCase::Folded>(state, bytes, count)
-                                         : TakeUp<LetterCase::Kept>(state, bytes, count);
+    return letters == LetterCase::Ignored ? TakeUp<LetterCase::Ignored>(state, bytes, count)
+                                          : TakeUp<LetterCase::Counts>(state, bytes, count);
 }
 
 } // namespace drevix

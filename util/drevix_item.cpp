@@ -2,6 +2,7 @@
 
 #include "platform/disk.h"
 #include "platform/equal_string.h"
+#include "platform/file_update.h"
 #include "platform/status.h"
 #include "util/alias_file.h"
 #include "util/file_references.h"
@@ -46,7 +47,7 @@ std::string TargetOf(const std::string &path) {
         return {};
     }
     std::string found(target.data(), static_cast<std::size_t>(length));
-    return found.starts_with('/') ? found : path.substr(0, path.rfind('/') + 1) + found;
+    return found.starts_with('/') ? found : FolderOfPath(path).append("/").append(found);
 }
 
 bool IsThere(const std::string &path) {
@@ -115,20 +116,15 @@ bool HasPlainName(const FSSpec &item, const std::string &leaf) {
            (FitsPascalName(leaf, leaf.size()) && !leaf.starts_with(kCompanionStart));
 }
 
-std::string PlainName(const FSSpec &item) {
-    return {reinterpret_cast<const char *>(item.name.data()) + 1,
-            std::min<std::size_t>(item.name[0], kLongestName)};
-}
-
 OSErr MakeItem(const Place &place, const FSSpec &item, std::string *name) {
     std::vector<Str63> names;
     if (const OSErr status = ListFolder(place.volume, place.folder, &names); status != noErr) {
         return status;
     }
     const std::string path = PathFromSpec(item);
-    const std::string leaf = path.substr(path.rfind('/') + 1);
+    const std::string leaf = LeafOfPath(path);
     if (HasPlainName(item, leaf)) {
-        *name = PlainName(item);
+        *name = PascalCharacters(item.name).substr(0, kLongestName);
         if (const OSErr status = MakeUnderName(place, names, *name, item); status != dupFNErr) {
             return status;
         }
@@ -147,11 +143,10 @@ OSErr MakeItem(const Place &place, const FSSpec &item, std::string *name) {
 
 DrevixItem ResolveDrevixItem(const Str31 &name) try {
     Place place;
-    const std::size_t length = std::min<std::size_t>(name[0], kLongestName);
-    if (length == 0 || FindPlace(kDontCreateFolder, &place) != noErr) {
+    if (name[0] == 0 || FindPlace(kDontCreateFolder, &place) != noErr) {
         return {{}, false};
     }
-    FSSpec spec = SpecOf(place, {reinterpret_cast<const char *>(name.data()) + 1, length});
+    FSSpec spec = SpecOf(place, PascalCharacters(name));
     std::string target = TargetOf(PathFromSpec(spec));
     std::vector<Str63> names;
     if (target.empty() && ListFolder(place.volume, place.folder, &names) == noErr) {

@@ -1,31 +1,16 @@
 #include "util/file_references.h"
 
 #include "platform/disk.h"
+#include "platform/file_update.h"
 #include "platform/status.h"
 #include "settings/pascal_strings.h"
 
 #include <algorithm>
 #include <new>
 #include <string>
-#include <string_view>
 
 namespace drevix {
 namespace {
-
-// A path cut before its last component.
-struct CutPath {
-    std::string parent; // "." when the path has one component
-    std::string last;   // empty for "/" and behind a slash at the end
-};
-
-CutPath Cut(std::string_view path) {
-    const std::size_t slash = path.rfind('/');
-    if (slash == path.npos) {
-        return {".", std::string(path)};
-    }
-    return {std::string(path.substr(0, std::max<std::size_t>(slash, 1))),
-            std::string(path.substr(slash + 1))};
-}
 
 bool IsLink(const char *path) {
     struct stat status {};
@@ -33,25 +18,24 @@ bool IsLink(const char *path) {
 }
 
 // The specification of an item that is not there in a folder that is; fnfErr when that went well.
-OSErr SpecOfMissing(std::string_view path, FSSpec *spec) {
+OSErr SpecOfMissing(std::string path, FSSpec *spec) {
     while (path.size() > 1 && path.ends_with('/')) {
-        path.remove_suffix(1);
+        path.pop_back();
     }
-    const CutPath cut = Cut(path);
     FSRef parent;
     FSSpec made{};
     std::int32_t folder = 0;
-    OSErr status = FSPathMakeRef(cut.parent, &parent);
+    OSErr status = FSPathMakeRef(FolderOfPath(path), &parent);
     if (status == noErr) {
         status = FSSpecFromRef(parent, &made, &folder);
     }
     if (status != noErr) {
         return status;
     }
-    if (!FitsPascalName(cut.last, cut.last.size())) {
+    std::string name = LeafOfPath(path);
+    if (!FitsPascalName(name, name.size())) {
         return ioErr;
     }
-    std::string name = cut.last;
     std::ranges::replace(name, ':', '/');
     made.parID = folder;
     getPascalString(name, made.name.data(), static_cast<std::int32_t>(made.name.size()) - 1);
@@ -68,10 +52,9 @@ OSErr GetFSRefFromNSString(const char *path, FSRef *ref) try {
     if (!IsLink(path)) {
         return FSPathMakeRef(path, ref);
     }
-    const CutPath cut = Cut(path);
     FSRef parent;
-    const OSErr status = FSPathMakeRef(cut.parent, &parent);
-    return status == noErr ? FSRefAtName(parent, cut.last, ref) : status;
+    const OSErr status = FSPathMakeRef(FolderOfPath(path), &parent);
+    return status == noErr ? FSRefAtName(parent, LeafOfPath(path), ref) : status;
 } catch (const std::bad_alloc &) {
     return memFullErr;
 }

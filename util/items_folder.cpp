@@ -4,6 +4,7 @@
 #include "platform/status.h"
 #include "settings/action_commands.h"
 #include "settings/pascal_strings.h"
+#include "settings/prefs_list.h"
 #include "util/file_references.h"
 
 #include <algorithm>
@@ -17,24 +18,19 @@ namespace {
 
 constexpr std::int16_t kSystemScript = -1;
 
-std::string_view Characters(const std::uint8_t *text, std::size_t limit) {
-    return {reinterpret_cast<const char *>(text) + 1, std::min<std::size_t>(text[0], limit)};
-}
-
 // The folded names of the items that slots open, collected once: each file is then looked up in one step
 // instead of being compared with every slot of every record.
 std::unordered_set<std::string> NamesInUse(QBaseHandle base) {
     std::unordered_set<std::string> names;
     const std::int32_t count = QBaseCountRecords(base);
     for (RecordNumber number = 0; number < count; ++number) {
-        std::int32_t length = 0;
-        const void *record = QBaseGetRecord(base, number, &length);
-        if (record == nullptr || length < static_cast<std::int32_t>(sizeof(AppPrefs))) {
+        const AppPrefs *prefs = GetAppPrefs(base, number);
+        if (prefs == nullptr) {
             continue;
         }
-        for (const ActionSlot &slot : static_cast<const AppPrefs *>(record)->device[0].action) {
+        for (const ActionSlot &slot : prefs->device[0].action) {
             if (slot.command == kActionOpenItem) {
-                names.insert(FoldedString(Characters(slot.data.data(), slot.data.size() - 1)));
+                names.insert(FoldedString(PascalCharacters(slot.data)));
             }
         }
     }
@@ -61,7 +57,7 @@ void RemoveUnused(std::int16_t volume, std::int32_t folder,
             return;
         }
         const bool isAlias = !isFolder && (info.ioFlFndrInfo.fdFlags & kIsAlias) != 0;
-        if (isAlias && !namesInUse.contains(FoldedString(Characters(name.data(), name.size() - 1)))) {
+        if (isAlias && !namesInUse.contains(FoldedString(PascalCharacters(name)))) {
             std::ignore = FSpDelete(file); // what cannot be removed stays
         }
     }

@@ -1401,6 +1401,10 @@
         <translation>Die Einstellungen wurden nicht gesichert, weil die Einstellungsdatei nicht gelesen werden konnte.</translation>
     </message>
     <message>
+        <source>Another program had changed the settings meanwhile; these here took their place.</source>
+        <translation>Ein anderes Programm hatte die Einstellungen inzwischen geändert; die hiesigen sind an ihre Stelle getreten.</translation>
+    </message>
+    <message>
         <source>Alt</source>
         <translation>Alt</translation>
     </message>
@@ -1515,6 +1519,10 @@
     <message>
         <source>--size takes a width and a height, such as 800x600.</source>
         <translation>--size verlangt Breite und Höhe, zum Beispiel 800x600.</translation>
+    </message>
+    <message>
+        <source>--scale takes a number from 0.5 to 8, for pictures of up to 8000 pixels.</source>
+        <translation>--scale verlangt eine Zahl von 0.5 bis 8, für Bilder von höchstens 8000 Pixeln.</translation>
     </message>
     <message>
         <source>There are no settings for &quot;%1&quot;.</source>

@@ -29,6 +29,8 @@ TEST_F(Commands, WrongUsage_SaysSoAndShowsTheUsage) {
              {"list --frob", "no option \"--frob\""},
              {"list --app=Painter", "does not take --app"},
              {"show --app", "needs a value: APP"},
+             {"--prefs= set ringSpeed 1", "needs a value: FILE"},
+             {"recover x --to=", "needs a value: FILE"},
              {"assign buttonI", "needs CONTROL ACTION"},
              {"assign buttonIV none", "no control \"buttonIV\""},
              {"assign buttonI frob", "no action \"frob\""},
@@ -82,6 +84,8 @@ TEST_F(Commands, Refusals_LeaveTheFileAndSayWhatToDo) {
     }
     EXPECT_THAT(Refused("export " + SettingsFile(), ExitStatus::Failed),
                 HasSubstr("it is the settings file"));
+    EXPECT_THAT(Refused("recover " + SettingsFile() + " --to /nowhere/x", ExitStatus::Failed),
+                HasSubstr("no such folder"));
     EXPECT_EQ(Record().device[0].navSpeed, 9);
 }
 
@@ -187,13 +191,19 @@ TEST_F(Commands, AddAndDelete_KeepTheOthers) {
     WriteWhole(fFolder.Path("link.desktop"), "[Desktop Entry]\nType=Link\nName=x\n");
     ::setenv("LC_ALL", "de_AT.UTF-8", 1);
     Do("assign buttonV undo");
+    Do("assign buttonI menu x"); // no other application may choose it, but a new record begins with it
     EXPECT_EQ(Run({"add", fFolder.Path("org.example.Viewer.desktop")}).out, "\"Betr\u00E4chter\" added\n");
     EXPECT_EQ(Do("add /bin/sh"), "\"sh\" added\n");
+    EXPECT_EQ(Do("check"), SettingsFile() + ": valid, 5 records\n");
     ::unsetenv("LC_ALL");
     EXPECT_EQ(Record("org.example.Viewer").device[0].action[16].command, 182) << "as the global record";
     EXPECT_THAT(Refused("add /bin/sh", ExitStatus::Failed), HasSubstr("a record for \"sh\" already"));
     EXPECT_THAT(Refused("add " + fFolder.Path("link.desktop"), ExitStatus::Failed),
                 HasSubstr("not the desktop entry"));
+    std::filesystem::create_directories(fFolder.Path("Tool.app/Contents"));
+    WriteWhole(fFolder.Path("Tool.app/Contents/Info.plist"), "");
+    EXPECT_THAT(Refused("add " + fFolder.Path("Tool.app/."), ExitStatus::Failed),
+                HasSubstr("does not end in a name"));
     EXPECT_EQ(Do("delete --app=SH"), "\"sh\" deleted\n");
     EXPECT_EQ(Do("list").substr(Do("list").find("Painter")),
               "Painter          Painter             8BIM       yes      yes\n"
@@ -250,10 +260,11 @@ TEST_F(Commands, Faults_LeaveOldOrNewSettings) {
 TEST(TextTable, LongNames_AreCutAtTheTerminalsEdge) {
     const std::string longName(63, 'w');
     const std::string accents = "\u00E4\u00F6\u00FC\u00DF\u2026\u20AC";
-    const std::string text = TableText({"NAME", "FILE NAME", "SIGNATURE"}, std::vector<TableRow>{
-                                                                               {longName, longName, "8BIM"},
-                                                                               {accents, "tab\there\n", "x"},
-                                                                           });
+    const std::string text =
+        TableText({"NAME", "FILE NAME", "SIGNATURE"}, std::vector<TableRow>{
+                                                          {longName, longName, "8BIM"},
+                                                          {accents, "tab\there\n\u009B", "x"},
+                                                      });
     std::vector<std::size_t> widths;
     for (std::size_t start = 0; start < text.size();) {
         const std::size_t end = text.find('\n', start);
@@ -263,7 +274,7 @@ TEST(TextTable, LongNames_AreCutAtTheTerminalsEdge) {
     EXPECT_EQ(widths.size(), 3U) << "a line end in a name starts no line";
     EXPECT_EQ(widths[1], 75U) << "80 columns, the last five of them blank";
     EXPECT_THAT(text, HasSubstr("w\u2026  w"));
-    EXPECT_THAT(text, HasSubstr(accents + std::string(29, ' ') + "tab?here?"));
+    EXPECT_THAT(text, HasSubstr(accents + std::string(29, ' ') + "tab?here??"));
 }
 
 } // namespace

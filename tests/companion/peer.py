@@ -2,7 +2,8 @@
 """The companion's side, by other means than ours.
 
 peer.py listen PORT answer|close|flood|read           prints the port, then what came, as a line each; for PORT 0 any
-peer.py listen PORT silent COUNT                      takes that many connections, and prints how many sent a message
+peer.py listen PORT silent COUNT SECONDS              takes that many connections, no more for so long, and prints how
+                                                      many sent a message
 peer.py show FILE...                                  prints each file's hotkeys, as XML readers of others find them
 peer.py edit FILE SECONDS                             binds and unbinds hotkeys of another device, whole files at a time
 """
@@ -17,7 +18,7 @@ import zlib
 KEYS = ["Menu", "Key", "Device", "Modifier", "VirtualKey"]
 
 
-def listen(port, manner, count="1"):
+def listen(port, manner, count="1", seconds="0"):
     server = socket.socket()
     server.setsockopt(socket.SOL_SOCKET, socket.SO_REUSEADDR, 1)
     try:
@@ -25,12 +26,12 @@ def listen(port, manner, count="1"):
     except OSError:
         print("taken", flush=True)
         return
-    server.listen(16)
+    server.listen(int(count))
     server.settimeout(20)
     print(server.getsockname()[1], flush=True)
     if manner == "silent":
         kept = [server.accept()[0] for _ in range(int(count))]
-        time.sleep(0.5)
+        time.sleep(float(seconds))
         print(sum(peer.recv(1 << 16).endswith(b">") for peer in kept))
         return
     peer, _ = server.accept()
@@ -45,7 +46,7 @@ def listen(port, manner, count="1"):
         try:
             for _ in range(1000):
                 peer.sendall(b"x" * 65536)
-        except OSError:
+        except ConnectionError:
             pass
     elif manner == "close":
         peer.shutdown(socket.SHUT_WR)
@@ -53,7 +54,7 @@ def listen(port, manner, count="1"):
     try:
         while more := peer.recv(1 << 16):
             got += more
-    except OSError:
+    except ConnectionError:
         pass
     print(got.decode(), flush=True)
 

@@ -4,6 +4,7 @@ import json
 import os
 import pathlib
 import signal
+import struct
 import subprocess
 import sys
 import tempfile
@@ -120,6 +121,20 @@ class Helper(unittest.TestCase):
         self.until(lambda: self.said().count("settings for ") == 3)
         self.ctl("set", "active", "false")
         self.until(lambda: "the device is switched off" in self.said())
+
+    def test_odd_settings_files_do_not_end_the_helper(self):
+        self.start_bus()
+        odd = self.path / "odd.prefs"
+        self.ctl("--prefs", str(odd), "assign", "tunerCW", "4", "--app", "gimp")
+        settings = bytearray(odd.read_bytes())
+        count = struct.unpack_from("<i", settings, 12)[0]
+        struct.pack_into("<i", settings, 64 + 4 * count + struct.unpack_from("<i", settings, 64)[0] + 4, 1667)
+        for contents, expected in [(settings, "tunerCW: Use the global setting"), (b"", "tunerCW: Keystroke")]:
+            odd.write_bytes(contents)
+            helper = self.start_helper("--prefs", str(odd), "--front", "gimp")
+            self.until(lambda text=expected: text in self.said(), expected)
+            helper.terminate()
+            self.assertEqual(helper.wait(20), 0)
 
     def test_one_helper_serves_a_session(self):
         self.start_bus()

@@ -6,10 +6,10 @@
 #include "tests/support/faults.h"
 #include "tests/support/scratch.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cerrno>
-#include <cstdlib>
 #include <filesystem>
 #include <vector>
 
@@ -17,6 +17,7 @@ namespace drevix::test {
 namespace {
 
 using Paths = std::vector<std::string>;
+using testing::HasSubstr;
 
 constexpr const char *kHelper = "/new/DrevixHelper.app";
 
@@ -74,38 +75,28 @@ Paths operator+(Paths a, const Paths &b) {
 TEST_F(LoginItems, Add_LeavesOneEntryOfTheHelper) {
     const std::string kept = "/Applications/Other.app";
     const std::string old = "/old/DrevixHelper.app";
+    const std::string made = "/new/DrevixHelper.app*";
+    const std::string otherCase = "/NEW/drevixhelper.APP";
     struct Row {
         const char *what;
         Paths before, after; // equal where nothing is to be written
         std::uint16_t was;
-        std::int16_t replace;
-        const char *name;
+        std::int16_t replace = 1;
+        const char *name = nullptr;
     };
-    const std::string made = "/new/DrevixHelper.app*";
-    const Row rows[] = {
-        {"another application only", {kept}, {kept, made}, 0, 1, nullptr},
-        {"in other letter case",
-         {kept, "/NEW/drevixhelper.APP"},
-         {kept, "/NEW/drevixhelper.APP"},
-         1,
-         1,
-         nullptr},
-        {"older copy first", {old, kept, kHelper}, {made, kept}, 1, 1, nullptr},
-        {"older copy last", {kHelper, kept, old}, {made, kept}, 1, 1, nullptr},
-        {"older copies only", {kept, old, old}, {kept, made}, 0, 1, nullptr},
-        {"older copy in other case",
-         {"/old/drevixhelper.app"},
-         {"/old/drevixhelper.app", made},
-         0,
-         1,
-         nullptr},
-        {"older copy is to stay", {old}, {old, made}, 0, 0, nullptr},
-        {"exact, and an older copy that is to stay", {old, kHelper}, {made}, 1, 0, nullptr},
-        {"by a further name", {"/x/Former.app", kept}, {made, kept}, 0, 1, "Former.app"},
-        {"more than 16", Paths(18, old), Paths{made} + Paths(2, old), 0, 1, nullptr},
-        {"exact behind 16", Paths(16, old) + Paths{kHelper}, {made, kHelper}, 0, 1, nullptr},
-    };
-    for (const Row &row : rows) {
+    for (const Row &row : std::initializer_list<Row>{
+             {"another application only", {kept}, {kept, made}, 0},
+             {"in other letter case", {kept, otherCase}, {kept, otherCase}, 1},
+             {"older copy first", {old, kept, kHelper}, {made, kept}, 1},
+             {"older copy last", {kHelper, kept, old}, {made, kept}, 1},
+             {"older copies only", {kept, old, old}, {kept, made}, 0},
+             {"older copy in other case", {"/old/drevixhelper.app"}, {"/old/drevixhelper.app", made}, 0},
+             {"older copy is to stay", {old}, {old, made}, 0, 0},
+             {"exact, and an older copy that is to stay", {old, kHelper}, {made}, 1, 0},
+             {"by a further name", {"/x/Former.app", kept}, {made, kept}, 0, 1, "Former.app"},
+             {"more than 16", Paths(18, old), Paths{made} + Paths(2, old), 0},
+             {"exact behind 16", Paths(16, old) + Paths{kHelper}, {made, kHelper}, 0},
+         }) {
         WriteItems(row.before);
         const std::string before = ReadWhole(fPath);
         std::uint16_t was = 7;
@@ -114,8 +105,8 @@ TEST_F(LoginItems, Add_LeavesOneEntryOfTheHelper) {
         EXPECT_EQ(Items(), row.after) << row.what;
         const std::string after = ReadWhole(fPath);
         EXPECT_EQ(after == before, row.before == row.after) << row.what;
-        EXPECT_EQ(after.substr(0, after.find("no item<")), before.substr(0, before.find("no item<")));
-        EXPECT_EQ(after.substr(after.find("<key>More")), before.substr(before.find("<key>More")));
+        EXPECT_TRUE(after.starts_with(before.substr(0, before.find("no item<")))) << row.what;
+        EXPECT_TRUE(after.ends_with(before.substr(before.find("<key>More")))) << row.what;
     }
 }
 
@@ -144,13 +135,11 @@ TEST_F(LoginItems, Remove_TakesTheFirstSixteen) {
 }
 
 TEST_F(LoginItems, FilesOfOthers_AreNeverWrittenOver) {
+    PropertyListDictionary noArray;
+    noArray.Add("AutoLaunchedApplicationDictionary", std::string("?"));
     for (const std::string &foreign :
          {std::string("damaged"), std::string(" "), std::string("bplist00"), PropertyListArrayText({}),
-          PropertyListText(PropertyList(std::string("x"))), [] {
-              PropertyListDictionary root;
-              root.Add("AutoLaunchedApplicationDictionary", std::string("?"));
-              return PropertyListText(PropertyList(std::move(root)));
-          }()}) {
+          PropertyListText(PropertyList(std::move(noArray)))}) {
         WriteWhole(fPath, foreign);
         std::uint16_t count = 7;
         EXPECT_EQ(AddLoginItem(kHelper, nullptr, 0, 1, &count), resNotFound) << foreign;
@@ -189,62 +178,56 @@ TEST_F(LoginItems, AnyFault_LeavesTheOldItems) {
 TEST_F(LoginItems, ItemsWithAProgram_AreStartedByTheDesktop) {
     const std::string first = MakeApp("first/DrevixHelper.app");
     const std::string second = MakeApp("second/DrevixHelper.app");
-    EXPECT_EQ(AddLoginItem(kHelper, nullptr, 0, 1, nullptr), noErr);
+    const auto add = [](const std::string &path, std::int16_t replace) {
+        EXPECT_EQ(AddLoginItem(path.c_str(), nullptr, 0, replace, nullptr), noErr) << path;
+    };
+    add(kHelper, 1);
     EXPECT_FALSE(std::filesystem::exists(fEntry)) << "there is no such program";
-    EXPECT_EQ(AddLoginItem(first.c_str(), nullptr, 0, 1, nullptr), noErr);
-    EXPECT_NE(ReadWhole(fEntry).find("Exec=\"" + first + "/Contents/Linux/DrevixHelper\"\n"),
-              std::string::npos);
+    add(first, 1);
+    EXPECT_THAT(ReadWhole(fEntry), HasSubstr("Exec=\"" + first + "/Contents/Linux/DrevixHelper\"\n"));
     std::filesystem::remove(fEntry);
-    EXPECT_EQ(AddLoginItem(first.c_str(), nullptr, 0, 1, nullptr), noErr);
-    EXPECT_TRUE(std::filesystem::exists(fEntry)) << "made for an item that was registered, too";
+    add(first, 1); // makes it for an item that was registered, too
     WriteWhole(fEntry, ReadWhole(fEntry) + "Hidden=true\n");
-    EXPECT_EQ(AddLoginItem(second.c_str(), nullptr, 0, 0, nullptr), noErr);
-    EXPECT_NE(ReadWhole(fEntry).find(second), std::string::npos);
-    EXPECT_NE(ReadWhole(fEntry).find("Hidden=true\n"), std::string::npos) << "switched off by the user";
+    add(second, 0);
+    EXPECT_THAT(ReadWhole(fEntry), HasSubstr(second));
+    EXPECT_THAT(ReadWhole(fEntry), HasSubstr("Hidden=true\n")) << "switched off by the user";
     EXPECT_EQ(RemoveLoginItem("second/DrevixHelper.app", nullptr), noErr);
-    EXPECT_NE(ReadWhole(fEntry).find(first), std::string::npos) << "the other copy is left";
+    EXPECT_THAT(ReadWhole(fEntry), HasSubstr(first)) << "the other copy is left";
     EXPECT_EQ(RemoveLoginItem("DrevixHelper.app", nullptr), noErr);
     EXPECT_FALSE(std::filesystem::exists(fEntry));
 }
 
 class LoginPath : public ::testing::Test {
   protected:
-    static FSSpec SpecOf(const std::string &path) {
-        FSSpec spec = {};
-        spec.vRefNum = kRootVolume;
-        spec.parID = FolderIdFromPath(std::filesystem::path(path).parent_path());
-        getPascalString(std::filesystem::path(path).filename().string(), spec.name.data(), 63);
+    static FSSpec SpecOf(const std::filesystem::path &path) {
+        FSSpec spec = {kRootVolume, FolderIdFromPath(path.parent_path()), {}};
+        getPascalString(path.filename().string(), spec.name.data(), 63);
         return spec;
     }
     // The path that is made, checked to end within the buffer.
     static std::string PathOf(const FSSpec &spec, std::int16_t size, bool escapes,
                               std::int32_t expected = noErr) {
-        std::vector<char> buffer(static_cast<std::size_t>(size) + 8, '#');
+        std::string buffer(static_cast<std::size_t>(size) + 8, '#');
         std::uint16_t length = 7;
         EXPECT_EQ(GetLoginPath(&spec, buffer.data(), size, escapes ? 1 : 0, &length), expected);
         EXPECT_LT(length, size);
-        EXPECT_EQ(buffer[static_cast<std::size_t>(size)], '#');
-        if (length == 0) {
-            return {};
-        }
-        EXPECT_EQ(std::string(buffer.data()).size(), length);
-        return buffer.data();
+        EXPECT_EQ(buffer.substr(static_cast<std::size_t>(size)), "########");
+        const std::string path = buffer.substr(0, length);
+        EXPECT_TRUE(path.empty() || path == buffer.c_str());
+        return path;
     }
+    ScratchFolder fScratch;
 };
 
 TEST_F(LoginPath, Folders_AreNamedUpToTheRoot) {
-    const ScratchFolder scratch;
-    const std::string folder = scratch.Path("My Apps/1_a.B\u00FC");
+    const std::string folder = fScratch.Path("My Apps/1_a.B\u00FC");
     std::filesystem::create_directories(folder);
-    const std::string tool = folder + "/My Tool.app";
-    EXPECT_EQ(PathOf(SpecOf(tool), 500, false), tool);
-    const std::string escaped = PathOf(SpecOf(tool), 500, true);
-    EXPECT_NE(escaped.find("/My\\ Apps/\\1\\_a.B\\\xC3\\\xBC/My Tool.app"), std::string::npos) << escaped;
-
+    const FSSpec tool = SpecOf(folder + "/My Tool.app");
+    EXPECT_EQ(PathOf(tool, 500, false), folder + "/My Tool.app");
+    EXPECT_THAT(PathOf(tool, 500, true), HasSubstr("/My\\ Apps/\\1\\_a.B\\\xC3\\\xBC/My Tool.app"));
     FSSpec volume = {kRootVolume, kRootParentFolder, {}};
     EXPECT_EQ(PathOf(volume, 128, false), "/");
-    FSSpec missing = SpecOf("/nowhere/at all/Tool.app");
-    EXPECT_EQ(PathOf(missing, 128, false, fnfErr).substr(0, 9), "/Tool.app");
+    EXPECT_EQ(PathOf(SpecOf("/nowhere/at all/Tool.app"), 128, false, fnfErr), "/Tool.app");
     std::uint16_t length = 7;
     char small[128];
     EXPECT_EQ(GetLoginPath(&volume, small, 127, 0, &length), paramErr);
@@ -254,13 +237,17 @@ TEST_F(LoginPath, Folders_AreNamedUpToTheRoot) {
 }
 
 TEST_F(LoginPath, NamesThatDoNotFit_AreLeftOut) {
-    const ScratchFolder scratch;
-    const std::string longName(60, 'l');
-    const std::string folder = scratch.Path("short/" + longName + "/" + longName);
-    std::filesystem::create_directories(folder);
-    const std::string path = PathOf(SpecOf(folder + "/Tool.app"), 128, false);
-    EXPECT_TRUE(path.ends_with("/short/" + longName + "/Tool.app")) << path;
-    FSSpec wide = SpecOf(folder + "/x");
+    const std::string name(60, 'l');
+    for (const std::size_t length : {55U, 56U}) { // the first makes a path of 126 characters
+        const std::string parent(length, 'm');
+        const std::string folder = fScratch.Path("short/" + parent + "/" + name);
+        std::filesystem::create_directories(folder);
+        const std::string path = PathOf(SpecOf(folder + "/Tool.app"), 128, false);
+        EXPECT_TRUE(length == 55 ? path == "/" + parent + "/" + name + "/Tool.app"
+                                 : path.ends_with("/short/" + name + "/Tool.app"))
+            << path;
+    }
+    FSSpec wide = SpecOf(fScratch.Path("x"));
     wide.name.fill(0xDB); // the euro sign, of three bytes in UTF-8
     wide.name[0] = 63;
     EXPECT_EQ(PathOf(wide, 128, false, paramErr), "");
@@ -269,15 +256,12 @@ TEST_F(LoginPath, NamesThatDoNotFit_AreLeftOut) {
 TEST_F(LoginPath, OtherVolumes_LieBelowVolumes) {
     FSRef reference;
     FSSpec root = {};
-    VolumeInfo volume = {};
     ASSERT_EQ(FSPathMakeRef("/proc", &reference), noErr);
     ASSERT_EQ(FSSpecFromRef(reference, &root), noErr);
     ASSERT_EQ(root.parID, kRootParentFolder);
-    volume.ioVRefNum = root.vRefNum;
-    ASSERT_EQ(PBHGetVInfoSync(&volume), noErr);
-    const std::string name = stringWithPascalString(volume.ioName.data());
-    EXPECT_EQ(PathOf(root, 128, false), "/Volumes/" + name);
-    EXPECT_EQ(PathOf(SpecOf("/proc/tty/drivers"), 128, false), "/Volumes/" + name + "/tty/drivers");
+    const std::string volume = "/Volumes/" + stringWithPascalString(root.name.data());
+    EXPECT_EQ(PathOf(root, 128, false), volume);
+    EXPECT_EQ(PathOf(SpecOf("/proc/tty/drivers"), 128, false), volume + "/tty/drivers");
 }
 
 } // namespace

@@ -5,36 +5,17 @@
 namespace drevix::test {
 namespace {
 
-TEST(DvTextField, Marks_AreReplacedInTheTemplate) {
-    static const struct {
-        const char *title;
-        std::optional<QString> text;
-        const char *shown;
-    } kRows[] = {
-        {"Version: ##", QStringLiteral("1.2"), "Version: 1.2"},
-        {"Version: ##", std::nullopt, "Version: -"},
-        {"##/##", QStringLiteral("a##b"), "a##b/a##b"},
-    };
-    for (const auto &row : kRows) {
-        DvTextField field;
-        field.setText(QLatin1String(row.title));
-        field.rememberTitle();
-        for (const auto &first : {std::optional<QString>(QStringLiteral("##")), std::optional<QString>()}) {
-            field.replaceMarkWith(first); // what was shown before is of no account
-            field.replaceMarkWith(row.text);
-            EXPECT_EQ(field.text().toStdString(), row.shown) << row.title;
-        }
-    }
-}
-
-TEST(DvTextField, TextOfADevice_IsNoMarkup) {
+TEST(DvTextField, EveryMark_IsReplacedByPlainText) {
     DvTextField field;
-    field.setText(QStringLiteral("Name: ##"));
+    field.setText(QStringLiteral("## / ##"));
     field.rememberTitle();
-    field.replaceMarkWith(QStringLiteral("x"));
+    field.replaceMarkWith(QStringLiteral("a##b"));
+    EXPECT_EQ(field.text().toStdString(), "a##b / a##b");
     const int oneLine = field.sizeHint().height();
-    field.replaceMarkWith(QStringLiteral("<b>a</b><br><br><br>"));
-    EXPECT_EQ(field.sizeHint().height(), oneLine);
+    field.replaceMarkWith(QStringLiteral("<b>a</b><br><br>"));
+    EXPECT_EQ(field.sizeHint().height(), oneLine) << "what a device says is no markup";
+    field.replaceMarkWith(std::nullopt);
+    EXPECT_EQ(field.text().toStdString(), "- / -");
 }
 
 } // namespace

@@ -5,8 +5,6 @@
 #include "keyboard/keystroke_receiver.h"
 
 #include <QApplication>
-#include <QPushButton>
-#include <QShortcut>
 #include <QTest>
 #include <gtest/gtest.h>
 #include <linux/input-event-codes.h>
@@ -73,7 +71,6 @@ class KeystrokeCapture : public ::testing::Test, public KeystrokeReceiver {
     }
     ~KeystrokeCapture() override {
         SwapNSAppMethods();
-        SetCommandKey(CommandKey::Super);
         gDrevixPane = nullptr;
     }
 
@@ -119,14 +116,10 @@ TEST_F(KeystrokeCapture, KeyDown_IsStoredByItsPlaceAndModifiers) {
         Keystroke stored;
     } rows[] = {
         {{KEY_A, Qt::Key_A, Qt::MetaModifier | Qt::ShiftModifier, 0x41, 'A'}, {0x00, 0x0300}},
-        {{KEY_A, Qt::Key_Q, Qt::NoModifier, 0, 'q'}, {0x00, 0}},              // French
         {{KEY_Q, 0x0419, Qt::ControlModifier, 0x04, 0x06CA}, {0x0C, 0x1000}}, // Russian
-        {{KEY_GRAVE, Qt::Key_Dead_Circumflex, {}, 0, 0xFE52}, {0x32, 0}},     // German
-        {{KEY_ESC, Qt::Key_Escape, {}, 0, 0xFF1B}, {0x35, 0}},
         {{KEY_TAB, Qt::Key_Backtab, Qt::ShiftModifier, 0x01, 0xFE20}, {0x30, 0x0200}},
         {{KEY_LEFT, Qt::Key_Left, all, 0x4D, 0xFF51}, {0x7B, 0x1B00}},
         {{KEY_KP1, Qt::Key_End, kKeypad, 0, 0xFF9C}, {0x53, 0}},
-        {{KEY_KPENTER, Qt::Key_Enter, kKeypad, 0, 0xFF8D}, {0x4C, 0}},
         {{KEY_A, Qt::Key_A, Qt::ShiftModifier, kLock | 0x01, 'a'}, {0x00, 0x0600}},
         {{KEY_Q, Qt::Key_At, Qt::GroupSwitchModifier, kMod5, '@'}, {0x0C, 0x0800}}, // AltGr on X11
         {{KEY_Q, Qt::Key_At, {}, kMod5, '@'}, {0x0C, 0x0800}},                      // AltGr on Wayland
@@ -141,15 +134,6 @@ TEST_F(KeystrokeCapture, KeyDown_IsStoredByItsPlaceAndModifiers) {
         EXPECT_EQ(PressWaiting(row.key), std::vector{row.stored});
         EXPECT_FALSE(fShortcutsSawKey);
         EXPECT_TRUE(fField->fSeen.empty());
-    }
-}
-
-TEST_F(KeystrokeCapture, CommandKey_IsSuperOrControl) {
-    SetCommandKey(CommandKey::Control);
-    for (const auto &[modifier, stored] :
-         {std::pair{Qt::MetaModifier, 0x1000}, {Qt::ControlModifier, 0x0100}}) {
-        EXPECT_EQ(PressWaiting({KEY_S, Qt::Key_S, modifier, 0, 's'}),
-                  (std::vector<Keystroke>{{1, static_cast<std::uint16_t>(stored)}}));
     }
 }
 
@@ -216,40 +200,12 @@ TEST_F(KeystrokeCapture, KeyThatWasDownBefore_IsNoKeystroke) {
     EXPECT_EQ(PressWaiting(space), (std::vector<Keystroke>{{0x31, 0}}));
 }
 
-// With the shortcuts of the application as they really are.
-TEST_F(KeystrokeCapture, ShortcutsAndMnemonics_AreQuietWhileTheFieldWaits) {
-    int acted = 0;
-    const QShortcut quit(QKeySequence(QStringLiteral("Ctrl+Q")), &fWindow, [&] { ++acted; });
-    const QShortcut escape(QKeySequence(Qt::Key_Escape), &fWindow, [&] { ++acted; });
-    auto *const button = new QPushButton(QStringLiteral("&Yes"), &fWindow);
-    QObject::connect(button, &QPushButton::pressed, [&] { ++acted; });
-    button->show();
-    static constexpr struct {
-        Qt::Key key;
-        Qt::KeyboardModifier modifier;
-        Keystroke stored;
-    } kRows[] = {{Qt::Key_Q, Qt::ControlModifier, {0x0C, 0x1000}},
-                 {Qt::Key_Escape, Qt::NoModifier, {0x35, 0}},
-                 {Qt::Key_Y, Qt::AltModifier, {0x10, 0x0800}}};
-    for (const auto &row : kRows) {
-        acted = 0;
-        fReceived.clear();
-        fIsWaiting = true;
-        QTest::keyClick(fField, row.key, row.modifier);
-        EXPECT_EQ(acted, 0);
-        EXPECT_EQ(fReceived, std::vector{row.stored});
-        QTest::keyClick(fField, row.key, row.modifier);
-        EXPECT_EQ(acted, 1) << "it acts when the field does not wait";
-    }
-}
-
 TEST_F(KeystrokeCapture, SwappedTwice_IsAsBefore) {
-    for (int swaps = 1; swaps <= 4; ++swaps) {
+    for (const bool isOn : {false, true, false, true}) {
         SwapNSAppMethods();
         fField->fSeen.clear();
-        const bool isOn = swaps % 2 == 0;
-        EXPECT_EQ(PressWaiting(kQ).size(), isOn ? 1U : 0U) << swaps;
-        EXPECT_EQ(fField->fSeen.size(), isOn ? 0U : 2U) << swaps;
+        EXPECT_EQ(PressWaiting(kQ).size(), isOn ? 1U : 0U);
+        EXPECT_EQ(fField->fSeen.size(), isOn ? 0U : 2U);
     }
     gDrevixPane = nullptr; // without a panel nothing is taken
     Press(kQ);

@@ -4,7 +4,6 @@
 #include "tests/pane/panel.h"
 
 #include <QAction>
-#include <QCheckBox>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
@@ -16,27 +15,27 @@ namespace {
 
 class KeystrokeOfControl : public PanelTest {
   protected:
-    void SetUp() override {
+    KeystrokeOfControl() {
         QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, TextOf(fFolder.Path()));
-        QCoreApplication::setOrganizationName(QStringLiteral("tests"));
-        Begin();
+        QCoreApplication::setOrganizationName(u"tests"_s);
     }
-    void TearDown() override {
-        PanelTest::TearDown();
+    ~KeystrokeOfControl() override {
         QCoreApplication::setOrganizationName({});
         SetCommandKey(CommandKey::Super);
     }
-    static QString TextOf(const std::string &text) { return QString::fromStdString(text); }
-    void Begin() {
+    void SetUp() override {
         Start();
         SelectControl(2, 4); // button II, which has shift and key 0x13
     }
     [[nodiscard]] KeystrokeField *Field() const { return Find<KeystrokeField>("uiSettingsFieldKeystroke"); }
-    [[nodiscard]] QString Line() const { return Find<QLabel>("uiSettingsTextKeystroke")->text(); }
+    [[nodiscard]] QList<QAction *> CommandKeys() const {
+        return Find<QToolButton>("uiSettingsButtonKeys")->menu()->actions();
+    }
+    [[nodiscard]] QString Line() const { return Text("uiSettingsTextKeystroke"); }
     [[nodiscard]] bool IsWaiting() const {
         const bool isWaiting = fPane->OverrideKeysIsActive();
-        EXPECT_EQ(Field()->text() == QStringLiteral("Press a key combination…"), isWaiting);
-        EXPECT_EQ(Field()->accessibleDescription().contains(QStringLiteral("Waiting")), isWaiting);
+        EXPECT_EQ(Field()->text() == u"Press a key combination…"_s, isWaiting);
+        EXPECT_EQ(Field()->accessibleDescription().contains(u"Waiting"_s), isWaiting);
         return isWaiting;
     }
     void Give(Qt::Key key, Qt::KeyboardModifiers modifiers = {}) const {
@@ -64,6 +63,7 @@ TEST_F(KeystrokeOfControl, Field_WaitsOnAClickOrKeyAndTakesOneKeystroke) {
         {Qt::Key_Backtab, Qt::ShiftModifier, 0x30, 0x0200, "shift+tab"},
         {Qt::Key_Escape, Qt::NoModifier, 0x35, 0, "esc"},
         {Qt::Key_F4, Qt::AltModifier, 0x76, 0x0800, "opt+F4"},
+        {Qt::Key_F1, Qt::NoModifier, 0x7A, 0, "F1"},         // the shortcut of the help
         {Qt::Key_A, Qt::AltModifier, 0x00, 0x0800, "opt+a"}, // the key of Apply
         {Qt::Key_U, Qt::AltModifier, 0x20, 0x0800, "opt+u"}, // and of a page
     };
@@ -79,11 +79,18 @@ TEST_F(KeystrokeOfControl, Field_WaitsOnAClickOrKeyAndTakesOneKeystroke) {
             QTest::keyClick(Field(), row.key, row.modifiers);
             EXPECT_FALSE(IsWaiting());
             EXPECT_TRUE(SameBytes(fPane->WorkingCopy(), expected)) << row.shown;
-            EXPECT_EQ(Field()->text(), QLatin1String(row.shown));
-            EXPECT_TRUE(CanApply()) << "nothing else acted on the key";
+            EXPECT_EQ(Field()->text(), TextOf(row.shown));
+            EXPECT_TRUE(CanApply() && fProblem.isEmpty()) << "nothing else acted on the key";
             EXPECT_EQ(QApplication::focusWidget(), Field());
         }
     }
+    const AppPrefs before = fPane->WorkingCopy();
+    fPane->willUnselect();
+    Give(Qt::Key_8);
+    EXPECT_TRUE(SameBytes(fPane->WorkingCopy(), before)) << "a panel that is left takes no keys";
+    fPane->didSelect();
+    Give(Qt::Key_8);
+    EXPECT_EQ(Field()->text(), u"8"_s);
 }
 
 TEST_F(KeystrokeOfControl, GoingElsewhere_LeavesTheKeystroke) {
@@ -91,9 +98,8 @@ TEST_F(KeystrokeOfControl, GoingElsewhere_LeavesTheKeystroke) {
     const std::vector<std::function<void()>> ways = {
         [this] { QTest::mouseClick(Find<QLabel>("uiSettingsFieldKeystrokeLabel"), Qt::LeftButton); },
         [this] { Click("uiPaneButtonRevert"); },
-        [this] { SelectControl(2, 4); },
         [this] { Find<QTabWidget>("uiPaneTabs")->setFocus(); },
-        [this] { fPane->showControl(QStringLiteral("buttonI")), SelectControl(2, 4); },
+        [this] { fPane->showControl(u"buttonI"_s), SelectControl(2, 4); },
         [&other] {
             other.show();
             other.activateWindow();
@@ -111,27 +117,26 @@ TEST_F(KeystrokeOfControl, GoingElsewhere_LeavesTheKeystroke) {
         EXPECT_TRUE(SameBytes(fPane->WorkingCopy(), before));
         EXPECT_EQ(Field()->text(), shown);
     }
-    EXPECT_EQ(other.text(), QStringLiteral("x")) << "the key goes to the window that is active";
+    EXPECT_EQ(other.text(), u"x"_s) << "the key goes to the window that is active";
 }
 
 TEST_F(KeystrokeOfControl, SharedKeystroke_IsTold) {
-    const QString legend = QStringLiteral("cmd is Super, opt is Alt, ctrl is Ctrl");
-    EXPECT_EQ(Line(), legend);
-    Give(Qt::Key_6, Qt::ShiftModifier); // key 0x16 of no control
+    const QString legend = u"cmd is Super, opt is Alt, ctrl is Ctrl"_s;
     EXPECT_EQ(Line(), legend);
     Give(Qt::Key_G, Qt::ShiftModifier); // key 5: "Turn right"
-    EXPECT_EQ(Line(), QStringLiteral("Also used by Turn right"));
+    EXPECT_EQ(Line(), u"Also used by Turn right"_s);
     EXPECT_TRUE(Field()->accessibleDescription().startsWith(Line()));
     Give(Qt::Key_G);
     EXPECT_EQ(Line(), legend) << "other modifiers";
     Give(Qt::Key_G, Qt::ShiftModifier);
     SelectControl(2, 3);
     Give(Qt::Key_G, Qt::ShiftModifier);
-    EXPECT_EQ(Line(), QStringLiteral("Also used by Turn right and 1 more"));
-    ASSERT_TRUE(Choose("uiSettingsMenuExtraKeys", 2)); // no key, as another control
-    SelectControl(2, 4);
-    ASSERT_TRUE(Choose("uiSettingsMenuExtraKeys", 2));
-    EXPECT_EQ(Line(), QStringLiteral("Click the field, then press the keys."));
+    EXPECT_EQ(Line(), u"Also used by Turn right and 1 more"_s);
+    for (const int control : {3, 4}) {
+        SelectControl(2, control);
+        ASSERT_TRUE(Choose("uiSettingsMenuExtraKeys", 2));
+        EXPECT_EQ(Line(), u"Click the field, then press the keys."_s) << "no key is nobody's";
+    }
 }
 
 TEST_F(KeystrokeOfControl, CommandKey_IsTheUsersChoiceAndKept) {
@@ -145,36 +150,19 @@ TEST_F(KeystrokeOfControl, CommandKey_IsTheUsersChoiceAndKept) {
     };
     for (const auto &row : kRows) {
         const AppPrefs before = fPane->WorkingCopy();
-        Find<QToolButton>("uiSettingsButtonKeys")->menu()->actions()[row.choice]->trigger();
+        CommandKeys()[row.choice]->trigger();
         EXPECT_TRUE(SameBytes(fPane->WorkingCopy(), before)) << "stored keystrokes stay";
         for (int start = 0; start < 2; ++start) {
-            EXPECT_EQ(Line(), QLatin1String(row.line));
-            EXPECT_TRUE(
-                Find<QCheckBox>("uiSettingsBoxKeyCommand")->toolTip().contains(QLatin1String(row.command)));
-            EXPECT_TRUE(
-                Find<QToolButton>("uiSettingsButtonKeys")->menu()->actions()[row.choice]->isChecked());
+            EXPECT_EQ(Line(), TextOf(row.line));
+            EXPECT_TRUE(Find<QWidget>("uiSettingsBoxKeyCommand")->toolTip().contains(TextOf(row.command)));
+            EXPECT_TRUE(CommandKeys()[row.choice]->isChecked());
             Give(Qt::Key_7, Qt::ControlModifier);
             EXPECT_EQ(Slot(19).modifiers, row.ofCtrl);
             Give(Qt::Key_7, Qt::MetaModifier);
             EXPECT_EQ(Slot(19).modifiers, row.ofSuper);
-            End();
             SetCommandKey(CommandKey::Super);
-            Begin();
+            SetUp();
         }
-    }
-}
-
-TEST_F(KeystrokeOfControl, LeftPanel_TakesNoKeys) {
-    for (int turn = 0; turn < 2; ++turn) {
-        fPane->willUnselect();
-        QTest::mouseClick(Field(), Qt::LeftButton);
-        ASSERT_TRUE(IsWaiting());
-        const AppPrefs before = fPane->WorkingCopy();
-        QTest::keyClick(Field(), Qt::Key_8);
-        EXPECT_TRUE(SameBytes(fPane->WorkingCopy(), before));
-        fPane->didSelect();
-        Give(Qt::Key_8, turn == 0 ? Qt::AltModifier : Qt::MetaModifier);
-        EXPECT_FALSE(SameBytes(fPane->WorkingCopy(), before));
     }
 }
 

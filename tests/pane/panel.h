@@ -2,6 +2,7 @@
 #pragma once
 
 #include "pane/drevix_pane.h"
+#include "pane/pane_text.h"
 #include "tests/settings/settings_files.h"
 
 #include <QApplication>
@@ -11,28 +12,31 @@
 #include <QTreeWidget>
 #include <QVBoxLayout>
 
-#include <cstring>
 #include <filesystem>
 #include <functional>
 #include <memory>
 
-inline void PrintTo(const QString &text, std::ostream *out) { // for what a failed test prints
-    *out << '"' << text.toStdString() << '"';
+inline std::ostream &operator<<(std::ostream &out, const QString &text) { // for what a failed test prints
+    return out << '"' << text.toStdString() << '"';
+}
+inline void PrintTo(const QString &text, std::ostream *out) {
+    *out << text;
 }
 
 namespace drevix::test {
 
+using namespace Qt::StringLiterals;
+
 inline constexpr OSType kPhoto = FourCharCode("8BIM");
 
-// Records with values of their own in every field that the panel shows.
-inline AppPrefs MakeFactoryRecord(OSType application, std::string_view name) {
+// A record with values of its own in all that the panel shows: the user's own when it has no signature, else
+// the factory's.
+inline AppPrefs MakeFullRecord(OSType application, std::string_view name) {
     AppPrefs prefs = MakeRecord(application, name);
-    prefs.factory = 1;
-    DevicePrefs &device = prefs.device[0];
-    device = gDefaultGlobalPrefs.device[0];
-    for (SlotIndex slot = 0; slot < kActionSlots; ++slot) {
-        device.action[slot] = {
-            kActionKeystroke, kShiftModifier, static_cast<std::uint8_t>(slot), 0, 0, 0, 0, {}};
+    prefs.factory = application == kNoSignature ? 0 : 1;
+    prefs.device[0] = gDefaultGlobalPrefs.device[0];
+    for (std::uint8_t slot = 0; slot < kActionSlots; ++slot) {
+        prefs.device[0].action[slot] = {kActionKeystroke, kShiftModifier, slot, 0, 0, 0, 0, {}};
     }
     return prefs;
 }
@@ -41,19 +45,19 @@ inline AppPrefs MakeFactoryRecord(OSType application, std::string_view name) {
 class PanelTest : public ::testing::Test {
   protected:
     PanelTest() {
-        fFolder.WriteDefaults({MakeFactoryRecord(0, ""), MakeFactoryRecord(kPhoto, "photo")});
-        AppPrefs alpha = MakeFactoryRecord(kNoSignature, "Alpha");
-        AppPrefs beta = MakeFactoryRecord(kNoSignature, "beta");
-        alpha.factory = beta.factory = 0;
-        Save({MakeFactoryRecord(0, ""), MakeFactoryRecord(kPhoto, "photo"), alpha, beta});
+        fFolder.WriteDefaults({MakeFullRecord(0, ""), MakeFullRecord(kPhoto, "photo")});
+        Save({MakeFullRecord(0, ""), MakeFullRecord(kPhoto, "photo"), MakeFullRecord(kNoSignature, "Alpha"),
+              MakeFullRecord(kNoSignature, "beta")});
     }
 
     void Save(std::initializer_list<AppPrefs> records) const { // stamped, so that nothing is merged
         ASSERT_EQ(SaveDevicePrefsToPath(MakeBase(records, kPanelVersion).get(), fFolder.path), noErr);
     }
 
+    void SetUp() override { Start(); }
     // Loads and shows the panel; again, as a new start of the program does.
     void Start() {
+        End();
         fPane = std::make_unique<DrevixPane>(PaneBundle{fFolder.resources, kPanelVersion});
         fPane->setProblemHandler([this](const QString &problem) { fProblem = problem; });
         fWindow = std::make_unique<QWidget>();
@@ -71,7 +75,6 @@ class PanelTest : public ::testing::Test {
         fWindow.reset();
         fPane.reset();
     }
-    void TearDown() override { End(); }
 
     template <class Widget>
     [[nodiscard]] Widget *Find(const char *name) const {
@@ -82,6 +85,9 @@ class PanelTest : public ::testing::Test {
         return found;
     }
     [[nodiscard]] QComboBox *Menu(const char *name) const { return Find<QComboBox>(name); }
+    [[nodiscard]] QString Text(const char *name) const {
+        return Find<QWidget>(name)->property("text").toString();
+    }
     [[nodiscard]] QComboBox *Targets() const { return Menu("uiSettingsMenuTarget"); }
 
     // Opens a menu with a key and goes down to the item. False if that cannot be reached.
@@ -90,8 +96,7 @@ class PanelTest : public ::testing::Test {
         QTest::keyClick(menu, Qt::Key_Down);
         QAbstractItemView *list = menu->view();
         QTest::keyClick(list, Qt::Key_Home);
-        for (int row = -1; list->currentIndex().row() < item && list->currentIndex().row() != row;) {
-            row = list->currentIndex().row();
+        for (int steps = 0; steps < item && list->currentIndex().row() < item; ++steps) {
             QTest::keyClick(list, Qt::Key_Down);
         }
         const bool reached = list->isVisible() && list->currentIndex().row() == item;
@@ -108,51 +113,47 @@ class PanelTest : public ::testing::Test {
     }
     // Clicks the page's tab and the control's line in its list.
     void SelectControl(int page, int position) const {
-        auto *const bar = Find<QTabWidget>("uiPaneTabs")->tabBar();
-        QTest::mouseClick(bar, Qt::LeftButton, {}, bar->tabRect(page).center());
-        static constexpr auto kLists = std::to_array<const char *>(
-            {"uiSettingsMenuNavRing", "uiSettingsMenuToolTuner", "uiSettingsMenuTriggerPoints"});
-        auto *const list = Find<QTreeWidget>(kLists[static_cast<std::size_t>(page)]);
+        auto *const tabs = Find<QTabWidget>("uiPaneTabs");
+        QTest::mouseClick(tabs->tabBar(), Qt::LeftButton, {}, tabs->tabBar()->tabRect(page).center());
+        auto *const list = tabs->widget(page)->findChild<QTreeWidget *>();
         QTreeWidgetItem *item = list->topLevelItem(position);
         list->scrollToItem(item);
         QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, list->visualItemRect(item).center());
     }
     // Answers the dialog that comes up next, within five seconds.
-    static void AnswerNext(std::function<void(QDialog *)> answer) {
-        auto *const timer = new QTimer(qApp);
-        QObject::connect(timer, &QTimer::timeout, [timer, tries = 0, answer = std::move(answer)]() mutable {
+    static void AnswerNext(const std::function<void(QDialog *)> &answer, int tries = 1000) {
+        QTimer::singleShot(5, qApp, [answer, tries] {
             auto *const dialog = qobject_cast<QDialog *>(QApplication::activeModalWidget());
-            if ((dialog == nullptr || dialog->property("isAnswered").toBool()) && ++tries < 1000) {
+            const bool isNew = dialog != nullptr && !dialog->property("isAnswered").toBool();
+            if (!isNew && tries > 0) {
+                AnswerNext(answer, tries - 1);
                 return;
             }
-            timer->stop();
-            timer->deleteLater();
-            ASSERT_NE(dialog, nullptr) << "no question was asked";
+            ASSERT_TRUE(isNew) << "no question was asked";
             dialog->setProperty("isAnswered", true);
             answer(dialog);
             if (dialog->isVisible()) {
-                ADD_FAILURE() << "the dialog was not ended: " << dialog->windowTitle().toStdString();
+                ADD_FAILURE() << "the dialog was not ended: " << dialog->windowTitle();
                 dialog->reject();
             }
         });
-        timer->start(5);
     }
     static void Press(const QDialog *dialog, const QString &button) {
         for (auto *const candidate : dialog->findChildren<QAbstractButton *>()) {
             if (candidate->isVisible() && candidate->text().remove(QLatin1Char('&')) == button) {
-                EXPECT_TRUE(QTest::qWaitFor([&] { return candidate->isEnabled(); })) << button.toStdString();
+                EXPECT_TRUE(QTest::qWaitFor([&] { return candidate->isEnabled(); })) << button;
                 QTest::mouseClick(candidate, Qt::LeftButton, {}, {12, candidate->height() / 2});
                 return;
             }
         }
-        ADD_FAILURE() << "no button " << button.toStdString();
+        ADD_FAILURE() << "no button " << button;
     }
 
     // The records' titles in the list of applications.
     [[nodiscard]] QStringList Titles() const {
         QStringList titles;
         for (int i = 0; i < Targets()->count() - 10; ++i) {
-            titles += i == 1 ? QStringLiteral("-") : Targets()->itemText(i);
+            titles += i == 1 ? u"-"_s : Targets()->itemText(i);
         }
         return titles;
     }
@@ -166,11 +167,10 @@ class PanelTest : public ::testing::Test {
     [[nodiscard]] const ActionSlot &Slot(SlotIndex slot) const {
         return fPane->WorkingCopy().device[0].action[slot];
     }
-    [[nodiscard]] const DevicePrefs &Device() const { return fPane->WorkingCopy().device[0]; }
     [[nodiscard]] bool CanApply() const {
-        EXPECT_EQ(Find<QWidget>("uiPaneButtonApply")->isEnabled(),
-                  Find<QWidget>("uiPaneButtonRevert")->isEnabled());
-        return Find<QWidget>("uiPaneButtonApply")->isEnabled();
+        const bool canApply = Find<QWidget>("uiPaneButtonApply")->isEnabled();
+        EXPECT_EQ(Find<QWidget>("uiPaneButtonRevert")->isEnabled(), canApply);
+        return canApply;
     }
 
     SettingsFolder fFolder;
@@ -178,9 +178,5 @@ class PanelTest : public ::testing::Test {
     std::unique_ptr<QWidget> fWindow;
     QString fProblem;
 };
-
-inline bool SameBytes(const AppPrefs &a, const AppPrefs &b) {
-    return std::memcmp(&a, &b, sizeof a) == 0;
-}
 
 } // namespace drevix::test

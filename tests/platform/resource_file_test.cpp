@@ -20,9 +20,7 @@ std::span<const std::byte> Bytes(const std::string &text) {
 }
 
 FSSpec SpecOf(const ScratchFolder &scratch, const std::string &name) {
-    FSSpec spec{};
-    FSRef folder = {scratch.Path()};
-    EXPECT_EQ(FSMakeFSSpec(kRootVolume, FolderIdFromPath(folder.path), {1, 'x'}, &spec), fnfErr);
+    FSSpec spec = {kRootVolume, FolderIdFromPath(scratch.Path()), {}};
     spec.name[0] = static_cast<std::uint8_t>(name.size());
     std::copy(name.begin(), name.end(), spec.name.begin() + 1);
     return spec;

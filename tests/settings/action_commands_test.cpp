@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <map>
 #include <set>
 #include <string>
@@ -39,64 +40,51 @@ const std::vector<int> kTabs = {
 const std::set<int> kSeparators = {5, 9, 14, 17};
 // clang-format on
 
-// Position in the action menu, tab, group menu and position there.
-using Place = std::tuple<int, int, std::string, int>;
-
-// Where each offered code is shown.
-std::map<int, Place> ExpectedPlaces() {
-    std::map<int, Place> places;
-    for (std::size_t at = 0; at < kActionMenu.size(); ++at) {
-        places.emplace(kActionMenu[at], Place{static_cast<int>(at), kTabs[at], "", -1});
-    }
-    for (const ExpectedMenu &menu : kMenus) {
-        for (std::size_t at = 0; at < menu.codes.size(); ++at) {
-            if (menu.codes[at] != 0) {
-                places[menu.codes[at]] = {menu.entry, menu.tab, menu.outlet, static_cast<int>(at)};
-            }
-        }
-    }
-    return places;
+// The entry at a position, 0 outside.
+int At(const std::vector<int> &entries, int position) {
+    const auto at = static_cast<std::size_t>(position);
+    return at < entries.size() ? entries[at] : 0;
 }
 
-TEST(ActionMenus, EveryPosition_StoresItsCommand) {
+// Position in the action menu, tab, group menu and position there.
+using Place = std::tuple<int, int, const GroupMenu *, int>;
+
+TEST(Actions, EveryPositionAndEvery16BitCode_LeadToEachOther) {
+    std::map<int, Place> places; // where each offered code is shown
     for (int position = -3; position < 25; ++position) {
-        const bool inside = position >= 0 && position < 19;
-        const int expected = inside ? kActionMenu[static_cast<std::size_t>(position)] : 0;
         for (SlotIndex slot = 0; slot < kActionSlots; ++slot) {
-            const bool toolSize = position == 2 && (slot == 6 || slot == 7);
-            EXPECT_EQ(CommandForActionMenu(position, slot), toolSize ? 35 : expected)
+            const bool isToolSize = position == 2 && (slot == 6 || slot == 7);
+            EXPECT_EQ(CommandForActionMenu(position, slot), isToolSize ? 35 : At(kActionMenu, position))
                 << position << ' ' << slot;
         }
-        EXPECT_EQ(ActionMenuTitle(position).empty(), !inside || kSeparators.contains(position)) << position;
+        const bool isEntry = position >= 0 && position < 19 && !kSeparators.contains(position);
+        EXPECT_EQ(ActionMenuTitle(position).empty(), !isEntry) << position;
+        places.try_emplace(At(kActionMenu, position), std::max(position, 0), At(kTabs, position), nullptr,
+                           -1);
     }
     ASSERT_EQ(GroupMenus().size(), kMenus.size());
     for (std::size_t m = 0; m < kMenus.size(); ++m) {
-        const ExpectedMenu &expected = kMenus[m];
-        const GroupMenu *menu = FindGroupMenu(expected.outlet);
-        ASSERT_EQ(menu, &GroupMenus()[m]) << expected.outlet;
-        for (int at = -1; at <= static_cast<int>(expected.codes.size()); ++at) {
-            const bool inside = at >= 0 && at < static_cast<int>(expected.codes.size());
-            const int code = inside ? expected.codes[static_cast<std::size_t>(at)] : 0;
-            EXPECT_EQ(CommandForGroupMenu(*menu, at), code) << expected.outlet << ' ' << at;
+        const auto &[outlet, entry, tab, codes] = kMenus[m];
+        const GroupMenu *menu = FindGroupMenu(outlet);
+        ASSERT_EQ(menu, &GroupMenus()[m]) << outlet;
+        for (int at = -1; at <= static_cast<int>(codes.size()); ++at) {
+            EXPECT_EQ(CommandForGroupMenu(*menu, at), At(codes, at)) << outlet << ' ' << at;
+            if (At(codes, at) != 0) {
+                places[At(codes, at)] = {entry, tab, menu, at};
+            }
         }
     }
-}
-
-TEST(Actions, Every16BitCode_IsKnownAndShownInItsPlace) {
-    const std::map<int, Place> places = ExpectedPlaces();
     for (int code = 0; code < 0x10000; ++code) {
         const auto command = static_cast<ActionCommand>(code);
-        const ActionPlace found = ClassifyAction(command);
+        const auto place = places.find(code);
+        ASSERT_EQ(FindAction(command) != nullptr, place != places.end()) << code;
         // 228 to 231 are in no menu, but that they scroll can be seen and edited.
-        Place expected = {0, code >= 228 && code <= 231 ? 10 : 0, "", -1};
-        if (const auto place = places.find(code); place != places.end()) {
-            expected = place->second;
-        }
-        const std::string outlet(found.menu == nullptr ? "" : found.menu->outlet);
-        ASSERT_EQ(Place(found.actionMenuPosition, static_cast<int>(found.tab), outlet, found.menuPosition),
-                  expected)
+        const Place none = {0, code >= 228 && code <= 231 ? 10 : 0, nullptr, -1};
+        const ActionPlace found = ClassifyAction(command);
+        ASSERT_EQ(
+            Place(found.actionMenuPosition, static_cast<int>(found.tab), found.menu, found.menuPosition),
+            place != places.end() ? place->second : none)
             << code;
-        ASSERT_EQ(FindAction(command) != nullptr, places.contains(code)) << code;
     }
 }
 

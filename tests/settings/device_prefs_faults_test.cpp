@@ -1,26 +1,21 @@
 // Reading and saving settings with every step failing, or being the last thing that the process does.
 #include "settings/device_prefs.h"
 
+#include "qbase/qbase_file.h"
 #include "tests/settings/settings_files.h"
 #include "tests/support/faults.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
+#include <new>
 #include <sys/wait.h>
 #include <unistd.h>
 
 namespace drevix {
 namespace {
 
-using test::FaultyDisk;
-using test::ForEachFault;
-using test::Lasts;
-using test::MakeBase;
-using test::MakeRecord;
-using test::MeetsFault;
-using test::Names;
-using test::ReadWhole;
-using test::SettingsFolder;
+using namespace test;
 
 const Names kSettingsAlone = {"com.halcyra.drevix.prefs"};
 
@@ -55,6 +50,42 @@ TEST(GetDevicePrefs, EveryFault_LosesNoFile) {
             });
         }
     }
+}
+
+// An import: each record takes the place of its namesake or is added; the first without memory ends it.
+OSErr Import(const std::string &path, QBaseHandle base) {
+    OSErr stored = noErr;
+    const OSErr status = ReadAppPrefsFile(path, [&](const AppPrefs &record) {
+        if (stored == noErr && StoreAppPrefs(base, record, FindReplacedAppPrefs(base, record)) == kNoRecord) {
+            stored = memFullErr;
+        }
+    });
+    return status != noErr ? status : stored;
+}
+
+TEST(Import, EveryFault_LeavesWholeRecordsOnly) {
+    const SettingsFolder folder;
+    folder.WriteDefaults({MakeRecord(kOther, "SKETCH"), MakeRecord(kOther, "1"), MakeRecord(kOther, "2"),
+                          MakeRecord(kOther, "3")});
+    const std::string path = folder.Path(kDefaultsFileName);
+    for (const int error : {EIO, ENOMEM}) {
+        ForEachFault(1, [&](int failAt, Lasts lasts) {
+            SCOPED_TRACE(failAt);
+            const QBaseOwner base = MakeBase({MakeRecord(0, ""), MakeRecord(kOther, "Sketch")});
+            OSErr status = noErr;
+            const bool wasHit = MeetsFault(failAt, lasts, error, [&] { status = Import(path, base.get()); });
+            const Names names = RecordNames(base);
+            Names expected = {"", status == ioErr ? "Sketch" : "SKETCH", "1", "2", "3"};
+            expected.resize(std::min(names.size(), status == ioErr ? 2 : expected.size()));
+            EXPECT_EQ(names, expected);
+            EXPECT_EQ(names.size() == 5, status == noErr);
+            EXPECT_TRUE(status == noErr || status == (error == EIO ? ioErr : memFullErr)) << status;
+            EXPECT_TRUE(QBaseValidate(base.get()));
+            EXPECT_EQ(OpenFileCount(), 0);
+            return wasHit;
+        });
+    }
+    EXPECT_EQ(ReadAppPrefsFile(path, [](const AppPrefs &) { throw std::bad_alloc(); }), memFullErr);
 }
 
 TEST(SaveDevicePrefs, EveryFault_LeavesTheOldOrTheNewFile) {

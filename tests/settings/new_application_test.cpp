@@ -19,12 +19,10 @@ TEST(NewApplication, NameAndSignatureComeFromWhatIsThere) {
         return "<plist><dict><key>CFBundleSignature</key>" + text + "</dict></plist>";
     };
     const std::pair<std::string, OSType> rows[] = {
-        {signature("<string>8BIM</string>"), FourCharCode("8BIM")},
         {signature("<string>8BIMxyz</string>"), FourCharCode("8BIM")},
         {signature("<string>\u00C4bc\u00FC</string>"), 0x8062639F}, // in Mac OS Roman
         {signature("<string>abc</string>"), kNoSignature},
         {signature("<integer>943868237</integer>"), kNoSignature},
-        {"<plist><array/></plist>", kNoSignature},
     };
     for (const auto &[text, expected] : rows) {
         WriteWhole(list, text);
@@ -39,11 +37,9 @@ TEST(NewApplication, NameAndSignatureComeFromWhatIsThere) {
     const std::tuple<std::string, const char *, const char *> names[] = {
         {folder.Path("a.desktop"), "a", "Gezeigt"},
         {folder.Path("damaged.desktop"), "damaged.desktop", "damaged.desktop"},
-        {"/opt/.app/", ".app", ".app"},
-        {"/opt/x.aPp///", "x", "x"},
-        {"/opt/x.app.app", "x.app", "x.app"},
-        {"/opt/xapp", "xapp", "xapp"},
-        {"/usr/bin/tool", "tool", "tool"},
+        {"/opt/.app", ".app", ".app"},
+        {"/opt/x.app.aPp///", "x.app", "x.app"},
+        {"/usr/bin/xapp", "xapp", "xapp"},
         {"/", "", ""}};
     for (const auto &[path, fileName, shownName] : names) {
         const NewApplication application = ApplicationOfPath(path, "de_AT.UTF-8");

@@ -3,17 +3,21 @@
 
 #include "platform/status.h"
 #include "settings/device_prefs.h"
+#include "settings/pascal_strings.h"
 #include "settings/prefs_dictionary.h"
 #include "settings/prefs_list.h"
 #include "tests/support/scratch.h"
 
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <initializer_list>
 #include <string>
 #include <vector>
 
 namespace drevix::test {
+
+inline constexpr OSType kOther = FourCharCode("TEST"); // an application's signature
 
 inline AppPrefs MakeRecord(OSType application, std::string_view name) {
     AppPrefs prefs = MakeAppPrefs(nullptr, application, name);
@@ -30,15 +34,22 @@ inline QBaseOwner MakeBase(std::initializer_list<AppPrefs> records, std::uint32_
     return base;
 }
 
+inline std::string NameOf(const AppPrefs &prefs) {
+    return stringWithPascalString(prefs.appFileName.data());
+}
+
+inline bool SameBytes(const AppPrefs &a, const AppPrefs &b) {
+    return std::memcmp(&a, &b, sizeof a) == 0;
+}
+
+using Names = std::vector<std::string>;
+
 // The file names of a base's records, in order.
-inline std::vector<std::string> RecordNames(const QBaseOwner &base) {
-    std::vector<std::string> names;
+inline Names RecordNames(const QBaseOwner &base) {
+    Names names;
     for (RecordNumber i = 0; i < QBaseCountRecords(base.get()); ++i) {
-        const AppPrefs *prefs = GetAppPrefs(base.get(), i);
-        names.push_back(prefs == nullptr
-                            ? "?"
-                            : std::string(prefs->appFileName.begin() + 1,
-                                          prefs->appFileName.begin() + 1 + prefs->appFileName[0]));
+        const AppPrefs *const prefs = GetAppPrefs(base.get(), i);
+        names.push_back(prefs != nullptr ? NameOf(*prefs) : "?");
     }
     return names;
 }
@@ -65,7 +76,7 @@ struct SettingsFolder : ScratchFolder {
         return SaveDevicePrefs(base.get(), name.data(), kDrevixPrefsType, kDrevixPrefsCreator);
     }
     // The names of the records in the settings file.
-    [[nodiscard]] std::vector<std::string> SavedNames() const {
+    [[nodiscard]] test::Names SavedNames() const {
         const QBaseOwner base = NewDrevixBase();
         OSErr status = noErr;
         EXPECT_EQ(GetDevicePrefsFromPath(base.get(), path, FSRef{}, 0, &status), noErr);
@@ -80,7 +91,5 @@ struct SettingsFolder : ScratchFolder {
         WriteWhole(path, bytes);
     }
 };
-
-using Names = std::vector<std::string>;
 
 } // namespace drevix::test

@@ -13,42 +13,60 @@ namespace drevix::test {
 // How long a fault lasts.
 enum class Lasts { Once, ForEver };
 
-// Makes the n-th block allocation (from 1) fail while it lives; later ones too when it lasts for ever.
-class FaultyAllocator : public BlockAllocator {
+// Counts the calls of an interface; the n-th (from 1) fails, and later ones too when the fault lasts for ever.
+class Fault {
   public:
-    FaultyAllocator(int failAt, Lasts lasts);
-    ~FaultyAllocator() override;
-    void *Reallocate(void *memory, std::size_t size) override;
     [[nodiscard]] bool WasHit() const { return fCalls >= fFailAt; }
     [[nodiscard]] int Calls() const { return fCalls; }
-    // The largest request so far, in bytes.
-    [[nodiscard]] std::size_t Largest() const { return fLargest; }
+
+  protected:
+    Fault(int failAt, Lasts lasts) : fFailAt(failAt), fLasts(lasts) {}
+    bool IsNext() {
+        ++fCalls;
+        return fLasts == Lasts::Once ? fCalls == fFailAt : fCalls >= fFailAt;
+    }
 
   private:
     int fFailAt;
     Lasts fLasts;
     int fCalls = 0;
+};
+
+// Makes a block allocation fail while it lives.
+class FaultyAllocator : public BlockAllocator, public Fault {
+  public:
+    FaultyAllocator(int failAt, Lasts lasts) : Fault(failAt, lasts), fBefore(SetBlockAllocator(this)) {}
+    ~FaultyAllocator() override { SetBlockAllocator(fBefore); }
+    void *Reallocate(void *memory, std::size_t size) override;
+    // The largest request so far, in bytes.
+    [[nodiscard]] std::size_t Largest() const { return fLargest; }
+
+  private:
     std::size_t fLargest = 0;
     BlockAllocator *fBefore;
 };
 
-// The real disk, with the n-th call (from 1) that reads, writes or changes something failing while it lives.
-// A failing transfer moves half of its bytes first when `error` is 0 (a short transfer, followed by an error
-// if it lasts).
-class FaultyDisk : public Disk {
+// The real disk, with a call that reads, writes or changes something failing while it lives. A failing
+// transfer moves half of its bytes first when `error` is 0 (a short transfer, followed by an error if it
+// lasts).
+class FaultyDisk : public Disk, public Fault {
   public:
     // `error` is the errno to report, such as ENOSPC.
-    FaultyDisk(int failAt, Lasts lasts, int error);
-    ~FaultyDisk() override;
-    [[nodiscard]] bool WasHit() const { return fCalls >= fFailAt; }
+    FaultyDisk(int failAt, Lasts lasts, int error)
+        : Fault(failAt, lasts), fError(error), fBefore(SetDisk(this)) {}
+    ~FaultyDisk() override { SetDisk(fBefore); }
     // Called instead of failing, when set; for a process that is to die at its n-th call.
     std::function<void()> onFault;
 
     int Open(const char *path, int flags, mode_t mode) override {
         return Fails() ? -1 : Disk::Open(path, flags, mode);
     }
-    ssize_t ReadAt(int fd, void *bytes, std::size_t count, off_t offset) override;
-    ssize_t WriteAt(int fd, const void *bytes, std::size_t count, off_t offset) override;
+    ssize_t ReadAt(int fd, void *bytes, std::size_t count, off_t offset) override {
+        return Moves(&count) ? Disk::ReadAt(fd, bytes, count, offset) : -1;
+    }
+    ssize_t WriteAt(int fd, const void *bytes, std::size_t count, off_t offset) override {
+        return Moves(&count) ? Disk::WriteAt(fd, bytes, count, offset) : -1;
+    }
     int SetSize(int fd, off_t size) override { return Fails() ? -1 : Disk::SetSize(fd, size); }
     int Flush(int fd) override { return Fails() ? -1 : Disk::Flush(fd); }
     int StatusOf(int fd, struct stat *status) override { return Fails() ? -1 : Disk::StatusOf(fd, status); }
@@ -75,11 +93,10 @@ class FaultyDisk : public Disk {
 
   private:
     bool Fails();
+    // Whether a transfer moves anything; the count of a short one is halved.
+    bool Moves(std::size_t *count);
 
-    int fFailAt;
-    Lasts fLasts;
     int fError;
-    int fCalls = 0;
     Disk *fBefore;
 };
 

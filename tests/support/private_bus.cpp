@@ -2,7 +2,6 @@
 
 #include <array>
 #include <csignal>
-#include <cstdlib>
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/prctl.h>
@@ -11,13 +10,6 @@
 
 namespace drevix::test {
 namespace {
-
-constexpr const char *kAddress = "DBUS_SESSION_BUS_ADDRESS";
-
-std::string OldAddress() {
-    const char *address = std::getenv(kAddress);
-    return address != nullptr ? address : "";
-}
 
 [[noreturn]] void RunChild(const std::vector<std::string> &command, int output) {
     ::prctl(PR_SET_PDEATHSIG, SIGKILL);
@@ -68,13 +60,8 @@ std::string TestProcess::Output() {
 }
 
 PrivateBus::PrivateBus(const std::string &folder)
-    : fOldAddress(OldAddress()), fDaemon({"dbus-daemon", "--session", "--nofork", "--nopidfile",
-                                          "--print-address=1", "--address=unix:path=" + folder + "/bus"}) {
-    ::setenv(kAddress, ("unix:path=" + folder + "/bus").c_str(), 1);
-}
-
-PrivateBus::~PrivateBus() {
-    ::setenv(kAddress, fOldAddress.c_str(), 1);
-}
+    : fDaemon({"dbus-daemon", "--session", "--nofork", "--nopidfile", "--print-address=1",
+               "--address=unix:path=" + folder + "/bus"}),
+      fAddress("DBUS_SESSION_BUS_ADDRESS", "unix:path=" + folder + "/bus") {}
 
 } // namespace drevix::test

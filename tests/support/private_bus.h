@@ -1,6 +1,8 @@
 // A session bus of a test's own, and other processes on it.
 #pragma once
 
+#include "tests/support/scratch.h"
+
 #include <string>
 #include <sys/types.h>
 #include <vector>
@@ -31,15 +33,11 @@ class TestProcess {
 class PrivateBus {
   public:
     explicit PrivateBus(const std::string &folder);
-    PrivateBus(const PrivateBus &) = delete;
-    PrivateBus &operator=(const PrivateBus &) = delete;
-    ~PrivateBus();
-
     [[nodiscard]] const TestProcess &Daemon() const { return fDaemon; }
 
   private:
-    std::string fOldAddress;
     TestProcess fDaemon;
+    ScopedVariable fAddress;
 };
 
 } // namespace drevix::test

@@ -12,32 +12,29 @@
 namespace drevix::test {
 namespace {
 
-std::string Variable(const char *name) {
-    const char *value = std::getenv(name);
-    return value == nullptr ? "" : value;
-}
-
-void PutBack(const char *name, const std::string &value) {
-    if (value.empty()) {
-        ::unsetenv(name);
-    } else {
-        ::setenv(name, value.c_str(), 1);
-    }
+std::string MakeFolder() {
+    std::string pattern = std::filesystem::temp_directory_path() / "drevix-test-XXXXXX";
+    return ::mkdtemp(pattern.data());
 }
 
 } // namespace
 
-ScratchFolder::ScratchFolder() : fOldConfig(Variable("XDG_CONFIG_HOME")), fOldHome(Variable("HOME")) {
-    std::string pattern = std::filesystem::temp_directory_path() / "drevix-test-XXXXXX";
-    fPath = ::mkdtemp(pattern.data());
+ScopedVariable::ScopedVariable(const char *name, const std::string &value) : fName(name) {
+    const char *const before = std::getenv(name);
+    fBefore = before == nullptr ? "" : before;
+    ::setenv(name, value.c_str(), 1);
+}
+
+ScopedVariable::~ScopedVariable() {
+    fBefore.empty() ? ::unsetenv(fName) : ::setenv(fName, fBefore.c_str(), 1);
+}
+
+ScratchFolder::ScratchFolder()
+    : fPath(MakeFolder()), fConfig("XDG_CONFIG_HOME", Preferences()), fHome("HOME", fPath) {
     std::filesystem::create_directory(Preferences());
-    ::setenv("XDG_CONFIG_HOME", Preferences().c_str(), 1);
-    ::setenv("HOME", fPath.c_str(), 1);
 }
 
 ScratchFolder::~ScratchFolder() {
-    PutBack("XDG_CONFIG_HOME", fOldConfig);
-    PutBack("HOME", fOldHome);
     std::error_code ignored;
     std::filesystem::remove_all(fPath, ignored);
 }
@@ -74,19 +71,14 @@ std::string FencedBlock(const std::string &path, const std::string &kind) {
 }
 
 std::string FromHex(std::string_view digits) {
+    std::string hex;
+    std::ranges::copy_if(digits, std::back_inserter(hex),
+                         [](unsigned char c) { return std::isxdigit(c) != 0; });
+    EXPECT_EQ(hex.size() % 2, 0U) << "an odd number of digits";
     std::string bytes;
-    std::string pair;
-    for (const char digit : digits) {
-        if (std::isxdigit(static_cast<unsigned char>(digit)) == 0) {
-            continue;
-        }
-        pair.push_back(digit);
-        if (pair.size() == 2) {
-            bytes.push_back(static_cast<char>(std::stoi(pair, nullptr, 16)));
-            pair.clear();
-        }
+    for (std::size_t i = 0; i < hex.size(); i += 2) {
+        bytes.push_back(static_cast<char>(std::stoi(hex.substr(i, 2), nullptr, 16)));
     }
-    EXPECT_TRUE(pair.empty()) << "an odd number of digits";
     return bytes;
 }
 

@@ -7,13 +7,24 @@
 
 namespace drevix::test {
 
+// An environment variable that has another value while this lives.
+class ScopedVariable {
+  public:
+    ScopedVariable(const char *name, const std::string &value);
+    ScopedVariable(const ScopedVariable &) = delete;
+    ScopedVariable &operator=(const ScopedVariable &) = delete;
+    ~ScopedVariable();
+
+  private:
+    const char *fName;
+    std::string fBefore;
+};
+
 // Makes an empty folder, removed with all that is in it at destruction. While it lives, $XDG_CONFIG_HOME and
 // $HOME point into it, so that nothing of the user's is read or written.
 class ScratchFolder {
   public:
     ScratchFolder();
-    ScratchFolder(const ScratchFolder &) = delete;
-    ScratchFolder &operator=(const ScratchFolder &) = delete;
     ~ScratchFolder();
 
     [[nodiscard]] const std::string &Path() const { return fPath; }
@@ -25,8 +36,8 @@ class ScratchFolder {
 
   private:
     std::string fPath;
-    std::string fOldConfig;
-    std::string fOldHome;
+    ScopedVariable fConfig;
+    ScopedVariable fHome;
 };
 
 // A whole file, and writing one; a failure fails the running test.

@@ -13,19 +13,13 @@
 #include <string>
 #include <vector>
 
-namespace drevix {
+namespace drevix::test {
 namespace {
-
-using test::FaultyAllocator;
-using test::FaultyDisk;
-using test::Lasts;
-using test::ScratchFolder;
-using test::WriteWhole;
 
 // Bit by bit from the definition, sharing nothing with the code under test.
 CrcState BitByBit(CrcState state, std::span<const std::uint8_t> bytes, LetterCase letters) {
     for (std::uint8_t byte : bytes) {
-        if (letters == LetterCase::Folded && byte >= 0x41 && byte <= 0x5A) {
+        if (letters == LetterCase::Ignored && byte >= 0x41 && byte <= 0x5A) {
             byte += 0x20;
         }
         state.sum += byte;
@@ -59,14 +53,12 @@ class Crc32Kernel : public testing::TestWithParam<CrcKernel> {
 INSTANTIATE_TEST_SUITE_P(Kernels, Crc32Kernel, testing::Values(TakeUpByTables, FastestCrcKernel()));
 
 TEST_P(Crc32Kernel, ShortData_OfEveryLengthAtEveryAlignment_MatchesTheDefinition) {
-    alignas(64) std::array<std::uint8_t, 320> memory{};
-    const std::vector<std::uint8_t> random = RandomBytes(memory.size());
-    std::copy(random.begin(), random.end(), memory.begin());
+    const std::vector<std::uint8_t> memory = RandomBytes(320); // aligned as all that is allocated
     for (std::size_t offset = 0; offset < 16; ++offset) {
         for (std::size_t count = 0; count <= 300; ++count) {
-            const auto bytes = std::span<const std::uint8_t>(memory).subspan(offset, count);
-            ExpectRight({0x89ABCDEF, 0xFFFFFFF0}, bytes, LetterCase::Kept);
-            ExpectRight({0, 0}, bytes, LetterCase::Folded);
+            const auto bytes = std::span(memory).subspan(offset, count);
+            ExpectRight({0x89ABCDEF, 0xFFFFFFF0}, bytes, LetterCase::Counts);
+            ExpectRight({0, 0}, bytes, LetterCase::Ignored);
         }
     }
 }
@@ -74,11 +66,11 @@ TEST_P(Crc32Kernel, ShortData_OfEveryLengthAtEveryAlignment_MatchesTheDefinition
 // A kernel that reads past either end is caught by the address sanitizer: the vector is exactly as long.
 TEST_P(Crc32Kernel, LongData_WithSumsThatWrapAround_MatchesTheDefinition) {
     for (const std::size_t count : {4095U, 65536U, 1000003U}) {
-        ExpectRight({0xFFFFFFFF, 0}, RandomBytes(count), LetterCase::Kept);
-        ExpectRight({1, 0xFFFFFFFF}, RandomBytes(count), LetterCase::Folded);
+        ExpectRight({0xFFFFFFFF, 0}, RandomBytes(count), LetterCase::Counts);
+        ExpectRight({1, 0xFFFFFFFF}, RandomBytes(count), LetterCase::Ignored);
     }
     const std::vector<std::uint8_t> full(20000000, 0xFF); // their sum passes 2^32
-    ExpectRight({0, 0}, full, LetterCase::Kept);
+    ExpectRight({0, 0}, full, LetterCase::Counts);
 }
 
 // Every byte value in every place of a step, so that folding in words and vectors touches capitals only.
@@ -88,45 +80,33 @@ TEST_P(Crc32Kernel, Folding_ChangesCapitalsAndNothingElse) {
         for (std::size_t place = 0; place < bytes.size(); ++place) {
             bytes.fill(0x5A);
             bytes[place] = static_cast<std::uint8_t>(value);
-            ExpectRight({0, 0}, bytes, LetterCase::Folded);
+            ExpectRight({0, 0}, bytes, LetterCase::Ignored);
         }
     }
 }
 
-struct Variant {
-    const char *name;
-    decltype(&StandardCRC32) calculate;
-    std::uint32_t start;
-    std::uint32_t crcOfDigits, crcOfLetters, sumOfLetters; // of "123456789" and "aBc\xC4"
-};
-
 TEST(Crc32, Variants_OfKnownBytes_HaveThePublishedValues) {
-    const auto reference = [](std::uint32_t start, std::string_view text) {
-        const std::vector<std::uint8_t> bytes(text.begin(), text.end());
-        return BitByBit({start, 0}, bytes, LetterCase::Kept).crc;
+    struct Row {
+        const char *name;
+        decltype(&StandardCRC32) calculate;
+        std::uint32_t start;
+        std::string_view text;
+        std::uint32_t crc, sum;
     };
-    const Variant variants[] = {
-        {"standard", StandardCRC32, 0, 0xCBF43926, ~reference(~0U, "aBc\xC4"), 458},
-        {"standard folded", StdCaseInsensitiveCRC32, 0, 0xCBF43926, ~reference(~0U, "abc\xC4"), 490},
-        {"bare from 0", CalcCRC32, 0, 0x2DFD2D88, reference(0, "aBc\xC4"), 458},
-        {"bare from ones", CalcCRC32, ~0U, 0x340BC6D9, reference(~0U, "aBc\xC4"), 458},
-        {"bare folded", CaseInsensitiveCRC32, 0, 0x2DFD2D88, reference(0, "abc\xC4"), 490},
-    };
-    for (const Variant &variant : variants) {
-        SCOPED_TRACE(variant.name);
-        std::uint32_t crc = variant.start;
+    for (const Row &row : std::initializer_list<Row>{
+             {"standard", StandardCRC32, 0, "123456789", 0xCBF43926, 477},
+             {"standard, a capital", StandardCRC32, 0, "aBc\xC4", 0x03192819, 458},
+             {"standard folded", StdCaseInsensitiveCRC32, 0, "aBc\xC4", 0x3B546EF9, 490},
+             {"bare", CalcCRC32, ~0U, "123456789", 0x340BC6D9, 477},
+             {"bare folded", CaseInsensitiveCRC32, 0, "aBc\xC4", 0x1A10B1E5, 490},
+         }) {
+        std::uint32_t crc = row.start;
         std::uint32_t sum = 0;
-        variant.calculate("123456789", 9, &crc, &sum);
-        EXPECT_EQ(crc, variant.crcOfDigits);
-        EXPECT_EQ(sum, 477U);
-        crc = variant.start;
-        sum = 0;
-        variant.calculate("aBc\xC4", 4, &crc, &sum);
-        EXPECT_EQ(crc, variant.crcOfLetters);
-        EXPECT_EQ(sum, variant.sumOfLetters);
-        variant.calculate(nullptr, 0, &crc, &sum);
-        EXPECT_EQ(crc, variant.crcOfLetters);
-        variant.calculate("123456789", 9, nullptr, nullptr);
+        row.calculate(row.text.data(), static_cast<std::uint32_t>(row.text.size()), &crc, &sum);
+        row.calculate(nullptr, 0, &crc, &sum);
+        row.calculate("not stored", 10, nullptr, nullptr);
+        EXPECT_EQ(crc, row.crc) << row.name;
+        EXPECT_EQ(sum, row.sum) << row.name;
     }
 }
 
@@ -154,47 +134,45 @@ struct OpenScratchFile {
     FileRef file = 0;
 };
 
-struct ForkRow {
-    std::size_t length;
-    bool isResourceFork;
-    std::size_t skippedFrom, skippedTo; // the bytes left out
-    int calls;                          // of the callback, with an interval of 0
-};
-
 TEST(CalcFileCRC32, Forks_AreTakenUpInChunksLessTheResourceForksReservedBytes) {
-    const ForkRow rows[] = {
+    struct Row {
+        std::size_t length;
+        bool isResourceFork;
+        std::size_t skippedFrom, skippedTo; // the bytes left out
+        int calls;                          // of the callback, with an interval of 0
+    };
+    const Row rows[] = {
         {0, true, 0, 0, 0},      {15, true, 0, 0, 1},       {16, true, 16, 16, 0},
         {256, true, 16, 256, 0}, {257, true, 16, 256, 1},   {32768, false, 0, 0, 1},
         {32769, false, 0, 0, 2}, {33024, true, 16, 256, 1}, {33025, true, 16, 256, 2},
     };
-    for (const ForkRow &row : rows) {
-        SCOPED_TRACE(testing::Message() << row.length << (row.isResourceFork ? " resource" : " data"));
-        OpenScratchFile scratch(row.length);
+    for (const Row &row : rows) {
+        SCOPED_TRACE(row.length);
+        const OpenScratchFile scratch(row.length);
         const std::span<const std::uint8_t> bytes(scratch.bytes);
-        CrcState wanted = BitByBit({~5U, 6}, bytes.first(row.skippedFrom), LetterCase::Kept);
-        wanted = BitByBit(wanted, bytes.subspan(row.skippedTo), LetterCase::Kept);
+        CrcState wanted = BitByBit({~5U, 6}, bytes.first(row.skippedFrom), LetterCase::Counts);
+        wanted = BitByBit(wanted, bytes.subspan(row.skippedTo), LetterCase::Counts);
+        const auto calculate = [&](std::uint32_t *crc, std::uint32_t *sum, std::uint32_t interval) {
+            return CalcFileCRC32(scratch.file, row.isResourceFork, crc, sum, CountCall, interval);
+        };
         std::uint32_t crc = 5;
         std::uint32_t sum = 6;
-        EXPECT_EQ(CalcFileCRC32(scratch.file, row.isResourceFork, &crc, &sum, CountCall, 0), noErr);
+        EXPECT_EQ(calculate(&crc, &sum, 0), noErr);
         EXPECT_EQ(crc, ~wanted.crc);
         EXPECT_EQ(sum, wanted.sum);
         EXPECT_EQ(gCalls, row.calls);
-        EXPECT_EQ(CalcFileCRC32(scratch.file, row.isResourceFork, nullptr, nullptr, CountCall, 0xFFFFFFFF),
-                  noErr);
+        EXPECT_EQ(calculate(nullptr, nullptr, 0xFFFFFFFF), noErr);
         EXPECT_EQ(gCalls, row.calls) << "called before the interval had passed";
     }
 }
 
 TEST(CalcFileCRC32, CancelledOrWithoutMemoryOrFile_HasItsOutputs) {
-    OpenScratchFile scratch(100000);
+    const OpenScratchFile scratch(100000);
     std::uint32_t crc = 5;
     std::uint32_t sum = 6;
     const auto calculate = [&](FileRef file) { return CalcFileCRC32(file, false, &crc, &sum, CountCall, 0); };
     EXPECT_EQ(calculate(0), rfNumErr);
-    {
-        FaultyAllocator faults(1, Lasts::ForEver);
-        EXPECT_EQ(calculate(scratch.file), memFullErr);
-    }
+    MeetsFault(1, Lasts::Once, ENOMEM, [&] { EXPECT_EQ(calculate(scratch.file), memFullErr); });
     EXPECT_TRUE(crc == 5 && sum == 6) << "left as they were";
     gCancelAt = 2;
     EXPECT_EQ(calculate(scratch.file), userCanceledErr);
@@ -204,7 +182,7 @@ TEST(CalcFileCRC32, CancelledOrWithoutMemoryOrFile_HasItsOutputs) {
 
 // The length comes first, so its failure leaves the outputs; a later one sets them to 0.
 TEST(CalcFileCRC32, EveryDiskCallFailing_GivesItsStatus) {
-    OpenScratchFile scratch(70000);
+    const OpenScratchFile scratch(70000);
     const auto run = [&](int failAt, Lasts lasts) {
         std::uint32_t crc = 5;
         std::uint32_t sum = 6;
@@ -214,12 +192,12 @@ TEST(CalcFileCRC32, EveryDiskCallFailing_GivesItsStatus) {
         EXPECT_TRUE(status == noErr || (failAt == 1 ? crc == 5 && sum == 6 : crc == 0 && sum == 0)) << failAt;
         return faults.WasHit();
     };
-    test::ForEachFault(4, run, {Lasts::Once});
+    ForEachFault(4, run, {Lasts::Once});
 }
 
 TEST(CalcSpecCRC32, Forks_GiveTheFirstFailureAndKeepWhatWasTakenUp) {
-    OpenScratchFile scratch(1000);
-    const CrcState whole = BitByBit({~0U, 0}, scratch.bytes, LetterCase::Kept);
+    const OpenScratchFile scratch(1000);
+    const CrcState whole = BitByBit({~0U, 0}, scratch.bytes, LetterCase::Counts);
     FSSpec spec = {kRootVolume, FolderIdFromPath(scratch.folder.Path()), {4, 'f', 'i', 'l', 'e'}};
     for (const bool dataFork : {true, false}) {
         for (const bool resourceFork : {true, false}) { // which the file has not
@@ -237,4 +215,4 @@ TEST(CalcSpecCRC32, Forks_GiveTheFirstFailureAndKeepWhatWasTakenUp) {
 }
 
 } // namespace
-} // namespace drevix
+} // namespace drevix::test

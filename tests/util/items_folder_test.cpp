@@ -17,7 +17,7 @@ namespace {
 constexpr ConstStringPtr kName = kDrevixItemsFolderName.data();
 using Names = std::vector<std::string>;
 
-class ItemsFolder : public ItemsTest {
+class Items : public ItemsTest {
   protected:
     // A base whose last record opens the items of these names, and has one of them in a keystroke's text.
     static QBaseOwner BaseWith(const Names &texts) {
@@ -51,42 +51,43 @@ class ItemsFolder : public ItemsTest {
     }
 };
 
-TEST_F(ItemsFolder, Find_MakesItOnlyWhenAsked) {
+TEST_F(Items, Find_MakesItOnlyWhenAsked) {
     FSSpec spec{};
     std::int16_t volume = 1;
     std::int32_t folder = 0;
-    EXPECT_EQ(FindDrevixItemsFolder(nullptr, kCreateFolder, &spec, &volume, &folder), paramErr);
-    EXPECT_EQ(FindDrevixItemsFolder(PascalLiteral("").data(), kCreateFolder, &spec, &volume, &folder),
-              paramErr);
-    EXPECT_EQ(FindDrevixItemsFolder(kName, kDontCreateFolder, &spec, &volume, &folder), fnfErr);
+    const auto find = [&](ConstStringPtr name, FolderCreation creation) {
+        return FindDrevixItemsFolder(name, creation, &spec, &volume, &folder);
+    };
+    EXPECT_EQ(find(nullptr, kCreateFolder), paramErr);
+    EXPECT_EQ(find(PascalLiteral("").data(), kCreateFolder), paramErr);
+    EXPECT_EQ(find(kName, kDontCreateFolder), fnfErr);
     EXPECT_EQ(ScratchFolder::Names(fScratch.Preferences()), Names{});
     EXPECT_EQ(folder, 0);
-    EXPECT_EQ(FindDrevixItemsFolder(kName, kCreateFolder, &spec, &volume, &folder), noErr);
-    EXPECT_EQ(PathFromSpec(spec), ItemsTest::ItemsFolder());
+    EXPECT_EQ(find(kName, kCreateFolder), noErr);
+    EXPECT_EQ(PathFromSpec(spec), ItemsFolder());
     EXPECT_EQ(PathFromSpec({volume, folder, {1, 'x'}}), Item("x"));
     EXPECT_EQ(FindDrevixItemsFolder(kName, kDontCreateFolder, nullptr, nullptr, nullptr), noErr);
 
-    std::filesystem::remove(ItemsTest::ItemsFolder());
-    WriteWhole(ItemsTest::ItemsFolder(), "a file in the way");
-    EXPECT_EQ(FindDrevixItemsFolder(kName, kCreateFolder, &spec, &volume, &folder), ioErr);
+    std::filesystem::remove(ItemsFolder());
+    WriteWhole(ItemsFolder(), "a file in the way");
+    EXPECT_EQ(find(kName, kCreateFolder), ioErr);
     EXPECT_EQ(CleanupDrevixItems(kName, nullptr), ioErr);
-    EXPECT_EQ(ReadWhole(ItemsTest::ItemsFolder()), "a file in the way");
+    EXPECT_EQ(ReadWhole(ItemsFolder()), "a file in the way");
 }
 
-TEST_F(ItemsFolder, Cleanup_RemovesAliasFilesThatNoSlotNames) {
+TEST_F(Items, Cleanup_RemovesAliasFilesThatNoSlotNames) {
     for (const char *name : {"Photo", "\u00E9t\u00E9", "unused 1", "unused 2", "keystroke", "Cafe", "zz"}) {
         Alias(name);
     }
     const QBaseOwner base = BaseWith({"pHOTO", "\u00C9T\u00C9", "Caf\u00E9", "zz", "not there"});
     EXPECT_EQ(CleanupDrevixItems(kName, base.get()), noErr);
-    EXPECT_EQ(ScratchFolder::Names(ItemsTest::ItemsFolder()),
+    EXPECT_EQ(ScratchFolder::Names(ItemsFolder()),
               (Names{"._Photo", "._zz", "._\u00E9t\u00E9", "Photo", "zz", "\u00E9t\u00E9"}));
     EXPECT_EQ(CleanupDrevixItems(kName, nullptr), noErr);
-    EXPECT_EQ(ScratchFolder::Names(ItemsTest::ItemsFolder()), Names{});
+    EXPECT_EQ(ScratchFolder::Names(ItemsFolder()), Names{});
 }
 
-TEST_F(ItemsFolder, Cleanup_LeavesAllThatIsNoAliasFile) {
-    const std::string there = ItemsTest::ItemsFolder();
+TEST_F(Items, Cleanup_LeavesAllThatIsNoAliasFile) {
     std::filesystem::create_directories(Item("folder/inner"));
     WriteWhole(Item("file"), "text");
     WriteWhole(Item("typed"), "text");
@@ -114,48 +115,41 @@ TEST_F(ItemsFolder, Cleanup_LeavesAllThatIsNoAliasFile) {
     WriteWhole(Item("._d"), std::string(26, '\0'));
     std::filesystem::copy_file(Item("._real"), Item("._e"));
     std::filesystem::resize_file(Item("._e"), std::uint64_t{1} << 40);
-    const Names before = ScratchFolder::Names(there);
+    const Names before = ScratchFolder::Names(ItemsFolder());
 
     EXPECT_EQ(CleanupDrevixItems(kName, BaseWith({"real"}).get()), noErr);
-    EXPECT_EQ(ScratchFolder::Names(there), before);
+    EXPECT_EQ(ScratchFolder::Names(ItemsFolder()), before);
     Names after = before;
     std::erase_if(after, [](const std::string &name) { return name == "real" || name == "._real"; });
     EXPECT_EQ(CleanupDrevixItems(kName, nullptr), noErr);
-    EXPECT_EQ(ScratchFolder::Names(there), after);
+    EXPECT_EQ(ScratchFolder::Names(ItemsFolder()), after);
 }
 
 // The first look-up that fails ends the walk; a file that cannot be removed does not.
-TEST_F(ItemsFolder, Cleanup_StopsAtAFailedLookUpOnly) {
-    class FailingDisk : public Disk {
-      public:
-        FailingDisk(std::string noStatus, std::string noRemoval)
-            : fNoStatus(std::move(noStatus)), fNoRemoval(std::move(noRemoval)), fBefore(SetDisk(this)) {}
-        ~FailingDisk() override { SetDisk(fBefore); }
+TEST_F(Items, Cleanup_StopsAtAFailedLookUpOnly) {
+    struct FailingDisk : Disk {
+        std::string noStatus, noRemoval;
         int StatusAt(const char *path, struct stat *status) override {
             errno = EIO;
-            return path == fNoStatus ? -1 : Disk::StatusAt(path, status);
+            return path == noStatus ? -1 : Disk::StatusAt(path, status);
         }
         int Remove(const char *path) override {
             errno = EACCES;
-            return path == fNoRemoval ? -1 : Disk::Remove(path);
+            return path == noRemoval ? -1 : Disk::Remove(path);
         }
-
-      private:
-        std::string fNoStatus;
-        std::string fNoRemoval;
-        Disk *fBefore;
-    };
+    } disk;
     for (const char *name : {"1", "2", "3", "4"}) {
         Alias(name);
     }
-    {
-        const FailingDisk disk(Item("3"), Item("1"));
-        EXPECT_EQ(CleanupDrevixItems(kName, nullptr), noErr);
-    }
-    EXPECT_EQ(ScratchFolder::Names(ItemsTest::ItemsFolder()), (Names{"._1", "._3", "._4", "1", "3", "4"}));
+    disk.noStatus = Item("3");
+    disk.noRemoval = Item("1");
+    Disk *const before = SetDisk(&disk);
+    EXPECT_EQ(CleanupDrevixItems(kName, nullptr), noErr);
+    SetDisk(before);
+    EXPECT_EQ(ScratchFolder::Names(ItemsFolder()), (Names{"._1", "._3", "._4", "1", "3", "4"}));
 }
 
-TEST_F(ItemsFolder, Cleanup_OfTenThousand_IsFast) {
+TEST_F(Items, Cleanup_OfTenThousand_IsFast) {
     constexpr int kCount = 10'000;
     QBaseOwner base = NewDrevixBase();
     AppPrefs record = gDefaultGlobalPrefs;
@@ -178,11 +172,11 @@ TEST_F(ItemsFolder, Cleanup_OfTenThousand_IsFast) {
     const std::clock_t start = std::clock();
     EXPECT_EQ(CleanupDrevixItems(kName, base.get()), noErr);
     const double seconds = static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC;
-    EXPECT_EQ(ScratchFolder::Names(ItemsTest::ItemsFolder()).size(), 2U * kCount / 2);
+    EXPECT_EQ(ScratchFolder::Names(ItemsFolder()).size(), 2U * kCount / 2);
     EXPECT_LT(seconds, 10.0); // without optimization and with sanitizers; a release build needs less than 1
 }
 
-TEST_F(ItemsFolder, Make_StoresANameThatLeadsToThisItemOnly) {
+TEST_F(Items, Make_StoresANameThatLeadsToThisItemOnly) {
     const std::string longName(40, 'w');
     EXPECT_EQ(Make(File("a/report.txt")), "report.txt");
     EXPECT_EQ(Make(File("a/report.txt")), "report.txt") << "the same item keeps its alias";
@@ -201,12 +195,12 @@ TEST_F(ItemsFolder, Make_StoresANameThatLeadsToThisItemOnly) {
     EXPECT_EQ(Make(File("._companion")).substr(0, 10), "_companion");
     EXPECT_EQ(Make("/"), "File System");
     EXPECT_EQ(Make("/etc"), "etc");
-    for (const std::string &name : ScratchFolder::Names(ItemsTest::ItemsFolder())) {
+    for (const std::string &name : ScratchFolder::Names(ItemsFolder())) {
         EXPECT_TRUE(name.starts_with("._") || std::filesystem::exists(Item("._" + name))) << name;
     }
 }
 
-TEST_F(ItemsFolder, Make_LeavesWhatIsNoAliasFileAndFollowsThoseOfTheFolder) {
+TEST_F(Items, Make_LeavesWhatIsNoAliasFileAndFollowsThoseOfTheFolder) {
     const std::string report = File("report.txt");
     std::filesystem::create_directories(Item("report.txt"));
     EXPECT_NE(Make(report), "report.txt") << "a folder has the name";
@@ -232,7 +226,7 @@ TEST_F(ItemsFolder, Make_LeavesWhatIsNoAliasFileAndFollowsThoseOfTheFolder) {
     EXPECT_EQ(Code(info.fdType), "adrp");
 }
 
-TEST_F(ItemsFolder, Resolve_TellsWhatIsGone) {
+TEST_F(Items, Resolve_TellsWhatIsGone) {
     const std::string letter = File("Letter");
     const std::string stored = Make(letter);
     EXPECT_EQ(ResolveDrevixItem(Stored("LETTER")).path, letter) << "letter case does not matter";
@@ -240,7 +234,7 @@ TEST_F(ItemsFolder, Resolve_TellsWhatIsGone) {
     EXPECT_EQ(ResolveDrevixItem(Stored(stored)).path, letter);
     EXPECT_FALSE(ResolveDrevixItem(Stored(stored)).exists);
     std::filesystem::create_symlink("../../other", Item("relative"));
-    EXPECT_EQ(ResolveDrevixItem(Stored("relative")).path, ItemsTest::ItemsFolder() + "/../../other");
+    EXPECT_EQ(ResolveDrevixItem(Stored("relative")).path, ItemsFolder() + "/../../other");
     Str31 tooLong = Stored("x");
     tooLong[0] = 255;
     for (const Str31 &name : {Stored(""), Stored("."), Stored(".."), Stored("../Letter"), Stored("none"),
@@ -249,21 +243,12 @@ TEST_F(ItemsFolder, Resolve_TellsWhatIsGone) {
     }
 }
 
-TEST_F(ItemsFolder, References_NameTheItemItself) {
-    const std::string file = File("folder/file");
-    std::filesystem::create_symlink(file, fScratch.Path("link"));
+TEST_F(Items, References_OfMissingItems_AreMadeWhereAllowed) {
+    File("folder/file");
     FSSpec spec{};
     FSRef ref;
-    EXPECT_EQ(GetFSRefFromNSString(fScratch.Path("link").c_str(), &ref), noErr);
-    EXPECT_EQ(ref.path, fScratch.Path("link"));
-    bool isFolder = false;
-    EXPECT_EQ(DrevixGetCatInfo(Spec(fScratch.Path("folder")), 0, nullptr, &isFolder), noErr);
-    EXPECT_TRUE(isFolder);
-    EXPECT_EQ(DrevixGetCatInfo(Spec(file), 0, nullptr, &isFolder), noErr);
-    EXPECT_FALSE(isFolder);
     EXPECT_EQ(GetFSRefFromNSString(nullptr, &ref), paramErr);
     EXPECT_EQ(GetFSSpecFromNSString("/", nullptr, MissingItem::Refused), paramErr);
-
     struct Row {
         std::string path;
         MissingItem missing;

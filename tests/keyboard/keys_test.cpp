@@ -1,0 +1,246 @@
+// Keys by their codes, characters and names, in the layouts of several countries.
+#include "keyboard/key_codes.h"
+#include "keyboard/key_names.h"
+#include "platform/mac_roman.h"
+
+#include <gtest/gtest.h>
+#include <linux/input-event-codes.h>
+
+#include <cstdlib>
+#include <span>
+#include <string>
+#include <utility>
+
+namespace drevix {
+namespace {
+
+using KeyTable = std::array<std::uint8_t, 128>;
+
+KeyTable TableOf(const char *layout, const char *variant = "") {
+    KeyboardCharacters characters{};
+    EXPECT_TRUE(KeyboardCharactersOfLayout({"", "", layout, variant, ""}, &characters)) << layout;
+    return KeyCharacters(characters);
+}
+
+std::string TextOf(const Str255 &name) {
+    return {name.begin() + 1, name.begin() + 1 + name[0]};
+}
+
+std::string KeyName(int keyCode, std::int16_t limit = 255) {
+    Str255 name{};
+    GetKeyName(static_cast<std::uint8_t>(keyCode), name.data(), limit);
+    return TextOf(name);
+}
+
+Str255 CombinationName(int keyCode, int modifiers, std::int16_t limit = 255, bool codes = false) {
+    Str255 name{};
+    GetKeyCombinationName(static_cast<std::uint16_t>(keyCode << 8), static_cast<std::uint16_t>(modifiers),
+                          name.data(), limit, codes ? 1 : 0);
+    return name;
+}
+
+// Tests in the US layout; the program's own table is put back.
+class Keys : public testing::Test {
+  protected:
+    ~Keys() override { gAsciiTable = fBefore; }
+
+    const KeyTable fBefore = std::exchange(gAsciiTable, TableOf("us"));
+};
+
+// The scan codes are typed into the product's table; here they come from the kernel's header.
+TEST_F(Keys, EachHasTheKernelsScanCodeAndItsName) {
+    static constexpr struct {
+        std::uint16_t scanCode;
+        std::uint8_t keyCode;
+        const char *name;
+    } kRows[] = {
+        // clang-format off
+        {KEY_A, 0, "a"},              {KEY_102ND, 10, "<"},         {KEY_6, 22, "6"},
+        {KEY_5, 23, "5"},             {KEY_ENTER, 36, "return"},    {KEY_TAB, 48, "tab"},
+        {KEY_SPACE, 49, "space"},     {KEY_BACKSPACE, 51, "delete"}, {KEY_ESC, 53, "esc"},
+        {KEY_RIGHTALT, 61, "\\0"},    {KEY_FN, 63, "\\0"},          {KEY_KPDOT, 65, "."},
+        {KEY_NUMLOCK, 71, "clear"},   {KEY_KPENTER, 76, "enter"},   {KEY_F18, 79, "Fx"},
+        {KEY_KP9, 92, "9"},           {KEY_YEN, 93, "\\0"},         {KEY_HELP, 114, "help"},
+        {KEY_HOME, 115, "home"},      {KEY_PAGEUP, 116, "pg up"},   {KEY_DELETE, 117, "fw del"},
+        {KEY_END, 119, "end"},        {KEY_PAGEDOWN, 121, "pg dwn"}, {KEY_LEFT, 123, "left"},
+        {KEY_RIGHT, 124, "right"},    {KEY_DOWN, 125, "down"},      {KEY_UP, 126, "up"},
+        // clang-format on
+    };
+    for (const auto &[scanCode, keyCode, name] : kRows) {
+        EXPECT_EQ(KeyCodeFromScanCode(scanCode), keyCode) << name;
+        EXPECT_EQ(KeyName(keyCode), name);
+    }
+    static constexpr std::uint16_t kFunctionKeys[] = {KEY_F1,  KEY_F2,  KEY_F3,  KEY_F4,  KEY_F5,
+                                                      KEY_F6,  KEY_F7,  KEY_F8,  KEY_F9,  KEY_F10,
+                                                      KEY_F11, KEY_F12, KEY_F13, KEY_F14, KEY_F15};
+    int number = 0;
+    for (const std::uint16_t scanCode : kFunctionKeys) {
+        EXPECT_EQ(KeyName(KeyCodeFromScanCode(scanCode)), "F" + std::to_string(++number));
+    }
+    EXPECT_EQ(KeyName(0 + 128), "a") << "the table is looked up by the low seven bits";
+    EXPECT_EQ(KeyName(53 + 128), "clear") << "but the escape key and function keys by all";
+    EXPECT_EQ(KeyName(122 + 128), "Fx");
+    static constexpr std::pair<std::uint16_t, std::uint8_t> kAliases[] = {
+        {KEY_SYSRQ, 105}, {KEY_SCROLLLOCK, 107},      {KEY_PAUSE, 113},          {KEY_INSERT, 114},
+        {KEY_CLEAR, 71},  {KEY_VOLUMEUP, kNoKeyCode}, {KEY_RESERVED, kNoKeyCode}};
+    for (const auto &[scanCode, keyCode] : kAliases) {
+        EXPECT_EQ(KeyCodeFromScanCode(scanCode), keyCode);
+    }
+    EXPECT_TRUE(IsModifierKey(54) && IsModifierKey(63) && !IsModifierKey(53) && !IsModifierKey(64));
+}
+
+TEST_F(Keys, CombinationNames_AreModifiersInOrderThenTheKey) {
+    static constexpr struct {
+        int keyCode, modifiers;
+        std::int16_t limit;
+        bool codes;
+        const char *text;
+    } kRows[] = {
+        {0, 0x0300, 255, false, "cmd+shift+a"},
+        {36, 0x1400, 255, false, "caps+ctrl+return"},
+        {65, 0x1F00, 255, false, "cmd+shift+caps+opt+ctrl+num+."},
+        {92, 0xE0FF, 255, false, "num+9"}, // bits that are no modifiers
+        {64, 0, 255, false, "Fx"},         // beside the keypad's keys
+        {93, 0, 255, false, "\\0"},
+        {255, 0, 255, false, "\\0"},
+        {0, 0x0300, 5, false, "cmd+s"},
+        {0, 0x1F00, 255, true, "\1\2\3\4 a"},
+        {0, 0x0400, 255, true, "a"}, // caps lock has no symbol
+        {65, 0x0100, 2, true, "\1\5"},
+    };
+    for (const auto &row : kRows) {
+        EXPECT_EQ(TextOf(CombinationName(row.keyCode, row.modifiers, row.limit, row.codes)), row.text);
+    }
+    Str255 name{};
+    for (const auto &[key, modifiers] : {std::pair<std::uint16_t, std::uint16_t>{0xFFFF, 0}, {0, 0xFFFF}}) {
+        GetKeyCombinationName(key, modifiers, name.data(), 5, 0);
+        EXPECT_EQ(TextOf(name), "(none");
+    }
+}
+
+TEST_F(Keys, Limits_CutWordsButNotACharacter) {
+    static constexpr struct {
+        std::uint8_t character;
+        std::int16_t limit;
+        const char *name;
+    } kRows[] = {{'a', 0, "a"},  {33, 255, "!"}, {255, 255, "\xFF"}, {128, 0, "\x80"},
+                 {32, 3, "spa"}, {0, 0, "\\"},   {26, 2, "\\2"},     {2, 255, "\\2"}};
+    for (const auto &row : kRows) {
+        gAsciiTable[0] = row.character;
+        EXPECT_EQ(KeyName(0, row.limit), row.name);
+    }
+}
+
+TEST_F(Keys, Texts_AreReadAsPeopleWriteThem) {
+    static constexpr struct {
+        const char *text;
+        int keyCode, modifiers;
+    } kRows[] = {
+        {"cmd+shift+s", 1, 0x0300},
+        {"SHIFT+Command+S", 1, 0x0300},
+        {"control + alt + F5", 96, 0x1800},
+        {"caps+option+caps+a", 0, 0x0C00},
+        {"num+5", 87, 0},
+        {"cmd++", 69, 0x0100}, // no other key of the US layout is a plus sign
+        {"+", 69, 0},
+        {"escape", 53, 0},
+        {"cmd+Page Up", 116, 0x0100},
+        {" cmd+space ", 49, 0x0100},
+    };
+    std::uint8_t keyCode = 0xEE;
+    std::uint16_t modifiers = 0xEEEE;
+    for (const char *text : {"", " ", "cmd", "cmd+", "+cmd", "a+b", "cmd+a+", "hyper+a", "ab", "num+a", "f99",
+                             "\\0", "\u20AC", "\xFF", "?", "(none)"}) {
+        EXPECT_FALSE(ParseKeyCombination(text, &keyCode, &modifiers)) << text;
+        EXPECT_TRUE(keyCode == 0xEE && modifiers == 0xEEEE) << text;
+    }
+    for (const auto &row : kRows) {
+        EXPECT_TRUE(ParseKeyCombination(row.text, &keyCode, &modifiers)) << row.text;
+        EXPECT_EQ(keyCode, row.keyCode) << row.text;
+        EXPECT_EQ(modifiers, row.modifiers) << row.text;
+    }
+}
+
+// Every key that has a name is found by it again, on the keypad or off it as it was.
+TEST_F(Keys, NamesOfEveryLayout_LeadBackToTheirKeys) {
+    for (const char *layout : {"us", "de", "fr", "ch", "ru", "tr", "cz", "jp", "br"}) {
+        gAsciiTable = TableOf(layout);
+        int named = 0;
+        for (int keyCode = 0; keyCode < 128; ++keyCode) {
+            if (const std::string key = KeyName(keyCode); key.size() > 1 && key[0] == '\\') {
+                continue;
+            }
+            ++named;
+            const Str255 written = CombinationName(keyCode, 0x1F00);
+            const std::string text = Utf8FromMacRoman(std::span(written).subspan(1, written[0]));
+            std::uint8_t found = 0xFF;
+            std::uint16_t modifiers = 0;
+            ASSERT_TRUE(ParseKeyCombination(text, &found, &modifiers)) << layout << " " << text;
+            EXPECT_EQ(CombinationName(found, modifiers), written) << layout << " " << text;
+        }
+        EXPECT_GE(named, 100) << layout;
+    }
+}
+
+// As the layouts are drawn in their countries' standards, the four rows of an ISO keyboard from left to
+// right. Of a dead key its accent; of a key whose character Mac OS Roman lacks (the French small 2, the Czech
+// y with acute) the US one.
+TEST_F(Keys, Layouts_GiveWhatIsPrintedOnTheKeys) {
+    static constexpr std::uint8_t kRowsOfKeys[] = {
+        50, 18, 19, 20, 21, 23, 22, 26, 28, 25, 29, 27, 24,         kNoKeyCode, //
+        12, 13, 14, 15, 17, 16, 32, 34, 31, 35, 33, 30, kNoKeyCode,             //
+        0,  1,  2,  3,  5,  4,  38, 40, 37, 41, 39, 42, kNoKeyCode,             //
+        10, 6,  7,  8,  9,  11, 45, 46, 43, 47, 44};
+    static constexpr struct {
+        const char *layout, *variant, *printed;
+        char decimal; // the keypad's
+    } kRows[] = {
+        {"fr", "", "`&\u00E9\"'(-\u00E8_\u00E7\u00E0)= azertyuiop^$ qsdfghjklm\u00F9* <wxcvbn,;:!", '.'},
+        {"us", "dvorak", "`1234567890[] ',.pyfgcrl/= aoeuidhtns-\\ <;qjkxbmwvz", '.'},
+        {"ru,de", "", "^1234567890\u00DF\u00B4 qwertzuiop\u00FC+ asdfghjkl\u00F6\u00E4# <yxcvbnm,.-", ','},
+        {"gr", "", "`1234567890-= qwertyuiop[] asdfghjkl;'\\ <zxcvbnm,./", '.'},
+        {"cz", "", ";+234567\u00E1\u00ED\u00E9=\u00B4 qwertzuiop\u00FA) asdfghjkl;\u00A7\u00A8 \\yxcvbnm,.-",
+         '.'},
+    };
+    for (const auto &row : kRows) {
+        const KeyTable table = TableOf(row.layout, row.variant);
+        std::string printed;
+        for (const std::uint8_t keyCode : kRowsOfKeys) {
+            printed += keyCode == kNoKeyCode ? " " : Utf8FromMacRoman({&table[keyCode], 1});
+        }
+        EXPECT_EQ(printed, row.printed) << row.layout;
+        EXPECT_EQ(table[65], row.decimal) << row.layout;
+        EXPECT_EQ(table[87], '5') << "keypad digits are those of every layout";
+    }
+}
+
+// A program's own table is that of the environment it runs in; a configured layout that does not exist is no
+// reason to have none.
+TEST_F(Keys, GetKeyboardInformation_FollowsTheEnvironment) {
+    ::unsetenv("DISPLAY");
+    for (const auto &[layout, character] : {std::pair("de,us", 'y'), std::pair("nosuchlayout", 'z')}) {
+        ::setenv("XKB_DEFAULT_LAYOUT", layout, 1);
+        GetKeyboardInformation();
+        EXPECT_EQ(GetKeyChar(6), character);
+        EXPECT_EQ(GetKeyChar(127), 0);
+    }
+    ::unsetenv("XKB_DEFAULT_LAYOUT");
+}
+
+TEST(KeyboardFile, Lines_AreReadAsAShellReadsThem) {
+    const KeyboardLayoutNames names = ParseKeyboardFile("# XKBLAYOUT=\"no\"\n\n"
+                                                        "XKBMODEL=\"pc105\"\r\n"
+                                                        "  XKBLAYOUT='de,us' # two\n"
+                                                        "XKBLAYOUTS=x\n"
+                                                        "XKBOPTIONS=\n"
+                                                        "XKBVARIANT=nodeadkeys,  # unquoted");
+    EXPECT_EQ(names.model, "pc105");
+    EXPECT_EQ(names.layout, "de,us");
+    EXPECT_EQ(names.variant, "nodeadkeys,");
+    EXPECT_EQ(names.options, "");
+    EXPECT_EQ(ParseKeyboardFile("XKBLAYOUT=\"de").layout, "de");
+    EXPECT_EQ(ParseKeyboardFile("").layout, "");
+}
+
+} // namespace
+} // namespace drevix
