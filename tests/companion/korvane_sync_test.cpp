@@ -1,6 +1,8 @@
 #include "companion/korvane_crc.h"
 #include "companion/korvane_sync.h"
 #include "platform/disk.h"
+#include "platform/file_update.h"
+#include "platform/status.h"
 #include "settings/action_commands.h"
 #include "settings/device_prefs.h"
 #include "settings/pascal_strings.h"
@@ -244,6 +246,20 @@ TEST_F(KorvaneSync, TwoWriters_LoseNoHotKey) {
                                             "|1|pyralis||4", "|2|pyralis||16", "|3|pyralis||8"));
         EXPECT_TRUE(binding.find("pyralis") == binding.npos || std::ranges::count(bound, rows[i]) > 0);
     }
+}
+
+// Two programs of ours that saved at once mingled their writes: the file was no longer well-formed.
+TEST_F(KorvaneSync, FileThatAnotherProgramOfOursIsAt_IsLeftForTheNextTime) {
+    fFolder.Write(1, HotKeyFile({"A"}));
+    Bind(1, kI, "A");
+    {
+        FolderLock other;
+        ASSERT_EQ(other.Acquire(FolderOfPath(fFolder.File(1))), noErr);
+        SyncToKorvane(fBase.get());
+        EXPECT_EQ(File(1), Strings{"A||||"});
+    }
+    SyncToKorvane(fBase.get());
+    EXPECT_EQ(File(1), Strings{"A|1|pyralis||4"});
 }
 
 // 2,000 hotkeys in each of five files.

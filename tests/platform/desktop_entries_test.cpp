@@ -15,7 +15,8 @@ namespace {
 class DesktopEntries : public ::testing::Test {
   protected:
     DesktopEntries() {
-        setenv("XDG_DATA_HOME", fFolder.Path("home").c_str(), 1);
+        // One folder, not a list of them: with a colon in its name its applications were not found.
+        setenv("XDG_DATA_HOME", fFolder.Path("ho:me").c_str(), 1);
         setenv("XDG_DATA_DIRS", (fFolder.Path("one") + ":relative::" + fFolder.Path("two") + "/").c_str(), 1);
     }
     ~DesktopEntries() override {
@@ -80,12 +81,12 @@ TEST_F(DesktopEntries, Files_AreReadOrRefused) {
 }
 
 TEST_F(DesktopEntries, InstalledApplications_TakeTheFirstOfEachId) {
-    WriteEntry("home/applications/a.desktop", "home a", "Icon=pic\n");
+    WriteEntry("ho:me/applications/a.desktop", "home a", "Icon=pic\n");
     WriteEntry("one/applications/a.desktop", "one a");
     WriteEntry("one/applications/kde/b.desktop", "one b");
     WriteEntry("two/applications/kde-b.desktop", "two b");
     WriteEntry("two/applications/removed.desktop", "two removed");
-    std::ignore = Write("home/applications/removed.desktop", "[Desktop Entry]\nHidden=true\n");
+    std::ignore = Write("ho:me/applications/removed.desktop", "[Desktop Entry]\nHidden=true\n");
     WriteEntry("two/applications/quiet.desktop", "quiet", "NoDisplay=true\n");
     WriteEntry("two/applications/c.desktop", "two c", "NoDisplay=false\n");
     WriteEntry("two/applications/other.txt", "no entry");
