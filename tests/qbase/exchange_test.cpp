@@ -1,23 +1,11 @@
-#include "qbase/qbase_exchange.h"
 #include "tests/qbase/file_support.h"
 
-#include <algorithm>
 #include <vector>
 
 namespace drevix {
 namespace {
 
 using namespace test;
-
-using ExchangeOwner = std::unique_ptr<Block, void (*)(Block *)>;
-
-ExchangeOwner Take(QBaseHandle base, QBaseSelectFunction select) {
-    return {QBaseGetExchange(base, select), QBaseDisposeExchange};
-}
-
-std::int32_t SelectAll(const void * /*data*/, std::int32_t /*length*/, std::int16_t /*flags*/) {
-    return 1;
-}
 
 std::string BytesOf(QBaseExchange exchange) {
     std::uint32_t size = 0;
@@ -36,7 +24,7 @@ QBaseOwner ExampleBase() {
 }
 
 TEST(Exchange, PublishedExample_IsWhatIsMade) {
-    const ExchangeOwner exchange = Take(ExampleBase().get(), SelectAll);
+    const ExchangeOwner exchange = Take(ExampleBase().get());
     EXPECT_EQ(HexText(BytesOf(exchange.get())), HexText(PublishedExample("exchange-block.md")));
     EXPECT_EQ(QBaseCountExchangeRecords(exchange.get()), 2);
     std::int32_t length = 9;
@@ -69,8 +57,7 @@ TEST(Exchange, Import_PlacesTheRecordsAndSetsTheMode) {
         QBaseSetRecordsChanged(base.get(), false);
         const QBaseOwner source = NewFileBase();
         AddMadeRecords(source.get(), {8, 9});
-        EXPECT_EQ(QBasePutExchange(base.get(), Take(source.get(), SelectAll).get(), row.position, row.flags),
-                  2);
+        EXPECT_EQ(QBasePutExchange(base.get(), Take(source.get()).get(), row.position, row.flags), 2);
         std::string order;
         for (RecordNumber i = 0; i < QBaseCountRecords(base.get()); ++i) {
             std::int32_t length = 0;
@@ -88,10 +75,10 @@ TEST(Exchange, Import_PlacesTheRecordsAndSetsTheMode) {
 // Every byte of the example with every value, and every length of it, at an odd address: the base stays
 // valid, and gains as many records as the block can name before the first that is damaged.
 TEST(Exchange, DamagedBlock_IsTakenUpToTheDamage) {
-    const std::string whole = BytesOf(Take(ExampleBase().get(), SelectAll).get());
+    const std::string whole = BytesOf(Take(ExampleBase().get()).get());
     const auto import = [](const std::string &bytes) {
-        std::vector<char> odd(bytes.size() + 1); // exact, so that a read beyond is found
-        std::ranges::copy(bytes, odd.begin() + 1);
+        std::vector<char> odd(1); // exact, so that a read beyond is found
+        odd.insert(odd.end(), bytes.begin(), bytes.end());
         const auto size = static_cast<std::uint32_t>(bytes.size());
         const QBaseOwner base = NewFileBase();
         const std::int32_t added = QBasePutExchangePtr(base.get(), odd.data() + 1, size, 0, 0);

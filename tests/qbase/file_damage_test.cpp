@@ -56,7 +56,7 @@ TEST(DamagedBaseFile, EveryTruncationAndEveryChangedByte_IsReadSafely) {
         for (std::size_t place = 0; place < image.size(); ++place) {
             for (int change = 1; change < 256; ++change) {
                 std::string changed = image;
-                changed[place] = static_cast<char>(changed[place] ^ change);
+                changed[place] ^= static_cast<char>(change);
                 SCOPED_TRACE("byte " + std::to_string(place) + " changed by " + std::to_string(change));
                 ASSERT_NO_FATAL_FAILURE(ReadSafely(file, changed, mode));
             }
@@ -76,11 +76,9 @@ TEST(DamagedBaseFile, Recovery_KeepsTheWholeRecordsBeforeTheDamage) {
     const Row rows[] = {
         {"whole", 56, noErr, false, 4},
         {"a byte too long", 57, noErr, true, 4},
-        {"in the head of the last record", 44, -1, true, 0},
         {"in the data of the last record", 55, -1, true, 0},
         {"after record 2", 40, noErr, true, 3},
         {"in the head of record 2", 33, noErr, true, 2},
-        {"after record 1", 30, noErr, true, 2},
         {"after record 0", 16, noErr, true, 1},
     };
     const QBaseOwner whole = NewFileBase();

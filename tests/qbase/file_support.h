@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/status.h"
+#include "qbase/qbase_exchange.h"
 #include "qbase/qbase_file.h"
 #include "tests/qbase/memory_file.h"
 #include "tests/support/scratch.h"
@@ -102,6 +103,16 @@ inline std::string State(QBaseHandle base) {
     text << Contents(base) << "mode " << base->sortMode << " changed " << base->recordsChanged
          << base->userFieldsChanged << " size " << base->records.Size();
     return text.str();
+}
+
+using ExchangeOwner = std::unique_ptr<Block, void (*)(Block *)>;
+
+inline std::int32_t SelectAll(const void * /*data*/, std::int32_t /*length*/, std::int16_t /*flags*/) {
+    return 1;
+}
+
+inline ExchangeOwner Take(QBaseHandle base, QBaseSelectFunction select = SelectAll) {
+    return {QBaseGetExchange(base, select), QBaseDisposeExchange};
 }
 
 inline std::string FileOf(QBaseHandle base) {

@@ -13,7 +13,8 @@ namespace drevix::test {
 // How long a fault lasts.
 enum class Lasts { Once, ForEver };
 
-// Counts the calls of an interface; the n-th (from 1) fails, and later ones too when the fault lasts for ever.
+// Counts the calls of an interface: the n-th (from 1) fails, and later ones too when the fault lasts for
+// ever.
 class Fault {
   public:
     [[nodiscard]] bool WasHit() const { return fCalls >= fFailAt; }
