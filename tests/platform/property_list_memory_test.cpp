@@ -1,38 +1,9 @@
 #include "platform/files.h"
 #include "platform/status.h"
 #include "tests/platform/property_list_support.h"
+#include "tests/support/failing_new.h"
 
 #include <gtest/gtest.h>
-
-#include <cstdlib>
-#include <new>
-
-namespace {
-
-// The n-th allocation from now on fails, once; 0 for none.
-int gFailIn = 0;
-
-bool FailsNow() {
-    return gFailIn > 0 && --gFailIn == 0;
-}
-
-} // namespace
-
-// All of this program's `new` comes here; only a test that sets gFailIn sees a difference.
-void *operator new(std::size_t size) {
-    void *memory = FailsNow() ? nullptr : std::malloc(size);
-    if (memory == nullptr) {
-        throw std::bad_alloc();
-    }
-    return memory;
-}
-// Not inlined: the compiler would else see malloc's memory freed where it knows only of a `new`.
-[[gnu::noinline]] void operator delete(void *memory) noexcept {
-    std::free(memory);
-}
-[[gnu::noinline]] void operator delete(void *memory, std::size_t /*size*/) noexcept {
-    std::free(memory);
-}
 
 namespace drevix {
 namespace {
@@ -42,10 +13,10 @@ namespace {
 template <typename Operation, typename Check>
 void FailEachAllocation(const Operation &operation, const Check &afterwards) {
     for (int failIn = 1;; ++failIn) {
-        gFailIn = failIn;
+        test::gNewFailsIn = failIn;
         const OSErr status = operation();
-        const bool wasHit = gFailIn == 0;
-        gFailIn = 0;
+        const bool wasHit = test::gNewFailsIn == 0;
+        test::gNewFailsIn = 0;
         ASSERT_EQ(status, wasHit ? memFullErr : noErr) << failIn;
         EXPECT_EQ(OpenFileCount(), 0);
         if (!wasHit) {

@@ -3,39 +3,15 @@
 
 #include "qbase/qbase_file.h"
 #include "tests/settings/settings_files.h"
+#include "tests/support/failing_new.h"
 #include "tests/support/faults.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
-#include <cstdlib>
-#include <new>
 #include <sys/wait.h>
 #include <unistd.h>
 #include <utility>
-
-namespace {
-
-int gNewFailsIn = 0; // the n-th `new` from now on fails, once; 0 for none
-
-} // namespace
-
-// All of this program's `new` comes here; only a test that sets gNewFailsIn sees a difference.
-void *operator new(std::size_t size) {
-    const bool fails = gNewFailsIn > 0 && --gNewFailsIn == 0;
-    void *const memory = fails ? nullptr : std::malloc(size);
-    if (memory == nullptr) {
-        throw std::bad_alloc();
-    }
-    return memory;
-}
-// Not inlined: the compiler would else see malloc's memory freed where it knows only of a `new`.
-[[gnu::noinline]] void operator delete(void *memory) noexcept {
-    std::free(memory);
-}
-[[gnu::noinline]] void operator delete(void *memory, std::size_t /*size*/) noexcept {
-    std::free(memory);
-}
 
 namespace drevix {
 namespace {

@@ -1,0 +1,28 @@
+// Replaces a whole program's `new`, so that it can fail. To be included by one source of a test program.
+#pragma once
+
+#include <cstdlib>
+#include <new>
+
+namespace drevix::test {
+
+// The n-th `new` from now on fails, once; 0 for none.
+inline int gNewFailsIn = 0;
+
+} // namespace drevix::test
+
+void *operator new(std::size_t size) {
+    const bool fails = drevix::test::gNewFailsIn > 0 && --drevix::test::gNewFailsIn == 0;
+    void *const memory = fails ? nullptr : std::malloc(size);
+    if (memory == nullptr) {
+        throw std::bad_alloc();
+    }
+    return memory;
+}
+// Not inlined: the compiler would else see malloc's memory freed where it knows only of a `new`.
+[[gnu::noinline]] void operator delete(void *memory) noexcept {
+    std::free(memory);
+}
+[[gnu::noinline]] void operator delete(void *memory, std::size_t /*size*/) noexcept {
+    std::free(memory);
+}
