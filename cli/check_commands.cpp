@@ -5,6 +5,7 @@
 #include "cli/session.h"
 #include "platform/disk.h"
 #include "platform/json.h"
+#include "platform/owners.h"
 #include "platform/plain_text.h"
 #include "qbase/qbase_file.h"
 #include "settings/device_prefs.h"
@@ -62,12 +63,11 @@ constexpr std::uint32_t kStampAfterLoss = kPanelVersion - 1;
 // Fills the base with the whole records among the bytes, and with the file's user part where its head can be
 // read.
 OSErr Salvage(QBaseHandle base, const std::string &path, const std::string &bytes, std::int32_t announced) {
-    FileRef file = 0;
-    if (const OSErr status = OpenFile(path, fsRdPerm, &file); status != noErr) {
+    OwnedFile file;
+    if (const OSErr status = OpenFile(path, fsRdPerm, file.Out()); status != noErr) {
         return status;
     }
-    const OSErr head = QBaseReadRebuild(base, file, true, false, false, true, false, true, nullptr);
-    FSClose(file);
+    const OSErr head = QBaseReadRebuild(base, file.Get(), true, false, false, true, false, true, nullptr);
     for (const std::string_view record : FindWholeRecords(bytes)) {
         if (QBaseAddRecord(base, record.data(), static_cast<std::int32_t>(record.size())) == kNoRecord) {
             return memFullErr;

@@ -1,6 +1,7 @@
 #include "helper/applied_settings.h"
 
 #include "keyboard/key_names.h"
+#include "platform/owners.h"
 #include "platform/plain_text.h"
 #include "platform/status.h"
 #include "qbase/qbase_file.h"
@@ -16,12 +17,11 @@ namespace {
 // Read here and not through GetDevicePrefs, which repairs the file's records and keeps a damaged file aside: the
 // file is the panel's.
 OSErr ReadSettings(const std::string &path, const FSRef &resources, QBaseHandle base) {
-    FileRef file = 0;
-    OSErr status = OpenFile(path, fsRdPerm, &file);
+    OwnedFile file;
+    OSErr status = OpenFile(path, fsRdPerm, file.Out());
     const bool isMissing = status == fnfErr || status == dirNFErr;
     if (status == noErr) {
-        status = QBaseRead(base, file, true, true, true, true);
-        FSClose(file);
+        status = QBaseRead(base, file.Get(), true, true, true, true);
     }
     const bool isEmpty = status == noErr && QBaseCountRecords(base) == 0;
     return isMissing || isEmpty ? GetDevicePrefsFromPath(base, {}, resources, kPanelVersion) : status;

@@ -27,17 +27,11 @@ FileWatch::FileWatch(const std::string &path)
     Watch();
 }
 
-FileWatch::~FileWatch() {
-    if (fDescriptor >= 0) {
-        ::close(fDescriptor);
-    }
-}
-
 // The number of a watch on the nearest folder that is there; the same folder has the same one again.
 int FileWatch::WatchNearest() const {
     std::string folder = FolderOfPath(fPath);
     int watch = -1;
-    while ((watch = ::inotify_add_watch(fDescriptor, folder.c_str(), kEvents)) < 0) {
+    while ((watch = ::inotify_add_watch(Descriptor(), folder.c_str(), kEvents)) < 0) {
         const std::string above = FolderOfPath(folder);
         if (above == folder) {
             break;
@@ -51,7 +45,7 @@ int FileWatch::WatchNearest() const {
 void FileWatch::Watch() {
     for (int watch = WatchNearest(); watch != fWatch; watch = WatchNearest()) {
         if (fWatch >= 0) {
-            ::inotify_rm_watch(fDescriptor, fWatch); // or it went with its folder
+            ::inotify_rm_watch(Descriptor(), fWatch); // or it went with its folder
         }
         fWatch = watch;
     }
@@ -65,7 +59,7 @@ bool FileWatch::IsChange(const char *name, unsigned what) const {
 bool FileWatch::TakeChange() {
     alignas(inotify_event) std::array<char, 4096> events{};
     bool isChanged = false;
-    for (ssize_t size = 0; (size = ::read(fDescriptor, events.data(), events.size())) > 0;) {
+    for (ssize_t size = 0; (size = ::read(Descriptor(), events.data(), events.size())) > 0;) {
         for (ssize_t at = 0; at < size;) {
             inotify_event event{};
             std::memcpy(&event, events.data() + at, sizeof event);

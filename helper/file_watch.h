@@ -1,6 +1,8 @@
 // Tells when a file was written, replaced, made or removed.
 #pragma once
 
+#include "platform/owners.h"
+
 #include <string>
 
 namespace drevix {
@@ -10,12 +12,9 @@ class FileWatch {
     // Watches the file's folder, since a file may be replaced by another, and while that is missing the nearest
     // one above it. The file that a link leads to is not watched, only the link.
     explicit FileWatch(const std::string &path);
-    FileWatch(const FileWatch &) = delete;
-    FileWatch &operator=(const FileWatch &) = delete;
-    ~FileWatch();
 
     // Can be read when something happened in the folder; -1 when nothing is watched.
-    [[nodiscard]] int Descriptor() const { return fDescriptor; }
+    [[nodiscard]] int Descriptor() const { return fDescriptor.Get(); }
     // Whether something may have happened to the file since the last call.
     [[nodiscard]] bool TakeChange();
 
@@ -26,7 +25,7 @@ class FileWatch {
 
     std::string fPath;
     std::string fName;
-    int fDescriptor;
+    SystemDescriptor fDescriptor;
     int fWatch = -1; // the one folder that is watched
 };
 

@@ -4,6 +4,7 @@
 #include "platform/catalog_names.h"
 #include "platform/disk.h"
 #include "platform/file_update.h"
+#include "platform/owners.h"
 #include "platform/status.h"
 
 #include <algorithm>
@@ -64,16 +65,15 @@ OSErr ReadBytes(const std::string &companion, std::size_t most, std::string *byt
     }
     const int descriptor =
         CurrentDisk().Open(companion.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY, 0);
-    FileRef file = 0;
-    OSErr result = descriptor < 0 ? LastError() : AdoptDescriptor(descriptor, fsRdPerm, &file);
+    OwnedFile file;
+    OSErr result = descriptor < 0 ? LastError() : AdoptDescriptor(descriptor, fsRdPerm, file.Out());
     if (result != noErr) {
         return result;
     }
     auto count = static_cast<std::int32_t>(std::min<std::uint64_t>(size, most));
     bytes->resize(static_cast<std::size_t>(count));
-    result = FSRead(file, &count, bytes->data());
+    result = FSRead(file.Get(), &count, bytes->data());
     bytes->resize(static_cast<std::size_t>(count)); // another program may have cut it meanwhile
-    FSClose(file);
     return result == eofErr ? noErr : result;
 }
 

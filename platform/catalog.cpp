@@ -4,6 +4,7 @@
 #include "platform/catalog_names.h"
 #include "platform/disk.h"
 #include "platform/file_update.h"
+#include "platform/owners.h"
 #include "platform/status.h"
 
 #include <algorithm>
@@ -36,12 +37,9 @@ OSErr FolderStatus(std::int16_t volume, std::int32_t folder) {
 // Whether an executable file is a program: file systems without modes show every file as executable.
 bool StartsLikeProgram(const std::string &path) {
     std::array<char, 4> start{};
-    const int descriptor = CurrentDisk().Open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY, 0);
-    if (descriptor < 0) {
-        return false;
-    }
-    const ssize_t count = CurrentDisk().ReadAt(descriptor, start.data(), start.size(), 0);
-    CurrentDisk().Close(descriptor);
+    const DiskDescriptor file(
+        CurrentDisk().Open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY, 0));
+    const ssize_t count = file ? CurrentDisk().ReadAt(file.Get(), start.data(), start.size(), 0) : -1;
     const std::string_view text(start.data(), static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
     return text == "\177ELF" || text.starts_with("#!");
 }

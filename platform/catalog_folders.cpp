@@ -2,6 +2,7 @@
 
 #include "platform/catalog_names.h"
 #include "platform/disk.h"
+#include "platform/owners.h"
 #include "platform/status.h"
 
 #include <algorithm>
@@ -64,12 +65,8 @@ OSErr MakeFolders(const std::string &path) {
 }
 
 OSErr RequireFolder(const std::string &path) {
-    const int descriptor = CurrentDisk().Open(path.c_str(), O_PATH | O_DIRECTORY, 0);
-    if (descriptor < 0) {
-        return LastError();
-    }
-    CurrentDisk().Close(descriptor);
-    return noErr;
+    const DiskDescriptor folder(CurrentDisk().Open(path.c_str(), O_PATH | O_DIRECTORY, 0));
+    return folder ? noErr : LastError();
 }
 
 bool IsSystemDisk(std::int16_t volume) {

@@ -132,13 +132,11 @@ std::string LeafOfPath(const std::string &path) {
 }
 
 OSErr FlushFolder(const std::string &folder) {
-    const int descriptor = CurrentDisk().Open(folder.c_str(), O_RDONLY | O_DIRECTORY, 0);
-    if (descriptor < 0) {
+    const DiskDescriptor opened(CurrentDisk().Open(folder.c_str(), O_RDONLY | O_DIRECTORY, 0));
+    if (!opened) {
         return errno == EACCES ? noErr : LastError();
     }
-    const OSErr status = CurrentDisk().Flush(descriptor) == 0 || errno == EINVAL ? noErr : LastError();
-    CurrentDisk().Close(descriptor);
-    return status;
+    return CurrentDisk().Flush(opened.Get()) == 0 || errno == EINVAL ? noErr : LastError();
 }
 
 OSErr FollowLinks(const std::string &path, std::string *target) try {
@@ -159,13 +157,9 @@ OSErr FollowLinks(const std::string &path, std::string *target) try {
 }
 
 OSErr ReadWholeFile(const std::string &path, std::string *bytes) {
-    FileRef file = 0;
-    OSErr status = OpenFile(path, fsRdPerm, &file);
-    if (status == noErr) {
-        status = ReadRest(file, bytes);
-        FSClose(file);
-    }
-    return status;
+    OwnedFile file;
+    const OSErr status = OpenFile(path, fsRdPerm, file.Out());
+    return status == noErr ? ReadRest(file.Get(), bytes) : status;
 }
 
 FileUpdate::~FileUpdate() {
@@ -173,7 +167,7 @@ FileUpdate::~FileUpdate() {
 }
 
 OSErr FileUpdate::Open(const std::string &path, UpdateMethod method, const std::string &modeOf) try {
-    if (fFile != 0) {
+    if (fFile) {
         return fBsyErr;
     }
     if (path.empty() || path.find('\0') != std::string::npos) {
@@ -202,29 +196,27 @@ OSErr FileUpdate::Open(const std::string &path, UpdateMethod method, const std::
 OSErr FileUpdate::OpenBeside(const std::string &modeOf) {
     Disk &disk = CurrentDisk();
     struct stat old {};
-    const int oldFile = disk.Open(fTarget.c_str(), O_RDWR | O_NOCTTY, 0);
-    fExisted = oldFile >= 0;
+    DiskDescriptor oldFile(disk.Open(fTarget.c_str(), O_RDWR | O_NOCTTY, 0));
+    fExisted = static_cast<bool>(oldFile);
     if (!fExisted && errno != ENOENT) {
         return LastError();
     }
-    if (fExisted) {
-        const OSErr status = disk.StatusOf(oldFile, &old) == 0 ? noErr : LastError();
-        disk.Close(oldFile);
-        if (status != noErr) {
-            return status;
-        }
-        if (!S_ISREG(old.st_mode)) {
-            return permErr; // a device is not replaced by a file
-        }
+    if (fExisted && disk.StatusOf(oldFile.Get(), &old) != 0) {
+        return LastError();
     }
+    if (fExisted && !S_ISREG(old.st_mode)) {
+        return permErr; // a device is not replaced by a file
+    }
+    oldFile.Reset();
     const bool hasMode = fExisted || !modeOf.empty();
     if (!fExisted && hasMode && disk.StatusAt(modeOf.c_str(), &old) != 0) {
         return LastError();
     }
-    int descriptor = -1;
-    if (const OSErr status = MakeBeside(&descriptor); status != noErr) {
+    DiskDescriptor owned;
+    if (const OSErr status = MakeBeside(&owned); status != noErr) {
         return status;
     }
+    const int descriptor = owned.Get();
     struct stat made {};
     OSErr status =
         disk.StatusOf(descriptor, &made) == 0 && disk.SetSize(descriptor, 0) == 0 ? noErr : LastError();
@@ -235,10 +227,8 @@ OSErr FileUpdate::OpenBeside(const std::string &modeOf) {
     if (status == noErr && hasMode && disk.SetMode(descriptor, old.st_mode & kPermissionBits) != 0) {
         status = LastError();
     }
-    if (status != noErr) {
-        disk.Close(descriptor);
-    } else {
-        status = AdoptDescriptor(descriptor, fsRdWrPerm, &fFile);
+    if (status == noErr) {
+        status = AdoptDescriptor(owned.Release(), fsRdWrPerm, fFile.Out());
     }
     if (status != noErr) {
         Discard();
@@ -248,35 +238,31 @@ OSErr FileUpdate::OpenBeside(const std::string &modeOf) {
 
 // Makes, or takes over from a program that died, the new file beside the old one. Its lock keeps two writers
 // apart; its name is always the same, so that nothing piles up.
-OSErr FileUpdate::MakeBeside(int *result) {
+OSErr FileUpdate::MakeBeside(DiskDescriptor *result) {
     Disk &disk = CurrentDisk();
     std::string beside = FolderOfPath(fTarget) + "/." + LeafOfPath(fTarget) + ".new";
     constexpr int kFlags = O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK;
     constexpr int kLockTries = 100; // one second
     for (int tries = kLockTries; tries >= 0; --tries) {
-        const int descriptor = disk.Open(beside.c_str(), kFlags, kNewFileMode);
-        if (descriptor < 0) {
+        DiskDescriptor opened(disk.Open(beside.c_str(), kFlags, kNewFileMode));
+        if (!opened) {
             return LastError();
         }
-        OSErr status = LockWithin(descriptor, tries);
+        OSErr status = LockWithin(opened.Get(), tries);
         if (status != noErr) { // another program's: it stays
-            disk.Close(descriptor);
             return status;
         }
         bool current = false;
-        status = IsFileAt(beside, descriptor, &current);
+        status = IsFileAt(beside, opened.Get(), &current);
         if (status == noErr && current) {
             fBeside = std::move(beside);
-            *result = descriptor;
+            *result = std::move(opened);
             return noErr;
         }
         // The one who held the lock has renamed or removed the file meanwhile: it is no longer the one to
         // write.
         if (status != noErr) {
             disk.Remove(beside.c_str());
-        }
-        disk.Close(descriptor);
-        if (status != noErr) {
             return status;
         }
     }
@@ -285,21 +271,18 @@ OSErr FileUpdate::MakeBeside(int *result) {
 
 OSErr FileUpdate::OpenInPlace() {
     Disk &disk = CurrentDisk();
-    int descriptor = disk.Open(fTarget.c_str(), O_RDWR | O_NOCTTY, 0);
-    fExisted = descriptor >= 0 || errno != ENOENT;
+    DiskDescriptor descriptor(disk.Open(fTarget.c_str(), O_RDWR | O_NOCTTY, 0));
+    fExisted = descriptor || errno != ENOENT;
     if (!fExisted) {
-        descriptor = disk.Open(fTarget.c_str(), O_RDWR | O_CREAT | O_NOCTTY, kNewFileMode);
+        descriptor.Reset(disk.Open(fTarget.c_str(), O_RDWR | O_CREAT | O_NOCTTY, kNewFileMode));
     }
-    if (descriptor < 0) {
+    if (!descriptor) {
         return LastError();
     }
     struct stat opened {};
-    const bool known = disk.StatusOf(descriptor, &opened) == 0;
-    OSErr status = known ? noErr : LastError();
-    if (known) {
-        status = AdoptDescriptor(descriptor, fsRdWrPerm, &fFile);
-    } else {
-        disk.Close(descriptor);
+    OSErr status = disk.StatusOf(descriptor.Get(), &opened) == 0 ? noErr : LastError();
+    if (status == noErr) {
+        status = AdoptDescriptor(descriptor.Release(), fsRdWrPerm, fFile.Out());
     }
     if (status != noErr || !S_ISREG(opened.st_mode)) {
         if (!fExisted) {
@@ -307,10 +290,10 @@ OSErr FileUpdate::OpenInPlace() {
         }
         return status;
     }
-    status = fExisted ? ReadRest(fFile, &fOldBytes) : noErr;
+    status = fExisted ? ReadRest(File(), &fOldBytes) : noErr;
     fRestorable = status == noErr;
     if (status == noErr) {
-        status = SetEOF(fFile, 0);
+        status = SetEOF(File(), 0);
     }
     if (status != noErr) {
         Discard();
@@ -319,10 +302,10 @@ OSErr FileUpdate::OpenInPlace() {
 }
 
 OSErr FileUpdate::Commit() try {
-    if (fFile == 0) {
+    if (!fFile) {
         return rfNumErr;
     }
-    OSErr status = PBFlushFileSync(fFile);
+    OSErr status = PBFlushFileSync(File());
     if (status == paramErr && !fRestorable && fBeside.empty()) {
         status = noErr; // a device or pipe cannot be flushed (fsync(2), EINVAL)
     }
@@ -349,20 +332,17 @@ void FileUpdate::Discard() {
     if (fRestorable && fExisted) {
         // Nobody is left to tell when the old bytes cannot be put back: the caller already has the first
         // failure.
-        std::ignore = SetFPos(fFile, fsFromStart, 0);
-        std::ignore = WriteAll(fFile, fOldBytes.data(), fOldBytes.size());
-        std::ignore = SetEOF(fFile, static_cast<std::int64_t>(fOldBytes.size()));
-        std::ignore = PBFlushFileSync(fFile);
+        std::ignore = SetFPos(File(), fsFromStart, 0);
+        std::ignore = WriteAll(File(), fOldBytes.data(), fOldBytes.size());
+        std::ignore = SetEOF(File(), static_cast<std::int64_t>(fOldBytes.size()));
+        std::ignore = PBFlushFileSync(File());
     }
     if (!fBeside.empty()) {
         CurrentDisk().Remove(fBeside.c_str());
     } else if (fRestorable && !fExisted) {
         CurrentDisk().Remove(fTarget.c_str());
     }
-    if (fFile != 0) {
-        FSClose(fFile);
-    }
-    fFile = 0;
+    fFile.Reset();
     fBeside.clear();
     fOldBytes.clear();
     fRestorable = false;
@@ -401,26 +381,19 @@ OSErr KeepFileAside(const std::string &path, const std::string &keptPath) try {
     return memFullErr;
 }
 
-FolderLock::~FolderLock() {
-    if (fDescriptor >= 0) {
-        CurrentDisk().Close(fDescriptor);
-    }
-}
-
 OSErr FolderLock::Acquire(const std::string &folder, std::chrono::milliseconds wait) {
-    if (fDescriptor >= 0) {
+    if (fFolder) {
         return noErr;
     }
-    const int descriptor = CurrentDisk().Open(folder.c_str(), O_RDONLY | O_DIRECTORY, 0);
-    if (descriptor < 0) {
+    DiskDescriptor opened(CurrentDisk().Open(folder.c_str(), O_RDONLY | O_DIRECTORY, 0));
+    if (!opened) {
         return errno == ENOENT ? dirNFErr : LastError();
     }
-    if (const OSErr status = LockWithin(descriptor, wait / kPause); status != noErr) {
-        CurrentDisk().Close(descriptor);
-        return status;
+    const OSErr status = LockWithin(opened.Get(), wait / kPause);
+    if (status == noErr) {
+        fFolder = std::move(opened);
     }
-    fDescriptor = descriptor;
-    return noErr;
+    return status;
 }
 
 } // namespace drevix

@@ -1,7 +1,7 @@
 // Writing a whole file so that a failure, or a death, on the way leaves the old one.
 #pragma once
 
-#include "platform/files.h"
+#include "platform/owners.h"
 
 #include <chrono>
 #include <string>
@@ -39,7 +39,7 @@ class FileUpdate {
     [[nodiscard]] OSErr Open(const std::string &path, UpdateMethod method, const std::string &modeOf = {});
 
     // The empty file to write to, for reading too; 0 before Open. Belongs to the update: do not close it.
-    [[nodiscard]] FileRef File() const { return fFile; }
+    [[nodiscard]] FileRef File() const { return fFile.Get(); }
 
     // Flushes what was written and makes it the file. On failure the old file is back, but for a folder that
     // could not be flushed after the rename: then the new one is in place and its safety against a power cut
@@ -48,14 +48,14 @@ class FileUpdate {
 
   private:
     OSErr OpenBeside(const std::string &modeOf);
-    OSErr MakeBeside(int *result);
+    OSErr MakeBeside(DiskDescriptor *result);
     OSErr OpenInPlace();
     void Discard();
 
     std::string fTarget; // where the file lies; links followed when it is to be replaced
     std::string fBeside; // the new file beside it; empty when writing in place
     std::string fOldBytes;
-    FileRef fFile = 0;
+    OwnedFile fFile;
     bool fExisted = false;
     bool fRestorable = false; // fOldBytes can be put back
 };
@@ -77,18 +77,13 @@ class FileUpdate {
 // a file of the folder take turns. A file system without locks counts as acquired.
 class FolderLock {
   public:
-    FolderLock() = default;
-    FolderLock(const FolderLock &) = delete;
-    FolderLock &operator=(const FolderLock &) = delete;
-    ~FolderLock();
-
     // noErr; fBsyErr when it is held for longer than `wait`; or why the folder could not be opened: dirNFErr,
     // ...
     [[nodiscard]] OSErr Acquire(const std::string &folder,
                                 std::chrono::milliseconds wait = std::chrono::seconds(5));
 
   private:
-    int fDescriptor = -1;
+    DiskDescriptor fFolder;
 };
 
 // Returns when what was made, renamed or removed in a folder is on the disk. noErr, also for a folder that

@@ -1,6 +1,7 @@
 #include "platform/files.h"
 
 #include "platform/disk.h"
+#include "platform/owners.h"
 #include "platform/status.h"
 
 #include <algorithm>
@@ -107,12 +108,8 @@ OSErr FSpCreate(const FSSpec &spec, OSType /*creator*/, OSType /*fileType*/, std
     if (path.empty()) {
         return bdNamErr;
     }
-    const int descriptor = CurrentDisk().Open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL, kNewFileMode);
-    if (descriptor < 0) {
-        return LastError();
-    }
-    CurrentDisk().Close(descriptor);
-    return noErr;
+    const DiskDescriptor made(CurrentDisk().Open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL, kNewFileMode));
+    return made ? noErr : LastError();
 } catch (const std::bad_alloc &) {
     return memFullErr;
 }
@@ -138,20 +135,19 @@ OSErr OpenFile(const std::string &path, Permission permission, FileRef *file) {
 }
 
 OSErr AdoptDescriptor(int descriptor, Permission permission, FileRef *file) {
+    DiskDescriptor owned(descriptor);
     struct stat status {};
-    OSErr result = CurrentDisk().StatusOf(descriptor, &status) == 0 ? noErr : LastError();
-    if (result == noErr && S_ISDIR(status.st_mode)) {
-        result = notAFileErr;
+    if (CurrentDisk().StatusOf(descriptor, &status) != 0) {
+        return LastError();
+    }
+    if (S_ISDIR(status.st_mode)) {
+        return notAFileErr;
     }
     const auto slot = std::ranges::find(gFiles, kNoDescriptor, &OpenedFile::descriptor);
-    if (result == noErr && slot == gFiles.end()) {
-        result = tmfoErr;
+    if (slot == gFiles.end()) {
+        return tmfoErr;
     }
-    if (result != noErr) {
-        CurrentDisk().Close(descriptor);
-        return result;
-    }
-    *slot = {descriptor, permission, 0};
+    *slot = {owned.Release(), permission, 0};
     *file = static_cast<FileRef>(slot - gFiles.begin() + 1);
     return noErr;
 }

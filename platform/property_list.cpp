@@ -1,4 +1,5 @@
 #include "platform/property_list.h"
+#include "platform/owners.h"
 
 #include "platform/property_list_reading.h"
 #include "platform/status.h"
@@ -59,15 +60,11 @@ OSErr ReadAndReport(PropertyListProblem *problem, const Read &read) try {
 OSErr ReadListFile(const std::string &path, HandOver what, const PropertyListElementHandler &handler,
                    PropertyListProblem *problem) {
     return ReadAndReport(problem, [&](PropertyListProblem *found) {
-        FileRef file = 0;
-        if (const OSErr status = OpenFile(path, fsRdPerm, &file); status != noErr) {
+        OwnedFile file;
+        if (const OSErr status = OpenFile(path, fsRdPerm, file.Out()); status != noErr) {
             return status;
         }
-        struct Closer {
-            FileRef file;
-            ~Closer() { FSClose(file); }
-        } const closer{file};
-        ListBytes bytes(file);
+        ListBytes bytes(file.Get());
         return ReadList(bytes, what, handler, found);
     });
 }

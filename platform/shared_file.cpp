@@ -1,7 +1,6 @@
 #include "platform/shared_file.h"
 
-#include "platform/disk.h"
-#include "platform/files.h"
+#include "platform/owners.h"
 #include "platform/status.h"
 
 #include <algorithm>
@@ -21,28 +20,21 @@ constexpr mode_t kNewFileMode = 0666; // less the user's umask
 constexpr std::size_t kMostOldBytes = std::numeric_limits<std::int32_t>::max() - 1;
 
 // Opens a regular file without waiting for the other end of a pipe.
-OSErr OpenRegular(const std::string &path, Permission permission, int flags, FileRef *file) {
+OSErr OpenRegular(const std::string &path, Permission permission, OwnedFile *file) {
     if (path.find('\0') != std::string::npos) {
         return bdNamErr;
     }
     Disk &disk = CurrentDisk();
-    const int descriptor = disk.Open(path.c_str(), flags | O_NOCTTY | O_NONBLOCK, kNewFileMode);
-    if (descriptor < 0) {
-        return StatusFromErrno(errno);
-    }
+    const int flags = permission == Permission::ReadWrite ? O_RDWR : O_RDONLY;
+    DiskDescriptor opened(disk.Open(path.c_str(), flags | O_NOCTTY | O_NONBLOCK, 0));
     struct stat found {};
-    OSErr status = disk.StatusOf(descriptor, &found) == 0 ? noErr : StatusFromErrno(errno);
-    if (status == noErr && !S_ISREG(found.st_mode)) {
-        status = kUnfit;
+    if (!opened || disk.StatusOf(opened.Get(), &found) != 0) {
+        return LastError();
     }
-    if (status != noErr) {
-        disk.Close(descriptor);
-        return status;
-    }
-    return AdoptDescriptor(descriptor, permission, file);
+    return S_ISREG(found.st_mode) ? AdoptDescriptor(opened.Release(), permission, file->Out()) : kUnfit;
 }
 
-OSErr ReadAll(FileRef file, std::size_t most, std::string *bytes) {
+OSErr ReadAll(FileRef file, std::size_t most, std::string *bytes) try {
     std::int64_t length = 0;
     if (const OSErr status = GetEOF(file, &length); status != noErr) {
         return status;
@@ -59,6 +51,8 @@ OSErr ReadAll(FileRef file, std::size_t most, std::string *bytes) {
     read.resize(static_cast<std::size_t>(count));
     *bytes = std::move(read);
     return noErr;
+} catch (const std::bad_alloc &) {
+    return memFullErr;
 }
 
 OSErr WriteFrom(FileRef file, std::size_t offset, std::string_view bytes) {
@@ -107,40 +101,35 @@ OSErr Replace(FileRef file, const std::string &old, std::string_view bytes) {
 
 } // namespace
 
-OSErr ReadSharedFile(const std::string &path, std::size_t most, std::string *bytes) try {
-    FileRef file = 0;
-    OSErr status = OpenRegular(path, fsRdPerm, O_RDONLY, &file);
-    if (status == noErr) {
-        status = ReadAll(file, most, bytes);
-        FSClose(file);
-    }
-    return status;
-} catch (const std::bad_alloc &) {
-    return memFullErr;
+OSErr ReadSharedFile(const std::string &path, std::size_t most, std::string *bytes) {
+    OwnedFile file;
+    const OSErr status = OpenRegular(path, fsRdPerm, &file);
+    return status == noErr ? ReadAll(file.Get(), most, bytes) : status;
 }
 
-OSErr WriteSharedFile(const std::string &path, std::string_view bytes) try {
-    FileRef file = 0;
-    OSErr status = OpenRegular(path, fsRdWrPerm, O_RDWR, &file);
+OSErr WriteSharedFile(const std::string &path, std::string_view bytes) {
+    Disk &disk = CurrentDisk();
+    OwnedFile file;
+    OSErr status = OpenRegular(path, fsRdWrPerm, &file);
     const bool isNew = status == fnfErr;
     if (isNew) {
-        status = OpenRegular(path, fsRdWrPerm, O_RDWR | O_CREAT, &file);
-    }
-    if (status != noErr) {
-        return status;
+        const DiskDescriptor made(disk.Open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL, kNewFileMode));
+        if (!made) {
+            return LastError();
+        }
+        status = OpenRegular(path, fsRdWrPerm, &file);
     }
     std::string old;
-    status = ReadAll(file, kMostOldBytes, &old);
     if (status == noErr) {
-        status = Replace(file, old, bytes);
+        status = ReadAll(file.Get(), kMostOldBytes, &old);
     }
-    FSClose(file);
-    if (status != noErr && isNew) {
-        CurrentDisk().Remove(path.c_str());
+    if (status == noErr) {
+        status = Replace(file.Get(), old, bytes);
+    }
+    if (status != noErr && isNew && old.empty()) {
+        disk.Remove(path.c_str());
     }
     return status;
-} catch (const std::bad_alloc &) {
-    return memFullErr;
 }
 
 } // namespace drevix

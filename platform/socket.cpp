@@ -1,6 +1,7 @@
 #include "platform/socket.h"
 
 #include "platform/loop_watch.h"
+#include "platform/owners.h"
 #include "platform/status.h"
 
 #include <algorithm>
@@ -12,7 +13,7 @@
 #include <netinet/in.h>
 #include <poll.h>
 #include <sys/socket.h>
-#include <unistd.h>
+#include <utility>
 #include <vector>
 
 namespace drevix {
@@ -20,22 +21,9 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-// A descriptor that is closed with its owner.
-class Descriptor {
-  public:
-    explicit Descriptor(int value) : fValue(value) {}
-    Descriptor(const Descriptor &) = delete;
-    Descriptor &operator=(const Descriptor &) = delete;
-    ~Descriptor() { ::close(fValue); }
-    [[nodiscard]] int Value() const { return fValue; }
-
-  private:
-    int fValue;
-};
-
 struct OpenSocket {
     SocketRef ref;
-    std::unique_ptr<Descriptor> descriptor;
+    SystemDescriptor descriptor;
     SocketCallBack callback;
     void *context;
     std::unique_ptr<LoopWatch> watch; // while it waits in the run loop; goes before the descriptor
@@ -81,8 +69,7 @@ OSErr FinishConnecting(int descriptor, Clock::time_point end) {
 }
 
 bool IsReadable(const OpenSocket &socket) {
-    return socket.watch != nullptr &&
-           WaitFor(socket.descriptor->Value(), POLLIN, Clock::time_point()) == noErr;
+    return socket.watch != nullptr && WaitFor(socket.descriptor.Get(), POLLIN, Clock::time_point()) == noErr;
 }
 
 void ServeWaitingSockets() {
@@ -122,12 +109,12 @@ OSErr ResolveHost(const char *host, std::array<std::uint8_t, 4> *address) {
 
 SocketRef SocketCreate(SocketCallBack callback, void *context) {
     ServeWaitingSockets();
-    const int descriptor = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, IPPROTO_TCP);
-    if (descriptor < 0) {
+    SystemDescriptor descriptor(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, IPPROTO_TCP));
+    if (!descriptor) {
         return 0;
     }
     gLastRef = gLastRef == UINT32_MAX ? 1 : gLastRef + 1;
-    gSockets.push_back({gLastRef, std::make_unique<Descriptor>(descriptor), callback, context, nullptr});
+    gSockets.push_back({gLastRef, std::move(descriptor), callback, context, nullptr});
     return gLastRef;
 }
 
@@ -141,7 +128,7 @@ OSErr SocketConnect(SocketRef ref, const SocketAddress &address, std::chrono::mi
     std::memcpy(&to.sin_port, address.port.data(), address.port.size());
     std::memcpy(&to.sin_addr, address.address.data(), address.address.size());
     const Clock::time_point end = Clock::now() + limit;
-    const int descriptor = socket->descriptor->Value();
+    const int descriptor = socket->descriptor.Get();
     if (::connect(descriptor, reinterpret_cast<const struct sockaddr *>(&to), sizeof(to)) == 0) {
         return noErr;
     }
@@ -156,11 +143,11 @@ OSErr SocketSend(SocketRef ref, std::string_view bytes, std::chrono::millisecond
     }
     const Clock::time_point end = Clock::now() + limit;
     while (!bytes.empty()) {
-        const ssize_t sent = ::send(socket->descriptor->Value(), bytes.data(), bytes.size(), MSG_NOSIGNAL);
+        const ssize_t sent = ::send(socket->descriptor.Get(), bytes.data(), bytes.size(), MSG_NOSIGNAL);
         if (sent >= 0) {
             bytes.remove_prefix(static_cast<std::size_t>(sent));
         } else if (errno == EAGAIN) {
-            if (const OSErr status = WaitFor(socket->descriptor->Value(), POLLOUT, end); status != noErr) {
+            if (const OSErr status = WaitFor(socket->descriptor.Get(), POLLOUT, end); status != noErr) {
                 return status;
             }
         } else if (errno != EINTR) {
@@ -176,7 +163,7 @@ void SocketAddToRunLoop(SocketRef ref) {
         return;
     }
     socket->watch = std::make_unique<LoopWatch>([ref] { CallBack(ref); });
-    socket->watch->Watch(socket->descriptor->Value(), POLLIN, std::nullopt);
+    socket->watch->Watch(socket->descriptor.Get(), POLLIN, std::nullopt);
     const auto isWaiting = [](const OpenSocket &open) { return open.watch != nullptr; };
     if (static_cast<std::size_t>(std::ranges::count_if(gSockets, isWaiting)) > kMostWaitingSockets) {
         SocketInvalidate(std::ranges::find_if(gSockets, isWaiting)->ref);

@@ -1,6 +1,7 @@
 #include "settings/device_prefs.h"
 
 #include "platform/file_update.h"
+#include "platform/owners.h"
 #include "platform/status.h"
 #include "qbase/qbase_file.h"
 #include "settings/action_commands.h"
@@ -44,20 +45,19 @@ OSErr FindNamedFile(StringPtr fileName, FolderCreation creation, std::string *pa
 // when they are refused the base gets its own user fields back: the stamp of a refused file would say that
 // the factory records were merged into a base that lacks them.
 OSErr ReadDevicePrefs(QBaseHandle base, const std::string &path) {
-    FileRef file = 0;
-    if (const OSErr status = OpenFile(path, fsRdPerm, &file); status != noErr) {
+    OwnedFile file;
+    if (const OSErr status = OpenFile(path, fsRdPerm, file.Out()); status != noErr) {
         return status;
     }
     const QBaseOwner before = NewDrevixBase();
     OSErr status = before != nullptr ? QBaseDuplicateUserFields(base, before.get()) : memFullErr;
     if (status == noErr) {
-        status = QBaseRead(base, file, true, true, true, true);
+        status = QBaseRead(base, file.Get(), true, true, true, true);
         if (status != noErr) {
             std::ignore = QBaseDuplicateUserFields(before.get(), base); // as it worked the other way round
             std::ignore = QBaseSetUserBlock(base, nullptr, 0);          // needs no memory
         }
     }
-    FSClose(file);
     return status;
 }
 

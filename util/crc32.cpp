@@ -2,6 +2,7 @@
 
 #include "platform/block.h"
 #include "platform/clock.h"
+#include "platform/owners.h"
 #include "platform/status.h"
 #include "util/crc32_kernels.h"
 
@@ -101,13 +102,9 @@ using OpenForkFunction = OSErr (*)(const FSSpec &spec, Permission permission, Fi
 
 OSErr CalcForkCRC32(OpenForkFunction openFork, const FSSpec &spec, bool isResourceFork, std::uint32_t *crc,
                     std::uint32_t *sum, CrcProgressFunction progress, std::uint32_t interval) {
-    FileRef file = 0;
-    if (const OSErr status = openFork(spec, fsRdPerm, &file); status != noErr) {
-        return status;
-    }
-    const OSErr status = CalcFileCRC32(file, isResourceFork, crc, sum, progress, interval);
-    FSClose(file); // nothing was written, so closing can lose nothing
-    return status;
+    OwnedFile file;
+    const OSErr status = openFork(spec, fsRdPerm, file.Out());
+    return status == noErr ? CalcFileCRC32(file.Get(), isResourceFork, crc, sum, progress, interval) : status;
 }
 
 } // namespace

@@ -3,6 +3,7 @@
 #include "platform/disk.h"
 #include "platform/equal_string.h"
 #include "platform/file_update.h"
+#include "platform/owners.h"
 #include "platform/status.h"
 #include "util/alias_file.h"
 #include "util/file_references.h"
@@ -51,11 +52,7 @@ std::string TargetOf(const std::string &path) {
 }
 
 bool IsThere(const std::string &path) {
-    const int descriptor = path.empty() ? -1 : CurrentDisk().Open(path.c_str(), O_PATH, 0);
-    if (descriptor >= 0) {
-        CurrentDisk().Close(descriptor);
-    }
-    return descriptor >= 0;
+    return !path.empty() && DiskDescriptor(CurrentDisk().Open(path.c_str(), O_PATH, 0));
 }
 
 // The first entry of the folder whose name is this one but for letter case; an empty name without one.

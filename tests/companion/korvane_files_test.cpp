@@ -242,7 +242,8 @@ TEST(KorvaneFiles, Example_OfThePageIsReadAndWrittenAgain) {
     EXPECT_EQ(KorvaneFileText(*list), page);
 }
 
-// A save that fails at any step leaves the old bytes in the file itself.
+// A save that fails at any step leaves the old bytes in the file itself. Where there was none an empty one once
+// stayed behind.
 TEST(KorvaneFiles, FailedSave_RestoresTheFile) {
     const CompanionFolder folder;
     const KorvaneHotKeyList list = ListOf({"One", "Two|1|pyralis||4"});
@@ -252,12 +253,17 @@ TEST(KorvaneFiles, FailedSave_RestoresTheFile) {
     std::filesystem::create_hard_link(linked, folder.File(1));
     const auto run = [&](int failAt, Lasts lasts) {
         WriteWhole(linked, before);
+        std::filesystem::remove(folder.File(3));
         bool isSaved = false;
-        const bool wasHit =
-            MeetsFault(failAt, lasts, ENOSPC, [&] { isSaved = SaveKorvanePrefsForApp(list, "Photoshop"); });
+        bool isNewSaved = false;
+        const bool wasHit = MeetsFault(failAt, lasts, ENOSPC, [&] {
+            isSaved = SaveKorvanePrefsForApp(list, "Photoshop");
+            isNewSaved = SaveKorvanePrefsForApp(list, "InDesign");
+        });
+        EXPECT_EQ(std::filesystem::exists(folder.File(3)), isNewSaved) << failAt;
         EXPECT_EQ(ReadWhole(linked), isSaved ? KorvaneFileText(list) : before) << failAt;
         EXPECT_EQ(OpenFileCount(), 0);
-        EXPECT_TRUE(wasHit || isSaved);
+        EXPECT_TRUE(wasHit || (isSaved && isNewSaved));
         return wasHit;
     };
     ForEachFault(4, run, {Lasts::Once});

@@ -1,9 +1,13 @@
+#include "platform/apple_double.h"
 #include "platform/files.h"
+#include "platform/shared_file.h"
 #include "platform/status.h"
 #include "tests/platform/property_list_support.h"
 #include "tests/support/failing_new.h"
 
 #include <gtest/gtest.h>
+
+#include <functional>
 
 namespace drevix {
 namespace {
@@ -11,7 +15,7 @@ namespace {
 // Runs `operation` with its first, second, ... allocation failing, until none is left to fail; `afterwards`
 // looks at what each run but the last has left.
 template <typename Operation, typename Check>
-void FailEachAllocation(const Operation &operation, const Check &afterwards) {
+void FailEachAllocation(int least, const Operation &operation, const Check &afterwards) {
     for (int failIn = 1;; ++failIn) {
         test::gNewFailsIn = failIn;
         const OSErr status = operation();
@@ -20,14 +24,14 @@ void FailEachAllocation(const Operation &operation, const Check &afterwards) {
         ASSERT_EQ(status, wasHit ? memFullErr : noErr) << failIn;
         EXPECT_EQ(OpenFileCount(), 0);
         if (!wasHit) {
-            EXPECT_GT(failIn, 5);
+            EXPECT_GT(failIn, least);
             return;
         }
         afterwards();
     }
 }
 
-TEST(PropertyListMemory, NoRoomToRead_IsReported) {
+TEST(Memory, NoRoomToReadAList_IsReported) {
     test::ScratchFolder scratch;
     const std::string xml = scratch.Path("xml");
     const std::string binary = scratch.Path("binary");
@@ -36,19 +40,42 @@ TEST(PropertyListMemory, NoRoomToRead_IsReported) {
     const PropertyListElementHandler take = [](PropertyList &) { return true; };
     for (const std::string &path : {xml, binary}) {
         PropertyListProblem problem;
-        FailEachAllocation([&] { return ReadPropertyListArray(path, take, &problem); }, [] {});
+        FailEachAllocation(
+            5, [&] { return ReadPropertyListArray(path, take, &problem); }, [] {});
     }
 }
 
-TEST(PropertyListMemory, NoRoomToWrite_LeavesTheOldFile) {
+TEST(Memory, NoRoomToWriteAList_LeavesTheOldFile) {
     test::ScratchFolder scratch;
     const std::string path = scratch.Path("config/list");
     PropertyListArray list = test::EveryValue();
     list.emplace_back(std::string(100'000, 'x'));
     test::WriteWhole(path, "old bytes");
-    FailEachAllocation([&] { return test::WriteList(path, list); },
-                       [&] { EXPECT_EQ(test::ReadWhole(path), "old bytes"); });
+    FailEachAllocation(
+        5, [&] { return test::WriteList(path, list); },
+        [&] { EXPECT_EQ(test::ReadWhole(path), "old bytes"); });
     EXPECT_EQ(test::ReadList(path).Text(), PropertyListArrayText(list));
+}
+
+// Without the memory for its bytes the file stayed open for good.
+TEST(Memory, NoRoomForAFilesBytes_LeavesItClosedAndAsItWas) {
+    test::ScratchFolder scratch;
+    const std::string path = scratch.Path("file");
+    const std::string old(1000, 'o');
+    test::WriteWhole(path, old);
+    AppleDouble companion;
+    companion.resourceFork = old;
+    ASSERT_EQ(WriteCompanion(path, companion), noErr);
+    std::string bytes;
+    const std::function<OSErr()> operations[] = {
+        [&] { return ReadSharedFile(path, 2 * old.size(), &bytes); },
+        [&] { return ReadCompanion(path, &companion); },
+        [&] { return WriteSharedFile(path, "new bytes"); },
+    };
+    for (const auto &operation : operations) {
+        FailEachAllocation(1, operation, [&] { EXPECT_EQ(test::ReadWhole(path), old); });
+    }
+    EXPECT_EQ(test::ReadWhole(path), "new bytes");
 }
 
 } // namespace
