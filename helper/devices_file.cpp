@@ -1,5 +1,6 @@
 #include "helper/devices_file.h"
 
+#include "platform/field_words.h"
 #include "platform/shared_file.h"
 #include "platform/status.h"
 
@@ -12,27 +13,19 @@
 namespace drevix {
 namespace {
 
-constexpr std::string_view kBlanks = " \t\r";
 constexpr std::size_t kSerialDigits = 14;
 constexpr std::size_t kMostBytes = 65536; // of a file
-constexpr std::size_t kShownBytes = 40;   // of a word that is no field
 
-// Reads all of a text as a number.
-std::optional<unsigned> ReadNumber(std::string_view text, int base) {
+// Reads all of a text as hexadecimal digits.
+std::optional<unsigned> ReadHexDigits(std::string_view text) {
     unsigned number = 0;
     const char *end = text.data() + text.size();
-    const auto [stop, error] = std::from_chars(text.data(), end, number, base);
+    const auto [stop, error] = std::from_chars(text.data(), end, number, 16);
     return error == std::errc() && stop == end ? std::optional(number) : std::nullopt;
 }
 
-std::optional<unsigned> ReadBounded(std::string_view text, unsigned most) {
-    const bool isHex = text.starts_with("0x");
-    const std::optional<unsigned> number = ReadNumber(text.substr(isHex ? 2 : 0), isHex ? 16 : 10);
-    return number && *number <= most ? number : std::nullopt;
-}
-
 bool TakeIdentifier(std::string_view text, std::uint16_t *field) {
-    const std::optional<unsigned> number = ReadBounded(text, UINT16_MAX);
+    const std::optional<std::int64_t> number = FieldNumber(text, 0, UINT16_MAX);
     *field = static_cast<std::uint16_t>(number.value_or(0));
     return number.has_value();
 }
@@ -46,7 +39,7 @@ bool TakeProduct(std::string_view text, ConnectedDevice *device) {
 }
 
 bool TakeInterface(std::string_view text, ConnectedDevice *device) {
-    const std::optional<unsigned> number = ReadBounded(text, UINT8_MAX);
+    const std::optional<std::int64_t> number = FieldNumber(text, 0, UINT8_MAX);
     device->interfaceNum = static_cast<std::uint8_t>(number.value_or(0));
     return number.has_value();
 }
@@ -62,7 +55,7 @@ bool TakeVersion(std::string_view text, ConnectedDevice *device) {
         return false;
     }
     const std::string digits = std::string(text.substr(0, point)) + std::string(text.substr(point + 1));
-    device->productVers = static_cast<std::uint16_t>(ReadNumber(digits, 16).value_or(0));
+    device->productVers = static_cast<std::uint16_t>(ReadHexDigits(digits).value_or(0));
     return AreDigits(digits);
 }
 
@@ -72,7 +65,7 @@ bool TakeSerial(std::string_view text, ConnectedDevice *device) {
     }
     device->serialNumber[0] = 1;
     for (std::size_t i = 0; i < kSerialDigits; i += 2) {
-        const std::optional<unsigned> byte = ReadNumber(text.substr(i, 2), 16);
+        const std::optional<unsigned> byte = ReadHexDigits(text.substr(i, 2));
         if (!byte) {
             return false;
         }
@@ -107,49 +100,34 @@ constexpr auto kFields = std::to_array<Field>({
     {"productName", "at most 127 bytes", TakeName<&ConnectedDevice::productName>},
 });
 
-std::string_view Trimmed(std::string_view text) {
-    const std::size_t first = text.find_first_not_of(kBlanks);
-    return first == text.npos ? std::string_view()
-                              : text.substr(first, text.find_last_not_of(kBlanks) + 1 - first);
-}
-
-// Takes the next "field=value" off the front of a text.
-bool TakeWord(std::string_view *text, ConnectedDevice *device, std::string *problem) {
-    const std::size_t equals = std::min(text->find('='), text->size());
-    const std::string_view name = text->substr(0, equals);
-    const auto *field = std::ranges::find(kFields, name, &Field::name);
-    if (equals == text->size() || field == kFields.end()) {
-        const std::string_view word = name.substr(0, name.find_first_of(kBlanks)).substr(0, kShownBytes);
-        *problem = "there is no field \"" + std::string(word) + "\"";
+// Takes the next "field=value" off the front of a line.
+bool TakeField(std::string_view *line, ConnectedDevice *device, std::string *problem) {
+    FieldWord word;
+    if (!TakeFieldWord(line, &word, problem)) {
         return false;
     }
-    text->remove_prefix(equals + 1);
-    const bool isQuoted = text->starts_with('"');
-    text->remove_prefix(isQuoted ? 1 : 0);
-    const std::size_t end = std::min(isQuoted ? text->find('"') : text->find_first_of(kBlanks), text->size());
-    if (isQuoted && end == text->size()) {
-        *problem = "the quote of " + std::string(name) + " is not closed";
+    const auto *field = std::ranges::find(kFields, word.name, &Field::name);
+    if (!word.value || field == kFields.end()) {
+        *problem = "there is no field " + QuotedWord(word.name);
         return false;
     }
-    if (!field->take(text->substr(0, end), device)) {
-        *problem = std::string(name) + " must be " + std::string(field->form);
+    if (!field->take(*word.value, device)) {
+        *problem = std::string(field->name) + " must be " + std::string(field->form);
         return false;
     }
-    text->remove_prefix(std::min(end + 1, text->size()));
-    *text = Trimmed(*text);
     return true;
 }
 
 } // namespace
 
 bool AddDevice(std::string_view line, DeviceList *list, std::string *problem) {
-    std::string_view rest = Trimmed(line);
+    std::string_view rest = TrimmedText(line);
     if (rest.empty() || rest.starts_with('#')) {
         return true;
     }
     ConnectedDevice device{};
     while (!rest.empty()) {
-        if (!TakeWord(&rest, &device, problem)) {
+        if (!TakeField(&rest, &device, problem)) {
             return false;
         }
     }
@@ -164,12 +142,10 @@ bool AddDevice(std::string_view line, DeviceList *list, std::string *problem) {
 bool ParseDevices(std::string_view text, DeviceList *list, std::string *problem) {
     DeviceList found{};
     for (int line = 1; !text.empty(); ++line) {
-        const std::size_t end = std::min(text.find('\n'), text.size());
-        if (!AddDevice(text.substr(0, end), &found, problem)) {
+        if (!AddDevice(TakeTextLine(&text), &found, problem)) {
             *problem = "line " + std::to_string(line) + ": " + *problem;
             return false;
         }
-        text.remove_prefix(std::min(end + 1, text.size()));
     }
     *list = found;
     return true;
