@@ -1,5 +1,7 @@
 #include "settings/action_commands.h"
 
+#include "settings/action_list.h"
+
 #include <algorithm>
 #include <array>
 
@@ -15,87 +17,6 @@ constexpr auto kGroupTitles = std::to_array<std::string_view>({
     "Application navigation", "Open item", "Desktop", "Special key", "Media player", "Shortcut", "Scroll",
 });
 static_assert(kGroupTitles.size() == static_cast<std::size_t>(ActionScroll) + 1);
-
-// A title says what a user of any Linux desktop sees happen; which program or key brings it about is the
-// device helper's business.
-constexpr auto kActions = std::to_array<ActionInfo>({
-    {0,   ActionNone,       0,                                    "No action"},
-    {4,   ActionUseGlobal,  kNotInGlobalRecord,                   "Use the global setting"},
-    {7,   ActionModeSwitch, kOneSlotOnly,                         "Switch ring mode"},
-    {32,  ActionKeystroke,  0,                                    "Keystroke"},
-    {34,  ActionToolMenu,   kToolMenuRecords | kToolMenuButtons,  "Companion menu entry"},
-    {35,  ActionAppTool,    kNavAppsOnly | kTunerOnly,            "Tool size down"},
-    {36,  ActionAppTool,    kNavAppsOnly | kTunerOnly,            "Tool size up"},
-    {37,  ActionAppNav,     kNavAppsOnly | kNotOnTuner,           "Move left"},
-    {38,  ActionAppNav,     kNavAppsOnly | kNotOnTuner,           "Move right"},
-    {39,  ActionAppNav,     kNavAppsOnly | kNotOnTuner,           "Move up"},
-    {40,  ActionAppNav,     kNavAppsOnly | kNotOnTuner,           "Move down"},
-    {41,  ActionAppNav,     kNavAppsOnly | kNotOnTuner,           "Zoom out"},
-    {42,  ActionAppNav,     kNavAppsOnly | kNotOnTuner,           "Zoom in"},
-    {43,  ActionAppNav,     kNavAppsOnly | kNotOnTuner | kOneSlotOnly, "Fit to window"},
-    {64,  ActionOpenItem,   0,                                    "Open item"},
-    {67,  ActionPredefined, 0,                                    "Show desktop"},
-    {68,  ActionPredefined, 0,                                    "Show application windows"},
-    {69,  ActionPredefined, 0,                                    "Show all windows"},
-    {80,  ActionPredefined, 0,                                    "Open file manager"},
-    {81,  ActionPredefined, 0,                                    "Open web browser"},
-    {82,  ActionPredefined, 0,                                    "Open mail"},
-    {83,  ActionPredefined, 0,                                    "Open calendar"},
-    {84,  ActionPredefined, 0,                                    "Open contacts"},
-    {85,  ActionPredefined, 0,                                    "Open messages"},
-    {86,  ActionPredefined, 0,                                    "Open terminal"},
-    {87,  ActionPredefined, 0,                                    "Open text editor"},
-    {88,  ActionPredefined, 0,                                    "Open calculator"},
-    {89,  ActionPredefined, 0,                                    "Open image viewer"},
-    {90,  ActionPredefined, 0,                                    "Open document viewer"},
-    {91,  ActionPredefined, 0,                                    "Open music player"},
-    {92,  ActionPredefined, 0,                                    "Open video player"},
-    {93,  ActionPredefined, 0,                                    "Open screenshot tool"},
-    {94,  ActionPredefined, 0,                                    "Open software manager"},
-    {95,  ActionPredefined, 0,                                    "Open system monitor"},
-    {96,  ActionPredefined, 0,                                    "Open system settings"},
-    {102, ActionPredefined, 0,                                    "Lock screen"},
-    {103, ActionPredefined, 0,                                    "Log out"},
-    {104, ActionPredefined, 0,                                    "Suspend"},
-    {105, ActionPredefined, 0,                                    "Restart"},
-    {106, ActionPredefined, 0,                                    "Shut down"},
-    {128, ActionSpecialKey, 0,                                    "Eject disc"},
-    {129, ActionSpecialKey, 0,                                    "Mute microphone"},
-    {130, ActionSpecialKey, 0,                                    "Mute sound"},
-    {131, ActionSpecialKey, 0,                                    "Volume down"},
-    {132, ActionSpecialKey, 0,                                    "Volume up"},
-    {133, ActionSpecialKey, 0,                                    "Brightness down"},
-    {134, ActionSpecialKey, 0,                                    "Brightness up"},
-    {144, ActionITunes,     0,                                    "Play or pause"},
-    {145, ActionITunes,     0,                                    "Next track"},
-    {146, ActionITunes,     0,                                    "Previous track"},
-    {147, ActionITunes,     0,                                    "Stop playing"},
-    {151, ActionITunes,     0,                                    "Player volume up"},
-    {152, ActionITunes,     0,                                    "Player volume down"},
-    {160, ActionShortcut,   0,                                    "Browser back"},
-    {161, ActionShortcut,   0,                                    "Browser forward"},
-    {162, ActionShortcut,   0,                                    "Browser reload"},
-    {176, ActionShortcut,   0,                                    "New"},
-    {177, ActionShortcut,   0,                                    "Open"},
-    {178, ActionShortcut,   0,                                    "Save"},
-    {179, ActionShortcut,   0,                                    "Print"},
-    {180, ActionShortcut,   0,                                    "Close window"},
-    {181, ActionShortcut,   0,                                    "Minimize window"},
-    {182, ActionShortcut,   0,                                    "Undo"},
-    {183, ActionShortcut,   0,                                    "Cut"},
-    {184, ActionShortcut,   0,                                    "Copy"},
-    {185, ActionShortcut,   0,                                    "Paste"},
-    {186, ActionShortcut,   0,                                    "Select all"},
-    {187, ActionShortcut,   0,                                    "Find"},
-    {188, ActionShortcut,   0,                                    "Find next"},
-    {189, ActionShortcut,   0,                                    "Next window"},
-    {190, ActionShortcut,   0,                                    "Full screen"},
-    {208, ActionShortcut,   0,                                    "Redo"},
-    {224, ActionScroll,     0,                                    "Scroll up"},
-    {225, ActionScroll,     0,                                    "Scroll down"},
-    {226, ActionScroll,     0,                                    "Scroll left"},
-    {227, ActionScroll,     0,                                    "Scroll right"},
-});
 
 constexpr std::int16_t kSep = kMenuSeparator;
 constexpr auto kAppNavCodes = std::to_array<std::int16_t>({37, 38, 39, 40, 41, 42, 43});

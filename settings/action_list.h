@@ -1,0 +1,93 @@
+// The table behind AllActions, for code that proves while it is compiled that it knows every command.
+#pragma once
+
+#include "settings/action_commands.h"
+
+#include <array>
+
+namespace drevix {
+
+// clang-format off
+// A title says what a user of any Linux desktop sees happen; which program or key brings it about is the
+// device helper's business.
+inline constexpr auto kActions = std::to_array<ActionInfo>({
+    {0,   ActionGroup::ActionNone,       0,                                    "No action"},
+    {4,   ActionGroup::ActionUseGlobal,  kNotInGlobalRecord,                   "Use the global setting"},
+    {7,   ActionGroup::ActionModeSwitch, kOneSlotOnly,                         "Switch ring mode"},
+    {32,  ActionGroup::ActionKeystroke,  0,                                    "Keystroke"},
+    {34,  ActionGroup::ActionToolMenu,   kToolMenuRecords | kToolMenuButtons,  "Companion menu entry"},
+    {35,  ActionGroup::ActionAppTool,    kNavAppsOnly | kTunerOnly,            "Tool size down"},
+    {36,  ActionGroup::ActionAppTool,    kNavAppsOnly | kTunerOnly,            "Tool size up"},
+    {37,  ActionGroup::ActionAppNav,     kNavAppsOnly | kNotOnTuner,           "Move left"},
+    {38,  ActionGroup::ActionAppNav,     kNavAppsOnly | kNotOnTuner,           "Move right"},
+    {39,  ActionGroup::ActionAppNav,     kNavAppsOnly | kNotOnTuner,           "Move up"},
+    {40,  ActionGroup::ActionAppNav,     kNavAppsOnly | kNotOnTuner,           "Move down"},
+    {41,  ActionGroup::ActionAppNav,     kNavAppsOnly | kNotOnTuner,           "Zoom out"},
+    {42,  ActionGroup::ActionAppNav,     kNavAppsOnly | kNotOnTuner,           "Zoom in"},
+    {43,  ActionGroup::ActionAppNav,     kNavAppsOnly | kNotOnTuner | kOneSlotOnly, "Fit to window"},
+    {64,  ActionGroup::ActionOpenItem,   0,                                    "Open item"},
+    {67,  ActionGroup::ActionPredefined, 0,                                    "Show desktop"},
+    {68,  ActionGroup::ActionPredefined, 0,                                    "Show application windows"},
+    {69,  ActionGroup::ActionPredefined, 0,                                    "Show all windows"},
+    {80,  ActionGroup::ActionPredefined, 0,                                    "Open file manager"},
+    {81,  ActionGroup::ActionPredefined, 0,                                    "Open web browser"},
+    {82,  ActionGroup::ActionPredefined, 0,                                    "Open mail"},
+    {83,  ActionGroup::ActionPredefined, 0,                                    "Open calendar"},
+    {84,  ActionGroup::ActionPredefined, 0,                                    "Open contacts"},
+    {85,  ActionGroup::ActionPredefined, 0,                                    "Open messages"},
+    {86,  ActionGroup::ActionPredefined, 0,                                    "Open terminal"},
+    {87,  ActionGroup::ActionPredefined, 0,                                    "Open text editor"},
+    {88,  ActionGroup::ActionPredefined, 0,                                    "Open calculator"},
+    {89,  ActionGroup::ActionPredefined, 0,                                    "Open image viewer"},
+    {90,  ActionGroup::ActionPredefined, 0,                                    "Open document viewer"},
+    {91,  ActionGroup::ActionPredefined, 0,                                    "Open music player"},
+    {92,  ActionGroup::ActionPredefined, 0,                                    "Open video player"},
+    {93,  ActionGroup::ActionPredefined, 0,                                    "Open screenshot tool"},
+    {94,  ActionGroup::ActionPredefined, 0,                                    "Open software manager"},
+    {95,  ActionGroup::ActionPredefined, 0,                                    "Open system monitor"},
+    {96,  ActionGroup::ActionPredefined, 0,                                    "Open system settings"},
+    {102, ActionGroup::ActionPredefined, 0,                                    "Lock screen"},
+    {103, ActionGroup::ActionPredefined, 0,                                    "Log out"},
+    {104, ActionGroup::ActionPredefined, 0,                                    "Suspend"},
+    {105, ActionGroup::ActionPredefined, 0,                                    "Restart"},
+    {106, ActionGroup::ActionPredefined, 0,                                    "Shut down"},
+    {128, ActionGroup::ActionSpecialKey, 0,                                    "Eject disc"},
+    {129, ActionGroup::ActionSpecialKey, 0,                                    "Mute microphone"},
+    {130, ActionGroup::ActionSpecialKey, 0,                                    "Mute sound"},
+    {131, ActionGroup::ActionSpecialKey, 0,                                    "Volume down"},
+    {132, ActionGroup::ActionSpecialKey, 0,                                    "Volume up"},
+    {133, ActionGroup::ActionSpecialKey, 0,                                    "Brightness down"},
+    {134, ActionGroup::ActionSpecialKey, 0,                                    "Brightness up"},
+    {144, ActionGroup::ActionITunes,     0,                                    "Play or pause"},
+    {145, ActionGroup::ActionITunes,     0,                                    "Next track"},
+    {146, ActionGroup::ActionITunes,     0,                                    "Previous track"},
+    {147, ActionGroup::ActionITunes,     0,                                    "Stop playing"},
+    {151, ActionGroup::ActionITunes,     0,                                    "Player volume up"},
+    {152, ActionGroup::ActionITunes,     0,                                    "Player volume down"},
+    {160, ActionGroup::ActionShortcut,   0,                                    "Browser back"},
+    {161, ActionGroup::ActionShortcut,   0,                                    "Browser forward"},
+    {162, ActionGroup::ActionShortcut,   0,                                    "Browser reload"},
+    {176, ActionGroup::ActionShortcut,   0,                                    "New"},
+    {177, ActionGroup::ActionShortcut,   0,                                    "Open"},
+    {178, ActionGroup::ActionShortcut,   0,                                    "Save"},
+    {179, ActionGroup::ActionShortcut,   0,                                    "Print"},
+    {180, ActionGroup::ActionShortcut,   0,                                    "Close window"},
+    {181, ActionGroup::ActionShortcut,   0,                                    "Minimize window"},
+    {182, ActionGroup::ActionShortcut,   0,                                    "Undo"},
+    {183, ActionGroup::ActionShortcut,   0,                                    "Cut"},
+    {184, ActionGroup::ActionShortcut,   0,                                    "Copy"},
+    {185, ActionGroup::ActionShortcut,   0,                                    "Paste"},
+    {186, ActionGroup::ActionShortcut,   0,                                    "Select all"},
+    {187, ActionGroup::ActionShortcut,   0,                                    "Find"},
+    {188, ActionGroup::ActionShortcut,   0,                                    "Find next"},
+    {189, ActionGroup::ActionShortcut,   0,                                    "Next window"},
+    {190, ActionGroup::ActionShortcut,   0,                                    "Full screen"},
+    {208, ActionGroup::ActionShortcut,   0,                                    "Redo"},
+    {224, ActionGroup::ActionScroll,     0,                                    "Scroll up"},
+    {225, ActionGroup::ActionScroll,     0,                                    "Scroll down"},
+    {226, ActionGroup::ActionScroll,     0,                                    "Scroll left"},
+    {227, ActionGroup::ActionScroll,     0,                                    "Scroll right"},
+});
+// clang-format on
+
+} // namespace drevix
