@@ -160,14 +160,15 @@ constexpr auto kKeyTable = std::to_array<Key>({
 struct Alias {
     std::uint16_t scanCode;
     std::uint8_t keyCode;
+    bool isSent = false; // instead of the classic key, which PC keyboards lack and programs do not expect
 };
 
 // Keys of other keyboards that are in the place of a classic one, or do the same.
 constexpr auto kAliases = std::to_array<Alias>({
-    { 99, 0x69}, // KEY_SYSRQ, Print Screen: F13
-    { 70, 0x6B}, // KEY_SCROLLLOCK: F14
-    {119, 0x71}, // KEY_PAUSE: F15
-    {110, 0x72}, // KEY_INSERT: help
+    { 99, 0x69, true}, // KEY_SYSRQ, Print Screen: F13
+    { 70, 0x6B, true}, // KEY_SCROLLLOCK: F14
+    {119, 0x71, true}, // KEY_PAUSE: F15
+    {110, 0x72, true}, // KEY_INSERT: help
     {355, 0x47}, // KEY_CLEAR: clear
     {121, 0x5F}, // KEY_KPCOMMA, on Brazilian keyboards: keypad comma
     { 94, 0x66}, // KEY_MUHENKAN: Latin script
@@ -210,6 +211,16 @@ std::uint8_t KeyCodeFromScanCode(std::uint16_t scanCode) {
     }
     const auto *alias = std::ranges::find(kAliases, scanCode, &Alias::scanCode);
     return alias != kAliases.end() ? alias->keyCode : kNoKeyCode;
+}
+
+std::uint16_t ScanCodeToSend(std::uint8_t keyCode) {
+    const auto *alias = std::ranges::find_if(
+        kAliases, [keyCode](const Alias &row) { return row.keyCode == keyCode && row.isSent; });
+    if (alias != kAliases.end()) {
+        return alias->scanCode;
+    }
+    const auto *key = std::ranges::find(kKeyTable, keyCode, &Key::keyCode);
+    return key != kKeyTable.end() ? key->scanCode : std::uint16_t{0};
 }
 
 std::array<std::uint8_t, 128> KeyCharacters(const KeyboardCharacters &layout) {

@@ -22,6 +22,10 @@ inline constexpr std::uint16_t kScanCodeOffset = 8;
 // Scroll Lock and Pause for F13 to F15.
 [[nodiscard]] std::uint8_t KeyCodeFromScanCode(std::uint16_t scanCode);
 
+// The scan code to send for a key, 0 for a number that is no key. Keys that stand for those of a PC keyboard which
+// lacks them, help and F13 to F15, are sent as these: Insert, Print Screen, Scroll Lock, Pause.
+[[nodiscard]] std::uint16_t ScanCodeToSend(std::uint8_t keyCode);
+
 // Whether the key is one of the numeric keypad, by its number: 65 to 92.
 [[nodiscard]] constexpr bool IsKeypadKey(std::uint8_t keyCode) {
     return keyCode >= 65 && keyCode <= 92;
