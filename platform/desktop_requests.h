@@ -1,0 +1,25 @@
+// What can be asked of a desktop, its session and its media players, without saying how.
+#pragma once
+
+#include <cstdint>
+
+namespace drevix {
+
+enum class ScrollDirection : std::uint8_t { Up, Down, Left, Right };
+
+// To the window in front, and to the desktop about its windows.
+enum class WindowRequest : std::uint8_t {
+    Close,
+    Minimize,
+    FullScreen, // and back
+    ShowDesktop,
+    ShowApplicationWindows,
+    ShowAllWindows,
+};
+
+enum class SessionRequest : std::uint8_t { Lock, LogOut, Suspend, Restart, ShutDown };
+
+// To the player that played last.
+enum class PlayerRequest : std::uint8_t { PlayPause, Next, Previous, Stop, VolumeUp, VolumeDown };
+
+} // namespace drevix
