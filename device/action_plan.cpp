@@ -1,0 +1,327 @@
+#include "device/action_plan.h"
+
+#include "keyboard/key_codes.h"
+#include "platform/ascii.h"
+#include "settings/action_list.h"
+
+#include <algorithm>
+#include <linux/input-event-codes.h>
+
+namespace drevix {
+namespace {
+
+constexpr std::uint16_t kCtrl = kControlModifier;
+constexpr std::uint16_t kAlt = kOptionModifier;
+constexpr std::uint16_t kShift = kShiftModifier;
+constexpr std::uint16_t kSuper = kCommandModifier;
+constexpr std::uint16_t kHeldDelay = 0xFFFF; // of a keystroke
+
+struct ModifierKey {
+    std::uint16_t modifier;
+    std::uint16_t scanCode;
+};
+constexpr auto kModifierKeys = std::to_array<ModifierKey>({
+    {kCtrl, KEY_LEFTCTRL},
+    {kAlt, KEY_LEFTALT},
+    {kShift, KEY_LEFTSHIFT},
+    {kSuper, KEY_LEFTMETA},
+});
+
+// How a row of the table makes its step.
+
+// A key in its place, whatever the layout.
+struct Place {
+    std::uint16_t scanCode;
+    std::uint16_t modifiers = 0;
+};
+// A key by what it types without modifiers in the layout.
+struct Typed {
+    char character;
+    std::uint16_t modifiers = 0;
+};
+using Key = std::variant<Place, Typed>;
+struct Window {
+    WindowRequest request;
+    std::optional<Key> otherwise = std::nullopt;
+};
+struct Player {
+    PlayerRequest request;
+    std::optional<Key> otherwise = std::nullopt;
+};
+struct SlotKeystroke {}; // the slot says which
+struct SlotScroll {
+    ScrollDirection direction;
+};
+struct SlotItem {};
+using Recipe = std::variant<DoNothing, Place, Typed, Window, Player, SlotKeystroke, SlotScroll, SlotItem,
+                            ProgramKind, AskSession, SwitchRingMode>;
+
+struct PlanRow {
+    ActionCommand code;
+    Recipe recipe;
+    Holding holding = Holding::Once; // where the slot does not say
+};
+
+using enum ScrollDirection;
+using Request = WindowRequest;
+using Play = PlayerRequest;
+using Session = SessionRequest;
+
+// clang-format off
+// One row a command. Open and save dialogs, undo and the like have one key in nearly all programs; where desktops
+// differ the request that all of them understand comes first.
+constexpr auto kPlans = std::to_array<PlanRow>({
+    {0,   DoNothing{}},
+    {4,   DoNothing{}}, // that of the global record was looked up before
+    {7,   SwitchRingMode{}},
+    {32,  SlotKeystroke{}},
+    {34,  DoNothing{"the companion takes no menu commands"}},
+    {35,  Typed{'['}},
+    {36,  Typed{']'}},
+    {37,  SlotScroll{Left}},
+    {38,  SlotScroll{Right}},
+    {39,  SlotScroll{Up}},
+    {40,  SlotScroll{Down}},
+    {41,  Typed{'-', kCtrl}},
+    {42,  Typed{'+', kCtrl}},
+    {43,  Typed{'0', kCtrl}},
+    {64,  SlotItem{}},
+    {67,  Window{Request::ShowDesktop}},
+    {68,  Window{Request::ShowApplicationWindows}},
+    {69,  Window{Request::ShowAllWindows}},
+    {80,  ProgramKind{"file manager", "inode/directory", "", "FileManager;"}},
+    {81,  ProgramKind{"web browser", "x-scheme-handler/https", "", "WebBrowser;"}},
+    {82,  ProgramKind{"mail program", "x-scheme-handler/mailto", "", "Email;"}},
+    {83,  ProgramKind{"calendar", "text/calendar", "", "Calendar;"}},
+    {84,  ProgramKind{"contacts program", "text/vcard", "", "ContactManagement;"}},
+    {85,  ProgramKind{"messages program", "x-scheme-handler/xmpp", "", "InstantMessaging;"}},
+    {86,  ProgramKind{"terminal", "", "", "TerminalEmulator;"}},
+    {87,  ProgramKind{"text editor", "text/plain", "", "TextEditor;"}},
+    {88,  ProgramKind{"calculator", "", "", "Calculator;"}},
+    {89,  ProgramKind{"image viewer", "image/jpeg", "", "Graphics;Viewer;"}},
+    {90,  ProgramKind{"document viewer", "application/pdf", "", "Office;Viewer;"}},
+    {91,  ProgramKind{"music player", "audio/mpeg", "", "Audio;Player;"}},
+    {92,  ProgramKind{"video player", "video/mp4", "", "Video;Player;"}},
+    {93,  ProgramKind{"screenshot tool", "", // no category is for these alone
+                      "org.gnome.Screenshot;org.kde.spectacle;xfce4-screenshooter;mate-screenshot;"
+                      "org.flameshot.Flameshot;lximage-qt-screenshot;", ""}},
+    {94,  ProgramKind{"software manager", "x-scheme-handler/appstream", "", "PackageManager;"}},
+    {95,  ProgramKind{"system monitor", "", "", "System;Monitor;"}},
+    {96,  ProgramKind{"settings program", "", // the category holds each of its pages as well
+                      "org.gnome.Settings;gnome-control-center;systemsettings;kdesystemsettings;"
+                      "xfce-settings-manager;matecc;cinnamon-settings;lxqt-config;", "Settings;DesktopSettings;"}},
+    {102, AskSession{Session::Lock}},
+    {103, AskSession{Session::LogOut},   Holding::LongPress},
+    {104, AskSession{Session::Suspend}},
+    {105, AskSession{Session::Restart},  Holding::LongPress},
+    {106, AskSession{Session::ShutDown}, Holding::LongPress},
+    {128, Place{KEY_EJECTCD}},
+    {129, Place{KEY_F20}}, // the microphone's own key is beyond kMostScanCode; layouts have it here too
+    {130, Place{KEY_MUTE}},
+    {131, Place{KEY_VOLUMEDOWN}},
+    {132, Place{KEY_VOLUMEUP}},
+    {133, Place{KEY_BRIGHTNESSDOWN}},
+    {134, Place{KEY_BRIGHTNESSUP}},
+    {144, Player{Play::PlayPause,  Place{KEY_PLAYPAUSE}}},
+    {145, Player{Play::Next,       Place{KEY_NEXTSONG}}},
+    {146, Player{Play::Previous,   Place{KEY_PREVIOUSSONG}}},
+    {147, Player{Play::Stop,       Place{KEY_STOPCD}}},
+    {151, Player{Play::VolumeUp}},
+    {152, Player{Play::VolumeDown}},
+    {160, Place{KEY_LEFT, kAlt}},
+    {161, Place{KEY_RIGHT, kAlt}},
+    {162, Place{KEY_F5}},
+    {176, Typed{'n', kCtrl}},
+    {177, Typed{'o', kCtrl}},
+    {178, Typed{'s', kCtrl}},
+    {179, Typed{'p', kCtrl}},
+    {180, Window{Request::Close,      Place{KEY_F4, kAlt}}},
+    {181, Window{Request::Minimize,   Typed{'h', kSuper}}},
+    {182, Typed{'z', kCtrl}},
+    {183, Typed{'x', kCtrl}},
+    {184, Typed{'c', kCtrl}},
+    {185, Typed{'v', kCtrl}},
+    {186, Typed{'a', kCtrl}},
+    {187, Typed{'f', kCtrl}},
+    {188, Typed{'g', kCtrl}},
+    {189, Place{KEY_TAB, kAlt}},
+    {190, Window{Request::FullScreen, Place{KEY_F11}}},
+    {208, Typed{'z', kCtrl | kShift}},
+    {224, SlotScroll{Up}},
+    {225, SlotScroll{Down}},
+    {226, SlotScroll{Left}},
+    {227, SlotScroll{Right}},
+});
+// clang-format on
+static_assert(std::ranges::equal(kPlans, kActions, {}, &PlanRow::code, &ActionInfo::code),
+              "a plan for every command, in their order");
+
+constexpr ActionCommand kFirstUnlocked = 128; // special keys and the player
+constexpr ActionCommand kLastUnlocked = 152;
+
+// Where the characters of the table are when no key types them without modifiers, as digits in French layouts: the
+// place of the US layout with what makes it type them in such layouts.
+struct OtherPlace {
+    char character;
+    Place place;
+};
+// German and Nordic layouts have a key for the plus; US, British and French ones have it there.
+constexpr auto kOtherPlaces = std::to_array<OtherPlace>({
+    {'+', {KEY_EQUAL, kShift}},
+    {'0', {KEY_0, kShift}},
+});
+
+// The key that types a character; no place for one that no key types by itself. The keypad does not count: without
+// Num Lock it types nothing.
+std::optional<KeyChord> ChordOf(const Typed &typed, const KeyboardCharacters &layout) {
+    const auto character = static_cast<std::uint8_t>(typed.character);
+    for (std::uint16_t scanCode = KEY_1; scanCode <= KEY_102ND; ++scanCode) {
+        const bool isOnKeypad = scanCode == KEY_KPASTERISK || (scanCode >= KEY_KP7 && scanCode <= KEY_KPDOT);
+        if (!isOnKeypad && layout[scanCode] == character) {
+            return KeyChord{scanCode, typed.modifiers};
+        }
+    }
+    const auto *other = std::ranges::find(kOtherPlaces, typed.character, &OtherPlace::character);
+    if (other == kOtherPlaces.end()) {
+        return std::nullopt;
+    }
+    return KeyChord{other->place.scanCode,
+                    static_cast<std::uint16_t>(typed.modifiers | other->place.modifiers)};
+}
+
+std::optional<KeyChord> ChordOf(const Place &place, const KeyboardCharacters & /*layout*/) {
+    return KeyChord{place.scanCode, place.modifiers};
+}
+
+std::optional<KeyChord> ChordOf(const std::optional<Key> &key, const KeyboardCharacters &layout) {
+    return key ? std::visit([&layout](const auto &way) { return ChordOf(way, layout); }, *key) : std::nullopt;
+}
+
+enum class TerminalKind : std::uint8_t { None, Usual, Old };
+struct Terminal {
+    std::string_view name; // the last part of its id, its class or its program, in small letters
+    TerminalKind kind = TerminalKind::Usual;
+};
+// The old ones have no shortcuts, and take shift for nothing: ctrl+shift+c would stop the program inside.
+// clang-format off
+constexpr auto kTerminals = std::to_array<Terminal>({
+    {"alacritty"}, {"com.raggesilver.blackbox"}, {"cool-retro-term"}, {"deepin-terminal"}, {"foot"},
+    {"footclient"}, {"ghostty"}, {"gnome-terminal"}, {"gnome-terminal-server"}, {"guake"}, {"kgx"},
+    {"kitty"}, {"konsole"}, {"lxterminal"}, {"mate-terminal"}, {"org.gnome.console"},
+    {"org.gnome.terminal"}, {"ptyxis"}, {"qterminal"}, {"rio"}, {"sakura"}, {"terminator"}, {"terminology"},
+    {"tilda"}, {"tilix"}, {"wezterm"}, {"wezterm-gui"}, {"xfce4-terminal"}, {"yakuake"},
+    {"st", TerminalKind::Old}, {"st-256color", TerminalKind::Old}, {"urxvt", TerminalKind::Old},
+    {"xterm", TerminalKind::Old}, {"uxterm", TerminalKind::Old},
+});
+// clang-format on
+
+TerminalKind KindOfName(std::string_view name) {
+    std::string small = WithSmallLetters(name.substr(name.rfind('/') + 1));
+    if (small.ends_with(".desktop")) {
+        small.resize(small.size() - std::string_view(".desktop").size());
+    }
+    const std::string_view last = std::string_view(small).substr(small.rfind('.') + 1);
+    const auto *row = std::ranges::find_if(kTerminals, [&](const Terminal &terminal) {
+        return terminal.name == small || terminal.name == last;
+    });
+    return row == kTerminals.end() ? TerminalKind::None : row->kind;
+}
+
+TerminalKind TerminalOf(const FrontWindow &front) {
+    for (const std::string *name : {&front.entryId, &front.windowClass, &front.windowName, &front.program}) {
+        if (const TerminalKind kind = KindOfName(*name); kind != TerminalKind::None) {
+            return kind;
+        }
+    }
+    return TerminalKind::None;
+}
+
+// Makes the step of a row.
+struct StepMaker {
+    const ActionSlot &slot;
+    const KeyboardCharacters &layout;
+    const FrontWindow &front;
+
+    ActionStep operator()(const DoNothing &nothing) const { return nothing; }
+    ActionStep operator()(const SwitchRingMode &change) const { return change; }
+    ActionStep operator()(const AskSession &request) const { return request; }
+    ActionStep operator()(const ProgramKind &kind) const { return OpenProgram{&kind}; }
+    ActionStep operator()(const Place &place) const { return SendKeys{{place.scanCode, place.modifiers}}; }
+    ActionStep operator()(const Window &window) const {
+        return AskWindow{window.request, ChordOf(window.otherwise, layout)};
+    }
+    ActionStep operator()(const Player &player) const {
+        return AskPlayer{player.request, ChordOf(player.otherwise, layout)};
+    }
+    ActionStep operator()(const SlotScroll &scroll) const {
+        const bool isScroll = slot.command >= kActionFirstScroll;
+        return SendScroll{scroll.direction, isScroll ? slot.modifiers : std::uint16_t{0}};
+    }
+    ActionStep operator()(const SlotItem & /*item*/) const {
+        return slot.data[0] != 0 ? ActionStep{OpenItem{slot.data}} : DoNothing{"no item has been chosen"};
+    }
+    ActionStep operator()(const SlotKeystroke & /*keystroke*/) const {
+        if (slot.keyCode == kNoKeyCode) {
+            return DoNothing{"no key has been chosen"};
+        }
+        const std::uint16_t scanCode = ScanCodeToSend(slot.keyCode);
+        if (scanCode == 0 || scanCode > kMostScanCode) {
+            return DoNothing{"this key cannot be sent"};
+        }
+        return SendKeys{{scanCode, slot.modifiers}};
+    }
+    ActionStep operator()(Typed typed) const {
+        const bool isLetter = typed.character >= 'a' && typed.character <= 'z';
+        const bool isForProgram = isLetter && (typed.modifiers & kCtrl) != 0;
+        const TerminalKind terminal = isForProgram ? TerminalOf(front) : TerminalKind::None;
+        if (terminal == TerminalKind::Old) {
+            return typed.character == 'v' ? ActionStep{SendKeys{{KEY_INSERT, kShift}}}
+                                          : DoNothing{"this terminal has no key for it"};
+        }
+        if (terminal == TerminalKind::Usual) {
+            typed.modifiers |= kShift;
+        }
+        const std::optional<KeyChord> chord = ChordOf(typed, layout);
+        return chord ? ActionStep{SendKeys{*chord}} : DoNothing{"the keyboard layout has no key for it"};
+    }
+};
+
+// The slots whose delay counts, and what it means there.
+void TakeDelay(const ActionSlot &slot, ActionPlan *plan) {
+    const bool isKeystroke = slot.command == kActionKeystroke;
+    if (slot.delay == 0 || !(isKeystroke || slot.command >= kActionFirstScroll)) {
+        return;
+    }
+    plan->holding = isKeystroke && slot.delay == kHeldDelay ? Holding::Kept : Holding::Repeats;
+    plan->ticks = plan->holding == Holding::Repeats ? slot.delay : std::uint16_t{0};
+}
+
+} // namespace
+
+std::vector<std::uint16_t> ModifierScanCodes(std::uint16_t modifiers) {
+    std::vector<std::uint16_t> scanCodes;
+    for (const ModifierKey &key : kModifierKeys) {
+        if ((modifiers & key.modifier) != 0) {
+            scanCodes.push_back(key.scanCode);
+        }
+    }
+    return scanCodes;
+}
+
+ActionPlan PlanAction(const ActionSlot &slot, const KeyboardCharacters &layout, const FrontWindow &front) {
+    const auto *row = std::ranges::lower_bound(kPlans, slot.command, {}, &PlanRow::code);
+    if (row == kPlans.end() || row->code != slot.command) {
+        return {};
+    }
+    ActionPlan plan;
+    plan.step = std::visit(StepMaker{slot, layout, front}, row->recipe);
+    if (std::holds_alternative<DoNothing>(plan.step)) {
+        return plan;
+    }
+    plan.holding = row->holding;
+    plan.worksLocked = slot.command >= kFirstUnlocked && slot.command <= kLastUnlocked;
+    TakeDelay(slot, &plan);
+    return plan;
+}
+
+} // namespace drevix

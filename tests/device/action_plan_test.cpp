@@ -1,0 +1,176 @@
+#include "device/action_plan.h"
+
+#include "platform/input_codes.h"
+
+#include <gtest/gtest.h>
+
+#include <map>
+#include <string>
+
+namespace drevix {
+namespace {
+
+std::string TextOf(const KeyChord &chord) {
+    std::string text;
+    for (const std::uint16_t modifier : ModifierScanCodes(chord.modifiers)) {
+        text += std::string(EventCodeName({kKeyEvents, modifier})).substr(8) + "+";
+    }
+    return text + std::string(EventCodeName({kKeyEvents, chord.scanCode})).substr(4);
+}
+
+std::string TextOf(const std::optional<KeyChord> &chord) {
+    return chord ? " else " + TextOf(*chord) : "";
+}
+
+// A step as a short text, requests by their number.
+struct StepText {
+    template <class T>
+    static std::string Numbered(const char *name, T request) {
+        return name + std::to_string(static_cast<int>(request));
+    }
+    std::string operator()(const DoNothing &step) const { return "nothing: " + std::string(step.reason); }
+    std::string operator()(const SendKeys &step) const { return TextOf(step.chord); }
+    std::string operator()(const SendScroll &step) const {
+        std::string text = Numbered("scroll ", step.direction);
+        for (const std::uint16_t modifier : ModifierScanCodes(step.modifiers)) {
+            text += " " + std::string(EventCodeName({kKeyEvents, modifier})).substr(8);
+        }
+        return text;
+    }
+    std::string operator()(const OpenItem &step) const { return "item of " + std::to_string(step.name[0]); }
+    std::string operator()(const OpenProgram &step) const { return "open " + std::string(step.kind->name); }
+    std::string operator()(const AskWindow &step) const {
+        return Numbered("window ", step.request) + TextOf(step.otherwise);
+    }
+    std::string operator()(const AskSession &step) const { return Numbered("session ", step.request); }
+    std::string operator()(const AskPlayer &step) const {
+        return Numbered("player ", step.request) + TextOf(step.otherwise);
+    }
+    std::string operator()(const SwitchRingMode & /*step*/) const { return "ring mode"; }
+};
+
+std::string TextOf(const ActionPlan &plan) {
+    std::string text = std::visit(StepText{}, plan.step);
+    text += plan.holding == Holding::Repeats ? " every " + std::to_string(plan.ticks) : "";
+    text += plan.holding == Holding::Kept        ? " kept"
+            : plan.holding == Holding::LongPress ? " after a second"
+                                                 : "";
+    return text + (plan.worksLocked ? " locked too" : "");
+}
+
+ActionSlot Slot(ActionCommand command, std::uint8_t keyCode = kNoKeyCode, std::uint16_t modifiers = 0,
+                std::uint16_t delay = 0) {
+    return {command, modifiers, keyCode, 0, delay, 0, 0, {}};
+}
+
+KeyboardCharacters Layout(const std::string &name) {
+    KeyboardCharacters characters{};
+    EXPECT_TRUE(KeyboardCharactersOfLayout(
+        {"", "", name.substr(0, 2), name.size() > 2 ? name.substr(3) : "", ""}, &characters));
+    return characters;
+}
+
+TEST(ActionPlan, Slots_BecomeSteps) {
+    ActionSlot item = Slot(64);
+    item.data[0] = 3;
+    const struct {
+        ActionSlot slot;
+        const char *plan;
+    } rows[] = {
+        {Slot(0), "nothing: "},
+        {Slot(4), "nothing: "},
+        {Slot(7), "ring mode"},
+        {Slot(34), "nothing: the companion takes no menu commands"},
+        {Slot(36), "RIGHTBRACE"},
+        {Slot(37, 0, kShiftModifier, 9), "scroll 2"},
+        {Slot(40), "scroll 1"},
+        {Slot(41), "CTRL+MINUS"},
+        {Slot(50), "nothing: "},
+        {item, "item of 3"},
+        {Slot(64), "nothing: no item has been chosen"},
+        {Slot(67), "window 3"},
+        {Slot(82), "open mail program"},
+        {Slot(102), "session 0"},
+        {Slot(103), "session 1 after a second"},
+        {Slot(104), "session 2"},
+        {Slot(105), "session 3 after a second"},
+        {Slot(106), "session 4 after a second"},
+        {Slot(129), "F20 locked too"},
+        {Slot(144), "player 0 else PLAYPAUSE locked too"},
+        {Slot(152), "player 5 locked too"},
+        {Slot(160), "ALT+LEFT"},
+        {Slot(180), "window 0 else ALT+F4"},
+        {Slot(181), "window 1 else META+H"},
+        {Slot(208), "CTRL+SHIFT+Z"},
+        {Slot(224, 0, kControlModifier | kShiftModifier, 6), "scroll 0 CTRL SHIFT every 6"},
+        {Slot(227, 0, kCapsLockModifier, 0xFFFF), "scroll 3 every 65535"},
+        {Slot(228), "nothing: "},
+        {Slot(0xFFFF), "nothing: "},
+        // Keystrokes go by place, and as the keys that a PC keyboard has.
+        {Slot(32), "nothing: no key has been chosen"},
+        {Slot(32, 0x06, kCommandModifier | kCapsLockModifier), "META+Z"},
+        {Slot(32, 0x35, 0xFFFF, 12), "CTRL+ALT+SHIFT+META+ESC every 12"},
+        {Slot(32, 0x00, 0, 0xFFFF), "A kept"},
+        {Slot(32, 0x72), "INSERT"},
+        {Slot(32, 0x69), "SYSRQ"},
+        {Slot(32, 0x6B), "SCROLLLOCK"},
+        {Slot(32, 0x71), "PAUSE"},
+        {Slot(32, 0x6A), "F16"},
+        {Slot(32, 0x3F), "nothing: this key cannot be sent"},
+        {Slot(32, 0x7F), "nothing: this key cannot be sent"},
+    };
+    const KeyboardCharacters us = Layout("us");
+    for (const auto &row : rows) {
+        EXPECT_EQ(TextOf(PlanAction(row.slot, us, {})), row.plan) << row.slot.command;
+    }
+}
+
+TEST(ActionPlan, KeysThatAreNamedByWhatTheyType_AreFoundInTheLayout) {
+    static const struct {
+        ActionCommand command;
+        std::map<std::string, const char *> plans; // by layout
+    } kRows[] = {
+        {182,
+         {{"us", "CTRL+Z"},
+          {"de", "CTRL+Y"},
+          {"fr", "CTRL+W"},
+          {"us dvorak", "CTRL+SLASH"},
+          {"ru", "CTRL+Z"}}},
+        {186, {{"de", "CTRL+A"}, {"fr", "CTRL+Q"}}},
+        {41, {{"de", "CTRL+SLASH"}, {"fr", "CTRL+6"}}},
+        {42, {{"us", "CTRL+SHIFT+EQUAL"}, {"de", "CTRL+RIGHTBRACE"}, {"fr", "CTRL+SHIFT+EQUAL"}}},
+        {43, {{"us", "CTRL+0"}, {"fr", "CTRL+SHIFT+0"}}},
+        {35, {{"us", "LEFTBRACE"}, {"de", "nothing: the keyboard layout has no key for it"}}},
+        {181, {{"us dvorak", "window 1 else META+J"}}},
+        {32, {{"de", "CTRL+Z"}, {"fr", "CTRL+Z"}}}, // by place
+    };
+    for (const auto &row : kRows) {
+        for (const auto &[layout, plan] : row.plans) {
+            const ActionSlot slot = Slot(row.command, 0x06, kControlModifier);
+            EXPECT_EQ(TextOf(PlanAction(slot, Layout(layout), {})), plan) << row.command << ' ' << layout;
+        }
+    }
+}
+
+TEST(ActionPlan, InATerminal_CtrlAndALetterGetShift) {
+    static const struct {
+        FrontWindow front;
+        const char *copy, *paste;
+    } kRows[] = {
+        {{"", "Konsole", "", "", 0}, "CTRL+SHIFT+C", "CTRL+SHIFT+V"},
+        {{"org.gnome.Terminal.desktop", "", "", "", 0}, "CTRL+SHIFT+C", "CTRL+SHIFT+V"},
+        {{"", "", "", "/usr/bin/kitty", 0}, "CTRL+SHIFT+C", "CTRL+SHIFT+V"},
+        {{"", "XTerm", "xterm", "", 0}, "nothing: this terminal has no key for it", "SHIFT+INSERT"},
+        {{"org.kde.kate", "kate", "kate", "kate", 0}, "CTRL+C", "CTRL+V"},
+    };
+    const KeyboardCharacters us = Layout("us");
+    for (const auto &row : kRows) {
+        EXPECT_EQ(TextOf(PlanAction(Slot(184), us, row.front)), row.copy) << row.copy;
+        EXPECT_EQ(TextOf(PlanAction(Slot(185), us, row.front)), row.paste) << row.paste;
+        EXPECT_EQ(TextOf(PlanAction(Slot(41), us, row.front)), "CTRL+MINUS");
+        EXPECT_EQ(TextOf(PlanAction(Slot(32, 0x08, kControlModifier), us, row.front)), "CTRL+C");
+    }
+}
+
+} // namespace
+} // namespace drevix
