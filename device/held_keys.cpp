@@ -1,8 +1,6 @@
 #include "device/held_keys.h"
 
 #include <algorithm>
-#include <array>
-#include <ranges>
 
 namespace drevix {
 namespace {
@@ -30,9 +28,9 @@ void HeldKeys::Release(const KeyChord &chord, std::vector<KeyStep> *steps) {
         return;
     }
     Remove(chord.scanCode, steps);
-    for (const std::uint16_t modifier : std::views::reverse(ModifierScanCodes(chord.modifiers))) {
-        Remove(modifier, steps);
-    }
+    const std::vector<std::uint16_t> modifiers = ModifierScanCodes(chord.modifiers);
+    std::for_each(modifiers.rbegin(), modifiers.rend(),
+                  [&](std::uint16_t modifier) { Remove(modifier, steps); });
 }
 
 void HeldKeys::ReleaseAll(std::vector<KeyStep> *steps) {
