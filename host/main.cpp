@@ -9,6 +9,7 @@
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QLibraryInfo>
+#include <QLoggingCategory>
 #include <QSocketNotifier>
 #include <QTextStream>
 #include <QTranslator>
@@ -32,19 +33,33 @@ int Fail(const QString &problem, int status) {
     return status;
 }
 
-// The scale must be known before the application starts. One that makes no sense is left for the options to
-// complain of.
-void TakeScale(int argc, char **argv) {
-    constexpr std::string_view kOption = "--scale";
-    constexpr std::string_view kWithValue = "--scale=";
+// The value of an option that must be known before the application starts, null without one. What makes no sense
+// is left for the options to complain of.
+const char *EarlyOption(int argc, char **argv, std::string_view option) {
+    const char *value = nullptr;
     for (int i = 1; i < argc; ++i) {
         const std::string_view word = argv[i];
-        const char *text = word == kOption && i + 1 < argc ? argv[i + 1]
-                           : word.starts_with(kWithValue)  ? argv[i] + kWithValue.size()
-                                                           : "";
-        if (ScaleFromText(QString::fromLocal8Bit(text))) {
-            qputenv("QT_SCALE_FACTOR", text);
+        if (word == option) {
+            value = argv[i + 1]; // behind the last word stands a null
+        } else if (word.starts_with(option) && word.substr(option.size()).starts_with('=')) {
+            value = argv[i] + option.size() + 1;
         }
+    }
+    return value; // of an option that stands there twice, the last
+}
+
+void TakeScale(int argc, char **argv) {
+    const char *const text = EarlyOption(argc, argv, "--scale");
+    if (ScaleFromText(QString::fromLocal8Bit(text))) {
+        qputenv("QT_SCALE_FACTOR", text);
+    }
+}
+
+// A picture is drawn where nobody is logged in, too. There Qt complains that a session's folders are missing and
+// of what cannot be done for a window on a screen, as hints for its size.
+void DrawInSilence(int argc, char **argv) {
+    if (EarlyOption(argc, argv, "--picture") != nullptr) {
+        QLoggingCategory::setFilterRules(QStringLiteral("default.warning=false"));
     }
 }
 
@@ -92,6 +107,7 @@ void ObeyEndRequests(QApplication &application) {
 
 int main(int argc, char **argv) {
     TakeScale(argc, argv);
+    DrawInSilence(argc, argv);
     QApplication application(argc, argv);
     QApplication::setOrganizationName(QStringLiteral("halcyra"));
     QApplication::setApplicationName(QStringLiteral("drevix-settings"));

@@ -4,7 +4,6 @@
 #include "host/panel_window.h"
 
 #include <QApplication>
-#include <QLoggingCategory>
 #include <QPalette>
 #include <QPixmap>
 #include <QRegularExpression>
@@ -131,10 +130,6 @@ bool ShowRequested(PreferencePane &panel, const PictureRequest &request, QString
 }
 
 bool WritePicture(PanelWindow &window, const PictureRequest &request, QString *problem) {
-    if (QGuiApplication::platformName() == QLatin1String("offscreen")) {
-        // It complains of what it cannot do for a window on a screen, as hints for its size.
-        QLoggingCategory::setFilterRules(QStringLiteral("default.warning=false"));
-    }
     if (request.size) {
         window.resize(*request.size);
     }

@@ -44,6 +44,11 @@ run("--picture", str(picture), "--app", "GIMP", "--control", "buttonII", "--size
 expect("a dark picture is the light one", picture.read_bytes() == light, False)
 expect("settings file after a picture", settings.exists(), False)
 
+# A machine where nobody is logged in has no folder for a session's sockets, and Qt complained of that.
+bare = {name: value for name, value in environment.items() if name != "XDG_RUNTIME_DIR"}
+drawn = subprocess.run([PROGRAM, "--picture", str(picture)], env=bare, capture_output=True, text=True, timeout=60)
+expect("a picture without a session", (drawn.returncode, drawn.stderr), (0, ""))
+
 # Wrong words: one line, nothing written.
 for words, status in [
     (["--size", "big"], 2),
