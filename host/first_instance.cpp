@@ -1,9 +1,7 @@
 #include "host/first_instance.h"
 
-#include <QLocalSocket>
 #include <QStandardPaths>
 
-#include <memory>
 #include <unistd.h>
 
 namespace drevix {
@@ -17,28 +15,47 @@ QString SocketPath() {
                             : folder + QStringLiteral("/drevix-settings");
 }
 
+// The environment variable by which a launcher on Wayland lets the program that it starts take the keyboard.
+constexpr const char *kActivationToken = "XDG_ACTIVATION_TOKEN";
+constexpr qint64 kLongestToken = 4096; // bytes; compositors give a few dozen
+
 } // namespace
 
 bool FirstInstance::Acquire() {
     const QString path = SocketPath();
     QLocalSocket first;
     first.connectToServer(path);
-    // The first answers with a byte when it has come to the front; a hung one must not keep the user out.
-    if (first.waitForConnected(kAnswerMilliseconds) && first.waitForReadyRead(kAnswerMilliseconds)) {
-        return false;
+    if (first.waitForConnected(kAnswerMilliseconds)) {
+        first.write(qgetenv(kActivationToken) + '\n');
+        // The first answers with a byte when it has come to the front; a hung one must not keep the user out.
+        if (first.waitForReadyRead(kAnswerMilliseconds)) {
+            return false;
+        }
     }
     QLocalServer::removeServer(path); // a dead one's socket
     fServer.setSocketOptions(QLocalServer::UserAccessOption);
     fServer.listen(path);
     connect(&fServer, &QLocalServer::newConnection, this, [this] {
-        const std::unique_ptr<QLocalSocket> second(fServer.nextPendingConnection());
-        if (second) {
-            second->write("1");
-            second->waitForBytesWritten(kAnswerMilliseconds);
-            Q_EMIT startedAgain();
+        while (QLocalSocket *second = fServer.nextPendingConnection()) {
+            connect(second, &QLocalSocket::disconnected, second, &QObject::deleteLater);
+            connect(second, &QLocalSocket::readyRead, this, [this, second] { Answer(second); });
         }
     });
     return true;
+}
+
+// The window may take the keyboard with the launcher's leave only, which the launcher gave to the other program.
+// It holds for one time, and for nothing that is started from here.
+void FirstInstance::Answer(QLocalSocket *second) {
+    if (!second->canReadLine() && second->bytesAvailable() < kLongestToken) {
+        return;
+    }
+    second->disconnect(this); // it is answered once, whatever it says after that
+    qputenv(kActivationToken, second->readLine(kLongestToken).trimmed());
+    Q_EMIT startedAgain();
+    qunsetenv(kActivationToken);
+    second->write("1");
+    second->disconnectFromServer(); // when the answer is written
 }
 
 } // namespace drevix

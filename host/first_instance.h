@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QLocalServer>
+#include <QLocalSocket>
 
 namespace drevix {
 
@@ -12,12 +13,17 @@ class FirstInstance : public QObject {
   public:
     // Whether this process is the first. When it is not, the first has been told; when the first does not answer
     // within a second, it counts as gone. Where no socket can be made, every process is the first.
+    // The first is told of this process's activation token too.
     [[nodiscard]] bool Acquire();
 
   Q_SIGNALS:
+    // While it is emitted, the other process's activation token stands in the environment, where Qt takes it from
+    // when a window is activated.
     void startedAgain();
 
   private:
+    void Answer(QLocalSocket *second);
+
     QLocalServer fServer;
 };
 
