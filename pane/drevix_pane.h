@@ -159,6 +159,7 @@ class DrevixPane : public QObject,
     void UseCommandKey(CommandKey key);
     void actSettingsMenuCommandKey(CommandKey key);
     void ShowKeystroke(const ActionSlot &slot);
+    void ShowKeystrokeHint();
     [[nodiscard]] QString SharingText(const ActionSlot &slot) const;
 
     // The helper, the devices, information and help (pane_devices.cpp)

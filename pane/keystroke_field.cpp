@@ -3,7 +3,6 @@
 #include <QApplication>
 #include <QKeyEvent>
 #include <QPainter>
-#include <QWindow>
 
 #include <chrono>
 
@@ -22,25 +21,19 @@ bool StartsWaiting(const QKeyEvent &event) {
     }
 }
 
-// Whether the window has it now. Other platforms than X11 cannot, and complain when they are asked.
-bool GiveWholeKeyboard(QWidget *widget, bool isGiven) {
-    QWindow *window = widget->window()->windowHandle();
-    return window != nullptr && QGuiApplication::platformName() == QLatin1String("xcb") &&
-           window->setKeyboardGrabEnabled(isGiven) && isGiven;
-}
-
 // A screen lock waits in vain for a keyboard that another program has.
 constexpr std::chrono::seconds kLongestGrab{30};
 
 } // namespace
 
 // Without a menu, which the menu key would open.
-KeystrokeField::KeystrokeField(QWidget *parent) : QLineEdit(parent) {
+KeystrokeField::KeystrokeField(QWidget *parent) : QLineEdit(parent), fKeyboard(new WholeKeyboard(this)) {
     setReadOnly(true);
     setContextMenuPolicy(Qt::PreventContextMenu);
     setCursor(Qt::ArrowCursor);
     fGrabLimit.setSingleShot(true);
     connect(&fGrabLimit, &QTimer::timeout, this, &KeystrokeField::EndWaiting);
+    connect(fKeyboard, &WholeKeyboard::answered, this, &KeystrokeField::TakeAnswer);
     UpdateTexts();
 }
 
@@ -73,24 +66,42 @@ void KeystrokeField::SetWaiting(bool isWaiting) {
     }
     fIsWaiting = isWaiting;
     fGrabLimit.stop();
-    if (GiveWholeKeyboard(this, isWaiting)) {
-        fGrabLimit.start(kLongestGrab);
-    }
+    fIsDesktopFirst = false;
     if (isWaiting) {
         QCoreApplication::instance()->installEventFilter(this);
+        fKeyboard->Ask();
     } else {
         QCoreApplication::instance()->removeEventFilter(this);
+        fKeyboard->Release();
     }
     UpdateTexts();
     update();
+    Q_EMIT waitingChanged();
+}
+
+void KeystrokeField::TakeAnswer(bool isGiven) {
+    if (!fIsWaiting) {
+        return;
+    }
+    if (isGiven) {
+        fGrabLimit.start(kLongestGrab);
+    } else {
+        fGrabLimit.stop();
+    }
+    fIsDesktopFirst = !isGiven;
+    UpdateTexts();
+    Q_EMIT waitingChanged();
 }
 
 void KeystrokeField::UpdateTexts() {
     if (const QString shown = fIsWaiting ? tr("Press a key combination…") : fKeystroke; text() != shown) {
         setText(shown);
     }
-    const QString state = fIsWaiting ? tr("Waiting for a key combination.")
-                                     : tr("Press Return, then the key combination to assign.");
+    const QString state = fIsDesktopFirst
+                              ? tr("Waiting for a key combination. Those of the desktop do not arrive: "
+                                   "press the key alone, then check its modifiers.")
+                          : fIsWaiting ? tr("Waiting for a key combination.")
+                                       : tr("Press Return, then the key combination to assign.");
     setAccessibleDescription(fRemark.isEmpty() ? state : fRemark + QLatin1Char('\n') + state);
 }
 

@@ -1,6 +1,8 @@
 // The field in which a keystroke is shown, and given by pressing it.
 #pragma once
 
+#include "pane/whole_keyboard.h"
+
 #include <QLineEdit>
 #include <QTimer>
 
@@ -10,8 +12,9 @@ namespace drevix {
 // until EndWaiting, or until the user goes elsewhere: clicks beside it, or gives another field or window the
 // keyboard. Keys reach it through the keystroke capture, which asks IsWaiting.
 //
-// On X11 the field has the whole keyboard while it waits, so that combinations of the desktop (Alt+F4,
-// Alt+Tab) can be given too, and waits for half a minute at most. On Wayland those stay with the desktop.
+// While it waits it asks for the whole keyboard, so that combinations of the desktop (Alt+F4, Alt+Tab) can be
+// given too, and waits for half a minute at most when it has it. A desktop that asks its user first takes the
+// keyboard for that; the field waits again when it is clicked again.
 class KeystrokeField : public QLineEdit {
     Q_OBJECT
 
@@ -26,8 +29,14 @@ class KeystrokeField : public QLineEdit {
     // Whether the next key combination is this field's: it waits, in the active window.
     [[nodiscard]] bool IsWaiting() const;
     void EndWaiting();
+    // Whether it waits and the desktop keeps its own combinations, so that they never come here.
+    [[nodiscard]] bool IsDesktopFirst() const { return fIsDesktopFirst; }
 
     [[nodiscard]] QVariant inputMethodQuery(Qt::InputMethodQuery query) const override;
+
+  Q_SIGNALS:
+    // It waits or no longer does, or what the desktop keeps has changed.
+    void waitingChanged();
 
   protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
@@ -41,12 +50,15 @@ class KeystrokeField : public QLineEdit {
 
   private:
     void SetWaiting(bool isWaiting);
+    void TakeAnswer(bool isGiven);
     void UpdateTexts();
 
     QString fKeystroke;
     QString fRemark;
     QTimer fGrabLimit;
+    WholeKeyboard *fKeyboard; // belongs to this
     bool fIsWaiting = false;
+    bool fIsDesktopFirst = false;
 };
 
 } // namespace drevix

@@ -53,6 +53,7 @@ void DrevixPane::BuildKeystrokeControls() {
         }
     }
     uiSettingsButtonKeys->setMenu(menu);
+    connect(uiSettingsFieldKeystroke, &KeystrokeField::waitingChanged, this, &DrevixPane::ShowKeystrokeHint);
 }
 
 // From here on a keystroke is taken with this key for command. Stored ones stay as they are.
@@ -92,17 +93,27 @@ void DrevixPane::ReceiveKeystroke(std::uint8_t keyCode, std::uint16_t modifiers)
 
 void DrevixPane::ShowKeystroke(const ActionSlot &slot) {
     uiSettingsFieldKeystroke->ShowKeystroke(KeyText(slot));
-    const QString sharing = SharingText(slot);
-    uiSettingsFieldKeystroke->SetRemark(sharing);
-    uiSettingsTextKeystroke->setText(slot.keyCode == kNoKeyCode ? tr("Click the field, then press the keys.")
-                                     : sharing.isEmpty()        ? LegendOf(GetCommandKey())
-                                                                : sharing);
+    uiSettingsFieldKeystroke->SetRemark(SharingText(slot));
+    ShowKeystrokeHint();
     ShowModifiers(slot);
     const bool isTuner = IsTunerSlot(fDrevixActionIndex);
     const int tag = slot.delay == kDelayOfNegativeTag ? -1 : slot.delay;
     ShowDelay(uiSettingsMenuKeyRepeat, isTuner ? kTunerKeyRepeatItem : uiSettingsMenuKeyRepeat->findData(tag),
               slot.delay, !isTuner);
     uiSettingsMenuExtraKeys->setCurrentIndex(0);
+}
+
+void DrevixPane::ShowKeystrokeHint() {
+    const ActionSlot *const slot = EditedSlot();
+    if (slot == nullptr) {
+        return;
+    }
+    const QString sharing = SharingText(*slot);
+    uiSettingsTextKeystroke->setText(
+        uiSettingsFieldKeystroke->IsDesktopFirst() ? tr("The desktop keeps its own combinations.")
+        : slot->keyCode == kNoKeyCode              ? tr("Click the field, then press the keys.")
+        : sharing.isEmpty()                        ? LegendOf(GetCommandKey())
+                                                   : sharing);
 }
 
 // Which other controls of the record have the keystroke. Two controls may well share one, so it is only told.

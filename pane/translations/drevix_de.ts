@@ -1229,6 +1229,10 @@
         <translation>Das Begleitgerät hat kein Menü für diese Einstellungen.</translation>
     </message>
     <message>
+        <source>The desktop keeps its own combinations.</source>
+        <translation>Der Desktop behält seine Kombinationen.</translation>
+    </message>
+    <message>
         <source>Click the field, then press the keys.</source>
         <translation>Auf das Feld klicken, dann die Tasten drücken.</translation>
     </message>
@@ -1565,6 +1569,10 @@
     <message>
         <source>Press a key combination…</source>
         <translation>Tastenkombination drücken …</translation>
+    </message>
+    <message>
+        <source>Waiting for a key combination. Those of the desktop do not arrive: press the key alone, then check its modifiers.</source>
+        <translation>Eine Tastenkombination wird erwartet. Die des Desktops kommen nicht an: die Taste allein drücken, dann ihre Zusatztasten ankreuzen.</translation>
     </message>
     <message>
         <source>Waiting for a key combination.</source>

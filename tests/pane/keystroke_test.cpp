@@ -93,6 +93,28 @@ TEST_F(KeystrokeOfControl, Field_WaitsOnAClickOrKeyAndTakesOneKeystroke) {
     EXPECT_EQ(Field()->text(), u"8"_s);
 }
 
+TEST_F(KeystrokeOfControl, DesktopThatKeepsItsCombinations_IsNamedWhileTheFieldWaits) {
+    // The combinations of a Wayland compositor never came, and the field waited on silently.
+    auto *const keyboard = Field()->findChild<WholeKeyboard *>();
+    const QString legend = Line();
+    const auto tellsOfDesktop = [&] {
+        const bool isTold = Line() == u"The desktop keeps its own combinations."_s;
+        EXPECT_TRUE(isTold || Line() == legend) << Line();
+        EXPECT_EQ(Field()->accessibleDescription().contains(u"Those of the desktop do not arrive"_s), isTold);
+        return isTold;
+    };
+    Q_EMIT keyboard->answered(false);
+    EXPECT_FALSE(tellsOfDesktop()) << "nothing was asked";
+    QTest::mouseClick(Field(), Qt::LeftButton);
+    EXPECT_FALSE(tellsOfDesktop());
+    for (const bool isGiven : {false, true, false}) { // the user takes his leave back
+        Q_EMIT keyboard->answered(isGiven);
+        EXPECT_EQ(tellsOfDesktop(), !isGiven);
+    }
+    QTest::keyClick(Field(), Qt::Key_X);
+    EXPECT_FALSE(tellsOfDesktop()) << "it no longer waits";
+}
+
 TEST_F(KeystrokeOfControl, GoingElsewhere_LeavesTheKeystroke) {
     QLineEdit other; // a window of its own
     const std::vector<std::function<void()>> ways = {

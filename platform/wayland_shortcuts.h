@@ -1,0 +1,36 @@
+// The key combinations that a Wayland compositor keeps for itself, for a window that wants them for a while.
+#pragma once
+
+#include <functional>
+#include <memory>
+
+namespace drevix {
+
+// Asks the compositor to leave its key combinations to a window (the protocol keyboard-shortcuts-inhibit,
+// unstable version 1). It need not know the protocol, and may refuse or ask the user first, who may take his
+// leave back at any time.
+//
+// For a program that is the compositor's client by another library already. Nothing here waits: what the
+// compositor says arrives where that library dispatches the display's default queue, in the thread that uses
+// this.
+class WaylandShortcuts {
+  public:
+    // Told once after each Ask whether the window gets the combinations, and again when that changes.
+    using Answer = std::function<void(bool isGiven)>;
+
+    // `display` is the library's wl_display; it must outlive this. May throw std::bad_alloc.
+    WaylandShortcuts(void *display, Answer answer);
+    ~WaylandShortcuts();
+
+    // Asks for one window, a wl_surface, and the keyboard of one wl_seat; both must stay until Release. What was
+    // asked before ends. The answer may come before this returns.
+    void Ask(void *surface, void *seat);
+    // Gives the combinations back. There are no answers from now on. Does nothing when nothing was asked.
+    void Release();
+
+  private:
+    struct State;
+    std::unique_ptr<State> fState;
+};
+
+} // namespace drevix
