@@ -100,7 +100,7 @@ constexpr auto TimesOffered(const ActionInfo &action) {
 }
 
 constexpr bool IsKnown(std::int16_t code) {
-    return code == kMenuSeparator || FindRow(code) != nullptr;
+    return code == kMenuSeparator || std::ranges::binary_search(kActions, code, {}, &ActionInfo::code);
 }
 
 // The group's entry of the action menu opens the menu's tab. The application entry stands for two menus and
