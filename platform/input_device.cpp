@@ -122,12 +122,12 @@ InputStatus InputDevice::Take(std::vector<RawEvent> *events) {
         std::size_t place = 0;
         for (; size - place >= sizeof(input_event); place += sizeof(input_event)) {
             input_event event{};
-            std::memcpy(&event, &bytes[place], sizeof event);
+            std::memcpy(&event, bytes.data() + place, sizeof event);
             if (!TakeOne({event.type, event.code, event.value}, events)) {
                 return InputStatus::Gone;
             }
         }
-        fPart.assign(&bytes[place], size - place);
+        fPart.assign(bytes.data() + place, size - place);
     }
     return InputStatus::Open;
 }
