@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <new>
 #include <span>
 #include <thread>
 
@@ -66,6 +67,14 @@ std::size_t CountHotKeysWithin(const XmlNode &node) {
     return count;
 }
 
+// A lack of memory is not to pass for a file without hotkeys.
+OSErr ThrowIfMemoryFull(OSErr status) {
+    if (status == memFullErr) {
+        throw std::bad_alloc();
+    }
+    return status;
+}
+
 std::optional<KorvaneHotKeyList> ListFromXml(const XmlNode &root) {
     const std::string *target = FindXmlAttribute(root, kTargetAppName);
     if (root.name != kRootName || target == nullptr || target->empty()) {
@@ -73,10 +82,8 @@ std::optional<KorvaneHotKeyList> ListFromXml(const XmlNode &root) {
     }
     KorvaneHotKeyList list;
     list.TargetApp = *target;
-    for (const XmlNode &child : root.children) {
-        if (child.name == kHotKeyName) {
-            list.HotKeys.push_back(HotKeyFromXml(child));
-        }
+    for (const XmlNode *child : FindXmlChildren(root, kHotKeyName)) {
+        list.HotKeys.push_back(HotKeyFromXml(*child));
     }
     return list;
 }
@@ -131,8 +138,11 @@ std::string FindKorvaneFileForApp(std::string_view folder) {
 
 std::optional<KorvaneHotKeyList> ParseKorvaneFile(std::string bytes, bool *isWellFormed) {
     XmlDocument document;
-    *isWellFormed = ParseXmlDocument(bytes, XmlReading::Strict, &document) == noErr;
-    if (!*isWellFormed && ParseXmlDocument(bytes, XmlReading::Recovering, &document) != noErr) {
+    const auto parse = [&](XmlReading reading) {
+        return ThrowIfMemoryFull(ParseXmlDocument(bytes, reading, &document)) == noErr;
+    };
+    *isWellFormed = parse(XmlReading::Strict);
+    if (!*isWellFormed && !parse(XmlReading::Recovering)) {
         return std::nullopt;
     }
     auto list = ListFromXml(document.root);
@@ -152,7 +162,7 @@ std::optional<KorvaneHotKeyList> LoadKorvaneFile(const std::string &path) {
     for (int readings = 1;; ++readings) {
         std::string bytes;
         bool isWellFormed = false;
-        const OSErr status = ReadSharedFile(path, kXmlMaxBytes, &bytes);
+        const OSErr status = ThrowIfMemoryFull(ReadSharedFile(path, kXmlMaxBytes, &bytes));
         if (status != noErr && status != fBsyErr) {
             return std::nullopt;
         }
@@ -177,8 +187,16 @@ std::string KorvaneFileText(const KorvaneHotKeyList &list) {
     return XmlDocumentText(root);
 }
 
+OSErr WriteKorvanePrefs(const KorvaneHotKeyList &list, const std::string &path) {
+    if (list.HotKeys.empty() || list.isPartial || list.HotKeys.size() > kMostKorvaneHotKeys) {
+        return paramErr;
+    }
+    const std::string text = KorvaneFileText(list);
+    return text.size() > kXmlMaxBytes ? paramErr : WriteSharedFile(path, text);
+}
+
 bool SaveKorvanePrefs(const KorvaneHotKeyList &list, const std::string &path) {
-    return !list.HotKeys.empty() && !list.isPartial && WriteSharedFile(path, KorvaneFileText(list)) == noErr;
+    return WriteKorvanePrefs(list, path) == noErr;
 }
 
 bool SaveKorvanePrefsForApp(const KorvaneHotKeyList &list, std::string_view folder) {

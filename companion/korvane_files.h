@@ -2,6 +2,7 @@
 // docs/hotkey-files.md has the format.
 #pragma once
 
+#include "platform/xml_document.h"
 #include "qbase/qbase.h"
 #include "settings/app_prefs.h"
 
@@ -60,6 +61,9 @@ class KorvaneHotKey {
     std::array<Value, kKorvaneKeyNames.size()> fValues;
 };
 
+// A file of more is read, but could not be read again once we had written it.
+inline constexpr std::size_t kMostKorvaneHotKeys = (kXmlMaxElements - 1) / (1 + kKorvaneKeyNames.size());
+
 // One file's hotkeys.
 struct KorvaneHotKeyList {
     std::string TargetApp; // carried along
@@ -93,9 +97,11 @@ struct KorvaneHotKeyList {
 // again for up to 20 ms. A file that is not well-formed is read as far as it makes sense.
 [[nodiscard]] std::optional<KorvaneHotKeyList> LoadKorvaneFile(const std::string &path);
 [[nodiscard]] std::optional<KorvaneHotKeyList> LoadKorvaneFileForApp(std::string_view folder);
-// Writes the list to the file itself. False, with the file as it was, for a list without hotkeys, a partial
-// one, or a write that failed.
+// Writes the list to the file itself. False, with the file as it was, for a list without hotkeys, a partial one, one
+// that is too long to be read again, or a write that failed.
 [[nodiscard]] bool SaveKorvanePrefs(const KorvaneHotKeyList &list, const std::string &path);
+// The same: noErr, paramErr for a list that is not written, or the file's error.
+[[nodiscard]] OSErr WriteKorvanePrefs(const KorvaneHotKeyList &list, const std::string &path);
 [[nodiscard]] bool SaveKorvanePrefsForApp(const KorvaneHotKeyList &list, std::string_view folder);
 // A file's bytes as a list, and a list as a file's bytes. *isWellFormed tells whether the bytes are XML as it
 // should be.

@@ -27,6 +27,9 @@ struct Button {
 // In the order in which they are looked through. Key 2 is button III.
 constexpr auto kButtons = std::to_array<Button>({{1, 18, 4}, {2, 20, 16}, {3, 19, 8}});
 
+constexpr auto kBindingKeys =
+    std::to_array({KorvaneKey::Key, KorvaneKey::Device, KorvaneKey::Modifier, KorvaneKey::VirtualKey});
+
 constexpr std::uint16_t kNotificationPort = 5539;
 constexpr int kMostTries = 5;                          // of writing a file that another program is writing
 constexpr std::chrono::milliseconds kLongestTurn{500}; // of another program of ours with one file
@@ -69,35 +72,54 @@ void UpdateHotKey(KorvaneHotKey &hotKey, AppPrefs &prefs) {
     }
 }
 
-void UpdateHotKeys(KorvaneHotKeyList &list, QBaseHandle base, const KorvaneApp &app) {
+bool SayTheSame(const KorvaneHotKey &a, const KorvaneHotKey &b) {
+    return std::ranges::all_of(kBindingKeys, [&](KorvaneKey key) { return a.Text(key) == b.Text(key); });
+}
+
+// Tells whether any hotkey is another now.
+bool UpdateHotKeys(KorvaneHotKeyList &list, QBaseHandle base, const KorvaneApp &app) {
     const BaseLock lock(base);
+    bool isChanged = false;
     if (AppPrefs *prefs = KorvaneFindAppPrefs(base, app.creator, app.fileName)) {
         for (KorvaneHotKey &hotKey : list.HotKeys) {
+            const KorvaneHotKey before = hotKey;
             UpdateHotKey(hotKey, *prefs);
+            isChanged = isChanged || !SayTheSame(before, hotKey);
         }
     }
+    return isChanged;
 }
 
 // What was read must still be the file when it is written back: a companion's change that came between would
 // be undone, and a half-written file would be made to last.
-void UpdateFile(QBaseHandle base, const KorvaneApp &app) {
+KorvaneFileResult UpdateFile(QBaseHandle base, const KorvaneApp &app) try {
+    const std::string path = FindKorvaneFileForApp(app.folder);
     // Of two programs of ours the writes would mingle. The companion takes no part in this.
     FolderLock turn;
-    if (turn.Acquire(FolderOfPath(FindKorvaneFileForApp(app.folder)), kLongestTurn) == fBsyErr) {
-        return;
-    }
-    for (int tries = 0; tries < kMostTries; ++tries) {
-        auto list = LoadKorvaneFileForApp(app.folder);
-        if (!list) {
-            return;
+    const bool isOurTurn = turn.Acquire(FolderOfPath(path), kLongestTurn) != fBsyErr;
+    for (int tries = isOurTurn ? 0 : kMostTries; tries <= kMostTries; ++tries) {
+        auto list = LoadKorvaneFile(path);
+        if (!list || list->HotKeys.empty()) {
+            return {};
         }
-        UpdateHotKeys(*list, base, app);
+        const bool isInStep = !UpdateHotKeys(*list, base, app);
+        if (list->isPartial) {
+            return {KorvaneFileState::ReadInPart, noErr};
+        }
+        if (tries == kMostTries) {
+            return {isInStep ? KorvaneFileState::InStep : KorvaneFileState::InUse, fBsyErr};
+        }
         if (IsKorvaneFileUnchanged(*list, app.folder)) {
             // A failed write has left the old file, and the next one tries again.
-            std::ignore = SaveKorvanePrefsForApp(*list, app.folder);
-            return;
+            const OSErr status = WriteKorvanePrefs(*list, path);
+            const bool isLost = status != noErr && !isInStep;
+            const auto state = status == paramErr ? KorvaneFileState::TooLong : KorvaneFileState::NotWritten;
+            return {isLost ? state : KorvaneFileState::InStep, status};
         }
     }
+    return {};
+} catch (const std::bad_alloc &) {
+    return {KorvaneFileState::NotWritten, memFullErr};
 }
 
 std::string NotificationMessage() {
@@ -148,12 +170,40 @@ void UpdateSlots(AppPrefs &prefs, const KorvaneHotKeyList &list) {
     }
 }
 
+// As SyncAppFromKorvane.
+KorvaneFileResult UpdateRecord(QBaseHandle base, OSType creator, ConstStringPtr fileName,
+                               std::string_view folder) try {
+    if (folder.empty()) {
+        folder = FindKorvaneName(creator, fileName).value_or("");
+    }
+    const auto list = folder.empty() ? std::nullopt : LoadKorvaneFileForApp(folder);
+    if (list && list->isPartial) { // what could not be read is no reason to free a button
+        return {KorvaneFileState::ReadInPart, noErr};
+    }
+    const BaseLock lock(base);
+    AppPrefs *prefs = list ? KorvaneFindAppPrefs(base, creator, fileName) : nullptr;
+    if (prefs == nullptr) {
+        return {};
+    }
+    AppPrefs updated = *prefs; // whole, should memory run out on the way
+    UpdateSlots(updated, *list);
+    if (std::memcmp(&updated, prefs, sizeof(updated)) != 0) {
+        *prefs = updated;
+        QBaseSetRecordsChanged(base, true);
+    }
+    return {};
+} catch (const std::bad_alloc &) {
+    // Without the memory to read the file it is as if there were none: the record keeps its bindings.
+    return {KorvaneFileState::NotRead, memFullErr};
+}
+
 } // namespace
 
-std::int32_t SyncToKorvane(QBaseHandle base) try {
-    for (const KorvaneApp &app : kKorvaneApps) {
-        UpdateFile(base, app);
-    }
+std::int32_t SyncToKorvane(QBaseHandle base, KorvaneResults *results) try {
+    KorvaneResults unasked;
+    KorvaneResults &each = results != nullptr ? *results : unasked;
+    std::ranges::transform(kKorvaneApps, each.begin(),
+                           [base](const KorvaneApp &app) { return UpdateFile(base, app); });
     // Either program, or both, may not be running.
     std::ignore = RequestDriverPrefsUpdate(kTarnixName.data());
     std::ignore = RequestDriverPrefsUpdate(kTarnixHelperName.data());
@@ -162,33 +212,16 @@ std::int32_t SyncToKorvane(QBaseHandle base) try {
     return kSocketNoAddress;
 }
 
-void SyncFromKorvane(QBaseHandle base) {
-    for (const KorvaneApp &app : kKorvaneApps) {
-        SyncAppFromKorvane(base, app.creator, app.fileName, app.folder);
-    }
+void SyncFromKorvane(QBaseHandle base, KorvaneResults *results) {
+    KorvaneResults unasked;
+    KorvaneResults &each = results != nullptr ? *results : unasked;
+    std::ranges::transform(kKorvaneApps, each.begin(), [base](const KorvaneApp &app) {
+        return UpdateRecord(base, app.creator, app.fileName, app.folder);
+    });
 }
 
-void SyncAppFromKorvane(QBaseHandle base, OSType creator, ConstStringPtr fileName,
-                        std::string_view folder) try {
-    if (folder.empty()) {
-        folder = FindKorvaneName(creator, fileName).value_or("");
-    }
-    const auto list = folder.empty() ? std::nullopt : LoadKorvaneFileForApp(folder);
-    if (!list || list->isPartial) { // what could not be read is no reason to free a button
-        return;
-    }
-    const BaseLock lock(base);
-    AppPrefs *prefs = KorvaneFindAppPrefs(base, creator, fileName);
-    if (prefs == nullptr) {
-        return;
-    }
-    const AppPrefs before = *prefs;
-    UpdateSlots(*prefs, *list);
-    if (std::memcmp(&before, prefs, sizeof(before)) != 0) {
-        QBaseSetRecordsChanged(base, true);
-    }
-} catch (const std::bad_alloc &) {
-    // Without the memory to read the file it is as if there were none: the record keeps its bindings.
+void SyncAppFromKorvane(QBaseHandle base, OSType creator, ConstStringPtr fileName, std::string_view folder) {
+    std::ignore = UpdateRecord(base, creator, fileName, folder);
 }
 
 } // namespace drevix

@@ -166,6 +166,7 @@ void XmlListReader::Notice(XmlProblem problem, const char *message) {
         return Damaged("it is not well-formed: an element ends with another's end tag");
     case XmlProblem::Entity:
         return Damaged("an entity is used that is not predefined");
+    case XmlProblem::EntityDeclaration:
     case XmlProblem::Declaration:
         return Damaged("its document type makes declarations");
     }

@@ -34,8 +34,11 @@ class XmlTreeReader final : public XmlParser {
   private:
     std::size_t ReadBytes(std::span<char> buffer) override;
     void Notice(XmlProblem problem, const char *message) override;
+    void BeginDocumentType() override { fDocumentTypeLeft = kXmlMaxDocumentType; }
+    void AddDefault(XmlCharacters element, XmlCharacters attribute, XmlCharacters value) override;
     [[nodiscard]] std::string Mended(std::string_view text) const;
-    bool CountNode();
+    void AddAttribute(XmlNode &node, std::string_view name, std::string_view value) const;
+    void AddDefaults(XmlNode &node, std::string_view name);
 
     std::string_view fText; // not yet given to the parser
     XmlReading fReading;
@@ -43,17 +46,25 @@ class XmlTreeReader final : public XmlParser {
 
     XmlNode fRoot;
     std::vector<XmlNode> fOpen; // the root first
-    std::size_t fNodes = 0;
     std::size_t fElements = 0;
     bool fHasRoot = false;
+
+    // An attribute's value where the tag has none; names with their prefixes.
+    struct Default {
+        std::string element;
+        std::string attribute;
+        std::string value;
+    };
+    std::vector<Default> fDefaults;
+    std::size_t fDefaultBytes = 0;                          // that they have added
+    std::size_t fDocumentTypeLeft = std::string_view::npos; // bytes that may come before the root
 };
 
 std::string_view TextOf(XmlCharacters text) {
     return text == nullptr ? std::string_view() : reinterpret_cast<const char *>(text);
 }
 
-std::string LocalName(XmlCharacters name) {
-    const std::string_view whole = TextOf(name);
+std::string LocalName(std::string_view whole) {
     const std::size_t colon = whole.find(':');
     // A name that ends in a colon has no local part; it must not look like text.
     return std::string(colon + 1 < whole.size() || colon == whole.npos ? whole.substr(colon + 1) : whole);
@@ -78,17 +89,39 @@ OSErr XmlTreeReader::Read(XmlNode *root, bool *isRootEnded, std::size_t *element
 }
 
 std::size_t XmlTreeReader::ReadBytes(std::span<char> buffer) {
-    const std::size_t moved = fText.copy(buffer.data(), buffer.size());
+    const std::size_t most = fHasRoot ? fText.npos : fDocumentTypeLeft;
+    const std::size_t moved = fText.copy(buffer.data(), std::min(buffer.size(), most));
     fText.remove_prefix(moved);
+    fDocumentTypeLeft -= most == fText.npos ? 0 : moved;
+    if (most == 0) {
+        Stop(kDamaged);
+    }
     return moved;
 }
 
 // A recovering reading goes on behind what is malformed. (A text that uses an entity was mended before.)
 void XmlTreeReader::Notice(XmlProblem problem, const char * /*message*/) {
     const bool isMalformed = problem == XmlProblem::Malformed || problem == XmlProblem::WrongEndTag;
-    if (!isMalformed || fReading == XmlReading::Strict || ++fErrors > kMostErrors) {
+    const bool isPutUpWith = isMalformed ? fReading == XmlReading::Recovering && ++fErrors <= kMostErrors
+                                         : problem == XmlProblem::Declaration;
+    if (!isPutUpWith) {
         Stop(kDamaged);
     }
+}
+
+// The first one of an attribute counts (XML 1.0, 3.3).
+void XmlTreeReader::AddDefault(XmlCharacters element, XmlCharacters attribute, XmlCharacters value) {
+    const bool isKnown = std::ranges::any_of(fDefaults, [&](const Default &row) {
+        return row.element == TextOf(element) && row.attribute == TextOf(attribute);
+    });
+    if (isKnown) {
+        return;
+    }
+    if (fDefaults.size() == kXmlMaxAttributes) {
+        return Stop(kDamaged);
+    }
+    fDefaults.push_back(
+        {std::string(TextOf(element)), std::string(TextOf(attribute)), Mended(TextOf(value))});
 }
 
 // The parser, recovering, may go on in the middle of a character.
@@ -96,11 +129,28 @@ std::string XmlTreeReader::Mended(std::string_view text) const {
     return fReading == XmlReading::Recovering && !text.empty() ? MendUtf8(text) : std::string(text);
 }
 
-bool XmlTreeReader::CountNode() {
-    if (++fNodes > kXmlMaxNodes) {
-        Stop(kDamaged);
+void XmlTreeReader::AddAttribute(XmlNode &node, std::string_view name, std::string_view value) const {
+    if (!name.starts_with("xmlns:")) {
+        node.attributes.push_back({LocalName(name), Mended(value), name.find(':') != name.npos});
     }
-    return fNodes <= kXmlMaxNodes;
+}
+
+void XmlTreeReader::AddDefaults(XmlNode &node, std::string_view name) {
+    for (const Default &row : fDefaults) {
+        const bool hasPrefix = row.attribute.find(':') != row.attribute.npos;
+        const std::string local = LocalName(row.attribute);
+        const bool isGiven = std::ranges::any_of(node.attributes, [&](const XmlAttribute &given) {
+            return given.name == local && given.hasPrefix == hasPrefix;
+        });
+        if (row.element != name || isGiven) {
+            continue;
+        }
+        fDefaultBytes += row.value.size();
+        if (fDefaultBytes > kXmlMaxBytes) {
+            return Stop(kDamaged);
+        }
+        AddAttribute(node, row.attribute, row.value);
+    }
 }
 
 void XmlTreeReader::Start(XmlCharacters name, const XmlCharacters *attributes) {
@@ -110,16 +160,17 @@ void XmlTreeReader::Start(XmlCharacters name, const XmlCharacters *attributes) {
     if (fOpen.size() == kXmlMaxDepth) {
         return Stop(kDamaged);
     }
-    if (!CountNode()) {
-        return;
+    if (++fElements > kXmlMaxElements) {
+        return Stop(kDamaged);
     }
-    ++fElements;
     fHasRoot = true;
     XmlNode &node = fOpen.emplace_back();
-    node.name = LocalName(name);
+    node.name = LocalName(TextOf(name));
+    node.hasPrefix = TextOf(name).find(':') != std::string_view::npos;
     for (; attributes != nullptr && attributes[0] != nullptr; attributes += 2) {
-        node.attributes.push_back({LocalName(attributes[0]), Mended(TextOf(attributes[1]))});
+        AddAttribute(node, TextOf(attributes[0]), TextOf(attributes[1]));
     }
+    AddDefaults(node, TextOf(name));
 }
 
 void XmlTreeReader::End() {
@@ -147,12 +198,22 @@ void XmlTreeReader::AddText(std::string_view text) {
     }
     std::vector<XmlNode> &siblings = fOpen.back().children;
     if (siblings.empty() || siblings.back().IsElement()) {
-        if (!CountNode()) {
-            return;
-        }
         siblings.emplace_back();
     }
     siblings.back().text += text;
+}
+
+// The first with that name, one without a prefix if there is any; null without one.
+template <typename Named>
+const Named *FindNamed(const std::vector<Named> &all, std::string_view name) {
+    const auto is = [&](bool hasPrefix) {
+        return [=](const Named &one) { return one.hasPrefix == hasPrefix && one.name == name; };
+    };
+    auto found = std::ranges::find_if(all, is(false));
+    if (found == all.end()) {
+        found = std::ranges::find_if(all, is(true));
+    }
+    return found == all.end() ? nullptr : &*found;
 }
 
 void AppendAttributeValue(std::string &out, std::string_view value) {
@@ -238,14 +299,24 @@ std::string XmlStringValue(const XmlNode &node) {
     return value;
 }
 
+std::vector<const XmlNode *> FindXmlChildren(const XmlNode &element, std::string_view name) {
+    std::vector<const XmlNode *> found;
+    const XmlNode *first = FindNamed(element.children, name);
+    for (const XmlNode &child : element.children) {
+        if (child.name == name && child.hasPrefix == first->hasPrefix) {
+            found.push_back(&child);
+        }
+    }
+    return found;
+}
+
 const XmlNode *FindXmlChild(const XmlNode &element, std::string_view name) {
-    const auto found = std::ranges::find(element.children, name, &XmlNode::name);
-    return found == element.children.end() ? nullptr : &*found;
+    return FindNamed(element.children, name);
 }
 
 const std::string *FindXmlAttribute(const XmlNode &element, std::string_view name) {
-    const auto found = std::ranges::find(element.attributes, name, &XmlAttribute::name);
-    return found == element.attributes.end() ? nullptr : &found->value;
+    const XmlAttribute *found = FindNamed(element.attributes, name);
+    return found == nullptr ? nullptr : &found->value;
 }
 
 XmlNode XmlTextElement(std::string name, std::string text) {

@@ -11,10 +11,12 @@
 
 namespace drevix {
 
-// Names are local names: what stands behind the prefix of a name space. Texts are UTF-8.
+// Names are local names: what stands behind the prefix of a name space. Texts are UTF-8. An attribute that declares a
+// name space is left out; one that the document type gives a value is there like any other.
 struct XmlAttribute {
     std::string name;
     std::string value;
+    bool hasPrefix = false;
 };
 
 // An element, or a run of text between two tags, which has nothing but `text`. Comments and processing
@@ -25,6 +27,7 @@ struct XmlNode {
     std::string text;
     std::vector<XmlAttribute> attributes;
     std::vector<XmlNode> children;
+    bool hasPrefix = false;
 
     [[nodiscard]] bool IsElement() const { return !name.empty(); }
 };
@@ -41,25 +44,27 @@ enum class XmlReading {
     Strict, // one that is not well-formed is refused
     // One that is not is read as far as it makes sense. A '&' and a '<' that begin nothing count as text, a
     // control character as U+FFFD, a byte that is wrong in the document's encoding as its Mac OS Roman
-    // character.
+    // character. Each text is what a strict reading of a whole document would give for it.
     Recovering,
 };
 
 // Bounds; a document beyond them is refused in both ways of reading.
 inline constexpr std::size_t kXmlMaxBytes = std::size_t{16} << 20; // of the file
-inline constexpr std::size_t kXmlMaxNodes = std::size_t{1} << 19;
+inline constexpr std::size_t kXmlMaxElements = std::size_t{1} << 19;
 inline constexpr std::size_t kXmlMaxDepth = 64;       // elements within one another
 inline constexpr std::size_t kXmlMaxAttributes = 100; // of one element
 
 // Reads a document: UTF-8, UTF-16, or the encoding that its declaration names, Mac OS Roman as "macintosh" or
 // "x-mac-roman" among them. noErr; -1, with *document unchanged, for one that is refused: not well-formed, or
-// without any element, in an unknown encoding, with declarations in its document type, or beyond the bounds;
-// memFullErr. Linear, and in memory at most about 25 times the bytes.
+// without any element, in an unknown encoding, with an entity declared, or beyond the bounds; memFullErr. Linear, and
+// in memory at most about 350 MB.
 [[nodiscard]] OSErr ParseXmlDocument(std::string_view bytes, XmlReading reading, XmlDocument *document);
 
 // All text within a node, in order, as XPath's string value has it. May throw std::bad_alloc.
 [[nodiscard]] std::string XmlStringValue(const XmlNode &node);
-// The first child element of that name, and the value of the attribute; null if there is none.
+// The child elements of that name, the first of them, and the value of the attribute; none, or null, without one. Those
+// with a prefix count only where none stands without.
+[[nodiscard]] std::vector<const XmlNode *> FindXmlChildren(const XmlNode &element, std::string_view name);
 [[nodiscard]] const XmlNode *FindXmlChild(const XmlNode &element, std::string_view name);
 [[nodiscard]] const std::string *FindXmlAttribute(const XmlNode &element, std::string_view name);
 

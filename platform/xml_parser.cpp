@@ -27,7 +27,10 @@ struct XmlParser::Library {
     static int OnRead(void *parser, char *buffer, int size);
     static void OnError(void *parser, xmlErrorPtr error);
     static xmlEntityPtr OnEntity(void *parser, const xmlChar *name);
-    template <typename... Arguments>
+    static void OnDocumentType(void *parser, const xmlChar *name, const xmlChar *, const xmlChar *);
+    static void OnAttribute(void *parser, const xmlChar *element, const xmlChar *name, int type, int kind,
+                            const xmlChar *value, xmlEnumerationPtr values);
+    template <XmlProblem kProblem, typename... Arguments>
     static void OnDeclaration(void *parser, Arguments...);
 };
 
@@ -41,11 +44,12 @@ xmlSAXHandler XmlParser::Library::Handler(const Calls &calls) {
     handler.ignorableWhitespace = calls.text; // one and the same, which spares the parser telling them apart
     handler.getEntity = OnEntity;
     handler.getParameterEntity = OnEntity;
-    handler.entityDecl = OnDeclaration;
-    handler.unparsedEntityDecl = OnDeclaration;
-    handler.notationDecl = OnDeclaration;
-    handler.attributeDecl = OnDeclaration;
-    handler.elementDecl = OnDeclaration;
+    handler.internalSubset = OnDocumentType;
+    handler.entityDecl = OnDeclaration<XmlProblem::EntityDeclaration>;
+    handler.unparsedEntityDecl = OnDeclaration<XmlProblem::EntityDeclaration>;
+    handler.notationDecl = OnDeclaration<XmlProblem::Declaration>;
+    handler.attributeDecl = OnAttribute;
+    handler.elementDecl = OnDeclaration<XmlProblem::Declaration>;
     return handler;
 }
 
@@ -76,9 +80,26 @@ xmlEntityPtr XmlParser::Library::OnEntity(void *parser, const xmlChar * /*name*/
     return nullptr;
 }
 
-template <typename... Arguments>
+void XmlParser::Library::OnDocumentType(void *parser, const xmlChar * /*name*/, const xmlChar * /*publicId*/,
+                                        const xmlChar * /*systemId*/) {
+    Run<XmlParser>(parser, [](XmlParser &self) { self.BeginDocumentType(); });
+}
+
+// The list of values belongs to whoever is called.
+void XmlParser::Library::OnAttribute(void *parser, const xmlChar *element, const xmlChar *name, int /*type*/,
+                                     int /*kind*/, const xmlChar *value, xmlEnumerationPtr values) {
+    xmlFreeEnumeration(values);
+    Run<XmlParser>(parser, [&](XmlParser &self) {
+        self.Notice(XmlProblem::Declaration, nullptr);
+        if (value != nullptr && self.Status() == noErr) {
+            self.AddDefault(element, name, value);
+        }
+    });
+}
+
+template <XmlProblem kProblem, typename... Arguments>
 void XmlParser::Library::OnDeclaration(void *parser, Arguments...) {
-    Run<XmlParser>(parser, [](XmlParser &self) { self.Notice(XmlProblem::Declaration, nullptr); });
+    Run<XmlParser>(parser, [](XmlParser &self) { self.Notice(kProblem, nullptr); });
 }
 
 XmlParser::XmlParser() : fLibrary(std::make_unique<Library>()) {}

@@ -19,8 +19,9 @@ namespace drevix {
 // UTF-8 that ends with a NUL, as libxml2 has it.
 using XmlCharacters = const unsigned char *;
 
-// What a document may not have.
-enum class XmlProblem : std::uint8_t { Malformed, WrongEndTag, Entity, Declaration };
+// What a document may not have, or may not everywhere. `Entity` is the use of one that is not predefined, the last is
+// that of an element, an attribute or a notation.
+enum class XmlProblem : std::uint8_t { Malformed, WrongEndTag, Entity, EntityDeclaration, Declaration };
 
 // How the bytes become text, and whether to go on behind what is malformed.
 enum class XmlParsing : std::uint8_t {
@@ -58,6 +59,11 @@ class XmlParser {
     // Called for each problem. The message is libxml2's about what is malformed, else null. Where nothing is
     // stopped, the parse goes on if it recovers, and ends soon if not.
     virtual void Notice(XmlProblem problem, const char *message) = 0;
+
+    // Called at a document type declaration, and for each attribute that it gives a value where a tag does not.
+    virtual void BeginDocumentType() {}
+    virtual void AddDefault(XmlCharacters /*element*/, XmlCharacters /*attribute*/, XmlCharacters /*value*/) {
+    }
 
     // From now on nothing is called any more, and the parse soon ends with that status.
     void Stop(OSErr status);

@@ -11,8 +11,8 @@
 #include <cstdint>
 #include <iconv.h>
 #include <new>
-#include <optional>
 #include <span>
+#include <utility>
 
 namespace drevix {
 namespace {
@@ -162,18 +162,13 @@ bool IsCharacterNumber(std::string_view digits) {
     return error == std::errc() && stopped == end && IsAllowedCharacter(code);
 }
 
-// Whether a text that begins with '&' begins with a reference that needs no declaration.
-bool IsReference(std::string_view text) {
-    constexpr auto kNames = std::to_array<std::string_view>({"amp", "lt", "gt", "quot", "apos"});
-    constexpr std::size_t kLongest = 16;
-    const std::size_t end = text.substr(0, kLongest).find(';');
-    if (end == text.npos) {
-        return false;
-    }
-    const std::string_view name = text.substr(1, end - 1);
-    return name.starts_with('#') ? IsCharacterNumber(name.substr(1))
-                                 : std::ranges::find(kNames, name) != kNames.end();
-}
+// The references that need no declaration, and the numeric ones for the same characters.
+struct Reference {
+    std::string_view name;
+    std::string_view number;
+};
+constexpr auto kReferences = std::to_array<Reference>(
+    {{"amp", "&#38;"}, {"lt", "&#60;"}, {"gt", "&#62;"}, {"quot", "&#34;"}, {"apos", "&#39;"}});
 
 std::string WithoutControls(std::string_view text) {
     std::string result;
@@ -188,30 +183,168 @@ std::string WithoutControls(std::string_view text) {
     return result;
 }
 
-// What has other rules inside than text has.
+// What has other rules inside than tags and text have. A declaration has no '>' before its end.
 struct Section {
     std::string_view start;
     std::string_view end;
+    bool isText = false; // not left out
 };
-constexpr auto kSections = std::to_array<Section>({{"<!--", "-->"}, {"<![CDATA[", "]]>"}});
+constexpr auto kSections =
+    std::to_array<Section>({{"<!--", "-->"}, {"<![CDATA[", "]]>", true}, {"<?xml ", ">"}, {"<?", "?>"}});
 
-// The length of the section that the text begins with; nothing for other text and for one without an end.
-std::optional<std::size_t> SectionLength(std::string_view text) {
-    for (const Section &section : kSections) {
-        if (text.starts_with(section.start)) {
-            const std::size_t end = text.find(section.end, section.start.size());
-            return end == text.npos ? std::nullopt : std::optional(end + section.end.size());
+constexpr std::string_view kDocumentType = "<!DOCTYPE";
+
+// The length of the document type declaration that the text begins with; 0 when its end is not found.
+std::size_t DocumentTypeLength(std::string_view text) {
+    text = text.substr(0, kXmlMaxDocumentType);
+    char quote = 0;
+    bool inSubset = false;
+    for (std::size_t i = kDocumentType.size(); i < text.size(); ++i) {
+        const char c = text[i];
+        const auto *section = quote != 0 || c != '<'
+                                  ? kSections.end()
+                                  : std::ranges::find_if(kSections, [&](const Section &row) {
+                                        return text.substr(i).starts_with(row.start);
+                                    });
+        if (section != kSections.end()) {
+            const std::size_t end = text.find(section->end, i + section->start.size());
+            if (end == text.npos) {
+                return 0;
+            }
+            i = end + section->end.size() - 1;
+        } else if (quote != 0) {
+            quote = c == quote ? '\0' : quote;
+        } else if (c == '"' || c == '\'') {
+            quote = c;
+        } else if (c == '[' || c == ']') {
+            inSubset = c == '[';
+        } else if (c == '>' && !inSubset) {
+            return i + 1;
         }
     }
-    return std::nullopt;
+    return 0;
 }
 
-bool BeginsMarkup(std::string_view text) {
-    constexpr std::string_view kDocumentType = "<!DOCTYPE";
-    return text.starts_with("<?") || text.starts_with(kDocumentType) ||
-           (text.starts_with("</") ? text.size() > 2 && IsNameStart(text[2])
-                                   : text.size() > 1 && IsNameStart(text[1]));
-}
+// Makes one mended text. Behind the first error the parser drops the predefined references, and the text before a
+// bare "]]>", but never a numeric reference: so what is text is written with no other.
+class Mender {
+  public:
+    explicit Mender(std::string_view text) : fRest(text) {
+        fRest.remove_prefix(std::min(fRest.find_first_not_of(" \t\n\r"), fRest.size()));
+        fResult.reserve(text.size());
+        fHasEnd.fill(true);
+    }
+
+    std::string Mend() {
+        while (!fRest.empty()) {
+            Take(std::min(fRest.find_first_of("<>&\"'"), fRest.size()));
+            if (!fRest.empty()) {
+                TakeMark();
+            }
+        }
+        return std::move(fResult);
+    }
+    [[nodiscard]] std::size_t StartTags() const { return fStartTags; }
+
+  private:
+    void Take(std::size_t length) {
+        fResult += fRest.substr(0, length);
+        fRest.remove_prefix(length);
+    }
+    void TakeAs(std::string_view written, std::size_t length = 1) {
+        fResult += written;
+        fRest.remove_prefix(length);
+    }
+
+    void TakeMark() {
+        const char mark = fRest[0];
+        if (mark == '<') {
+            return TakeSection() || TakeDocumentType() ? void() : TakeTagStart();
+        }
+        if (mark == '&') {
+            return TakeReference();
+        }
+        const bool isTag = fInTag;
+        if (mark == '>') {
+            fInTag = fInTag && fQuote != 0;
+        } else if (fInTag && (fQuote == 0 || fQuote == mark)) {
+            fQuote = fQuote == 0 ? mark : '\0';
+        }
+        return mark == '>' && !isTag ? TakeAs("&#62;") : Take(1);
+    }
+
+    // A section without an end is looked for once, not at each of its beginnings.
+    bool TakeSection() {
+        for (std::size_t i = 0; i < kSections.size(); ++i) {
+            const Section &section = kSections[i];
+            if (!fHasEnd[i] || !fRest.starts_with(section.start)) {
+                continue;
+            }
+            const std::size_t end = fRest.find(section.end, section.start.size());
+            fHasEnd[i] = end != fRest.npos;
+            if (fHasEnd[i]) {
+                const std::string_view inside = fRest.substr(0, end).substr(section.start.size());
+                std::ranges::for_each(section.isText ? inside : "", [this](char c) { AppendLiteral(c); });
+                fRest.remove_prefix(end + section.end.size());
+                return true;
+            }
+        }
+        return false;
+    }
+
+    void AppendLiteral(char c) {
+        const auto *const row = c == '&' ? &kReferences[0] : c == '<' ? &kReferences[1] : &kReferences[2];
+        if (c == '&' || c == '<' || c == '>') {
+            fResult += row->number;
+        } else {
+            fResult += c;
+        }
+    }
+
+    // In its place it is kept: what it declares is not for us to say. Elsewhere it is none. One without an end is
+    // looked through once, too.
+    bool TakeDocumentType() {
+        if (!fHasDocumentType || !fRest.starts_with(kDocumentType)) {
+            return false;
+        }
+        const std::size_t length = DocumentTypeLength(fRest);
+        fHasDocumentType = length > 0;
+        fResult += fStartTags == 0 ? fRest.substr(0, length) : "";
+        fRest.remove_prefix(length);
+        return fHasDocumentType;
+    }
+
+    void TakeTagStart() {
+        const std::size_t nameAt = fRest.starts_with("</") ? 2 : 1;
+        const bool isTag = fRest.size() > nameAt && IsNameStart(fRest[nameAt]);
+        if (!isTag && !fRest.starts_with(kDocumentType)) {
+            return TakeAs("&#60;");
+        }
+        fStartTags += isTag && nameAt == 1 ? 1U : 0U;
+        fInTag = true;
+        fQuote = 0;
+        Take(1);
+    }
+
+    void TakeReference() {
+        constexpr std::size_t kLongest = 16;
+        const std::size_t end = fRest.substr(0, kLongest).find(';');
+        const std::string_view name = end == fRest.npos ? std::string_view() : fRest.substr(1, end - 1);
+        const auto *const row = std::ranges::find(kReferences, name, &Reference::name);
+        if (row != kReferences.end()) {
+            return TakeAs(row->number, end + 1);
+        }
+        return name.starts_with('#') && IsCharacterNumber(name.substr(1)) ? Take(end + 1) : TakeAs("&#38;");
+    }
+
+    std::string_view fRest;
+    std::string fResult;
+    std::size_t fStartTags = 0;
+    std::array<bool, kSections.size()> fHasEnd{};
+    bool fHasDocumentType = true;
+    bool fInTag = false;
+    char fQuote = 0; // in which the place in the tag lies; 0: in none
+};
 
 // The attributes of what may be a tag, and more text. A parser gives up where quotes are missing, so it finds
 // no more than these.
@@ -263,30 +396,9 @@ std::string MendUtf8(std::string_view text) {
 
 std::string MendXml(std::string_view text, std::size_t *startTags) {
     const std::string clean = WithoutControls(text);
-    std::string result;
-    result.reserve(clean.size());
-    *startTags = 0;
-    // A section without an end is looked for once, not at each of its beginnings.
-    bool hasSections = true;
-    for (std::string_view rest = clean; !rest.empty();) {
-        std::size_t taken = std::min(rest.find_first_of("<&"), rest.size());
-        result += rest.substr(0, taken);
-        rest.remove_prefix(taken);
-        if (rest.empty()) {
-            break;
-        }
-        const bool isSection = rest.starts_with("<!-") || rest.starts_with("<![");
-        const auto section = hasSections && isSection ? SectionLength(rest) : std::nullopt;
-        hasSections = hasSections && (!isSection || section.has_value());
-        taken = section.value_or(1);
-        if (section || (rest[0] == '&' ? IsReference(rest) : BeginsMarkup(rest))) {
-            *startTags += !section && rest.size() > 1 && rest[0] == '<' && IsNameStart(rest[1]) ? 1U : 0U;
-            result += rest.substr(0, taken);
-        } else {
-            result += rest[0] == '&' ? "&amp;" : "&lt;";
-        }
-        rest.remove_prefix(taken);
-    }
+    Mender mender(clean);
+    std::string result = mender.Mend();
+    *startTags = mender.StartTags();
     return result;
 }
 

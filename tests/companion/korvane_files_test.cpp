@@ -76,6 +76,10 @@ std::string Whole(const std::string &contents) {
     return kHead + contents + "</HotKeys>";
 }
 
+// All that a document type may declare but entities. The "]>" ends nothing.
+const std::string kDeclarations = "<!DOCTYPE HotKeys [<!ELEMENT HotKey ANY><!-- ]> ' -->"
+                                  "<!ATTLIST HotKeys TargetApp CDATA 'A' x (a|b) 'a' y CDATA ']>'>]>";
+
 std::string OfMenu(const std::string &menu) {
     return Whole("<HotKey><Menu>" + menu + "</Menu></HotKey>");
 }
@@ -114,6 +118,13 @@ TEST(KorvaneFiles, Load_FindsEveryHotKeyOrSaysThatItDoesNot) {
               "</k:HotKeys>",
               one},
              {"document type", "<!DOCTYPE HotKeys SYSTEM 'http://localhost:9/x'>" + Whole(kOne), one},
+             {"declarations, and a target by default", kDeclarations + "<HotKeys>" + kOne + "</HotKeys>",
+              one},
+             {"the same, damaged", kDeclarations + "<HotKeys>" + kOne + "<Menu x='1' x='1'/></HotKeys>", one},
+             {"prefixes beside",
+              "<HotKeys xmlns:TargetApp='urn:x' xmlns:x='urn:x' x:TargetApp='' TargetApp='A'><x:HotKey/>"
+              "<HotKey><x:Menu>no</x:Menu><Menu>One</Menu></HotKey></HotKeys>",
+              one},
              {"Mac OS Roman",
               "<?xml version='1.0' encoding=\"macintosh\"?>" + OfMenu("\x8A\xDB"),
               {"\u00E4\u20AC||||"}},
@@ -146,6 +157,49 @@ TEST(KorvaneFiles, Load_FindsEveryHotKeyOrSaysThatItDoesNot) {
     EXPECT_EQ(Rows(LoadKorvaneFileForApp("Illustrator")), nothing);
 }
 
+// Behind the first error "Cut &amp; Paste" was read, and written back, as "Cut  Paste"; so were all five references,
+// and the text before a bare "]]>" was lost.
+TEST(KorvaneFiles, Damage_ChangesNoText) {
+    const CompanionFolder folder;
+    const std::string target = " TargetApp='A &amp;&lt; &#66;'>";
+    const std::string head = "<HotKeys" + target;
+    const std::pair<const char *, std::string> damages[] = {
+        {"none", head},
+        {"blank line before the declaration", "\n<?xml version='1.0'?>" + head},
+        {"two hyphens in a comment", head + "<!-- a -- b -->"},
+        {"mismatched end tag", head + "<Other></Othre>"},
+        {"doubled attribute", "<HotKeys x='1' x='2'" + target},
+        {"no blank between attributes", "<HotKeys x='1'TargetApp='A &amp;&lt; &#66;'>"},
+        {"bare end of a section", head + "<Other>]]></Other>"},
+        {"declaration in the middle", head + "<?xml version='1.0'?>"},
+        {"document type in the middle", head + "<!DOCTYPE HotKeys [<!ELEMENT HotKey ANY>]>"},
+        {"declaration without its end", "<?xml version='1.0'>" + head},
+        {"bare sign", head + "<Other>&</Other>"},
+    };
+    const std::pair<const char *, const char *> texts[] = {
+        {"Plain", "Plain"},
+        {"Cut &amp; Paste", "Cut & Paste"},
+        {"&lt;&gt;&quot;&apos;&amp;amp;", "<>\"'&amp;"},
+        {"&#38;&#x3E;\u00E4", "&>\u00E4"},
+        {"before ]]> behind", "before ]]> behind"},
+        {"a > b 'c\" >", "a > b 'c\" >"},
+        {"<![CDATA[x &amp; <b> ]]>&amp;]]&gt;", "x &amp; <b> &]]>"},
+        {"a<!-- &amp; <b> ]]> -->b", "ab"},
+        {"a<?pi &amp; > ?>b", "ab"},
+        {"]<i>]</i><!-- -->> &amp;", "]]> &"},
+    };
+    for (const auto &[what, start] : damages) {
+        for (const auto &[written, read] : texts) {
+            const std::string hotKey = "<HotKey><Menu>" + std::string(written) + "</Menu></HotKey>";
+            folder.Write(1, start + hotKey + hotKey + "</HotKeys>");
+            const auto list = LoadKorvaneFileForApp("Photoshop");
+            const std::string row = std::string(read) + "||||";
+            EXPECT_EQ(Rows(list), (Strings{row, row})) << what << ", " << written;
+            EXPECT_EQ(list ? list->TargetApp : "", "A &< B") << what << ", " << written;
+        }
+    }
+}
+
 std::string Repeated(const std::string &text, std::size_t times) {
     std::string result;
     for (std::size_t i = 0; i < times; ++i) {
@@ -172,6 +226,11 @@ TEST(KorvaneFiles, Load_IsBounded) {
     for (int i = 0; i < 1'000'000; ++i) {
         attributes += " a" + std::to_string(i) + "='>'";
     }
+    std::string names;
+    for (int i = 0; i < 12'000; ++i) {
+        names += "a" + std::to_string(i) + "|"; // close to all that a document type may hold
+    }
+    names.resize(names.rfind('|', 64'000) + 1);
     struct Row {
         const char *what;
         std::string bytes;
@@ -181,6 +240,15 @@ TEST(KorvaneFiles, Load_IsBounded) {
         {"entity bomb", bomb + "]>" + OfMenu("&a29;"), 0},
         {"external entity", "<!DOCTYPE a [<!ENTITY e SYSTEM 'file:///etc/passwd'>]>" + OfMenu("&e;"), 0},
         {"parameter entity", "<!DOCTYPE a [<!ENTITY % e SYSTEM 'file:///etc/passwd'> %e;]>" + Whole(kOne), 0},
+        {"long document type", "<!DOCTYPE a [" + Repeated("<!ELEMENT a ANY>", 5000) + "]>" + Whole(kOne), 0},
+        {"defaults that multiply",
+         "<!DOCTYPE a [<!ATTLIST HotKey x CDATA '" + std::string(40'000, 'x') + "'>]>" +
+             Whole(Repeated("<HotKey/>", 400'000)),
+         0},
+        {"values that are compared",
+         "<!DOCTYPE a [<!NOTATION n SYSTEM 'n'><!ATTLIST a x NOTATION (" + names + "n) #IMPLIED>]>" +
+             Whole(kOne),
+         1},
         {"a million hotkeys", Whole(Repeated("<HotKey/>", 1'000'000)), 0},
         {"a million hotkeys, cut", kHead + Repeated("<HotKey>", 1'000'000), 0},
         {"long text", OfMenu(std::string(15 << 20, 'x')), 1},
@@ -224,11 +292,28 @@ TEST(KorvaneFiles, Save_WritesWhatOtherReadersRead) {
     }
     EXPECT_TRUE(shown.starts_with(list.TargetApp + "\n")) << shown;
 
+    const auto isRefused = [&] {
+        return !SaveKorvanePrefsForApp(list, "InDesign") && ReadWhole(folder.File(3)) == written;
+    };
     list.HotKeys.clear();
-    EXPECT_FALSE(SaveKorvanePrefsForApp(list, "InDesign"));
-    EXPECT_EQ(ReadWhole(folder.File(3)), written);
+    EXPECT_TRUE(isRefused());
+    list.HotKeys.resize(kMostKorvaneHotKeys + 1);
+    EXPECT_TRUE(isRefused());
+    list.HotKeys.resize(1);
+    list.HotKeys[0].Set(KorvaneKey::Menu, std::string(kXmlMaxBytes / 5, '&'));
+    EXPECT_TRUE(isRefused());
     EXPECT_FALSE(SaveKorvanePrefs(*loaded, folder.Path("none/~hotkeys")));
     EXPECT_FALSE(std::filesystem::exists(folder.Path("none")));
+}
+
+// 40,000 were read and written back, and then refused for the white space between their tags.
+TEST(KorvaneFiles, Save_WritesNothingTooLongToRead) {
+    const CompanionFolder folder;
+    KorvaneHotKeyList list = ListOf(Strings(kMostKorvaneHotKeys, "a|b|c|d|e"));
+    ASSERT_TRUE(SaveKorvanePrefsForApp(list, "InDesign"));
+    const auto loaded = LoadKorvaneFileForApp("InDesign");
+    ASSERT_TRUE(loaded);
+    EXPECT_EQ(loaded->HotKeys.size(), kMostKorvaneHotKeys);
 }
 
 // The page on the format shows what is written.

@@ -8,6 +8,7 @@
 #include "settings/pascal_strings.h"
 #include "settings/prefs_list.h"
 #include "tests/companion/companion_folder.h"
+#include "tests/support/failing_new.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -252,14 +253,80 @@ TEST_F(KorvaneSync, TwoWriters_LoseNoHotKey) {
 TEST_F(KorvaneSync, FileThatAnotherProgramOfOursIsAt_IsLeftForTheNextTime) {
     fFolder.Write(1, HotKeyFile({"A"}));
     Bind(1, kI, "A");
+    KorvaneResults results;
     {
         FolderLock other;
         ASSERT_EQ(other.Acquire(FolderOfPath(fFolder.File(1))), noErr);
-        SyncToKorvane(fBase.get());
+        SyncToKorvane(fBase.get(), &results);
         EXPECT_EQ(File(1), Strings{"A||||"});
+        EXPECT_EQ(results[1].state, KorvaneFileState::InUse);
     }
-    SyncToKorvane(fBase.get());
+    SyncToKorvane(fBase.get(), &results);
+    EXPECT_EQ(results[1].state, KorvaneFileState::InStep);
     EXPECT_EQ(File(1), Strings{"A|1|pyralis||4"});
+}
+
+// A file that could not be written, or read whole, was reported done: the button's entry came back.
+TEST_F(KorvaneSync, FilesThatAreNotInStep_AreTold) {
+    fFolder.Write(0, HotKeyFile({"A"}));
+    fFolder.Write(1, HotKeyFile({"A"}) + "<HotKey>");
+    fFolder.Write(2, HotKeyFile({"A|1|pyralis||4"})); // says already what the button does
+    fFolder.Write(3, "<HotKeys TargetApp='A'><HotKey><Menu>A</Menu></HotKey><HotKey><Menu><![CDATA[" +
+                         std::string(kXmlMaxBytes / 3, '<') + "]]></Menu></HotKey></HotKeys>");
+    for (std::size_t row = 0; row < kKorvaneApps.size(); ++row) {
+        Bind(row, kI, "A");
+    }
+    struct FullDisk : Disk {
+        ssize_t WriteAt(int, const void *, std::size_t, off_t) override {
+            errno = ENOSPC;
+            return -1;
+        }
+    } disk;
+    KorvaneResults results;
+    Disk *const before = SetDisk(&disk);
+    SyncToKorvane(fBase.get(), &results);
+    SetDisk(before);
+    using State = KorvaneFileState;
+    const auto states = [&] {
+        std::array<State, kKorvaneApps.size()> all{};
+        std::ranges::transform(results, all.begin(), &KorvaneFileResult::state);
+        return all;
+    };
+    EXPECT_THAT(states(), testing::ElementsAre(State::NotWritten, State::ReadInPart, State::InStep,
+                                               State::TooLong, State::InStep));
+    EXPECT_EQ(results[0].status, dskFulErr);
+    SyncFromKorvane(fBase.get(), &results);
+    EXPECT_THAT(states(), testing::ElementsAre(State::InStep, State::ReadInPart, State::InStep, State::InStep,
+                                               State::InStep));
+}
+
+// Without memory a button was freed on the way, and stayed so in both files.
+TEST_F(KorvaneSync, MissingMemory_LeavesButtonsAndFilesAsTheyWereAndIsTold) {
+    const std::string title = "A title that takes memory of its own";
+    const std::string before = HotKeyFile({title + "|3|pyralis||8"});
+    bool wasHit = true;
+    for (int failIn = 1; wasHit; ++failIn) {
+        Slot(1, kI) = {};
+        Slot(1, kII) = {};
+        Bind(1, kI, title);
+        fFolder.Write(1, before);
+        KorvaneResults results;
+        gNewFailsIn = failIn;
+        SyncFromKorvane(fBase.get(), &results);
+        wasHit = std::exchange(gNewFailsIn, 0) == 0;
+        const Strings buttons = Buttons(1, {title});
+        const bool isTaken = buttons == Strings{"-", title, "-"};
+        EXPECT_TRUE(isTaken || buttons == (Strings{title, "-", "-"})) << failIn;
+        EXPECT_TRUE(isTaken || results[1].state == KorvaneFileState::NotRead) << failIn;
+
+        Bind(1, kI, title);
+        gNewFailsIn = failIn;
+        SyncToKorvane(fBase.get(), &results);
+        wasHit = std::exchange(gNewFailsIn, 0) == 0 || wasHit;
+        const bool isWritten = File(1) == Strings{title + "|1|pyralis||4"};
+        EXPECT_TRUE(isWritten || ReadWhole(fFolder.File(1)) == before) << failIn;
+        EXPECT_TRUE(isWritten || results[1].state == KorvaneFileState::NotWritten) << failIn;
+    }
 }
 
 // 2,000 hotkeys in each of five files.
