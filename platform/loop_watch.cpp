@@ -25,6 +25,18 @@ struct LoopWatch::Parts {
     template <typename T>
     using Owner = std::unique_ptr<T, Later>;
 
+    Parts() = default;
+    Parts(const Parts &) = delete;
+    Parts &operator=(const Parts &) = delete;
+    // What goes later must not look at the descriptor, which is closed soon, nor call into what is gone.
+    ~Parts() {
+        Disable(read.get());
+        Disable(write.get());
+        if (timer) {
+            timer->stop();
+        }
+    }
+
     int descriptor = -1;
     Owner<QSocketNotifier> read;
     Owner<QSocketNotifier> write;

@@ -37,9 +37,23 @@ OpenSocket *FindSocket(SocketRef ref) {
     return found == gSockets.end() ? nullptr : &*found;
 }
 
+// Closed with bytes that nobody has read, a socket tells its peer that the connection broke. One that never ends is
+// not listened to for ever.
+void DropWhatArrived(int descriptor) {
+    constexpr std::size_t kMost = std::size_t{1} << 20;
+    std::array<char, 4096> dropped{};
+    ssize_t count = 1;
+    for (std::size_t total = 0; count > 0 && total < kMost; total += static_cast<std::size_t>(count)) {
+        do {
+            count = ::recv(descriptor, dropped.data(), dropped.size(), MSG_DONTWAIT);
+        } while (count < 0 && errno == EINTR);
+    }
+}
+
 // The callback may invalidate this socket, and so move all others.
 void CallBack(SocketRef ref) {
     if (const OpenSocket *socket = FindSocket(ref)) {
+        DropWhatArrived(socket->descriptor.Get());
         socket->callback(ref, SocketCallBackType::Data, nullptr, nullptr, socket->context);
     }
 }

@@ -31,7 +31,7 @@ using SocketRef = std::uint32_t;
 
 // What a socket's callback is called for.
 enum class SocketCallBackType : std::uint32_t {
-    Data = 3, // bytes came from the peer, or it hung up
+    Data = 3, // bytes came from the peer, and were dropped, or it hung up
 };
 // `address` and `data` are null: neither is asked for.
 using SocketCallBack = void (*)(SocketRef socket, SocketCallBackType type, const SocketAddress *address,

@@ -55,7 +55,7 @@ def listen(port, manner, count="1", seconds="0"):
         while more := peer.recv(1 << 16):
             got += more
     except ConnectionError:
-        pass
+        got += b" reset" if manner == "answer" else b""
     print(got.decode(), flush=True)
 
 
