@@ -14,6 +14,7 @@ Json FromValue(const PropertyList &value);
 struct Converter {
     Json operator()(bool value) const { return value; }
     Json operator()(std::int64_t value) const { return value; }
+    Json operator()(std::uint64_t value) const { return value; }
     Json operator()(double value) const { return value; }
     Json operator()(const std::string &value) const { return value; }
     Json operator()(const PropertyListData &value) const {

@@ -53,12 +53,11 @@ struct PropertyListDate {
     double seconds;
 };
 
-// One value. Text is UTF-8. An integer from 2^63 to 2^64 - 1 is kept as its 64 bits, so its low bits are
-// right; it is written as the negative number with these bits.
+// One value. Text is UTF-8. An integer is an std::uint64_t from 2^63 on only; those come from others' lists alone.
 class PropertyList {
   public:
-    using Value = std::variant<bool, std::int64_t, double, std::string, PropertyListData, PropertyListDate,
-                               PropertyListArray, PropertyListDictionary>;
+    using Value = std::variant<bool, std::int64_t, std::uint64_t, double, std::string, PropertyListData,
+                               PropertyListDate, PropertyListArray, PropertyListDictionary>;
 
     PropertyList(bool value) : fValue(value) {}
     PropertyList(std::int64_t value) : fValue(value) {}
@@ -85,6 +84,14 @@ class PropertyList {
   private:
     Value fValue;
 };
+
+inline PropertyList PropertyListUnsigned(std::uint64_t number) {
+    PropertyList list(static_cast<std::int64_t>(number));
+    if (number > INT64_MAX) {
+        list.Get().emplace<std::uint64_t>(number);
+    }
+    return list;
+}
 
 inline void PropertyListDictionary::MakeRoom() {
     constexpr std::size_t kFewEntries = 8; // one allocation for most dictionaries

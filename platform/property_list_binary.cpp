@@ -53,11 +53,14 @@ std::uint64_t BigEndian(Bytes bytes) {
 }
 
 // Two's complement of 16 bytes, where it lies from -2^63 to 2^64 - 1.
-std::optional<std::uint64_t> WideInteger(Bytes bytes) {
+std::optional<PropertyList> WideInteger(Bytes bytes) {
     const std::uint64_t high = BigEndian(bytes.first(8));
     const std::uint64_t low = BigEndian(bytes.last(8));
-    const bool negative = high == ~std::uint64_t{0} && (low >> 63) == 1;
-    return high == 0 || negative ? std::optional(low) : std::nullopt;
+    if (high == 0) {
+        return PropertyListUnsigned(low);
+    }
+    const bool isNegative = high == ~std::uint64_t{0} && (low >> 63) == 1;
+    return isNegative ? std::optional<PropertyList>(static_cast<std::int64_t>(low)) : std::nullopt;
 }
 
 std::string Characters(Bytes bytes) {
@@ -337,13 +340,11 @@ std::optional<PropertyList> BinaryListReader::ReadValue(std::uint64_t number, in
 // One, two and four bytes are unsigned, eight and sixteen signed.
 std::optional<PropertyList> BinaryListReader::ReadInteger(const Object &object) {
     const std::size_t size = object.content.size();
-    const std::optional<std::uint64_t> value = size <= 8    ? BigEndian(object.content)
-                                               : size == 16 ? WideInteger(object.content)
-                                                            : std::nullopt;
-    if (!value.has_value()) {
-        return Damaged("an integer is too large");
+    if (size <= 8) {
+        return static_cast<std::int64_t>(BigEndian(object.content));
     }
-    return static_cast<std::int64_t>(*value);
+    std::optional<PropertyList> value = size == 16 ? WideInteger(object.content) : std::nullopt;
+    return value.has_value() ? std::move(value) : Damaged("an integer is too large");
 }
 
 std::optional<PropertyList> BinaryListReader::ReadReal(const Object &object) {

@@ -118,9 +118,16 @@ std::size_t SequenceLength(std::string_view text) {
     return character >= kSmallest[length] && character <= 0x10FFFF && !surrogate ? length : 0;
 }
 
+template <typename Integer>
+void AppendDigits(std::string &out, Integer value) {
+    std::array<char, 24> digits{};
+    const auto result = std::to_chars(digits.data(), digits.data() + digits.size(), value);
+    out.append(digits.data(), result.ptr);
+}
+
 } // namespace
 
-std::optional<std::int64_t> ParseIntegerText(std::string_view text) {
+std::optional<PropertyList> ParseIntegerText(std::string_view text) {
     text = TrimBlanks(text);
     const bool negative = text.starts_with('-');
     if (negative || text.starts_with('+')) {
@@ -138,7 +145,8 @@ std::optional<std::int64_t> ParseIntegerText(std::string_view text) {
     if (error != std::errc() || stopped != end || (negative && magnitude > kMostNegative)) {
         return std::nullopt;
     }
-    return static_cast<std::int64_t>(negative ? 0 - magnitude : magnitude);
+    return negative ? PropertyList(static_cast<std::int64_t>(0 - magnitude))
+                    : PropertyListUnsigned(magnitude);
 }
 
 std::optional<double> ParseRealText(std::string_view text) {
@@ -216,9 +224,11 @@ std::optional<PropertyListData> ParseBase64Text(std::string_view text) {
 }
 
 void AppendIntegerText(std::string &out, std::int64_t value) {
-    std::array<char, 24> digits{};
-    const auto result = std::to_chars(digits.data(), digits.data() + digits.size(), value);
-    out.append(digits.data(), result.ptr);
+    AppendDigits(out, value);
+}
+
+void AppendIntegerText(std::string &out, std::uint64_t value) {
+    AppendDigits(out, value);
 }
 
 void AppendRealText(std::string &out, double value) {

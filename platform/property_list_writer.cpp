@@ -32,6 +32,9 @@ class XmlAppender {
     void operator()(std::int64_t value) {
         Element("<integer>", "</integer>\n", [&] { AppendIntegerText(fOut, value); });
     }
+    void operator()(std::uint64_t value) {
+        Element("<integer>", "</integer>\n", [&] { AppendIntegerText(fOut, value); });
+    }
     void operator()(double value) {
         Element("<real>", "</real>\n", [&] { AppendRealText(fOut, value); });
     }

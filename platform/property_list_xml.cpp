@@ -331,8 +331,10 @@ void XmlListReader::PutInteger() {
     const auto [stopped, error] = std::from_chars(fPlainText.data(), end, value);
     if (error == std::errc() && stopped == end) { // a sign at most and digits, as most integers are
         fValue->Get().emplace<std::int64_t>(value);
+    } else if (auto parsed = ParseIntegerText(fPlainText)) {
+        *fValue = std::move(*parsed);
     } else {
-        PutParsed(ParseIntegerText(fPlainText), "an integer is malformed or too large");
+        Damaged("an integer is malformed or too large");
     }
 }
 

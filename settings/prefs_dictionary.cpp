@@ -79,8 +79,11 @@ const T *ValueOf(const PropertyListDictionary &entries, const char *key) {
 // Keeps the low bits that the field has room for.
 template <typename Field>
 Field NumberOf(const PropertyListDictionary &entries, const char *key) {
-    const auto *value = ValueOf<std::int64_t>(entries, key);
-    return value == nullptr ? Field{0} : static_cast<Field>(*value);
+    if (const auto *value = ValueOf<std::int64_t>(entries, key)) {
+        return static_cast<Field>(*value);
+    }
+    const auto *large = ValueOf<std::uint64_t>(entries, key);
+    return large == nullptr ? Field{0} : static_cast<Field>(*large);
 }
 
 std::uint8_t FlagOf(const PropertyListDictionary &entries, const char *key) {

@@ -96,6 +96,9 @@ inline PropertyListArray EveryValue() {
                                      std::int64_t{65535}, std::int64_t{4294967295}, INT64_MAX, INT64_MIN}) {
         values.emplace_back(value);
     }
+    for (const std::uint64_t value : {std::uint64_t{1} << 63, UINT64_MAX}) { // once came back negative
+        values.push_back(PropertyListUnsigned(value));
+    }
     for (const double value : {0.0, 1.5, -0.1, 1e300, 5e-324, 1.0 / 3, HUGE_VAL}) {
         values.emplace_back(value);
     }
@@ -117,7 +120,7 @@ inline PropertyListArray EveryValue() {
 
 inline constexpr std::string_view kEveryValueInPython = R"(
 from datetime import datetime
-values = [0, -1, 127, 255, 65535, 2**32 - 1, 2**63 - 1, -2**63,
+values = [0, -1, 127, 255, 65535, 2**32 - 1, 2**63 - 1, -2**63, 2**63, 2**64 - 1,
           0.0, 1.5, -0.1, 1e300, 5e-324, 1 / 3, float('inf'),
           '', 'text', ' a\t\n b ', '<&>"\']]>', '\u00C4\u20AC\U0001F600', '\x7F\x80',
           b'', b'\0', b'ab', bytes(range(256)),

@@ -94,7 +94,7 @@ constexpr ElementRow kElements[] = {
     {"<integer>9223372036854775807</integer>",   "<integer>9223372036854775807</integer>"},
     {"<integer>-9223372036854775808</integer>",  "<integer>-9223372036854775808</integer>"},
     {"<integer>-9223372036854775809</integer>",  nullptr},
-    {"<integer>18446744073709551615</integer>",  "<integer>-1</integer>"},
+    {"<integer>18446744073709551615</integer>",  "<integer>18446744073709551615</integer>"},
     {"<integer>18446744073709551616</integer>",  nullptr},
     {"<integer>abc</integer>",                   nullptr},
     {"<integer>-</integer>",                     nullptr},
