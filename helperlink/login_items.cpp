@@ -3,12 +3,14 @@
 #include "platform/app_folder.h"
 #include "platform/ascii.h"
 #include "platform/autostart.h"
-#include "platform/disk.h"
 #include "platform/file_update.h"
+#include "platform/owners.h"
 #include "platform/property_list.h"
 #include "platform/status.h"
 
 #include <algorithm>
+#include <cerrno>
+#include <fcntl.h>
 #include <new>
 #include <optional>
 #include <string>
@@ -22,6 +24,7 @@ constexpr auto kFileName = PascalLiteral("loginwindow.plist");
 constexpr std::string_view kItemsKey = "AutoLaunchedApplicationDictionary";
 constexpr std::string_view kPathKey = "Path";
 constexpr std::size_t kMostMatches = 16;
+constexpr mode_t kNewFileMode = 0666; // less the user's umask
 
 // The login items file, as it was read.
 struct ItemsFile {
@@ -29,18 +32,13 @@ struct ItemsFile {
     std::optional<PropertyList> root; // a dictionary; nothing for an empty file
 };
 
-bool IsAscii(std::string_view text) {
-    return std::ranges::all_of(text,
-                               [](char character) { return static_cast<unsigned char>(character) < 0x80; });
-}
-
 // Behind the last slash that has a character behind it.
 std::string_view LeafOf(std::string_view path) {
     const std::size_t last = path.size() < 2 ? std::string_view::npos : path.rfind('/', path.size() - 2);
     return path.substr(last + 1); // npos + 1 is 0
 }
 
-// Where the login items lie. The file is made when missing.
+// Where the login items lie. The file is made when missing, also where a link leads.
 OSErr FindFile(std::string *path) {
     FSSpec spec = {};
     std::ranges::copy(kFileName, spec.name.begin());
@@ -49,9 +47,13 @@ OSErr FindFile(std::string *path) {
     if (status != noErr) {
         return status;
     }
-    status = FSpCreate(spec, 0, 0, 0);
     *path = PathFromSpec(spec);
-    return status == dupFNErr ? OSErr{noErr} : status;
+    std::string target;
+    if (status = FollowLinks(*path, &target); status != noErr) {
+        return status;
+    }
+    const DiskDescriptor made(CurrentDisk().Open(target.c_str(), O_WRONLY | O_CREAT | O_EXCL, kNewFileMode));
+    return made || errno == EEXIST ? noErr : LastError();
 }
 
 OSErr OpenItems(ItemsFile *file) {
@@ -157,8 +159,15 @@ OSErr DontStartAtLogin(const PropertyListArray &items, const std::vector<std::st
     return first;
 }
 
-// The items of a list that was opened; null when something else stands in their place.
+// The items of a list that was opened; null when there are none, or something else stands in their place.
 PropertyListArray *ItemsOf(ItemsFile *file) {
+    PropertyList *items =
+        file->root.has_value() ? file->root->As<PropertyListDictionary>()->Find(kItemsKey) : nullptr;
+    return items == nullptr ? nullptr : items->As<PropertyListArray>();
+}
+
+// Makes room for items where there is nothing.
+void AddItems(ItemsFile *file) {
     if (!file->root.has_value()) {
         file->root = PropertyListDictionary();
     }
@@ -166,7 +175,6 @@ PropertyListArray *ItemsOf(ItemsFile *file) {
     if (entries.Find(kItemsKey) == nullptr) {
         entries.Add(std::string(kItemsKey), PropertyListArray());
     }
-    return entries.Find(kItemsKey)->As<PropertyListArray>();
 }
 
 // What is to be registered.
@@ -177,7 +185,8 @@ struct NewItem {
     bool replaces;
 };
 
-OSErr AddItem(const NewItem &item, bool *wasRegistered) {
+// *wasRegistered is set once the items were looked through, whatever comes then.
+OSErr AddItem(const NewItem &item, bool *wasRegistered) try {
     ItemsFile file;
     if (const OSErr status = OpenItems(&file); status != noErr) {
         return status;
@@ -185,6 +194,7 @@ OSErr AddItem(const NewItem &item, bool *wasRegistered) {
     if (!IsAscii(item.path) || !IsAscii(item.name)) {
         return memFullErr;
     }
+    AddItems(&file);
     PropertyListArray *items = ItemsOf(&file);
     if (items == nullptr) {
         return resNotFound;
@@ -194,6 +204,7 @@ OSErr AddItem(const NewItem &item, bool *wasRegistered) {
         [&](std::string_view path) {
             return path.ends_with(LeafOf(item.path)) || (!item.name.empty() && path.ends_with(item.name));
         });
+    *wasRegistered = matches.hasExact;
     std::vector<std::string> removed;
     if (matches.items.empty() || (!item.replaces && !matches.hasExact)) {
         items->push_back(MakeItem(item.path, item.isHidden));
@@ -208,18 +219,20 @@ OSErr AddItem(const NewItem &item, bool *wasRegistered) {
     if (status != noErr) {
         return status;
     }
-    *wasRegistered = matches.hasExact;
     status = DontStartAtLogin(*items, removed);
     const OSErr started = StartAtLogin(item.path);
     return status == noErr ? started : status;
+} catch (const std::bad_alloc &) {
+    return memFullErr;
 }
 
-OSErr RemoveItem(std::string_view name, std::uint16_t *removed) {
+// *removed is set once the items were looked through, whatever comes then.
+OSErr RemoveItem(std::string_view name, std::uint16_t *removed) try {
     ItemsFile file;
     if (const OSErr status = OpenItems(&file); status != noErr) {
         return status;
     }
-    PropertyListArray *items = file.root.has_value() ? ItemsOf(&file) : nullptr;
+    PropertyListArray *items = ItemsOf(&file);
     if (items == nullptr) {
         return resNotFound;
     }
@@ -229,6 +242,7 @@ OSErr RemoveItem(std::string_view name, std::uint16_t *removed) {
     const Matches matches = FindItems(
         *items, [](std::string_view) { return false; },
         [&](std::string_view path) { return path.ends_with(name); });
+    *removed = static_cast<std::uint16_t>(matches.items.size());
     if (matches.items.empty()) {
         return noErr;
     }
@@ -236,14 +250,15 @@ OSErr RemoveItem(std::string_view name, std::uint16_t *removed) {
     if (const OSErr status = SaveItems(file); status != noErr) {
         return status;
     }
-    *removed = static_cast<std::uint16_t>(paths.size());
     return DontStartAtLogin(*items, paths);
+} catch (const std::bad_alloc &) {
+    return memFullErr;
 }
 
 } // namespace
 
 std::int32_t AddLoginItem(const char *path, const char *name, std::int16_t hide, std::int16_t replace,
-                          std::uint16_t *wasRegistered) try {
+                          std::uint16_t *wasRegistered) {
     bool was = false;
     const bool hasPath = path != nullptr && *path != '\0';
     const OSErr status =
@@ -252,14 +267,9 @@ std::int32_t AddLoginItem(const char *path, const char *name, std::int16_t hide,
         *wasRegistered = was ? 1 : 0;
     }
     return status;
-} catch (const std::bad_alloc &) {
-    if (wasRegistered != nullptr) {
-        *wasRegistered = 0;
-    }
-    return memFullErr;
 }
 
-std::int32_t RemoveLoginItem(const char *name, std::uint16_t *removed) try {
+std::int32_t RemoveLoginItem(const char *name, std::uint16_t *removed) {
     std::uint16_t count = 0;
     const bool hasName = name != nullptr && *name != '\0'; // every path ends with an empty one
     const OSErr status = hasName ? RemoveItem(name, &count) : paramErr;
@@ -267,11 +277,6 @@ std::int32_t RemoveLoginItem(const char *name, std::uint16_t *removed) try {
         *removed = count;
     }
     return status;
-} catch (const std::bad_alloc &) {
-    if (removed != nullptr) {
-        *removed = 0;
-    }
-    return memFullErr;
 }
 
 } // namespace drevix

@@ -17,14 +17,15 @@ namespace drevix {
 // (optional, null for none). The new item takes the place of the first of at most 16 matches and the other
 // matches go; it is appended when nothing matches, or when `replace` is 0 and nothing matches exactly. With one
 // match that is exact nothing is written. `hide`: not 0 to start it hidden. *wasRegistered (optional) becomes 1
-// when an item matched exactly, else 0. Keys and items of others stay as they are.
+// when an item matched exactly, else 0, also when it could not be written then. Keys and items of others stay as they are.
 // noErr; paramErr for no path; memFullErr for a text that is not ASCII, or without memory; resNotFound when the
 // file cannot be read or holds something else than login items: it is then never written over; or the error of
 // the Preferences folder, of the file or of the autostart entry.
 [[nodiscard]] std::int32_t AddLoginItem(const char *path, const char *name, std::int16_t hide,
                                         std::int16_t replace, std::uint16_t *wasRegistered);
 
-// Removes the first 16 items whose path ends with `name`; *removed (optional) becomes their number. resNotFound
+// Removes the first 16 items whose path ends with `name`; *removed (optional) becomes their number, also when they could not be
+// removed. resNotFound
 // when there is no list of items, too (a missing file is made, empty); else as AddLoginItem.
 [[nodiscard]] std::int32_t RemoveLoginItem(const char *name, std::uint16_t *removed);
 

@@ -8,6 +8,7 @@
 #include "pane/pane_text.h"
 #include "pane/workspace.h"
 #include "platform/app_folder.h"
+#include "platform/ascii.h"
 #include "platform/status.h"
 
 #include <QFileInfo>
@@ -56,6 +57,12 @@ void DrevixPane::StartHelper() {
     }
     if (FindNamedProcess(kDrevixHelperName.data(), nullptr) != noErr && !LaunchApplication(helper)) {
         Tell(tr("The device helper could not be started."));
+    }
+    if (!IsAscii(helper)) { // which the list of login items has as a lack of memory
+        Tell(tr("The device helper will not start at the next login: move the program to a folder whose path "
+                "has no "
+                "letters but those of English."));
+        return;
     }
     if (const std::int32_t status = AddLoginItem(helper.c_str(), nullptr, 0, 1, nullptr); status != noErr) {
         Report(static_cast<OSErr>(status), tr("The device helper will not start at the next login"));

@@ -1,4 +1,4 @@
-// The letters of ASCII: the only ones whose case does not count where names are compared byte by byte.
+// ASCII, and its letters: the only ones whose case does not count where names are compared byte by byte.
 #pragma once
 
 #include <algorithm>
@@ -6,6 +6,10 @@
 #include <string_view>
 
 namespace drevix {
+
+[[nodiscard]] constexpr bool IsAscii(std::string_view text) {
+    return std::ranges::all_of(text, [](char letter) { return static_cast<unsigned char>(letter) < 0x80; });
+}
 
 // A to Z as a to z, any other byte as it is.
 template <class Byte>

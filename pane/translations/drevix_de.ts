@@ -1441,6 +1441,10 @@
         <translation>Das Hilfsprogramm des Geräts konnte nicht gestartet werden.</translation>
     </message>
     <message>
+        <source>The device helper will not start at the next login: move the program to a folder whose path has no letters but those of English.</source>
+        <translation>Das Hilfsprogramm des Geräts startet nicht bei der nächsten Anmeldung: Legen Sie das Programm in einen Ordner, dessen Pfad nur englische Buchstaben hat.</translation>
+    </message>
+    <message>
         <source>The device helper will not start at the next login</source>
         <translation>Das Hilfsprogramm des Geräts startet nicht bei der nächsten Anmeldung</translation>
     </message>

@@ -157,6 +157,11 @@ TEST_F(LoginItems, FilesOfOthers_AreNeverWrittenOver) {
         EXPECT_EQ(RemoveLoginItem("DrevixHelper.app", nullptr), resNotFound) << foreign;
         EXPECT_EQ(ReadWhole(fPath), foreign);
     }
+    // Without a list, which an item may be added to, removing said that all was well.
+    const std::string noList = PropertyListText(PropertyList(PropertyListDictionary()));
+    WriteWhole(fPath, noList);
+    EXPECT_EQ(RemoveLoginItem("DrevixHelper.app", nullptr), resNotFound);
+    EXPECT_EQ(ReadWhole(fPath), noList);
     WriteItems({"/old/DrevixHelper.app"});
     const std::string before = ReadWhole(fPath);
     EXPECT_EQ(AddLoginItem("/n\xC3\xBC/DrevixHelper.app", nullptr, 0, 1, nullptr), memFullErr);
@@ -165,8 +170,31 @@ TEST_F(LoginItems, FilesOfOthers_AreNeverWrittenOver) {
     EXPECT_EQ(AddLoginItem(nullptr, nullptr, 0, 1, nullptr), paramErr);
     EXPECT_EQ(ReadWhole(fPath), before);
     std::filesystem::remove(fPath);
+    std::filesystem::create_symlink(fFolder.Path("elsewhere"),
+                                    fPath); // once was no missing file, but a foreign one
     EXPECT_EQ(AddLoginItem(kHelper, nullptr, 0, 1, nullptr), noErr);
     EXPECT_EQ(Items(), Paths{"/new/DrevixHelper.app*"});
+    EXPECT_TRUE(std::filesystem::is_symlink(fPath));
+}
+
+// What the lists held was said to be nothing when they could not be written.
+TEST_F(LoginItems, FailedWrite_StillTellsWhatWasFound) {
+    struct FullDisk : Disk {
+        FullDisk() : fBefore(SetDisk(this)) {}
+        ~FullDisk() override { SetDisk(fBefore); }
+        ssize_t WriteAt(int, const void *, std::size_t, off_t) override {
+            errno = ENOSPC;
+            return -1;
+        }
+        Disk *fBefore;
+    };
+    WriteItems({"/old/DrevixHelper.app", kHelper});
+    const FullDisk disk;
+    std::uint16_t count = 7;
+    EXPECT_EQ(AddLoginItem(kHelper, nullptr, 0, 1, &count), dskFulErr);
+    EXPECT_EQ(count, 1);
+    EXPECT_EQ(RemoveLoginItem("DrevixHelper.app", &count), dskFulErr);
+    EXPECT_EQ(count, 2);
 }
 
 TEST_F(LoginItems, AnyFault_LeavesTheOldItems) {

@@ -96,6 +96,19 @@ TEST_F(Devices, OnlyAChangeOfTheCount_IsShown) {
     EXPECT_EQ(Shown(), u"0 - -"_s) << "unplugged";
 }
 
+// It said that there was not enough memory.
+TEST_F(Devices, HelperBelowAForeignLetter_IsToldTheReason) {
+    MakeApplication("DrevixHelper");
+    const FSRef resources{fFolder.Path("\u00FC")};
+    std::filesystem::create_directory(resources.path);
+    std::filesystem::rename(fFolder.Path("DrevixHelper.app"), resources.path + "/DrevixHelper.app");
+    fPane = std::make_unique<DrevixPane>(PaneBundle{resources, kPanelVersion});
+    fPane->setProblemHandler([this](const QString &problem) { fProblem += problem; });
+    fPane->mainViewDidLoad();
+    EXPECT_TRUE(WaitForTraces("DrevixHelper\n"));
+    EXPECT_TRUE(fProblem.contains(u"letters but those of English"_s)) << fProblem.toStdString();
+}
+
 TEST_F(Devices, Helper_IsStartedAndRegistered) {
     EXPECT_FALSE(std::filesystem::exists(fItems)) << "without a helper there is nothing to register";
     MakeApplication("DrevixHelper");
