@@ -17,6 +17,7 @@ using Clock = std::chrono::steady_clock;
 
 constexpr std::uint16_t kUnanswered = UINT16_MAX; // no helper counts as many devices
 constexpr std::chrono::milliseconds kPatience{2000};
+constexpr std::chrono::milliseconds kBetweenQuestions{1000};
 
 // Takes answers into a list while it lives.
 class AnswersInto {
@@ -31,15 +32,19 @@ Outcome AskHelper(DeviceList *list) {
     const AnswersInto answers(list);
     const Clock::time_point end = Clock::now() + kPatience;
     list->count = kUnanswered;
-    while (list->count == kUnanswered) {
-        if (GetConnectedDevices(list) != noErr) {
-            return Failed("the device helper does not run; start the settings panel or DrevixHelper");
+    // One that answers something else, and at once, is not asked again and again.
+    for (Clock::time_point next = Clock::now(); list->count == kUnanswered;) {
+        const Clock::time_point now = Clock::now();
+        if (now >= end) {
+            return Failed("the device helper runs but gives no list of its devices; end it and try again");
         }
-        const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now());
-        if (left <= left.zero()) {
-            return Failed("the device helper runs but does not answer; end it and try again");
+        if (now >= next) {
+            if (GetConnectedDevices(list) != noErr) {
+                return Failed("the device helper does not run; start the settings panel or DrevixHelper");
+            }
+            next = now + kBetweenQuestions;
         }
-        WaitForAppleEvents(left);
+        WaitForAppleEvents(std::chrono::ceil<std::chrono::milliseconds>(std::min(next, end) - now));
     }
     return Done();
 }

@@ -11,6 +11,7 @@ import tempfile
 import time
 import unittest
 
+PEER = pathlib.Path(__file__).resolve().parents[1] / "helperlink" / "peer.py"
 HELPER, DREVIXCTL = (pathlib.Path(path).resolve() for path in (sys.argv.pop(1), sys.argv.pop(1)))
 
 
@@ -96,6 +97,18 @@ class Helper(unittest.TestCase):
         self.assertEqual(helper.wait(20), 0)
         self.assertEqual(self.run_ctl("devices").returncode, 1)
 
+    def test_a_helper_that_answers_badly_is_asked_once_a_second(self):
+        """It was asked up to 5,000 times a second, and then said not to answer."""
+        self.start_bus()
+        for mode in ("type", "fail", "huge"):
+            helper = self.start("/usr/bin/python3", PEER, "DrevixHelper", mode, output="peer")
+            self.until(lambda: "ready\n" in (self.path / "peer").read_text())
+            result = self.run_ctl("devices")
+            self.assertEqual((result.returncode, result.stderr.count("gives no list")), (1, 1), result.stderr)
+            self.assertLessEqual((self.path / "peer").read_text().count("PLZWPLZD"), 3, mode)
+            helper.kill()
+            helper.wait()
+
     def test_a_change_of_the_users_settings_is_told_and_applied(self):
         self.start_bus()
         painter = self.path / "Painter"
@@ -168,7 +181,7 @@ class Helper(unittest.TestCase):
         helper.send_signal(signal.SIGSTOP)
         start = time.monotonic()
         result = self.run_ctl("devices")
-        self.assertEqual((result.returncode, result.stderr.count("does not answer")), (1, 1), result.stderr)
+        self.assertEqual((result.returncode, result.stderr.count("gives no list")), (1, 1), result.stderr)
         self.assertLess(time.monotonic() - start, 10)
         self.ctl("set", "ringSpeed", "9")
         helper.send_signal(signal.SIGCONT)

@@ -35,6 +35,7 @@ ANSWERS = {
     "long": ("PLZT", device_list() + bytes([0xEE]) * 300000),
     "type": ("TEXT", device_list()),
     "null": ("null", b""),
+    "huge": ("TEXT", bytes(30_000_000)),
 }
 
 
