@@ -43,10 +43,15 @@ bool IsFolderOfType(const CatalogInfo &folder, OSType type) {
     if (FindFolder(folder.ioVRefNum, type, kDontCreateFolder, &volume, &id) != noErr) {
         return false;
     }
+    // The id alone would not do: the user's folders may be named by a path with links in it, or be one.
+    constexpr Str63 kItself = {1, '.'};
+    FSRef real;
+    FSSpec spec{};
     CatalogInfo special{};
-    // The id alone would not do: the user's folders may be named by a path with links in it.
-    return DrevixGetCatInfo({volume, id, {}}, -1, &special, nullptr) == noErr &&
-           special.ioDevice == folder.ioDevice && special.ioNode == folder.ioNode;
+    return FSPathMakeRef(PathFromSpec({volume, id, kItself}), &real) == noErr &&
+           FSSpecFromRef(real, &spec, nullptr) == noErr &&
+           DrevixGetCatInfo(spec, 0, &special, nullptr) == noErr && special.ioDevice == folder.ioDevice &&
+           special.ioNode == folder.ioNode;
 }
 
 OSType TypeOfFolder(const CatalogInfo &folder) {

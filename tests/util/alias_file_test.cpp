@@ -30,9 +30,14 @@ class AliasFile : public ItemsTest {
 
 TEST_F(AliasFile, KindsOfItem_GiveTypeAndCreator) {
     ::setenv("XDG_DATA_HOME", fScratch.Path("data").c_str(), 1);
-    for (const char *folder : {"folder", "data/Trash/files", "data/applications", "config/autostart"}) {
+    for (const char *folder : {"folder", "data/Trash/files", "far/applications", "far/startup"}) {
         std::filesystem::create_directories(fScratch.Path(folder));
     }
+    // Special folders that are links were taken for plain ones.
+    std::filesystem::create_directory_symlink(fScratch.Path("far/applications"),
+                                              fScratch.Path("data/applications"));
+    std::filesystem::create_directory_symlink(fScratch.Path("far/startup"),
+                                              fScratch.Path("config/autostart"));
     std::filesystem::create_directory_symlink(fScratch.Path("folder"), fScratch.Path("link"));
     ::chmod(File("script", "#!/bin/sh\n").c_str(), 0755);
     ::chmod(File("picture").c_str(), 0755); // as every file on a disk without modes
@@ -52,9 +57,10 @@ TEST_F(AliasFile, KindsOfItem_GiveTypeAndCreator) {
              {"link", "slnkrhap"},
              {"folder", "fdrpMACS"},
              {"data/Trash/files", "trshMACS"},
-             {"data/applications", "faamMACS"},
+             {"data/applications", "slnkrhap"},
+             {"far/applications", "faamMACS"},
              {"config", "fapfMACS"},
-             {"config/autostart", "fastMACS"},
+             {"far/startup", "fastMACS"},
          }) {
         const Made made = MakeAlias(fScratch.Path(row.item));
         EXPECT_EQ(made.status, noErr) << row.item;
