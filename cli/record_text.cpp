@@ -4,8 +4,6 @@
 #include "platform/plain_text.h"
 #include "settings/pascal_strings.h"
 
-#include <array>
-
 namespace drevix {
 
 std::string RecordName(const AppPrefs &record) {
@@ -15,20 +13,6 @@ std::string RecordName(const AppPrefs &record) {
 
 std::string FileName(const AppPrefs &record) {
     return stringWithPascalString(record.appFileName.data());
-}
-
-std::string SignatureText(OSType signature) {
-    if (signature == kGlobalSignature) {
-        return "";
-    }
-    if (signature == kWildcardSignature) {
-        return "any";
-    }
-    std::array<std::uint8_t, 5> text{4};
-    for (std::size_t i = 0; i < 4; ++i) {
-        text[i + 1] = static_cast<std::uint8_t>(signature >> (24 - 8 * i));
-    }
-    return stringWithPascalString(text.data());
 }
 
 std::string YesOrNo(std::uint8_t flag) {

@@ -13,8 +13,6 @@ namespace drevix {
 // All in UTF-8.
 [[nodiscard]] std::string RecordName(const AppPrefs &record); // the shown name; "Global Settings"
 [[nodiscard]] std::string FileName(const AppPrefs &record);
-// The signature's four characters; "any" for the wildcard, empty for the global record.
-[[nodiscard]] std::string SignatureText(OSType signature);
 // "yes" or "no".
 [[nodiscard]] std::string YesOrNo(std::uint8_t flag);
 

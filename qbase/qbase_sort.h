@@ -7,7 +7,8 @@
 namespace drevix {
 
 // Orders record A, or the key, and record B: negative, 0 or positive. Only the low 16 bits count,
-// sign-extended.
+// sign-extended. Records that are compared in a sort lie in the base's record data, so their addresses have the
+// order of the data.
 using QBaseCompareFunction = std::int32_t (*)(const void *a, std::int32_t lengthA, const void *b,
                                               std::int32_t lengthB);
 

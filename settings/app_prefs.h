@@ -6,6 +6,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string>
 #include <string_view>
 #include <type_traits>
 
@@ -139,6 +140,9 @@ static_assert(kControlSlots.size() == 15);
 // The row of a slot, or of a key in this spelling; null for a slot or key of no control.
 [[nodiscard]] const ControlSlot *FindControlSlot(SlotIndex slot);
 [[nodiscard]] const ControlSlot *FindControlSlot(std::string_view key);
+
+// A signature in words, UTF-8: its four characters; "any" for the wildcard, empty for the global record.
+[[nodiscard]] std::string SignatureText(OSType signature);
 
 // The global record as it is before the factory defaults supply one: active, click sound on, every
 // sensitivity and speed 100, no action anywhere.

@@ -77,11 +77,23 @@ bool MayBeReplaced(const std::string &path, OSErr status) {
     }
 }
 
+// Older programs stored a global record under the file name that an import gave it. With one, the factory's global
+// record does not match it and would come in as a second.
+void ClearGlobalNames(QBaseHandle base) {
+    for (RecordNumber i = 0; i < QBaseCountRecords(base); ++i) {
+        if (AppPrefs *prefs = GetAppPrefs(base, i); IsGlobalPrefs(prefs) && prefs->appFileName[0] != 0) {
+            prefs->appFileName = {};
+            QBaseSetRecordsChanged(base, true);
+        }
+    }
+}
+
 // Adds the factory's records to a base that has none, or none of this version.
 void MergeDefaults(QBaseHandle base, const FSRef &resourceFolder, std::uint32_t version) {
     if (QBaseCountRecords(base) != 0 && version <= QBaseGetUserLong(base)) {
         return;
     }
+    ClearGlobalNames(base);
     if (!resourceFolder.path.empty()) {
         GetDeviceDefaultPrefs(base, resourceFolder.path + '/' + kDefaultsFileName);
     }
@@ -121,7 +133,7 @@ bool RenameIllustrator(AppPrefs &prefs) {
 
 bool ClearModeSwitchDefault(AppPrefs &prefs, std::uint32_t stamp) {
     ActionSlot &slot = prefs.device[0].action[kButtonP];
-    if (stamp > kLastVersionWithModeSwitchDefault || prefs.application != kGlobalSignature ||
+    if (stamp > kLastVersionWithModeSwitchDefault || !IsGlobalPrefs(&prefs) ||
         slot.command != kActionModeSwitch) {
         return false;
     }
@@ -234,6 +246,26 @@ OSErr GetDeviceDefaultPrefs(QBaseHandle base, const std::string &path) {
             std::ignore = QBaseAddRecord(base, &factory, sizeof factory);
         }
     });
+    return noErr;
+}
+
+OSErr EnsureGlobalPrefs(QBaseHandle base, const FSRef &resourceFolder) {
+    if (base == nullptr) {
+        return paramErr;
+    }
+    if (IsGlobalPrefs(GetAppPrefs(base, 0))) {
+        return noErr;
+    }
+    SortDrevixBase(base); // brings a global record to the front
+    if (IsGlobalPrefs(GetAppPrefs(base, 0))) {
+        return noErr;
+    }
+    AppPrefs global = gDefaultGlobalPrefs;
+    std::ignore = LoadDefaultPrefs(resourceFolder, gDefaultGlobalPrefs, &global); // else the built-in one
+    if (StoreAppPrefs(base, global, kNoRecord) == kNoRecord) {
+        return memFullErr;
+    }
+    SortDrevixBase(base);
     return noErr;
 }
 

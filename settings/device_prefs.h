@@ -32,7 +32,7 @@ inline constexpr std::uint32_t kPanelVersion = 0x02008000;
 
 // Fills the base, emptied first, from the settings file of that name in the Preferences folder, repairs it,
 // and adds the factory records that it lacks when it is empty or its stamp is older than `version` (0: only
-// when empty), which becomes its stamp. `fileName` is cut to 63 characters in place. noErr; paramErr for a
+// when empty), which becomes its stamp; its global record loses a file name then. `fileName` is cut to 63 characters in place. noErr; paramErr for a
 // null base; memFullErr; resNotFound when the base holds no record at the end, for want of both files; so a
 // file that is missing or refused gives noErr and the factory records. A refused file is kept aside first
 // under kRefusedSuffix. If it cannot be, or if the file could not be read at all, the base is made read-only,
@@ -61,6 +61,12 @@ inline constexpr std::uint32_t kPanelVersion = 0x02008000;
 // gives its signature to records of its name. Records that are there keep everything else. Always noErr: an
 // unreadable file adds none.
 OSErr GetDeviceDefaultPrefs(QBaseHandle base, const std::string &path);
+
+// Makes sure that record 0 is a global record, as every program expects after one of the reads above. A base
+// without one gets the factory's, or gDefaultGlobalPrefs when that cannot be read; this counts as a change of the
+// records and writes no file. Sorts the base unless its record 0 is global already. noErr; paramErr for a null
+// base; memFullErr with the base unchanged.
+[[nodiscard]] OSErr EnsureGlobalPrefs(QBaseHandle base, const FSRef &resourceFolder);
 
 // Repairs what older panels wrote: renames, and commands that a record must not hold. Always noErr.
 OSErr ValidateDevicePrefs(QBaseHandle base);

@@ -8,8 +8,12 @@
 #include "settings/prefs_dictionary.h"
 
 #include <algorithm>
+#include <charconv>
+#include <cstring>
+#include <functional>
 #include <new>
 #include <optional>
+#include <string>
 
 namespace drevix {
 namespace {
@@ -28,7 +32,7 @@ ListPart ListPartOf(const AppPrefs *prefs) {
     if (prefs == nullptr) {
         return ListPart::Unknown;
     }
-    if (prefs->application == kGlobalSignature) {
+    if (IsGlobalPrefs(prefs)) {
         return ListPart::Global;
     }
     return prefs->factory != 0 ? ListPart::Factory : ListPart::User;
@@ -46,6 +50,67 @@ bool IsFactoryRecordOf(const AppPrefs &factory, const AppPrefs &prefs) {
     return factory.application == prefs.application &&
            (factory.application != kWildcardSignature ||
             PStringCmp(factory.appFileName.data(), prefs.appFileName.data()) == 0);
+}
+
+// The list's order, and among equals the order of the data: the two lie in the base's record data.
+std::int32_t CompareByListAndPlace(const void *a, std::int32_t lengthA, const void *b, std::int32_t lengthB) {
+    const std::int32_t order = CompareDrevixBaseRecords(a, lengthA, b, lengthB);
+    if (order != 0 || a == b) {
+        return order;
+    }
+    return std::less<>()(a, b) ? -1 : 1;
+}
+
+bool HasName(const AppPrefs *prefs, ConstStringPtr appFileName) {
+    return prefs != nullptr && PStringCmp(prefs->appFileName.data(), appFileName) == 0;
+}
+
+// How surely a record is the one that `former` was; 0: it is not.
+int LikenessOf(const AppPrefs *prefs, const AppPrefs &former) {
+    if (!HasName(prefs, former.appFileName.data())) {
+        return 0;
+    }
+    if (prefs->application != former.application) {
+        return 1;
+    }
+    return std::memcmp(prefs, &former, sizeof former) == 0 ? 3 : 2;
+}
+
+// The first record, from number 1 on, that the test accepts.
+template <class Test>
+RecordNumber FindIf(QBaseHandle base, Test test) {
+    for (RecordNumber i = 1; i < QBaseCountRecords(base); ++i) {
+        if (test(GetAppPrefs(base, i))) {
+            return i;
+        }
+    }
+    return kNoRecord;
+}
+
+Str63 FileNameOf(std::string_view text) {
+    Str63 name{};
+    getPascalString(text, name.data(), kMaxFileNameLength);
+    return name;
+}
+
+RecordNumber FindByNameAndSignature(QBaseHandle base, std::string_view text) {
+    const std::size_t colon = text.rfind(':');
+    if (colon == text.npos) {
+        return kNoRecord;
+    }
+    const Str63 name = FileNameOf(text.substr(0, colon));
+    const std::string_view signature = text.substr(colon + 1);
+    return FindIf(base, [&](const AppPrefs *prefs) {
+        return HasName(prefs, name.data()) && (SignatureText(prefs->application) == signature ||
+                                               std::to_string(OSType{prefs->application}) == signature);
+    });
+}
+
+RecordNumber FindByNumber(QBaseHandle base, std::string_view text) {
+    RecordNumber number = kNoRecord;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    const bool isNumber = error == std::errc() && end == text.data() + text.size();
+    return isNumber && GetAppPrefs(base, number) != nullptr ? number : kNoRecord;
 }
 
 template <class Field>
@@ -77,17 +142,46 @@ std::int32_t CompareDrevixBaseRecords(const void *a, std::int32_t lengthA, const
 }
 
 void SortDrevixBase(QBaseHandle base) {
-    QBaseSort(base, CompareDrevixBaseRecords, kDrevixSortMode);
+    QBaseSort(base, CompareByListAndPlace, kDrevixSortMode);
+}
+
+RecordNumber CountListedPrefs(QBaseHandle base) {
+    RecordNumber count = QBaseCountRecords(base);
+    while (count > 0 && GetAppPrefs(base, count - 1) == nullptr) {
+        --count;
+    }
+    return count;
+}
+
+bool IsGlobalPrefs(const AppPrefs *prefs) {
+    return prefs != nullptr && prefs->application == kGlobalSignature;
 }
 
 RecordNumber FindAppPrefs(QBaseHandle base, ConstStringPtr appFileName) {
+    return FindIf(base, [=](const AppPrefs *prefs) { return HasName(prefs, appFileName); });
+}
+
+RecordNumber FindAppPrefsAgain(QBaseHandle base, const AppPrefs &former) {
+    if (IsGlobalPrefs(&former)) {
+        return FindReplacedAppPrefs(base, former);
+    }
+    RecordNumber found = kNoRecord;
+    int best = 0;
     for (RecordNumber i = 1; i < QBaseCountRecords(base); ++i) {
-        const AppPrefs *prefs = GetAppPrefs(base, i);
-        if (prefs != nullptr && PStringCmp(prefs->appFileName.data(), appFileName) == 0) {
-            return i;
+        if (const int likeness = LikenessOf(GetAppPrefs(base, i), former); likeness > best) {
+            best = likeness;
+            found = i;
         }
     }
-    return kNoRecord;
+    return found;
+}
+
+RecordNumber FindAppPrefsByText(QBaseHandle base, std::string_view text) {
+    RecordNumber found = FindAppPrefs(base, FileNameOf(text).data());
+    if (found == kNoRecord) {
+        found = FindByNameAndSignature(base, text);
+    }
+    return found != kNoRecord ? found : FindByNumber(base, text);
 }
 
 RecordNumber FindReplacedAppPrefs(QBaseHandle base, const AppPrefs &record) {
@@ -95,18 +189,21 @@ RecordNumber FindReplacedAppPrefs(QBaseHandle base, const AppPrefs &record) {
         return FindAppPrefs(base, record.appFileName.data());
     }
     // In a base without a global record, an application's record must not give way to it.
-    const AppPrefs *first = GetAppPrefs(base, 0);
-    return first != nullptr && first->application == kGlobalSignature ? 0 : kNoRecord;
+    return IsGlobalPrefs(GetAppPrefs(base, 0)) ? 0 : kNoRecord;
 }
 
 RecordNumber StoreAppPrefs(QBaseHandle base, const AppPrefs &record, RecordNumber replaced) {
-    if (replaced == kNoRecord) {
-        return QBaseAddRecord(base, &record, sizeof record);
-    }
     AppPrefs stored = record;
+    if (IsGlobalPrefs(&record)) {
+        stored.appFileName =
+            {}; // with a name it would not be known for what it is when factory records are merged
+    }
+    if (replaced == kNoRecord) {
+        return QBaseAddRecord(base, &stored, sizeof stored);
+    }
     const AppPrefs *old = GetAppPrefs(base, replaced);
     // The flag keeps an application's record from being deleted; the global record cannot be deleted anyway.
-    if (old != nullptr && record.application != kGlobalSignature) {
+    if (old != nullptr && !IsGlobalPrefs(&record)) {
         stored.factory |= old->factory;
     }
     return QBaseReplaceRecord(base, replaced, &stored, sizeof stored);

@@ -57,6 +57,49 @@ TEST(GetDevicePrefs, Stamp_DecidesWhetherFactoryRecordsAreAdded) {
     }
 }
 
+// A global record with a file name got the factory's beside it at the next version.
+TEST(GetDevicePrefs, GlobalRecord_LosesItsFileNameBeforeFactoryRecordsAreAdded) {
+    const SettingsFolder folder;
+    folder.WriteDefaults({MakeRecord(0, "")});
+    ASSERT_EQ(SettingsFolder::Save(MakeBase({MakeRecord(0, "Named")}, 5)), noErr);
+    const QBaseOwner base = NewDrevixBase();
+    EXPECT_EQ(folder.Load(base, 5), noErr);
+    EXPECT_EQ(RecordNames(base), Names{"Named"}) << "a file of this version is taken as it is";
+    EXPECT_EQ(folder.Load(base, 6), noErr);
+    EXPECT_EQ(RecordNames(base), Names{""});
+    EXPECT_TRUE(QBaseGetRecordsChanged(base.get()));
+    for (const RecordNumber replaced : {0, int{kNoRecord}}) { // no later one gets a name
+        const RecordNumber stored = StoreAppPrefs(base.get(), MakeRecord(0, "Named"), replaced);
+        EXPECT_EQ(NameOf(*GetAppPrefs(base.get(), stored)), "");
+    }
+}
+
+// The first application of a base without a global record was taken for it.
+TEST(EnsureGlobalPrefs, MissingGlobalRecord_ComesFromTheFactoryOrIsBuiltIn) {
+    const SettingsFolder folder;
+    AppPrefs factory = MakeRecord(0, "");
+    factory.device[0].navSpeed = 77;
+    AppPrefs own = MakeRecord(0, "");
+    own.device[0].navSpeed = 3;
+    const auto speedOfFirst = [&](const QBaseOwner &base) {
+        EXPECT_EQ(EnsureGlobalPrefs(base.get(), folder.resources), noErr);
+        EXPECT_EQ(GetAppPrefs(base.get(), 0)->application, kGlobalSignature);
+        return int{GetAppPrefs(base.get(), 0)->device[0].navSpeed};
+    };
+    const QBaseOwner without = MakeBase({MakeRecord(kOther, "App")});
+    EXPECT_EQ(speedOfFirst(MakeBase({MakeRecord(kOther, "App")})), 100);
+    folder.WriteDefaults({factory});
+    EXPECT_EQ(speedOfFirst(without), 77);
+    EXPECT_EQ(RecordNames(without), (Names{"", "App"}));
+    EXPECT_TRUE(QBaseGetRecordsChanged(without.get()));
+    const QBaseOwner with = MakeBase({MakeRecord(kOther, "App"), own});
+    QBaseSetRecordsChanged(with.get(), false);
+    EXPECT_EQ(speedOfFirst(with), 3);
+    EXPECT_EQ(QBaseCountRecords(with.get()), 2);
+    EXPECT_FALSE(QBaseGetRecordsChanged(with.get()));
+    EXPECT_EQ(EnsureGlobalPrefs(nullptr, folder.resources), paramErr);
+}
+
 TEST(GetDeviceDefaultPrefs, RecordsThatAreThere_KeepAllButASignatureBehindAWildcard) {
     SettingsFolder folder;
     AppPrefs mine = MakeRecord(kPhotoshop, "Same");
@@ -104,10 +147,10 @@ TEST(GetDevicePrefs, OldFile_IsRepairedByTheStampItBrought) {
         ASSERT_EQ(SettingsFolder::Save(MakeBase({record}, row.stamp)), noErr);
         const QBaseOwner base = NewDrevixBase();
         EXPECT_EQ(folder.Load(base, kPanelVersion), noErr);
-        // Only the command and the two names of the old Illustrator change.
+        // Only the command and the two names of the old Illustrator change; a global record has one name.
         slot.command = row.expected;
         const AppPrefs renamed = MakeRecord(0, "Adobe Illustrator CS2");
-        record.appFileName = renamed.appFileName;
+        record.appFileName = row.application == 0 ? Str63{} : renamed.appFileName;
         record.appName = renamed.appName;
         EXPECT_TRUE(SameBytes(*GetAppPrefs(base.get(), 0), record))
             << row.stamp << ' ' << row.application << ' ' << row.command;

@@ -24,11 +24,56 @@ TEST(SortDrevixBase, Order_IsGlobalThenFactoryThenUserThenForeignRecords) {
     }
     for (const AppPrefs &prefs : {Factory("z"), MakeRecord(kOther, "ab"), Factory("Y"), MakeRecord(0, "zz"),
                                   MakeRecord(kOther, "A")}) {
-        EXPECT_NE(StoreAppPrefs(base.get(), prefs, kNoRecord), kNoRecord);
+        EXPECT_NE(QBaseAddRecord(base.get(), &prefs, sizeof prefs), kNoRecord);
     }
     SortDrevixBase(base.get());
+    EXPECT_EQ(CountListedPrefs(base.get()), 6);
     EXPECT_EQ(RecordNames(base), (Names{"zz", "Y", "z", "A", "ab", "b", "?", "?", "?"}));
     EXPECT_EQ(QBaseGetSortMode(base.get()), kDrevixSortMode);
+}
+
+// Which of two global records was in force changed from run to run.
+TEST(SortDrevixBase, EqualRecords_StayInTheOrderOfTheirData) {
+    constexpr std::uint16_t kCount = 40;
+    const QBaseOwner base = MakeBase({});
+    for (std::uint16_t i = 0; i < 2 * kCount; ++i) {
+        AppPrefs prefs = MakeRecord(i < kCount ? kOther : kGlobalSignature, "Same");
+        prefs.client = i;
+        EXPECT_NE(QBaseAddRecord(base.get(), &prefs, sizeof prefs), kNoRecord);
+    }
+    SortDrevixBase(base.get());
+    for (std::uint16_t i = 0; i < 2 * kCount; ++i) {
+        EXPECT_EQ(std::uint16_t{GetAppPrefs(base.get(), i)->client}, (i + kCount) % (2 * kCount));
+    }
+}
+
+// Of two records of one file name only the first could be reached.
+TEST(FindAppPrefs, RecordsOfOneName_AreToldApart) {
+    AppPrefs edited = MakeRecord(kOther, "Twin");
+    edited.device[0].navSpeed = 5;
+    const OSType kPhoto = FourCharCode("8BIM");
+    const QBaseOwner base =
+        MakeBase({MakeRecord(0, ""), MakeRecord(kPhoto, "Twin"), MakeRecord(kOther, "Twin"), edited,
+                  MakeRecord(kWildcardSignature, "2"), MakeRecord(kOther, "a:8BIM")});
+    AppPrefs gone = edited;
+    gone.device[0].navSpeed = 6;
+    const std::pair<AppPrefs, RecordNumber> formers[] = {{edited, 3},
+                                                         {gone, 2},
+                                                         {MakeRecord(7, "tWIN"), 1},
+                                                         {MakeRecord(7, "x"), -1},
+                                                         {MakeRecord(0, "2"), 0}};
+    for (const auto &[former, expected] : formers) {
+        EXPECT_EQ(FindAppPrefsAgain(base.get(), former), expected);
+    }
+    const std::pair<const char *, RecordNumber> texts[] = {
+        {"twin", 1},        {"TWIN:8BIM", 1},   {"twin:TEST", 2}, {"twin:1413829460", 2},
+        {"twin:test", -1},  {"2:any", 4},       {"2", 4},         {"a:8BIM", 5},
+        {"a:8BIM:TEST", 5}, {"b:8BIM", -1},     {"0", 0},         {"3", 3},
+        {"6", -1},          {"-1", -1},         {"3x", -1},       {"twin:", -1},
+        {":TEST", -1},      {"99999999999", -1}};
+    for (const auto &[text, expected] : texts) {
+        EXPECT_EQ(FindAppPrefsByText(base.get(), text), expected) << text;
+    }
 }
 
 TEST(StoreAppPrefs, Record_ReplacesItsNamesakeAndStaysTheFactorys) {

@@ -28,7 +28,7 @@ inline AppPrefs MakeRecord(OSType application, std::string_view name) {
 inline QBaseOwner MakeBase(std::initializer_list<AppPrefs> records, std::uint32_t stamp = 0) {
     QBaseOwner base = NewDrevixBase();
     for (const AppPrefs &record : records) {
-        EXPECT_NE(StoreAppPrefs(base.get(), record, kNoRecord), kNoRecord);
+        EXPECT_NE(QBaseAddRecord(base.get(), &record, sizeof record), kNoRecord);
     }
     QBaseSetUserLong(base.get(), stamp);
     return base;
