@@ -35,17 +35,19 @@ Outcome ChooseRecords(const Request &request, const Session &session,
 struct ImportCounts {
     std::size_t added = 0;
     std::size_t replaced = 0;
+    std::size_t skipped = 0;       // for want of memory
     std::vector<std::string> left; // names of records that stayed as they were
 };
 
-Outcome ImportRecord(const Request &request, Session &session, const AppPrefs &record, ImportCounts *counts) {
+void ImportRecord(const Request &request, Session &session, const AppPrefs &record, ImportCounts *counts) {
     const RecordNumber existing = FindReplacedAppPrefs(session.Base(), record);
     if (existing != kNoRecord && !request.line.replace) {
         counts->left.push_back(RecordName(record));
-        return Done();
+    } else if (!session.Store(record, existing).IsDone()) {
+        ++counts->skipped;
+    } else {
+        ++(existing == kNoRecord ? counts->added : counts->replaced);
     }
-    ++(existing == kNoRecord ? counts->added : counts->replaced);
-    return session.Store(record, existing);
 }
 
 void SayImported(const Request &request, const ImportCounts &counts) {
@@ -109,16 +111,12 @@ Outcome ImportRecords(const Request &request) {
         return outcome;
     }
     ImportCounts counts;
-    Outcome stored;
     PropertyListProblem problem;
+    std::size_t unread = 0;
     const OSErr status = ReadAppPrefsFile(
-        path,
-        [&](const AppPrefs &record) {
-            if (stored.IsDone()) {
-                stored = ImportRecord(request, session, record, &counts);
-            }
-        },
-        &problem);
+        path, [&](const AppPrefs &record) { ImportRecord(request, session, record, &counts); }, &problem,
+        &unread);
+    counts.skipped += unread;
     if (status == -1) {
         const std::string line = problem.line > 0 ? "line " + std::to_string(problem.line) + ": " : "";
         return Failed("cannot import " + path + ": " + line + problem.text + "; nothing was changed");
@@ -126,13 +124,15 @@ Outcome ImportRecords(const Request &request) {
     if (status != noErr) {
         return FailedFile("cannot import", path, status, "nothing was changed");
     }
-    if (stored.IsDone() && counts.added + counts.replaced > 0) {
-        stored = session.Save();
+    if (counts.added + counts.replaced > 0) {
+        if (Outcome saved = session.Save(); !saved.IsDone()) {
+            return saved;
+        }
     }
-    if (stored.IsDone()) {
-        SayImported(request, counts);
-    }
-    return stored;
+    SayImported(request, counts);
+    return counts.skipped == 0 ? Done()
+                               : Failed("not enough memory for " + CountOfRecords(counts.skipped) + " of " +
+                                        path + "; the others were imported; import it again");
 }
 
 } // namespace drevix

@@ -57,6 +57,7 @@ class FileChecker {
     bool CheckLengths();
     bool CheckIndex();
     void CheckRecords();
+    void CheckGlobals();
     // The size of the record at an offset, nothing when it is damaged.
     std::optional<std::uint32_t> CheckRecordHeader(std::size_t number, std::size_t offset);
     void CheckSettings(std::size_t number, std::string_view data);
@@ -68,7 +69,7 @@ class FileChecker {
     std::string_view fIndex;
     std::string_view fData;
     std::map<std::size_t, std::size_t> fSlots; // by offset
-    std::size_t fGlobals = 0;
+    std::vector<std::string> fGlobals;         // numbers of the global records
 };
 
 bool FileChecker::CheckKind() {
@@ -171,8 +172,16 @@ void FileChecker::CheckRecords() {
                       fData.substr(offset + kQBaseRecordHeaderSize, static_cast<std::size_t>(record.length)));
         offset += *size;
     }
-    if (fCount > 0 && fGlobals != 1) {
-        Oddity("there are " + Number(fGlobals) + " global records instead of one");
+    CheckGlobals();
+}
+
+void FileChecker::CheckGlobals() {
+    if (fCount > 0 && fGlobals.empty()) {
+        Oddity("there is no global record; the factory's is used");
+    }
+    for (std::size_t i = 1; i < fGlobals.size(); ++i) {
+        Oddity("record " + fGlobals[i] + " is a second global record; the first, record " + fGlobals[0] +
+               ", is the one that counts");
     }
 }
 
@@ -183,7 +192,9 @@ void FileChecker::CheckSettings(std::size_t number, std::string_view data) {
         return;
     }
     const auto record = ValueAt<AppPrefs>(data, 0);
-    fGlobals += record.application == kGlobalSignature ? 1 : 0;
+    if (record.application == kGlobalSignature) {
+        fGlobals.push_back(Number(number));
+    }
     if (record.appFileName[0] > kMaxFileNameLength || record.appName[0] > kMaxAppNameLength) {
         Oddity(name + " has a name that is too long for its field");
         return;

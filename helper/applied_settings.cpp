@@ -87,7 +87,10 @@ std::string ControlLines(const AppPrefs &record, const AppPrefs *global) {
 bool DescribeSettings(const std::string &path, const FSRef &resources, const std::string &front,
                       std::string *text) {
     const QBaseOwner base = NewDrevixBase();
-    const OSErr status = base ? ReadSettings(path, resources, base.get()) : memFullErr;
+    OSErr status = base ? ReadSettings(path, resources, base.get()) : memFullErr;
+    if (status == noErr) {
+        status = EnsureGlobalPrefs(base.get(), resources);
+    }
     const AppPrefs *record = status == noErr ? RecordFor(front, base.get()) : nullptr;
     if (record == nullptr) {
         *text = StatusText(status == noErr ? resNotFound : status);

@@ -13,7 +13,6 @@
 
 #include <QStandardItemModel>
 
-#include <new>
 #include <tuple>
 #include <vector>
 
@@ -40,7 +39,7 @@ void DrevixPane::UpdateTargetMenu() {
     QStandardItemModel *model = ModelOf(uiSettingsMenuTarget);
     model->removeRows(kFirstRecordItem, model->rowCount() - kFirstRecordItem - kTargetFixedItems);
     QList<QStandardItem *> items;
-    const std::int32_t count = QBaseCountRecords(fDrevixBase.get());
+    const std::int32_t count = CountListedPrefs(fDrevixBase.get());
     items.reserve(count);
     for (RecordNumber i = 1; i < count; ++i) {
         items.append(new QStandardItem(TargetTitle(i)));
@@ -257,18 +256,17 @@ OSErr DrevixPane::ExportCurrentAppPrefs(const QString &path, bool all) {
 OSErr DrevixPane::ImportAppPrefs(const QString &path) {
     std::vector<AppPrefs> records;
     PropertyListProblem problem;
-    OSErr status = noErr;
-    try {
-        status = ReadAppPrefsFile(
-            path.toStdString(), [&](const AppPrefs &record) { records.push_back(record); }, &problem);
-    } catch (const std::bad_alloc &) {
-        status = memFullErr;
-    }
+    std::size_t skipped = 0;
+    const OSErr status = ReadAppPrefsFile(
+        path.toStdString(), [&](const AppPrefs &record) { records.push_back(record); }, &problem, &skipped);
     if (status != noErr) {
         Tell(tr("The file could not be imported: %1.").arg(ImportProblem(status, problem)));
         return status;
     }
-    Tell({});
+    Tell(skipped == 0 ? QString()
+                      : tr("Not enough memory for %1 of the %2 records in the file.")
+                            .arg(skipped)
+                            .arg(records.size() + skipped));
     SavePrefsToBase();
     ReplaceAnswer answer = ReplaceAnswer::Ask;
     RecordNumber last = kNoRecord;

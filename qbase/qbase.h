@@ -200,8 +200,9 @@ std::int32_t QBaseRemoveInvalidOffsets(QBaseHandle base);
 // Orders two entries of that list by the offsets that they designate.
 [[nodiscard]] std::int32_t QBaseCompareOffsetsProc(const void *a, const void *b);
 
-// Makes index order data order by walking the record data; sort mode 1. Records that the data do not hold
-// whole, but for the last expected one, are dropped from the count.
+// Makes index order data order by walking the record data; sort mode 1. The walk ends, and the count with it,
+// at the end of the data and at a record that runs past it or whose size is below 10, which leads nowhere. Such
+// a record stays if it is the last that is expected; QBaseValidate then refuses it.
 void QBaseRebuildIndex(QBaseHandle base);
 // Adds delta to each of the first n offsets that is at least the threshold.
 void QBaseUpdateOffsets(QBaseHandle base, std::int32_t n, std::int32_t threshold, std::int32_t delta);

@@ -109,6 +109,17 @@ std::int32_t AddAll(QBaseHandle base, ExchangeReader reader, std::uint16_t flags
     return added;
 }
 
+// Imports a block that lies in a record of the base, whose data move as records are added.
+std::int32_t PutCopy(QBaseHandle base, const void *bytes, std::uint32_t size, std::int32_t position,
+                     std::uint16_t flags) {
+    Block copy;
+    if (size == 0 || copy.Resize(size) != noErr) {
+        return 0;
+    }
+    std::memcpy(copy.Data(), bytes, size);
+    return QBasePutExchangePtr(base, copy.Data(), size, position, flags);
+}
+
 } // namespace
 
 QBaseExchange QBaseGetExchange(QBaseHandle base, QBaseSelectFunction select) {
@@ -132,6 +143,9 @@ std::int32_t QBasePutExchangePtr(QBaseHandle base, const void *bytes, std::uint3
         return 0;
     }
     const MemoryRequest request;
+    if (LiesIn(base->records, bytes)) {
+        return PutCopy(base, bytes, size, position, flags);
+    }
     const ExchangeReader reader(bytes, size);
     const QBaseExchangeHeader own = HeaderFor(base, reader.header.count);
     if (std::memcmp(&own, &reader.header, sizeof own) != 0) {

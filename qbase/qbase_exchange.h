@@ -32,7 +32,8 @@ using QBaseExchange = Block *;
 [[nodiscard]] QBaseExchange QBaseGetExchange(QBaseHandle base, QBaseSelectFunction select);
 // Adds the block's records to the base, at index position `position` if that is from 0 to the count - 1, else
 // at the end, each with the given flags. Gives the number added: 0 for a block of another type or a damaged
-// head; fewer than the block holds, and kept, when memory runs out or a record in it is damaged.
+// head; fewer than the block holds, and kept, when memory runs out or a record in it is damaged. The bytes may
+// lie in a record of the base itself, and are then copied first: 0 without memory for that.
 std::int32_t QBasePutExchange(QBaseHandle base, QBaseExchange exchange, std::int32_t position,
                               std::int16_t flags);
 std::int32_t QBasePutExchangePtr(QBaseHandle base, const void *bytes, std::uint32_t size,

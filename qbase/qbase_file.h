@@ -10,7 +10,8 @@ namespace drevix {
 // Writes the base to a file open for reading and writing, and flushes it. With one part only, the other part
 // of the file stays as it is if the file holds a base of the same type and type version with as long a user
 // block; else both are written. The order of the index (the sort mode) is stored when both are. The change
-// flag of each part written is cleared. noErr; paramErr for a null base, file 0, or a user block above 2^31 -
+// flag of each part written is cleared. The base's `userBlockSize` is set whatever is written, to the size that
+// its user block has now. noErr; paramErr for a null base, file 0, or a user block above 2^31 -
 // 1 bytes; wrPermErr, with nothing written, for a read-only base; else the status of the first transfer that
 // failed, or of the flush: the file may then be written in part, and the change flags of what is not surely
 // whole are still set.

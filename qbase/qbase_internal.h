@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <limits>
 #include <utility>
 
@@ -76,6 +77,13 @@ class RecordWalk {
     std::size_t fSize;
     std::size_t fOffset = 0;
 };
+
+// Whether the pointer leads into the block, whose bytes may move when it is resized.
+[[nodiscard]] inline bool LiesIn(const Block &block, const void *pointer) {
+    const void *const start = block.Data();
+    const void *const end = block.Data() + block.Size();
+    return start != nullptr && !std::less<>()(pointer, start) && std::less<>()(pointer, end);
+}
 
 // A caller's selection function asked about a record; without a record, not selected.
 [[nodiscard]] inline bool IsSelected(QBaseSelectFunction select, QBaseRecord *record) {

@@ -112,7 +112,8 @@ OSErr ReadHeader(QBaseHandle base, Source *source) {
     if (source->isFlipped) {
         QBFlipInt16(&version);
     }
-    // Old fields are moved before they are flipped, because the two versions have other widths in one place.
+    // Old fields are moved before they are flipped, because the two versions have fields of other widths in two
+    // places: at 20, two 16-bit fields where version 2 has one of 32, and at 28, the count where it has two of 16.
     if (version == kOldVersion) {
         UpgradeHeader(&header);
         source->headerSize = sizeof(OldFileHeader);

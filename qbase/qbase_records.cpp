@@ -4,17 +4,10 @@
 
 #include <algorithm>
 #include <cstring>
-#include <functional>
 #include <tuple>
 
 namespace drevix {
 namespace {
-
-bool LiesIn(const Block &block, const void *pointer) {
-    const std::byte *const start = block.Data();
-    return start != nullptr && !std::less<>()(pointer, static_cast<const void *>(start)) &&
-           std::less<>()(pointer, static_cast<const void *>(start + block.Size()));
-}
 
 // Whether one more record of `size` bytes finds its slot and its place.
 bool HasRoom(QBaseHandle base, std::size_t size) {

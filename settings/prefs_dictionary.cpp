@@ -138,7 +138,8 @@ void GetDevice(const PropertyListDictionary &entries, DevicePrefs &device) {
 // Records as they come out of a file. Not a vector: its growing would hold most records twice.
 using Records = std::deque<AppPrefs>;
 
-// False without memory. It must not throw: between it and ReadAppPrefsFile lies a C library.
+// Makes a record of an element; false without memory. It must not throw: between it and ReadAppPrefsFile lies a
+// C library.
 bool Collect(const PropertyList &element, Records &records) try {
     if (const auto *dictionary = element.As<PropertyListDictionary>()) {
         AppPrefs record = {};
@@ -146,6 +147,13 @@ bool Collect(const PropertyList &element, Records &records) try {
             records.push_back(record);
         }
     }
+    return true;
+} catch (const std::bad_alloc &) {
+    return false;
+}
+
+bool HandOver(const AppPrefs &record, const AppPrefsHandler &handler) try {
+    handler(record);
     return true;
 } catch (const std::bad_alloc &) {
     return false;
@@ -179,17 +187,23 @@ bool GetAppPrefsFromDictionary(AppPrefs *prefs, const PropertyListDictionary &di
     return true;
 }
 
-OSErr ReadAppPrefsFile(const std::string &path, const AppPrefsHandler &handler,
-                       PropertyListProblem *problem) try {
+OSErr ReadAppPrefsFile(const std::string &path, const AppPrefsHandler &handler, PropertyListProblem *problem,
+                       std::size_t *skipped) try {
+    std::size_t withoutMemory = 0;
     Records records;
-    const OSErr status = ReadPropertyListArray(
-        path, [&](const PropertyList &element) { return Collect(element, records); }, problem);
-    if (status != noErr) {
-        return status == userCanceledErr ? memFullErr : status; // only Collect stops it
+    const auto collect = [&](const PropertyList &element) {
+        withoutMemory += Collect(element, records) ? 0 : 1;
+        return true;
+    };
+    if (const OSErr status = ReadPropertyListArray(path, collect, problem); status != noErr) {
+        return status;
     }
     // Each record is given up as it goes, so that a handler that keeps them all does not hold them twice.
     for (; !records.empty(); records.pop_front()) {
-        handler(records.front());
+        withoutMemory += HandOver(records.front(), handler) ? 0 : 1;
+    }
+    if (skipped != nullptr) {
+        *skipped = withoutMemory;
     }
     return noErr;
 } catch (const std::bad_alloc &) {

@@ -19,14 +19,14 @@ namespace drevix {
 // and is cut to its field. Always true. May throw std::bad_alloc.
 bool GetAppPrefsFromDictionary(AppPrefs *prefs, const PropertyListDictionary &dictionary);
 
-// Called with each record in the order of the file.
+// Called with each record in the order of the file. It may throw std::bad_alloc, which skips the record.
 using AppPrefsHandler = std::function<void(const AppPrefs &record)>;
 
 // Reads a file of record dictionaries, whole, before the first record is handed over: a damaged file hands
-// over none. Elements that are no dictionaries are skipped. noErr; else as ReadPropertyListArray, with the
-// problem in words.
+// over none. Elements that are no dictionaries are skipped, and so is a record without memory for it; *skipped,
+// if given, gets the number of these. noErr; else as ReadPropertyListArray, with the problem in words.
 [[nodiscard]] OSErr ReadAppPrefsFile(const std::string &path, const AppPrefsHandler &handler,
-                                     PropertyListProblem *problem = nullptr);
+                                     PropertyListProblem *problem = nullptr, std::size_t *skipped = nullptr);
 
 // Writes records to a file, in place, as an XML property list. `next` gives one record after the other and
 // null at the end. noErr, or memFullErr or the file's error with the old file as it was.

@@ -1321,6 +1321,10 @@
         <translation>Die Datei konnte nicht importiert werden: %1.</translation>
     </message>
     <message>
+        <source>Not enough memory for %1 of the %2 records in the file.</source>
+        <translation>Der Speicher reicht für %1 der %2 Einträge der Datei nicht.</translation>
+    </message>
+    <message>
         <source>on</source>
         <translation>ein</translation>
     </message>

@@ -6,7 +6,9 @@
 #include "settings/pascal_strings.h"
 #include "settings/prefs_dictionary.h"
 #include "tests/cli/program.h"
+#include "tests/support/faults.h"
 
+#include <cerrno>
 #include <cstring>
 #include <filesystem>
 
@@ -62,6 +64,25 @@ TEST_F(Exchange, ExistingRecords_AreLeftAndNamedUnlessReplaced) {
               "{\n  \"added\": 0,\n  \"replaced\": 1,\n  \"left\": []\n}\n");
     EXPECT_EQ(Record("Painter").device[0].navSpeed, 77);
     EXPECT_EQ(Record("Painter").factory, 1) << "an import makes no factory record the user's";
+}
+
+// One record without memory ended an import, and nothing of it was kept.
+TEST_F(Exchange, RecordsWithoutMemory_AreSkippedAndCounted) {
+    const std::string in = WriteRecords(3);
+    bool wasPartial = false;
+    const auto import = [&](int failAt, Lasts lasts) {
+        std::filesystem::remove(SettingsFile());
+        Result result{};
+        const bool wasHit = MeetsFault(failAt, lasts, ENOMEM, [&] { result = Run("import --json " + in); });
+        if (result.status != ExitStatus::Done && result.out.starts_with("{\n  \"added\": 1,")) {
+            wasPartial = true;
+            EXPECT_THAT(result.err, HasSubstr("not enough memory for 2 records of "));
+            EXPECT_EQ(Record("App 0").active, 1) << "the first is saved";
+        }
+        return wasHit;
+    };
+    ForEachFault(5, import, {Lasts::ForEver}); // one refusal makes a block ask for less
+    EXPECT_TRUE(wasPartial);
 }
 
 TEST_F(Exchange, DamagedImport_ImportsNothingAndSaysWhere) {
@@ -164,6 +185,16 @@ TEST_F(DamagedFile, Check_SaysWhatIsWrongInWords) {
         EXPECT_EQ(result.status, ExitStatus::Failed) << row.says;
         EXPECT_THAT(result.out, HasSubstr(row.says));
         EXPECT_THAT(result.err, HasSubstr("was not changed; 'drevixctl recover'"));
+    }
+    // Which of two global records is in force was not told.
+    for (const bool isGlobal : {true, false}) {
+        std::string bytes = fWhole;
+        const std::string signature(4, isGlobal ? '\0' : '?');
+        bytes.replace(global + (isGlobal ? sizeof(AppPrefs) + 10 : 0), 4, signature);
+        WriteWhole(Path(), bytes);
+        EXPECT_THAT(Do("check " + Path()),
+                    HasSubstr(isGlobal ? "record 1 is a second global record; the first, record 0, is the one"
+                                       : "there is no global record; the factory's is used"));
     }
     std::string odd = fWhole;
     odd.replace(global + 100, 1, "\2");             // active

@@ -142,7 +142,8 @@ class Helper(unittest.TestCase):
         settings = bytearray(odd.read_bytes())
         count = struct.unpack_from("<i", settings, 12)[0]
         struct.pack_into("<i", settings, 64 + 4 * count + struct.unpack_from("<i", settings, 64)[0] + 4, 1667)
-        for contents, expected in [(settings, "tunerCW: Use the global setting"), (b"", "tunerCW: Keystroke")]:
+        # Without a global record, "Use the global setting" did nothing: the factory's is in force.
+        for contents, expected in [(settings, " (as everywhere)"), (b"", "tunerCW: Keystroke")]:
             odd.write_bytes(contents)
             helper = self.start_helper("--prefs", str(odd), "--front", "gimp")
             self.until(lambda text=expected: text in self.said(), expected)

@@ -56,6 +56,22 @@ TEST_F(List, ShowsTheRecordsInOrderBeforeTheCommands) {
     EXPECT_FALSE(ChooseCommand(kDelete)) << "a factory record stays";
 }
 
+// A record that is not 1668 bytes long was listed with an empty title, and what was edited there vanished.
+TEST_F(List, RecordsThatAreNoSettings_AreNotListed) {
+    const QBaseOwner base = MakeBase({MakeFullRecord(0, "")}, kPanelVersion);
+    ASSERT_NE(QBaseAddRecord(base.get(), "other", 5), kNoRecord);
+    const AppPrefs last = MakeFullRecord(kNoSignature, "last");
+    ASSERT_NE(QBaseAddRecord(base.get(), &last, sizeof last), kNoRecord);
+    ASSERT_EQ(SaveDevicePrefsToPath(base.get(), fFolder.path), noErr);
+    Start();
+    EXPECT_EQ(Titles(), kTitles.mid(0, 2) << u"last"_s);
+    ASSERT_TRUE(Choose(Targets(), 2));
+    Click("uiSettingsRadioDisabled");
+    fPane->willUnselect();
+    EXPECT_EQ(fFolder.SavedNames(), Names({"", "last", "?"}));
+    EXPECT_EQ(Saved(1).active, 0);
+}
+
 TEST_F(List, ChoosingARecord_StoresTheOneBefore) {
     Click("uiSettingsRadioDisabled");
     EXPECT_EQ(Targets()->currentText(), u"Global Settings (disabled) *"_s);

@@ -1,4 +1,5 @@
 #include "tests/qbase/file_support.h"
+#include "tests/support/faults.h"
 
 #include <vector>
 
@@ -69,6 +70,23 @@ TEST(Exchange, Import_PlacesTheRecordsAndSetsTheMode) {
         EXPECT_EQ(QBaseGetSortMode(base.get()), row.mode);
         EXPECT_TRUE(QBaseGetRecordsChanged(base.get()));
         EXPECT_TRUE(QBaseValidate(base.get()));
+    }
+}
+
+// A block in a record of the target was read after adding had moved the record data.
+TEST(Exchange, BlockInARecordOfTheTarget_IsCopiedFirst) {
+    const std::string block = BytesOf(Take(ExampleBase().get()).get());
+    const auto size = static_cast<std::uint32_t>(block.size());
+    for (const bool hasMemory : {false, true}) {
+        const QBaseOwner base = NewFileBase();
+        EXPECT_EQ(QBaseAddRecord(base.get(), block.data(), static_cast<std::int32_t>(size)), 0);
+        const void *const own = QBaseGetRecord(base.get(), 0);
+        const FaultyAllocator faults(hasMemory ? kNoFault : 1, Lasts::Once);
+        EXPECT_EQ(QBasePutExchangePtr(base.get(), own, size, 0, 0), hasMemory ? 2 : 0);
+        EXPECT_EQ(QBaseCountRecords(base.get()), hasMemory ? 3 : 1);
+        std::int32_t length = 0;
+        const void *const kept = QBaseGetRecord(base.get(), hasMemory ? 2 : 0, &length);
+        EXPECT_EQ(std::string(static_cast<const char *>(kept), static_cast<std::size_t>(length)), block);
     }
 }
 

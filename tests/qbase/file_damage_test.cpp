@@ -18,8 +18,10 @@ constexpr std::string_view kKind("ESBQTSET\2\0\3\0", 12); // magic, type and ver
 enum class Mode { Plain, Recover, Rebuild };
 
 OSErr ReadInMode(QBaseHandle base, FileRef file, Mode mode, bool emptyFirst, bool *salvaged = nullptr) {
-    return QBaseReadRebuild(base, file, true, true, false, emptyFirst, mode == Mode::Rebuild,
-                            mode != Mode::Plain, salvaged);
+    const bool recovers = mode != Mode::Plain;
+    return mode == Mode::Rebuild
+               ? QBaseReadRebuild(base, file, true, true, false, emptyFirst, true, true, salvaged)
+               : QBaseReadRecover(base, file, true, true, false, emptyFirst, recovers, salvaged);
 }
 
 // Reads the file behind a base's own record: what is left is valid, costs no more memory than the file backs,

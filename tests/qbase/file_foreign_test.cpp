@@ -68,6 +68,7 @@ TEST(BaseFile, FilesOfOurOtherWriter_AreReadWhateverTheirVersionAndOrder) {
         {"2 little '' '' -", nullptr, nullptr, noErr, false},
         {"2 big 3,0,6,1 3,1,0,2 68656c6c6f", Touch, Touch, noErr, false},
         {"2 big 3,0,6,1 3,1,0,2 -", Touch, Touch, noErr, false},
+        {"2 big 3,0,6 2,1,0 6869", Touch, nullptr, noErr, false}, // nobody can convert the user block
         {"2 big 3,0,6,1 3,1,0,2 68656c6c6f", nullptr, Touch, -1, false},
         {"2 big 3,0,6 2,1,0 6869", RefuseEmpty, Touch, -7, false},
         {"2 big 3,0,6 2,1,0 6869", Touch, Refuse, -8, false},
@@ -90,7 +91,10 @@ TEST(BaseFile, FilesOfOurOtherWriter_AreReadWhateverTheirVersionAndOrder) {
             EXPECT_EQ(State(base.get()), before);
             continue;
         }
-        const std::string dump = Python("dump " + path);
+        std::string dump = Python("dump " + path);
+        if (const std::size_t block = dump.find(" 6869\n"); block != dump.npos) {
+            dump.replace(block, 5, " -");
+        }
         EXPECT_EQ(LinesAs(Contents(base.get()), dump), LinesAs(dump, Contents(base.get())));
         EXPECT_EQ(QBaseGetRecordsChanged(base.get()), row.changed);
         EXPECT_EQ(QBaseGetSortMode(base.get()), 0);
@@ -99,17 +103,6 @@ TEST(BaseFile, FilesOfOurOtherWriter_AreReadWhateverTheirVersionAndOrder) {
                   noErr);
         EXPECT_EQ(Contents(again.get()), Contents(base.get()));
     }
-}
-
-TEST(BaseFile, UserBlockThatNobodyCanConvert_IsLostAndTheRestRead) {
-    const ScratchFolder folder;
-    Python("make " + folder.Path("big") + " 2 big 3,0,6 2,1,0 6869");
-    const QBaseOwner base = FullFileBase();
-    QBaseSetFlipProc(base.get(), Touch, nullptr);
-    const MemoryFile file(ReadWhole(folder.Path("big")));
-    EXPECT_EQ(QBaseRead(base.get(), file.Ref(), true, true, true, true), noErr);
-    EXPECT_EQ(QBaseGetUserBlock(base.get()), nullptr);
-    EXPECT_EQ(QBaseCountRecords(base.get()), 3);
 }
 
 } // namespace

@@ -1,6 +1,8 @@
 #include "platform/disk.h"
 #include "tests/qbase/file_support.h"
 
+#include <tuple>
+
 namespace drevix {
 namespace {
 
@@ -33,6 +35,21 @@ TEST(BaseFile, Appended_FollowsWhatTheBaseHolds) {
         Contents(base.get()).ends_with("record 0 3 0 000102\nrecord 14 0 1 -\nrecord 24 6 2 0e0f10111213\n"));
     EXPECT_EQ(QBaseGetSortMode(base.get()), 1);
     EXPECT_FALSE(QBaseGetRecordsChanged(base.get()));
+}
+
+TEST(BaseFile, TransfersAtTheMark_TellWhatTheyMoved) {
+    const MemoryFile file("abcdef");
+    char bytes[8] = {};
+    for (const auto &[wanted, status, moved] : {std::tuple{4, noErr, 4}, std::tuple{4, eofErr, 2}}) {
+        std::int32_t count = wanted;
+        EXPECT_EQ(QBReadSync(file.Ref(), moved == 4, &count, bytes), status);
+        EXPECT_EQ(count, moved);
+    }
+    std::int32_t count = 2;
+    EXPECT_EQ(QBWriteSync(file.Ref(), true, &count, "gh"), noErr);
+    EXPECT_EQ(QBFlushSync(file.Ref()), noErr);
+    EXPECT_EQ(file.Bytes(), "abcdefgh");
+    EXPECT_EQ(std::string(bytes), "efcd");
 }
 
 // The real disk, writing down what is asked of it.
@@ -79,6 +96,9 @@ TEST(BaseFile, PartsWritten_AreThoseAskedForUnlessTheFileDoesNotMatch) {
         {"version", true, false, 8, kWhole},       {"type version", false, false, 10, kWhole},
         {"user block", false, true, 56, kWhole},   {"count does not matter", false, true, 12, kRecords},
     };
+    const QBaseOwner kept = FullFileBase();
+    QBaseSetReadOnly(kept.get(), true);
+    EXPECT_EQ(QBaseWrite(kept.get(), MemoryFile().Ref(), true, true), wrPermErr);
     for (const Row &row : rows) {
         SCOPED_TRACE(row.what);
         // The file is of a base with other records and user fields, but as long a user block.

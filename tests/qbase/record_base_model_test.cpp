@@ -184,9 +184,11 @@ class Pair {
             ASSERT_EQ(static_cast<std::uint16_t>(QBaseGetRecordFlags(Base(), i)), record.flags);
             size += (10 + record.data.size() + 1) / 2 * 2;
         }
-        EXPECT_EQ(Base()->records.Size(), size);
+        std::size_t dataSize = 0;
+        EXPECT_EQ(QBaseGetSize(Base(), &dataSize),
+                  size + 4U * static_cast<unsigned>(fCapacity) + sizeof(QBaseHeader));
+        EXPECT_EQ(dataSize, size);
         EXPECT_EQ(Base()->capacity, fCapacity);
-        EXPECT_EQ(Base()->index.Size(), 4U * static_cast<unsigned>(fCapacity));
         EXPECT_EQ(QBaseGetSortMode(Base()), fMode);
         EXPECT_EQ(QBaseGetRecordsChanged(Base()), fChanged);
         EXPECT_TRUE(QBaseValidate(Base()));

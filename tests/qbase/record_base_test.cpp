@@ -3,6 +3,9 @@
 #include "tests/qbase/file_support.h"
 #include "tests/support/faults.h"
 
+#include <algorithm>
+#include <vector>
+
 namespace drevix {
 namespace {
 
@@ -110,6 +113,93 @@ TEST(RecordBase, SelectionThatChangesItsMind_LosesNoRecord) {
         EXPECT_TRUE(QBaseValidate(base.get()));
         EXPECT_EQ(QBaseGetSortMode(base.get()), kSortNone);
     }
+}
+
+using Fields = std::vector<std::int64_t>;
+
+Fields FieldsOf(QBaseHandle base) {
+    QBaseRect rect = {9, 9, 9, 9};
+    QBaseGetUserRect(base, &rect);
+    std::uint16_t typeVersion = 9;
+    const OSType type = QBaseGetType(base, &typeVersion);
+    return {QBaseGetUserLong(base),
+            QBaseGetUserData(base),
+            QBaseGetUserFlags(base),
+            QBaseGetUserWord(base),
+            QBaseGetUserMode(base),
+            rect.top,
+            rect.left,
+            rect.bottom,
+            rect.right,
+            QBaseGetTempLong(base),
+            QBaseGetTempData(base),
+            QBaseGetReadOnly(base),
+            type,
+            typeVersion};
+}
+
+TEST(RecordBase, HeaderFields_AreGivenAsSetAndCopied) {
+    const QBaseOwner base = FullFileBase();
+    QBaseSetUserWord(base.get(), 0xFFFE);
+    QBaseSetUserFieldsChanged(base.get(), false);
+    QBaseSetTempLong(base.get(), 5);
+    QBaseSetTempData(base.get(), 6);
+    QBaseSetReadOnly(base.get(), true);
+    QBaseSetType(base.get(), 7, 8);
+    EXPECT_FALSE(QBaseGetUserFieldsChanged(base.get())) << "these are none";
+    Fields expected = {0x01020304, 0x11121314, 0x21222324, -2, 0x4142, -1, 2, -3, 4, 5, 6, 1, 7, 8};
+    EXPECT_EQ(FieldsOf(base.get()), expected);
+    EXPECT_EQ(FieldsOf(nullptr), (Fields{0, 0, 0, 0, 0, 9, 9, 9, 9, 0, 0, 0, 0, 9}));
+
+    const QBaseOwner target(QBaseNew(7, 8, 0));
+    AddMadeRecords(target.get(), {1, 2});
+    EXPECT_EQ(target->capacity, 2) << "a growth of 0 counts as 1";
+    target->file.reserved4 = 1;
+    QBaseSetUserFieldsChanged(target.get(), true);
+    EXPECT_EQ(QBaseDuplicateUserFields(base.get(), target.get()), noErr);
+    std::fill_n(expected.begin() + 9, 3, 0);
+    EXPECT_EQ(FieldsOf(target.get()), expected);
+    EXPECT_FALSE(QBaseGetUserFieldsChanged(target.get()));
+    EXPECT_EQ(target->file.reserved4, 0U);
+    EXPECT_EQ(QBaseCountRecords(target.get()), 2);
+    target->file.magic = 0;
+    EXPECT_EQ(QBaseGetType(target.get()), 0U);
+}
+
+TEST(RecordBase, LocksAndMemoryFlag_AreCountedAndPutBack) {
+    const QBaseOwner base = NewFileBase();
+    const std::pair<bool, int> unlocks[] = {{false, 2}, {true, 0}, {false, 0}};
+    for (int i = 0; i < 3; ++i) {
+        QBaseLock(base.get());
+    }
+    for (const auto &[force, left] : unlocks) {
+        QBaseUnlock(base.get(), force);
+        EXPECT_EQ(base->lockCount, left);
+    }
+    std::int16_t flag = 7;
+    EXPECT_EQ(QBaseBeginMemoryRequest(), 0) << "without a flag";
+    QBaseUseWantsMemFull(&flag);
+    EXPECT_EQ(QBaseBeginMemoryRequest(), 7);
+    EXPECT_EQ(flag, 1);
+    QBaseEndMemoryRequest(7);
+    QBaseUseWantsMemFull(nullptr);
+    EXPECT_EQ(flag, 7);
+}
+
+// The steps of a removal, of which a caller may take each.
+TEST(RecordBase, OffsetsOfTheIndex_AreDroppedListedAndMoved) {
+    const QBaseOwner base = FullFileBase(); // offsets 14, 24, 0
+    AddMadeRecords(base.get(), {2000, 1});  // so large that two others lie in one cell
+    QBaseMarkRecordForRemoval(base.get(), 1);
+    EXPECT_EQ(QBaseRemoveInvalidOffsets(base.get()), 4);
+    const Block list = QBaseCreateIndexOfOffsets(base.get(), 4); // of 14, 0, 40, 2050
+    const auto *const order = reinterpret_cast<const std::int32_t *>(list.Data());
+    EXPECT_EQ(std::vector(order, order + list.Size() / 4), (std::vector<std::int32_t>{1, 0, 2, 3}));
+    EXPECT_LT(QBaseCompareOffsetsProc(order, order + 1), 0);
+    EXPECT_EQ(QBaseCreateIndexOfOffsets(base.get(), 0).Size(), 0U);
+    QBaseUpdateOffsets(base.get(), 3, 14, 100);
+    const std::int32_t *const offsets = IndexOffsets(base.get());
+    EXPECT_EQ(std::vector(offsets, offsets + 4), (std::vector<std::int32_t>{114, 0, 140, 2050}));
 }
 
 std::string StateWithCapacity(QBaseHandle base) {

@@ -162,6 +162,9 @@ TEST(BaseSort, WideResult_CountsByItsLowHalf) {
     QBaseSort(base.get(), reversed, 128);
     EXPECT_EQ(std::memcmp(QBaseGetRecord(base.get(), 0), "c", 1), 0);
     EXPECT_EQ(std::memcmp(QBaseGetRecord(base.get(), 2), "a", 1), 0);
+    const std::byte *const slots = base->index.Data();
+    EXPECT_EQ(QBaseCompareProc(slots, slots + 4), -1) << "as the sort that was last";
+    EXPECT_EQ(QBaseCompareProc(slots + 4, slots), 1);
 }
 
 } // namespace
