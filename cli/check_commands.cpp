@@ -4,12 +4,14 @@
 #include "cli/file_check.h"
 #include "cli/session.h"
 #include "platform/disk.h"
+#include "platform/file_update.h"
 #include "platform/json.h"
 #include "platform/owners.h"
 #include "platform/plain_text.h"
 #include "qbase/qbase_file.h"
 #include "settings/device_prefs.h"
 #include "settings/prefs_list.h"
+#include "settings/salvage.h"
 
 #include <algorithm>
 
@@ -68,10 +70,8 @@ OSErr Salvage(QBaseHandle base, const std::string &path, const std::string &byte
         return status;
     }
     const OSErr head = QBaseReadRebuild(base, file.Get(), true, false, false, true, false, true, nullptr);
-    for (const std::string_view record : FindWholeRecords(bytes)) {
-        if (QBaseAddRecord(base, record.data(), static_cast<std::int32_t>(record.size())) == kNoRecord) {
-            return memFullErr;
-        }
+    if (const OSErr status = AddWholeRecords(base, bytes); status != noErr) {
+        return status;
     }
     if (head != noErr || QBaseCountRecords(base) < announced) {
         QBaseSetUserLong(base,

@@ -146,11 +146,6 @@ Outcome StoreAndSave(Session &session, const AppPrefs &record, RecordNumber numb
     return outcome.IsDone() ? session.Save() : outcome;
 }
 
-void RemoveRecord(QBaseHandle base, RecordNumber number) {
-    QBaseMarkRecordForRemoval(base, number);
-    QBaseRemoveMarkedRecords(base);
-}
-
 template <class Rows>
 std::vector<std::string_view> NamesOf(const Rows &rows, auto name) {
     std::vector<std::string_view> names;
@@ -235,8 +230,10 @@ Outcome DeleteApplication(const Request &request) {
             " came with the panel and cannot be deleted; nothing was changed; 'drevixctl set active false' "
             "switches it off");
     }
-    RemoveRecord(session.Base(), number);
-    outcome = session.Save();
+    outcome = session.Remove(number);
+    if (outcome.IsDone()) {
+        outcome = session.Save();
+    }
     if (outcome.IsDone()) {
         SayWhatWasDone(request, "deleted", record);
     }

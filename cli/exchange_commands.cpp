@@ -3,6 +3,7 @@
 #include "cli/commands.h"
 #include "cli/record_text.h"
 #include "cli/session.h"
+#include "document/file_stamp.h"
 #include "platform/json.h"
 #include "platform/plain_text.h"
 #include "settings/prefs_dictionary.h"

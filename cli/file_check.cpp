@@ -7,7 +7,6 @@
 #include "settings/app_prefs.h"
 #include "settings/device_prefs.h"
 
-#include <array>
 #include <cstring>
 #include <map>
 #include <optional>
@@ -235,19 +234,6 @@ FileFindings CheckFileBytes(std::string_view bytes, OSErr status) {
     findings.status = status;
     FileChecker(bytes, findings).Check();
     return findings;
-}
-
-std::vector<std::string_view> FindWholeRecords(std::string_view bytes) {
-    constexpr std::uint32_t kSize = kQBaseRecordHeaderSize + sizeof(AppPrefs);
-    constexpr std::array<std::uint32_t, 2> kHead = {kSize,
-                                                    sizeof(AppPrefs)}; // size and length; flags may be any
-    const std::string_view head(reinterpret_cast<const char *>(kHead.data()), sizeof kHead);
-    std::vector<std::string_view> records;
-    for (std::size_t at = bytes.find(head); at != bytes.npos && bytes.size() - at >= kSize;) {
-        records.push_back(bytes.substr(at + kQBaseRecordHeaderSize, sizeof(AppPrefs)));
-        at = bytes.find(head, at + kSize);
-    }
-    return records;
 }
 
 } // namespace drevix

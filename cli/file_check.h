@@ -30,8 +30,4 @@ struct FileFindings {
 // Looks through the bytes of a file, as reading them as a settings file would. `status` is what that gave.
 [[nodiscard]] FileFindings CheckFileBytes(std::string_view bytes, OSErr status);
 
-// The data of every settings record that lies whole among the bytes, whatever has become of the file's head,
-// its index, or other records: a record's head with a settings record's size and length is what begins one.
-[[nodiscard]] std::vector<std::string_view> FindWholeRecords(std::string_view bytes);
-
 } // namespace drevix

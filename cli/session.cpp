@@ -1,28 +1,18 @@
 #include "cli/session.h"
 
-#include "companion/korvane_sync.h"
-#include "helperlink/driver_messages.h"
-#include "platform/disk.h"
+#include "platform/file_update.h"
 #include "platform/plain_text.h"
-#include "qbase/qbase_file.h"
 #include "settings/device_prefs.h"
 #include "settings/pascal_strings.h"
 #include "settings/prefs_list.h"
 
-#include <tuple>
-
 namespace drevix {
 namespace {
 
-constexpr OSErr kRefused = -1; // what reading a damaged settings file gives
-
 constexpr std::string_view kUnchanged = "nothing was changed";
 
-OSErr MakePreferencesFolder() {
-    std::int16_t volume = 0;
-    std::int32_t folder = 0;
-    return FindFolder(kOnSystemDisk, kPreferencesFolderType, kCreateFolder, &volume, &folder);
-}
+// For another program that changes settings at this moment.
+constexpr std::chrono::seconds kLongestWait{5};
 
 std::string PathForPeople(const std::string &path) {
     return path.empty() ? "the settings file" : path;
@@ -31,14 +21,11 @@ std::string PathForPeople(const std::string &path) {
 } // namespace
 
 OSErr ReadAsSettings(const std::string &path) {
-    FileRef file = 0;
-    if (const OSErr status = OpenFile(path, fsRdPerm, &file); status != noErr) {
-        return status;
-    }
     const QBaseOwner base = NewDrevixBase();
-    const OSErr status = base ? QBaseRead(base.get(), file, true, true, true, true) : memFullErr;
-    FSClose(file);
-    return status;
+    DevicePrefsFile file;
+    const OSErr status =
+        base ? ReadDevicePrefs(base.get(), path, {}, 0, RefusedFile::LeaveAlone, &file) : memFullErr;
+    return status == memFullErr ? status : file.status;
 }
 
 OSErr SettingsPath(const Request &request, std::string *path) {
@@ -49,24 +36,15 @@ OSErr SettingsPath(const Request &request, std::string *path) {
     return FindDevicePrefsPath(path);
 }
 
-bool AreSameFile(const std::string &a, const std::string &b) {
-    std::string first;
-    std::string second;
-    if (FollowLinks(a, &first) != noErr || FollowLinks(b, &second) != noErr) {
-        return false;
+Session::Session(const Request &request)
+    : fRequest(request), fDocument(request.surroundings.resources, kPanelVersion) {
+    if (request.line.prefs) {
+        fDocument.UseFile(*request.line.prefs);
     }
-    struct stat firstFound {};
-    struct stat secondFound {};
-    return first == second ||
-           (CurrentDisk().StatusAt(first.c_str(), &firstFound) == 0 &&
-            CurrentDisk().StatusAt(second.c_str(), &secondFound) == 0 &&
-            firstFound.st_dev == secondFound.st_dev && firstFound.st_ino == secondFound.st_ino);
 }
 
 Outcome Session::OpenForReading() {
-    // Without a preferences folder there is no settings file, and the path stays empty.
-    std::ignore = SettingsPath(fRequest, &fPath);
-    return Load(Purpose::Reading);
+    return Open(Access::Read);
 }
 
 Outcome Session::OpenForReading(AppPrefs *record) {
@@ -76,71 +54,44 @@ Outcome Session::OpenForReading(AppPrefs *record) {
 }
 
 Outcome Session::OpenForChanging() {
-    if (Outcome outcome = LocateAndLock(); !outcome.IsDone()) {
-        return outcome;
+    const OSErr status = fDocument.Lock(kLongestWait);
+    if (status == fBsyErr) {
+        return Failed("another program is changing settings; nothing was changed; try again");
     }
-    return Load(Purpose::Changing);
+    if (status != noErr) {
+        return FailedFile("cannot use", "the lock that keeps programs from changing settings at once", status,
+                          kUnchanged);
+    }
+    return Open(Access::Change);
 }
 
-Outcome Session::LocateAndLock() {
-    if (!fRequest.line.prefs) {
-        if (const OSErr status = MakePreferencesFolder(); status != noErr) {
-            return FailedFile("cannot use", "the preferences folder", status, kUnchanged);
-        }
-    }
-    std::string target;
-    OSErr status = SettingsPath(fRequest, &fPath);
-    if (status == noErr) {
-        status = FollowLinks(fPath, &target);
-    }
-    if (status == noErr) {
-        status = fLock.Acquire(FolderOfPath(target));
-    }
-    return status == noErr ? Done() : FailedFile("cannot change", PathForPeople(fPath), status, kUnchanged);
-}
-
-Outcome Session::Load(Purpose purpose) {
-    fBase = NewDrevixBase();
-    if (!fBase) {
+Outcome Session::Open(Access access) {
+    const OpenResult result = fDocument.Open(access);
+    const OSErr fileStatus = result.fileStatus;
+    const bool isMissing = fileStatus == fnfErr || fileStatus == dirNFErr;
+    if (result.status == memFullErr) {
         return Failed("there is not enough memory; nothing was changed");
     }
-    const OSErr fileStatus = fPath.empty() ? fnfErr : ReadAsSettings(fPath);
-    const bool isRefused = fileStatus == kRefused || fileStatus == eofErr;
-    if (fileStatus != noErr && fileStatus != fnfErr && fileStatus != dirNFErr && !isRefused) {
-        return FailedFile("cannot read", fPath, fileStatus, kUnchanged);
+    if (fileStatus != noErr && !isMissing && !IsDamaged(fileStatus)) {
+        return FailedFile("cannot read", PathForPeople(Path()), fileStatus, kUnchanged);
     }
-    // Reading a refused file again would keep it aside, which only a command that is to overwrite it may do.
-    const bool skipsFile = isRefused && purpose == Purpose::Reading;
-    const OSErr status = GetDevicePrefsFromPath(fBase.get(), skipsFile ? std::string() : fPath,
-                                                fRequest.surroundings.resources, kPanelVersion);
-    if (status != noErr) {
-        return FailedFile("cannot find settings in", PathForPeople(fPath), status, kUnchanged);
+    if (result.status != noErr) {
+        return FailedFile("cannot find settings in", PathForPeople(Path()), result.status, kUnchanged);
     }
-    if (purpose == Purpose::Changing && QBaseGetReadOnly(fBase.get())) {
-        return Failed("cannot keep the damaged " + fPath + " aside as " + fPath + kRefusedSuffix +
+    if (access == Access::Change && fDocument.IsReadOnly()) {
+        return Failed("cannot keep the damaged " + Path() + " aside as " + Path() + kRefusedSuffix +
                       "; nothing was changed; move it away, or 'drevixctl recover' it");
     }
-    if (isRefused) {
-        SayRefused(purpose);
+    if (IsDamaged(fileStatus)) {
+        Note(Path() + " is damaged and the factory settings are used instead; " +
+             (access == Access::Read ? "it was not changed; 'drevixctl check' says what is wrong"
+                                     : "it is kept as " + Path() + kRefusedSuffix));
     }
-    if (IsUsersOwn()) {
-        SyncFromKorvane(fBase.get());
-    }
-    SortDrevixBase(fBase.get());
     return Done();
 }
 
-bool Session::IsUsersOwn() const {
-    std::string own;
-    return !fRequest.line.prefs || (FindDevicePrefsPath(&own) == noErr && AreSameFile(fPath, own));
-}
-
-void Session::SayRefused(Purpose purpose) const {
-    std::string note =
-        "drevixctl: note: " + fPath + " is damaged and the factory settings are used instead; ";
-    note += purpose == Purpose::Reading ? "it was not changed; 'drevixctl check' says what is wrong"
-                                        : "it is kept as " + fPath + kRefusedSuffix;
-    fRequest.surroundings.err << PlainText(note) << '\n';
+void Session::Note(const std::string &text) const {
+    fRequest.surroundings.err << PlainText("drevixctl: note: " + text) << '\n';
 }
 
 Outcome Session::Find(RecordNumber *number) const {
@@ -183,30 +134,56 @@ std::vector<const AppPrefs *> Session::Records() const {
     return records;
 }
 
-Outcome Session::Store(const AppPrefs &record, RecordNumber number) const {
-    return StoreAppPrefs(Base(), record, number) != kNoRecord
+Outcome Session::Store(const AppPrefs &record, RecordNumber number) {
+    return fDocument.Store(record, number) != kNoRecord
                ? Done()
                : Failed("there is not enough memory; nothing was changed");
 }
 
+Outcome Session::Remove(RecordNumber number) {
+    return fDocument.Remove(number) ? Done() : Failed("there is not enough memory; nothing was changed");
+}
+
 Outcome Session::Save() {
     SortDrevixBase(Base());
-    std::string before;
-    const OSErr readBefore = ReadWholeFile(fPath, &before);
-    const OSErr status = SaveDevicePrefsToPath(Base(), fPath);
-    if (status == noErr) {
-        if (IsUsersOwn()) {
-            SyncToKorvane(Base());
-            std::ignore = RequestDriverPrefsUpdate(kDrevixHelperName.data()); // none need run
-        }
-        return Done();
+    const FileStamp before = StampOfFile(Path());
+    const SaveResult result = fDocument.Save(kLongestWait);
+    SayWhatElseCame(result);
+    return result.status == noErr ? Done() : SaveFailure(result, StampOfFile(Path()) == before);
+}
+
+// The lock keeps programs of ours away, but a file can be changed by any.
+void Session::SayWhatElseCame(const SaveResult &result) const {
+    if (result.outside.cameIn) {
+        Note("another program changed " + Path() + " meanwhile; its changes are kept");
     }
-    // A folder that cannot be flushed is found out only after the new file has taken the old one's place.
-    std::string after;
-    const bool isAsItWas = ReadWholeFile(fPath, &after) == readBefore && after == before;
-    return FailedFile("cannot write", fPath, status,
-                      isAsItWas ? "the settings are as they were"
-                                : "the file is whole, with the old settings or the new ones");
+    for (const RecordConflict &conflict : result.outside.conflicts) {
+        Note("another program changed the settings for " +
+             (conflict.name.empty() ? "all applications" : QuotedText(conflict.name)) +
+             " meanwhile; this command's took their place");
+    }
+    if (result.replacedDamaged) {
+        Note(Path() + " was damaged meanwhile; what it held is kept as " + Path() + kRefusedSuffix);
+    }
+}
+
+Outcome Session::SaveFailure(const SaveResult &result, bool isAsItWas) const {
+    if (result.keptAside != noErr) {
+        return FailedFile("cannot keep aside the damaged", Path(), result.keptAside, "it was not changed");
+    }
+    // What is missing when a file is to be made is its folder.
+    const OSErr status = result.status == fnfErr ? dirNFErr : result.status;
+    if (!result.wasTried) {
+        return FailedFile("cannot write", PathForPeople(Path()), status, kUnchanged);
+    }
+    // A folder that cannot be flushed is found out only after the new file has taken the old one's place. The
+    // companion's files are written before.
+    std::string unchanged = isAsItWas ? "the settings file is as it was"
+                                      : "the settings file is whole, with the old settings or the new ones";
+    if (IsUsersOwn()) {
+        unchanged += "; menu entries of the companion may have changed";
+    }
+    return FailedFile("cannot write", PathForPeople(Path()), status, unchanged);
 }
 
 } // namespace drevix

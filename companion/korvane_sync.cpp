@@ -4,8 +4,8 @@
 #include "companion/korvane_files.h"
 #include "companion/notification_socket.h"
 #include "helperlink/driver_messages.h"
-#include "platform/file_update.h"
 #include "platform/status.h"
+#include "platform/user_lock.h"
 #include "settings/action_commands.h"
 
 #include <algorithm>
@@ -32,7 +32,8 @@ constexpr auto kBindingKeys =
 
 constexpr std::uint16_t kNotificationPort = 5539;
 constexpr int kMostTries = 5;                          // of writing a file that another program is writing
-constexpr std::chrono::milliseconds kLongestTurn{500}; // of another program of ours with one file
+constexpr std::chrono::milliseconds kLongestTurn{500}; // of another program of ours with the files
+constexpr std::string_view kLockName = "companion.lock";
 
 // Holds the base locked.
 class BaseLock {
@@ -92,11 +93,8 @@ bool UpdateHotKeys(KorvaneHotKeyList &list, QBaseHandle base, const KorvaneApp &
 
 // What was read must still be the file when it is written back: a companion's change that came between would
 // be undone, and a half-written file would be made to last.
-KorvaneFileResult UpdateFile(QBaseHandle base, const KorvaneApp &app) try {
+KorvaneFileResult UpdateFile(QBaseHandle base, const KorvaneApp &app, bool isOurTurn) try {
     const std::string path = FindKorvaneFileForApp(app.folder);
-    // Of two programs of ours the writes would mingle. The companion takes no part in this.
-    FolderLock turn;
-    const bool isOurTurn = turn.Acquire(FolderOfPath(path), kLongestTurn) != fBsyErr;
     for (int tries = isOurTurn ? 0 : kMostTries; tries <= kMostTries; ++tries) {
         auto list = LoadKorvaneFile(path);
         if (!list || list->HotKeys.empty()) {
@@ -202,8 +200,12 @@ KorvaneFileResult UpdateRecord(QBaseHandle base, OSType creator, ConstStringPtr 
 std::int32_t SyncToKorvane(QBaseHandle base, KorvaneResults *results) try {
     KorvaneResults unasked;
     KorvaneResults &each = results != nullptr ? *results : unasked;
+    // Of two programs of ours the writes would mingle. The companion takes no part in this.
+    UserLock turn;
+    const bool isOurTurn = turn.Acquire(kLockName, kLongestTurn) != fBsyErr;
     std::ranges::transform(kKorvaneApps, each.begin(),
-                           [base](const KorvaneApp &app) { return UpdateFile(base, app); });
+                           [&](const KorvaneApp &app) { return UpdateFile(base, app, isOurTurn); });
+    turn.Release();
     // Either program, or both, may not be running.
     std::ignore = RequestDriverPrefsUpdate(kTarnixName.data());
     std::ignore = RequestDriverPrefsUpdate(kTarnixHelperName.data());

@@ -1,7 +1,7 @@
 // Keeps buttons I, II and III and the companion dial's hotkey files in step. The companion's files are right
 // when the panel comes to the front, the panel's records when the user applies or leaves. Programs of ours
-// take turns with a file, by an advisory lock on its folder; the companion locks nothing, and the last writer
-// wins.
+// take turns with the files, by a lock of the user's ("platform/user_lock.h"); the companion locks nothing, and
+// the last writer wins.
 #pragma once
 
 #include "companion/korvane_files.h"
@@ -34,9 +34,9 @@ using KorvaneResults = std::array<KorvaneFileResult, kKorvaneApps.size()>;
 // Writes the buttons' menu entries into every hotkey file that is there, whether or not it changes, asks the
 // companion's two programs to load their settings anew, and announces the files on its notification port.
 // Every hotkey keeps its place and its title. A file that another program changes meanwhile is read again;
-// one that keeps changing, or that another program of ours is busy with for longer than half a second, is
-// left for the next time. Gives the announcement's status, "notification_socket.h". The base is not changed.
-// What came of the files is stored in *results, if given.
+// one that keeps changing is left for the next time, and so are all when another program of ours is busy with
+// them for longer than half a second. Gives the announcement's status, "notification_socket.h". The base is not
+// changed. What came of the files is stored in *results, if given.
 std::int32_t SyncToKorvane(QBaseHandle base, KorvaneResults *results = nullptr);
 
 // Takes the buttons' menu entries of every companion application's record from its hotkey file. A record

@@ -21,4 +21,7 @@ struct FileStamp {
 [[nodiscard]] FileStamp StampOfFile(const std::string &path);
 [[nodiscard]] FileStamp StampOfDescriptor(int descriptor);
 
+// Whether two paths lead to one file, or to one place where none is yet.
+[[nodiscard]] bool AreSameFile(const std::string &a, const std::string &b);
+
 } // namespace drevix

@@ -5,8 +5,11 @@
 
 #include "document/file_stamp.h"
 #include "platform/files.h"
+#include "platform/status.h"
+#include "platform/user_lock.h"
 #include "qbase/qbase.h"
 #include "settings/app_prefs.h"
+#include "settings/device_prefs.h"
 
 #include <chrono>
 #include <cstdint>
@@ -28,7 +31,7 @@ enum class Ownership : std::uint8_t { UsersOwn, Named };
 
 // A record that both sides changed. This side's is in the base.
 struct RecordConflict {
-    std::string name;              // the record's shown name, UTF-8; empty for the global record
+    std::string name;               // the record's shown name, UTF-8; empty for the global record
     std::optional<AppPrefs> ours;   // nothing: removed here
     std::optional<AppPrefs> theirs; // nothing: removed by the other program
 };
@@ -41,14 +44,16 @@ struct OutsideChanges {
 
 // What came of reading the file.
 struct OpenResult {
-    OSErr status = noErr;     // noErr: the base holds settings; resNotFound, memFullErr, ...: it is as it was
-    OSErr fileStatus = noErr; // of the file itself: noErr; fnfErr; -1 or eofErr when it is damaged; why it could
-                              // not be read
+    OSErr status = noErr; // noErr: the base holds settings; resNotFound, memFullErr, ...: it is as it was
+    OSErr fileStatus =
+        noErr; // of the file itself: noErr; fnfErr; -1 or eofErr when it is damaged; why it could
+               // not be read
 };
 
 // What came of a save. Whether the file holds the base now is SettingsDocument::IsSaved.
 struct SaveResult {
-    OSErr status = noErr; // of the file; fBsyErr: another program holds the lock, and nothing was tried
+    OSErr status = noErr;  // of the lock (fBsyErr: another program holds it) or the file
+    bool wasTried = false; // to write; when not, nothing was changed but what `keptAside` tells of
     OutsideChanges outside;
     OSErr keptAside = noErr; // what came of keeping aside a damaged file that the save was to replace
     bool replacedDamaged = false;
@@ -61,9 +66,12 @@ class SettingsDocument {
     SettingsDocument(const SettingsDocument &) = delete;
     SettingsDocument &operator=(const SettingsDocument &) = delete;
     ~SettingsDocument();
+
     // Names another file than the user's own. Call it before Open. A path that leads to the user's own file
     // counts as that.
     void UseFile(std::string path);
+    // The same for a program that goes by the file alone: it counts as a named one whatever it is.
+    void UseFileAlone(std::string path);
 
     // Reads the file into a new base: repaired, with the factory's records that it lacks, a global record
     // first, sorted; the user's own with the companion's menu entries. A file that is missing or damaged stands
@@ -72,8 +80,7 @@ class SettingsDocument {
     OpenResult Open(Access access);
 
     // Null before a first Open that found memory. Owned by the document; another one after each Open, and its
-    // records move when outside changes come in. Change it with the functions below only, or note the record
-    // first (NoteEdit).
+    // records move when outside changes come in. Change it with the functions below only.
     [[nodiscard]] QBaseHandle Base() const { return fBase.get(); }
     // Where the file is or would be; empty when there is no preferences folder.
     [[nodiscard]] const std::string &Path() const { return fPath; }
@@ -96,27 +103,29 @@ class SettingsDocument {
     [[nodiscard]] int CountUnsaved() const;
     // Whether the file lacks something of the base: an edit, or factory records that came in on reading.
     [[nodiscard]] bool IsSaved() const;
-    // Whether a save is refused (wrPermErr) because the file could not be read or kept aside.
+    // Whether the file was found in a state in which it must not be replaced: it could not be read, or is damaged
+    // and could not be kept aside. A save looks again, and fails with the reason if it still is.
     [[nodiscard]] bool IsReadOnly() const;
 
     // Looks at the file's stamp and, when another program has changed it, merges by record: what only one side
     // changed is taken from that side, what both changed stays as it is here and is told. Only from a file that
     // reads as noErr and holds records; from any other nothing is taken, and it is looked at again next time.
-    // No lock is needed for this.
+    // No lock is needed for this. Does nothing with Access::Read.
     OutsideChanges TakeOutsideChanges();
 
     // Brings the companion's menu entries into the records (the companion is right when the panel comes to the
     // front). Not an edit.
     void TakeCompanionChanges();
 
-    // Takes the user's lock, to hold it over reading, changing and saving; noErr when it is held already. Else
-    // fBsyErr after `wait`, or why the lock's file cannot be used.
+    // Takes the user's lock, to hold it over reading, changing and saving as long as the document lives; noErr
+    // when it is held already. Else fBsyErr after `wait`, or why the lock's file cannot be used. One lock stands
+    // for all settings files.
     [[nodiscard]] OSErr Lock(std::chrono::milliseconds wait);
 
     // Under the lock (taken for at most `wait` unless it is held): takes outside changes, then, for the user's
     // own file, writes the companion's files and tells the companion; writes the file; asks the helper to
     // reload. A damaged file that came up meanwhile is kept aside before it is replaced. After a failure the
-    // base and its edits are kept for the next save.
+    // base and its edits are kept for the next save. wrPermErr with Access::Read.
     SaveResult Save(std::chrono::milliseconds wait);
 
     // A base with this document's records and those of every kept copy of the file (damaged ones as far as their
@@ -125,17 +134,34 @@ class SettingsDocument {
     [[nodiscard]] QBaseOwner RecordsWithItems() const;
 
   private:
-    // What tells a record from the others of a base while its contents change.
+    // What tells a record from the others of a base while its contents change ("document/record_keys.h").
     using RecordKey = std::string;
+    // The file as it was found.
+    struct Reading;
+
+    OSErr Locate();
+    OSErr MakePlace();
+    Reading Read(RefusedFile refused) const;
+    [[nodiscard]] bool MayHaveChanged() const;
+    bool Merge(Reading &theirs, OutsideChanges *outside);
+    OSErr LookBeforeSave(SaveResult *result);
+    OSErr Write();
+    void NoteAlike(const AppPrefs &record, bool isAdded);
+    [[nodiscard]] std::size_t OrdinalOf(const AppPrefs &record, const std::vector<RecordNumber> &alike) const;
 
     FSRef fResources;
     std::uint32_t fVersion;
     std::optional<std::string> fNamedPath;
+    bool fIsAlone = false; // the file alone counts
     std::string fPath;
     Access fAccess = Access::Read;
+    UserLock fLock;
     QBaseOwner fBase;
-    QBaseOwner fAsOnDisk; // the file's records as last read or written; for Access::Change only
-    FileStamp fStamp;     // taken with that reading or writing
+    QBaseOwner fAsOnDisk;    // the file's records as last read or written; for Access::Change only
+    QBaseOwner fMayBeOnDisk; // what a save wrote that failed at last; null for none
+    FileStamp fStamp;        // taken before that reading
+    bool fIsSettled = false; // fStamp is sure to differ when the file does
+    bool fHasMore = false;   // repairs or the factory's records came in on reading, which the file lacks
     std::map<RecordKey, std::optional<AppPrefs>> fBeforeEdits; // records as they were; nothing: added here
 };
 

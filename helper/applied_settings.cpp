@@ -1,10 +1,9 @@
 #include "helper/applied_settings.h"
 
+#include "document/settings_document.h"
 #include "keyboard/key_names.h"
-#include "platform/owners.h"
 #include "platform/plain_text.h"
 #include "platform/status.h"
-#include "qbase/qbase_file.h"
 #include "settings/action_commands.h"
 #include "settings/device_prefs.h"
 #include "settings/pascal_strings.h"
@@ -14,17 +13,11 @@
 namespace drevix {
 namespace {
 
-// Read here and not through GetDevicePrefs, which repairs the file's records and keeps a damaged file aside: the
-// file is the panel's.
-OSErr ReadSettings(const std::string &path, const FSRef &resources, QBaseHandle base) {
-    OwnedFile file;
-    OSErr status = OpenFile(path, fsRdPerm, file.Out());
-    const bool isMissing = status == fnfErr || status == dirNFErr;
-    if (status == noErr) {
-        status = QBaseRead(base, file.Get(), true, true, true, true);
-    }
-    const bool isEmpty = status == noErr && QBaseCountRecords(base) == 0;
-    return isMissing || isEmpty ? GetDevicePrefsFromPath(base, {}, resources, kPanelVersion) : status;
+// A file that is damaged or cannot be read is no reason to drive the device by the factory's settings.
+OSErr Open(SettingsDocument &document) {
+    const OpenResult result = document.Open(Access::Read);
+    const bool isMissing = result.fileStatus == fnfErr || result.fileStatus == dirNFErr;
+    return result.fileStatus == noErr || isMissing ? result.status : result.fileStatus;
 }
 
 std::string ItemText(const ActionSlot &slot) {
@@ -86,12 +79,10 @@ std::string ControlLines(const AppPrefs &record, const AppPrefs *global) {
 
 bool DescribeSettings(const std::string &path, const FSRef &resources, const std::string &front,
                       std::string *text) {
-    const QBaseOwner base = NewDrevixBase();
-    OSErr status = base ? ReadSettings(path, resources, base.get()) : memFullErr;
-    if (status == noErr) {
-        status = EnsureGlobalPrefs(base.get(), resources);
-    }
-    const AppPrefs *record = status == noErr ? RecordFor(front, base.get()) : nullptr;
+    SettingsDocument document(resources, kPanelVersion);
+    document.UseFileAlone(path);
+    const OSErr status = Open(document);
+    const AppPrefs *record = status == noErr ? RecordFor(front, document.Base()) : nullptr;
     if (record == nullptr) {
         *text = StatusText(status == noErr ? resNotFound : status);
         return false;
@@ -101,7 +92,7 @@ bool DescribeSettings(const std::string &path, const FSRef &resources, const std
                                  : PlainText(stringWithPascalString(record->appFileName.data()));
     *text = "settings for " + name + (record->active != 0 ? ":\n" : ": the device is switched off\n");
     if (record->active != 0) {
-        *text += ControlLines(*record, GetAppPrefs(base.get(), 0));
+        *text += ControlLines(*record, GetAppPrefs(document.Base(), 0));
     }
     return true;
 }

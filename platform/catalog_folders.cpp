@@ -52,18 +52,6 @@ std::string PathOfType(std::int16_t volume, OSType type) {
     return base.empty() || row->below.empty() ? base : JoinPath(base, row->below);
 }
 
-// Makes the folder and those above it that are missing.
-OSErr MakeFolders(const std::string &path) {
-    for (std::size_t end = path.find('/', 1);; end = path.find('/', end + 1)) {
-        if (CurrentDisk().MakeFolder(path.substr(0, end).c_str(), kNewFolderMode) != 0 && errno != EEXIST) {
-            return LastError();
-        }
-        if (end == std::string::npos) {
-            return noErr;
-        }
-    }
-}
-
 OSErr RequireFolder(const std::string &path) {
     const DiskDescriptor folder(CurrentDisk().Open(path.c_str(), O_PATH | O_DIRECTORY, 0));
     return folder ? noErr : LastError();
@@ -94,6 +82,17 @@ OSErr CheckVolume(std::int16_t volume, const std::string &path) {
 }
 
 } // namespace
+
+OSErr MakeFolders(const std::string &path) {
+    for (std::size_t end = path.find('/', 1);; end = path.find('/', end + 1)) {
+        if (CurrentDisk().MakeFolder(path.substr(0, end).c_str(), kNewFolderMode) != 0 && errno != EEXIST) {
+            return LastError();
+        }
+        if (end == std::string::npos) {
+            return noErr;
+        }
+    }
+}
 
 std::string HomeFolder() {
     if (const char *home = std::getenv("HOME"); home != nullptr && home[0] == '/') {

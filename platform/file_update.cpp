@@ -2,15 +2,16 @@
 
 #include "platform/disk.h"
 #include "platform/status.h"
+#include "platform/user_lock.h"
 
 #include <array>
 #include <cerrno>
+#include <chrono>
 #include <climits>
 #include <cstdlib>
 #include <fcntl.h>
 #include <limits>
 #include <new>
-#include <thread>
 #include <tuple>
 #include <unistd.h>
 #include <utility>
@@ -22,25 +23,9 @@ constexpr mode_t kNewFileMode = 0666; // less the user's umask
 constexpr mode_t kPermissionBits = 07777;
 constexpr int kMostLinks = 40;  // as many as the kernel follows (path_resolution(7))
 constexpr int kMostKept = 1000; // numbered copies beside a kept file
+constexpr std::chrono::milliseconds kLongestUpdate{1000}; // of another program with the same file
 constexpr std::size_t kChunk = std::size_t{1} << 20;
 constexpr std::int64_t kMostInMemory = std::numeric_limits<std::int32_t>::max();
-
-// Between two tries for a lock that another program holds.
-constexpr std::chrono::milliseconds kPause{10};
-
-// Locks the open file, pausing up to `tries` times.
-OSErr LockWithin(int descriptor, std::int64_t tries) {
-    for (; CurrentDisk().Lock(descriptor) != 0; --tries) {
-        if (errno == ENOLCK || errno == ENOSYS || errno == EOPNOTSUPP || errno == EINVAL) {
-            return noErr; // a file system without locks
-        }
-        if (errno != EINTR && (errno != EWOULDBLOCK || tries <= 0)) {
-            return LastError();
-        }
-        std::this_thread::sleep_for(kPause);
-    }
-    return noErr;
-}
 
 OSErr WriteAll(FileRef file, const void *bytes, std::size_t count) {
     IOParam transfer = {file, const_cast<void *>(bytes), static_cast<std::int32_t>(count), 0, fsAtMark, 0};
@@ -242,13 +227,15 @@ OSErr FileUpdate::MakeBeside(DiskDescriptor *result) {
     Disk &disk = CurrentDisk();
     std::string beside = FolderOfPath(fTarget) + "/." + LeafOfPath(fTarget) + ".new";
     constexpr int kFlags = O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK;
-    constexpr int kLockTries = 100; // one second
-    for (int tries = kLockTries; tries >= 0; --tries) {
+    using std::chrono::steady_clock;
+    const auto end = steady_clock::now() + kLongestUpdate;
+    for (auto left = kLongestUpdate; left.count() > 0;
+         left = std::chrono::duration_cast<std::chrono::milliseconds>(end - steady_clock::now())) {
         DiskDescriptor opened(disk.Open(beside.c_str(), kFlags, kNewFileMode));
         if (!opened) {
             return LastError();
         }
-        OSErr status = LockWithin(opened.Get(), tries);
+        OSErr status = LockDescriptor(opened.Get(), left);
         if (status != noErr) { // another program's: it stays
             return status;
         }
@@ -379,21 +366,6 @@ OSErr KeepFileAside(const std::string &path, const std::string &keptPath) try {
     return ReplaceWholeFile(keptPath, bytes, original);
 } catch (const std::bad_alloc &) {
     return memFullErr;
-}
-
-OSErr FolderLock::Acquire(const std::string &folder, std::chrono::milliseconds wait) {
-    if (fFolder) {
-        return noErr;
-    }
-    DiskDescriptor opened(CurrentDisk().Open(folder.c_str(), O_RDONLY | O_DIRECTORY, 0));
-    if (!opened) {
-        return errno == ENOENT ? dirNFErr : LastError();
-    }
-    const OSErr status = LockWithin(opened.Get(), wait / kPause);
-    if (status == noErr) {
-        fFolder = std::move(opened);
-    }
-    return status;
 }
 
 } // namespace drevix

@@ -3,7 +3,6 @@
 
 #include "platform/owners.h"
 
-#include <chrono>
 #include <string>
 #include <string_view>
 
@@ -72,19 +71,6 @@ class FileUpdate {
 // changes later. What `keptPath` held before, unless it is the same bytes, moves to `keptPath` with ".1",
 // ".2", ... the first that is free. noErr, or why not; `path` is untouched in every case.
 [[nodiscard]] OSErr KeepFileAside(const std::string &path, const std::string &keptPath);
-
-// Holds a folder's advisory lock from Acquire until destruction, so that programs that read, change and write
-// a file of the folder take turns. A file system without locks counts as acquired.
-class FolderLock {
-  public:
-    // noErr; fBsyErr when it is held for longer than `wait`; or why the folder could not be opened: dirNFErr,
-    // ...
-    [[nodiscard]] OSErr Acquire(const std::string &folder,
-                                std::chrono::milliseconds wait = std::chrono::seconds(5));
-
-  private:
-    DiskDescriptor fFolder;
-};
 
 // Returns when what was made, renamed or removed in a folder is on the disk. noErr, also for a folder that
 // cannot be flushed: one that may be written but not read, or that of a file system without such a thing.

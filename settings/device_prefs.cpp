@@ -44,7 +44,7 @@ OSErr FindNamedFile(StringPtr fileName, FolderCreation creation, std::string *pa
 // Reads the file into the empty base. The user part of a file comes in before its records are looked at, so
 // when they are refused the base gets its own user fields back: the stamp of a refused file would say that
 // the factory records were merged into a base that lacks them.
-OSErr ReadDevicePrefs(QBaseHandle base, const std::string &path) {
+OSErr ReadRecords(QBaseHandle base, const std::string &path) {
     OwnedFile file;
     if (const OSErr status = OpenFile(path, fsRdPerm, file.Out()); status != noErr) {
         return status;
@@ -63,18 +63,11 @@ OSErr ReadDevicePrefs(QBaseHandle base, const std::string &path) {
 
 // Whether a save may replace the file, after this came of reading it. A file that was refused is kept aside
 // for that. One that could not be read may be in the best of health, so it is left alone until it can be.
-bool MayBeReplaced(const std::string &path, OSErr status) {
-    switch (status) {
-    case noErr:
-    case fnfErr:
-    case dirNFErr:
-        return true;
-    case kDamaged:
-    case eofErr:
-        return KeepFileAside(path, path + kRefusedSuffix) == noErr;
-    default:
-        return false;
+bool MayBeReplaced(const std::string &path, OSErr status, RefusedFile refused) {
+    if (IsDamaged(status)) {
+        return refused == RefusedFile::KeepAside && KeepRefusedFile(path) == noErr;
     }
+    return status == noErr || status == fnfErr || status == dirNFErr;
 }
 
 // Older programs stored a global record under the file name that an import gave it. With one, the factory's global
@@ -105,17 +98,15 @@ void MergeDefaults(QBaseHandle base, const FSRef &resourceFolder, std::uint32_t 
 // All of reading but finding the file: `status` is what came of that, an empty path means that there is none
 // to read.
 OSErr LoadDevicePrefs(QBaseHandle base, OSErr status, const std::string &path, const FSRef &resourceFolder,
-                      std::uint32_t version, OSErr *fileStatus) {
+                      std::uint32_t version, RefusedFile refused, DevicePrefsFile *file) {
     QBaseEmpty(base);
     QBaseSetReadOnly(base, true); // until it is known that a save destroys nothing
     if (status == noErr && !path.empty()) {
-        status = ReadDevicePrefs(base, path);
+        status = ReadRecords(base, path);
     }
-    if (fileStatus != nullptr) {
-        *fileStatus = status;
-    }
+    *file = {status, QBaseCountRecords(base)};
     ValidateDevicePrefs(base);
-    QBaseSetReadOnly(base, !MayBeReplaced(path, status));
+    QBaseSetReadOnly(base, !MayBeReplaced(path, status, refused));
     MergeDefaults(base, resourceFolder, version);
     return QBaseCountRecords(base) == 0 ? resNotFound : noErr;
 }
@@ -183,15 +174,36 @@ OSErr GetDevicePrefs(QBaseHandle base, StringPtr fileName, const FSRef &resource
     }
     std::string path;
     const OSErr found = FindNamedFile(fileName, kDontCreateFolder, &path);
-    return LoadDevicePrefs(base, found, path, resourceFolder, version, nullptr);
+    DevicePrefsFile file;
+    return LoadDevicePrefs(base, found, path, resourceFolder, version, RefusedFile::KeepAside, &file);
 } catch (const std::bad_alloc &) {
     return memFullErr;
 }
 
 OSErr GetDevicePrefsFromPath(QBaseHandle base, const std::string &path, const FSRef &resourceFolder,
-                             std::uint32_t version, OSErr *fileStatus) try {
+                             std::uint32_t version, OSErr *fileStatus) {
+    DevicePrefsFile file;
+    const OSErr status = ReadDevicePrefs(base, path, resourceFolder, version, RefusedFile::KeepAside, &file);
+    if (fileStatus != nullptr && base != nullptr) {
+        *fileStatus = file.status;
+    }
+    return status;
+}
+
+OSErr ReadDevicePrefs(QBaseHandle base, const std::string &path, const FSRef &resourceFolder,
+                      std::uint32_t version, RefusedFile refused, DevicePrefsFile *file) try {
     return base == nullptr ? paramErr
-                           : LoadDevicePrefs(base, noErr, path, resourceFolder, version, fileStatus);
+                           : LoadDevicePrefs(base, noErr, path, resourceFolder, version, refused, file);
+} catch (const std::bad_alloc &) {
+    return memFullErr;
+}
+
+bool IsDamaged(OSErr fileStatus) {
+    return fileStatus == kDamaged || fileStatus == eofErr;
+}
+
+OSErr KeepRefusedFile(const std::string &path) try {
+    return KeepFileAside(path, path + kRefusedSuffix);
 } catch (const std::bad_alloc &) {
     return memFullErr;
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/files.h"
+#include "platform/status.h"
 #include "qbase/qbase.h"
 
 #include <cstdint>
@@ -52,6 +53,24 @@ inline constexpr std::uint32_t kPanelVersion = 0x02008000;
                                            const FSRef &resourceFolder, std::uint32_t version,
                                            OSErr *fileStatus = nullptr);
 [[nodiscard]] OSErr SaveDevicePrefsToPath(QBaseHandle base, const std::string &path);
+
+// What becomes of a file that is refused.
+enum class RefusedFile : std::uint8_t {
+    KeepAside,  // as GetDevicePrefs
+    LeaveAlone, // nothing is written, and the base is made read-only
+};
+// What came of the file itself.
+struct DevicePrefsFile {
+    OSErr status = noErr;     // as *fileStatus
+    std::int32_t records = 0; // that it held, before the factory's came in
+};
+// As GetDevicePrefsFromPath.
+[[nodiscard]] OSErr ReadDevicePrefs(QBaseHandle base, const std::string &path, const FSRef &resourceFolder,
+                                    std::uint32_t version, RefusedFile refused, DevicePrefsFile *file);
+// Whether that is the status of a file that was refused for its contents.
+[[nodiscard]] bool IsDamaged(OSErr fileStatus);
+// Keeps a refused file aside under kRefusedSuffix. noErr, or why not ("platform/file_update.h").
+[[nodiscard]] OSErr KeepRefusedFile(const std::string &path);
 
 // The path of the settings file, in the Preferences folder. noErr, or why that folder cannot be found; it is
 // not made.

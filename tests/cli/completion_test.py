@@ -36,7 +36,7 @@ class Completion(unittest.TestCase):
         hotkeys = path / "Library/Preferences/Drevix Tarnix Preferences/_System_/~hotkeys"
         hotkeys.parent.mkdir(parents=True)
         hotkeys.write_text("<HotKeys TargetApp='x'><HotKey><Menu>Sharpen &amp; Blur</Menu></HotKey><HotKey/></HotKeys>")
-        environment = {**os.environ, "XDG_CONFIG_HOME": f"{path}/config", "HOME": str(path),
+        environment = {**os.environ, "XDG_CONFIG_HOME": f"{path}/config", "XDG_STATE_HOME": f"{path}/state", "HOME": str(path),
                        "PATH": f"{PROGRAM.parent}:{os.environ['PATH']}"}
         subprocess.run([PROGRAM, "add", program], env=environment, check=True, capture_output=True)
         result = subprocess.run(["bash", "--norc", "-c", ASK, "bash", SCRIPT, line], env=environment, cwd=path,

@@ -17,7 +17,7 @@ class Program(unittest.TestCase):
         self.folder = tempfile.TemporaryDirectory()
         self.addCleanup(self.folder.cleanup)
         self.path = pathlib.Path(self.folder.name)
-        self.environment = {**os.environ, "XDG_CONFIG_HOME": str(self.path / "config"), "HOME": str(self.path), "LC_ALL": "C"}
+        self.environment = {**os.environ, "XDG_CONFIG_HOME": str(self.path / "config"), "XDG_STATE_HOME": str(self.path / "state"), "HOME": str(self.path), "LC_ALL": "C"}
 
     def run_program(self, *arguments, **options):
         return subprocess.run([PROGRAM, *arguments], env=self.environment, capture_output=True, timeout=60, **options)

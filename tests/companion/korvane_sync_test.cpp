@@ -1,7 +1,7 @@
 #include "companion/korvane_crc.h"
 #include "companion/korvane_sync.h"
 #include "platform/disk.h"
-#include "platform/file_update.h"
+#include "platform/user_lock.h"
 #include "platform/status.h"
 #include "settings/action_commands.h"
 #include "settings/device_prefs.h"
@@ -255,8 +255,8 @@ TEST_F(KorvaneSync, FileThatAnotherProgramOfOursIsAt_IsLeftForTheNextTime) {
     Bind(1, kI, "A");
     KorvaneResults results;
     {
-        FolderLock other;
-        ASSERT_EQ(other.Acquire(FolderOfPath(fFolder.File(1))), noErr);
+        UserLock other;
+        ASSERT_EQ(other.Acquire("companion.lock", {}), noErr);
         SyncToKorvane(fBase.get(), &results);
         EXPECT_EQ(File(1), Strings{"A||||"});
         EXPECT_EQ(results[1].state, KorvaneFileState::InUse);

@@ -22,7 +22,7 @@ class Helper(unittest.TestCase):
         self.path = pathlib.Path(self.folder.name)
         self.config = self.path / "config"
         self.config.mkdir()
-        self.environment = {**os.environ, "XDG_CONFIG_HOME": str(self.config), "HOME": str(self.path), "LC_ALL": "C",
+        self.environment = {**os.environ, "XDG_CONFIG_HOME": str(self.config), "XDG_STATE_HOME": str(self.path / "state"), "HOME": str(self.path), "LC_ALL": "C",
                             "DBUS_SESSION_BUS_ADDRESS": f"unix:path={self.path}/bus"}
 
     def start(self, *command, output=None):

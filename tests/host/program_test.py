@@ -15,7 +15,7 @@ import time
 PROGRAM, CONTROL = sys.argv[1:]
 folder = pathlib.Path(tempfile.mkdtemp(prefix="drevix-host-"))
 settings = folder / "config/com.halcyra.drevix.prefs"
-environment = dict(os.environ, XDG_CONFIG_HOME=str(folder / "config"), HOME=str(folder), XDG_RUNTIME_DIR=str(folder),
+environment = dict(os.environ, XDG_CONFIG_HOME=str(folder / "config"), XDG_STATE_HOME=str(folder / "state"), HOME=str(folder), XDG_RUNTIME_DIR=str(folder),
                    DBUS_SESSION_BUS_ADDRESS=f"unix:path={folder}/no-bus")
 settings.parent.mkdir()
 

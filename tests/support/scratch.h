@@ -20,8 +20,8 @@ class ScopedVariable {
     std::string fBefore;
 };
 
-// Makes an empty folder, removed with all that is in it at destruction. While it lives, $XDG_CONFIG_HOME and
-// $HOME point into it, so that nothing of the user's is read or written.
+// Makes an empty folder, removed with all that is in it at destruction. While it lives, $XDG_CONFIG_HOME,
+// $XDG_STATE_HOME and $HOME point into it, so that nothing of the user's is read or written.
 class ScratchFolder {
   public:
     ScratchFolder();
@@ -37,6 +37,7 @@ class ScratchFolder {
   private:
     std::string fPath;
     ScopedVariable fConfig;
+    ScopedVariable fState;
     ScopedVariable fHome;
 };
 

@@ -1,0 +1,190 @@
+#include "document/merge.h"
+
+#include "platform/status.h"
+#include "settings/device_prefs.h"
+#include "settings/pascal_strings.h"
+#include "settings/prefs_list.h"
+
+#include <algorithm>
+#include <cstring>
+#include <set>
+#include <tuple>
+
+namespace drevix {
+namespace {
+
+// The record with that key, null when the base has none or it is no settings.
+const AppPrefs *Find(QBaseHandle base, const KeyedRecords &records, const RecordKey &key) {
+    const auto found = records.find(key);
+    return found == records.end() ? nullptr : GetAppPrefs(base, found->second);
+}
+
+std::optional<AppPrefs> Copy(const AppPrefs *record) {
+    return record == nullptr ? std::nullopt : std::optional(*record);
+}
+
+bool AreSame(const AppPrefs *a, const AppPrefs *b) {
+    return a == nullptr || b == nullptr ? a == b : std::memcmp(a, b, sizeof *a) == 0;
+}
+
+// What a base has under a key; nothing is something else than no bytes.
+std::optional<std::string_view> BytesAt(QBaseHandle base, const KeyedRecords &records, const RecordKey &key) {
+    const auto found = records.find(key);
+    return found == records.end() ? std::nullopt : std::optional(BytesOf(base, found->second));
+}
+
+class Merger {
+  public:
+    explicit Merger(const MergeSides &sides)
+        : fSides(sides), fOurs(RecordsByKey(sides.ours)), fTheirs(RecordsByKey(sides.theirs)),
+          fOnDisk(RecordsByKey(sides.asOnDisk)) {
+        fResult.before = sides.before;
+    }
+
+    // False without memory.
+    bool Merge() {
+        for (const RecordKey &key : AllKeys()) {
+            if (BytesAt(fSides.theirs, fTheirs, key) != BytesAt(fSides.asOnDisk, fOnDisk, key) &&
+                !MergeChanged(key)) {
+                return false;
+            }
+        }
+        if (fResult.base != nullptr) {
+            RemoveGone();
+            SortDrevixBase(fResult.base.get());
+            fResult.outside.cameIn = true;
+        }
+        return true;
+    }
+    MergeResult Result() { return std::move(fResult); }
+
+  private:
+    std::set<RecordKey> AllKeys() const {
+        std::set<RecordKey> keys;
+        for (const KeyedRecords *records : {&fTheirs, &fOnDisk}) {
+            for (const auto &[key, number] : *records) {
+                keys.insert(key);
+            }
+        }
+        return keys;
+    }
+
+    // A record that the other side has changed.
+    bool MergeChanged(const RecordKey &key) {
+        const AppPrefs *ours = Find(fSides.ours, fOurs, key);
+        const AppPrefs *theirs = Find(fSides.theirsHere, fTheirs, key);
+        if (!IsChangedHere(fSides.before, fSides.ours, fOurs, key)) {
+            fResult.before.erase(key);
+            return Take(key);
+        }
+        if (AreSame(ours, theirs)) {
+            fResult.before.erase(key);
+            return true;
+        }
+        fResult.before[key] = Copy(theirs);
+        const AppPrefs &named = ours != nullptr ? *ours : *theirs; // one of two that differ is there
+        const bool isGlobal = named.application == kGlobalSignature;
+        fResult.outside.conflicts.push_back(
+            {isGlobal ? std::string() : stringWithPascalString(named.appName.data()), Copy(ours),
+             Copy(theirs)});
+        return true;
+    }
+
+    // Makes our record theirs.
+    bool Take(const RecordKey &key) {
+        const auto bytes = BytesAt(fSides.theirsHere, fTheirs, key);
+        if (bytes == BytesAt(fSides.ours, fOurs, key)) {
+            return true;
+        }
+        if (fResult.base == nullptr && (fResult.base = CopyBase(fSides.ours)) == nullptr) {
+            return false;
+        }
+        QBaseHandle base = fResult.base.get();
+        const auto found = fOurs.find(key);
+        if (!bytes) {
+            fGone.push_back(found->second);
+            return true;
+        }
+        const auto length = static_cast<std::int32_t>(bytes->size());
+        const RecordNumber done = found == fOurs.end()
+                                      ? QBaseAddRecord(base, bytes->data(), length)
+                                      : QBaseReplaceRecord(base, found->second, bytes->data(), length);
+        return done != kNoRecord;
+    }
+
+    // Last of all: a base with marked records allows nothing else.
+    void RemoveGone() {
+        for (const RecordNumber number : fGone) {
+            QBaseMarkRecordForRemoval(fResult.base.get(), number);
+        }
+        QBaseRemoveMarkedRecords(fResult.base.get());
+    }
+
+    const MergeSides &fSides;
+    KeyedRecords fOurs;
+    KeyedRecords fTheirs;
+    KeyedRecords fOnDisk;
+    std::vector<RecordNumber> fGone;
+    MergeResult fResult;
+};
+
+// The user fields but for the stamp and the block.
+auto UserFields(QBaseHandle base) {
+    QBaseRect rect = {};
+    QBaseGetUserRect(base, &rect);
+    return std::tuple(QBaseGetUserData(base), QBaseGetUserFlags(base), QBaseGetUserWord(base),
+                      QBaseGetUserMode(base), rect.top, rect.left, rect.bottom, rect.right);
+}
+
+std::string_view UserBlock(QBaseHandle base) {
+    std::uint32_t size = 0;
+    const void *block = QBaseGetUserBlock(base, &size);
+    return {static_cast<const char *>(block), size};
+}
+
+} // namespace
+
+QBaseOwner CopyBase(QBaseHandle base) {
+    QBaseOwner copy = NewDrevixBase();
+    const std::string_view block = UserBlock(base);
+    const bool isDone =
+        copy != nullptr && QBaseDuplicate(base, copy.get()) == noErr &&
+        QBaseSetUserBlock(copy.get(), block.data(), static_cast<std::uint32_t>(block.size())) == noErr;
+    return isDone ? std::move(copy) : nullptr;
+}
+
+bool HaveSameRecords(QBaseHandle a, QBaseHandle b) {
+    const KeyedRecords recordsOfA = RecordsByKey(a);
+    const KeyedRecords recordsOfB = RecordsByKey(b);
+    return recordsOfA.size() == recordsOfB.size() && std::ranges::all_of(recordsOfA, [&](const auto &entry) {
+               return BytesAt(b, recordsOfB, entry.first) == BytesOf(a, entry.second);
+           });
+}
+
+bool IsChangedHere(const RecordsBefore &before, QBaseHandle base, const KeyedRecords &records,
+                   const RecordKey &key) {
+    const auto found = before.find(key);
+    return found != before.end() &&
+           !AreSame(Find(base, records, key), found->second ? &*found->second : nullptr);
+}
+
+std::optional<MergeResult> MergeRecords(const MergeSides &sides) {
+    Merger merger(sides);
+    return merger.Merge() ? std::optional(merger.Result()) : std::nullopt;
+}
+
+bool MergeUserFields(const MergeSides &sides) {
+    const std::uint32_t stamp = std::max(QBaseGetUserLong(sides.ours), QBaseGetUserLong(sides.theirs));
+    const std::string_view block = UserBlock(sides.theirs);
+    if (UserBlock(sides.ours) == UserBlock(sides.asOnDisk) &&
+        QBaseSetUserBlock(sides.ours, block.data(), static_cast<std::uint32_t>(block.size())) != noErr) {
+        return false;
+    }
+    if (UserFields(sides.ours) == UserFields(sides.asOnDisk)) {
+        std::ignore = QBaseDuplicateUserFields(sides.theirs, sides.ours); // both are bases of settings
+    }
+    QBaseSetUserLong(sides.ours, stamp);
+    return true;
+}
+
+} // namespace drevix

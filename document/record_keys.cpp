@@ -1,0 +1,93 @@
+#include "document/record_keys.h"
+
+#include "settings/prefs_list.h"
+
+#include <algorithm>
+#include <tuple>
+
+namespace drevix {
+namespace {
+
+// What a key begins with.
+constexpr char kGlobal = 'g';
+constexpr char kNamed = 'n';
+constexpr char kOther = 'o';
+
+// As PStringCmp counts letters.
+char Folded(char byte) {
+    return byte >= 'A' && byte <= 'Z' ? static_cast<char>(byte - 'A' + 'a') : byte;
+}
+
+// A record on its way to a key. Sorts by name, signature, place.
+struct Entry {
+    std::string name;
+    OSType signature;
+    RecordNumber number;
+    auto operator<=>(const Entry &) const = default;
+};
+
+Entry EntryOf(QBaseHandle base, RecordNumber number) {
+    if (const AppPrefs *record = GetAppPrefs(base, number)) {
+        return {NameInKey(*record), record->application, number};
+    }
+    return {kOther + std::string(BytesOf(base, number)), 0, number};
+}
+
+} // namespace
+
+std::string NameInKey(const AppPrefs &record) {
+    if (record.application == kGlobalSignature) {
+        return {kGlobal};
+    }
+    const Str63 &field = record.appFileName;
+    const auto length = std::min<std::size_t>(field[0], kMaxFileNameLength);
+    std::string name(1, kNamed);
+    name.append(reinterpret_cast<const char *>(field.data()) + 1, length);
+    std::ranges::transform(name, name.begin(), Folded);
+    return name;
+}
+
+RecordKey KeyOfNth(std::string_view name, std::size_t ordinal) {
+    return std::string(name) + '\0' + std::to_string(ordinal);
+}
+
+std::vector<RecordNumber> RecordsAlike(QBaseHandle base, std::string_view name) {
+    std::vector<Entry> entries;
+    for (RecordNumber number = 0; number < QBaseCountRecords(base); ++number) {
+        const AppPrefs *record = GetAppPrefs(base, number);
+        if (record != nullptr && NameInKey(*record) == name) {
+            entries.push_back(EntryOf(base, number));
+        }
+    }
+    std::ranges::sort(entries);
+    std::vector<RecordNumber> numbers;
+    std::ranges::transform(entries, std::back_inserter(numbers), &Entry::number);
+    return numbers;
+}
+
+KeyedRecords RecordsByKey(QBaseHandle base) {
+    std::vector<Entry> entries;
+    for (RecordNumber number = 0; number < QBaseCountRecords(base); ++number) {
+        entries.push_back(EntryOf(base, number));
+    }
+    std::ranges::sort(entries);
+    KeyedRecords records;
+    std::size_t ordinal = 0;
+    for (std::size_t i = 0; i < entries.size(); ++i) {
+        ordinal = i > 0 && entries[i].name == entries[i - 1].name ? ordinal + 1 : 0;
+        records.emplace(KeyOfNth(entries[i].name, ordinal), entries[i].number);
+    }
+    return records;
+}
+
+std::string_view BytesOf(QBaseHandle base, RecordNumber number) {
+    std::int32_t length = 0;
+    const void *bytes = QBaseGetRecord(base, number, &length);
+    return {static_cast<const char *>(bytes), static_cast<std::size_t>(length)};
+}
+
+std::string_view BytesOf(const AppPrefs &record) {
+    return {reinterpret_cast<const char *>(&record), sizeof record};
+}
+
+} // namespace drevix

@@ -1,0 +1,403 @@
+#include "document/settings_document.h"
+
+#include "companion/korvane_sync.h"
+#include "document/merge.h"
+#include "helperlink/driver_messages.h"
+#include "settings/prefs_list.h"
+
+#include <ctime>
+#include <new>
+#include <tuple>
+#include <utility>
+
+namespace drevix {
+namespace {
+
+constexpr std::string_view kLockName = "settings.lock";
+
+// A file system's clock may go in steps as large as this; what is written twice within one may look the same.
+constexpr std::int64_t kClockStep = 3'000'000'000; // nanoseconds
+
+bool IsOld(const FileStamp &stamp) {
+    timespec now{};
+    ::clock_gettime(CLOCK_REALTIME, &now);
+    return stamp == FileStamp{} ||
+           std::int64_t{now.tv_sec} * 1'000'000'000 + now.tv_nsec - stamp.changed > kClockStep;
+}
+
+bool IsMissing(OSErr fileStatus) {
+    return fileStatus == fnfErr || fileStatus == dirNFErr;
+}
+
+// Lets a lock go that was not held before.
+class LockForNow {
+  public:
+    explicit LockForNow(UserLock &lock) : fLock(lock), fWasHeld(lock.IsHeld()) {}
+    LockForNow(const LockForNow &) = delete;
+    LockForNow &operator=(const LockForNow &) = delete;
+    ~LockForNow() {
+        if (!fWasHeld) {
+            fLock.Release();
+        }
+    }
+
+  private:
+    UserLock &fLock;
+    bool fWasHeld;
+};
+
+} // namespace
+
+struct SettingsDocument::Reading {
+    OSErr status = noErr; // noErr: the base holds settings
+    QBaseOwner base;
+    DevicePrefsFile file;
+    FileStamp stamp;
+    bool isSettled = false;
+
+    // Whether what the base holds is the file's.
+    [[nodiscard]] bool IsUsable() const {
+        return status == noErr && file.status == noErr && file.records > 0;
+    }
+    // Why it cannot be known what the file holds; noErr for one that is missing or empty too.
+    [[nodiscard]] OSErr WhyUnknown() const {
+        return status == memFullErr ? memFullErr : IsMissing(file.status) ? noErr : file.status;
+    }
+};
+
+SettingsDocument::SettingsDocument(FSRef resources, std::uint32_t version)
+    : fResources(std::move(resources)), fVersion(version) {}
+
+SettingsDocument::~SettingsDocument() = default;
+
+void SettingsDocument::UseFile(std::string path) {
+    fNamedPath = std::move(path);
+}
+
+void SettingsDocument::UseFileAlone(std::string path) {
+    UseFile(std::move(path));
+    fIsAlone = true;
+}
+
+Ownership SettingsDocument::Owner() const {
+    std::string own;
+    const bool isOwn =
+        !fIsAlone && (!fNamedPath || (FindDevicePrefsPath(&own) == noErr && AreSameFile(*fNamedPath, own)));
+    return isOwn ? Ownership::UsersOwn : Ownership::Named;
+}
+
+// Where the file is may change with the preferences folder, which may be missing at first.
+OSErr SettingsDocument::Locate() {
+    if (fNamedPath) {
+        fPath = *fNamedPath;
+        return noErr;
+    }
+    return FindDevicePrefsPath(&fPath);
+}
+
+OSErr SettingsDocument::MakePlace() {
+    std::int16_t volume = 0;
+    std::int32_t folder = 0;
+    const OSErr status =
+        fNamedPath ? noErr
+                   : FindFolder(kOnSystemDisk, kPreferencesFolderType, kCreateFolder, &volume, &folder);
+    return status == noErr ? Locate() : status;
+}
+
+// The stamp is taken first: a change that comes while the file is read is then seen as one.
+SettingsDocument::Reading SettingsDocument::Read(RefusedFile refused) const {
+    Reading reading;
+    reading.stamp = StampOfFile(fPath);
+    reading.isSettled = IsOld(reading.stamp);
+    reading.base = NewDrevixBase();
+    reading.status = reading.base == nullptr ? memFullErr
+                                             : ReadDevicePrefs(reading.base.get(), fPath, fResources,
+                                                               fVersion, refused, &reading.file);
+    return reading;
+}
+
+OpenResult SettingsDocument::Open(Access access) try {
+    const OSErr found = Locate();
+    Reading reading = Read(access == Access::Change ? RefusedFile::KeepAside : RefusedFile::LeaveAlone);
+    if (found != noErr && !IsMissing(found)) {
+        reading.file.status = found;
+        QBaseSetReadOnly(reading.base.get(), true); // what a save would destroy is not known
+    }
+    OpenResult result = {reading.status, fPath.empty() ? found : reading.file.status};
+    QBaseOwner asOnDisk;
+    if (result.status == noErr && access == Access::Change) {
+        asOnDisk = CopyBase(reading.base.get());
+        result.status = asOnDisk != nullptr ? noErr : memFullErr;
+    }
+    if (result.status != noErr) {
+        if (fBase != nullptr && reading.base != nullptr) {
+            QBaseSetReadOnly(fBase.get(), QBaseGetReadOnly(reading.base.get()));
+        } else if (fBase == nullptr) {
+            fAccess = access;
+            fBase = std::move(reading.base);
+            QBaseEmpty(fBase.get());
+            fAsOnDisk = NewDrevixBase();
+        }
+        return result;
+    }
+    fAccess = access;
+    fHasMore = QBaseGetRecordsChanged(reading.base.get());
+    fBase = std::move(reading.base);
+    fAsOnDisk = std::move(asOnDisk);
+    fMayBeOnDisk = nullptr;
+    fStamp = reading.stamp;
+    fIsSettled = reading.isSettled;
+    fBeforeEdits.clear();
+    TakeCompanionChanges();
+    SortDrevixBase(fBase.get());
+    return result;
+} catch (const std::bad_alloc &) {
+    return {memFullErr, memFullErr};
+}
+
+RecordNumber SettingsDocument::Store(const AppPrefs &record, RecordNumber number) try {
+    const AppPrefs *old = GetAppPrefs(fBase.get(), number);
+    const bool isAdded = old == nullptr || NameInKey(*old) != NameInKey(record);
+    if (old != nullptr) {
+        NoteAlike(*old, false);
+    }
+    if (isAdded) {
+        NoteAlike(record, true);
+    }
+    return StoreAppPrefs(fBase.get(), record, number);
+} catch (const std::bad_alloc &) {
+    return kNoRecord;
+}
+
+bool SettingsDocument::Replace(RecordNumber number, const AppPrefs &record) try {
+    const AppPrefs *old = GetAppPrefs(fBase.get(), number);
+    if (old == nullptr) {
+        return false;
+    }
+    NoteAlike(*old, false);
+    if (NameInKey(*old) != NameInKey(record)) {
+        NoteAlike(record, true);
+    }
+    return QBaseReplaceRecord(fBase.get(), number, &record, sizeof record) != kNoRecord;
+} catch (const std::bad_alloc &) {
+    return false;
+}
+
+bool SettingsDocument::Remove(RecordNumber number) try {
+    const AppPrefs *old = GetAppPrefs(fBase.get(), number);
+    if (old == nullptr) {
+        return false;
+    }
+    NoteAlike(*old, false);
+    QBaseMarkRecordForRemoval(fBase.get(), number);
+    QBaseRemoveMarkedRecords(fBase.get());
+    return true;
+} catch (const std::bad_alloc &) {
+    return false;
+}
+
+// An edit of one of several records alike can change which ordinals the others have, so all are noted. One
+// that was not changed in the end does no harm.
+void SettingsDocument::NoteAlike(const AppPrefs &record, bool isAdded) {
+    const std::string name = NameInKey(record);
+    const std::vector<RecordNumber> alike = RecordsAlike(fBase.get(), name);
+    for (std::size_t i = 0; i < alike.size(); ++i) {
+        fBeforeEdits.try_emplace(KeyOfNth(name, i), *GetAppPrefs(fBase.get(), alike[i]));
+    }
+    if (isAdded) {
+        fBeforeEdits.try_emplace(KeyOfNth(name, alike.size()), std::nullopt);
+    }
+}
+
+// Which of the records alike this one is or was: the one with its signature, else the first.
+std::size_t SettingsDocument::OrdinalOf(const AppPrefs &record,
+                                        const std::vector<RecordNumber> &alike) const {
+    for (std::size_t i = 0; i < alike.size(); ++i) {
+        if (GetAppPrefs(fBase.get(), alike[i])->application == record.application) {
+            return i;
+        }
+    }
+    return 0;
+}
+
+bool SettingsDocument::IsUnsaved(const AppPrefs &record) const try {
+    const std::string name = NameInKey(record);
+    const auto noted = fBeforeEdits.lower_bound(KeyOfNth(name, 0));
+    if (noted == fBeforeEdits.end() || !noted->first.starts_with(name + '\0')) {
+        return false; // the answer for nearly all of a long list
+    }
+    const std::vector<RecordNumber> alike = RecordsAlike(fBase.get(), name);
+    const std::size_t ordinal = OrdinalOf(record, alike);
+    KeyedRecords found;
+    if (!alike.empty()) {
+        found.emplace(KeyOfNth(name, ordinal), alike[ordinal]);
+    }
+    return IsChangedHere(fBeforeEdits, fBase.get(), found, KeyOfNth(name, ordinal));
+} catch (const std::bad_alloc &) {
+    return true; // to be asked for once too often loses nothing
+}
+
+int SettingsDocument::CountUnsaved() const try {
+    if (fBeforeEdits.empty()) {
+        return 0;
+    }
+    const KeyedRecords records = RecordsByKey(fBase.get());
+    int count = 0;
+    for (const auto &[key, before] : fBeforeEdits) {
+        count += IsChangedHere(fBeforeEdits, fBase.get(), records, key) ? 1 : 0;
+    }
+    return count;
+} catch (const std::bad_alloc &) {
+    return static_cast<int>(fBeforeEdits.size());
+}
+
+bool SettingsDocument::IsSaved() const {
+    return !fHasMore && CountUnsaved() == 0;
+}
+
+bool SettingsDocument::IsReadOnly() const {
+    return QBaseGetReadOnly(fBase.get());
+}
+
+bool SettingsDocument::MayHaveChanged() const {
+    return !fIsSettled || QBaseGetReadOnly(fBase.get()) || StampOfFile(fPath) != fStamp;
+}
+
+OutsideChanges SettingsDocument::TakeOutsideChanges() try {
+    OutsideChanges outside;
+    if (fBase == nullptr || fAccess != Access::Change) {
+        return outside;
+    }
+    std::ignore = Locate(); // else it is looked for where it was
+    if (MayHaveChanged()) {
+        Reading theirs = Read(RefusedFile::LeaveAlone);
+        fIsSettled = false; // looked at again, unless its changes are taken now
+        if (theirs.IsUsable()) {
+            std::ignore = Merge(theirs, &outside);
+        }
+    }
+    return outside;
+} catch (const std::bad_alloc &) {
+    return {};
+}
+
+// Takes from a usable file what another program changed. False, with nothing changed, without memory.
+bool SettingsDocument::Merge(Reading &theirs, OutsideChanges *outside) {
+    if (fMayBeOnDisk != nullptr && HaveSameRecords(fMayBeOnDisk.get(), theirs.base.get())) {
+        fAsOnDisk = std::move(fMayBeOnDisk);
+    }
+    QBaseOwner theirsHere;
+    if (Owner() == Ownership::UsersOwn) {
+        theirsHere = CopyBase(theirs.base.get());
+        if (theirsHere == nullptr) {
+            return false;
+        }
+        SyncFromKorvane(theirsHere.get());
+    }
+    MergeSides sides = {fBase.get(), fBeforeEdits, fAsOnDisk.get(), theirs.base.get(),
+                        theirsHere != nullptr ? theirsHere.get() : theirs.base.get()};
+    std::optional<MergeResult> merged = MergeRecords(sides);
+    if (!merged) {
+        return false;
+    }
+    sides.ours = merged->base != nullptr ? merged->base.get() : fBase.get();
+    if (!MergeUserFields(sides)) {
+        return false;
+    }
+    if (merged->base != nullptr) {
+        fBase = std::move(merged->base);
+    }
+    fHasMore = QBaseGetRecordsChanged(theirs.base.get());
+    fAsOnDisk = std::move(theirs.base);
+    fMayBeOnDisk = nullptr;
+    fBeforeEdits = std::move(merged->before);
+    fStamp = theirs.stamp;
+    fIsSettled = theirs.isSettled;
+    QBaseSetReadOnly(fBase.get(), false);
+    *outside = std::move(merged->outside);
+    return true;
+}
+
+void SettingsDocument::TakeCompanionChanges() {
+    if (Owner() == Ownership::UsersOwn) {
+        SyncFromKorvane(fBase.get());
+    }
+}
+
+OSErr SettingsDocument::Lock(std::chrono::milliseconds wait) {
+    return fLock.Acquire(kLockName, wait);
+}
+
+SaveResult SettingsDocument::Save(std::chrono::milliseconds wait) try {
+    SaveResult result;
+    if (fBase == nullptr || fAccess != Access::Change) {
+        result.status = fBase == nullptr ? memFullErr : wrPermErr;
+        return result;
+    }
+    const LockForNow lock(fLock);
+    result.status = Lock(wait);
+    if (result.status == noErr) {
+        result.status = MakePlace();
+    }
+    if (result.status == noErr) {
+        result.status = LookBeforeSave(&result);
+    }
+    if (result.status == noErr) {
+        result.wasTried = true;
+        result.status = Write();
+    }
+    result.replacedDamaged = result.replacedDamaged && result.status == noErr;
+    return result;
+} catch (const std::bad_alloc &) {
+    SaveResult result;
+    result.status = memFullErr;
+    return result;
+}
+
+// Takes what another program has changed, and sees to it that the file may be replaced.
+OSErr SettingsDocument::LookBeforeSave(SaveResult *result) {
+    if (!MayHaveChanged()) {
+        return noErr;
+    }
+    Reading theirs = Read(RefusedFile::LeaveAlone);
+    if (theirs.IsUsable()) {
+        return Merge(theirs, &result->outside) ? noErr : memFullErr;
+    }
+    OSErr status = theirs.WhyUnknown();
+    if (IsDamaged(status)) {
+        status = result->keptAside = KeepRefusedFile(fPath);
+        result->replacedDamaged = theirs.stamp != fStamp; // else told of when it was opened
+    }
+    QBaseSetReadOnly(fBase.get(), status != noErr);
+    return status;
+}
+
+// After a failure the new file may be in place all the same, not flushed to the disk; then it is what this side
+// wrote, and not another program's change.
+OSErr SettingsDocument::Write() {
+    QBaseOwner written = CopyBase(fBase.get());
+    if (written == nullptr) {
+        return memFullErr;
+    }
+    ValidateDevicePrefs(written.get()); // as a reading will have it
+    const bool isOwn = Owner() == Ownership::UsersOwn;
+    if (isOwn) {
+        std::ignore = SyncToKorvane(fBase.get()); // the companion may not be there
+    }
+    const OSErr status = SaveDevicePrefsToPath(fBase.get(), fPath);
+    fIsSettled = false; // what is there now may be another program's already
+    if (status != noErr) {
+        fMayBeOnDisk = std::move(written);
+        return status;
+    }
+    fMayBeOnDisk = nullptr;
+    fAsOnDisk = std::move(written);
+    fBeforeEdits.clear();
+    fHasMore = false;
+    if (isOwn) {
+        std::ignore = RequestDriverPrefsUpdate(kDrevixHelperName.data()); // the helper may not run
+    }
+    return noErr;
+}
+
+} // namespace drevix
