@@ -18,19 +18,18 @@ char Folded(char byte) {
     return byte >= 'A' && byte <= 'Z' ? static_cast<char>(byte - 'A' + 'a') : byte;
 }
 
-// A record on its way to a key. Sorts by name, signature, place.
+// A record on its way to a key. Sorts by name, then place.
 struct Entry {
     std::string name;
-    OSType signature;
     RecordNumber number;
     auto operator<=>(const Entry &) const = default;
 };
 
 Entry EntryOf(QBaseHandle base, RecordNumber number) {
     if (const AppPrefs *record = GetAppPrefs(base, number)) {
-        return {NameInKey(*record), record->application, number};
+        return {NameInKey(*record), number};
     }
-    return {kOther + std::string(BytesOf(base, number)), 0, number};
+    return {kOther + std::string(BytesOf(base, number)), number};
 }
 
 } // namespace
@@ -44,7 +43,7 @@ std::string NameInKey(const AppPrefs &record) {
     std::string name(1, kNamed);
     name.append(reinterpret_cast<const char *>(field.data()) + 1, length);
     std::ranges::transform(name, name.begin(), Folded);
-    return name;
+    return name + '\0' + std::to_string(record.application);
 }
 
 RecordKey KeyOfNth(std::string_view name, std::size_t ordinal) {
@@ -52,16 +51,13 @@ RecordKey KeyOfNth(std::string_view name, std::size_t ordinal) {
 }
 
 std::vector<RecordNumber> RecordsAlike(QBaseHandle base, std::string_view name) {
-    std::vector<Entry> entries;
+    std::vector<RecordNumber> numbers;
     for (RecordNumber number = 0; number < QBaseCountRecords(base); ++number) {
         const AppPrefs *record = GetAppPrefs(base, number);
         if (record != nullptr && NameInKey(*record) == name) {
-            entries.push_back(EntryOf(base, number));
+            numbers.push_back(number);
         }
     }
-    std::ranges::sort(entries);
-    std::vector<RecordNumber> numbers;
-    std::ranges::transform(entries, std::back_inserter(numbers), &Entry::number);
     return numbers;
 }
 

@@ -11,8 +11,8 @@
 
 namespace drevix {
 
-// A global record is known by being one, another by its file name, letter case ignored; of several alike each has
-// an ordinal, by signature and then by place. A record that is no settings is known by its bytes.
+// A global record is known by being one, another by its file name, letter case ignored, and its signature; of
+// several alike each has an ordinal, by place. A record that is no settings is known by its bytes.
 using RecordKey = std::string;
 
 // The part of a key that records alike share, and the key of the n-th of them.

@@ -209,30 +209,25 @@ void SettingsDocument::NoteAlike(const AppPrefs &record, bool isAdded) {
     }
 }
 
-// Which of the records alike this one is or was: the one with its signature, else the first.
-std::size_t SettingsDocument::OrdinalOf(const AppPrefs &record,
-                                        const std::vector<RecordNumber> &alike) const {
-    for (std::size_t i = 0; i < alike.size(); ++i) {
-        if (GetAppPrefs(fBase.get(), alike[i])->application == record.application) {
-            return i;
-        }
-    }
-    return 0;
-}
-
+// Of records alike it cannot be told which one is meant, so one stands for all.
 bool SettingsDocument::IsUnsaved(const AppPrefs &record) const try {
     const std::string name = NameInKey(record);
-    const auto noted = fBeforeEdits.lower_bound(KeyOfNth(name, 0));
-    if (noted == fBeforeEdits.end() || !noted->first.starts_with(name + '\0')) {
+    const auto isOfName = [&](const RecordKey &key) { return key.starts_with(name + '\0'); };
+    auto noted = fBeforeEdits.lower_bound(name);
+    if (noted == fBeforeEdits.end() || !isOfName(noted->first)) {
         return false; // the answer for nearly all of a long list
     }
+    KeyedRecords records;
     const std::vector<RecordNumber> alike = RecordsAlike(fBase.get(), name);
-    const std::size_t ordinal = OrdinalOf(record, alike);
-    KeyedRecords found;
-    if (!alike.empty()) {
-        found.emplace(KeyOfNth(name, ordinal), alike[ordinal]);
+    for (std::size_t i = 0; i < alike.size(); ++i) {
+        records.emplace(KeyOfNth(name, i), alike[i]);
     }
-    return IsChangedHere(fBeforeEdits, fBase.get(), found, KeyOfNth(name, ordinal));
+    for (; noted != fBeforeEdits.end() && isOfName(noted->first); ++noted) {
+        if (IsChangedHere(fBeforeEdits, fBase.get(), records, noted->first)) {
+            return true;
+        }
+    }
+    return false;
 } catch (const std::bad_alloc &) {
     return true; // to be asked for once too often loses nothing
 }

@@ -147,7 +147,6 @@ class SettingsDocument {
     OSErr LookBeforeSave(SaveResult *result);
     OSErr Write();
     void NoteAlike(const AppPrefs &record, bool isAdded);
-    [[nodiscard]] std::size_t OrdinalOf(const AppPrefs &record, const std::vector<RecordNumber> &alike) const;
 
     FSRef fResources;
     std::uint32_t fVersion;

@@ -53,12 +53,18 @@ std::string ActionText(const ActionSlot &slot) {
     return title + DetailText(slot) + RepeatText(slot.delay);
 }
 
-// The record for an application; the global one when it has none, null when that is missing or damaged.
+// Null when it is missing or damaged.
+const AppPrefs *GlobalRecord(QBaseHandle base) {
+    const AppPrefs *first = GetAppPrefs(base, 0);
+    return first != nullptr && first->application == kGlobalSignature ? first : nullptr;
+}
+
+// The record for an application; the global one when it has none.
 const AppPrefs *RecordFor(const std::string &front, QBaseHandle base) {
     Str63 name{};
     getPascalString(front, name.data(), kMaxFileNameLength);
     const RecordNumber number = front.empty() ? kNoRecord : FindAppPrefs(base, name.data());
-    return GetAppPrefs(base, number == kNoRecord ? 0 : number);
+    return number == kNoRecord ? GlobalRecord(base) : GetAppPrefs(base, number);
 }
 
 std::string ControlLines(const AppPrefs &record, const AppPrefs *global) {
@@ -92,7 +98,7 @@ bool DescribeSettings(const std::string &path, const FSRef &resources, const std
                                  : PlainText(stringWithPascalString(record->appFileName.data()));
     *text = "settings for " + name + (record->active != 0 ? ":\n" : ": the device is switched off\n");
     if (record->active != 0) {
-        *text += ControlLines(*record, GetAppPrefs(document.Base(), 0));
+        *text += ControlLines(*record, GlobalRecord(document.Base()));
     }
     return true;
 }

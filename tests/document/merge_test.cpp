@@ -38,8 +38,9 @@ constexpr auto kMerges = std::to_array<MergeRow>({
     {"a=1 b=1 global=1", "a=2 b=2 global=1", "a=3 b=1 global=3", "a=2 b=2 global=3", "a", 2},
     // Several of one name; letter case does not tell names apart.
     {"a/X=1 a/Y=1 global=1", "a/X=2 a/Y=1 global=1", "a/X=1 a/Y=2 global=1", "a/X=2 a/Y=2 global=1", "", 1},
-    {"a/X=1 a/Y=1 global=1", "a/Y=1 global=1", "a/X=1 a/Y=1 b=1 global=1", "a/Y=1 b=1 global=1", "", 2},
+    {"a/X=1 a/Y=1 global=1", "a/Y=1 global=1", "a/X=1 a/Y=1 b=1 global=1", "a/Y=1 b=1 global=1", "", 1},
     {"a/X=1 global=1", "a/X=1 a/Y=1 global=1", "a/X=2 global=1", "a/X=2 a/Y=1 global=1", "", 1},
+    {"a/Y=1 global=1", "a/Y=2 global=1", "a/X=1 a/Y=1 global=1", "a/X=1 a/Y=2 global=1", "", 1},
     {"global=1", "global=1 n=1", "N=2 global=1", "global=1 n=1", "n", 1},
 });
 
