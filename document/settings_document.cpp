@@ -113,6 +113,9 @@ SettingsDocument::Reading SettingsDocument::Read(RefusedFile refused) const {
     reading.status = reading.base == nullptr ? memFullErr
                                              : ReadDevicePrefs(reading.base.get(), fPath, fResources,
                                                                fVersion, refused, &reading.file);
+    if (reading.status == noErr) {
+        reading.status = EnsureGlobalPrefs(reading.base.get(), fResources);
+    }
     return reading;
 }
 
