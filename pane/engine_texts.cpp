@@ -125,7 +125,7 @@ constexpr auto kEngineTexts = std::to_array<const char *>({
     QT_TRANSLATE_NOOP("Engine", "it was cancelled"),
     QT_TRANSLATE_NOOP("Engine", "no settings were found"),
     QT_TRANSLATE_NOOP("Engine", "the program is not running"),
-    QT_TRANSLATE_NOOP("Engine", "it is a folder, not a file"),
+    QT_TRANSLATE_NOOP("Engine", "it is a folder, pipe or device, not a file"),
     QT_TRANSLATE_NOOP("Engine", "an unknown error happened"),
     // What can be wrong with an imported property list.
     QT_TRANSLATE_NOOP("Engine", "it is a binary list of an unknown version"),

@@ -65,6 +65,25 @@ OSErr TransferAll(std::size_t wanted, std::size_t *done, const Transfer &transfe
     return noErr;
 }
 
+// Puts the open descriptor into a free reference if its kind of file will do; else closes it.
+OSErr Adopt(int descriptor, Permission permission, bool (*willDo)(mode_t), FileRef *file) {
+    DiskDescriptor owned(descriptor);
+    struct stat status {};
+    if (CurrentDisk().StatusOf(descriptor, &status) != 0) {
+        return LastError();
+    }
+    if (!willDo(status.st_mode)) {
+        return notAFileErr;
+    }
+    const auto slot = std::ranges::find(gFiles, kNoDescriptor, &OpenedFile::descriptor);
+    if (slot == gFiles.end()) {
+        return tmfoErr;
+    }
+    *slot = {owned.Release(), permission, 0};
+    *file = static_cast<FileRef>(slot - gFiles.begin() + 1);
+    return noErr;
+}
+
 enum class Direction { Read, Write };
 
 OSErr TransferBytes(IOParam *transfer, Direction direction) {
@@ -129,27 +148,16 @@ OSErr OpenFile(const std::string &path, Permission permission, FileRef *file) {
     if (path.find('\0') != std::string::npos) {
         return bdNamErr;
     }
-    const int flags = permission == Permission::ReadWrite ? O_RDWR : O_RDONLY;
-    const int descriptor = CurrentDisk().Open(path.c_str(), flags | O_NOCTTY, 0);
-    return descriptor < 0 ? LastError() : AdoptDescriptor(descriptor, permission, file);
+    // O_NONBLOCK: a pipe would wait for its other end, and a serial line for a carrier.
+    const int flags = (permission == Permission::ReadWrite ? O_RDWR : O_RDONLY) | O_NOCTTY | O_NONBLOCK;
+    const int descriptor = CurrentDisk().Open(path.c_str(), flags, 0);
+    const auto isRegular = [](mode_t mode) { return S_ISREG(mode); };
+    return descriptor < 0 ? LastError() : Adopt(descriptor, permission, isRegular, file);
 }
 
 OSErr AdoptDescriptor(int descriptor, Permission permission, FileRef *file) {
-    DiskDescriptor owned(descriptor);
-    struct stat status {};
-    if (CurrentDisk().StatusOf(descriptor, &status) != 0) {
-        return LastError();
-    }
-    if (S_ISDIR(status.st_mode)) {
-        return notAFileErr;
-    }
-    const auto slot = std::ranges::find(gFiles, kNoDescriptor, &OpenedFile::descriptor);
-    if (slot == gFiles.end()) {
-        return tmfoErr;
-    }
-    *slot = {owned.Release(), permission, 0};
-    *file = static_cast<FileRef>(slot - gFiles.begin() + 1);
-    return noErr;
+    return Adopt(
+        descriptor, permission, [](mode_t mode) { return !S_ISDIR(mode); }, file);
 }
 
 OSErr FSClose(FileRef reference) {

@@ -95,11 +95,12 @@ inline constexpr FolderCreation kCreateFolder = FolderCreation::IfMissing;
 
 // Open files. Every function gives rfNumErr for a reference that is not open.
 
-// Opens the file at a path. noErr, or why not; tmfoErr when all references are taken; notAFileErr for a
-// folder.
+// Opens the regular file at a path. noErr, or why not; tmfoErr when all references are taken; notAFileErr, without
+// waiting, for a folder, pipe, socket or device.
 [[nodiscard]] OSErr OpenFile(const std::string &path, Permission permission, FileRef *file);
 
-// As OpenFile, for an open descriptor, which then belongs to the reference; on failure it is closed.
+// As OpenFile, for an open descriptor of anything but a folder. It then belongs to the reference; on failure it is
+// closed.
 [[nodiscard]] OSErr AdoptDescriptor(int descriptor, Permission permission, FileRef *file);
 
 // Closes the file; the reference is free in every case but rfNumErr.

@@ -18,6 +18,7 @@ constexpr auto kErrnoRows = std::to_array<ErrnoRow>({
     {EBADF, rfNumErr},
     {ENOMEM, memFullErr},
     {EACCES, permErr},
+    {ENXIO, notAFileErr}, // opening a socket or a device without a driver
     {EBUSY, fBsyErr},
     {EEXIST, dupFNErr},
     {ENOTDIR, dirNFErr},
@@ -67,7 +68,7 @@ constexpr auto kTextRows = std::to_array<TextRow>({
     {addResFailed, "a resource could not be added"},
     {mapReadErr, "the file beside it that describes it is damaged"},
     {procNotFound, "the program is not running"},
-    {notAFileErr, "it is a folder, not a file"},
+    {notAFileErr, "it is a folder, pipe or device, not a file"},
     {gestaltUndefSelectorErr, "this system cannot do it"},
     {errAECoercionFail, "a message holds another kind of data"},
     {errAEDescNotFound, "a message holds no data"},

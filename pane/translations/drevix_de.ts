@@ -858,8 +858,8 @@
         <translation>das Programm läuft nicht</translation>
     </message>
     <message>
-        <source>it is a folder, not a file</source>
-        <translation>es ist ein Ordner, keine Datei</translation>
+        <source>it is a folder, pipe or device, not a file</source>
+        <translation>es ist ein Ordner, eine Pipe oder ein Gerät, keine Datei</translation>
     </message>
     <message>
         <source>an unknown error happened</source>

@@ -79,6 +79,9 @@ TEST_F(Commands, Refusals_LeaveTheFileAndSayWhatToDo) {
              {"--prefs /nowhere/x set ringSpeed 1", "no such folder"},
              {"--prefs / list", "it is a folder"},
              {"check /nowhere", "cannot check /nowhere"},
+             {"check /dev/full", "it is a folder, pipe or device"}, // it read 2 GB
+             {"import /dev/full", "it is a folder, pipe or device"},
+             {"--prefs /dev/full list", "it is a folder, pipe or device"},
          }) {
         EXPECT_THAT(Refused(row.line, ExitStatus::Failed), HasSubstr(row.says)) << row.line;
     }

@@ -108,7 +108,11 @@ TEST(OpenFile, WhatCannotBe_HasItsStatus) {
     ScratchFolder scratch;
     FileRef file = 0;
     EXPECT_EQ(OpenFile(scratch.Path("none"), fsRdPerm, &file), fnfErr);
-    EXPECT_EQ(OpenFile(scratch.Path(), fsRdPerm, &file), notAFileErr);
+    // A pipe without a writer was waited for, and /dev/full was read without end.
+    ASSERT_EQ(::mkfifo(scratch.Path("pipe").c_str(), 0600), 0);
+    for (const std::string &path : {scratch.Path(), scratch.Path("pipe"), std::string("/dev/full")}) {
+        EXPECT_EQ(OpenFile(path, fsRdPerm, &file), notAFileErr) << path;
+    }
     EXPECT_EQ(OpenFile(scratch.Path() + std::string("/a\0b", 4), fsRdPerm, &file), bdNamErr);
     test::WriteWhole(scratch.Path("f"), "text");
     ASSERT_EQ(OpenFile(scratch.Path("f"), fsRdPerm, &file), noErr);
