@@ -10,17 +10,17 @@ namespace {
 TEST(DevicesFile, EveryFieldGoesToItsPlace) {
     DeviceList list{};
     std::string problem;
-    ASSERT_TRUE(
-        ParseDevices("# two\n\n version=12.34\tserial=07060504030201 vendor=0x256F product=12 interface=255 "
-                     "vendorName=\"Halcyra Ltd\" productName=Veltrana\r\nproductName=\"\"",
-                     &list, &problem))
+    ASSERT_TRUE(ParseDevices(
+        "# two\n\n version=12.34\tserial=07060504030201 vendor=0x1234 product=22136 interface=255 "
+        "vendorName=\"Halcyra Ltd\" productName=Veltrana\r\nproductName=\"\"",
+        &list, &problem))
         << problem;
     ASSERT_EQ(list.count, 2);
     const ConnectedDevice &device = list.device[0];
     EXPECT_EQ(DeviceVersionText(device.productVers), "12.34");
     EXPECT_EQ(DeviceSerialText(device), "07060504030201");
-    EXPECT_EQ(device.vendorID, 0x256F);
-    EXPECT_EQ(device.productID, 12);
+    EXPECT_EQ(device.vendorID, 0x1234);
+    EXPECT_EQ(device.productID, 0x5678);
     EXPECT_EQ(device.interfaceNum, 255);
     EXPECT_EQ(DeviceNameText(device.vendorName), "Halcyra Ltd");
     EXPECT_EQ(DeviceNameText(device.productName), "Veltrana");

@@ -22,7 +22,7 @@ def code(text):
 
 
 def device_list():
-    device = struct.pack("=3H2BI128s128s8s120s", 0x256F, 1, 0x0105, 0, 0, 0, b"Halcyra", b"Drevix Veltrana",
+    device = struct.pack("=3H2BI128s128s8s120s", 0x1234, 0x5678, 0x0105, 0, 0, 0, b"Halcyra", b"Drevix Veltrana",
                          bytes([1, 1, 2, 3, 4, 5, 6, 7]), b"")
     return struct.pack("=2H2I", 1, 0, 0, 0) + device + bytes(3 * 396)
 
