@@ -41,12 +41,25 @@ void GetKeyCombinationName(std::uint16_t key, std::uint16_t modifiers, StringPtr
 [[nodiscard]] std::string KeystrokeText(std::uint8_t keyCode, std::uint16_t modifiers);
 [[nodiscard]] std::string ModifiersText(std::uint16_t modifiers);
 
+// KeystrokeText for the terminal: a key whose name means another one to a Linux user, or nothing, is followed by its
+// label on a Linux keyboard, as in "cmd+delete (backspace)" and "enter (num+enter)". May throw std::bad_alloc.
+[[nodiscard]] std::string LabelledKeystrokeText(std::uint8_t keyCode, std::uint16_t modifiers);
+
 // Reads a keystroke written as GetKeyCombinationName writes it (UTF-8; modifiers in any order, letter case
-// ignored, also "command", "option", "alt", "control", and "escape", "page up" and the like). Without "num+"
-// a key of the keypad is meant only where no other key has the name. False, with the outputs unchanged, for
-// text that names no key of the layout.
+// ignored), or with the labels of a Linux keyboard ("backspace", "insert", "print", "menu", "page up", ...;
+// "super", "meta", "alt", ...). Without "num+" a key of the keypad is meant only where no other key has the
+// name. False, with the outputs unchanged, for text that names no key of the layout, or may mean two.
 [[nodiscard]] bool ParseKeyCombination(std::string_view text, std::uint8_t *keyCode,
                                        std::uint16_t *modifiers);
+
+// A name that a Linux keyboard has on another key than the system, and what each of the two can be called instead.
+struct AmbiguousKeyName {
+    std::string_view name, ours, onKeyboard;
+};
+// The ambiguous name that the text of a keystroke ends in, null for any other text. Static storage. May throw
+// std::bad_alloc.
+[[nodiscard]] const AmbiguousKeyName *FindAmbiguousKeyName(std::string_view text);
+
 // Reads modifiers alone, with or without a '+' in front: as ModifiersText writes them, or in the other words
 // above. False, with the output unchanged, when a word names no modifier.
 [[nodiscard]] bool ParseModifiers(std::string_view text, std::uint16_t *modifiers);

@@ -22,33 +22,40 @@ constexpr std::uint16_t kKeypad = 1; // no classic modifier has a bit in the low
 constexpr auto kModifierWords = std::to_array<ModifierWord>({
     {"cmd", kCommandModifier},
     {"command", kCommandModifier},
+    {"super", kCommandModifier},
+    {"meta", kCommandModifier},
     {"shift", kShiftModifier},
     {"caps", kCapsLockModifier},
     {"caps lock", kCapsLockModifier},
     {"opt", kOptionModifier},
     {"option", kOptionModifier},
     {"alt", kOptionModifier},
+    {"altgr", kOptionModifier},
     {"ctrl", kControlModifier},
     {"control", kControlModifier},
     {"num", kKeypad},
 });
 
-struct OtherName {
-    std::string_view written;
-    std::string_view name;
+// A key as it is labelled on a Linux keyboard, or in another of its usual spellings.
+struct KeyLabel {
+    std::string_view label;
+    std::uint8_t keyCode;
+    bool isShown = false; // beside the system's own name, which says something else to a Linux user
 };
-constexpr auto kOtherNames = std::to_array<OtherName>({
-    {"escape", "esc"},
-    {"page up", "pg up"},
-    {"pageup", "pg up"},
-    {"pgup", "pg up"},
-    {"page down", "pg dwn"},
-    {"pagedown", "pg dwn"},
-    {"pgdn", "pg dwn"},
-    {"pgdwn", "pg dwn"},
-    {"backspace", "delete"},
-    {"forward delete", "fw del"},
-    {"del", "fw del"},
+constexpr auto kKeyLabels = std::to_array<KeyLabel>({
+    // clang-format off
+    {"backspace", 51, true},    {"num+enter", 76, true},   {"num lock", 71, true},  {"numlock", 71},
+    {"insert", 114, true},      {"ins", 114},              {"menu", 110, true},     {"print", 105, true},
+    {"print screen", 105},      {"prtsc", 105},            {"scroll lock", 107, true}, {"scrolllock", 107},
+    {"pause", 113, true},       {"del", 117},              {"forward delete", 117}, {"escape", 53},
+    {"page up", 116},           {"pageup", 116},           {"pgup", 116},           {"page down", 121},
+    {"pagedown", 121},          {"pgdn", 121},             {"pgdwn", 121},
+    // clang-format on
+});
+
+constexpr auto kAmbiguousKeys = std::to_array<AmbiguousKeyName>({
+    {"delete", "backspace", "fw del"},
+    {"enter", "return", "num+enter"},
 });
 
 std::string_view Trimmed(std::string_view text) {
@@ -78,7 +85,7 @@ std::uint16_t TakeModifiers(std::string_view *text) {
     }
 }
 
-// The name of a key in small letters; empty for one that is known by its number only.
+// The name of a key in Mac OS Roman and small letters; empty for one that is known by its number only.
 std::string NameOf(std::uint8_t keyCode) {
     Str63 name;
     GetKeyName(keyCode, name.data(), 63);
@@ -86,9 +93,15 @@ std::string NameOf(std::uint8_t keyCode) {
     return text.size() > 1 && text[0] == '\\' ? std::string() : WithSmallLetters(text);
 }
 
-std::optional<std::uint8_t> FindKey(const std::string &name, bool onKeypad) {
+std::optional<std::uint8_t> FindKeyByLabel(const std::string &label, bool onKeypad) {
+    const auto *row = std::ranges::find(kKeyLabels, label, &KeyLabel::label);
+    return row == kKeyLabels.end() || (onKeypad && !IsKeypadKey(row->keyCode)) ? std::nullopt
+                                                                               : std::optional(row->keyCode);
+}
+
+std::optional<std::uint8_t> FindKeyByName(const std::string &name, bool onKeypad) {
     constexpr std::uint8_t kEndOfKeys = std::tuple_size_v<decltype(gAsciiTable)>;
-    for (std::uint8_t keyCode = 0; keyCode < kEndOfKeys; ++keyCode) {
+    for (std::uint8_t keyCode = 0; keyCode < kEndOfKeys && !name.empty(); ++keyCode) {
         if (IsKeypadKey(keyCode) == onKeypad && NameOf(keyCode) == name) {
             return keyCode;
         }
@@ -96,29 +109,28 @@ std::optional<std::uint8_t> FindKey(const std::string &name, bool onKeypad) {
     return std::nullopt;
 }
 
-// The key's name in Mac OS Roman and small letters, as NameOf gives it.
-std::string PlainName(std::string_view text) {
-    const std::string name = WithSmallLetters(Trimmed(text));
-    const auto *other = std::ranges::find(kOtherNames, name, &OtherName::written);
-    if (other != kOtherNames.end()) {
-        return std::string(other->name);
-    }
-    return FitsMacRoman(name) ? MacRomanFromUtf8(name) : std::string();
+std::optional<std::uint8_t> FindKey(const std::string &text, bool onKeypad) {
+    const std::string name = FitsMacRoman(text) ? MacRomanFromUtf8(text) : std::string();
+    std::optional<std::uint8_t> key = FindKeyByLabel(text, onKeypad);
+    key = key ? key : FindKeyByName(name, onKeypad);
+    // A key of the keypad need not be named as one where no other has the name, as "+" in many layouts.
+    return key || onKeypad ? key : FindKeyByName(name, true);
 }
 
 } // namespace
 
+const AmbiguousKeyName *FindAmbiguousKeyName(std::string_view text) {
+    const bool saysWhich = (TakeModifiers(&text) & kKeypad) != 0; // as in "num+enter"
+    const auto *row =
+        std::ranges::find(kAmbiguousKeys, WithSmallLetters(Trimmed(text)), &AmbiguousKeyName::name);
+    return row == kAmbiguousKeys.end() || saysWhich ? nullptr : row;
+}
+
 bool ParseKeyCombination(std::string_view text, std::uint8_t *keyCode, std::uint16_t *modifiers) try {
+    const bool isAmbiguous = FindAmbiguousKeyName(text) != nullptr;
     const std::uint16_t found = TakeModifiers(&text);
-    const std::string name = PlainName(text);
-    if (name.empty()) {
-        return false;
-    }
-    std::optional<std::uint8_t> key = FindKey(name, (found & kKeypad) != 0);
-    if (!key && (found & kKeypad) == 0) {
-        key = FindKey(name, true); // as "enter", and "+" in many layouts
-    }
-    if (!key) {
+    const std::optional<std::uint8_t> key = FindKey(WithSmallLetters(Trimmed(text)), (found & kKeypad) != 0);
+    if (!key || isAmbiguous) {
         return false;
     }
     *keyCode = *key;
@@ -126,6 +138,19 @@ bool ParseKeyCombination(std::string_view text, std::uint8_t *keyCode, std::uint
     return true;
 } catch (const std::bad_alloc &) {
     return false;
+}
+
+std::string LabelledKeystrokeText(std::uint8_t keyCode, std::uint16_t modifiers) {
+    const auto *row = std::ranges::find_if(
+        kKeyLabels, [keyCode](const KeyLabel &key) { return key.keyCode == keyCode && key.isShown; });
+    if (row == kKeyLabels.end()) {
+        return KeystrokeText(keyCode, modifiers);
+    }
+    Str63 name;
+    GetKeyName(keyCode, name.data(), 63);
+    const std::string before = ModifiersText(modifiers);
+    return before + (before.empty() ? "" : "+") + stringWithPascalString(name.data()) + " (" +
+           std::string(row->label) + ")";
 }
 
 bool ParseModifiers(std::string_view text, std::uint16_t *modifiers) {

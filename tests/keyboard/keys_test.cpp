@@ -146,11 +146,23 @@ TEST_F(Keys, Texts_AreReadAsPeopleWriteThem) {
         {"escape", 53, 0},
         {"cmd+Page Up", 116, 0x0100},
         {" cmd+space ", 49, 0x0100},
+        // As a Linux keyboard is labelled: "delete" was Backspace, and no other of these was understood.
+        {"ctrl+Backspace", 51, 0x1000},
+        {"super+Insert", 114, 0x0100},
+        {"Meta+help", 114, 0x0100},
+        {"Print", 105, 0},
+        {"F13", 105, 0},
+        {"scroll lock", 107, 0},
+        {"Pause", 113, 0},
+        {"Menu", 110, 0},
+        {"fw del", 117, 0},
+        {"opt+num+enter", 76, 0x0800},
     };
     std::uint8_t keyCode = 0xEE;
     std::uint16_t modifiers = 0xEEEE;
-    for (const char *text : {"", " ", "cmd", "cmd+", "+cmd", "a+b", "cmd+a+", "hyper+a", "ab", "num+a", "f99",
-                             "\\0", "\u20AC", "\xFF", "?", "(none)"}) {
+    for (const char *text :
+         {"", " ", "cmd", "cmd+", "+cmd", "a+b", "cmd+a+", "hyper+a", "ab", "num+a", "f99", "\\0", "\u20AC",
+          "\xFF", "?", "(none)", "ctrl+Delete", "enter", "num+backspace"}) {
         EXPECT_FALSE(ParseKeyCombination(text, &keyCode, &modifiers)) << text;
         EXPECT_TRUE(keyCode == 0xEE && modifiers == 0xEEEE) << text;
     }
@@ -159,9 +171,13 @@ TEST_F(Keys, Texts_AreReadAsPeopleWriteThem) {
         EXPECT_EQ(keyCode, row.keyCode) << row.text;
         EXPECT_EQ(modifiers, row.modifiers) << row.text;
     }
+    EXPECT_EQ(FindAmbiguousKeyName("shift+Delete")->ours, "backspace");
+    EXPECT_EQ(LabelledKeystrokeText(51, 0x0300), "cmd+shift+delete (backspace)");
+    EXPECT_EQ(LabelledKeystrokeText(76, 0), "enter (num+enter)");
+    EXPECT_EQ(LabelledKeystrokeText(87, 0x0100), "cmd+num+5");
 }
 
-// Every key that has a name is found by it again, on the keypad or off it as it was.
+// Every key that has a name is found by it again, on the keypad or off it as it was; but for "delete".
 TEST_F(Keys, NamesOfEveryLayout_LeadBackToTheirKeys) {
     for (const char *layout : {"us", "de", "fr", "ch", "ru", "tr", "cz", "jp", "br"}) {
         gAsciiTable = TableOf(layout);
@@ -173,6 +189,10 @@ TEST_F(Keys, NamesOfEveryLayout_LeadBackToTheirKeys) {
             ++named;
             const Str255 written = CombinationName(keyCode, 0x1F00);
             const std::string text = Utf8FromMacRoman(std::span(written).subspan(1, written[0]));
+            if (FindAmbiguousKeyName(text) != nullptr) {
+                EXPECT_EQ(KeyName(keyCode), "delete") << layout;
+                continue;
+            }
             std::uint8_t found = 0xFF;
             std::uint16_t modifiers = 0;
             ASSERT_TRUE(ParseKeyCombination(text, &found, &modifiers)) << layout << " " << text;
