@@ -12,7 +12,7 @@ namespace drevix {
 namespace {
 
 // clang-format off
-// `drevixctl help actions` explains the words.
+// `drevixctl help actions` explains these.
 constexpr auto kRestrictions = std::to_array<RestrictionInfo>({
     {kNotInGlobalRecord, "notInGlobalRecord",         "not global"},
     {kOneSlotOnly,       "oneControlOnly",            "once"},
@@ -30,15 +30,16 @@ struct RefusalRow {
 constexpr auto kRefusals = std::to_array<RefusalRow>({
     {ActionRefusal::UnknownCommand,    "there is no such action"},
     {ActionRefusal::NoControl,         "there is no such control"},
-    {ActionRefusal::NotInGlobalRecord, "it has no meaning in the global record; name an application with --app"},
-    {ActionRefusal::NotInThisRecord,   "this record's application does not know it"},
+    {ActionRefusal::NotInGlobalRecord, "the global record cannot hold it; name an application with --app"},
+    {ActionRefusal::NotInThisRecord,   "the application does not support it"},
     {ActionRefusal::NotOnThisControl,  "it does not work on this control"},
 });
 // clang-format on
 
-constexpr std::uint16_t kNegativeTag = 0xFFFF; // what `delay` holds for a repeat choice below 0
+constexpr std::uint16_t kHeld =
+    0xFFFF; // the delay of a keystroke whose key stays pressed; of scrolling, ticks
 
-// Where the slot's item is, and when it is no more there.
+// The path of the slot's item, marked when it no longer exists.
 std::string ItemName(const Str31 &stored) {
     const DrevixItem item = ResolveDrevixItem(stored);
     if (!item.path.empty()) {
@@ -49,9 +50,10 @@ std::string ItemName(const Str31 &stored) {
     return stringWithPascalString(name.data()) + " (gone)";
 }
 
-std::string MainDetail(const ActionSlot &slot, const MenuTitles &titles) {
+std::string MainDetail(const ActionSlot &slot, const MenuTitles &titles, KeyNames names) {
     if (slot.command == kActionKeystroke) {
-        return KeystrokeText(slot.keyCode, slot.modifiers);
+        return names == KeyNames::Own ? KeystrokeText(slot.keyCode, slot.modifiers)
+                                      : LabelledKeystrokeText(slot.keyCode, slot.modifiers);
     }
     if (slot.command == kActionToolMenu) {
         const std::string *title = titles.Find(slot.crc); // a record holds none
@@ -72,10 +74,11 @@ std::string ActionTitle(ActionCommand code) {
     return action != nullptr ? std::string(action->title) : "Action " + std::to_string(code);
 }
 
-std::string ActionDetails(const ActionSlot &slot, const MenuTitles &titles) {
-    std::string details = MainDetail(slot, titles);
+std::string ActionDetails(const ActionSlot &slot, const MenuTitles &titles, KeyNames names) {
+    std::string details = MainDetail(slot, titles, names);
     if (slot.delay != 0) {
-        const std::string repeat = slot.delay == kNegativeTag ? "-1" : std::to_string(slot.delay);
+        const bool isHeld = slot.command == kActionKeystroke && slot.delay == kHeld;
+        const std::string repeat = isHeld ? "-1" : std::to_string(slot.delay);
         details += (details.empty() ? "repeat " : ", repeat ") + repeat;
     }
     return details;

@@ -1,4 +1,4 @@
-// Actions in words, to a person and from one.
+// Names of actions: shown to people, and looked up when they type them.
 #pragma once
 
 #include "cli/menu_titles.h"
@@ -13,13 +13,15 @@
 
 namespace drevix {
 
-// "Scroll up"; "Action 50" for a code that is in no table.
+// "Scroll up"; "Action 50" for an unknown code.
 [[nodiscard]] std::string ActionTitle(ActionCommand code);
-// What else a slot says beside its command: the keystroke, modifiers, the item to open, the companion's menu
-// entry by its title if it is among `titles`, the repeat choice.
-[[nodiscard]] std::string ActionDetails(const ActionSlot &slot, const MenuTitles &titles);
+// What a slot holds besides its command: the keystroke, modifiers, the item to open, the companion's menu entry
+// (by title if it is among `titles`), the repeat choice. JSON has the system's own names of keys alone.
+enum class KeyNames { Own, Labelled };
+[[nodiscard]] std::string ActionDetails(const ActionSlot &slot, const MenuTitles &titles,
+                                        KeyNames names = KeyNames::Labelled);
 
-// A place where an action may stand.
+// A restriction on where an action can be assigned.
 struct RestrictionInfo {
     std::uint8_t bit;         // of ActionInfo::restrictions
     std::string_view key;     // in JSON
@@ -27,8 +29,8 @@ struct RestrictionInfo {
 };
 [[nodiscard]] std::vector<const RestrictionInfo *> RestrictionsOf(const ActionInfo &action);
 
-// The action with this title, or whose title alone begins so; letter case ignored. Null when there is none,
-// or when more than one title begins so; *several, if given, is set to true then.
+// The action with this title, or the only one whose title begins with it; case is ignored. Null when there is
+// none, or more than one; *several, if given, is then set to true.
 enum class TitleMatch { Whole, Beginning };
 [[nodiscard]] const ActionInfo *FindActionByTitle(std::string_view title, TitleMatch match,
                                                   bool *several = nullptr);

@@ -20,7 +20,7 @@ namespace {
 
 constexpr std::string_view kUnchanged = "nothing was changed";
 
-// An action as it is to stand in a slot.
+// The action to put into a slot.
 struct Choice {
     ActionCommand command = kActionNone;
     std::uint16_t modifiers = 0;
@@ -31,42 +31,58 @@ struct Choice {
 };
 
 Outcome ParseNone(const std::string &rest, Choice * /*choice*/) {
-    return rest.empty() ? Done() : WrongUsage("none stands alone");
+    return rest.empty() ? Done() : WrongUsage("none takes nothing after it");
 }
 
 Outcome ParseKeystroke(const std::string &rest, Choice *choice) {
     choice->command = kActionKeystroke;
     GetKeyboardInformation();
-    return ParseKeyCombination(rest, &choice->keyCode, &choice->modifiers)
-               ? Done()
-               : WrongUsage(QuotedText(rest) +
-                            " is no keystroke on this keyboard; write it like cmd+shift+s");
+    if (ParseKeyCombination(rest, &choice->keyCode, &choice->modifiers)) {
+        return Done();
+    }
+    if (const AmbiguousKeyName *key = FindAmbiguousKeyName(rest)) {
+        return WrongUsage(QuotedText(key->name) + " could be two keys; write " + std::string(key->ours) +
+                          " or " + std::string(key->onKeyboard));
+    }
+    return WrongUsage(QuotedText(rest) + " is not a key of this keyboard layout; write it like cmd+shift+s");
 }
 
 Outcome ParseMenu(const std::string &rest, Choice *choice) {
     choice->command = kActionToolMenu;
     choice->menuTitle = rest;
-    return rest.empty() ? WrongUsage("menu needs the title of an entry") : Done();
+    return Done();
 }
 
 Outcome ParseOpen(const std::string &rest, Choice *choice) {
     choice->command = kActionOpenItem;
     choice->itemPath = rest;
-    return rest.empty() ? WrongUsage("open needs a path") : Done();
+    return Done();
 }
 
-// The words that begin an action with a parameter of its own.
+// The words that begin an action with a parameter.
 struct ActionKeyword {
     std::string_view word;
-    ActionCommand command; // that must not be chosen without the word
+    std::string_view parameter;
+    ActionCommand command; // can be chosen with this word only
     Outcome (*parse)(const std::string &rest, Choice *choice);
 };
 constexpr auto kKeywords = std::to_array<ActionKeyword>({
-    {"none", kActionNone, ParseNone},
-    {"keystroke", kActionKeystroke, ParseKeystroke},
-    {"menu", kActionToolMenu, ParseMenu},
-    {"open", kActionOpenItem, ParseOpen},
+    {"none", "", kActionNone, ParseNone},
+    {"keystroke", "KEY", kActionKeystroke, ParseKeystroke},
+    {"menu", "TITLE", kActionToolMenu, ParseMenu},
+    {"open", "PATH", kActionOpenItem, ParseOpen},
 });
+
+Outcome NeedsParameter(const ActionKeyword &keyword) {
+    std::string message =
+        "incomplete action: write " + std::string(keyword.word) + " " + std::string(keyword.parameter);
+    // "open" is also the name of a shortcut.
+    if (const ActionInfo *action = FindActionByTitle(keyword.word, TitleMatch::Whole);
+        action != nullptr && action->code != keyword.command) {
+        message += ", or " + std::to_string(action->code) + " for the action " + QuotedText(action->title);
+    }
+    return WrongUsage(std::move(message));
+}
 
 std::string Joined(std::span<const std::string> words) {
     std::string text;
@@ -76,13 +92,13 @@ std::string Joined(std::span<const std::string> words) {
     return text;
 }
 
-// Takes the words at the end that begin with '+' ("+shift") off the others.
+// Removes the modifiers ("+shift") from the end of the words.
 Outcome TakeModifiers(std::span<const std::string> *words, std::uint16_t *modifiers) {
     while (words->size() > 1 && words->back().starts_with('+')) {
         std::uint16_t more = 0;
         if (!ParseModifiers(words->back(), &more)) {
-            return WrongUsage(QuotedText(words->back()) +
-                              " names no modifier: cmd, shift, caps, opt or ctrl");
+            return WrongUsage("unknown modifier " + QuotedText(words->back()) +
+                              "; use cmd, shift, caps, opt or ctrl");
         }
         *modifiers |= more;
         *words = words->first(words->size() - 1);
@@ -107,12 +123,12 @@ Outcome ParseNamedAction(std::span<const std::string> words, Choice *choice) {
     action = action != nullptr ? action : FindActionByNumber(name);
     action = action != nullptr ? action : FindActionByTitle(name, TitleMatch::Beginning, &several);
     if (action == nullptr) {
-        return WrongUsage((several ? "several actions begin with " : "there is no action ") +
-                          QuotedText(name) + "; 'drevixctl actions' lists all");
+        return WrongUsage((several ? "several actions begin with " : "unknown action ") + QuotedText(name) +
+                          "; 'drevixctl actions' lists them all");
     }
     const auto *keyword = std::ranges::find(kKeywords, action->code, &ActionKeyword::command);
     if (keyword != kKeywords.end() && action->code != kActionNone) {
-        return WrongUsage("say which: " + std::string(keyword->word) + " ...");
+        return NeedsParameter(*keyword);
     }
     if (choice->modifiers != 0 && action->group != ActionGroup::ActionScroll) {
         return WrongUsage("only scrolling takes modifiers");
@@ -123,9 +139,16 @@ Outcome ParseNamedAction(std::span<const std::string> words, Choice *choice) {
 
 Outcome ParseAction(std::span<const std::string> words, Choice *choice) {
     const auto *keyword = std::ranges::find(kKeywords, words[0], &ActionKeyword::word);
-    const bool hasTitle = FindActionByTitle(Joined(words), TitleMatch::Whole) != nullptr; // "Open mail"
-    return keyword == kKeywords.end() || hasTitle ? ParseNamedAction(words, choice)
-                                                  : keyword->parse(Joined(words.subspan(1)), choice);
+    const std::string name = Joined(words);
+    const ActionInfo *named = FindActionByTitle(name, TitleMatch::Whole);
+    // "open mail" is an action, but "open" alone is none: only "Open", just as it is listed.
+    const bool isNamed = named != nullptr && (name != words[0] || name == named->title);
+    if (keyword == kKeywords.end() || isNamed) {
+        return ParseNamedAction(words, choice);
+    }
+    const std::string rest = Joined(words.subspan(1));
+    return rest.empty() && !keyword->parameter.empty() ? NeedsParameter(*keyword)
+                                                       : keyword->parse(rest, choice);
 }
 
 // The delay that --repeat gives, in ticks. The tuner repeats by being turned.
@@ -140,20 +163,20 @@ Outcome ParseRepeat(const std::string &text, const ControlSlot &control, Choice 
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), ticks);
     const bool isNumber = error == std::errc() && end == text.data() + text.size();
     if (!isNumber || ticks > kMostTicks || ticks < (isKeystroke ? -1 : 0)) {
-        return WrongUsage("--repeat is a number from 0 to 65534, or -1 for a keystroke, not " +
+        return WrongUsage("--repeat must be a number from 0 to 65534, or -1 for a keystroke, not " +
                           QuotedText(text));
     }
     choice->delay = static_cast<std::uint16_t>(ticks);
     return Done();
 }
 
-// The CRC of the entry that is meant. Where the companion has no file for the application, as on a machine
-// without it, any title is taken as it is written.
+// The CRC of the named entry. Where the companion has no file for the application, as on a machine without it,
+// any title is accepted.
 Outcome FindMenuEntry(const std::string &title, const MenuTitles &titles, std::uint32_t *crc) {
     const std::string *found = titles.Find(title);
     if (found == nullptr && titles.HasFile()) {
         return Failed("the companion dial has no menu entry " + QuotedText(title) +
-                      " here; nothing was changed; 'drevixctl menu' lists those it has");
+                      " for this application; nothing was changed; 'drevixctl menu' lists its entries");
     }
     *crc = KorvaneStringCRC(found != nullptr ? *found : title);
     return Done();
@@ -183,25 +206,24 @@ Outcome ApplyChoice(const ControlSlot &control, const Choice &choice, const Menu
     return Done();
 }
 
-// Makes the alias file by which the slot refers to the item. The folder of alias files goes with the user's
-// own settings: those of another file would lose theirs when the panel next tidies it.
+// Makes the alias file through which the slot refers to the item. The panel cleans up the items folder by the
+// user's own settings, so the items of any other settings file would be lost.
 Outcome StoreItem(const Session &session, const std::string &path, ActionSlot &slot) {
     if (!session.IsUsersOwn()) {
-        return Failed("cannot assign opening " + QuotedText(path) +
-                      " in these settings; nothing was changed; leave out --prefs");
+        return Failed("cannot assign open " + path +
+                      ": only your own settings can hold it; nothing was changed; leave out --prefs");
     }
     OSErr status =
         FindDrevixItemsFolder(kDrevixItemsFolderName.data(), kCreateFolder, nullptr, nullptr, nullptr);
     if (status != noErr) {
-        return FailedFile("cannot use the folder of items to open,", "com.halcyra.drevix.stuff", status,
-                          kUnchanged);
+        return FailedFile("cannot use the items folder", "com.halcyra.drevix.stuff", status, kUnchanged);
     }
     status = MakeDrevixItem(path, &slot.data);
-    return status == noErr ? Done() : FailedFile("cannot assign opening", path, status, kUnchanged);
+    return status == noErr ? Done() : FailedFile("cannot assign open", path, status, kUnchanged);
 }
 
-// Whether the companion's file says the same of a button: if it could not be written, what it says takes the
-// entry from the button again when the settings are next read.
+// Checks that the companion's file has the entry too. If the file could not be written, its old contents will
+// undo the assignment when the settings are next read.
 Outcome CheckMenuEntry(const Session &session, const ControlSlot &control, std::uint32_t crc) {
     SyncFromKorvane(session.Base());
     RecordNumber number = kNoRecord;
@@ -210,10 +232,9 @@ Outcome CheckMenuEntry(const Session &session, const ControlSlot &control, std::
     const ActionSlot &slot = record.device[0].action[control.slot];
     if (outcome.IsDone() && (slot.command != kActionToolMenu || slot.crc != crc)) {
         const auto folder = FindKorvaneName(record.application, record.appFileName.data());
-        return Failed(
-            "cannot write " + FindKorvaneFileForApp(folder.value_or("")) +
-            "; the settings have the entry, but lose it when they are next read; make the file writable "
-            "and assign it again");
+        return Failed("cannot write " + FindKorvaneFileForApp(folder.value_or("")) +
+                      "; the entry is saved, but will be lost when the settings are next read; make the file "
+                      "writable and assign it again");
     }
     return outcome;
 }
@@ -228,15 +249,15 @@ PropertyListDictionary AssignmentEntry(const ControlSlot &control, const ActionS
     return entry;
 }
 
-// Prints the control that was meant, and those whose commands changed with it.
+// Prints the assigned control, and those whose commands changed with it.
 void SayAssignments(const Request &request, const ControlSlot &chosen, const AppPrefs &before,
                     const AppPrefs &after, const MenuTitles &titles) {
     PropertyListArray entries;
     const auto say = [&](const ControlSlot &control) {
         const ActionSlot &slot = after.device[0].action[control.slot];
-        const std::string details = ActionDetails(slot, titles);
-        entries.emplace_back(AssignmentEntry(control, slot, details));
+        entries.emplace_back(AssignmentEntry(control, slot, ActionDetails(slot, titles, KeyNames::Own)));
         if (!request.line.json) {
+            const std::string details = ActionDetails(slot, titles);
             request.Out() << control.key << ": " << ActionTitle(slot.command) << (details.empty() ? "" : " ")
                           << PlainText(details) << "\n";
         }
@@ -258,8 +279,8 @@ void SayAssignments(const Request &request, const ControlSlot &chosen, const App
 Outcome AssignAction(const Request &request) {
     const ControlSlot *control = FindControlSlot(request.arguments[0]);
     if (control == nullptr) {
-        return WrongUsage("there is no control " + QuotedText(request.arguments[0]) +
-                          "; 'drevixctl help assign' names them");
+        return WrongUsage("unknown control " + QuotedText(request.arguments[0]) +
+                          "; 'drevixctl help assign' lists them");
     }
     Choice choice;
     Outcome outcome = ParseAction(request.arguments.subspan(1), &choice);

@@ -58,11 +58,11 @@ void SayFindings(const Request &request, const std::string &path, const FileFind
     }
 }
 
-// A stamp of the panel before this one: what was lost of the factory's records comes back with the next read,
-// and repairs that are for old files only leave these records alone.
+// The stamp of the version before this one: the next read then restores the factory records that were lost,
+// without the repairs that are meant for much older files.
 constexpr std::uint32_t kStampAfterLoss = kPanelVersion - 1;
 
-// Fills the base with the whole records among the bytes, and with the file's user part where its head can be
+// Fills the base with the intact records among the bytes, and with the file's user part if its header can be
 // read.
 OSErr Salvage(QBaseHandle base, const std::string &path, const std::string &bytes, std::int32_t announced) {
     OwnedFile file;
@@ -125,8 +125,8 @@ Outcome CheckSettingsFile(const Request &request) {
     SayFindings(request, path, findings);
     return findings.status == noErr
                ? Done()
-               : Failed(path + " is damaged and was not changed; 'drevixctl recover' saves the "
-                               "records that are whole");
+               : Failed(path + " is damaged; it was not changed; 'drevixctl recover' saves the "
+                               "intact records");
 }
 
 Outcome RecoverSettingsFile(const Request &request) {
@@ -134,7 +134,7 @@ Outcome RecoverSettingsFile(const Request &request) {
     const std::string &to = *request.line.to;
     if (Exists(to)) {
         return Failed("cannot recover to " + to +
-                      ": it exists already; nothing was changed; name another file");
+                      ": it already exists; nothing was changed; name another file");
     }
     std::string bytes;
     const QBaseOwner base = NewDrevixBase();
@@ -148,7 +148,7 @@ Outcome RecoverSettingsFile(const Request &request) {
     }
     const std::int32_t saved = QBaseCountRecords(base.get());
     if (saved == 0) {
-        return Failed("cannot recover " + path + ": it has no record that is whole; nothing was written");
+        return Failed("cannot recover " + path + ": it has no intact record; nothing was written");
     }
     if (const OSErr written = SaveDevicePrefsToPath(base.get(), to); written != noErr) {
         return FailedNewFile(to, written, "nothing was written");

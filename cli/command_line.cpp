@@ -10,13 +10,13 @@ using Line = CommandLine;
 
 // clang-format off
 constexpr auto kOptions = std::to_array<OptionInfo>({
-    {"--app",     "APP",  kAppOption,     "the record of this file name, letter case ignored", nullptr, &Line::app},
+    {"--app",     "APP",  kAppOption,     "a record, by file name, NAME:SIGNATURE or number", nullptr, &Line::app},
     {"--all",     "",     kAllOption,     "every record",                                      &Line::all, nullptr},
-    {"--replace", "",     kReplaceOption, "take the place of records that exist",              &Line::replace, nullptr},
-    {"--repeat",  "TICKS", kRepeatOption, "repeat while held, every TICKS/60 second; 0: once", nullptr, &Line::repeat},
-    {"--to",      "FILE", kToOption,      "the file to write, which must not exist",           nullptr, &Line::to},
+    {"--replace", "",     kReplaceOption, "replace existing records",              &Line::replace, nullptr},
+    {"--repeat",  "TICKS", kRepeatOption, "repeat every TICKS/60 second while held; 0: once", nullptr, &Line::repeat},
+    {"--to",      "FILE", kToOption,      "the file to write; it must not exist yet",           nullptr, &Line::to},
     {"--json",    "",     0,              "print JSON for other programs to read",             &Line::json, nullptr},
-    {"--prefs",   "FILE", 0,              "work on this settings file instead of the user's",  nullptr, &Line::prefs},
+    {"--prefs",   "FILE", 0,              "use this settings file instead of your own",  nullptr, &Line::prefs},
     {"--help",    "",     0,              "print help",                                        &Line::help, nullptr},
     {"--version", "",     0,              "print the version",                                 &Line::version, nullptr},
 });
@@ -30,14 +30,14 @@ Outcome NeedsValue(const OptionInfo &option) {
     return WrongUsage(std::string(option.name) + " needs a value: " + std::string(option.value));
 }
 
-// Reads the option at `i`, with its value there behind '=' or in the next argument; `i` ends at the last one
+// Parses the option at `i`, whose value follows '=' or is the next argument. `i` ends at the last argument
 // used.
 Outcome ParseOption(std::span<const std::string> arguments, std::size_t &i, CommandLine *line) {
     const std::string_view argument = arguments[i] == "-h" ? std::string_view("--help") : arguments[i];
     const std::size_t equals = argument.find('=');
     const OptionInfo *option = FindOption(argument.substr(0, equals));
     if (option == nullptr) {
-        return WrongUsage("there is no option " + QuotedText(argument.substr(0, equals)));
+        return WrongUsage("unknown option " + QuotedText(argument.substr(0, equals)));
     }
     line->given |= option->bit;
     if (option->flag != nullptr) {
@@ -48,7 +48,7 @@ Outcome ParseOption(std::span<const std::string> arguments, std::size_t &i, Comm
         return NeedsValue(*option);
     }
     const std::string value(equals == argument.npos ? arguments[i] : argument.substr(equals + 1));
-    // A record may be without a name, but no file is: a script's variable was not set.
+    // A record may have an empty name, a file may not: a script's variable was not set.
     if (value.empty() && option->value == "FILE") {
         return NeedsValue(*option);
     }

@@ -1,4 +1,4 @@
-// A command line taken apart.
+// A parsed command line.
 #pragma once
 
 #include "cli/outcome.h"
@@ -12,7 +12,7 @@
 
 namespace drevix {
 
-// The options that some commands take and others refuse; bits of Command::options.
+// The options that only some commands take; bits of Command::options.
 using OptionSet = std::uint8_t;
 inline constexpr OptionSet kAppOption = 0x01;
 inline constexpr OptionSet kAllOption = 0x02;
@@ -20,7 +20,7 @@ inline constexpr OptionSet kReplaceOption = 0x04;
 inline constexpr OptionSet kToOption = 0x08;
 inline constexpr OptionSet kRepeatOption = 0x10;
 
-// A command line: options, which may stand anywhere before "--", and the other words in order.
+// A command line: options, which may appear anywhere before "--", and the other words in order.
 struct CommandLine {
     std::vector<std::string> words; // the command's name first
     bool json = false;
@@ -29,10 +29,10 @@ struct CommandLine {
     bool all = false;
     bool replace = false;
     std::optional<std::string> prefs; // the settings file; absent: the user's
-    std::optional<std::string> app;   // a record's file name; absent: the global record
+    std::optional<std::string> app;   // a record, as Session::Find takes it; absent: the global record
     std::optional<std::string> to;
     std::optional<std::string> repeat;
-    OptionSet given = 0; // those of the options above that were there
+    OptionSet given = 0; // which of the options above were given
 };
 
 // One option.
@@ -50,8 +50,8 @@ struct OptionInfo {
 // The option of that name, null if there is none.
 [[nodiscard]] const OptionInfo *FindOption(std::string_view name);
 
-// Takes the arguments, without the program's name, apart. WrongUsage for an unknown option, a missing value,
-// an empty one where a file is meant, or one that is not wanted. Of an option given twice the last counts.
+// Parses the arguments, without the program's name. WrongUsage for an unknown option, a missing value, an empty
+// file name, or a value that the option does not take. The last of repeated options counts.
 Outcome ParseCommandLine(std::span<const std::string> arguments, CommandLine *line);
 
 } // namespace drevix

@@ -12,33 +12,36 @@ using enum ArgumentKind;
 constexpr auto kCommands = std::to_array<Command>({
     {"list", "", "show all records",
      "Shows the records in the order of the panel's list: the global record, those\n"
-     "that came with the panel, your own.\n",
+     "that came with the panel, and your own. --app takes their file names (case is\n"
+     "ignored); where two have the same, NAME:SIGNATURE or the number.\n",
      0, 0, 0, 0, {None, None}, ListRecords},
     {"show", "", "show one record",
-     "Shows what the controls of the device do in one application, or, without --app,\n"
-     "what the global record says. With --json it prints the record as an export has\n"
-     "it.\n",
+     "Shows what the controls do in one application or, without --app, in the global\n"
+     "record. With --json, prints the record as export writes it.\n",
      0, 0, kAppOption, 0, {None, None}, ShowRecord},
     {"assign", "CONTROL ACTION", "choose what a control does",
      "CONTROL is ringLeft, ringRight, ringUp, ringDown, ringXYRest, ringCCW, ringCW,\n"
      "ringZRest, tunerCCW, tunerCW, buttonV, buttonP, buttonI, buttonII or buttonIII.\n"
      "ACTION is one of:\n"
      "  none                     nothing\n"
-     "  keystroke cmd+shift+s    a key with modifiers: cmd, shift, caps, opt, ctrl\n"
+     "  keystroke cmd+shift+s    a key with modifiers: cmd (or super), shift, caps,\n"
+     "                           opt (or alt), ctrl\n"
      "  scroll up +shift         scrolling, with modifiers held if any are named\n"
      "  menu TITLE               an entry of the companion dial's menu\n"
      "  a name or number         as 'drevixctl actions' lists them; the beginning of a\n"
-     "                           name will do where only one action begins like that\n"
+     "                           name is enough if it is unique\n"
      "  open PATH                a file, folder, application or disk\n"
-     "Commands that change with it on other controls are shown too. --repeat is for\n"
-     "keystrokes and scrolling on the ring and the buttons; -1 keeps a key pressed.\n",
+     "Other controls whose actions change too are shown. --repeat is for keystrokes\n"
+     "and scrolling on the ring and the buttons; -1 keeps a key pressed.\n"
+     "Write backspace or 'fw del', not delete; return or num+enter, not enter: a\n"
+     "Linux keyboard has these names on other keys than the settings do.\n",
      2, kAnyNumber, kAppOption | kRepeatOption, 0, {Control, Action}, AssignAction},
     {"set", "KEY VALUE", "change a value",
-     "KEY is one of: configName (the name that is shown); active, clickEnabled (true\n"
+     "KEY is one of: configName (the name shown); active, clickEnabled (true\n"
      "or false); ringSensitivity, ringSpeed, tunerSensitivity (0 to 255);\n"
      "ringSensitivitySeparate, ringSpeedSeparate (true or false; both change\n"
      "together); ringSensitivityX, ringSensitivityY, ringSensitivityZ, ringSpeedX,\n"
-     "ringSpeedY, ringSpeedZ (0 to 255, in force while the axes are separate).\n",
+     "ringSpeedY, ringSpeedZ (0 to 255; used while the axes are separate).\n",
      2, 2, kAppOption, 0, {Key, Value}, SetValue},
     {"add", "PATH", "add a record for an application",
      "PATH is an \".app\" folder, a desktop entry, or a program. The new record starts\n"
@@ -46,20 +49,19 @@ constexpr auto kCommands = std::to_array<Command>({
      1, 1, 0, 0, {File, None}, AddApplication},
     {"delete", "", "delete an application's record",
      "Records that came with the panel cannot be deleted; 'drevixctl set active false'\n"
-     "switches the device off in their application.\n",
+     "turns the device off in their application.\n",
      0, 0, kAppOption, kAppOption, {None, None}, DeleteApplication},
-    {"defaults", "ring|tuner|buttons", "restore factory values",
-     "Restores what the panel came with: the ring's actions, sensitivities and speeds;\n"
-     "the tuner's actions and sensitivity and the click sound; or the buttons'\n"
-     "actions.\n",
+    {"defaults", "ring|tuner|buttons", "restore factory defaults",
+     "Restores the factory defaults of the ring: actions, sensitivities and speeds;\n"
+     "of the tuner: actions, sensitivity and click sound; or of the buttons: actions.\n",
      1, 1, kAppOption, 0, {Group, None}, RestoreDefaults},
     {"export", "FILE", "write records to a property list",
      "Writes the global record, the record that --app names, or with --all every\n"
-     "record.\n",
+     "record. FILE - is standard output.\n",
      1, 1, kAppOption | kAllOption, 0, {File, None}, ExportRecords},
     {"import", "FILE", "read records from a property list",
-     "Adds the records of an export. A record that exists already is left as it is and\n"
-     "named, unless --replace is given. A damaged file changes nothing.\n",
+     "Adds the records of an exported file. Existing records are left unchanged and\n"
+     "listed, unless --replace is given. A damaged file changes nothing.\n",
      1, 1, kReplaceOption, 0, {File, None}, ImportRecords},
     {"actions", "", "list every action",
      "Lists the actions by code: name, group, and restrictions:\n"
@@ -71,21 +73,20 @@ constexpr auto kCommands = std::to_array<Command>({
      "  tuner, no tuner  on the tuner only, not on the tuner\n",
      0, 0, 0, 0, {None, None}, ListActions},
     {"menu", "", "list the companion dial's menu entries",
-     "Lists the entries that 'drevixctl assign buttonI menu TITLE' knows for one\n"
-     "application, or, without --app, for every application, and which of buttons I,\n"
+     "Lists the entries that 'drevixctl assign buttonI menu TITLE' accepts for one\n"
+     "application or, without --app, for every application, and which of buttons I,\n"
      "II and III runs each.\n",
      0, 0, kAppOption, 0, {None, None}, ListMenu},
-    {"check", "[FILE]", "say what is wrong with a settings file",
-     "Looks through FILE, or your settings file, and changes nothing. The exit status\n"
-     "is 1 when the file is damaged.\n",
+    {"check", "[FILE]", "check a settings file for damage",
+     "Checks FILE, or your settings file, without changing it. The exit status is 1 if\n"
+     "the file is damaged.\n",
      0, 1, 0, 0, {File, None}, CheckSettingsFile},
-    {"recover", "FILE", "save what a damaged settings file still holds",
-     "Reads the records that are whole and writes them to a new file. FILE stays as it\n"
-     "is.\n",
+    {"recover", "FILE", "save the intact records of a damaged settings file",
+     "Copies the intact records to a new file. FILE is not changed.\n",
      1, 1, kToOption, kToOption, {File, None}, RecoverSettingsFile},
     {"devices", "", "show the connected devices",
-     "Asks the device helper which devices are connected, and waits two seconds for\n"
-     "its answer.\n",
+     "Asks the device helper which devices are connected, and waits up to two seconds\n"
+     "for its answer.\n",
      0, 0, 0, 0, {None, None}, ListDevices},
     {"help", "[COMMAND]", "explain a command",
      "Explains a command, or lists them all.\n",

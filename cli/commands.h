@@ -15,7 +15,7 @@
 
 namespace drevix {
 
-// What the program finds around it.
+// The program's environment.
 struct Surroundings {
     std::ostream &out;
     std::ostream &err;
@@ -24,7 +24,7 @@ struct Surroundings {
 
 struct Command;
 
-// A command that was asked for.
+// A command to run.
 struct Request {
     const Command &command;
     const CommandLine &line;
@@ -34,7 +34,7 @@ struct Request {
     [[nodiscard]] std::ostream &Out() const { return surroundings.out; }
 };
 
-// What an argument may be, for completion.
+// The kinds of argument, for completion.
 enum class ArgumentKind : std::uint8_t { None, Control, Action, Key, Value, Group, File, CommandName };
 
 inline constexpr std::size_t kAnyNumber = SIZE_MAX;
@@ -59,8 +59,8 @@ struct Command {
 // The command of that name, null if there is none.
 [[nodiscard]] const Command *FindCommand(std::string_view name);
 
-// Runs the program on the arguments behind its name. A failure prints one line on `err`, wrong usage a second
-// one that shows the usage.
+// Runs the program with the arguments after its name. A failure prints one line to `err`, wrong usage a second
+// one with the usage.
 [[nodiscard]] ExitStatus RunDrevixctl(std::span<const std::string> arguments,
                                       const Surroundings &surroundings);
 
@@ -82,11 +82,10 @@ Outcome RecoverSettingsFile(const Request &request);
 Outcome ListDevices(const Request &request);
 Outcome PrintHelp(const Request &request);
 
-// The word before a command line that is being typed, as the shell's completion asks for PrintCompletions.
+// The first word with which the shell's completion asks for PrintCompletions.
 inline constexpr std::string_view kCompletionCommand = "__complete";
 
-// Prints what may stand in the place of the last word of a command line that is being typed, one on a line; a
-// line ":" stands for file names.
+// Prints the completions of the last word of a command line, one per line; ":" means file names.
 void PrintCompletions(std::span<const std::string> typed, const Surroundings &surroundings);
 
 } // namespace drevix

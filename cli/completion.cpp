@@ -1,10 +1,11 @@
-// The words that a shell offers while a command line is being typed.
+// The words that the shell offers as completions.
 
 #include "cli/action_names.h"
 #include "cli/commands.h"
 #include "cli/edit_commands.h"
 #include "cli/record_text.h"
 #include "cli/session.h"
+#include "platform/ascii.h"
 #include "platform/plain_text.h"
 
 #include <algorithm>
@@ -62,16 +63,20 @@ Words WordsForKind(ArgumentKind kind) {
     return row == kKindWords.end() ? Words() : row->words();
 }
 
-// The file names of the records in the settings file that the line names; none when it cannot be read.
+// The file names of the records in the settings file that the line names, with the signature for all but the first
+// of a name; none when the file cannot be read.
 Words RecordWords(const CommandLine &line, const Surroundings &surroundings) {
-    std::ostringstream ignored; // a note about a damaged file would spoil what is being typed
+    std::ostringstream ignored; // a note about a damaged file would spoil the line being typed
     const Surroundings silent{ignored, ignored, surroundings.resources};
     const Request request{*FindCommand("list"), line, {}, silent};
     Session session(request);
     Words words;
     if (session.OpenForReading().IsDone()) {
         for (const AppPrefs *record : session.Records()) {
-            words.push_back(FileName(*record));
+            const std::string name = FileName(*record);
+            const bool isFirst = std::ranges::none_of(
+                words, [&](const std::string &word) { return IsEqualWithoutCase(word, name); });
+            words.push_back(isFirst ? name : name + ":" + SignatureText(record->application));
         }
     }
     std::erase(words, "");
@@ -110,7 +115,7 @@ Words WordsFor(std::span<const std::string> typed, const Surroundings &surroundi
     const OptionInfo *waiting = before.empty() ? nullptr : FindOption(before.back());
     const bool isValue = waiting != nullptr && waiting->parameter != nullptr;
     CommandLine line;
-    // A line that makes no sense so far is completed by what could be read of it.
+    // An incomplete line is completed from what could be parsed.
     std::ignore = ParseCommandLine(before.first(before.size() - (isValue ? 1 : 0)), &line);
     const Command *command = line.words.empty() ? nullptr : FindCommand(line.words[0]);
     if (isValue) {

@@ -2,7 +2,7 @@
 
 _drevixctl() {
     local cur prev words cword split
-    _init_completion -s || return
+    _init_completion -s -n : || return # "NAME:SIGNATURE" is one word
 
     # "--app=NAME" is one word for the shell and two for us.
     local -a typed=("${words[@]:1:cword-1}")
@@ -31,5 +31,6 @@ _drevixctl() {
         fi
         COMPREPLY+=("$word")
     done
+    __ltrim_colon_completions "$cur"
 } &&
     complete -F _drevixctl drevixctl

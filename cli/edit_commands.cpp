@@ -51,7 +51,7 @@ constexpr auto kSettingKeys = std::to_array<SettingKey>({
     {"ringSpeedZ",              ValueKind::Number, InDevice(offsetof(DevicePrefs, navSpeedZ))},
 });
 
-// The keys that say which record it is.
+// The keys that identify a record.
 constexpr auto kIdentityKeys = std::to_array<std::string_view>({"fileName", "signature", "factory"});
 
 struct FlagWord {
@@ -75,7 +75,7 @@ Outcome ParseByte(const SettingKey &key, const std::string &text, std::uint8_t *
     if (key.kind == ValueKind::Flag) {
         const auto *row = std::ranges::find(kFlagWords, text, &FlagWord::word);
         if (row == kFlagWords.end()) {
-            return WrongUsage(std::string(key.key) + " is true or false, not " + QuotedText(text));
+            return WrongUsage(std::string(key.key) + " must be true or false, not " + QuotedText(text));
         }
         *value = row->value;
         return Done();
@@ -83,7 +83,7 @@ Outcome ParseByte(const SettingKey &key, const std::string &text, std::uint8_t *
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), *value);
     return error == std::errc() && end == text.data() + text.size()
                ? Done()
-               : WrongUsage(std::string(key.key) + " is a whole number from 0 to 255, not " +
+               : WrongUsage(std::string(key.key) + " must be a whole number from 0 to 255, not " +
                             QuotedText(text));
 }
 
@@ -93,7 +93,7 @@ bool IsGoodName(const std::string &text) {
            std::ranges::none_of(text, [](char byte) { return static_cast<unsigned char>(byte) < ' '; });
 }
 
-// Checks that the value is one for the key, whatever the record is, and gives it unless it is a name.
+// Checks the value without looking at a record, and converts it unless it is a name.
 Outcome ParseValue(const SettingKey &key, const std::string &text, std::uint8_t *value) {
     if (key.kind != ValueKind::Name) {
         return ParseByte(key, text, value);
@@ -105,11 +105,11 @@ Outcome ParseValue(const SettingKey &key, const std::string &text, std::uint8_t 
 
 Outcome FindKey(const std::string &name, const SettingKey **found) {
     if (std::ranges::find(kIdentityKeys, name) != kIdentityKeys.end()) {
-        return WrongUsage(name + " says which record it is and cannot be set");
+        return WrongUsage(name + " identifies the record and cannot be set");
     }
     const auto *key = std::ranges::find(kSettingKeys, name, &SettingKey::key);
     *found = key;
-    return key != kSettingKeys.end() ? Done() : WrongUsage("there is no key " + QuotedText(name));
+    return key != kSettingKeys.end() ? Done() : WrongUsage("unknown key " + QuotedText(name));
 }
 
 void StoreByte(AppPrefs &record, std::size_t offset, std::uint8_t value) {
@@ -129,7 +129,7 @@ Outcome ChangeRecord(const SettingKey &key, const std::string &text, std::uint8_
     }
     StoreByte(record, key.offset, value);
     if (key.offset == kSeparateSensitivity || key.offset == kSeparateSpeed) {
-        // The panel has one box for both.
+        // The panel has one checkbox for both.
         StoreByte(record, kSeparateSensitivity, value);
         StoreByte(record, kSeparateSpeed, value);
     }
@@ -205,9 +205,8 @@ Outcome AddApplication(const Request &request) {
         MakeAppPrefs(session.Base(), application.signature, application.fileName, application.shownName);
     if (const RecordNumber number = FindReplacedAppPrefs(session.Base(), record); number != kNoRecord) {
         const AppPrefs *existing = GetAppPrefs(session.Base(), number);
-        return Failed("there is a record for " +
-                      QuotedText(FileName(existing != nullptr ? *existing : record)) +
-                      " already; nothing was added; change it with --app, or delete it first");
+        return Failed(QuotedText(FileName(existing != nullptr ? *existing : record)) +
+                      " already has a record; nothing was added; change it with --app, or delete it first");
     }
     outcome = StoreAndSave(session, record, kNoRecord);
     if (outcome.IsDone()) {
@@ -228,7 +227,7 @@ Outcome DeleteApplication(const Request &request) {
         return Failed(
             "the record for " + QuotedText(FileName(record)) +
             " came with the panel and cannot be deleted; nothing was changed; 'drevixctl set active false' "
-            "switches it off");
+            "turns it off");
     }
     outcome = session.Remove(number);
     if (outcome.IsDone()) {
@@ -243,8 +242,7 @@ Outcome DeleteApplication(const Request &request) {
 Outcome RestoreDefaults(const Request &request) {
     const auto *group = std::ranges::find(kDefaultsGroups, request.arguments[0], &DefaultsGroup::name);
     if (group == kDefaultsGroups.end()) {
-        return WrongUsage("defaults restores ring, tuner or buttons, not " +
-                          QuotedText(request.arguments[0]));
+        return WrongUsage("defaults takes ring, tuner or buttons, not " + QuotedText(request.arguments[0]));
     }
     Session session(request);
     RecordNumber number = kNoRecord;
@@ -260,7 +258,7 @@ Outcome RestoreDefaults(const Request &request) {
     CopyGroupFromDefaultPrefs(record, defaults, group->group);
     outcome = StoreAndSave(session, record, number);
     if (outcome.IsDone()) {
-        SayWhatWasDone(request, "has factory values again", record);
+        SayWhatWasDone(request, "was reset to its defaults", record);
     }
     return outcome;
 }

@@ -32,12 +32,22 @@ Outcome ChooseRecords(const Request &request, const Session &session,
     return outcome;
 }
 
+constexpr std::string_view kStandardOutput = "-";
+
+void PrintRecords(const Request &request, const std::vector<const AppPrefs *> &records) {
+    PropertyListArray elements;
+    for (const AppPrefs *record : records) {
+        elements.emplace_back(GetAppPrefsDictionary(*record));
+    }
+    request.Out() << PropertyListArrayText(elements);
+}
+
 // What an import did.
 struct ImportCounts {
     std::size_t added = 0;
     std::size_t replaced = 0;
     std::size_t skipped = 0;       // for want of memory
-    std::vector<std::string> left; // names of records that stayed as they were
+    std::vector<std::string> left; // names of records that were left unchanged
 };
 
 void ImportRecord(const Request &request, Session &session, const AppPrefs &record, ImportCounts *counts) {
@@ -64,7 +74,7 @@ void SayImported(const Request &request, const ImportCounts &counts) {
         return;
     }
     out << CountOfRecords(counts.added) << " added, " << counts.replaced << " replaced, "
-        << counts.left.size() << " left as they were\n";
+        << counts.left.size() << " left unchanged\n";
     for (const std::string &name : counts.left) {
         out << "left: " << PlainText(name) << "\n";
     }
@@ -77,6 +87,9 @@ Outcome ExportRecords(const Request &request) {
     if (request.line.all && request.line.app) {
         return WrongUsage("export takes --app or --all, not both");
     }
+    if (path == kStandardOutput && request.line.json) {
+        return WrongUsage("export - prints a property list and does not take --json");
+    }
     Session session(request);
     std::vector<const AppPrefs *> records;
     Outcome outcome = session.OpenForReading();
@@ -86,6 +99,10 @@ Outcome ExportRecords(const Request &request) {
     if (!outcome.IsDone()) {
         return outcome;
     }
+    if (path == kStandardOutput) {
+        PrintRecords(request, records);
+        return Done();
+    }
     if (AreSameFile(path, session.Path())) {
         return Failed("cannot export to " + path +
                       ": it is the settings file; nothing was changed; name another file");
@@ -93,7 +110,7 @@ Outcome ExportRecords(const Request &request) {
     auto next = records.begin();
     const OSErr status = WriteAppPrefsFile(path, [&] { return next == records.end() ? nullptr : *next++; });
     if (status != noErr) {
-        return FailedNewFile(path, status, "the file is as it was");
+        return FailedNewFile(path, status, "the file was not changed");
     }
     if (request.line.json) {
         PropertyListDictionary result;

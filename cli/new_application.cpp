@@ -17,7 +17,7 @@ constexpr std::string_view kNothingAdded = "nothing was added";
 
 Outcome NoApplication(const std::string &path, std::string_view why) {
     return Failed("cannot add " + path + ": " + std::string(why) +
-                  "; nothing was added; give an application");
+                  "; nothing was added; name an application");
 }
 
 Outcome CheckDesktopEntry(const std::string &path, const std::string &language) {
@@ -33,7 +33,7 @@ Outcome CheckFolder(const std::string &path) {
     struct stat found {};
     return CurrentDisk().StatusAt(InfoListOfAppFolder(path).c_str(), &found) == 0
                ? Done()
-               : NoApplication(path, "the folder is no application");
+               : NoApplication(path, "the folder is not an application");
 }
 
 Outcome CheckApplication(const std::string &path, const std::string &language, const struct stat &found) {
@@ -45,7 +45,7 @@ Outcome CheckApplication(const std::string &path, const std::string &language, c
     }
     return S_ISREG(found.st_mode) && (found.st_mode & (S_IXUSR | S_IXGRP | S_IXOTH)) != 0
                ? Done()
-               : NoApplication(path, "it is no application, desktop entry or program");
+               : NoApplication(path, "it is not an application, desktop entry or program");
 }
 
 } // namespace

@@ -1,4 +1,4 @@
-// What is known of an application that is to have a record of its own.
+// The application that a new record is for.
 #pragma once
 
 #include "cli/outcome.h"

@@ -1,4 +1,4 @@
-// What came of a command.
+// The result of a command.
 #pragma once
 
 #include "platform/status.h"
@@ -12,12 +12,12 @@ namespace drevix {
 // The program's exit statuses.
 enum class ExitStatus : int {
     Done = 0,
-    Failed = 1,     // what was asked for could not be done
-    WrongUsage = 2, // the command line makes no sense, whatever the settings are
+    Failed = 1,     // the command failed
+    WrongUsage = 2, // the command line is invalid, whatever the settings are
 };
 
-// The status, and the sentence for standard error that goes with a status other than Done: what failed, what
-// was left unchanged, what to do next.
+// The status and, unless it is Done, the message for standard error: what failed, what was left unchanged, what
+// to do next.
 struct [[nodiscard]] Outcome {
     ExitStatus status = ExitStatus::Done;
     std::string message;
@@ -55,7 +55,7 @@ inline Outcome FailedFile(std::string_view what, std::string_view file, OSErr st
     return Failed(std::move(message));
 }
 
-// The same for a file that was to be made: only a folder can be missing then.
+// The same for a file that was to be created: only its folder can be missing.
 inline Outcome FailedNewFile(std::string_view file, OSErr status, std::string_view unchanged) {
     return FailedFile("cannot write", file, status == fnfErr ? dirNFErr : status, unchanged);
 }

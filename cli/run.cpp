@@ -9,8 +9,8 @@ namespace {
 
 constexpr std::string_view kProgram = "drevixctl";
 constexpr std::string_view kAllHelp = "'drevixctl help' lists all commands";
-constexpr std::size_t kOptionColumn = 16;  // where help explains an option
-constexpr std::size_t kSummaryColumn = 12; // and a command
+constexpr std::size_t kOptionColumn = 16;  // width of the options in help
+constexpr std::size_t kSummaryColumn = 12; // and of the commands
 
 std::string Column(std::string_view text, std::size_t width) {
     return "  " + std::string(text) + std::string(width - std::min(width, text.size()), ' ');
@@ -31,7 +31,7 @@ std::string UsageOf(const Command &command) {
     std::string options;
     for (const OptionInfo &option : AllOptions()) {
         if ((command.options & option.bit) != 0) {
-            // "--all" stands for "--app".
+            // "--all" takes the place of "--app".
             const std::string_view between = option.bit == kAllOption ? "|" : "] [";
             options.append(options.empty() ? "" : between).append(Spelled(option));
         }
@@ -77,8 +77,7 @@ Outcome CheckUsage(const Command &command, const CommandLine &line) {
         return WrongUsage(std::string(command.name) + " needs " + std::string(command.arguments));
     }
     if (count > command.maxArguments) {
-        return WrongUsage(std::string(command.name) + " cannot use " +
-                          QuotedText(line.words[1 + command.maxArguments]));
+        return WrongUsage("unexpected argument " + QuotedText(line.words[1 + command.maxArguments]));
     }
     for (const OptionInfo &option : AllOptions()) {
         if ((line.given & option.bit & ~command.options) != 0) {
@@ -108,14 +107,14 @@ Outcome RunLine(const CommandLine &line, const Command **command, const Surround
     }
     if (line.words.empty()) {
         if (!line.help) {
-            return WrongUsage("a command is missing");
+            return WrongUsage("missing command");
         }
         surroundings.out << HelpOfProgram();
         return Done();
     }
     *command = FindCommand(line.words[0]);
     return *command != nullptr ? RunCommand(**command, line, surroundings)
-                               : WrongUsage("there is no command " + QuotedText(line.words[0]));
+                               : WrongUsage("unknown command " + QuotedText(line.words[0]));
 }
 
 } // namespace
@@ -134,7 +133,7 @@ ExitStatus RunDrevixctl(std::span<const std::string> arguments, const Surroundin
         command = FindCommand(line.words[0]);
     }
     if (outcome.IsDone() && !surroundings.out.flush()) {
-        outcome = Failed("cannot write all of the output; what the command had to change is changed");
+        outcome = Failed("cannot write all of the output; any change that was asked for has been made");
     }
     if (!outcome.IsDone()) {
         surroundings.err << kProgram << ": " << PlainText(outcome.message) << "\n";
@@ -145,7 +144,7 @@ ExitStatus RunDrevixctl(std::span<const std::string> arguments, const Surroundin
     }
     return outcome.status;
 } catch (const std::bad_alloc &) {
-    surroundings.err << kProgram << ": there is not enough memory; the settings file is whole; try again\n";
+    surroundings.err << kProgram << ": not enough memory; the settings file is intact; try again\n";
     return ExitStatus::Failed;
 }
 
@@ -156,7 +155,7 @@ Outcome PrintHelp(const Request &request) {
     }
     const Command *command = FindCommand(request.arguments[0]);
     if (command == nullptr) {
-        return WrongUsage("there is no command " + QuotedText(request.arguments[0]));
+        return WrongUsage("unknown command " + QuotedText(request.arguments[0]));
     }
     request.Out() << HelpOf(*command);
     return Done();

@@ -3,7 +3,6 @@
 #include "platform/file_update.h"
 #include "platform/plain_text.h"
 #include "settings/device_prefs.h"
-#include "settings/pascal_strings.h"
 #include "settings/prefs_list.h"
 
 namespace drevix {
@@ -96,9 +95,7 @@ void Session::Note(const std::string &text) const {
 
 Outcome Session::Find(RecordNumber *number) const {
     if (fRequest.line.app) {
-        Str63 name{};
-        getPascalString(*fRequest.line.app, name.data(), kMaxFileNameLength);
-        *number = FindAppPrefs(Base(), name.data());
+        *number = FindAppPrefsByText(Base(), *fRequest.line.app);
         return *number != kNoRecord ? Done()
                                     : Failed("there is no record for " + QuotedText(*fRequest.line.app) +
                                              "; nothing was changed; 'drevixctl list' shows all records");

@@ -32,7 +32,8 @@ class Session {
     // Whether the file is the one that the panel uses, and not another that --prefs names.
     [[nodiscard]] bool IsUsersOwn() const { return fDocument.Owner() == Ownership::UsersOwn; }
 
-    // The number of the record that --app names, or of the global record. Failed when there is none.
+    // The number of the record that --app names ("settings/prefs_list.h": FindAppPrefsByText), or of the global
+    // record. Failed when there is none.
     Outcome Find(RecordNumber *number) const;
     // A copy of that record.
     Outcome Find(RecordNumber *number, AppPrefs *record) const;

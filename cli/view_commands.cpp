@@ -84,7 +84,9 @@ Outcome ListRecords(const Request &request) {
     if (request.line.json) {
         PropertyListArray entries;
         for (const AppPrefs *record : session.Records()) {
-            entries.emplace_back(RecordEntry(*record));
+            PropertyListDictionary entry = RecordEntry(*record);
+            entry.Add("number", static_cast<std::int64_t>(entries.size()));
+            entries.emplace_back(std::move(entry));
         }
         request.Out() << JsonText(entries) << "\n";
         return Done();
@@ -92,9 +94,9 @@ Outcome ListRecords(const Request &request) {
     std::vector<TableRow> rows;
     for (const AppPrefs *record : session.Records()) {
         rows.push_back({RecordName(*record), FileName(*record), SignatureText(record->application),
-                        YesOrNo(record->factory), YesOrNo(record->active)});
+                        YesOrNo(record->factory), YesOrNo(record->active), std::to_string(rows.size())});
     }
-    request.Out() << TableText({"NAME", "FILE NAME", "SIGNATURE", "FACTORY", "ACTIVE"}, rows);
+    request.Out() << TableText({"NAME", "FILE NAME", "SIGNATURE", "FACTORY", "ACTIVE", "NUMBER"}, rows);
     return Done();
 }
 

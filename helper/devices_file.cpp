@@ -108,7 +108,7 @@ bool TakeField(std::string_view *line, ConnectedDevice *device, std::string *pro
     }
     const auto *field = std::ranges::find(kFields, word.name, &Field::name);
     if (!word.value || field == kFields.end()) {
-        *problem = "there is no field " + QuotedWord(word.name);
+        *problem = "unknown field " + QuotedWord(word.name);
         return false;
     }
     if (!field->take(*word.value, device)) {
@@ -132,7 +132,7 @@ bool AddDevice(std::string_view line, DeviceList *list, std::string *problem) {
         }
     }
     if (list->count >= kMostDevices) {
-        *problem = "there may be " + std::to_string(kMostDevices) + " devices at most";
+        *problem = "more than " + std::to_string(kMostDevices) + " devices";
         return false;
     }
     list->device[list->count++] = device;
@@ -155,7 +155,7 @@ bool ReadDevices(const std::string &path, DeviceList *list, std::string *problem
     std::string text;
     const OSErr status = ReadSharedFile(path, kMostBytes, &text);
     if (status != noErr && status != fnfErr && status != dirNFErr) {
-        *problem = status == -1 ? "it is no file of at most 64 KiB" : StatusText(status);
+        *problem = status == -1 ? "it is not a regular file of at most 64 KiB" : StatusText(status);
         return false;
     }
     return ParseDevices(text, list, problem);

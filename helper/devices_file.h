@@ -1,6 +1,6 @@
 // The file that says which simulated devices are connected: a line a device, made of "field=value" words, such as
 //     version=1.05 serial=07060504030201 productName="Drevix Veltrana"
-// A value with blanks stands in double quotes. Empty lines and lines that start with '#' say nothing.
+// A value with blanks goes in double quotes. Empty lines and lines that start with '#' are ignored.
 #pragma once
 
 #include "helperlink/driver_messages.h"
@@ -10,8 +10,8 @@
 
 namespace drevix {
 
-// Adds the device that a line describes, if it does. False, with the list unchanged and the reason in *problem (the
-// rest of a sentence), for a line that makes no sense or a fifth device.
+// Adds the device that a line describes, if any. False, with the list unchanged and the reason in *problem (the end
+// of a sentence), for an invalid line or a fifth device.
 [[nodiscard]] bool AddDevice(std::string_view line, DeviceList *list, std::string *problem);
 
 // The devices of a whole file's text. False as AddDevice, with the line's number in *problem.

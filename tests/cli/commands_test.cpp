@@ -1,7 +1,11 @@
 // What each command does to the settings file and says.
 
+#include "cli/action_names.h"
 #include "cli/text_table.h"
 #include "settings/action_commands.h"
+#include "settings/device_prefs.h"
+#include "settings/pascal_strings.h"
+#include "settings/prefs_list.h"
 #include "tests/cli/program.h"
 #include "tests/support/faults.h"
 
@@ -19,25 +23,26 @@ using testing::StartsWith;
 class Commands : public ProgramTest {};
 
 TEST_F(Commands, WrongUsage_SaysSoAndShowsTheUsage) {
-    struct Row {
-        const char *line;
-        const char *says;
-    };
-    for (const Row &row : std::initializer_list<Row>{
-             {"", "command is missing"},
-             {"frobnicate", "no command \"frobnicate\""},
-             {"list --frob", "no option \"--frob\""},
+    for (const auto &[line, says] : std::initializer_list<std::pair<const char *, const char *>>{
+             {"", "missing command"},
+             {"frobnicate", "unknown command \"frobnicate\""},
+             {"list --frob", "unknown option \"--frob\""},
              {"list --app=Painter", "does not take --app"},
+             {"list x", "unexpected argument \"x\""},
+             {"help list show", "unexpected argument \"show\""},
              {"show --app", "needs a value: APP"},
              {"--prefs= set ringSpeed 1", "needs a value: FILE"},
              {"recover x --to=", "needs a value: FILE"},
              {"assign buttonI", "needs CONTROL ACTION"},
-             {"assign buttonIV none", "no control \"buttonIV\""},
-             {"assign buttonI frob", "no action \"frob\""},
+             {"assign buttonIV none", "unknown control \"buttonIV\""},
+             {"assign buttonI frob", "unknown action \"frob\""},
              {"assign buttonI s", "several actions begin with"},
-             {"assign buttonI keystroke", "say which: keystroke"},
-             {"assign buttonI keystroke cmd+frob", "no keystroke"},
-             {"assign buttonI scroll up +frob", "names no modifier"},
+             {"assign buttonI keystroke", "write keystroke KEY"},
+             {"assign buttonI open", "write open PATH, or 177 for the action \"Open\""}, // it was that
+             {"assign buttonI keystroke cmd+frob", "not a key of this keyboard layout"},
+             {"assign buttonI keystroke ctrl+Delete", "write backspace or fw del"}, // was backspace
+             {"assign buttonI keystroke enter", "write return or num+enter"},
+             {"assign buttonI scroll up +frob", "unknown modifier \"+frob\""},
              {"assign buttonI undo +shift", "only scrolling"},
              {"assign buttonI undo --repeat 6", "only keystrokes and scrolling"},
              {"assign tunerCW scroll up --repeat 6", "on the ring and the buttons take --repeat"},
@@ -51,81 +56,75 @@ TEST_F(Commands, WrongUsage_SaysSoAndShowsTheUsage) {
              {"set configName 12345678901234567890123456789012 --app Painter", "1 to 31"},
              {"defaults all", "ring, tuner or buttons"},
              {"export x --all --app Painter", "not both"},
+             {"export - --json", "does not take --json"},
              {"recover x", "needs --to"},
          }) {
-        EXPECT_THAT(Refused(row.line, ExitStatus::WrongUsage), HasSubstr(row.says)) << row.line;
+        EXPECT_THAT(Refused(line, ExitStatus::WrongUsage), HasSubstr(says)) << line;
     }
 }
 
 TEST_F(Commands, Refusals_LeaveTheFileAndSayWhatToDo) {
     Do("set ringSpeed 9");
-    struct Row {
-        const char *line;
-        const char *says;
-    };
-    for (const Row &row : std::initializer_list<Row>{
+    std::filesystem::create_symlink(SettingsFile(), fFolder.Path("link"));
+    std::filesystem::create_hard_link(SettingsFile(), fFolder.Path("hard"));
+    for (const auto &[line, says] : std::initializer_list<std::pair<std::string, const char *>>{
              {"show --app Nobody", "no record for \"Nobody\"; nothing was changed; 'drevixctl list'"},
              {"set configName Mine", "global record has no name"},
-             {"assign buttonI use_the_global_setting", "no meaning in the global record"},
-             {"assign ringLeft zoom_in --app Browser", "application does not know it"},
+             {"assign buttonI use_the_global_setting", "the global record cannot hold it"},
+             {"assign ringLeft zoom_in --app Browser", "application does not support it"},
              {"assign tunerCW zoom_in --app Painter", "does not work on this control"},
-             {"assign buttonI open /nowhere", "cannot assign opening /nowhere: "},
+             {"assign buttonI open /nowhere", "cannot assign open /nowhere: "},
              {"--prefs x assign buttonI open /", "leave out --prefs"},
              {"delete --app painter", "came with the panel"},
              {"add /nowhere", "no such file"},
-             {"add /etc", "is no application"},
-             {"add /etc/passwd", "no application, desktop entry or program"},
+             {"add /etc", "is not an application"},
+             {"add /etc/passwd", "not an application, desktop entry or program"},
              {"export /nowhere/x", "cannot write /nowhere/x"},
              {"--prefs /nowhere/x set ringSpeed 1", "no such folder"},
              {"--prefs / list", "it is a folder"},
              {"check /nowhere", "cannot check /nowhere"},
              {"check /dev/full", "it is a folder, pipe or device"}, // it read 2 GB
-             {"import /dev/full", "it is a folder, pipe or device"},
-             {"--prefs /dev/full list", "it is a folder, pipe or device"},
+             {"recover / --to x", "cannot recover /: it is a folder"},
+             {"recover " + SettingsFile() + " --to /nowhere/x", "no such folder"},
+             {"export " + SettingsFile(), "it is the settings file"},
+             {"export " + fFolder.Path("link"), "it is the settings file"},
+             {"export " + fFolder.Path("hard"), "it is the settings file"},
          }) {
-        EXPECT_THAT(Refused(row.line, ExitStatus::Failed), HasSubstr(row.says)) << row.line;
+        EXPECT_THAT(Refused(line), HasSubstr(says)) << line;
     }
-    EXPECT_THAT(Refused("export " + SettingsFile(), ExitStatus::Failed),
-                HasSubstr("it is the settings file"));
-    EXPECT_THAT(Refused("recover " + SettingsFile() + " --to /nowhere/x", ExitStatus::Failed),
-                HasSubstr("no such folder"));
     EXPECT_EQ(Record().device[0].navSpeed, 9);
 }
 
 TEST_F(Commands, FirstStart_ReadsFactoryRecordsAndWritesNothing) {
     std::filesystem::remove(fFolder.Preferences());
-    EXPECT_EQ(Do("list"), "NAME             FILE NAME  SIGNATURE  FACTORY  ACTIVE\n"
-                          "Global Settings                        yes      yes\n"
-                          "Browser          Browser    WEBB       yes      yes\n"
-                          "Painter          Painter    8BIM       yes      yes\n");
+    EXPECT_EQ(Do("list"), "NAME             FILE NAME  SIGNATURE  FACTORY  ACTIVE  NUMBER\n"
+                          "Global Settings                        yes      yes     0\n"
+                          "Browser          Browser    WEBB       yes      yes     1\n"
+                          "Painter          Painter    8BIM       yes      yes     2\n");
     EXPECT_THAT(Do("show --app BROWSER"), HasSubstr("ringLeft  Save"));
     EXPECT_FALSE(std::filesystem::exists(fFolder.Preferences()));
     Do("set active false --app browser"); // makes the folder
     EXPECT_EQ(Record("Browser").active, 0);
     std::filesystem::remove(fFolder.Path("Defaults.veltrana"));
     std::filesystem::remove(SettingsFile());
-    EXPECT_THAT(Refused("list", ExitStatus::Failed), HasSubstr("no settings were found"));
+    EXPECT_THAT(Refused("list"), HasSubstr("no settings were found"));
 }
 
 TEST_F(Commands, Assign_StoresTheActionAndAppliesTheRules) {
-    const auto slot = [](ActionCommand command) {
+    const auto slot = [](ActionCommand command, std::uint16_t modifiers = 0,
+                         std::uint8_t keyCode = kNoKeyCode, std::uint16_t delay = 0, std::uint32_t crc = 0) {
         ActionSlot result{};
         result.command = command;
-        result.keyCode = kNoKeyCode;
+        result.modifiers = modifiers;
+        result.keyCode = keyCode;
+        result.delay = delay;
+        result.crc = crc;
         return result;
     };
-    const ActionSlot plain = slot(kActionNone);
-    ActionSlot keystroke = slot(kActionKeystroke);
-    keystroke.modifiers = kCommandModifier | kShiftModifier;
-    keystroke.keyCode = 53;
-    ActionSlot scroll = slot(227);
-    scroll.modifiers = kShiftModifier | kOptionModifier | kControlModifier;
-    ActionSlot held = keystroke;
-    held.delay = 0xFFFF;
-    ActionSlot repeated = scroll;
-    repeated.delay = 6;
-    ActionSlot menu = slot(kActionToolMenu);
-    menu.crc = 0xCBF43926; // the CRC-32 of the digits, as everyone publishes it
+    constexpr std::uint16_t kTwo = kCommandModifier | kShiftModifier;
+    constexpr std::uint16_t kThree = kShiftModifier | kOptionModifier | kControlModifier;
+    // The CRC-32 of the digits, as everyone publishes it.
+    const ActionSlot menu = slot(kActionToolMenu, 0, kNoKeyCode, 0, 0xCBF43926);
     struct Row {
         const char *line;
         SlotIndex index;
@@ -133,14 +132,18 @@ TEST_F(Commands, Assign_StoresTheActionAndAppliesTheRules) {
         const char *says;
     };
     for (const Row &row : std::initializer_list<Row>{
-             {"buttonII keystroke cmd+shift+esc", 19, keystroke, "buttonII: Keystroke cmd+shift+esc\n"},
-             {"buttonII scroll right +alt +shift+ctrl", 19, scroll,
+             {"buttonII keystroke cmd+shift+esc", 19, slot(kActionKeystroke, kTwo, 53),
+              "buttonII: Keystroke cmd+shift+esc\n"},
+             {"buttonII scroll right +alt +shift+ctrl", 19, slot(227, kThree),
               "buttonII: Scroll right with shift+opt+ctrl\n"},
-             {"buttonII keystroke cmd+shift+esc --repeat -1", 19, held,
+             {"buttonII keystroke cmd+shift+esc --repeat -1", 19, slot(kActionKeystroke, kTwo, 53, 0xFFFF),
               "buttonII: Keystroke cmd+shift+esc, repeat -1\n"},
-             {"buttonII --repeat 6 scroll right +alt +shift+ctrl", 19, repeated,
+             {"buttonII --repeat 6 scroll right +alt +shift+ctrl", 19, slot(227, kThree, kNoKeyCode, 6),
               "buttonII: Scroll right with shift+opt+ctrl, repeat 6\n"},
-             {"buttonII none", 19, plain, "buttonII: No action\n"},
+             {"buttonII keystroke super+num+enter", 19, slot(kActionKeystroke, kCommandModifier, 76),
+              "buttonII: Keystroke cmd+enter (num+enter)\n"},
+             {"buttonII none", 19, slot(kActionNone), "buttonII: No action\n"},
+             {"buttonII Open", 19, slot(177), "buttonII: Open\n"},
              {"buttonII 208", 19, slot(208), "buttonII: Redo\n"},
              {"buttonII brightness_u", 19, slot(134), "buttonII: Brightness up\n"},
              {"buttonI menu 123456789", 18, menu, "buttonI: Companion menu entry number 3421780262\n"},
@@ -153,6 +156,8 @@ TEST_F(Commands, Assign_StoresTheActionAndAppliesTheRules) {
         EXPECT_EQ(std::memcmp(&record.device[0].action[row.index], &row.stored, sizeof row.stored), 0)
             << row.line;
     }
+    // Was shown as -1.
+    EXPECT_EQ(ActionDetails(slot(227, 0, kNoKeyCode, 0xFFFF), MenuTitles(Record())), "repeat 65535");
 }
 
 TEST_F(Commands, OpenItem_IsKeptByAnAliasAndShownByItsPath) {
@@ -200,17 +205,34 @@ TEST_F(Commands, AddAndDelete_KeepTheOthers) {
     EXPECT_EQ(Do("check"), SettingsFile() + ": valid, 5 records\n");
     ::unsetenv("LC_ALL");
     EXPECT_EQ(Record("org.example.Viewer").device[0].action[16].command, 182) << "as the global record";
-    EXPECT_THAT(Refused("add /bin/sh", ExitStatus::Failed), HasSubstr("a record for \"sh\" already"));
-    EXPECT_THAT(Refused("add " + fFolder.Path("link.desktop"), ExitStatus::Failed),
-                HasSubstr("not the desktop entry"));
+    EXPECT_THAT(Refused("add /bin/sh"), HasSubstr("\"sh\" already has a record"));
+    EXPECT_THAT(Refused("add " + fFolder.Path("link.desktop")), HasSubstr("not the desktop entry"));
     std::filesystem::create_directories(fFolder.Path("Tool.app/Contents"));
     WriteWhole(fFolder.Path("Tool.app/Contents/Info.plist"), "");
-    EXPECT_THAT(Refused("add " + fFolder.Path("Tool.app/."), ExitStatus::Failed),
-                HasSubstr("does not end in a name"));
+    EXPECT_THAT(Refused("add " + fFolder.Path("Tool.app/.")), HasSubstr("does not end in a name"));
     EXPECT_EQ(Do("delete --app=SH"), "\"sh\" deleted\n");
     EXPECT_EQ(Do("list").substr(Do("list").find("Painter")),
-              "Painter          Painter             8BIM       yes      yes\n"
-              "Betr\u00E4chter       org.example.Viewer  ????       no       yes\n");
+              "Painter          Painter             8BIM       yes      yes     2\n"
+              "Betr\u00E4chter       org.example.Viewer  ????       no       yes     3\n");
+}
+
+// Of two records of one file name only the first could be reached.
+TEST_F(Commands, RecordsOfOneName_AreEachReached) {
+    const QBaseOwner base = NewDrevixBase();
+    for (const OSType signature : {kGlobalSignature, FourCharCode("8BIM"), FourCharCode("ABCD")}) {
+        AppPrefs record = gDefaultGlobalPrefs;
+        record.application = signature;
+        getPascalString(signature == kGlobalSignature ? "" : "Painter", record.appFileName.data(), 63);
+        ASSERT_GE(QBaseAddRecord(base.get(), &record, sizeof record), 0);
+    }
+    ASSERT_EQ(SaveDevicePrefsToPath(base.get(), SettingsFile()), noErr);
+    Do("set ringSpeed 21 --app 3");
+    EXPECT_THAT(Do("show --app painter:ABCD"), HasSubstr("Ring speed           21\n"));
+    Do("set ringSpeed 22 --app Painter");
+    EXPECT_THAT(Do("show --app 3"), HasSubstr("Ring speed           21\n"));
+    EXPECT_THAT(Do("show --app 2"), HasSubstr("Ring speed           22\n"));
+    Refused("show --app 4");
+    EXPECT_EQ(Run({"__complete", "show", "--app", "x"}).out, "Browser\nPainter\nPainter:ABCD\n");
 }
 
 TEST_F(Commands, Defaults_RestoreTheirGroupOnly) {
@@ -268,14 +290,9 @@ TEST(TextTable, LongNames_AreCutAtTheTerminalsEdge) {
                                                           {longName, longName, "8BIM"},
                                                           {accents, "tab\there\n\u009B", "x"},
                                                       });
-    std::vector<std::size_t> widths;
-    for (std::size_t start = 0; start < text.size();) {
-        const std::size_t end = text.find('\n', start);
-        widths.push_back(TextColumns(std::string_view(text).substr(start, end - start)));
-        start = end + 1;
-    }
-    EXPECT_EQ(widths.size(), 3U) << "a line end in a name starts no line";
-    EXPECT_EQ(widths[1], 75U) << "80 columns, the last five of them blank";
+    EXPECT_EQ(std::ranges::count(text, '\n'), 3) << "a line end in a name starts no line";
+    const std::string second = text.substr(text.find('\n') + 1);
+    EXPECT_EQ(TextColumns(second.substr(0, second.find('\n'))), 75U) << "80 columns, the last five blank";
     EXPECT_THAT(text, HasSubstr("w\u2026  w"));
     EXPECT_THAT(text, HasSubstr(accents + std::string(29, ' ') + "tab?here??"));
 }

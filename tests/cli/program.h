@@ -30,7 +30,7 @@ class ProgramTest : public testing::Test {
     std::string Do(const std::string &line);
     // Runs a line that must fail with this status, leave the settings file's bytes as they are, print nothing
     // and say one line on standard error, and a second one for wrong usage; gives that first line.
-    std::string Refused(const std::string &line, ExitStatus status);
+    std::string Refused(const std::string &line, ExitStatus status = ExitStatus::Failed);
 
     [[nodiscard]] std::string SettingsFile() const {
         return fFolder.Preferences() + "/com.halcyra.drevix.prefs";

@@ -32,7 +32,7 @@ class Program(unittest.TestCase):
         self.assertEqual(records[0]["name"], "Global Settings")
         self.assertGreater(len(records), 1)
         self.assertEqual({frozenset(record) for record in records},
-                         {frozenset(["name", "fileName", "signature", "factory", "active"])})
+                         {frozenset(["name", "fileName", "signature", "factory", "active", "number"])})
         names = [record["fileName"] for record in records[1:]]
         shows = [["show"]] + [["show", "--app", name] for name in names]
         for command in [["list"], ["actions"], *shows, ["help"], *(["help", name] for name in self.commands())]:
@@ -42,7 +42,14 @@ class Program(unittest.TestCase):
         self.assertEqual(json.loads(self.read("actions", "--json"))[0]["code"], 0)
         self.assertEqual([entry["control"] for entry in json.loads(self.read("--json", "assign", "ringLeft", "undo"))][0],
                          "ringLeft")
-        self.assertTrue(json.loads(self.read("check", "--json"))["valid"])
+        out, record = str(self.path / "out"), set(records[0]) - {"number"}
+        for arguments, keys in [
+            (["set", "active", "no"], record), (["add", "/bin/sh"], record), (["defaults", "ring"], record),
+            (["delete", "--app", "sh"], record), (["export", out], {"records"}),
+            (["import", out], {"added", "replaced", "left"}), (["check"], {"file", "valid", "status", "records", "problems"}),
+            (["recover", str(self.path / "config/com.halcyra.drevix.prefs"), "--to", out + "2"], {"saved", "announced"}),
+        ]:
+            self.assertEqual(set(json.loads(self.read("--json", *arguments))), keys, arguments)
 
     def commands(self):
         return self.read("__complete", "").splitlines()

@@ -81,7 +81,7 @@ class Helper(unittest.TestCase):
         self.until(lambda: "connected: 1\n" in self.said())
         self.assertEqual(self.versions(), ["4.00"])
         file.write_text("version=5.00\n" * 10000)
-        self.until(lambda: "no file of at most 64 KiB" in self.said())
+        self.until(lambda: "not a regular file of at most 64 KiB" in self.said())
         self.assertEqual(self.versions(), ["4.00"])
         file.unlink()
         self.until(lambda: self.said().count("connected: 0\n") == 2)
