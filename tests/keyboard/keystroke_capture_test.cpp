@@ -81,16 +81,19 @@ class KeystrokeCapture : public ::testing::Test, public KeystrokeReceiver {
     }
 
     // What a platform does with a key-down: the focus gets it before the shortcuts, then the window.
-    void Press(const Key &key, bool isRepeat = false) {
+    void Press(const Key &key, bool isRepeat = false, std::uint64_t time = 0) {
         QKeyEvent first = key.Event(QEvent::ShortcutOverride, isRepeat);
+        first.setTimestamp(time);
         first.ignore();
         QCoreApplication::sendEvent(fField, &first);
         fShortcutsSawKey = !first.isAccepted();
         QKeyEvent press = key.Event(QEvent::KeyPress, isRepeat);
+        press.setTimestamp(time);
         QCoreApplication::sendEvent(fWindow.windowHandle(), &press);
     }
-    void Release(const Key &key, bool isRepeat = false) {
+    void Release(const Key &key, bool isRepeat = false, std::uint64_t time = 0) {
         QKeyEvent release = key.Event(QEvent::KeyRelease, isRepeat);
+        release.setTimestamp(time);
         QCoreApplication::sendEvent(fWindow.windowHandle(), &release);
     }
     std::vector<Keystroke> PressWaiting(const Key &key) {
@@ -198,6 +201,33 @@ TEST_F(KeystrokeCapture, KeyThatWasDownBefore_IsNoKeystroke) {
     EXPECT_TRUE(fReceived.empty());
     EXPECT_EQ(fField->fSeen, (std::vector{QEvent::KeyPress, QEvent::KeyRelease}));
     EXPECT_EQ(PressWaiting(space), (std::vector<Keystroke>{{0x31, 0}}));
+}
+
+// Repetitions that Qt had not seen to be such counted as new keys: a held Return made the field wait again.
+TEST_F(KeystrokeCapture, PressAtTheTimeOfItsRelease_IsARepetition) {
+    fIsWaiting = true;
+    Press(kQ, false, 100);
+    for (const std::uint64_t time : {600, 640}) {
+        Release(kQ, false, time);
+        Press(kQ, false, time);
+        EXPECT_FALSE(fShortcutsSawKey);
+    }
+    Press(kQ, true, 680);
+    Release(kQ, false, 700);
+    EXPECT_TRUE(fField->fSeen.empty());
+    EXPECT_EQ(fReceived.size(), 1U);
+    // Down since before the field waits.
+    Press(kQ, false, 800);
+    Press(kQ, true, 1300);
+    Release(kQ, false, 1340);
+    EXPECT_EQ(fField->fSeen.size(), 3U) << "a key that was taken once is the window's again";
+    fIsWaiting = true;
+    Press(kQ, false, 1340);
+    EXPECT_EQ(fReceived.size(), 1U);
+    EXPECT_TRUE(fIsWaiting);
+    Release(kQ, false, 1380);
+    Press(kQ, false, 1381);
+    EXPECT_EQ(fReceived.size(), 2U) << "released and pressed again";
 }
 
 TEST_F(KeystrokeCapture, SwappedTwice_IsAsBefore) {
