@@ -29,6 +29,8 @@ enum : std::uint8_t {
     kPrinted = 255, // not a character: what the layout says
 };
 
+constexpr std::uint8_t kClearKey = 0x47;
+
 struct Key {
     std::uint8_t keyCode;
     std::uint16_t scanCode;
@@ -221,6 +223,12 @@ std::uint16_t ScanCodeToSend(std::uint8_t keyCode) {
     }
     const auto *key = std::ranges::find(kKeyTable, keyCode, &Key::keyCode);
     return key != kKeyTable.end() ? key->scanCode : std::uint16_t{0};
+}
+
+bool NeverPrints(std::uint8_t keyCode) {
+    const auto *key = std::ranges::find(kKeyTable, keyCode, &Key::keyCode);
+    return key != kKeyTable.end() && keyCode != kClearKey && key->character != kNothing &&
+           (key->character < kSpace || key->character == kForwardDelete);
 }
 
 std::array<std::uint8_t, 128> KeyCharacters(const KeyboardCharacters &layout) {

@@ -36,6 +36,10 @@ inline constexpr std::uint16_t kScanCodeOffset = 8;
     return keyCode >= 54 && keyCode <= 63;
 }
 
+// Whether the key prints nothing in any layout and with any modifier: escape, function keys, arrows, return and
+// the like, but neither space nor clear, on which some layouts put characters.
+[[nodiscard]] bool NeverPrints(std::uint8_t keyCode);
+
 // The character of each key without modifiers under a layout, in Mac OS Roman, by virtual key code. Keys that
 // print nothing have the platform's control character for their kind, modifier keys and numbers that are no
 // key 0. The keypad's digits and operators are the same in every layout.

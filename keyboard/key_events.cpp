@@ -74,8 +74,12 @@ std::uint8_t KeyCodeOfCharacter(std::uint8_t character, bool isOnKeypad) {
     return kNoKeyCode;
 }
 
+bool IsPrintingKey(int key) {
+    return key > Qt::Key_Space && key <= 0xFFFF;
+}
+
 std::uint8_t KeyCodeOfPrintingKey(int key, bool isOnKeypad) {
-    if (key <= Qt::Key_Space || key > 0xFFFF) {
+    if (!IsPrintingKey(key)) {
         return kNoKeyCode;
     }
     const std::string typed = QString(QChar(key).toLower()).toStdString();
@@ -105,7 +109,9 @@ std::uint8_t KeyCodeOf(const QKeyEvent &event) {
         scanCode > kScanCodeOffset && scanCode <= UINT16_MAX
             ? KeyCodeFromScanCode(static_cast<std::uint16_t>(scanCode - kScanCodeOffset))
             : kNoKeyCode;
-    return keyCode == kNoKeyCode || IsModifierKey(keyCode) ? KeyCodeOfMeaning(event) : keyCode;
+    const bool isOther = keyCode == kNoKeyCode || IsModifierKey(keyCode);
+    const bool isInvented = NeverPrints(keyCode) && IsPrintingKey(event.key());
+    return isOther || isInvented ? KeyCodeOfMeaning(event) : keyCode;
 }
 
 struct ModifierRow {
@@ -113,12 +119,13 @@ struct ModifierRow {
     std::uint32_t native;
     std::uint16_t bit;
 };
-// Qt knows nothing of caps lock, and on Wayland nothing of AltGr. Their bits in the event's native modifiers
-// are those of X11 (LockMask and Mod5Mask), which the key maps of Wayland keep.
+// Qt knows nothing of caps lock, and of AltGr only some of what layouts make of it. Their bits in the event's
+// native modifiers are those of X11 (LockMask and Mod5Mask; Mod3Mask where AltGr chooses a fifth level, as in
+// the German layout Neo), which the key maps of Wayland keep.
 constexpr auto kModifierRows = std::to_array<ModifierRow>({
     {Qt::ShiftModifier, 0, kShiftModifier},
     {{}, 1U << 1, kCapsLockModifier},
-    {Qt::AltModifier | Qt::GroupSwitchModifier, 1U << 7, kOptionModifier},
+    {Qt::AltModifier | Qt::GroupSwitchModifier, (1U << 7) | (1U << 5), kOptionModifier},
     {Qt::MetaModifier, 0, kCommandModifier},
     {Qt::ControlModifier, 0, kControlModifier},
 });

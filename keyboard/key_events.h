@@ -28,8 +28,9 @@ struct Keystroke {
 //
 // A key is known by its scan code, so it has the same code in every layout and with every modifier, and a
 // key of the keypad is one of its digits and operators whether Num Lock is on or not. Where an event has no
-// scan code, or one that is no key, as those of on-screen keyboards have, what the key types decides, in the
-// layout that GetKeyboardInformation found. A key that the layout makes a modifier is one, and a modifier
+// scan code, or one that cannot be right, as those of on-screen keyboards, which number their keys as they
+// like, what the key types decides, in the layout that GetKeyboardInformation found: so for a letter with the
+// code of Escape. A key that the layout makes a modifier is one, and a modifier
 // key that it makes an ordinary key, as Caps Lock to Escape, is that key.
 [[nodiscard]] std::optional<Keystroke> KeystrokeOfEvent(const QKeyEvent &event, CommandKey commandKey);
 

@@ -23,6 +23,7 @@ namespace {
 
 constexpr auto kKeypad = Qt::KeypadModifier;
 constexpr std::uint32_t kLock = 0x02; // native modifiers, as X11 and Wayland give them
+constexpr std::uint32_t kMod3 = 0x20;
 constexpr std::uint32_t kMod5 = 0x80;
 
 // A key as the plug-ins of X11 and Wayland tell of it; both add 8 to the scan code.
@@ -126,12 +127,19 @@ TEST_F(KeystrokeCapture, KeyDown_IsStoredByItsPlaceAndModifiers) {
         {{KEY_A, Qt::Key_A, Qt::ShiftModifier, kLock | 0x01, 'a'}, {0x00, 0x0600}},
         {{KEY_Q, Qt::Key_At, Qt::GroupSwitchModifier, kMod5, '@'}, {0x0C, 0x0800}}, // AltGr on X11
         {{KEY_Q, Qt::Key_At, {}, kMod5, '@'}, {0x0C, 0x0800}},                      // AltGr on Wayland
+        {{KEY_Q, Qt::Key_PageUp, {}, kMod3, 0xFF55}, {0x0C, 0x0800}},               // AltGr in Neo
         {{KEY_CAPSLOCK, Qt::Key_Escape, {}, 0, 0xFF1B}, {0x35, 0}},                 // made Escape
         // Without a scan code, as on-screen keyboards and remote displays send keys.
         {{0, Qt::Key_A, Qt::ControlModifier, 0, 0}, {0x00, 0x1000}},
         {{0, Qt::Key_Exclam, Qt::ShiftModifier, 0, 0}, {0x12, 0x0200}},
         {{0, Qt::Key_Delete, {}, 0, 0}, {0x75, 0}},
         {{0, Qt::Key_Delete, kKeypad, 0, 0}, {0x41, 0}},
+        // Keyboards that number their keys from 1: every letter was stored as Escape.
+        {{KEY_ESC, Qt::Key_A, Qt::ControlModifier, 0x04, 'a'}, {0x00, 0x1000}},
+        {{KEY_F1, Qt::Key_Exclam, Qt::ShiftModifier, 0x01, '!'}, {0x12, 0x0200}},
+        {{KEY_UP, Qt::Key_Z, {}, 0, 'z'}, {0x06, 0}},
+        {{KEY_SPACE, Qt::Key_nobreakspace, {}, kMod5, 0xA0}, {0x31, 0x0800}}, // as layouts have it
+        {{KEY_NUMLOCK, Qt::Key_Equal, {}, kMod5, '='}, {0x47, 0x0800}},       // in the German layout Neo
     };
     for (const auto &row : rows) {
         EXPECT_EQ(PressWaiting(row.key), std::vector{row.stored});
@@ -156,9 +164,12 @@ TEST_F(KeystrokeCapture, KeysThatModify_Pass) {
     }
     EXPECT_TRUE(fIsWaiting && fReceived.empty());
     // One that cannot be stored does nothing at all.
-    fField->fSeen.clear();
-    EXPECT_TRUE(PressWaiting({KEY_PLAYPAUSE, Qt::Key_MediaTogglePlayPause, {}, 0, 0x1008FF14}).empty());
-    EXPECT_TRUE(fField->fSeen.empty() && !fShortcutsSawKey && fIsWaiting);
+    for (const Key &key : {Key{KEY_PLAYPAUSE, Qt::Key_MediaTogglePlayPause, {}, 0, 0x1008FF14},
+                           Key{KEY_ESC, 0x0419, {}, 0, 0x06CA}}) { // a letter that the layout lacks
+        fField->fSeen.clear();
+        EXPECT_TRUE(PressWaiting(key).empty());
+        EXPECT_TRUE(fField->fSeen.empty() && !fShortcutsSawKey && fIsWaiting) << key.key;
+    }
 }
 
 TEST_F(KeystrokeCapture, KeyDown_IsTakenOnceAndWithAllThatFollows) {
