@@ -2,13 +2,13 @@
 
 #include "keyboard/key_codes.h"
 #include "keyboard/key_names.h"
-#include "platform/mac_roman.h"
 #include "settings/app_prefs.h"
 
 #include <QKeyEvent>
 
 #include <algorithm>
 #include <array>
+#include <string>
 #include <string_view>
 
 namespace drevix {
@@ -64,10 +64,10 @@ bool IsModifierSymbol(std::uint32_t symbol) {
 }
 
 // The key that types a character in the layout in force.
-std::uint8_t KeyCodeOfCharacter(std::uint8_t character, bool isOnKeypad) {
+std::uint8_t KeyCodeOfCharacter(const std::string &character, bool isOnKeypad) {
     constexpr std::uint8_t kEndOfKeys = std::tuple_size_v<decltype(gAsciiTable)>;
     for (std::uint8_t keyCode = 0; keyCode < kEndOfKeys; ++keyCode) {
-        if (IsKeypadKey(keyCode) == isOnKeypad && GetKeyChar(keyCode) == character) {
+        if (IsKeypadKey(keyCode) == isOnKeypad && KeyCaption(keyCode) == character) {
             return keyCode;
         }
     }
@@ -83,15 +83,11 @@ std::uint8_t KeyCodeOfPrintingKey(int key, bool isOnKeypad) {
         return kNoKeyCode;
     }
     const std::string typed = QString(QChar(key).toLower()).toStdString();
-    if (!FitsMacRoman(typed)) {
-        return kNoKeyCode;
-    }
-    const auto character = static_cast<std::uint8_t>(MacRomanFromUtf8(typed)[0]);
-    const std::uint8_t keyCode = KeyCodeOfCharacter(character, isOnKeypad);
-    const std::size_t shifted = kShifted.find(static_cast<char>(character));
+    const std::uint8_t keyCode = KeyCodeOfCharacter(typed, isOnKeypad);
+    const std::size_t shifted = typed.size() == 1 ? kShifted.find(typed[0]) : std::string_view::npos;
     return keyCode != kNoKeyCode || shifted == std::string_view::npos
                ? keyCode
-               : KeyCodeOfCharacter(static_cast<std::uint8_t>(kUnshifted[shifted]), isOnKeypad);
+               : KeyCodeOfCharacter(std::string(1, kUnshifted[shifted]), isOnKeypad);
 }
 
 std::uint8_t KeyCodeOfMeaning(const QKeyEvent &event) {

@@ -6,12 +6,17 @@
 
 #include <algorithm>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace drevix {
 
 std::array<std::uint8_t, 128> gAsciiTable{};
 
 namespace {
+
+// In UTF-8 what is printed on the keys that gAsciiTable has nothing for.
+std::array<std::string, 128> gPrintedBeside;
 
 constexpr std::uint8_t kFunctionCharacter = 16;
 constexpr std::uint8_t kEscapeCharacter = 27;
@@ -106,8 +111,17 @@ void WriteModifiers(std::uint8_t keyCode, std::uint8_t modifiers, StringPtr name
 
 void GetKeyboardInformation() {
     KeyboardCharacters characters;
-    if (CurrentKeyboardCharacters(&characters)) {
-        gAsciiTable = KeyCharacters(characters);
+    std::vector<UnnamedKey> unnamed;
+    if (!CurrentKeyboardCharacters(&characters, &unnamed)) {
+        return;
+    }
+    gAsciiTable = KeyCharacters(characters);
+    gPrintedBeside = {};
+    for (UnnamedKey &key : unnamed) {
+        const std::uint8_t keyCode = KeyCodeFromScanCode(key.scanCode);
+        if (keyCode != kNoKeyCode && GetKeyChar(keyCode) == 0) {
+            gPrintedBeside[keyCode] = std::move(key.printed);
+        }
     }
 }
 
@@ -159,11 +173,22 @@ void GetKeyCombinationName(std::uint16_t key, std::uint16_t modifiers, StringPtr
     PStringCat(keyName.data(), name, limit);
 }
 
-std::string KeystrokeText(std::uint8_t keyCode, std::uint16_t modifiers) {
-    Str255 name{};
-    const auto key = static_cast<std::uint16_t>(keyCode == kNoKeyCode ? 0xFFFF : keyCode << 8);
-    GetKeyCombinationName(key, modifiers, name.data(), 255, 0);
+std::string KeyCaption(std::uint8_t keyCode) {
+    if (const std::string &printed = gPrintedBeside[keyCode & 0x7F]; !printed.empty()) {
+        return printed;
+    }
+    Str63 name{};
+    GetKeyName(keyCode, name.data(), 63);
     return stringWithPascalString(name.data());
+}
+
+std::string KeystrokeText(std::uint8_t keyCode, std::uint16_t modifiers) {
+    if (keyCode == kNoKeyCode || modifiers == 0xFFFF) {
+        return "(none)";
+    }
+    Str255 name{};
+    GetModifiersName(keyCode, static_cast<std::uint8_t>(modifiers >> 8), name.data(), 255);
+    return stringWithPascalString(name.data()) + KeyCaption(keyCode);
 }
 
 std::string ModifiersText(std::uint16_t modifiers) {

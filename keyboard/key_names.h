@@ -36,7 +36,10 @@ void GetKeyName(std::uint8_t keyCode, StringPtr name, std::int16_t limit);
 void GetKeyCombinationName(std::uint16_t key, std::uint16_t modifiers, StringPtr name, std::int16_t limit,
                            std::uint16_t useCodes);
 
-// In UTF-8, from the fields of an ActionSlot: "cmd+shift+a", "(none)" for kNoKeyCode; and "cmd+shift", empty
+// For people, in UTF-8: the name of a key as above, or for one that the table has nothing for the character
+// that is printed on it. May throw std::bad_alloc.
+[[nodiscard]] std::string KeyCaption(std::uint8_t keyCode);
+// A whole keystroke with the key's caption, from the fields of an ActionSlot: "cmd+shift+a", "(none)" for kNoKeyCode; and "cmd+shift", empty
 // without a modifier. May throw std::bad_alloc.
 [[nodiscard]] std::string KeystrokeText(std::uint8_t keyCode, std::uint16_t modifiers);
 [[nodiscard]] std::string ModifiersText(std::uint16_t modifiers);

@@ -86,9 +86,7 @@ QString KeyText(const ActionSlot &slot) {
     if (slot.keyCode == kNoKeyCode) {
         return MenuText(QT_TRANSLATE_NOOP("Menus", "(none)"));
     }
-    Str255 name{};
-    GetKeyCombinationName(static_cast<std::uint16_t>(slot.keyCode << 8), slot.modifiers, name.data(), 255, 0);
-    return TextOf(name);
+    return TextOf(KeystrokeText(slot.keyCode, slot.modifiers));
 }
 
 QString ModifierText(std::uint16_t modifiers) {

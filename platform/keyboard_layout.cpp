@@ -40,7 +40,10 @@ struct Layout {
 };
 
 // What each key of one group gives without modifiers, by scan code.
-using Symbols = std::array<xkb_keysym_t, kKeys>;
+struct Symbols {
+    std::array<xkb_keysym_t, kKeys> ofKey{};
+    std::bitset<kKeys> isOnKeypad;
+};
 
 struct DeadKey {
     xkb_keysym_t symbol;
@@ -77,24 +80,30 @@ xkb_keysym_t SymbolAt(xkb_keymap *keymap, xkb_keycode_t key, xkb_layout_index_t 
     return count == 1 ? *symbols : xkb_keysym_t{XKB_KEY_NoSymbol};
 }
 
-// The first level is that without modifiers. Keypad keys print on the second, with Num Lock on.
-xkb_keysym_t SymbolOf(xkb_keymap *keymap, xkb_keycode_t key, xkb_layout_index_t group) {
-    const xkb_keysym_t symbol = SymbolAt(keymap, key, group, 0);
+bool IsOfKeypad(xkb_keysym_t symbol) {
+    return symbol >= XKB_KEY_KP_Space && symbol <= XKB_KEY_KP_Equal;
+}
+
+// `symbol` is that of the first level, the one without modifiers. Keypad keys print on the second, with Num
+// Lock on.
+xkb_keysym_t PrintedSymbol(xkb_keymap *keymap, xkb_keycode_t key, xkb_layout_index_t group,
+                           xkb_keysym_t symbol) {
     const auto *dead = std::ranges::find(kDeadKeys, symbol, &DeadKey::symbol);
     if (dead != kDeadKeys.end()) {
         return dead->accent;
     }
-    const bool isKeypad = symbol >= XKB_KEY_KP_Space && symbol <= XKB_KEY_KP_Equal;
-    return isKeypad && !Prints(symbol) ? SymbolAt(keymap, key, group, 1) : symbol;
+    return IsOfKeypad(symbol) && !Prints(symbol) ? SymbolAt(keymap, key, group, 1) : symbol;
 }
 
 Symbols SymbolsOf(xkb_keymap *keymap, xkb_layout_index_t group) {
-    Symbols symbols{};
+    Symbols symbols;
     const xkb_keycode_t first = std::max(xkb_keymap_min_keycode(keymap), kKeycodeOffset);
     const xkb_keycode_t end =
         std::min<xkb_keycode_t>(xkb_keymap_max_keycode(keymap) + 1, kKeys + kKeycodeOffset);
     for (xkb_keycode_t key = first; key < end; ++key) {
-        symbols[key - kKeycodeOffset] = SymbolOf(keymap, key, group);
+        const xkb_keysym_t symbol = SymbolAt(keymap, key, group, 0);
+        symbols.ofKey[key - kKeycodeOffset] = PrintedSymbol(keymap, key, group, symbol);
+        symbols.isOnKeypad.set(key - kKeycodeOffset, IsOfKeypad(symbol));
     }
     return symbols;
 }
@@ -102,7 +111,7 @@ Symbols SymbolsOf(xkb_keymap *keymap, xkb_layout_index_t group) {
 // Latin layouts differ in where the letters are, and some leave out a few; all others have none.
 bool IsLatin(const Symbols &symbols) {
     std::bitset<XKB_KEY_z - XKB_KEY_a + 1> letters;
-    for (const xkb_keysym_t symbol : symbols) {
+    for (const xkb_keysym_t symbol : symbols.ofKey) {
         if (symbol >= XKB_KEY_a && symbol <= XKB_KEY_z) {
             letters.set(symbol - XKB_KEY_a);
         }
@@ -110,29 +119,53 @@ bool IsLatin(const Symbols &symbols) {
     return letters.count() >= letters.size() / 2;
 }
 
-// 0 for a character that Mac OS Roman lacks.
-std::uint8_t MacRomanOf(xkb_keysym_t symbol) {
+std::string Utf8Of(xkb_keysym_t symbol) {
     std::array<char, 8> text{};
     xkb_keysym_to_utf8(symbol, text.data(), text.size());
-    return FitsMacRoman(text.data()) ? static_cast<std::uint8_t>(MacRomanFromUtf8(text.data())[0]) : 0;
+    return text.data();
 }
 
-// Characters being gathered, the first layer that has a say about a key deciding it.
+// 0 for a character that Mac OS Roman lacks.
+std::uint8_t MacRomanOf(xkb_keysym_t symbol) {
+    const std::string text = Utf8Of(symbol);
+    return FitsMacRoman(text) ? static_cast<std::uint8_t>(MacRomanFromUtf8(text)[0]) : 0;
+}
+
+// Characters being gathered, the first layer that has a say about a key deciding it. No later layer has one
+// about a character that a key has already: it would lead to the wrong key.
 struct Gathering {
     KeyboardCharacters characters{};
     std::bitset<kKeys> decided;
+    std::bitset<256> taken; // of the characters, those of keys beside the keypad
 
     void TakeUp(const Symbols &symbols) {
+        const std::bitset<256> takenBefore = taken;
         for (std::size_t key = 0; key < kKeys; ++key) {
             if (decided.test(key)) {
                 continue;
             }
-            const bool prints = Prints(symbols[key]);
-            characters[key] = prints ? MacRomanOf(symbols[key]) : std::uint8_t{0};
+            const bool prints = Prints(symbols.ofKey[key]);
+            const std::uint8_t character = prints ? MacRomanOf(symbols.ofKey[key]) : std::uint8_t{0};
+            const bool isOnKeypad = symbols.isOnKeypad.test(key);
+            if (character != 0 && (isOnKeypad || !takenBefore.test(character))) {
+                characters[key] = character;
+                taken.set(character, taken.test(character) || !isOnKeypad);
+            }
             decided.set(key, !prints || characters[key] != 0);
         }
     }
 };
+
+// The keys that print what no character stands for.
+std::vector<UnnamedKey> UnnamedKeysOf(const Symbols &symbols, const KeyboardCharacters &characters) {
+    std::vector<UnnamedKey> keys;
+    for (std::size_t key = 0; key < kKeys; ++key) {
+        if (characters[key] == 0 && Prints(symbols.ofKey[key])) {
+            keys.push_back({static_cast<std::uint16_t>(key), Utf8Of(symbols.ofKey[key])});
+        }
+    }
+    return keys;
+}
 
 Keymap KeymapOfNames(xkb_context *context, const KeyboardLayoutNames &names) {
     const xkb_rule_names wanted = {names.rules.c_str(), names.model.c_str(), names.layout.c_str(),
@@ -145,26 +178,41 @@ const KeyboardLayoutNames &UsLayout() {
     return names;
 }
 
-bool GatherCharacters(xkb_context *context, const Layout &layout, KeyboardCharacters *characters) {
+// The groups that write the Latin script, the one in force first.
+std::vector<Symbols> LatinGroups(const Layout &layout) {
+    std::vector<Symbols> latin;
+    const xkb_layout_index_t groups = xkb_keymap_num_layouts(layout.keymap.get());
+    for (xkb_layout_index_t i = 0; i < groups; ++i) {
+        Symbols symbols = SymbolsOf(layout.keymap.get(), (layout.group + i) % groups);
+        if (IsLatin(symbols)) {
+            latin.push_back(std::move(symbols));
+        }
+    }
+    return latin;
+}
+
+bool GatherCharacters(xkb_context *context, const Layout &layout, KeyboardCharacters *characters,
+                      std::vector<UnnamedKey> *unnamed) {
     if (layout.keymap == nullptr) {
         return false;
     }
+    const std::vector<Symbols> latin = LatinGroups(layout);
     Gathering gathering;
-    const xkb_layout_index_t groups = xkb_keymap_num_layouts(layout.keymap.get());
-    for (xkb_layout_index_t i = 0; i < groups; ++i) {
-        const Symbols symbols = SymbolsOf(layout.keymap.get(), (layout.group + i) % groups);
-        if (IsLatin(symbols)) {
-            gathering.TakeUp(symbols);
-        }
+    for (const Symbols &symbols : latin) {
+        gathering.TakeUp(symbols);
     }
     if (!gathering.decided.all()) { // rare, and a keymap takes milliseconds to make
         const Keymap us = KeymapOfNames(context, UsLayout());
-        if (us == nullptr && gathering.decided.none()) {
+        if (us == nullptr && latin.empty()) {
             return false;
         }
         if (us != nullptr) {
             gathering.TakeUp(SymbolsOf(us.get(), 0));
         }
+    }
+    if (unnamed != nullptr) {
+        *unnamed =
+            latin.empty() ? std::vector<UnnamedKey>() : UnnamedKeysOf(latin.front(), gathering.characters);
     }
     *characters = gathering.characters;
     return true;
@@ -265,24 +313,25 @@ KeyboardLayoutNames ConfiguredKeyboardLayout() {
     return names.layout.empty() ? UsLayout() : names;
 }
 
-bool KeyboardCharactersOfLayout(const KeyboardLayoutNames &names, KeyboardCharacters *characters) try {
+bool KeyboardCharactersOfLayout(const KeyboardLayoutNames &names, KeyboardCharacters *characters,
+                                std::vector<UnnamedKey> *unnamed) try {
     const Context context = MakeContext();
     return context != nullptr &&
-           GatherCharacters(context.get(), {KeymapOfNames(context.get(), names), 0}, characters);
+           GatherCharacters(context.get(), {KeymapOfNames(context.get(), names), 0}, characters, unnamed);
 } catch (const std::bad_alloc &) {
     return false;
 }
 
-bool CurrentKeyboardCharacters(KeyboardCharacters *characters) try {
+bool CurrentKeyboardCharacters(KeyboardCharacters *characters, std::vector<UnnamedKey> *unnamed) try {
     const Context context = MakeContext();
     if (context == nullptr) {
         return false;
     }
-    if (GatherCharacters(context.get(), LayoutOfXServer(context.get()), characters)) {
+    if (GatherCharacters(context.get(), LayoutOfXServer(context.get()), characters, unnamed)) {
         return true;
     }
-    return KeyboardCharactersOfLayout(ConfiguredKeyboardLayout(), characters) ||
-           KeyboardCharactersOfLayout(UsLayout(), characters);
+    return KeyboardCharactersOfLayout(ConfiguredKeyboardLayout(), characters, unnamed) ||
+           KeyboardCharactersOfLayout(UsLayout(), characters, unnamed);
 } catch (const std::bad_alloc &) {
     return false;
 }

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace drevix {
 
@@ -20,18 +21,27 @@ struct KeyboardLayoutNames {
 // A dead key has its accent as a character of its own where Mac OS Roman has it. Every key is looked at by
 // itself: a dead key changes nothing about another. A layout that does not write the Latin script (Russian,
 // Greek) is replaced by the first that does of those that stand beside it, else by the US one; in a Latin
-// layout only the keys whose characters Mac OS Roman lacks are.
+// layout only the keys whose characters Mac OS Roman lacks are, and only by a character that no other key
+// has: the Czech u with ring is no semicolon, which is elsewhere in that layout. Such a key has 0.
 using KeyboardCharacters = std::array<std::uint8_t, 256>;
 
-// The characters of the layout in force: that of the X server in $DISPLAY, with the group chosen there; where
-// none can be reached the first of ConfiguredKeyboardLayout; where that is no layout the US one. False, with
-// *characters unchanged, when none can be had.
-[[nodiscard]] bool CurrentKeyboardCharacters(KeyboardCharacters *characters);
+// A key of a Latin layout that prints something and has no character all the same.
+struct UnnamedKey {
+    std::uint16_t scanCode;
+    std::string printed; // its own character, in UTF-8
+};
 
-// The same for the first of the named layouts. False, with *characters unchanged, when there is no such
+// The characters of the layout in force: that of the X server in $DISPLAY, with the group chosen there; where
+// none can be reached the first of ConfiguredKeyboardLayout; where that is no layout the US one. The unnamed
+// keys are for who asks. False, with the outputs unchanged, when no layout can be had.
+[[nodiscard]] bool CurrentKeyboardCharacters(KeyboardCharacters *characters,
+                                             std::vector<UnnamedKey> *unnamed = nullptr);
+
+// The same for the first of the named layouts. False, with the outputs unchanged, when there is no such
 // layout.
 [[nodiscard]] bool KeyboardCharactersOfLayout(const KeyboardLayoutNames &names,
-                                              KeyboardCharacters *characters);
+                                              KeyboardCharacters *characters,
+                                              std::vector<UnnamedKey> *unnamed = nullptr);
 
 // The layout that the user, else the system, has set: $XKB_DEFAULT_LAYOUT and its companions, else that of
 // the system's keyboard file, /etc/default/keyboard, else "us". May throw std::bad_alloc.
