@@ -107,14 +107,7 @@ void WriteModifiers(std::uint8_t keyCode, std::uint8_t modifiers, StringPtr name
     }
 }
 
-} // namespace
-
-void GetKeyboardInformation() {
-    KeyboardCharacters characters;
-    std::vector<UnnamedKey> unnamed;
-    if (!CurrentKeyboardCharacters(&characters, &unnamed)) {
-        return;
-    }
+void BuildTables(const KeyboardCharacters &characters, std::vector<UnnamedKey> &unnamed) {
     gAsciiTable = KeyCharacters(characters);
     gPrintedBeside = {};
     for (UnnamedKey &key : unnamed) {
@@ -123,6 +116,26 @@ void GetKeyboardInformation() {
             gPrintedBeside[keyCode] = std::move(key.printed);
         }
     }
+}
+
+} // namespace
+
+void GetKeyboardInformation(WindowSystem first) {
+    KeyboardCharacters characters;
+    std::vector<UnnamedKey> unnamed;
+    if (CurrentKeyboardCharacters(&characters, &unnamed, first)) {
+        BuildTables(characters, unnamed);
+    }
+}
+
+bool GetKeyboardInformationOver(void *waylandConnection) {
+    KeyboardCharacters characters;
+    std::vector<UnnamedKey> unnamed;
+    if (!KeyboardCharactersOfCompositor(waylandConnection, &characters, &unnamed)) {
+        return false;
+    }
+    BuildTables(characters, unnamed);
+    return true;
 }
 
 std::uint8_t GetKeyChar(std::uint8_t keyCode) {

@@ -2,6 +2,7 @@
 // Names are Pascal strings, cut at the caller's limit of characters. Main thread only.
 #pragma once
 
+#include "platform/keyboard_layout.h"
 #include "platform/types.h"
 
 #include <array>
@@ -16,9 +17,12 @@ namespace drevix {
 // their kind (16: a function key).
 extern std::array<std::uint8_t, 128> gAsciiTable;
 
-// Builds gAsciiTable from the keyboard layout in force; leaves it unchanged when there is none. Later changes
-// of the layout are not followed.
-void GetKeyboardInformation();
+// Builds gAsciiTable from the keyboard layout in force, that of this window system where there are both;
+// leaves it unchanged when there is none. Later changes of the layout are not followed.
+void GetKeyboardInformation(WindowSystem first = WindowSystem::Wayland);
+// The same from a Wayland compositor, over the connection, a wl_display, that the program's windows have. False,
+// with the table unchanged, when it gives no keymap.
+[[nodiscard]] bool GetKeyboardInformationOver(void *waylandConnection);
 
 // The table's entry for the low seven bits of the key code.
 [[nodiscard]] std::uint8_t GetKeyChar(std::uint8_t keyCode);

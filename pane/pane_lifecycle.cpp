@@ -2,8 +2,8 @@
 #include "pane/drevix_pane.h"
 
 #include "companion/korvane_sync.h"
-#include "keyboard/key_names.h"
 #include "keyboard/keystroke_capture.h"
+#include "keyboard/layout_of_windows.h"
 #include "pane/editor_tables.h"
 #include "pane/pane_text.h"
 #include "platform/resources.h"
@@ -100,7 +100,7 @@ void DrevixPane::Tell(const QString &problem) {
 void DrevixPane::mainViewDidLoad() {
     gDrevixPane = this;
     mainView();
-    GetKeyboardInformation();
+    GetKeyboardInformationOfWindows(this, [this] { GetUIFromPrefs(); });
     if (!fIsDrawnOnly) {
         StartHelper();
         std::ignore = RegisterHelpBooks(); // told of when a page is asked for

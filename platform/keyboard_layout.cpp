@@ -3,9 +3,11 @@
 #include "platform/file_update.h"
 #include "platform/mac_roman.h"
 #include "platform/status.h"
+#include "platform/wayland_keyboard.h"
 
 #include <algorithm>
 #include <bitset>
+#include <chrono>
 #include <cstdlib>
 #include <memory>
 #include <new>
@@ -31,6 +33,8 @@ using Connection = std::unique_ptr<xcb_connection_t, Releaser<xcb_disconnect>>;
 
 constexpr const char *kKeyboardFile = "/etc/default/keyboard";
 constexpr xkb_keycode_t kKeycodeOffset = 8; // X11 keeps the key codes 0 to 7 for itself
+constexpr xkb_keycode_t kEscapeKey = kKeycodeOffset + 1;
+constexpr std::chrono::milliseconds kLongestWait{200}; // for a compositor, at the start of a program
 constexpr std::size_t kKeys = std::tuple_size_v<KeyboardCharacters>;
 
 // A keymap, null for none, and the one of its groups of symbols that is in force.
@@ -218,6 +222,22 @@ bool GatherCharacters(xkb_context *context, const Layout &layout, KeyboardCharac
     return true;
 }
 
+// Without a keymap when the compositor gives none or one that an on-screen keyboard, which numbers its keys as
+// it likes, has made: no layout has a character on Escape.
+Layout LayoutOf(xkb_context *context, const WaylandKeymap &read) {
+    Keymap keymap(xkb_keymap_new_from_buffer(context, read.text.data(), read.text.size(),
+                                             XKB_KEYMAP_FORMAT_TEXT_V1, XKB_KEYMAP_COMPILE_NO_FLAGS));
+    if (keymap == nullptr || Prints(SymbolAt(keymap.get(), kEscapeKey, 0, 0))) {
+        return {};
+    }
+    return {std::move(keymap), read.group.value_or(0)};
+}
+
+Layout LayoutOfCompositor(xkb_context *context) {
+    WaylandKeymap read;
+    return ReadWaylandKeymap(kLongestWait, &read) ? LayoutOf(context, read) : Layout();
+}
+
 Layout LayoutOfXServer(xkb_context *context) {
     if (const char *display = std::getenv("DISPLAY"); display == nullptr || *display == '\0') {
         return {};
@@ -322,16 +342,31 @@ bool KeyboardCharactersOfLayout(const KeyboardLayoutNames &names, KeyboardCharac
     return false;
 }
 
-bool CurrentKeyboardCharacters(KeyboardCharacters *characters, std::vector<UnnamedKey> *unnamed) try {
+bool CurrentKeyboardCharacters(KeyboardCharacters *characters, std::vector<UnnamedKey> *unnamed,
+                               WindowSystem first) try {
     const Context context = MakeContext();
     if (context == nullptr) {
         return false;
     }
-    if (GatherCharacters(context.get(), LayoutOfXServer(context.get()), characters, unnamed)) {
-        return true;
+    std::array systems = {LayoutOfCompositor, LayoutOfXServer};
+    std::ranges::rotate(systems, systems.begin() + (first == WindowSystem::X11 ? 1 : 0));
+    for (const auto &layoutOf : systems) {
+        if (GatherCharacters(context.get(), layoutOf(context.get()), characters, unnamed)) {
+            return true;
+        }
     }
     return KeyboardCharactersOfLayout(ConfiguredKeyboardLayout(), characters, unnamed) ||
            KeyboardCharactersOfLayout(UsLayout(), characters, unnamed);
+} catch (const std::bad_alloc &) {
+    return false;
+}
+
+bool KeyboardCharactersOfCompositor(void *connection, KeyboardCharacters *characters,
+                                    std::vector<UnnamedKey> *unnamed) try {
+    WaylandKeymap read;
+    const Context context = MakeContext();
+    return context != nullptr && ReadWaylandKeymapOver(connection, kLongestWait, &read) &&
+           GatherCharacters(context.get(), LayoutOf(context.get(), read), characters, unnamed);
 } catch (const std::bad_alloc &) {
     return false;
 }

@@ -31,11 +31,22 @@ struct UnnamedKey {
     std::string printed; // its own character, in UTF-8
 };
 
-// The characters of the layout in force: that of the X server in $DISPLAY, with the group chosen there; where
-// none can be reached the first of ConfiguredKeyboardLayout; where that is no layout the US one. The unnamed
-// keys are for who asks. False, with the outputs unchanged, when no layout can be had.
+// Which of the two is asked first where a session has both.
+enum class WindowSystem : std::uint8_t { Wayland, X11 };
+
+// The characters of the layout in force: that of the compositor of $WAYLAND_DISPLAY or of the X server in
+// $DISPLAY, with the group chosen there; where none can be reached the first of ConfiguredKeyboardLayout; where
+// that is no layout the US one. Of several groups a compositor tells the chosen one only to the client with the
+// keyboard focus: here it is the first. A compositor that hangs costs 200 ms. The unnamed keys are for who asks.
+// False, with the outputs unchanged, when no layout can be had.
 [[nodiscard]] bool CurrentKeyboardCharacters(KeyboardCharacters *characters,
-                                             std::vector<UnnamedKey> *unnamed = nullptr);
+                                             std::vector<UnnamedKey> *unnamed = nullptr,
+                                             WindowSystem first = WindowSystem::Wayland);
+
+// The same from the compositor alone over a connection that the program has, a wl_display: with the chosen
+// group while the program has the keyboard focus. False, with the outputs unchanged, when it gives no keymap.
+[[nodiscard]] bool KeyboardCharactersOfCompositor(void *connection, KeyboardCharacters *characters,
+                                                  std::vector<UnnamedKey> *unnamed = nullptr);
 
 // The same for the first of the named layouts. False, with the outputs unchanged, when there is no such
 // layout.

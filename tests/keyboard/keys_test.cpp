@@ -266,6 +266,7 @@ TEST_F(Keys, Characters_AreFoundOnTheKeysThatPrintThem) {
 // reason to have none.
 TEST_F(Keys, GetKeyboardInformation_FollowsTheEnvironment) {
     ::unsetenv("DISPLAY");
+    ::unsetenv("WAYLAND_DISPLAY");
     ::setenv("XKB_DEFAULT_LAYOUT", "cz", 1);
     GetKeyboardInformation();
     EXPECT_EQ(KeystrokeText(0x29, 0x1000), "ctrl+\u016F") << "a key without a name shows what it prints";
