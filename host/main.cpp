@@ -147,6 +147,10 @@ int main(int argc, char **argv) {
         return WritePicture(window, picture, &problem) ? 0 : Fail(problem, 1);
     }
     ObeyEndRequests(application);
+#if QT_CONFIG(sessionmanager)
+    QObject::connect(&application, &QGuiApplication::commitDataRequest, &window, &PanelWindow::SaveForSession,
+                     Qt::DirectConnection);
+#endif
     QObject::connect(&instance, &FirstInstance::startedAgain, &window, &PanelWindow::ComeToFront);
     window.RestorePlace();
     window.show();

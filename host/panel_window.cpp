@@ -35,6 +35,7 @@ PanelWindow::PanelWindow() : fStatusLine(new QLabel(this)) {
                                     look->pixelMetric(QStyle::PM_LayoutRightMargin),
                                     look->pixelMetric(QStyle::PM_LayoutBottomMargin));
     fStatusLine->hide();
+    QCoreApplication::instance()->installEventFilter(this);
 }
 
 PanelWindow::~PanelWindow() {
@@ -99,7 +100,24 @@ void PanelWindow::hideEvent(QHideEvent *event) {
 
 void PanelWindow::closeEvent(QCloseEvent *event) {
     KeepPlace();
-    event->accept();
+    const bool isAsked = fMayAsk && fPanel != nullptr && fUse == PanelUse::Work;
+    event->setAccepted(!isAsked || fPanel->mayClose());
+}
+
+// The end of the program, as SIGTERM and the end of a session tell it, waits for no answer: the panel is left, and
+// saves what it can.
+bool PanelWindow::eventFilter(QObject *watched, QEvent *event) {
+    if (event->type() == QEvent::Quit) {
+        fMayAsk = false;
+    }
+    return QWidget::eventFilter(watched, event);
+}
+
+void PanelWindow::SaveForSession() {
+    if (fPanel != nullptr && fUse == PanelUse::Work && isVisible()) {
+        fPanel->willUnselect();
+        fPanel->didSelect();
+    }
 }
 
 // One quiet line until the next success.

@@ -32,11 +32,14 @@ class PanelWindow : public QWidget {
     void ShowForPicture();
     // Brings the window to the front, as a second start of the program asks.
     void ComeToFront();
+    // Saves as leaving the panel does, and goes on: the session may end, or may not.
+    void SaveForSession();
 
   protected:
     void showEvent(QShowEvent *event) override;
     void hideEvent(QHideEvent *event) override;
     void closeEvent(QCloseEvent *event) override;
+    bool eventFilter(QObject *watched, QEvent *event) override;
 
   private:
     void ShowProblem(const QString &problem);
@@ -45,6 +48,7 @@ class PanelWindow : public QWidget {
     PreferencePane *fPanel = nullptr; // belongs to the loader
     QLabel *fStatusLine;
     PanelUse fUse = PanelUse::Work;
+    bool fMayAsk = true; // whether somebody is there to answer when the window closes
 };
 
 } // namespace drevix

@@ -13,6 +13,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <tuple>
 
 namespace drevix {
 namespace {
@@ -221,13 +222,13 @@ void DevicePicture::leaveEvent(QEvent * /*event*/) {
 }
 
 void DevicePicture::dragEnterEvent(QDragEnterEvent *event) {
-    event->setAccepted(!DraggedItem(event->mimeData()).isEmpty());
+    std::ignore = TakeDraggedItem(event); // dropped later, if at all
 }
 
 // The control that would take the item lights up.
 void DevicePicture::dragMoveEvent(QDragMoveEvent *event) {
     SetHovered(controlAt(event->position().toPoint()));
-    event->setAccepted(fHovered >= 0);
+    event->setAccepted(fHovered >= 0 && !TakeDraggedItem(event).isEmpty());
 }
 
 void DevicePicture::dragLeaveEvent(QDragLeaveEvent * /*event*/) {
@@ -237,8 +238,9 @@ void DevicePicture::dragLeaveEvent(QDragLeaveEvent * /*event*/) {
 void DevicePicture::dropEvent(QDropEvent *event) {
     SetHovered(-1);
     const int index = controlAt(event->position().toPoint());
-    if (const QString path = DraggedItem(event->mimeData()); index >= 0 && !path.isEmpty()) {
-        event->acceptProposedAction();
+    const QString path = TakeDraggedItem(event);
+    event->setAccepted(index >= 0 && !path.isEmpty());
+    if (event->isAccepted()) {
         Q_EMIT itemDropped(index, path);
     }
 }

@@ -1,8 +1,13 @@
 // The panel's controller: what it shows and edits is one record of the settings, the working copy. Controls
 // write into the working copy at once and are redrawn from it; Apply, leaving the panel and going to the
 // background bring it into the record base and the settings file.
+//
+// Who owns what: the document owns the settings file's path and stamp, the record base, and what in it is not
+// saved yet. The controller owns the working copy and the place of its record in the base; it changes the base
+// through the document alone, and stores the working copy there before anything may bring in other records.
 #pragma once
 
+#include "document/settings_document.h"
 #include "helperlink/driver_messages.h"
 #include "keyboard/key_events.h"
 #include "keyboard/keystroke_receiver.h"
@@ -13,15 +18,13 @@
 #include "settings/app_prefs.h"
 #include "ui_pane.h"
 
-#include <QDateTime>
 #include <QPointer>
 #include <QString>
 #include <QTimer>
 #include <QWidget>
 
 #include <array>
-#include <set>
-#include <string>
+#include <chrono>
 
 namespace drevix {
 
@@ -37,11 +40,13 @@ struct PaneBundle {
 // The answer to "replace this one?" while several records are taken over.
 enum class ReplaceAnswer : std::uint8_t { Ask, All, None };
 
-// A file's state, as far as a change by another program shows in it.
-struct FileStamp {
-    QDateTime modified;
-    qint64 size = -1; // bytes; -1 for a file that is not there
-    bool operator==(const FileStamp &) const = default;
+// How long leaving the panel, and going to the background, wait for another program that is saving.
+inline constexpr std::chrono::milliseconds kLongestWait{2000};
+
+// What finds a record again among others.
+struct RecordTrace {
+    AppPrefs record;
+    int among = 0; // how many of its signature and file name come before it
 };
 
 class DrevixPane : public QObject,
@@ -61,6 +66,7 @@ class DrevixPane : public QObject,
     void mainViewDidLoad() override;
     void didSelect() override;
     void willUnselect() override;
+    bool mayClose() override;
     void setProblemHandler(ProblemHandler handler) override;
     bool showRecord(const QString &appFileName) override;
     bool showPage(int page) override;
@@ -77,7 +83,7 @@ class DrevixPane : public QObject,
 
     // For tests, which check the bytes of records. The base is another one after each load.
     [[nodiscard]] const AppPrefs &WorkingCopy() const { return fDrevixPrefs; }
-    [[nodiscard]] QBaseHandle Base() const { return fDrevixBase.get(); }
+    [[nodiscard]] QBaseHandle Base() const { return fDrevixBase; }
 
   protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
@@ -87,28 +93,37 @@ class DrevixPane : public QObject,
     void applicationStateChanged(Qt::ApplicationState state);
     void appDidBecomeActive();
     void appDidResignActive();
-    void actPaneButtonApply();
     void actPaneButtonRevert();
     OSErr GetBaseFromFile();
-    OSErr SaveBaseToFile();
-    bool SaveEverything();
-    [[nodiscard]] FileStamp StampOfPrefsFile();
-    [[nodiscard]] bool IsFileChangedOutside();
-    bool TakeOutsideChanges();
+    void TakeOutsideChanges();
     void GetPrefsFromBase();
     void SavePrefsToBase();
     void KeepEdits();
     void LoadDefaultPrefs();
     [[nodiscard]] const AppPrefs *StoredPrefs() const;
     [[nodiscard]] bool IsEdited() const;
+    [[nodiscard]] int CountUnsaved() const;
     void UpdateRevertApplyButtons();
     void Report(OSErr status, const QString &doing);
     void Tell(const QString &problem);
+
+    // Saving, and what becomes of settings that cannot be saved (pane_save.cpp)
+    void BuildSaveControls();
+    void actPaneButtonApply();
+    OSErr SaveBaseToFile(std::chrono::milliseconds wait);
+    bool SaveEverything(std::chrono::milliseconds wait);
+    void SaveForLeaving();
+    void SaveSoonIfInactive();
+    void TellConflicts(const std::vector<RecordConflict> &conflicts);
+    [[nodiscard]] QStringList SaveProblems(const SaveResult &result) const;
+    bool ExportBeforeClosing();
+    void ShowSaveButton(bool canApply);
 
     // The list of applications (pane_list.cpp)
     void UpdateTargetMenu();
     [[nodiscard]] QString TargetTitle(RecordNumber number) const;
     void ShowTargetTitle(RecordNumber number);
+    void ShowTargetTitles();
     void SelectTarget();
     void actSettingsMenuTarget(int item);
     void PerformListCommand(int tag);
@@ -124,6 +139,8 @@ class DrevixPane : public QObject,
     RecordNumber StoreConfirmed(const AppPrefs &record, ReplaceAnswer &answer, bool isOneOfMany);
     void ShowStored(RecordNumber number);
     void ShowRecord(RecordNumber number);
+    [[nodiscard]] RecordTrace TraceEdited() const;
+    void ShowTraced(const RecordTrace &trace);
 
     // Making the view (pane_controls.cpp)
     struct ModifierBox {
@@ -209,9 +226,11 @@ class DrevixPane : public QObject,
     ProblemHandler fProblemHandler;
     bool fIsSelected = false;
     bool fIsDrawnOnly = false;
+    bool fIsHostActive = true; // while selected: edits wait for Apply
 
     PaneBundle fPrefPaneBundle;
-    QBaseOwner fDrevixBase;             // all settings records; null if there was no memory
+    SettingsDocument fDocument;
+    QBaseHandle fDrevixBase = nullptr;  // the document's: all settings records; null if there was no memory
     RecordNumber fDrevixPrefsIndex = 0; // the record being edited
     SlotIndex fDrevixActionIndex = kNoSlot;
     AppPrefs fDrevixPrefs = gDefaultGlobalPrefs;     // the working copy
@@ -219,9 +238,11 @@ class DrevixPane : public QObject,
     QTimer fDeviceCheckTimer{this};
     std::int32_t fDeviceCount = -1; // as shown; -1 before the first check
     DeviceList fDeviceList = {};    // filled by the helper's answers
-    QString fPrefsPath;             // of the settings file, as it was last found
-    FileStamp fFileStamp;           // of the settings file as it was last read or written
-    std::set<std::string> fUnsaved; // folded file names of stored records that differ from the settings file
+    OSErr fSaveStatus = noErr;      // of the last save; noErr once the file holds the base
+    QString fSaveProblem;           // what was told of it
+    bool fIsConflictShown = false;  // it stays to be read until the user saves again
+    QTimer fRetryTimer{this};       // Apply's next try for the lock
+    QTimer fRestTimer{this};        // since the last edit while the host is inactive
 };
 
 } // namespace drevix

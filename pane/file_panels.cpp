@@ -61,6 +61,11 @@ ExportPanel::ExportPanel(QWidget *window)
     }
 }
 
+void ExportPanel::InsistOnAll() {
+    fExportAll->setChecked(true);
+    fExportAll->setEnabled(false);
+}
+
 // Not the desktop's own panel: none of them lets a person choose files and folders alike.
 ItemPanel::ItemPanel(QWidget *window) : FilePanel(tr("Choose an Item to Open"), QStringLiteral("/"), window) {
     setOption(QFileDialog::ShowDirsOnly, false);

@@ -45,6 +45,8 @@ class ExportPanel : public SettingsFilePanel {
   public:
     explicit ExportPanel(QWidget *window);
     [[nodiscard]] bool IsForAll() const { return fExportAll->isChecked(); }
+    // Asks for the file alone: all records are exported.
+    void InsistOnAll();
 
   private:
     QCheckBox *fExportAll;

@@ -2,14 +2,33 @@
 
 #include <QDragEnterEvent>
 #include <QDragMoveEvent>
-#include <QDropEvent>
+#include <QMimeData>
 #include <QUrl>
 
-namespace drevix {
+#include <tuple>
 
-QString DraggedItem(const QMimeData *data) {
-    const QList<QUrl> addresses = data->urls();
-    return addresses.size() == 1 ? addresses.front().toLocalFile() : QString();
+namespace drevix {
+namespace {
+
+// What becomes of a dragged file. A program that was told "move" removes its own.
+Qt::DropAction HarmlessAction(const QDropEvent &event) {
+    for (const Qt::DropAction action : {event.proposedAction(), Qt::CopyAction, Qt::LinkAction}) {
+        if (action != Qt::MoveAction && event.possibleActions().testFlag(action)) {
+            return action;
+        }
+    }
+    return Qt::IgnoreAction;
+}
+
+} // namespace
+
+QString TakeDraggedItem(QDropEvent *event) {
+    const QList<QUrl> addresses = event->mimeData()->urls();
+    const QString path = addresses.size() == 1 ? addresses.front().toLocalFile() : QString();
+    const Qt::DropAction action = HarmlessAction(*event);
+    event->setDropAction(action);
+    event->setAccepted(!path.isEmpty() && action != Qt::IgnoreAction);
+    return event->isAccepted() ? path : QString();
 }
 
 ItemField::ItemField(QWidget *parent) : QLineEdit(parent) {
@@ -17,18 +36,17 @@ ItemField::ItemField(QWidget *parent) : QLineEdit(parent) {
     setAcceptDrops(true);
 }
 
+// The line edit would take text, and none while it is read-only.
 void ItemField::dragEnterEvent(QDragEnterEvent *event) {
-    event->setAccepted(!DraggedItem(event->mimeData()).isEmpty());
+    std::ignore = TakeDraggedItem(event); // dropped later, if at all
 }
 
-// The line edit would take text, and none while it is read-only.
 void ItemField::dragMoveEvent(QDragMoveEvent *event) {
-    event->setAccepted(!DraggedItem(event->mimeData()).isEmpty());
+    std::ignore = TakeDraggedItem(event);
 }
 
 void ItemField::dropEvent(QDropEvent *event) {
-    if (const QString path = DraggedItem(event->mimeData()); !path.isEmpty()) {
-        event->acceptProposedAction();
+    if (const QString path = TakeDraggedItem(event); !path.isEmpty()) {
         Q_EMIT itemDropped(path);
     }
 }

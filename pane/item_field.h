@@ -1,13 +1,14 @@
 // The field that shows the item a control opens; a file or folder can be dropped on it.
 #pragma once
 
+#include <QDropEvent>
 #include <QLineEdit>
-#include <QMimeData>
 
 namespace drevix {
 
-// The path of the one file or folder of this computer that is dragged; empty for anything else.
-[[nodiscard]] QString DraggedItem(const QMimeData *data);
+// The path of the one file or folder of this computer that is dragged; empty for anything else. The event is
+// then accepted as a copy or a link, or ignored where its program offers to move the file only.
+[[nodiscard]] QString TakeDraggedItem(QDropEvent *event);
 
 class ItemField : public QLineEdit {
     Q_OBJECT

@@ -1,6 +1,7 @@
 // Making the view: filling its menus from the tables, and connecting its controls to their handlers.
 #include "pane/drevix_pane.h"
 
+#include "companion/korvane_crc.h"
 #include "pane/editor_tables.h"
 #include "pane/pane_text.h"
 
@@ -105,7 +106,8 @@ void DrevixPane::BuildMenus() {
     for (const GroupMenu &group : GroupMenus()) {
         FillGroupMenu(MenuOf(group), group);
     }
-    uiSettingsMenuToolMenu->addItem(tr("Choose a menu entry"));
+    const QString noEntry = tr("Choose a menu entry");
+    uiSettingsMenuToolMenu->addItem(noEntry, KorvaneStringCRC(noEntry.toStdString()));
     FillRepeatMenu(uiSettingsMenuKeyRepeat, kKeyRepeatItems);
     FillRepeatMenu(uiSettingsMenuAutoRepeat, kAutoRepeatItems);
     FillMenu(uiSettingsMenuExtraKeys, kExtraKeys);
@@ -145,7 +147,6 @@ void DrevixPane::ConnectControls() {
     connect(uiSettingsMenuTarget, &QComboBox::activated, this, &DrevixPane::actSettingsMenuTarget);
     connect(uiSettingsRadioActive, &QRadioButton::clicked, this, &DrevixPane::actSettingsRadioDisable);
     connect(uiSettingsRadioDisabled, &QRadioButton::clicked, this, &DrevixPane::actSettingsRadioDisable);
-    connect(uiPaneButtonApply, &QPushButton::clicked, this, &DrevixPane::actPaneButtonApply);
     connect(uiPaneButtonRevert, &QPushButton::clicked, this, &DrevixPane::actPaneButtonRevert);
 
     connect(uiPaneTabs, &QTabWidget::currentChanged, this, &DrevixPane::actSettingsMenuControls);

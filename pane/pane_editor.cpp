@@ -145,8 +145,14 @@ void DrevixPane::UpdateToolMenu() {
                                         : tr("The companion has no menu for these settings."));
 }
 
+// The first item is no entry of the companion's, whatever its own title's checksum is.
 int DrevixPane::FindInToolMenu(std::uint32_t crc) const {
-    return std::max(uiSettingsMenuToolMenu->findData(crc), 0);
+    for (int i = 1; i < uiSettingsMenuToolMenu->count(); ++i) {
+        if (uiSettingsMenuToolMenu->itemData(i).toUInt() == crc) {
+            return i;
+        }
+    }
+    return 0;
 }
 
 bool DrevixPane::showPage(int page) {

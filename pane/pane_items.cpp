@@ -71,6 +71,9 @@ void DrevixPane::SetOpenItem(SlotIndex slot, const QString &path) {
     action.data = name;
     SelectControl(slot);
     GetUIFromPrefs();
+    if (fRestTimer.isActive()) {          // dropped from another program: there is nothing to wait for
+        std::ignore = SaveEverything({}); // reported there
+    }
 }
 
 // Tries what the control opens.

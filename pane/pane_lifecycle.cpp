@@ -2,6 +2,8 @@
 #include "pane/drevix_pane.h"
 
 #include "companion/korvane_sync.h"
+#include "helperlink/driver_messages.h"
+#include "keyboard/key_names.h"
 #include "keyboard/keystroke_capture.h"
 #include "keyboard/layout_of_windows.h"
 #include "pane/editor_tables.h"
@@ -10,10 +12,7 @@
 #include "platform/status.h"
 #include "settings/device_prefs.h"
 #include "settings/prefs_list.h"
-#include "util/items_folder.h"
 
-#include <QFile>
-#include <QFileInfo>
 #include <QGuiApplication>
 #include <QLoggingCategory>
 
@@ -31,17 +30,6 @@ bool IsUnusable(OSErr fileStatus) {
     return fileStatus != noErr && fileStatus != fnfErr && fileStatus != dirNFErr;
 }
 
-// As GetDevicePrefs for the panel's settings file, but tells what came of the file itself.
-OSErr GetPrefsAndFileStatus(QBaseHandle base, const PaneBundle &bundle, OSErr *fileStatus) {
-    std::string path;
-    if (const OSErr found = FindDevicePrefsPath(&path); found != noErr) {
-        *fileStatus = found;
-        auto name = kDrevixPrefsName;
-        return GetDevicePrefs(base, name.data(), bundle.resources, bundle.version);
-    }
-    return GetDevicePrefsFromPath(base, path, bundle.resources, bundle.version, fileStatus);
-}
-
 } // namespace
 
 PaneBundle FindPaneBundle() {
@@ -50,7 +38,8 @@ PaneBundle FindPaneBundle() {
     return bundle;
 }
 
-DrevixPane::DrevixPane(PaneBundle bundle) : fPrefPaneBundle(std::move(bundle)) {}
+DrevixPane::DrevixPane(PaneBundle bundle)
+    : fPrefPaneBundle(std::move(bundle)), fDocument(fPrefPaneBundle.resources, fPrefPaneBundle.version) {}
 
 DrevixPane::~DrevixPane() {
     if (fIsSelected) {
@@ -73,6 +62,7 @@ QWidget *DrevixPane::mainView() {
         BuildKeystrokeControls();
         BuildDeviceControls();
         BuildItemControls();
+        BuildSaveControls();
         BuildLooks();
         ConnectControls();
     }
@@ -89,6 +79,7 @@ void DrevixPane::Report(OSErr status, const QString &doing) {
 }
 
 void DrevixPane::Tell(const QString &problem) {
+    fIsConflictShown = false;
     if (!problem.isEmpty()) {
         qCWarning(gPaneLog).noquote() << problem;
     }
@@ -123,6 +114,7 @@ void DrevixPane::setDrawnOnly() {
 void DrevixPane::didSelect() {
     if (!fIsSelected) {
         fIsSelected = true;
+        fIsHostActive = QGuiApplication::applicationState() == Qt::ApplicationActive;
         SwapNSAppMethods();
         InstallAppleEventHandlers(&fDeviceList);
         fDeviceCheckTimer.start();
@@ -138,16 +130,13 @@ void DrevixPane::willUnselect() {
         RemoveAppleEventHandlers();
         SwapNSAppMethods();
         disconnect(qGuiApp, nullptr, this, nullptr);
-        if (SaveEverything()) {
-            // Not otherwise: the file may name items that the base names no more.
-            std::ignore = CleanupDrevixItems(kDrevixItemsFolderName.data(), fDrevixBase.get());
-        }
-        UpdateRevertApplyButtons();
+        SaveForLeaving();
     }
 }
 
 void DrevixPane::applicationStateChanged(Qt::ApplicationState state) {
-    if (state == Qt::ApplicationActive) {
+    fIsHostActive = state == Qt::ApplicationActive;
+    if (fIsHostActive) {
         appDidBecomeActive();
     } else {
         appDidResignActive();
@@ -155,133 +144,69 @@ void DrevixPane::applicationStateChanged(Qt::ApplicationState state) {
 }
 
 void DrevixPane::appDidBecomeActive() {
-    std::ignore = TakeOutsideChanges();
-    SyncFromKorvane(fDrevixBase.get()); // the companion may have changed its hotkeys meanwhile
+    if (fRestTimer.isActive()) {
+        std::ignore = SaveEverything({}); // an edit that came while the host was inactive; reported there
+    } else {
+        TakeOutsideChanges();
+    }
+    if (fSaveStatus != fBsyErr) {
+        // The companion may have changed its hotkeys meanwhile. After a save that had to wait it has not heard
+        // of the panel's own yet.
+        fDocument.TakeCompanionChanges();
+    }
     GetPrefsFromBase();
     GetUIFromPrefs();
 }
 
 void DrevixPane::appDidResignActive() {
-    actPaneButtonApply(); // going to the background applies the edits exactly as the button does
+    fIsConflictShown = fIsConflictShown && !IsEdited();
+    std::ignore = SaveEverything(kLongestWait); // as the button does; reported there
 }
 
-void DrevixPane::actPaneButtonApply() {
-    std::ignore = SaveEverything(); // reported there; the base keeps the edits for the next save
-    UpdateRevertApplyButtons();
-}
-
-// Whether the file holds the base. The helper may not run, so the status of telling it does not count.
-bool DrevixPane::SaveEverything() {
-    if (!TakeOutsideChanges()) {
-        SavePrefsToBase();
-        std::ignore = SaveBaseToFile();
+// The working copy is in the base before records come in: they must not take the place of an edit.
+void DrevixPane::TakeOutsideChanges() {
+    KeepEdits();
+    const RecordTrace edited = TraceEdited();
+    const OutsideChanges outside = fDocument.TakeOutsideChanges();
+    fDrevixBase = fDocument.Base();
+    if (outside.cameIn) {
+        ShowTraced(edited);
     }
-    return !QBaseGetRecordsChanged(fDrevixBase.get()) && !QBaseGetReadOnly(fDrevixBase.get());
+    TellConflicts(outside.conflicts);
 }
 
-FileStamp DrevixPane::StampOfPrefsFile() {
-    if (std::string path; FindDevicePrefsPath(&path) == noErr) {
-        fPrefsPath = QFile::decodeName(QByteArray::fromStdString(path));
-    } // else a disk that fails has not moved the file
-    const QFileInfo file(fPrefsPath);
-    return file.exists() ? FileStamp{file.lastModified(), file.size()} : FileStamp{};
-}
-
-// Whether another program, such as drevixctl, has written the file since it was last read or written here.
-bool DrevixPane::IsFileChangedOutside() {
-    const FileStamp present = StampOfPrefsFile();
-    return present.size >= 0 && present != fFileStamp;
-}
-
-// If another program has changed the file while nothing was changed here, its settings are shown instead of
-// being written over.
-bool DrevixPane::TakeOutsideChanges() {
-    if (!IsFileChangedOutside() || IsEdited() || !fUnsaved.empty() ||
-        QBaseGetRecordsChanged(fDrevixBase.get())) {
-        return false;
-    }
-    actPaneButtonRevert();
-    return true;
-}
-
-// The records may be others than the list shows, so it is built again, and the edited record is found by its
-// name.
+// The records may be others than the list shows, so it is built again, and the edited record is found again.
 void DrevixPane::actPaneButtonRevert() {
-    const AppPrefs edited = fDrevixPrefs;
-    if (GetBaseFromFile() != noErr) {
-        return; // reported there; everything is as it was
+    const RecordTrace edited = TraceEdited();
+    if (GetBaseFromFile() == noErr) { // else everything is as it was, and it was reported
+        ShowTraced(edited);
     }
-    const RecordNumber found = FindReplacedAppPrefs(fDrevixBase.get(), edited);
-    fDrevixPrefsIndex = found == kNoRecord ? 0 : found;
-    UpdateTargetMenu();
-    GetPrefsFromBase();
-    GetUIFromPrefs();
 }
 
-// Loads into a base of its own, so that the present one stays as it is when that fails.
 OSErr DrevixPane::GetBaseFromFile() {
-    const FileStamp stamp = StampOfPrefsFile(); // before reading: a change meanwhile is seen later
-    QBaseOwner base = NewDrevixBase();
-    OSErr fileStatus = noErr;
-    const OSErr status =
-        base == nullptr ? memFullErr : GetPrefsAndFileStatus(base.get(), fPrefPaneBundle, &fileStatus);
-    if (status != noErr) {
-        if (fDrevixBase == nullptr) {
-            fDrevixBase = std::move(base); // without records, but an import can bring some
-        } else if (base != nullptr) {
-            QBaseSetReadOnly(fDrevixBase.get(), QBaseGetReadOnly(base.get())); // what a save would destroy
-        }
-        Report(status, tr("The settings could not be loaded"));
-        return status;
-    }
-    SyncFromKorvane(base.get());
-    SortDrevixBase(base.get());
     const bool isFirst = fDrevixBase == nullptr;
-    fDrevixBase = std::move(base);
-    fUnsaved.clear();
-    fFileStamp = stamp;
-    if (!IsUnusable(fileStatus)) {
+    const OpenResult opened = fDocument.Open(fIsDrawnOnly ? Access::Read : Access::Change);
+    fDrevixBase = fDocument.Base(); // without records when that failed at first, but an import can bring some
+    if (opened.status != noErr) {
+        Report(opened.status, tr("The settings could not be loaded"));
+        return opened.status;
+    }
+    fSaveStatus = noErr;
+    fRetryTimer.stop();
+    if (!IsUnusable(opened.fileStatus)) {
         if (!isFirst) { // what was told of the helper just before must stay to be read
             Tell({});
         }
-    } else if (QBaseGetReadOnly(fDrevixBase.get())) {
-        Report(fileStatus,
+    } else if (fDocument.IsReadOnly()) {
+        Report(opened.fileStatus,
                tr("The settings file could not be read and is left alone; changes cannot be saved"));
     } else {
-        Report(fileStatus,
+        Report(opened.fileStatus,
                tr("The settings file could not be used; it is kept as %1, and the factory's settings "
                   "are shown")
                    .arg(TextOf(kDrevixPrefsName) + QLatin1String(kRefusedSuffix)));
     }
     return noErr;
-}
-
-// What was changed here counts more than another program's change, but its user is told.
-OSErr DrevixPane::SaveBaseToFile() {
-    const bool isReplacing = IsFileChangedOutside();
-    auto name = kDrevixPrefsName;
-    const OSErr status =
-        SaveDevicePrefs(fDrevixBase.get(), name.data(), kDrevixPrefsType, kDrevixPrefsCreator);
-    if (status == noErr && !fUnsaved.empty()) {
-        fUnsaved.clear();
-        for (RecordNumber i = 0; i < QBaseCountRecords(fDrevixBase.get()); ++i) {
-            ShowTargetTitle(i);
-        }
-    }
-    if (status != noErr && QBaseGetReadOnly(fDrevixBase.get())) {
-        Tell(tr("The settings were not saved, since the settings file could not be read."));
-    } else if (status == noErr && isReplacing) {
-        Tell(tr("Another program had changed the settings meanwhile; these here took their place."));
-    } else {
-        Report(status, tr("The settings could not be saved"));
-    }
-    if (status == noErr || !isReplacing) { // a save whose last step alone failed has written the file too
-        fFileStamp = StampOfPrefsFile();
-    }
-    if (status != noErr) {
-        return status;
-    }
-    return static_cast<OSErr>(RequestDriverPrefsUpdate(kDrevixHelperName.data()));
 }
 
 void DrevixPane::GetPrefsFromBase() {
@@ -295,20 +220,19 @@ void DrevixPane::GetPrefsFromBase() {
 
 void DrevixPane::SavePrefsToBase() {
     KeepEdits();
-    std::ignore = SyncToKorvane(fDrevixBase.get()); // the companion may not be there
+    std::ignore = SyncToKorvane(fDrevixBase); // the companion may not be there
 }
 
 void DrevixPane::KeepEdits() {
     if (!IsEdited()) {
         return;
     }
-    if (QBaseReplaceRecord(fDrevixBase.get(), fDrevixPrefsIndex, &fDrevixPrefs, sizeof fDrevixPrefs) ==
-        kNoRecord) {
+    if (!fDocument.Replace(fDrevixPrefsIndex, fDrevixPrefs)) {
         Report(memFullErr, tr("The changes could not be kept"));
         return;
     }
-    fUnsaved.insert(FoldedName(fDrevixPrefs));
     ShowTargetTitle(fDrevixPrefsIndex);
+    UpdateRevertApplyButtons();
 }
 
 void DrevixPane::LoadDefaultPrefs() {
@@ -318,7 +242,7 @@ void DrevixPane::LoadDefaultPrefs() {
 
 // The record that the working copy was made of; null when there is none.
 const AppPrefs *DrevixPane::StoredPrefs() const {
-    return GetAppPrefs(fDrevixBase.get(), fDrevixPrefsIndex);
+    return GetAppPrefs(fDrevixBase, fDrevixPrefsIndex);
 }
 
 bool DrevixPane::IsEdited() const {
@@ -326,19 +250,24 @@ bool DrevixPane::IsEdited() const {
     return stored != nullptr && std::memcmp(stored, &fDrevixPrefs, sizeof fDrevixPrefs) != 0;
 }
 
+// The records that the settings file does not hold as they are here.
+int DrevixPane::CountUnsaved() const {
+    return fDocument.CountUnsaved() + (IsEdited() && !fDocument.IsUnsaved(fDrevixPrefs) ? 1 : 0);
+}
+
 void DrevixPane::UpdateRevertApplyButtons() {
     if (StoredPrefs() == nullptr) {
         return;
     }
     const bool isEdited = IsEdited();
+    ShowSaveButton(isEdited);
     if (!isEdited && (uiPaneButtonApply->hasFocus() || uiPaneButtonRevert->hasFocus())) {
         // A button that dims would give the focus to whatever comes next.
         ControlLists()[static_cast<std::size_t>(uiPaneTabs->currentIndex())]->setFocus(Qt::OtherFocusReason);
     }
     uiPaneButtonApply->setEnabled(isEdited);
     uiPaneButtonRevert->setEnabled(isEdited);
-    const std::size_t unsaved =
-        fUnsaved.size() + (isEdited && !fUnsaved.contains(FoldedName(fDrevixPrefs)) ? 1 : 0);
+    const int unsaved = CountUnsaved();
     uiPaneTextDifferences->setText(unsaved == 0   ? QString()
                                    : unsaved == 1 ? tr("Unsaved changes")
                                                   : tr("Unsaved changes for %1 applications").arg(unsaved));

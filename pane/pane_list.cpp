@@ -32,6 +32,11 @@ QString ImportProblem(OSErr status, const PropertyListProblem &problem) {
     return problem.line == 0 ? text : DrevixPane::tr("line %1: %2").arg(problem.line).arg(text);
 }
 
+bool IsAlike(const AppPrefs *a, const AppPrefs &b) {
+    return a != nullptr && a->application == b.application &&
+           PStringCmp(a->appFileName.data(), b.appFileName.data()) == 0;
+}
+
 } // namespace
 
 // Rebuilds the record items in two changes of the model, whatever their number.
@@ -39,7 +44,7 @@ void DrevixPane::UpdateTargetMenu() {
     QStandardItemModel *model = ModelOf(uiSettingsMenuTarget);
     model->removeRows(kFirstRecordItem, model->rowCount() - kFirstRecordItem - kTargetFixedItems);
     QList<QStandardItem *> items;
-    const std::int32_t count = CountListedPrefs(fDrevixBase.get());
+    const std::int32_t count = CountListedPrefs(fDrevixBase);
     items.reserve(count);
     for (RecordNumber i = 1; i < count; ++i) {
         items.append(new QStandardItem(TargetTitle(i)));
@@ -52,12 +57,12 @@ void DrevixPane::UpdateTargetMenu() {
 // A record's title says whether it is disabled and whether it differs from the settings file.
 QString DrevixPane::TargetTitle(RecordNumber number) const {
     const bool isShown = number == fDrevixPrefsIndex;
-    const AppPrefs *prefs = isShown ? &fDrevixPrefs : GetAppPrefs(fDrevixBase.get(), number);
+    const AppPrefs *prefs = isShown ? &fDrevixPrefs : GetAppPrefs(fDrevixBase, number);
     if (prefs == nullptr) {
         return {};
     }
     const QString title = prefs->active != 0 ? ShownName(*prefs) : tr("%1 (disabled)").arg(ShownName(*prefs));
-    const bool isUnsaved = fUnsaved.contains(FoldedName(*prefs)) || (isShown && IsEdited());
+    const bool isUnsaved = fDocument.IsUnsaved(*prefs) || (isShown && IsEdited());
     return isUnsaved ? tr("%1 *").arg(title) : title;
 }
 
@@ -69,6 +74,12 @@ void DrevixPane::ShowTargetTitle(RecordNumber number) {
     QStandardItem *item = ModelOf(uiSettingsMenuTarget)->item(position);
     if (const QString title = TargetTitle(number); !title.isEmpty() && item->text() != title) {
         item->setText(title);
+    }
+}
+
+void DrevixPane::ShowTargetTitles() {
+    for (RecordNumber i = 0; i < QBaseCountRecords(fDrevixBase); ++i) {
+        ShowTargetTitle(i);
     }
 }
 
@@ -118,21 +129,23 @@ void DrevixPane::actSettingsButtonNew() {
     SavePrefsToBase();
     const NewApplication &chosen = chooser.Chosen();
     std::ignore = AddOrReplaceAppPrefs( // shown or reported there
-        MakeAppPrefs(fDrevixBase.get(), chosen.signature, chosen.fileName, chosen.shownName));
+        MakeAppPrefs(fDrevixBase, chosen.signature, chosen.fileName, chosen.shownName));
 }
 
 void DrevixPane::actSettingsButtonDelete() {
     if (fDrevixPrefsIndex < 1 || fDrevixPrefs.factory != 0) {
         return;
     }
-    const std::string asked = FoldedName(fDrevixPrefs);
-    if (ConfirmPanel panel(ConfirmPanel::Kind::Remove, ShownName(fDrevixPrefs), fMainView->window());
-        panel.exec() != QDialog::Accepted || fDrevixPrefsIndex < 1 || FoldedName(fDrevixPrefs) != asked) {
+    const auto names = [this] { return std::pair(FoldedName(fDrevixPrefs), ShownName(fDrevixPrefs)); };
+    const auto asked = names();
+    if (ConfirmPanel panel(ConfirmPanel::Kind::Remove, asked.second, fMainView->window());
+        panel.exec() != QDialog::Accepted || fDrevixPrefsIndex < 1 || names() != asked) {
         return; // refused, or another program took the record away meanwhile
     }
-    fUnsaved.insert(FoldedName(fDrevixPrefs)); // the file has it still
-    QBaseMarkRecordForRemoval(fDrevixBase.get(), fDrevixPrefsIndex);
-    QBaseRemoveMarkedRecords(fDrevixBase.get());
+    if (!fDocument.Remove(fDrevixPrefsIndex)) {
+        Report(memFullErr, tr("The settings of %1 could not be deleted").arg(asked.second));
+        return;
+    }
     ShowRecord(fDrevixPrefsIndex - 1);
 }
 
@@ -142,14 +155,14 @@ void DrevixPane::actSettingsRadioDisable() {
 }
 
 void DrevixPane::MarkSelectedDrevixPrefs() {
-    QBaseSetAllRecordFlags(fDrevixBase.get(), 0);
-    QBaseSetRecordFlags(fDrevixBase.get(), fDrevixPrefsIndex, kSelectedRecordFlag);
+    QBaseSetAllRecordFlags(fDrevixBase, 0);
+    QBaseSetRecordFlags(fDrevixBase, fDrevixPrefsIndex, kSelectedRecordFlag);
 }
 
 void DrevixPane::SelectMarkedDrevixPrefs() {
-    const RecordNumber marked = QBaseFindRecordFlags(fDrevixBase.get(), kSelectedRecordFlag);
+    const RecordNumber marked = QBaseFindRecordFlags(fDrevixBase, kSelectedRecordFlag);
     fDrevixPrefsIndex = marked == kNoRecord ? 0 : marked;
-    QBaseSetRecordFlags(fDrevixBase.get(), marked, 0);
+    QBaseSetRecordFlags(fDrevixBase, marked, 0);
 }
 
 RecordNumber DrevixPane::AddOrReplaceAppPrefs(const AppPrefs &record) {
@@ -177,20 +190,19 @@ bool DrevixPane::MayReplace(const AppPrefs &record, ReplaceAnswer &answer, bool 
 
 // Adds the record, or replaces the one with its name once the user agrees.
 RecordNumber DrevixPane::StoreConfirmed(const AppPrefs &record, ReplaceAnswer &answer, bool isOneOfMany) {
-    RecordNumber replaced = FindReplacedAppPrefs(fDrevixBase.get(), record);
+    RecordNumber replaced = FindReplacedAppPrefs(fDrevixBase, record);
     if (replaced != kNoRecord) {
         if (!MayReplace(record, answer, isOneOfMany)) {
             return kNoRecord;
         }
         // While the question stood, another program's settings may have been loaded.
-        replaced = FindReplacedAppPrefs(fDrevixBase.get(), record);
+        replaced = FindReplacedAppPrefs(fDrevixBase, record);
     }
-    const RecordNumber number = StoreAppPrefs(fDrevixBase.get(), record, replaced);
+    const RecordNumber number = fDocument.Store(record, replaced);
     if (number == kNoRecord) {
         Report(memFullErr, tr("The settings of %1 could not be added").arg(ShownName(record)));
         return kNoRecord;
     }
-    fUnsaved.insert(FoldedName(record));
     if (const AppPrefs *stored = StoredPrefs(); number == fDrevixPrefsIndex && stored != nullptr) {
         // The program may go to the background at the next question, which stores the working copy.
         fDrevixPrefs = *stored;
@@ -202,7 +214,7 @@ RecordNumber DrevixPane::StoreConfirmed(const AppPrefs &record, ReplaceAnswer &a
 void DrevixPane::ShowStored(RecordNumber number) {
     fDrevixPrefsIndex = number;
     MarkSelectedDrevixPrefs();
-    SortDrevixBase(fDrevixBase.get());
+    SortDrevixBase(fDrevixBase);
     SelectMarkedDrevixPrefs();
     ShowRecord(fDrevixPrefsIndex);
 }
@@ -216,6 +228,31 @@ void DrevixPane::ShowRecord(RecordNumber number) {
     UpdateTargetMenu();
     GetPrefsFromBase();
     GetUIFromPrefs();
+}
+
+RecordTrace DrevixPane::TraceEdited() const {
+    RecordTrace trace{fDrevixPrefs};
+    for (RecordNumber i = 0; i < fDrevixPrefsIndex; ++i) {
+        trace.among += IsAlike(GetAppPrefs(fDrevixBase, i), fDrevixPrefs) ? 1 : 0;
+    }
+    return trace;
+}
+
+// Shows a record of a base that has changed: the same one of several with its file name. One that is gone leaves
+// its place to the global record.
+void DrevixPane::ShowTraced(const RecordTrace &trace) {
+    RecordNumber found = kNoRecord;
+    int before = 0;
+    for (RecordNumber i = 0; before <= trace.among && i < QBaseCountRecords(fDrevixBase); ++i) {
+        if (IsAlike(GetAppPrefs(fDrevixBase, i), trace.record)) {
+            found = i;
+            ++before;
+        }
+    }
+    if (found == kNoRecord) { // with another signature, as a factory record may give one
+        found = FindReplacedAppPrefs(fDrevixBase, trace.record);
+    }
+    ShowRecord(found == kNoRecord ? 0 : found);
 }
 
 void DrevixPane::actExport() {
@@ -235,7 +272,6 @@ void DrevixPane::actImport() {
 OSErr DrevixPane::ExportCurrentAppPrefs(const QString &path, bool all) {
     if (all) {
         SavePrefsToBase();
-        UpdateRevertApplyButtons();
     }
     RecordNumber next = 0;
     const auto nextRecord = [&]() -> const AppPrefs * {
@@ -243,8 +279,8 @@ OSErr DrevixPane::ExportCurrentAppPrefs(const QString &path, bool all) {
             return next++ == 0 ? &fDrevixPrefs : nullptr;
         }
         const AppPrefs *prefs = nullptr;
-        while (prefs == nullptr && next < QBaseCountRecords(fDrevixBase.get())) {
-            prefs = GetAppPrefs(fDrevixBase.get(), next++); // null for what is no settings record
+        while (prefs == nullptr && next < QBaseCountRecords(fDrevixBase)) {
+            prefs = GetAppPrefs(fDrevixBase, next++); // null for what is no settings record
         }
         return prefs;
     };
@@ -274,9 +310,7 @@ OSErr DrevixPane::ImportAppPrefs(const QString &path) {
         const RecordNumber number = StoreConfirmed(record, answer, records.size() > 1);
         last = number != kNoRecord ? number : last;
     }
-    if (last == kNoRecord) {
-        UpdateRevertApplyButtons();
-    } else {
+    if (last != kNoRecord) {
         ShowStored(last); // the list is rebuilt once, when all are stored
     }
     return noErr;
@@ -287,9 +321,9 @@ bool DrevixPane::showRecord(const QString &appFileName) {
     if (!appFileName.isEmpty()) {
         Str63 name{};
         getPascalString(appFileName.toStdString(), name.data(), kMaxFileNameLength);
-        number = FindAppPrefs(fDrevixBase.get(), name.data());
+        number = FindAppPrefs(fDrevixBase, name.data());
     }
-    if (GetAppPrefs(fDrevixBase.get(), number) == nullptr) {
+    if (GetAppPrefs(fDrevixBase, number) == nullptr) {
         return false;
     }
     KeepEdits(); // the companion is told at the next save

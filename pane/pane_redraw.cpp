@@ -90,6 +90,7 @@ void DrevixPane::GetUIFromPrefs() {
     ShowAction();
     ShowTargetTitle(fDrevixPrefsIndex);
     UpdateRevertApplyButtons();
+    SaveSoonIfInactive();
 }
 
 // The slot of the control that is selected on the page shown.
@@ -273,7 +274,7 @@ QString DrevixPane::PlainActionText(ActionCommand command) const {
     case kActionNone:
         return tr("This control does nothing. Choose an action for it above.");
     case kActionUseGlobal:
-        if (const AppPrefs *global = GetAppPrefs(fDrevixBase.get(), 0); global != nullptr) {
+        if (const AppPrefs *global = GetAppPrefs(fDrevixBase, 0); global != nullptr) {
             return tr("In the Global Settings: %1")
                 .arg(ActionText(global->device[0].action[fDrevixActionIndex]));
         }

@@ -25,6 +25,9 @@ class PreferencePane {
     virtual void mainViewDidLoad() = 0;
     virtual void didSelect() = 0;
     virtual void willUnselect() = 0;
+    // The user closes the window: leaves the panel as willUnselect does, and asks what is to become of settings
+    // that could not be saved. False when the window is to stay; the panel is selected again then.
+    virtual bool mayClose() = 0;
 
     // Told, in one line for people, what failed; told an empty text when the next operation of that kind
     // worked.
@@ -40,4 +43,4 @@ class PreferencePane {
 
 } // namespace drevix
 
-Q_DECLARE_INTERFACE(drevix::PreferencePane, "com.halcyra.drevix.PreferencePane/1")
+Q_DECLARE_INTERFACE(drevix::PreferencePane, "com.halcyra.drevix.PreferencePane/2")

@@ -390,6 +390,10 @@
         <source>Version of the panel, help and web pages</source>
         <translation>Version der Einstellungen, Hilfe und Webseiten</translation>
     </message>
+    <message>
+        <source>Write the changes to the settings file</source>
+        <translation>Die Änderungen in die Einstellungsdatei schreiben</translation>
+    </message>
 </context>
 <context>
     <name>Engine</name>
@@ -1405,12 +1409,8 @@
         <translation>A&amp;ktion: %1</translation>
     </message>
     <message>
-        <source>The settings were not saved, since the settings file could not be read.</source>
-        <translation>Die Einstellungen wurden nicht gesichert, weil die Einstellungsdatei nicht gelesen werden konnte.</translation>
-    </message>
-    <message>
-        <source>Another program had changed the settings meanwhile; these here took their place.</source>
-        <translation>Ein anderes Programm hatte die Einstellungen inzwischen geändert; die hiesigen sind an ihre Stelle getreten.</translation>
+        <source>The settings were not saved, since the settings file could not be read: %1.</source>
+        <translation>Die Einstellungen wurden nicht gesichert, weil die Einstellungsdatei nicht gelesen werden konnte: %1.</translation>
     </message>
     <message>
         <source>Alt</source>
@@ -1463,6 +1463,54 @@
     <message>
         <source>The page %1 could not be opened.</source>
         <translation>Die Seite %1 konnte nicht geöffnet werden.</translation>
+    </message>
+    <message>
+        <source>The settings of %1 could not be deleted</source>
+        <translation>Die Einstellungen von %1 konnten nicht gelöscht werden</translation>
+    </message>
+    <message>
+        <source>Another program changed the settings of %1 too; the changes made here are kept.</source>
+        <translation>Auch ein anderes Programm hat die Einstellungen von %1 geändert; die hier gemachten Änderungen bleiben.</translation>
+    </message>
+    <message>
+        <source>Another program deleted the settings of %1, which were changed here; they are kept.</source>
+        <translation>Ein anderes Programm hat die Einstellungen von %1 gelöscht, die hier geändert wurden; sie bleiben erhalten.</translation>
+    </message>
+    <message>
+        <source>Another program changed the settings of %1, which were deleted here; they stay deleted.</source>
+        <translation>Ein anderes Programm hat die Einstellungen von %1 geändert, die hier gelöscht wurden; sie bleiben gelöscht.</translation>
+    </message>
+    <message>
+        <source>%1 and %2 more</source>
+        <translation>%1 und %2 weiteren</translation>
+    </message>
+    <message>
+        <source>Another program is saving settings; these are saved when it is done.</source>
+        <translation>Ein anderes Programm sichert gerade Einstellungen; diese werden gesichert, sobald es fertig ist.</translation>
+    </message>
+    <message>
+        <source>The settings could not be saved: another program is saving its own.</source>
+        <translation>Die Einstellungen konnten nicht gesichert werden: Ein anderes Programm sichert gerade seine.</translation>
+    </message>
+    <message>
+        <source>The settings were not saved, since the damaged settings file could not be kept: %1.</source>
+        <translation>Die Einstellungen wurden nicht gesichert, weil die beschädigte Einstellungsdatei nicht aufbewahrt werden konnte: %1.</translation>
+    </message>
+    <message>
+        <source>The settings file had been damaged; it is kept as %1, and was written anew.</source>
+        <translation>Die Einstellungsdatei war beschädigt; sie bleibt als %1 erhalten und wurde neu geschrieben.</translation>
+    </message>
+    <message>
+        <source>Retry</source>
+        <translation>Wiederholen</translation>
+    </message>
+    <message>
+        <source>Save Now</source>
+        <translation>Jetzt sichern</translation>
+    </message>
+    <message>
+        <source>The settings are saved; close the window again to leave.</source>
+        <translation>Die Einstellungen sind gesichert; zum Beenden das Fenster nochmals schließen.</translation>
     </message>
 </context>
 <context>
@@ -1643,6 +1691,33 @@
     <message>
         <source>Choose</source>
         <translation>Wählen</translation>
+    </message>
+</context>
+<context>
+    <name>drevix::UnsavedPanel</name>
+    <message>
+        <source>&amp;Retry</source>
+        <translation>&amp;Wiederholen</translation>
+    </message>
+    <message>
+        <source>&amp;Export All...</source>
+        <translation>Alle &amp;exportieren ...</translation>
+    </message>
+    <message>
+        <source>&amp;Discard</source>
+        <translation>&amp;Verwerfen</translation>
+    </message>
+    <message>
+        <source>&amp;Cancel</source>
+        <translation>&amp;Abbrechen</translation>
+    </message>
+    <message>
+        <source>Unsaved Settings</source>
+        <translation>Ungesicherte Einstellungen</translation>
+    </message>
+    <message>
+        <source>If you discard the changes, the settings stay as they were saved last.</source>
+        <translation>Wenn Sie die Änderungen verwerfen, bleiben die Einstellungen, wie sie zuletzt gesichert wurden.</translation>
     </message>
 </context>
 </TS>

@@ -70,7 +70,12 @@ class Access : public PanelTest {
             }
             ExpectRoom(widget);
             for (const QString &title : TitlesOf(widget)) {
-                const QString key = QKeySequence::mnemonic(title).toString();
+                const auto *button = qobject_cast<const QAbstractButton *>(widget);
+                const QString key =
+                    (button == nullptr ? QKeySequence::mnemonic(title) : button->shortcut()).toString();
+                if (button != nullptr && !button->isEnabled()) {
+                    continue; // its key may be another's now
+                }
                 EXPECT_FALSE(key.isEmpty()) << title;
                 EXPECT_FALSE(used.contains(key)) << title << " and " << used[key];
                 used[key] = title;
@@ -86,6 +91,18 @@ class Access : public PanelTest {
             }
         }
     }
+    void ExpectAccessEverywhere() const {
+        for (int page = 0; page < 3; ++page) {
+            for (int tab = 0; tab < Find<QStackedWidget>("uiSettingsTabsAction")->count(); ++tab) {
+                SCOPED_TRACE(::testing::Message() << SaveOffer() << ", page " << page << " tab " << tab);
+                Find<QTabWidget>("uiPaneTabs")->setCurrentIndex(page);
+                Find<QStackedWidget>("uiSettingsTabsAction")->setCurrentIndex(tab);
+                QCoreApplication::processEvents(); // lays out
+                EXPECT_EQ(fWindow->size(), QSize(800, 600)) << "the panel needs more";
+                ExpectAccess();
+            }
+        }
+    }
 };
 
 TEST_F(Access, EveryControl_IsForEverybodyInEachLanguage) {
@@ -94,19 +111,15 @@ TEST_F(Access, EveryControl_IsForEverybodyInEachLanguage) {
         Start();
         EXPECT_EQ(Targets()->itemText(0), isGerman ? u"Globale Einstellungen"_s : u"Global Settings"_s);
         EXPECT_EQ(Menu("uiSettingsMenuAction")->itemText(0), isGerman ? u"Keine Aktion"_s : u"No action"_s);
-        Find<QSlider>("uiSettingsSliderToolSens")->setValue(1); // lights Apply and Revert
+        Edit(); // lights Apply and Revert
         fWindow->resize(800, 600);
-        for (int page = 0; page < 3; ++page) {
-            for (int tab = 0; tab < Find<QStackedWidget>("uiSettingsTabsAction")->count(); ++tab) {
-                SCOPED_TRACE(::testing::Message()
-                             << "page " << page << " tab " << tab << " German: " << isGerman);
-                Find<QTabWidget>("uiPaneTabs")->setCurrentIndex(page);
-                Find<QStackedWidget>("uiSettingsTabsAction")->setCurrentIndex(tab);
-                QCoreApplication::processEvents(); // lays out
-                EXPECT_EQ(fWindow->size(), QSize(800, 600)) << "the panel needs more";
-                ExpectAccess();
-            }
-        }
+        ExpectAccessEverywhere();
+        ASSERT_TRUE(fPane->showRecord(u"photo"_s)); // stores the edit
+        EXPECT_FALSE(SaveOffer().isEmpty());
+        ExpectAccessEverywhere();
+        const FullDisk full;
+        Click("uiPaneButtonSave");
+        ExpectAccessEverywhere();
     }
 }
 

@@ -1,11 +1,7 @@
-// Items to open: chosen, dropped, shown, missing; and what other programs change meanwhile.
-#include "pane/item_field.h"
+// Items to open: chosen, dropped, shown, missing; and the companion's menu entries.
+#include "companion/korvane_crc.h"
 #include "tests/pane/panel.h"
 #include "util/items_folder.h"
-
-#include <QDropEvent>
-#include <QMimeData>
-#include <QUrl>
 
 namespace drevix::test {
 namespace {
@@ -17,28 +13,6 @@ constexpr SlotIndex kButtonIII = 20;
 
 class Items : public PanelTest {
   protected:
-    std::string MakeFile(const char *name) const {
-        WriteWhole(fFolder.Path(name), name);
-        return fFolder.Path(name);
-    }
-    // Drags a file over the widget to the point and lets it go. False if it was not taken.
-    static bool Drop(QWidget *widget, const QPoint &point, const std::string &path) {
-        QMimeData data;
-        data.setUrls({QUrl::fromLocalFile(TextOf(path))});
-        QDragEnterEvent enter(point, Qt::CopyAction, &data, Qt::LeftButton, {});
-        QApplication::sendEvent(widget, &enter);
-        QDragMoveEvent move(point, Qt::CopyAction, &data, Qt::LeftButton, {});
-        QApplication::sendEvent(widget, &move);
-        QDropEvent drop(point, Qt::CopyAction, &data, Qt::LeftButton, {});
-        QApplication::sendEvent(widget, &drop);
-        EXPECT_EQ(enter.isAccepted() && move.isAccepted(), drop.isAccepted());
-        return drop.isAccepted();
-    }
-    bool DropOnControl(SlotIndex slot, const std::string &path) const {
-        auto *const picture = Find<DevicePicture>("uiSettingsTabsImages");
-        const int index = static_cast<int>(std::ranges::find(kPictureSlots, slot) - kPictureSlots.begin());
-        return Drop(picture, picture->controlPoint(index), path);
-    }
     [[nodiscard]] std::string ItemOf(SlotIndex slot) const { return ResolveDrevixItem(Slot(slot).data).path; }
 };
 
@@ -58,9 +32,15 @@ TEST_F(Items, Drop_MakesTheControlOpenItWhileItIsThere) {
     const AppPrefs before = fPane->WorkingCopy();
     auto *const picture = Find<QWidget>("uiSettingsTabsImages");
     EXPECT_FALSE(Drop(picture, QPoint(1, 1), notes)); // beside all controls
+    EXPECT_FALSE(DropOnControl(kButtonII, notes, Qt::MoveAction));
     EXPECT_TRUE(DropOnControl(kButtonII, fFolder.Path("nowhere")));
     EXPECT_FALSE(fProblem.isEmpty());
     EXPECT_TRUE(SameBytes(fPane->WorkingCopy(), before));
+
+    // The file's program was once told that it was moved, and removed it.
+    EXPECT_EQ(DropOnControl(kButtonII, greek, Qt::CopyAction | Qt::MoveAction), Qt::CopyAction);
+    EXPECT_EQ(Drop(field, field->rect().center(), greek, Qt::LinkAction | Qt::MoveAction, Qt::ShiftModifier),
+              Qt::LinkAction);
 
     for (const bool isThere : {true, false}) {
         SelectControl(2, 0);
@@ -86,12 +66,20 @@ TEST_F(Items, ChooseButton_TakesFoldersAndFiles) {
     }
 }
 
+// What a kept copy of the settings still names once went too, so that it could not be recovered.
 TEST_F(Items, Leaving_RemovesWhatNoRecordOpensOnceTheFileIsWritten) {
-    for (const bool isInTheWay : {true, false}) {
+    enum class Keeps { FileInTheWay, KeptCopy, Nothing };
+    for (const Keeps keeps : {Keeps::FileInTheWay, Keeps::KeptCopy, Keeps::Nothing}) {
+        const bool isInTheWay = keeps == Keeps::FileInTheWay;
         Start();
         ASSERT_TRUE(DropOnControl(kButtonII, MakeFile("old.txt")));
         const Str31 old = Slot(kButtonII).data;
         Click("uiPaneButtonApply");
+        if (keeps == Keeps::KeptCopy) {
+            fs::copy_file(fFolder.path, fFolder.kept);
+        } else {
+            fs::remove(fFolder.kept);
+        }
         ASSERT_TRUE(DropOnControl(kButtonII, MakeFile("new.txt")));
         EXPECT_FALSE(ResolveDrevixItem(old).path.empty()); // for a revert
         if (isInTheWay) {
@@ -100,31 +88,10 @@ TEST_F(Items, Leaving_RemovesWhatNoRecordOpensOnceTheFileIsWritten) {
         }
         fPane->willUnselect();
         EXPECT_EQ(fProblem.isEmpty(), !isInTheWay);
-        EXPECT_EQ(ResolveDrevixItem(old).path.empty(), !isInTheWay);
+        EXPECT_EQ(ResolveDrevixItem(old).path.empty(), keeps == Keeps::Nothing);
         EXPECT_EQ(ItemOf(kButtonII), fFolder.Path("new.txt"));
         fs::remove(fFolder.path);
     }
-}
-
-// The panel once wrote its older settings over what drevixctl had saved meanwhile.
-TEST_F(Items, AnotherProgramsChange_IsShownAndNotWrittenOver) {
-    const auto changeOutside = [this](const char *name) {
-        QTest::qWait(5); // the next tick of the file system's clock
-        Save({MakeFullRecord(0, ""), MakeFullRecord(kPhoto, name)});
-    };
-    changeOutside("outside");
-    fPane->willUnselect();
-    EXPECT_EQ(fFolder.SavedNames(), Names({"", "outside"}));
-    EXPECT_TRUE(Titles().contains(u"outside"_s)) << Titles().join(u' ');
-
-    fPane->didSelect();
-    ASSERT_TRUE(fPane->showControl(u"buttonII"_s));
-    ASSERT_TRUE(DropOnControl(kButtonII, MakeFile("mine.txt")));
-    changeOutside("later"); // now the user's own change counts
-    fPane->willUnselect();
-    EXPECT_TRUE(fProblem.startsWith(u"Another program had changed"_s)) << fProblem;
-    EXPECT_EQ(fFolder.SavedNames(), Names({"", "outside"}));
-    EXPECT_EQ(Saved(0).device[0].action[kButtonII].command, kActionOpenItem);
 }
 
 TEST_F(Items, CompanionsMenuEntries_GoBothWays) {
@@ -143,6 +110,9 @@ TEST_F(Items, CompanionsMenuEntries_GoBothWays) {
     auto *const menu = Menu("uiSettingsMenuToolMenu");
     ASSERT_TRUE(Choose(menu, 1));
     EXPECT_EQ(menu->currentText(), u"Empty Trash"_s);
+    ASSERT_TRUE(Choose(menu, 0)); // no entry, and once no checksum either
+    EXPECT_EQ(Slot(kButtonII).crc, KorvaneStringCRC("Choose a menu entry"));
+    ASSERT_TRUE(Choose(menu, 1));
     Click("uiPaneButtonApply");
     EXPECT_NE(ReadWhole(hotKeys).find("<Key>3</Key>"), std::string::npos); // button II
     EXPECT_NE(ReadWhole(hotKeys).find("<Key>2</Key>"), std::string::npos);
@@ -150,9 +120,9 @@ TEST_F(Items, CompanionsMenuEntries_GoBothWays) {
     std::string changed = ReadWhole(hotKeys); // the companion frees button II
     changed.replace(changed.find("<Device>pyralis"), 15, "<Device>");
     WriteWhole(hotKeys, changed);
-    Q_EMIT qApp->applicationStateChanged(Qt::ApplicationInactive);
+    GoAway();
     WriteWhole(hotKeys, changed);
-    Q_EMIT qApp->applicationStateChanged(Qt::ApplicationActive);
+    ComeBack();
     EXPECT_EQ(Slot(kButtonII).command, kActionNone);
     EXPECT_EQ(Slot(kButtonIII).command, kActionToolMenu);
     EXPECT_EQ(menu->count(), 3);

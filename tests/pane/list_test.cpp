@@ -105,8 +105,9 @@ TEST_F(List, Delete_AsksAndShowsTheRecordAbove) {
     EXPECT_EQ(Targets()->currentIndex(), 3);
     EXPECT_EQ(FoldedName(fPane->WorkingCopy()), "alpha");
     EXPECT_EQ(Text("uiPaneTextDifferences"), u"Unsaved changes"_s);
-    fPane->willUnselect();
+    Click("uiPaneButtonSave"); // there was once no button for this
     EXPECT_EQ(fFolder.SavedNames(), Names({"", "photo", "Alpha"}));
+    EXPECT_EQ(Text("uiPaneTextDifferences") + SaveOffer(), QString());
 }
 
 // Everything in the chooser from the keyboard: search, go down, take it.
@@ -138,6 +139,7 @@ TEST_F(List, New_AddsAnApplicationWithTheGlobalSettings) {
     EXPECT_TRUE(SameBytes(fPane->WorkingCopy(), MakeAppPrefs(fPane->Base(), kNoSignature, "pear", "Pear")));
     EXPECT_EQ(Targets()->currentIndex(), 5) << "last of the user's own";
     EXPECT_EQ(Targets()->currentText(), u"Pear *"_s);
+    EXPECT_EQ(SaveOffer(), u"Save Now"_s);
     qunsetenv("XDG_DATA_HOME");
     qunsetenv("XDG_DATA_DIRS");
 }
@@ -147,6 +149,7 @@ TEST_F(List, New_TakesAnApplicationFolderAndAsksBeforeItReplaces) {
     std::filesystem::create_directories(fFolder.Path("ALPHA.app/Contents"));
     const QString path = TextOf(fFolder.Path("ALPHA.app"));
     for (const char *answer : {"Keep", "Replace"}) {
+        Edit();
         AnswerNext([path, answer](QDialog *chooser) {
             AnswerNext([path](QDialog *panel) { EnterPath(panel, path, u"Open"_s); });
             Press(chooser, u"Other..."_s);
@@ -156,8 +159,10 @@ TEST_F(List, New_TakesAnApplicationFolderAndAsksBeforeItReplaces) {
             });
         });
         ASSERT_TRUE(ChooseCommand(kNew));
+        EXPECT_FALSE(CanApply()) << "the working copy was stored, whatever was answered";
     }
-    EXPECT_EQ(Titles(), QStringList({kTitles[0], kTitles[1], kTitles[2], u"ALPHA *"_s, kTitles[4]}));
+    EXPECT_EQ(Titles(),
+              QStringList({u"Global Settings *"_s, kTitles[1], kTitles[2], u"ALPHA *"_s, kTitles[4]}));
     EXPECT_EQ(Targets()->currentIndex(), 3);
     EXPECT_EQ(Slot(4).keyCode, 4) << "the global record's actions";
 }
@@ -197,8 +202,8 @@ TEST_F(List, Import_AsksForEachRecordThatIsThere) {
             AnswerNext(answer);
         }
         // The program goes to the background and comes back with the question open.
-        Q_EMIT qGuiApp->applicationStateChanged(Qt::ApplicationInactive);
-        Q_EMIT qGuiApp->applicationStateChanged(Qt::ApplicationActive);
+        GoAway();
+        ComeBack();
         Press(panel, asked.size() == 2 ? u"Keep"_s : u"Replace"_s);
     };
     AnswerNext([&](QDialog *panel) {
@@ -212,6 +217,7 @@ TEST_F(List, Import_AsksForEachRecordThatIsThere) {
         << "not overwritten by the old working copy";
     EXPECT_EQ(GetAppPrefs(fPane->Base(), 1)->device[0].action[3].keyCode, 3);
     EXPECT_EQ(fPane->WorkingCopy().device[0].navSpeed, 7) << "the last one stored is shown";
+    EXPECT_EQ(SaveOffer(), u"Save Now"_s);
 }
 
 TEST_F(List, Import_AnswersForAll) {
@@ -239,9 +245,8 @@ TEST_F(List, Questions_FindTheirRecordAnew) {
     chess.factory = 1; // so that it comes first
     const auto answerAfter = [](const std::function<void()> &change, const QString &button) {
         AnswerNext([change, button](QDialog *panel) {
-            QTest::qWait(5); // the next tick of the file system's clock
             change();
-            Q_EMIT qGuiApp->applicationStateChanged(Qt::ApplicationActive);
+            ComeBack();
             Press(panel, button);
         });
     };
@@ -254,7 +259,7 @@ TEST_F(List, Questions_FindTheirRecordAnew) {
     const QStringList expected = {kTitles[0], kTitles[1], u"chess"_s, u"photo *"_s, kTitles[3]};
     EXPECT_EQ(Titles(), expected);
 
-    Q_EMIT qGuiApp->applicationStateChanged(Qt::ApplicationInactive);
+    GoAway();
     ASSERT_TRUE(Choose(Targets(), 4));
     answerAfter([&] { Save({global, chess}); }, u"Delete"_s);
     ASSERT_TRUE(ChooseCommand(kDelete));

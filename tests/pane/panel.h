@@ -3,15 +3,20 @@
 
 #include "pane/drevix_pane.h"
 #include "pane/pane_text.h"
+#include "platform/disk.h"
 #include "tests/settings/settings_files.h"
 
 #include <QApplication>
 #include <QDialog>
+#include <QDropEvent>
+#include <QMimeData>
 #include <QTest>
 #include <QTimer>
 #include <QTreeWidget>
+#include <QUrl>
 #include <QVBoxLayout>
 
+#include <cerrno>
 #include <filesystem>
 #include <functional>
 #include <memory>
@@ -40,6 +45,20 @@ inline AppPrefs MakeFullRecord(OSType application, std::string_view name) {
     }
     return prefs;
 }
+
+// A disk on which nothing more can be written while it lives.
+class FullDisk : public Disk {
+  public:
+    FullDisk() : fBefore(SetDisk(this)) {}
+    ~FullDisk() override { SetDisk(fBefore); }
+    ssize_t WriteAt(int /*fd*/, const void * /*bytes*/, std::size_t /*count*/, off_t /*offset*/) override {
+        errno = ENOSPC;
+        return -1;
+    }
+
+  private:
+    Disk *fBefore;
+};
 
 // The settings: the global record and "photo" from the factory, "Alpha" and "beta" of the user's own.
 class PanelTest : public ::testing::Test {
@@ -70,6 +89,9 @@ class PanelTest : public ::testing::Test {
         fWindow->activateWindow();
         ASSERT_TRUE(QTest::qWaitForWindowActive(fWindow.get()));
     }
+    // The program goes to the background, and comes back.
+    static void GoAway() { Q_EMIT qGuiApp->applicationStateChanged(Qt::ApplicationInactive); }
+    static void ComeBack() { Q_EMIT qGuiApp->applicationStateChanged(Qt::ApplicationActive); }
     // Ends the panel without leaving it, as a killed program does.
     void End() {
         fWindow.reset();
@@ -110,6 +132,35 @@ class PanelTest : public ::testing::Test {
     void Click(const char *button) const {
         auto *const widget = Find<QAbstractButton>(button);
         QTest::mouseClick(widget, Qt::LeftButton, {}, {12, widget->height() / 2});
+    }
+    // Moves the tuner's sensitivity of the record shown by one.
+    void Edit() const { QTest::keyClick(Find<QSlider>("uiSettingsSliderToolSens"), Qt::Key_Right); }
+    // Makes a file with its name in it.
+    std::string MakeFile(const char *name) const {
+        WriteWhole(fFolder.Path(name), name);
+        return fFolder.Path(name);
+    }
+    // Drags a file over the widget to the point and lets it go; what becomes of it, Qt::IgnoreAction when it was
+    // not taken. With shift down a move is asked for where the file's program offers one.
+    static Qt::DropAction Drop(QWidget *widget, const QPoint &point, const std::string &path,
+                               Qt::DropActions offered = Qt::CopyAction, Qt::KeyboardModifiers keys = {}) {
+        QMimeData data;
+        data.setUrls({QUrl::fromLocalFile(TextOf(path))});
+        QDragEnterEvent enter(point, offered, &data, Qt::LeftButton, keys);
+        QApplication::sendEvent(widget, &enter);
+        QDragMoveEvent move(point, offered, &data, Qt::LeftButton, keys);
+        QApplication::sendEvent(widget, &move);
+        QDropEvent drop(point, offered, &data, Qt::LeftButton, keys);
+        QApplication::sendEvent(widget, &drop);
+        EXPECT_EQ(enter.isAccepted() && move.isAccepted(), drop.isAccepted());
+        EXPECT_TRUE(!drop.isAccepted() || move.dropAction() == drop.dropAction());
+        return drop.isAccepted() ? drop.dropAction() : Qt::IgnoreAction;
+    }
+    Qt::DropAction DropOnControl(SlotIndex slot, const std::string &path,
+                                 Qt::DropActions offered = Qt::CopyAction) const {
+        auto *const picture = Find<DevicePicture>("uiSettingsTabsImages");
+        const int index = static_cast<int>(std::ranges::find(kPictureSlots, slot) - kPictureSlots.begin());
+        return Drop(picture, picture->controlPoint(index), path, offered, Qt::ShiftModifier);
     }
     // Clicks the page's tab and the control's line in its list.
     void SelectControl(int page, int position) const {
@@ -166,6 +217,11 @@ class PanelTest : public ::testing::Test {
     }
     [[nodiscard]] const ActionSlot &Slot(SlotIndex slot) const {
         return fPane->WorkingCopy().device[0].action[slot];
+    }
+    // What the button beside "Unsaved changes" offers; nothing when it is not there.
+    [[nodiscard]] QString SaveOffer() const {
+        return Find<QWidget>("uiPaneButtonSave")->isVisible() ? Text("uiPaneButtonSave").remove(u'&')
+                                                              : QString();
     }
     [[nodiscard]] bool CanApply() const {
         const bool canApply = Find<QWidget>("uiPaneButtonApply")->isEnabled();

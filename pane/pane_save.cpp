@@ -1,0 +1,228 @@
+// Saving: the moments at which the base goes into the settings file, what is told of it, and the ways out when it
+// fails.
+#include "pane/drevix_pane.h"
+
+#include "helperlink/driver_messages.h"
+#include "pane/file_panels.h"
+#include "pane/pane_text.h"
+#include "pane/unsaved_panel.h"
+#include "platform/status.h"
+#include "settings/device_prefs.h"
+#include "settings/prefs_list.h"
+#include "util/items_folder.h"
+
+#include <array>
+#include <tuple>
+
+namespace drevix {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr auto kRetryInterval = 500ms;
+constexpr auto kRest = 1s; // of a wheel that is turned over a window in the background
+constexpr qsizetype kMostNames = 5;
+
+// What is told of records that both sides changed, by what each side did.
+struct ConflictText {
+    bool isOurs;   // here: there still
+    bool isTheirs; // in the file: there still
+    const char *text;
+};
+constexpr auto kConflictTexts = std::to_array<ConflictText>({
+    {true, true,
+     QT_TRANSLATE_NOOP("drevix::DrevixPane",
+                       "Another program changed the settings of %1 too; the changes made here are kept.")},
+    {true, false,
+     QT_TRANSLATE_NOOP(
+         "drevix::DrevixPane",
+         "Another program deleted the settings of %1, which were changed here; they are kept.")},
+    {false, true,
+     QT_TRANSLATE_NOOP(
+         "drevix::DrevixPane",
+         "Another program changed the settings of %1, which were deleted here; they stay deleted.")},
+});
+
+QString NameOf(const RecordConflict &conflict) {
+    return conflict.name.empty() ? QCoreApplication::translate("Controls", "Global Settings")
+                                 : TextOf(conflict.name);
+}
+
+// The names as one text, which stays short after a large import.
+QString Listed(QStringList names) {
+    const auto more = names.size() - kMostNames;
+    if (more <= 0) {
+        return names.join(QLatin1String(", "));
+    }
+    names = names.mid(0, kMostNames);
+    return DrevixPane::tr("%1 and %2 more").arg(names.join(QLatin1String(", "))).arg(more);
+}
+
+QStringList ConflictTexts(const std::vector<RecordConflict> &conflicts) {
+    QStringList texts;
+    for (const ConflictText &row : kConflictTexts) {
+        QStringList names;
+        for (const RecordConflict &conflict : conflicts) {
+            if (conflict.ours.has_value() == row.isOurs && conflict.theirs.has_value() == row.isTheirs) {
+                names += NameOf(conflict);
+            }
+        }
+        if (!names.isEmpty()) {
+            texts += DrevixPane::tr(row.text).arg(Listed(names));
+        }
+    }
+    return texts;
+}
+
+} // namespace
+
+void DrevixPane::BuildSaveControls() {
+    connect(uiPaneButtonApply, &QPushButton::clicked, this, &DrevixPane::actPaneButtonApply);
+    connect(uiPaneButtonSave, &QPushButton::clicked, this, &DrevixPane::actPaneButtonApply);
+    fRetryTimer.setInterval(kRetryInterval);
+    fRestTimer.setInterval(kRest);
+    fRestTimer.setObjectName(QStringLiteral("fRestTimer"));
+    for (QTimer *timer : {&fRetryTimer, &fRestTimer}) {
+        timer->setSingleShot(true);
+        connect(timer, &QTimer::timeout, this,
+                [this] { std::ignore = SaveEverything({}); }); // reported there
+    }
+}
+
+void DrevixPane::actPaneButtonApply() {
+    fIsConflictShown = false;         // it was seen
+    std::ignore = SaveEverything({}); // reported there; the base keeps the edits for the next save
+}
+
+// Whether nothing of this program's is left that the file does not hold. The helper may not run, so the status
+// of telling it does not count.
+bool DrevixPane::SaveEverything(std::chrono::milliseconds wait) {
+    fRestTimer.stop();
+    fRetryTimer.stop();
+    KeepEdits();
+    std::ignore = SaveBaseToFile(wait);
+    UpdateRevertApplyButtons();
+    return fDocument.IsSaved() && !IsEdited();
+}
+
+// The document does what a save consists of. What other programs have saved meanwhile comes in with it.
+OSErr DrevixPane::SaveBaseToFile(std::chrono::milliseconds wait) {
+    const RecordTrace edited = TraceEdited();
+    const int unsaved = fDocument.CountUnsaved();
+    const SaveResult result = fDocument.Save(wait);
+    fDrevixBase = fDocument.Base();
+    fSaveStatus = fDocument.IsSaved() ? noErr : result.status;
+    if (fSaveStatus == fBsyErr && fIsSelected) {
+        fRetryTimer.start();
+    }
+    if (result.outside.cameIn) {
+        ShowTraced(edited);
+    } else if (fDocument.CountUnsaved() != unsaved) {
+        ShowTargetTitles();
+    }
+    const QStringList problems = SaveProblems(result);
+    fSaveProblem = problems.join(QLatin1Char(' '));
+    if (!problems.isEmpty() || !fIsConflictShown) {
+        Tell(fSaveProblem);
+    }
+    fIsConflictShown = fIsConflictShown || !result.outside.conflicts.empty();
+    return result.status;
+}
+
+QStringList DrevixPane::SaveProblems(const SaveResult &result) const {
+    QStringList problems;
+    if (result.status == fBsyErr) {
+        problems += fIsSelected ? tr("Another program is saving settings; these are saved when it is done.")
+                                : tr("The settings could not be saved: another program is saving its own.");
+    } else if (result.keptAside != noErr) {
+        problems += tr("The settings were not saved, since the damaged settings file could not be kept: %1.")
+                        .arg(StatusSentence(result.keptAside));
+    } else if (result.status != noErr && fDocument.IsReadOnly()) {
+        problems += tr("The settings were not saved, since the settings file could not be read: %1.")
+                        .arg(StatusSentence(result.status));
+    } else if (result.status != noErr) {
+        problems += tr("%1: %2.").arg(tr("The settings could not be saved"), StatusSentence(result.status));
+    } else if (result.replacedDamaged) {
+        problems += tr("The settings file had been damaged; it is kept as %1, and was written anew.")
+                        .arg(TextOf(kDrevixPrefsName) + QLatin1String(kRefusedSuffix));
+    }
+    return problems + ConflictTexts(result.outside.conflicts);
+}
+
+void DrevixPane::TellConflicts(const std::vector<RecordConflict> &conflicts) {
+    if (!conflicts.empty()) {
+        Tell(ConflictTexts(conflicts).join(QLatin1Char(' ')));
+        fIsConflictShown = true;
+    }
+}
+
+void DrevixPane::SaveForLeaving() {
+    if (!SaveEverything(kLongestWait)) {
+        return; // the file may name items that the base names no more
+    }
+    if (const QBaseOwner named = fDocument.RecordsWithItems(); named != nullptr) {
+        std::ignore =
+            CleanupDrevixItems(kDrevixItemsFolderName.data(), named.get()); // the next one removes it
+    }
+}
+
+// An edit while the host is inactive has missed the save that going to the background made.
+void DrevixPane::SaveSoonIfInactive() {
+    if (fIsSelected && !fIsHostActive && IsEdited()) {
+        fRestTimer.start();
+    }
+}
+
+// While Apply has nothing to apply but the base is not in the file: after New, Delete and Import, after another
+// application was chosen, and after a save that failed.
+void DrevixPane::ShowSaveButton(bool canApply) {
+    const bool isShown = !canApply && (CountUnsaved() > 0 || fSaveStatus != noErr);
+    if (!isShown && uiPaneButtonSave->hasFocus()) {
+        ControlLists()[static_cast<std::size_t>(uiPaneTabs->currentIndex())]->setFocus(Qt::OtherFocusReason);
+    }
+    uiPaneButtonSave->setText(fSaveStatus != noErr ? tr("Retry") : tr("Save Now"));
+    // Of the two one alone is alight. A new title takes the shortcut away.
+    uiPaneButtonSave->setShortcut(uiPaneButtonApply->shortcut());
+    uiPaneButtonSave->setVisible(isShown);
+}
+
+bool DrevixPane::mayClose() {
+    if (!fIsSelected) {
+        return true;
+    }
+    fIsConflictShown = false;
+    willUnselect();
+    while (CountUnsaved() > 0) {
+        UnsavedPanel panel(fSaveProblem, fMainView->window());
+        switch (panel.Ask()) {
+        case UnsavedPanel::Answer::Retry:
+            SaveForLeaving();
+            break;
+        case UnsavedPanel::Answer::ExportAll:
+            if (ExportBeforeClosing()) {
+                return true;
+            }
+            break;
+        case UnsavedPanel::Answer::Discard:
+            return true;
+        case UnsavedPanel::Answer::Cancel:
+            didSelect();
+            return false;
+        }
+    }
+    if (fIsConflictShown) { // nobody would read it in a window that is gone
+        Tell(fSaveProblem + QLatin1Char(' ') +
+             tr("The settings are saved; close the window again to leave."));
+        didSelect();
+        return false;
+    }
+    return true;
+}
+
+bool DrevixPane::ExportBeforeClosing() {
+    ExportPanel panel(fMainView->window());
+    panel.InsistOnAll();
+    return panel.exec() == QDialog::Accepted && ExportCurrentAppPrefs(panel.Path(), true) == noErr;
+}
+
+} // namespace drevix

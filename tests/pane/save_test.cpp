@@ -1,0 +1,173 @@
+// Nothing is lost: edits in the background, what other programs save, and saves that fail.
+#include "tests/pane/panel.h"
+
+#include <sys/stat.h>
+
+namespace drevix::test {
+namespace {
+
+class Saving : public PanelTest {
+  protected:
+    [[nodiscard]] bool IsSaved() const { return SameBytes(Saved(0), fPane->WorkingCopy()); }
+    [[nodiscard]] ino_t File() const {
+        struct stat status = {};
+        EXPECT_EQ(::stat(fFolder.path.c_str(), &status), 0);
+        return status.st_ino;
+    }
+};
+
+// An edit that came while the window was in the background was thrown away when it came to the front.
+TEST_F(Saving, EditInTheBackground_IsSavedWithoutApply) {
+    GoAway();
+    ASSERT_TRUE(DropOnControl(19, MakeFile("notes.txt")));
+    EXPECT_TRUE(IsSaved() && !CanApply()) << "a drop at once";
+    auto *const rest = fPane->findChild<QTimer *>(u"fRestTimer"_s);
+    const std::function<void()> ends[] = {[&] { rest->start(1); }, [] { ComeBack(); }};
+    for (const auto &end : ends) {
+        Edit();
+        EXPECT_FALSE(IsSaved()) << "the wheel may still turn";
+        EXPECT_EQ(rest->interval(), 1000);
+        const AppPrefs edited = fPane->WorkingCopy();
+        end();
+        EXPECT_TRUE(QTest::qWaitFor([&] { return SameBytes(Saved(0), edited); }));
+        EXPECT_TRUE(SameBytes(fPane->WorkingCopy(), edited) && !CanApply());
+        rest->setInterval(1000);
+    }
+    Edit();
+    EXPECT_FALSE(rest->isActive()) << "in front Apply decides";
+}
+
+// Apply wrote every record over what another program had saved, and said so only sometimes.
+TEST_F(Saving, RecordsOfOtherPrograms_ComeInAndTheSameOneIsTold) {
+    const std::function<void()> ways[] = {
+        [this] { Click("uiPaneButtonApply"); },
+        [] { GoAway(), ComeBack(); },
+        [this] { fPane->willUnselect(), fPane->didSelect(); },
+        [this] { EXPECT_FALSE(fPane->mayClose()) << "stays to be read"; },
+    };
+    ASSERT_TRUE(Choose(Targets(), 4));
+    std::uint8_t speed = 7;
+    for (const auto &way : ways) {
+        AppPrefs theirs = MakeFullRecord(kNoSignature, "Alpha");
+        theirs.device[0].navSpeed = ++speed;
+        Save({MakeFullRecord(0, ""), theirs, MakeFullRecord(kNoSignature, "beta"),
+              MakeRecord(kNoSignature, "Ada")});
+        Edit();
+        const AppPrefs edited = fPane->WorkingCopy();
+        way();
+        EXPECT_EQ(fFolder.SavedNames(), Names({"", "Ada", "Alpha", "beta"}));
+        EXPECT_EQ(Saved(2).device[0].navSpeed, speed);
+        EXPECT_TRUE(SameBytes(Saved(3), edited) && SameBytes(fPane->WorkingCopy(), edited));
+        EXPECT_EQ(Titles().join(u' '), u"Global Settings - Ada Alpha beta"_s);
+        EXPECT_EQ(Targets()->currentIndex(), 4);
+        EXPECT_TRUE(speed == 8 ? fProblem.isEmpty() : fProblem.contains(u"settings of beta too"_s))
+            << fProblem;
+    }
+    EXPECT_TRUE(fPane->mayClose()) << "it was told";
+}
+
+TEST_F(Saving, WhatIsTold_IsWhatEachSideDid) {
+    ASSERT_TRUE(Choose(Targets(), 3));
+    AnswerNext([](QDialog *panel) { Press(panel, u"Delete"_s); });
+    ASSERT_TRUE(ChooseCommand(8));
+    ASSERT_TRUE(Choose(Targets(), 3)); // beta
+    Edit();
+    AppPrefs alpha = MakeFullRecord(kNoSignature, "Alpha");
+    alpha.active = 0;
+    Save({MakeFullRecord(0, ""), MakeFullRecord(kPhoto, "photo"), alpha});
+    Click("uiPaneButtonApply");
+    EXPECT_EQ(
+        fProblem,
+        u"Another program deleted the settings of beta, which were changed here; they are kept. "
+        u"Another program changed the settings of Alpha, which were deleted here; they stay deleted."_s);
+    EXPECT_EQ(fFolder.SavedNames(), Names({"", "photo", "beta"}));
+    GoAway();
+    EXPECT_FALSE(fProblem.isEmpty()) << "it stays to be read";
+    ComeBack();
+    Edit();
+    Click("uiPaneButtonApply");
+    EXPECT_TRUE(fProblem.isEmpty());
+}
+
+// A file that another program had emptied or half written was taken over with the factory's records.
+TEST_F(Saving, UnusableFileOfAnotherProgram_IsNotTakenOver) {
+    const std::string good = ReadWhole(fFolder.path);
+    const Names names = fFolder.SavedNames();
+    for (const std::string &bytes :
+         {std::string(), good.substr(0, good.size() / 2), std::string("no settings")}) {
+        WriteWhole(fFolder.path, bytes);
+        ComeBack();
+        EXPECT_EQ(Titles().size(), 5);
+        fPane->willUnselect();
+        EXPECT_EQ(fFolder.SavedNames(), names) << bytes.size();
+        fPane->didSelect();
+    }
+}
+
+// Leaving once wrote nothing, and told the helper nothing, when another program's changes were taken over.
+TEST_F(Saving, Leaving_AlwaysWritesTheFile) {
+    Save({MakeFullRecord(0, ""), MakeFullRecord(kPhoto, "outside")});
+    const ino_t before = File();
+    fPane->willUnselect();
+    EXPECT_NE(File(), before);
+    EXPECT_EQ(fFolder.SavedNames(), Names({"", "outside"}));
+    EXPECT_EQ(Titles().constLast(), u"outside"_s);
+}
+
+TEST_F(Saving, BusyLock_IsToldAndTriedAgain) {
+    auto other = std::make_unique<SettingsDocument>(fFolder.resources, kPanelVersion);
+    std::ignore = other->Open(Access::Change);
+    ASSERT_EQ(other->Lock({}), noErr);
+    Edit();
+    Click("uiPaneButtonApply");
+    EXPECT_TRUE(fProblem.startsWith(u"Another program is saving"_s)) << fProblem;
+    EXPECT_EQ(SaveOffer(), u"Retry"_s);
+    EXPECT_FALSE(IsSaved());
+    other.reset();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return IsSaved(); }));
+    EXPECT_EQ(fProblem + SaveOffer(), QString());
+}
+
+// After a failed save both buttons were dim, and closing threw everything away without a question.
+TEST_F(Saving, FailedSave_CanBeTriedAgainAndClosingAsks) {
+    static constexpr struct {
+        const char *answer;
+        bool closes, isMended, saves, exports;
+    } kRows[] = {{"Cancel", false, false, false, false},
+                 {"Retry", true, true, true, false},
+                 {"Export All...", true, true, false, true},
+                 {"Discard", true, false, false, false}};
+    for (const auto &row : kRows) {
+        auto full = std::make_unique<FullDisk>();
+        Edit();
+        Click("uiPaneButtonApply");
+        EXPECT_FALSE(CanApply());
+        EXPECT_EQ(SaveOffer(), u"Retry"_s);
+        AnswerNext([&](QDialog *question) {
+            if (row.isMended) {
+                full.reset();
+            }
+            if (row.exports) {
+                AnswerNext([&](QDialog *panel) {
+                    panel->findChild<QLineEdit *>()->setText(TextOf(fFolder.Path("all.veltrana")));
+                    Press(panel, u"Save"_s);
+                });
+            }
+            Press(question, QLatin1String(row.answer));
+        });
+        EXPECT_EQ(fPane->mayClose(), row.closes) << row.answer;
+        full.reset();
+        EXPECT_EQ(IsSaved(), row.saves) << row.answer;
+        EXPECT_EQ(std::filesystem::exists(fFolder.Path("all.veltrana")), row.exports);
+        std::filesystem::remove(fFolder.Path("all.veltrana"));
+        if (!row.closes) {
+            Click("uiPaneButtonSave");
+            EXPECT_TRUE(IsSaved() && SaveOffer().isEmpty() && fProblem.isEmpty()) << fProblem;
+        }
+        EXPECT_TRUE(fPane->mayClose()) << "there is nothing to ask, or no panel to leave";
+        Start();
+    }
+}
+
+} // namespace
+} // namespace drevix::test
