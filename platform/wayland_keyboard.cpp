@@ -1,5 +1,7 @@
 #include "platform/wayland_keyboard.h"
 
+#include "platform/owners.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <cstdlib>
@@ -12,6 +14,7 @@
 #include <sys/un.h>
 #include <tuple>
 #include <unistd.h>
+#include <utility>
 #include <wayland-client.h>
 
 namespace drevix {
@@ -86,7 +89,7 @@ class Asker {
     bool AskForKeymap();
     bool WaitForAnswers();
     bool TakeInEvents();
-    void TakeKeymap(std::uint32_t format, int file, std::uint32_t size);
+    void TakeKeymap(std::uint32_t format, SystemDescriptor file, std::uint32_t size);
 
     bool TakeOver(WaylandKeymap *keymap) {
         if (fKeymap.text.empty()) {
@@ -142,8 +145,10 @@ bool Asker::AskForSeat() {
 
 bool Asker::AskForKeymap() {
     static constexpr wl_keyboard_listener kListener = {
-        .keymap = [](void *asker, wl_keyboard *, std::uint32_t format, std::int32_t file,
-                     std::uint32_t size) { static_cast<Asker *>(asker)->TakeKeymap(format, file, size); },
+        .keymap =
+            [](void *asker, wl_keyboard *, std::uint32_t format, std::int32_t file, std::uint32_t size) {
+                static_cast<Asker *>(asker)->TakeKeymap(format, SystemDescriptor(file), size);
+            },
         .enter = [](void *, wl_keyboard *, std::uint32_t, wl_surface *, wl_array *) {},
         .leave = [](void *, wl_keyboard *, std::uint32_t, wl_surface *) {},
         .key = [](void *, wl_keyboard *, std::uint32_t, std::uint32_t, std::uint32_t, std::uint32_t) {},
@@ -160,13 +165,12 @@ bool Asker::AskForKeymap() {
 }
 
 // Called from C, which no exception may cross.
-void Asker::TakeKeymap(std::uint32_t format, int file, std::uint32_t size) try {
+void Asker::TakeKeymap(std::uint32_t format, SystemDescriptor file, std::uint32_t size) try {
     if (format == WL_KEYBOARD_KEYMAP_FORMAT_XKB_V1) {
-        fKeymap.text = ReadKeymapFile(file, size);
+        fKeymap.text = ReadKeymapFile(file.Get(), size);
     }
-    close(file);
 } catch (const std::bad_alloc &) {
-    close(file);
+    fKeymap.text.clear();
 }
 
 // An answer to a sync comes behind the answers to all that was asked before it.
@@ -204,40 +208,36 @@ bool Asker::TakeInEvents() {
            wl_display_dispatch_queue_pending(fDisplay, fQueue.get()) >= 0;
 }
 
-// A socket that is connected to the compositor, owned by the caller; -1 for none. The library's own way would
-// wait for a compositor that does not accept.
-int ConnectedSocket() {
+// A socket that is connected to the compositor, if there is one. The library's own way would wait for one that
+// does not accept.
+SystemDescriptor ConnectedSocket() {
     const char *const display = std::getenv("WAYLAND_DISPLAY");
     const char *const folder = std::getenv("XDG_RUNTIME_DIR");
     if (display == nullptr || *display == '\0' || (*display != '/' && folder == nullptr)) {
-        return -1;
+        return {};
     }
     const std::string path = *display == '/' ? std::string(display) : std::string(folder) + '/' + display;
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
     if (path.size() >= sizeof address.sun_path) {
-        return -1;
+        return {};
     }
     path.copy(address.sun_path, path.size());
-    const int connected = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
-    if (connected >= 0 &&
-        connect(connected, reinterpret_cast<const sockaddr *>(&address), sizeof address) != 0) {
-        close(connected);
-        return -1;
-    }
-    return connected;
+    SystemDescriptor connected(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+    const auto *const where = reinterpret_cast<const sockaddr *>(&address);
+    return connected && connect(connected.Get(), where, sizeof address) == 0 ? std::move(connected)
+                                                                             : SystemDescriptor();
 }
 
 } // namespace
 
 bool ReadWaylandKeymap(std::chrono::milliseconds limit, WaylandKeymap *keymap) {
     const Clock::time_point end = Clock::now() + limit;
-    const int socket = ConnectedSocket();
-    if (socket < 0) {
+    SystemDescriptor connected = ConnectedSocket();
+    if (!connected) {
         return false;
     }
-    const Owner<wl_display, wl_display_disconnect> display(
-        wl_display_connect_to_fd(socket)); // owns the socket
+    const Owner<wl_display, wl_display_disconnect> display(wl_display_connect_to_fd(connected.Release()));
     return display != nullptr && Asker(display.get(), end).Ask(keymap);
 }
 
