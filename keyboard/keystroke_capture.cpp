@@ -3,6 +3,7 @@
 #include "keyboard/keystroke_receiver.h"
 
 #include <QCoreApplication>
+#include <QGuiApplication>
 #include <QKeyEvent>
 
 #include <algorithm>
@@ -71,9 +72,10 @@ class KeystrokeCapture : public QObject {
     }
 
     // X11 repeats a key by a release and a press of the same time. Qt takes them for a repetition only where
-    // the press has arrived by the time that it looks at the release.
+    // the press has arrived by the time that it looks at the release. On Wayland Qt itself makes the
+    // repetitions, and what has one time there was typed by a quick program.
     bool FollowsItsRelease(const QKeyEvent &event) const {
-        return fLastReleased.time != 0 && fLastReleased.time == event.timestamp() &&
+        return !fIsOnWayland && fLastReleased.time != 0 && fLastReleased.time == event.timestamp() &&
                fLastReleased.IsKeyOf(event);
     }
 
@@ -128,6 +130,7 @@ class KeystrokeCapture : public QObject {
 
     std::vector<HeldKey> fHeldKeys;
     ReleasedKey fLastReleased{};
+    const bool fIsOnWayland = QGuiApplication::platformName().startsWith(QLatin1String("wayland"));
 };
 
 std::unique_ptr<KeystrokeCapture> gCapture; // while the capture is on
