@@ -173,7 +173,25 @@ def pressed_keys(combination):
     return code, sum(MODIFIERS[word] for word in words)
 
 
-def press_all(desk, layout, group, field_key, apply_key):
+def type_names(desk):
+    """Names in the terminal were those of the layout that is configured, not of the compositor's."""
+    desk.hands.use_layouts("pc+de")
+    desk.control("assign", "ringCW", "keystroke", "z")
+    if desk.stored() != (0x10, 0):
+        sys.exit(f"z in the compositor's German layout was stored as {desk.stored()}")
+
+
+def press_on_screen(desk, apply_key, place_of_z):
+    """A keyboard on the screen numbered its only key 1, and Escape was stored. Its letter is that key of the group in force."""
+    desk.hands.press(F2)
+    keyboard = wayland.Hands(desk.connection, SIZE)
+    keyboard.use_letter("z", ESCAPE)
+    keyboard.press(ESCAPE)
+    desk.hands.press(apply_key, wayland.ALT)
+    desk.wait_for(f"z of a keyboard on the screen as {place_of_z:#x}", lambda: desk.stored() == (place_of_z, 0), 5)
+
+
+def press_all(desk, layout, group, field_key, apply_key, place_of_z):
     desk.hands.use_layouts(layout)
     desk.hands.use_group(group)
     panel = desk.start_panel(field_key)
@@ -192,6 +210,7 @@ def press_all(desk, layout, group, field_key, apply_key):
     desk.hands.press_caps_lock()
     press(WITH_CAPS_LOCK)
     desk.hands.press_caps_lock()
+    press_on_screen(desk, apply_key, place_of_z)
     desk.end(panel)
     if (desk.run_folder / "bound").exists():
         sys.exit("the compositor took a combination that the field waited for")
@@ -213,7 +232,8 @@ def leave_and_return(desk, panel):
 
 def main():
     desk = Desk()
-    count = sum(press_all(desk, *row) for row in [("pc+us+de:2", 1, Z, A), ("pc+us", 0, Y, A)])
+    type_names(desk)
+    count = sum(press_all(desk, *row) for row in [("pc+us+de:2", 1, Z, A, 0x10), ("pc+us", 0, Y, A, 0x06)])
     panel = desk.start_panel(Y)
     leave_and_return(desk, panel)
     desk.end(panel)

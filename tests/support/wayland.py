@@ -131,7 +131,16 @@ class Hands:
     def use_layouts(self, symbols):
         """The keys as XKB's symbol files have them, such as pc+us; keys keep the codes of a real keyboard."""
         parts = {"keycodes": "evdev+aliases(qwerty)", "types": "complete", "compat": "complete", "symbols": symbols + "+inet(evdev)"}
-        keymap = "xkb_keymap {" + "".join(f'xkb_{part} {{ include "{name}" }};' for part, name in parts.items()) + "};\0"
+        self._use_keymap("".join(f'xkb_{part} {{ include "{name}" }};' for part, name in parts.items()))
+
+    def use_letter(self, letter, code):
+        """One key that types a letter, with a code that some other key has on a real keyboard."""
+        self._use_keymap(f"xkb_keycodes {{ minimum = 8; maximum = 255; <KEY> = {code + 8}; }};"
+                         'xkb_types { include "complete" }; xkb_compat { include "complete" };'
+                         f"xkb_symbols {{ key <KEY> {{ [ {letter} ] }}; }};")
+
+    def _use_keymap(self, sections):
+        keymap = f"xkb_keymap {{ {sections} }};\0"
         with memory_file(keymap.encode()) as file:
             self.connection.request(self.keyboard, 0, 1, len(keymap), files=[file.fileno()])
         self.use_group(0)
