@@ -13,6 +13,7 @@
 
 #include <array>
 #include <tuple>
+#include <utility>
 
 namespace drevix {
 namespace {
@@ -32,20 +33,20 @@ struct ConflictText {
 constexpr auto kConflictTexts = std::to_array<ConflictText>({
     {true, true,
      QT_TRANSLATE_NOOP("drevix::DrevixPane",
-                       "Another program changed the settings of %1 too; the changes made here are kept.")},
+                       "Another program changed %1 too; the changes made here are kept.")},
     {true, false,
-     QT_TRANSLATE_NOOP(
-         "drevix::DrevixPane",
-         "Another program deleted the settings of %1, which were changed here; they are kept.")},
+     QT_TRANSLATE_NOOP("drevix::DrevixPane",
+                       "Another program deleted %1, which was changed here; it is kept.")},
     {false, true,
-     QT_TRANSLATE_NOOP(
-         "drevix::DrevixPane",
-         "Another program changed the settings of %1, which were deleted here; they stay deleted.")},
+     QT_TRANSLATE_NOOP("drevix::DrevixPane",
+                       "Another program changed %1, which was deleted here; it stays deleted.")},
 });
 
+// As the list of applications calls it.
 QString NameOf(const RecordConflict &conflict) {
-    return conflict.name.empty() ? QCoreApplication::translate("Controls", "Global Settings")
-                                 : TextOf(conflict.name);
+    const QString name = conflict.name.empty() ? QCoreApplication::translate("Controls", "Global Settings")
+                                               : TextOf(conflict.name);
+    return DrevixPane::tr("\"%1\"").arg(name);
 }
 
 // The names as one text, which stays short after a large import.
@@ -120,9 +121,9 @@ OSErr DrevixPane::SaveBaseToFile(std::chrono::milliseconds wait) {
     } else if (fDocument.CountUnsaved() != unsaved) {
         ShowTargetTitles();
     }
-    const QStringList problems = SaveProblems(result);
-    fSaveProblem = problems.join(QLatin1Char(' '));
-    if (!problems.isEmpty() || !fIsConflictShown) {
+    const QString toldBefore = std::exchange(fSaveProblem, SaveProblems(result).join(QLatin1Char(' ')));
+    const bool isTriedAgain = result.status == fBsyErr && fSaveProblem == toldBefore;
+    if (!isTriedAgain && !(fSaveProblem.isEmpty() && fIsConflictShown)) {
         Tell(fSaveProblem);
     }
     fIsConflictShown = fIsConflictShown || !result.outside.conflicts.empty();

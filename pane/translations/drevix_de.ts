@@ -1469,16 +1469,20 @@
         <translation>Die Einstellungen von %1 konnten nicht gelöscht werden</translation>
     </message>
     <message>
-        <source>Another program changed the settings of %1 too; the changes made here are kept.</source>
-        <translation>Auch ein anderes Programm hat die Einstellungen von %1 geändert; die hier gemachten Änderungen bleiben.</translation>
+        <source>Another program changed %1 too; the changes made here are kept.</source>
+        <translation>Auch ein anderes Programm hat %1 geändert; die hier gemachten Änderungen bleiben.</translation>
     </message>
     <message>
-        <source>Another program deleted the settings of %1, which were changed here; they are kept.</source>
-        <translation>Ein anderes Programm hat die Einstellungen von %1 gelöscht, die hier geändert wurden; sie bleiben erhalten.</translation>
+        <source>Another program deleted %1, which was changed here; it is kept.</source>
+        <translation>Ein anderes Programm hat %1 gelöscht, hier wurde es geändert; es bleibt erhalten.</translation>
     </message>
     <message>
-        <source>Another program changed the settings of %1, which were deleted here; they stay deleted.</source>
-        <translation>Ein anderes Programm hat die Einstellungen von %1 geändert, die hier gelöscht wurden; sie bleiben gelöscht.</translation>
+        <source>Another program changed %1, which was deleted here; it stays deleted.</source>
+        <translation>Ein anderes Programm hat %1 geändert, hier wurde es gelöscht; es bleibt gelöscht.</translation>
+    </message>
+    <message>
+        <source>&quot;%1&quot;</source>
+        <translation>„%1“</translation>
     </message>
     <message>
         <source>%1 and %2 more</source>

@@ -60,8 +60,7 @@ TEST_F(Saving, RecordsOfOtherPrograms_ComeInAndTheSameOneIsTold) {
         EXPECT_TRUE(SameBytes(Saved(3), edited) && SameBytes(fPane->WorkingCopy(), edited));
         EXPECT_EQ(Titles().join(u' '), u"Global Settings - Ada Alpha beta"_s);
         EXPECT_EQ(Targets()->currentIndex(), 4);
-        EXPECT_TRUE(speed == 8 ? fProblem.isEmpty() : fProblem.contains(u"settings of beta too"_s))
-            << fProblem;
+        EXPECT_TRUE(speed == 8 ? fProblem.isEmpty() : fProblem.contains(u"\"beta\" too"_s)) << fProblem;
     }
     EXPECT_TRUE(fPane->mayClose()) << "it was told";
 }
@@ -76,10 +75,8 @@ TEST_F(Saving, WhatIsTold_IsWhatEachSideDid) {
     alpha.active = 0;
     Save({MakeFullRecord(0, ""), MakeFullRecord(kPhoto, "photo"), alpha});
     Click("uiPaneButtonApply");
-    EXPECT_EQ(
-        fProblem,
-        u"Another program deleted the settings of beta, which were changed here; they are kept. "
-        u"Another program changed the settings of Alpha, which were deleted here; they stay deleted."_s);
+    EXPECT_EQ(fProblem, u"Another program deleted \"beta\", which was changed here; it is kept. "
+                        u"Another program changed \"Alpha\", which was deleted here; it stays deleted."_s);
     EXPECT_EQ(fFolder.SavedNames(), Names({"", "photo", "beta"}));
     GoAway();
     EXPECT_FALSE(fProblem.isEmpty()) << "it stays to be read";
