@@ -140,16 +140,20 @@ class Desk:
         self.control("assign", "ringCW", "keystroke", "F9")
         panel = start(PROGRAM, "--control", "ringCW", env=self.environment)
         self.wait_for("the panel", lambda: (self.panel_window() or {}).get("focused"))
-        rests = []  # what is typed before the window has drawn itself goes elsewhere
+        self.wait_for_rest(panel)  # what is typed before the window has drawn itself goes elsewhere
+        self.hands.press(field_key, wayland.ALT)
+        self.wait_for_rest(panel)  # with a letter Qt asks for the window's turn as well, and gets it a little later
+        return panel
+
+    def wait_for_rest(self, process):
+        rests = []
 
         def is_at_rest():
-            state = pathlib.Path(f"/proc/{panel.pid}/stat").read_text().rpartition(") ")[2][0]
+            state = pathlib.Path(f"/proc/{process.pid}/stat").read_text().rpartition(") ")[2][0]
             rests.append(state == "S")
             return len(rests) > 20 and all(rests[-20:])
 
         self.wait_for("rest of the panel", is_at_rest)
-        self.hands.press(field_key, wayland.ALT)
-        return panel
 
     def end(self, panel):
         if panel.poll() is not None:
