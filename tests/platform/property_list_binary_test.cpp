@@ -86,7 +86,7 @@ const ObjectRow kObjects[] = {
     {"\x10\xFF", "<integer>255</integer>"},
     {"\x12\xFF\xFF\xFF\xFF", "<integer>4294967295</integer>"},
     {"\x13\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xFE", "<integer>-2</integer>"},
-    {"\x14" + std::string(8, '\0') + std::string(8, '\xFF'), "<integer>-1</integer>"},
+    {"\x14" + std::string(8, '\0') + std::string(8, '\xFF'), "<integer>18446744073709551615</integer>"},
     {"\x14" + std::string(16, '\xFF'), "<integer>-1</integer>"},
     {"\x14" + std::string(7, '\0') + "\1" + std::string(8, '\0'), nullptr},
     {"\x14" + std::string(8, '\xFF') + std::string(8, '\0'), nullptr},
