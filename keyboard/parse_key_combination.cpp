@@ -10,6 +10,7 @@
 #include <new>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace drevix {
 namespace {
@@ -85,11 +86,9 @@ std::uint16_t TakeModifiers(std::string_view *text) {
     }
 }
 
-// The name of a key in Mac OS Roman and small letters; empty for one that is known by its number only.
+// The caption of a key in small letters; empty for one that is known by its number only.
 std::string NameOf(std::uint8_t keyCode) {
-    Str63 name;
-    GetKeyName(keyCode, name.data(), 63);
-    const std::string text(name.begin() + 1, name.begin() + 1 + name[0]);
+    const std::string text = KeyCaption(keyCode);
     return text.size() > 1 && text[0] == '\\' ? std::string() : WithSmallLetters(text);
 }
 
@@ -109,8 +108,15 @@ std::optional<std::uint8_t> FindKeyByName(const std::string &name, bool onKeypad
     return std::nullopt;
 }
 
+// With one character for a letter and its accent, as captions have it.
+std::string Composed(const std::string &text) {
+    const std::string roman = MacRomanFromUtf8(text);
+    return FitsMacRoman(text) ? Utf8FromMacRoman(std::vector<std::uint8_t>(roman.begin(), roman.end()))
+                              : text;
+}
+
 std::optional<std::uint8_t> FindKey(const std::string &text, bool onKeypad) {
-    const std::string name = FitsMacRoman(text) ? MacRomanFromUtf8(text) : std::string();
+    const std::string name = Composed(text);
     std::optional<std::uint8_t> key = FindKeyByLabel(text, onKeypad);
     key = key ? key : FindKeyByName(name, onKeypad);
     // A key of the keypad need not be named as one where no other has the name, as "+" in many layouts.

@@ -271,6 +271,10 @@ TEST_F(Keys, GetKeyboardInformation_FollowsTheEnvironment) {
     GetKeyboardInformation();
     EXPECT_EQ(KeystrokeText(0x29, 0x1000), "ctrl+\u016F") << "a key without a name shows what it prints";
     EXPECT_EQ(KeyName(0x29), "\\0");
+    std::uint8_t keyCode = 0xFF;
+    std::uint16_t modifiers = 0;
+    EXPECT_TRUE(ParseKeyCombination("ctrl+\u016F", &keyCode, &modifiers)) << "as it is shown";
+    EXPECT_EQ(keyCode, 0x29);
     for (const auto &[layout, character] : {std::pair("de,us", 'y'), std::pair("nosuchlayout", 'z')}) {
         ::setenv("XKB_DEFAULT_LAYOUT", layout, 1);
         GetKeyboardInformation();
