@@ -5,7 +5,6 @@
 #include "cli/session.h"
 #include "companion/korvane_crc.h"
 #include "companion/korvane_files.h"
-#include "companion/korvane_sync.h"
 #include "keyboard/key_names.h"
 #include "platform/json.h"
 #include "platform/plain_text.h"
@@ -222,23 +221,6 @@ Outcome StoreItem(const Session &session, const std::string &path, ActionSlot &s
     return status == noErr ? Done() : FailedFile("cannot assign open", path, status, kUnchanged);
 }
 
-// Checks that the companion's file has the entry too. If the file could not be written, its old contents will
-// undo the assignment when the settings are next read.
-Outcome CheckMenuEntry(const Session &session, const ControlSlot &control, std::uint32_t crc) {
-    SyncFromKorvane(session.Base());
-    RecordNumber number = kNoRecord;
-    AppPrefs record{};
-    Outcome outcome = session.Find(&number, &record);
-    const ActionSlot &slot = record.device[0].action[control.slot];
-    if (outcome.IsDone() && (slot.command != kActionToolMenu || slot.crc != crc)) {
-        const auto folder = FindKorvaneName(record.application, record.appFileName.data());
-        return Failed("cannot write " + FindKorvaneFileForApp(folder.value_or("")) +
-                      "; the entry is saved, but will be lost when the settings are next read; make the file "
-                      "writable and assign it again");
-    }
-    return outcome;
-}
-
 PropertyListDictionary AssignmentEntry(const ControlSlot &control, const ActionSlot &slot,
                                        const std::string &details) {
     PropertyListDictionary entry;
@@ -309,9 +291,6 @@ Outcome AssignAction(const Request &request) {
     }
     if (outcome.IsDone()) {
         outcome = session.Save();
-    }
-    if (outcome.IsDone() && choice.command == kActionToolMenu && session.IsUsersOwn() && titles.HasFile()) {
-        outcome = CheckMenuEntry(session, *control, after.device[0].action[control->slot].crc);
     }
     if (outcome.IsDone()) {
         SayAssignments(request, *control, before, after, titles);

@@ -1,5 +1,6 @@
 #include "cli/session.h"
 
+#include "cli/companion_notes.h"
 #include "platform/file_update.h"
 #include "platform/plain_text.h"
 #include "settings/device_prefs.h"
@@ -86,6 +87,7 @@ Outcome Session::Open(Access access) {
              (access == Access::Read ? "it was not changed; 'drevixctl check' says what is wrong"
                                      : "it is kept as " + Path() + kRefusedSuffix));
     }
+    NoteKorvaneReading(fDocument.Companion(), fRequest.surroundings.err);
     return Done();
 }
 
@@ -146,7 +148,8 @@ Outcome Session::Save() {
     const FileStamp before = StampOfFile(Path());
     const SaveResult result = fDocument.Save(kLongestWait);
     SayWhatElseCame(result);
-    return result.status == noErr ? Done() : SaveFailure(result, StampOfFile(Path()) == before);
+    return result.status == noErr ? OutcomeOfKorvaneWriting(fDocument.Companion())
+                                  : SaveFailure(result, StampOfFile(Path()) == before);
 }
 
 // The lock keeps programs of ours away, but a file can be changed by any.

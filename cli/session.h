@@ -44,7 +44,8 @@ class Session {
     Outcome Store(const AppPrefs &record, RecordNumber number);
     // Takes the record away. Failed without memory.
     Outcome Remove(RecordNumber number);
-    // Sorts the records and writes the file. The user's own goes to the companion's files too. What came of
+    // Sorts the records and writes the file. The user's own goes to the companion's files too: Failed, with the
+    // settings saved, when one of those was to change and could not be written. What came of
     // another program's changes, or of a damaged file, meanwhile is said on standard error.
     Outcome Save();
 

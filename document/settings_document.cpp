@@ -318,7 +318,7 @@ bool SettingsDocument::Merge(Reading &theirs, OutsideChanges *outside) {
 
 void SettingsDocument::TakeCompanionChanges() {
     if (Owner() == Ownership::UsersOwn) {
-        SyncFromKorvane(fBase.get());
+        SyncFromKorvane(fBase.get(), &fCompanion);
     }
 }
 
@@ -380,7 +380,7 @@ OSErr SettingsDocument::Write() {
     ValidateDevicePrefs(written.get()); // as a reading will have it
     const bool isOwn = Owner() == Ownership::UsersOwn;
     if (isOwn) {
-        std::ignore = SyncToKorvane(fBase.get()); // the companion may not be there
+        std::ignore = SyncToKorvane(fBase.get(), &fCompanion); // the companion may not be there
     }
     const OSErr status = SaveDevicePrefsToPath(fBase.get(), fPath);
     fIsSettled = false; // what is there now may be another program's already

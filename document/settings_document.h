@@ -3,6 +3,7 @@
 // them reads or writes the file in another way.
 #pragma once
 
+#include "companion/korvane_sync.h"
 #include "document/file_stamp.h"
 #include "platform/files.h"
 #include "platform/status.h"
@@ -116,6 +117,8 @@ class SettingsDocument {
     // Brings the companion's menu entries into the records (the companion is right when the panel comes to the
     // front). Not an edit.
     void TakeCompanionChanges();
+    // What came of the companion's files when they were last read or written for this document.
+    [[nodiscard]] const KorvaneResults &Companion() const { return fCompanion; }
 
     // Takes the user's lock, to hold it over reading, changing and saving as long as the document lives; noErr
     // when it is held already. Else fBsyErr after `wait`, or why the lock's file cannot be used. One lock stands
@@ -161,6 +164,7 @@ class SettingsDocument {
     FileStamp fStamp;        // taken before that reading
     bool fIsSettled = false; // fStamp is sure to differ when the file does
     bool fHasMore = false;   // repairs or the factory's records came in on reading, which the file lacks
+    KorvaneResults fCompanion = {};
     std::map<RecordKey, std::optional<AppPrefs>> fBeforeEdits; // records as they were; nothing: added here
 };
 

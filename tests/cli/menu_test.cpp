@@ -73,11 +73,23 @@ TEST_F(Menu, UnwritableFile_IsTold) {
     } disk;
     Disk *const before = SetDisk(&disk);
     const test::Result result = Run("assign buttonI menu Filter");
+    const test::Result freed = Run("assign buttonII none"); // "Sharpen More" came back without a word
     SetDisk(before);
+    EXPECT_EQ(freed.status, ExitStatus::Failed);
+    EXPECT_THAT(freed.err, HasSubstr("cannot write " + FindKorvaneFileForApp("_System_")));
     EXPECT_EQ(result.status, ExitStatus::Failed);
-    EXPECT_THAT(result.err,
-                HasSubstr("cannot write " + FindKorvaneFileForApp("_System_") + "; the entry is saved"));
+    EXPECT_THAT(result.err, HasSubstr("cannot write " + FindKorvaneFileForApp("_System_") +
+                                      ": permission was denied; the settings are saved, but"));
     EXPECT_EQ(result.out, "");
+}
+
+// Nothing told that the buttons and the file no longer went together.
+TEST_F(Menu, FileReadInPart_IsTold) {
+    test::WriteWhole(FindKorvaneFileForApp("_System_"), std::string(kHotKeys) + "<HotKey>");
+    const test::Result result = Run("list");
+    EXPECT_EQ(result.status, ExitStatus::Done);
+    EXPECT_THAT(result.err, HasSubstr("note: " + FindKorvaneFileForApp("_System_") + " is damaged"));
+    EXPECT_THAT(result.err, HasSubstr("let the companion dial's own program save it again"));
 }
 
 TEST_F(Menu, OtherSettingsFiles_AreNotTheCompanions) {

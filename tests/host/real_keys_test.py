@@ -81,7 +81,8 @@ class Panel:
         if name:
             shown = combination_name(key_code, modifiers, name)
             line = next(line for line in run(CONTROL, "show").splitlines() if line.startswith("ringCW "))
-            if re.split("  +", line)[-1] != shown:
+            # The label that stands behind some names is tested elsewhere.
+            if re.sub(r" \([a-z0-9+ ]+\)$", "", re.split("  +", line)[-1]) != shown:
                 sys.exit(f"{where}: shown as {line!r}, not {shown!r}")
 
     def leave(self):

@@ -1,0 +1,17 @@
+// What a person is told of the companion dial's hotkey files.
+#pragma once
+
+#include "cli/outcome.h"
+#include "companion/korvane_sync.h"
+
+#include <ostream>
+
+namespace drevix {
+
+// A line on `err` for each file that was read only in part, or not at all.
+void NoteKorvaneReading(const KorvaneResults &results, std::ostream &err);
+
+// Done, or Failed for the first file that does not say what the saved settings do.
+Outcome OutcomeOfKorvaneWriting(const KorvaneResults &results);
+
+} // namespace drevix
