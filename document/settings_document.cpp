@@ -5,6 +5,7 @@
 #include "helperlink/driver_messages.h"
 #include "settings/prefs_list.h"
 
+#include <algorithm>
 #include <ctime>
 #include <new>
 #include <tuple>
@@ -159,6 +160,7 @@ OpenResult SettingsDocument::Open(Access access) try {
 }
 
 RecordNumber SettingsDocument::Store(const AppPrefs &record, RecordNumber number) try {
+    fCountUnsaved.reset();
     const AppPrefs *old = GetAppPrefs(fBase.get(), number);
     const bool isAdded = old == nullptr || NameInKey(*old) != NameInKey(record);
     if (old != nullptr) {
@@ -173,6 +175,7 @@ RecordNumber SettingsDocument::Store(const AppPrefs &record, RecordNumber number
 }
 
 bool SettingsDocument::Replace(RecordNumber number, const AppPrefs &record) try {
+    fCountUnsaved.reset();
     const AppPrefs *old = GetAppPrefs(fBase.get(), number);
     if (old == nullptr) {
         return false;
@@ -187,6 +190,7 @@ bool SettingsDocument::Replace(RecordNumber number, const AppPrefs &record) try 
 }
 
 bool SettingsDocument::Remove(RecordNumber number) try {
+    fCountUnsaved.reset();
     const AppPrefs *old = GetAppPrefs(fBase.get(), number);
     if (old == nullptr) {
         return false;
@@ -239,12 +243,13 @@ int SettingsDocument::CountUnsaved() const try {
     if (fBeforeEdits.empty()) {
         return 0;
     }
-    const KeyedRecords records = RecordsByKey(fBase.get());
-    int count = 0;
-    for (const auto &[key, before] : fBeforeEdits) {
-        count += IsChangedHere(fBeforeEdits, fBase.get(), records, key) ? 1 : 0;
+    if (!fCountUnsaved) {
+        const KeyedRecords records = RecordsByKey(fBase.get());
+        fCountUnsaved = static_cast<int>(std::ranges::count_if(fBeforeEdits, [&](const auto &noted) {
+            return IsChangedHere(fBeforeEdits, fBase.get(), records, noted.first);
+        }));
     }
-    return count;
+    return *fCountUnsaved;
 } catch (const std::bad_alloc &) {
     return static_cast<int>(fBeforeEdits.size());
 }
@@ -309,6 +314,7 @@ bool SettingsDocument::Merge(Reading &theirs, OutsideChanges *outside) {
     fAsOnDisk = std::move(theirs.base);
     fMayBeOnDisk = nullptr;
     fBeforeEdits = std::move(merged->before);
+    fCountUnsaved.reset();
     fStamp = theirs.stamp;
     fIsSettled = theirs.isSettled;
     QBaseSetReadOnly(fBase.get(), false);
@@ -317,6 +323,7 @@ bool SettingsDocument::Merge(Reading &theirs, OutsideChanges *outside) {
 }
 
 void SettingsDocument::TakeCompanionChanges() {
+    fCountUnsaved.reset();
     if (Owner() == Ownership::UsersOwn) {
         SyncFromKorvane(fBase.get(), &fCompanion);
     }

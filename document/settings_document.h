@@ -165,6 +165,7 @@ class SettingsDocument {
     bool fIsSettled = false; // fStamp is sure to differ when the file does
     bool fHasMore = false;   // repairs or the factory's records came in on reading, which the file lacks
     KorvaneResults fCompanion = {};
+    mutable std::optional<int> fCountUnsaved;                  // nothing: to be counted anew
     std::map<RecordKey, std::optional<AppPrefs>> fBeforeEdits; // records as they were; nothing: added here
 };
 
