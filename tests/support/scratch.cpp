@@ -30,7 +30,8 @@ ScopedVariable::~ScopedVariable() {
 }
 
 ScratchFolder::ScratchFolder()
-    : fPath(MakeFolder()), fConfig("XDG_CONFIG_HOME", Preferences()), fState("XDG_STATE_HOME", Path("state")), fHome("HOME", fPath) {
+    : fPath(MakeFolder()), fConfig("XDG_CONFIG_HOME", Preferences()), fState("XDG_STATE_HOME", Path("state")),
+      fHome("HOME", fPath) {
     std::filesystem::create_directory(Preferences());
 }
 
