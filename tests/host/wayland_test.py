@@ -221,6 +221,34 @@ def press_all(desk, layout, group, field_key, apply_key, place_of_z):
     return len(EVERYWHERE) + len(WITH_CAPS_LOCK)
 
 
+def drop_file(desk):
+    """Drags a file from the other window to where the panel takes it: the picture, whose controls each take one. The panel is in
+    the background then, and used to throw the file away when its turn came.
+    """
+    file = folder / "dropped.txt"
+    file.touch()
+    before = desk.slots()
+    desk.other.uri = file.as_uri()
+    desk.hands.point(*desk.middle("other"))
+    desk.hands.button(1)
+    rectangle = desk.panel_window()["rect"]
+    rows = sorted(range(5, rectangle["height"], 10), key=lambda row: abs(row - rectangle["height"] * 2 // 5))
+    for x, y in ((x, y) for y in rows for x in range(5, rectangle["width"], 10)):
+        desk.hands.point(rectangle["x"] + x, rectangle["y"] + y)
+        desk.connection.listen(0.05)
+        if desk.other.target:
+            break
+    desk.hands.button(0)
+    desk.wait_for("the end of the drop", lambda: desk.other.is_finished)
+    desk.other.uri = None
+
+    def is_stored():
+        changed = [slot for key, slot in desk.slots().items() if slot != before[key]]
+        return len(changed) == 1 and "dropped.txt" in json.dumps(changed)
+
+    desk.wait_for("the dropped file's place among the settings", is_stored)
+
+
 def leave_and_return(desk, panel):
     desk.hands.press(F2)
     desk.hands.press(A)
@@ -240,8 +268,9 @@ def main():
     count = sum(press_all(desk, *row) for row in [("pc+us+de:2", 1, Z, A, 0x10), ("pc+us", 0, Y, A, 0x06)])
     panel = desk.start_panel(Y)
     leave_and_return(desk, panel)
+    drop_file(desk)
     desk.end(panel)
-    print(f"{count} combinations in two layouts arrived as they were pressed; leaving saves, and a second start raises the window")
+    print(f"{count} combinations in two layouts arrived as they were pressed; leaving saves, a second start raises the window, a drop is taken")
 
 
 started = time.monotonic()
