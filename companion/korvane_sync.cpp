@@ -73,8 +73,12 @@ void UpdateHotKey(KorvaneHotKey &hotKey, AppPrefs &prefs) {
     }
 }
 
-bool SayTheSame(const KorvaneHotKey &a, const KorvaneHotKey &b) {
-    return std::ranges::all_of(kBindingKeys, [&](KorvaneKey key) { return a.Text(key) == b.Text(key); });
+// What a button may change, as text. The hotkey itself is not copied: without memory, the library's copy of a
+// variant with a string destroys what it has not made.
+std::array<std::string, kBindingKeys.size()> BindingOf(const KorvaneHotKey &hotKey) {
+    std::array<std::string, kBindingKeys.size()> texts;
+    std::ranges::transform(kBindingKeys, texts.begin(), [&](KorvaneKey key) { return hotKey.Text(key); });
+    return texts;
 }
 
 // Tells whether any hotkey is another now.
@@ -83,9 +87,9 @@ bool UpdateHotKeys(KorvaneHotKeyList &list, QBaseHandle base, const KorvaneApp &
     bool isChanged = false;
     if (AppPrefs *prefs = KorvaneFindAppPrefs(base, app.creator, app.fileName)) {
         for (KorvaneHotKey &hotKey : list.HotKeys) {
-            const KorvaneHotKey before = hotKey;
+            const auto before = BindingOf(hotKey);
             UpdateHotKey(hotKey, *prefs);
-            isChanged = isChanged || !SayTheSame(before, hotKey);
+            isChanged = isChanged || before != BindingOf(hotKey);
         }
     }
     return isChanged;

@@ -68,7 +68,7 @@ TEST(SettingsDocument, ChangesOnBothSides_AreMergedByRecord) {
                 EXPECT_EQ(document.State(), row.merged);
                 EXPECT_EQ(document.CountUnsaved(), row.unsaved);
                 EXPECT_EQ(document.IsSaved(), row.unsaved == 0);
-                EXPECT_EQ(GetAppPrefs(document.Base(), 0)->application, kGlobalSignature) << "not sorted";
+                EXPECT_TRUE(IsGlobalPrefs(GetAppPrefs(document.Base(), 0))) << "not sorted";
             }
             const SaveResult saved = document.Save(kLongWait);
             EXPECT_EQ(saved.status, noErr);

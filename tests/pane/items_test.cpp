@@ -111,7 +111,7 @@ TEST_F(Items, CompanionsMenuEntries_GoBothWays) {
     ASSERT_TRUE(Choose(menu, 1));
     EXPECT_EQ(menu->currentText(), u"Empty Trash"_s);
     ASSERT_TRUE(Choose(menu, 0)); // no entry, and once no checksum either
-    EXPECT_EQ(Slot(kButtonII).crc, KorvaneStringCRC("Choose a menu entry"));
+    EXPECT_EQ(std::uint32_t{Slot(kButtonII).crc}, KorvaneStringCRC("Choose a menu entry"));
     ASSERT_TRUE(Choose(menu, 1));
     Click("uiPaneButtonApply");
     EXPECT_NE(ReadWhole(hotKeys).find("<Key>3</Key>"), std::string::npos); // button II
