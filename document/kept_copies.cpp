@@ -65,7 +65,8 @@ QBaseOwner SettingsDocument::RecordsWithItems() const try {
     }
     const std::string first = LeafOfPath(fPath) + kRefusedSuffix;
     for (const std::string &leaf : leaves) {
-        if (IsKeptCopy(leaf, first) && AddKeptCopy(folder + '/' + leaf, records.get()) != noErr) {
+        if (IsKeptCopy(leaf, first) &&
+            AddKeptCopy(std::string(folder).append("/").append(leaf), records.get()) != noErr) {
             return nullptr;
         }
     }

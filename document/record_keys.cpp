@@ -22,7 +22,9 @@ char Folded(char byte) {
 struct Entry {
     std::string name;
     RecordNumber number;
-    auto operator<=>(const Entry &) const = default;
+    bool operator<(const Entry &other) const {
+        return std::tie(name, number) < std::tie(other.name, other.number);
+    }
 };
 
 Entry EntryOf(QBaseHandle base, RecordNumber number) {
@@ -63,10 +65,11 @@ std::vector<RecordNumber> RecordsAlike(QBaseHandle base, std::string_view name) 
 
 KeyedRecords RecordsByKey(QBaseHandle base) {
     std::vector<Entry> entries;
+    entries.reserve(static_cast<std::size_t>(QBaseCountRecords(base)));
     for (RecordNumber number = 0; number < QBaseCountRecords(base); ++number) {
         entries.push_back(EntryOf(base, number));
     }
-    std::ranges::sort(entries);
+    std::sort(entries.begin(), entries.end());
     KeyedRecords records;
     std::size_t ordinal = 0;
     for (std::size_t i = 0; i < entries.size(); ++i) {
