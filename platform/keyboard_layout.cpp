@@ -187,9 +187,9 @@ std::vector<Symbols> LatinGroups(const Layout &layout) {
     std::vector<Symbols> latin;
     const xkb_layout_index_t groups = xkb_keymap_num_layouts(layout.keymap.get());
     for (xkb_layout_index_t i = 0; i < groups; ++i) {
-        Symbols symbols = SymbolsOf(layout.keymap.get(), (layout.group + i) % groups);
+        const Symbols symbols = SymbolsOf(layout.keymap.get(), (layout.group + i) % groups);
         if (IsLatin(symbols)) {
-            latin.push_back(std::move(symbols));
+            latin.push_back(symbols);
         }
     }
     return latin;
@@ -349,7 +349,7 @@ bool CurrentKeyboardCharacters(KeyboardCharacters *characters, std::vector<Unnam
         return false;
     }
     std::array systems = {LayoutOfCompositor, LayoutOfXServer};
-    std::ranges::rotate(systems, systems.begin() + (first == WindowSystem::X11 ? 1 : 0));
+    std::rotate(systems.begin(), systems.begin() + (first == WindowSystem::X11 ? 1 : 0), systems.end());
     for (const auto &layoutOf : systems) {
         if (GatherCharacters(context.get(), layoutOf(context.get()), characters, unnamed)) {
             return true;

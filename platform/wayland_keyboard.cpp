@@ -69,7 +69,7 @@ std::string ReadKeymapFile(int file, std::uint32_t size) {
             return {};
         }
     }
-    return text.c_str(); // ends with a zero byte
+    return text.substr(0, text.find('\0'));
 }
 
 // Asks over one connection, on a queue of its own, so that nobody else's events are handled here.
