@@ -3,6 +3,7 @@
 #include "document/settings_document.h"
 #include "platform/disk.h"
 #include "platform/file_update.h"
+#include "platform/paths.h"
 #include "settings/salvage.h"
 
 #include <algorithm>

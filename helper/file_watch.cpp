@@ -1,6 +1,7 @@
 #include "helper/file_watch.h"
 
 #include "platform/file_update.h"
+#include "platform/paths.h"
 #include "platform/status.h"
 
 #include <array>

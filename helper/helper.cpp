@@ -4,6 +4,7 @@
 #include "helper/devices_file.h"
 #include "helperlink/device_text.h"
 #include "platform/file_update.h"
+#include "platform/paths.h"
 #include "platform/plain_text.h"
 #include "platform/status.h"
 #include "settings/device_prefs.h"

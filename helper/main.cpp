@@ -2,6 +2,7 @@
 #include "helper/helper.h"
 #include "keyboard/key_names.h"
 #include "platform/file_update.h"
+#include "platform/paths.h"
 #include "platform/status.h"
 
 #include <csignal>

@@ -5,6 +5,7 @@
 #include "platform/autostart.h"
 #include "platform/file_update.h"
 #include "platform/owners.h"
+#include "platform/paths.h"
 #include "platform/property_list.h"
 #include "platform/status.h"
 

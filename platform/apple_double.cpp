@@ -5,6 +5,7 @@
 #include "platform/disk.h"
 #include "platform/file_update.h"
 #include "platform/owners.h"
+#include "platform/paths.h"
 #include "platform/status.h"
 
 #include <algorithm>
@@ -52,11 +53,11 @@ OSErr FindEntry(std::span<const std::byte> bytes, std::uint32_t kind, std::span<
     return noErr;
 }
 
-// Reads a companion, or its first bytes, as a plain file only: a pipe must not stop us, nor a link lead
+// Reads an AppleDouble file, or its first bytes, as a plain file only: a pipe must not stop us, nor a link lead
 // elsewhere.
-OSErr ReadBytes(const std::string &companion, std::size_t most, std::string *bytes) {
+OSErr ReadBytes(const std::string &appleDouble, std::size_t most, std::string *bytes) {
     struct stat status {};
-    if (CurrentDisk().StatusAt(companion.c_str(), &status) != 0) {
+    if (CurrentDisk().StatusAt(appleDouble.c_str(), &status) != 0) {
         return LastError();
     }
     const auto size = static_cast<std::uint64_t>(status.st_size);
@@ -64,7 +65,7 @@ OSErr ReadBytes(const std::string &companion, std::size_t most, std::string *byt
         return mapReadErr;
     }
     const int descriptor =
-        CurrentDisk().Open(companion.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY, 0);
+        CurrentDisk().Open(appleDouble.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY, 0);
     OwnedFile file;
     OSErr result = descriptor < 0 ? LastError() : AdoptDescriptor(descriptor, fsRdPerm, file.Out());
     if (result != noErr) {
@@ -127,28 +128,28 @@ std::string AppleDoubleBytes(const AppleDouble &file) {
     return bytes + file.resourceFork;
 }
 
-std::string CompanionPath(const std::string &path) {
+std::string AppleDoublePath(const std::string &path) {
     return JoinPath(FolderOfPath(path), "._" + LeafOfPath(path));
 }
 
-OSErr ReadCompanion(const std::string &path, AppleDouble *file) try {
+OSErr ReadAppleDouble(const std::string &path, AppleDouble *file) try {
     std::string bytes;
-    const OSErr status = ReadBytes(CompanionPath(path), kAppleDoubleMaxBytes, &bytes);
+    const OSErr status = ReadBytes(AppleDoublePath(path), kAppleDoubleMaxBytes, &bytes);
     return status == noErr ? ParseAppleDouble(std::as_bytes(std::span(bytes)), file) : status;
 } catch (const std::bad_alloc &) {
     return memFullErr;
 }
 
-OSErr WriteCompanion(const std::string &path, const AppleDouble &file) try {
-    return ReplaceWholeFile(CompanionPath(path), AppleDoubleBytes(file));
+OSErr WriteAppleDouble(const std::string &path, const AppleDouble &file) try {
+    return ReplaceWholeFile(AppleDoublePath(path), AppleDoubleBytes(file));
 } catch (const std::bad_alloc &) {
     return memFullErr;
 }
 
-OSErr RemoveCompanion(const std::string &path) try {
-    const std::string companion = CompanionPath(path);
+OSErr RemoveAppleDouble(const std::string &path) try {
+    const std::string appleDouble = AppleDoublePath(path);
     std::string start;
-    const OSErr status = ReadBytes(companion, kHeaderSize, &start);
+    const OSErr status = ReadBytes(appleDouble, kHeaderSize, &start);
     if (status == fnfErr || status == mapReadErr) {
         return noErr;
     }
@@ -156,7 +157,7 @@ OSErr RemoveCompanion(const std::string &path) try {
         return status;
     }
     const bool isOurs = HasMagic(std::as_bytes(std::span(start)));
-    return !isOurs || CurrentDisk().Remove(companion.c_str()) == 0 ? noErr : LastError();
+    return !isOurs || CurrentDisk().Remove(appleDouble.c_str()) == 0 ? noErr : LastError();
 } catch (const std::bad_alloc &) {
     return memFullErr;
 }

@@ -28,15 +28,15 @@ void SetFInfo(AppleDouble &file, const FInfo &info);
 [[nodiscard]] std::string AppleDoubleBytes(const AppleDouble &file);
 
 // The path of the AppleDouble file of the file at a path.
-[[nodiscard]] std::string CompanionPath(const std::string &path);
+[[nodiscard]] std::string AppleDoublePath(const std::string &path);
 
 // Reads the AppleDouble file of the file at `path`. noErr; fnfErr when there is none; mapReadErr for a file
 // of that name that is none: damaged, too large, a link, a pipe or a folder; permErr, ioErr, ...
-[[nodiscard]] OSErr ReadCompanion(const std::string &path, AppleDouble *file);
+[[nodiscard]] OSErr ReadAppleDouble(const std::string &path, AppleDouble *file);
 // Writes it whole, flushed to the disk. A failure leaves the old one.
-[[nodiscard]] OSErr WriteCompanion(const std::string &path, const AppleDouble &file);
+[[nodiscard]] OSErr WriteAppleDouble(const std::string &path, const AppleDouble &file);
 // Removes it if it is an AppleDouble file, sound or not: one whose magic number is right. noErr also when
 // there is none and when another file with that name was left.
-[[nodiscard]] OSErr RemoveCompanion(const std::string &path);
+[[nodiscard]] OSErr RemoveAppleDouble(const std::string &path);
 
 } // namespace drevix

@@ -4,6 +4,7 @@
 #include "platform/desktop_entries.h"
 #include "platform/disk.h"
 #include "platform/file_update.h"
+#include "platform/paths.h"
 #include "platform/shared_file.h"
 #include "platform/status.h"
 

@@ -5,6 +5,7 @@
 #include "platform/disk.h"
 #include "platform/file_update.h"
 #include "platform/owners.h"
+#include "platform/paths.h"
 #include "platform/status.h"
 
 #include <algorithm>
@@ -20,7 +21,7 @@ namespace {
 
 constexpr mode_t kNewFolderMode = 0777;               // less the user's umask
 constexpr OSType kLinkCreator = FourCharCode("rhap"); // what the platform gives symbolic links
-constexpr std::string_view kCompanionStart = "._";
+constexpr std::string_view kAppleDoubleStart = "._";
 
 OSErr StatusOfPath(const std::string &path, struct stat *status) {
     if (path.empty() || path.find('\0') != std::string::npos) {
@@ -50,26 +51,26 @@ OSType TypeOfFile(const std::string &path, const struct stat &status) {
     return isApplication ? kApplicationType : kUnknownType;
 }
 
-FInfo InfoWithoutCompanion(const std::string &path, const struct stat &status) {
+FInfo InfoWithoutAppleDouble(const std::string &path, const struct stat &status) {
     if (S_ISLNK(status.st_mode)) {
         return {kSymbolicLinkType, kLinkCreator, 0};
     }
     return {S_ISREG(status.st_mode) ? TypeOfFile(path, status) : kUnknownType, kUnknownType, 0};
 }
 
-// The Finder information of what stands at a path. A companion that cannot be read as one says nothing.
+// The Finder information of what stands at a path. An AppleDouble file that cannot be read as one says nothing.
 OSErr InfoOfFile(const std::string &path, const struct stat &status, FInfo *info) {
-    *info = InfoWithoutCompanion(path, status);
+    *info = InfoWithoutAppleDouble(path, status);
     if (!S_ISREG(status.st_mode) && !S_ISLNK(status.st_mode) && !S_ISDIR(status.st_mode)) {
         return noErr;
     }
-    AppleDouble companion;
-    const OSErr result = ReadCompanion(path, &companion);
+    AppleDouble appleDouble;
+    const OSErr result = ReadAppleDouble(path, &appleDouble);
     if (result == fnfErr || result == mapReadErr || result == permErr) {
         return noErr;
     }
     if (result == noErr) {
-        *info = GetFInfo(companion);
+        *info = GetFInfo(appleDouble);
     }
     return result;
 }
@@ -172,10 +173,10 @@ OSErr ListFolder(std::int16_t volume, std::int32_t folder, std::vector<Str63> *n
     const std::unordered_set<std::string_view> all(entries.begin(), entries.end());
     names->clear();
     for (const std::string_view entry : entries) {
-        const bool isCompanion = entry.starts_with(kCompanionStart) &&
-                                 entry.size() > kCompanionStart.size() &&
-                                 all.contains(entry.substr(kCompanionStart.size()));
-        if (!isCompanion) {
+        const bool isAppleDouble = entry.starts_with(kAppleDoubleStart) &&
+                                 entry.size() > kAppleDoubleStart.size() &&
+                                 all.contains(entry.substr(kAppleDoubleStart.size()));
+        if (!isAppleDouble) {
             names->push_back(NameOfEntry(path, entry));
         }
     }
@@ -263,8 +264,8 @@ OSErr FSpDelete(const FSSpec &spec) try {
     struct stat status {};
     OSErr result = StatusOfPath(path, &status);
     if (result == fnfErr) {
-        AppleDouble companion;
-        if (ReadCompanion(path, &companion) != noErr) {
+        AppleDouble appleDouble;
+        if (ReadAppleDouble(path, &appleDouble) != noErr) {
             return fnfErr;
         }
     } else if (result != noErr) {
@@ -275,7 +276,7 @@ OSErr FSpDelete(const FSSpec &spec) try {
         return LastError();
     }
     // The file goes first: should this end here, the rest is no file, and the next one of that name takes it.
-    return RemoveCompanion(path);
+    return RemoveAppleDouble(path);
 } catch (const std::bad_alloc &) {
     return memFullErr;
 }
@@ -287,11 +288,11 @@ OSErr FSpGetFInfo(const FSSpec &spec, FInfo *info) try {
     if (result == noErr) {
         return S_ISDIR(status.st_mode) ? notAFileErr : InfoOfFile(path, status, info);
     }
-    AppleDouble companion;
-    if (result != fnfErr || ReadCompanion(path, &companion) != noErr) {
+    AppleDouble appleDouble;
+    if (result != fnfErr || ReadAppleDouble(path, &appleDouble) != noErr) {
         return result;
     }
-    *info = GetFInfo(companion);
+    *info = GetFInfo(appleDouble);
     return noErr;
 } catch (const std::bad_alloc &) {
     return memFullErr;
@@ -299,8 +300,8 @@ OSErr FSpGetFInfo(const FSSpec &spec, FInfo *info) try {
 
 OSErr FSpSetFInfo(const FSSpec &spec, const FInfo &info) try {
     const std::string path = PathFromSpec(spec);
-    AppleDouble companion;
-    OSErr result = path.empty() ? bdNamErr : ReadCompanion(path, &companion);
+    AppleDouble appleDouble;
+    OSErr result = path.empty() ? bdNamErr : ReadAppleDouble(path, &appleDouble);
     if (result == fnfErr) {
         struct stat ignored {};
         result = StatusOfPath(path, &ignored);
@@ -308,8 +309,8 @@ OSErr FSpSetFInfo(const FSSpec &spec, const FInfo &info) try {
     if (result != noErr) {
         return result;
     }
-    SetFInfo(companion, info);
-    return WriteCompanion(path, companion);
+    SetFInfo(appleDouble, info);
+    return WriteAppleDouble(path, appleDouble);
 } catch (const std::bad_alloc &) {
     return memFullErr;
 }

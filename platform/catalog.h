@@ -18,7 +18,7 @@
 
 namespace drevix {
 
-// What a person's desktop knows of a file, as an AppleDouble companion holds it.
+// What a person's desktop knows of a file, as an AppleDouble file holds it.
 struct FInfo {
     OSType fdType;
     OSType fdCreator;

@@ -3,6 +3,7 @@
 #include "platform/catalog_names.h"
 #include "platform/disk.h"
 #include "platform/owners.h"
+#include "platform/paths.h"
 #include "platform/status.h"
 
 #include <algorithm>
@@ -18,7 +19,6 @@
 namespace drevix {
 namespace {
 
-constexpr mode_t kNewFolderMode = 0700; // as the desktop's base directory rules ask
 
 // A folder by the XDG base directory that it lies in.
 struct FolderRow {
@@ -82,17 +82,6 @@ OSErr CheckVolume(std::int16_t volume, const std::string &path) {
 }
 
 } // namespace
-
-OSErr MakeFolders(const std::string &path) {
-    for (std::size_t end = path.find('/', 1);; end = path.find('/', end + 1)) {
-        if (CurrentDisk().MakeFolder(path.substr(0, end).c_str(), kNewFolderMode) != 0 && errno != EEXIST) {
-            return LastError();
-        }
-        if (end == std::string::npos) {
-            return noErr;
-        }
-    }
-}
 
 std::string HomeFolder() {
     if (const char *home = std::getenv("HOME"); home != nullptr && home[0] == '/') {

@@ -1,6 +1,7 @@
 #include "platform/catalog_names.h"
 
 #include "platform/mac_roman.h"
+#include "platform/paths.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -39,11 +40,6 @@ std::string OwnName(std::string_view characters) {
 }
 
 } // namespace
-
-std::string JoinPath(std::string_view folder, std::string_view name) {
-    std::string path(folder);
-    return path.append(path.ends_with('/') ? "" : "/").append(name);
-}
 
 Str63 Str63FromMacRoman(std::string_view text) {
     Str63 name{};

@@ -36,10 +36,6 @@ struct Volume {
 // The name of the entry with a Pascal name; empty for a name that no entry can have.
 [[nodiscard]] std::string EntryOfName(const std::string &folder, const Str63 &name);
 
-// Makes a folder, for the user alone, and those above it that are missing. noErr, also for one that is there.
-[[nodiscard]] OSErr MakeFolders(const std::string &path);
-
-[[nodiscard]] std::string JoinPath(std::string_view folder, std::string_view name);
 // A string of Mac OS Roman as a Pascal string, cut to 63 characters.
 [[nodiscard]] Str63 Str63FromMacRoman(std::string_view text);
 

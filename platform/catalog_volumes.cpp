@@ -3,6 +3,7 @@
 #include "platform/catalog_names.h"
 #include "platform/file_update.h"
 #include "platform/mac_roman.h"
+#include "platform/paths.h"
 #include "platform/status.h"
 
 #include <algorithm>

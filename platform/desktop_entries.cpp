@@ -2,6 +2,7 @@
 
 #include "platform/catalog_names.h"
 #include "platform/file_update.h"
+#include "platform/paths.h"
 #include "platform/shared_file.h"
 #include "platform/status.h"
 

@@ -1,6 +1,7 @@
 #include "platform/file_update.h"
 
 #include "platform/disk.h"
+#include "platform/paths.h"
 #include "platform/status.h"
 #include "platform/user_lock.h"
 
@@ -21,8 +22,7 @@ namespace {
 
 constexpr mode_t kNewFileMode = 0666; // less the user's umask
 constexpr mode_t kPermissionBits = 07777;
-constexpr int kMostLinks = 40;  // as many as the kernel follows (path_resolution(7))
-constexpr int kMostKept = 1000; // numbered copies beside a kept file
+constexpr int kMostKept = 1000;                           // numbered copies beside a kept file
 constexpr std::chrono::milliseconds kLongestUpdate{1000}; // of another program with the same file
 constexpr std::size_t kChunk = std::size_t{1} << 20;
 constexpr std::int64_t kMostInMemory = std::numeric_limits<std::int32_t>::max();
@@ -107,38 +107,12 @@ OSErr MoveToFreeName(const std::string &path) {
 
 } // namespace
 
-std::string FolderOfPath(const std::string &path) {
-    const std::size_t slash = path.rfind('/');
-    return slash == std::string::npos ? "." : slash == 0 ? "/" : path.substr(0, slash);
-}
-
-std::string LeafOfPath(const std::string &path) {
-    return path.substr(path.rfind('/') + 1); // npos + 1 is 0
-}
-
 OSErr FlushFolder(const std::string &folder) {
     const DiskDescriptor opened(CurrentDisk().Open(folder.c_str(), O_RDONLY | O_DIRECTORY, 0));
     if (!opened) {
         return errno == EACCES ? noErr : LastError();
     }
     return CurrentDisk().Flush(opened.Get()) == 0 || errno == EINVAL ? noErr : LastError();
-}
-
-OSErr FollowLinks(const std::string &path, std::string *target) try {
-    std::string reached = path;
-    for (int i = 0; i < kMostLinks; ++i) {
-        std::array<char, PATH_MAX> link{};
-        const ssize_t length = CurrentDisk().ReadLink(reached.c_str(), link.data(), link.size());
-        if (length < 0) { // not a link, or nothing there yet
-            *target = reached;
-            return noErr;
-        }
-        const std::string next(link.data(), static_cast<std::size_t>(length));
-        reached = next.starts_with('/') ? next : FolderOfPath(reached).append("/").append(next);
-    }
-    return bdNamErr;
-} catch (const std::bad_alloc &) {
-    return memFullErr;
 }
 
 OSErr ReadWholeFile(const std::string &path, std::string *bytes) {

@@ -76,12 +76,4 @@ class FileUpdate {
 // cannot be flushed: one that may be written but not read, or that of a file system without such a thing.
 [[nodiscard]] OSErr FlushFolder(const std::string &folder);
 
-// The parts of a path before its last slash ("." without one, "/" for one in the root) and behind it. Both
-// may throw std::bad_alloc.
-[[nodiscard]] std::string FolderOfPath(const std::string &path);
-[[nodiscard]] std::string LeafOfPath(const std::string &path);
-// The absolute path of what `path` leads to with every link of its last component followed, whether or not
-// the end exists.
-[[nodiscard]] OSErr FollowLinks(const std::string &path, std::string *target);
-
 } // namespace drevix

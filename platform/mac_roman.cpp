@@ -1,5 +1,7 @@
 #include "platform/mac_roman.h"
 
+#include "platform/utf8.h"
+
 #include <algorithm>
 #include <array>
 
@@ -67,38 +69,7 @@ constexpr auto kReverse = [] {
     return rows;
 }();
 
-constexpr char32_t kMalformed = 0xFFFFFFFF;
 constexpr int kNoByte = -1;
-
-// Takes the next character off the front of `text`, which must not be empty. A malformed sequence gives
-// kMalformed and is taken off as far as it could have been one (the Unicode standard's "maximal subpart").
-char32_t TakeCharacter(std::string_view &text) {
-    const auto first = static_cast<std::uint8_t>(text[0]);
-    text.remove_prefix(1);
-    if (first < 0x80) {
-        return first;
-    }
-    if (first < 0xC2 || first > 0xF4) {
-        return kMalformed;
-    }
-    const int more = first < 0xE0 ? 1 : first < 0xF0 ? 2 : 3;
-    char32_t character = first & (0x3F >> more);
-    // The second byte's narrower range keeps out overlong forms, surrogates and characters above U+10FFFF.
-    std::uint8_t low = first == 0xE0 ? 0xA0 : first == 0xF0 ? 0x90 : 0x80;
-    std::uint8_t high = first == 0xED ? 0x9F : first == 0xF4 ? 0x8F : 0xBF;
-    for (int i = 0; i < more; ++i, low = 0x80, high = 0xBF) {
-        if (text.empty()) {
-            return kMalformed;
-        }
-        const auto next = static_cast<std::uint8_t>(text[0]);
-        if (next < low || next > high) {
-            return kMalformed;
-        }
-        character = (character << 6) | (next & 0x3F);
-        text.remove_prefix(1);
-    }
-    return character;
-}
 
 int ByteOf(char32_t character) {
     if (character < 0x80) {
@@ -127,7 +98,7 @@ bool Convert(std::string_view text, std::string &result) {
     result.reserve(text.size());
     bool mayCompose = false;
     while (!text.empty()) {
-        const char32_t character = TakeCharacter(text);
+        const char32_t character = TakeUtf8(&text);
         if (const int composed = mayCompose ? ComposedByte(result.back(), character) : kNoByte;
             composed != kNoByte) {
             result.back() = static_cast<char>(composed);
@@ -148,18 +119,7 @@ std::string Utf8FromMacRoman(std::span<const std::uint8_t> text) {
     std::string result;
     result.reserve(text.size());
     for (const std::uint8_t byte : text) {
-        if (byte < 0x80) {
-            result.push_back(static_cast<char>(byte));
-            continue;
-        }
-        const char16_t character = kHighHalf[byte - 0x80U];
-        if (character < 0x800) {
-            result.push_back(static_cast<char>(0xC0 | (character >> 6)));
-        } else {
-            result.push_back(static_cast<char>(0xE0 | (character >> 12)));
-            result.push_back(static_cast<char>(0x80 | ((character >> 6) & 0x3F)));
-        }
-        result.push_back(static_cast<char>(0x80 | (character & 0x3F)));
+        AppendUtf8(&result, byte < 0x80 ? byte : char32_t{kHighHalf[byte - 0x80U]});
     }
     return result;
 }

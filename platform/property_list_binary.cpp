@@ -1,5 +1,6 @@
 #include "platform/property_list_reading.h"
 #include "platform/status.h"
+#include "platform/utf8.h"
 
 #include <algorithm>
 #include <bit>
@@ -65,24 +66,6 @@ std::optional<PropertyList> WideInteger(Bytes bytes) {
 
 std::string Characters(Bytes bytes) {
     return {reinterpret_cast<const char *>(bytes.data()), bytes.size()};
-}
-
-void AppendUtf8(std::string *text, std::uint32_t character) {
-    const auto put = [text](std::uint32_t byte) { text->push_back(static_cast<char>(byte)); };
-    if (character < 0x80) {
-        return put(character);
-    }
-    if (character < 0x800) {
-        put(0xC0 | (character >> 6));
-    } else if (character < 0x10000) {
-        put(0xE0 | (character >> 12));
-        put(0x80 | ((character >> 6) & 0x3F));
-    } else {
-        put(0xF0 | (character >> 18));
-        put(0x80 | ((character >> 12) & 0x3F));
-        put(0x80 | ((character >> 6) & 0x3F));
-    }
-    put(0x80 | (character & 0x3F));
 }
 
 // Nothing comes of a surrogate without its other half.

@@ -10,8 +10,6 @@
 namespace drevix {
 namespace {
 
-constexpr std::string_view kReplacement = "\xEF\xBF\xBD"; // U+FFFD
-
 // White space as XML 1.0 has it (production 3, S).
 constexpr bool IsBlank(char character) {
     return character == ' ' || character == '\t' || character == '\r' || character == '\n';
@@ -68,55 +66,6 @@ constexpr std::array<std::uint8_t, 256> kBase64Values = [] {
     values['='] = kPadding;
     return values;
 }();
-
-// Characters
-
-enum class ByteClass : std::uint8_t { Plain, Markup, Forbidden, Sequence };
-
-constexpr std::array<ByteClass, 256> kByteClasses = [] {
-    std::array<ByteClass, 256> classes{};
-    for (std::size_t byte = 0; byte < classes.size(); ++byte) {
-        classes[byte] = byte >= 0x80   ? ByteClass::Sequence
-                        : byte >= 0x20 ? ByteClass::Plain
-                                       : ByteClass::Forbidden;
-    }
-    classes['\t'] = classes['\n'] = ByteClass::Plain;
-    classes['&'] = classes['<'] = classes['>'] = classes['\r'] = ByteClass::Markup;
-    return classes;
-}();
-
-constexpr std::string_view MarkupText(char character) {
-    switch (character) {
-    case '&':
-        return "&amp;";
-    case '<':
-        return "&lt;";
-    case '>':
-        return "&gt;";
-    default:
-        return "&#13;";
-    }
-}
-
-// The length of the UTF-8 sequence of two to four bytes that `text` starts with; 0 when it is malformed.
-std::size_t SequenceLength(std::string_view text) {
-    constexpr std::array<std::uint32_t, 5> kSmallest = {0, 0, 0x80, 0x800, 0x10000};
-    const auto lead = static_cast<std::uint8_t>(text[0]);
-    const std::size_t length = lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : 2;
-    if (lead < 0xC2 || lead > 0xF4 || text.size() < length) {
-        return 0;
-    }
-    std::uint32_t character = lead & (0xFFU >> (length + 1));
-    for (std::size_t i = 1; i < length; ++i) {
-        const auto byte = static_cast<std::uint8_t>(text[i]);
-        if ((byte & 0xC0) != 0x80) {
-            return 0;
-        }
-        character = (character << 6) | (byte & 0x3FU);
-    }
-    const bool surrogate = character >= 0xD800 && character <= 0xDFFF;
-    return character >= kSmallest[length] && character <= 0x10FFFF && !surrogate ? length : 0;
-}
 
 template <typename Integer>
 void AppendDigits(std::string &out, Integer value) {
@@ -277,28 +226,6 @@ void AppendBase64Text(std::string &out, std::string_view bytes) {
             out.push_back(i + j <= bytes.size() ? kBase64Digits[(group >> (18 - 6 * j)) & 63] : '=');
         }
     }
-}
-
-void AppendCharacters(std::string &out, std::string_view text) {
-    std::size_t copied = 0; // text before is in `out`
-    for (std::size_t i = 0; i < text.size();) {
-        const ByteClass kind = kByteClasses[static_cast<std::uint8_t>(text[i])];
-        if (kind == ByteClass::Plain) {
-            ++i;
-            continue;
-        }
-        const std::size_t length = kind == ByteClass::Sequence ? SequenceLength(text.substr(i)) : 0;
-        const std::string_view sequence = text.substr(i, length);
-        if (length > 0 && sequence != "\uFFFE" && sequence != "\uFFFF") {
-            i += length;
-            continue;
-        }
-        out.append(text, copied, i - copied);
-        out += kind == ByteClass::Markup ? MarkupText(text[i]) : kReplacement;
-        i += std::max<std::size_t>(length, 1);
-        copied = i;
-    }
-    out.append(text, copied);
 }
 
 } // namespace drevix

@@ -30,8 +30,5 @@ void AppendRealText(std::string &out, double value);
 // A whole second, rounded down. What lies outside the years 1 to 9999 becomes the nearest second in them.
 void AppendDateText(std::string &out, PropertyListDate date);
 void AppendBase64Text(std::string &out, std::string_view bytes);
-// Character data: markup escaped, and a carriage return too, which a reader would else take for a line end.
-// What is no UTF-8, and characters that XML 1.0 forbids (its production 2, Char), become U+FFFD.
-void AppendCharacters(std::string &out, std::string_view text);
 
 } // namespace drevix

@@ -2,6 +2,7 @@
 #include "platform/property_list.h"
 #include "platform/property_list_text.h"
 #include "platform/status.h"
+#include "platform/xml_characters.h"
 
 #include <algorithm>
 #include <limits>

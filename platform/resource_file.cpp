@@ -233,15 +233,15 @@ OSErr FSpCreateResFile(const FSSpec &spec, OSType creator, OSType type, std::int
         return StatusFromErrno(errno);
     }
     AppleDouble file;
-    const OSErr companion = ReadCompanion(path, &file);
-    if (companion != noErr && companion != fnfErr) {
-        return companion == mapReadErr ? dupFNErr : companion;
+    const OSErr appleDouble = ReadAppleDouble(path, &file);
+    if (appleDouble != noErr && appleDouble != fnfErr) {
+        return appleDouble == mapReadErr ? dupFNErr : appleDouble;
     }
     file = {};
     SetFInfo(file, {type, creator, 0});
-    const OSErr written = WriteCompanion(path, file);
+    const OSErr written = WriteAppleDouble(path, file);
     if (written != noErr) {
-        std::ignore = RemoveCompanion(path); // it is there already when only its folder could not be flushed
+        std::ignore = RemoveAppleDouble(path); // it is there already when only its folder could not be flushed
     }
     return written;
 } catch (const std::bad_alloc &) {
@@ -251,7 +251,7 @@ OSErr FSpCreateResFile(const FSSpec &spec, OSType creator, OSType type, std::int
 OSErr ResourceFile::Open(const FSSpec &spec, Permission permission) try {
     std::string path = PathFromSpec(spec);
     AppleDouble file;
-    OSErr status = path.empty() ? bdNamErr : ReadCompanion(path, &file);
+    OSErr status = path.empty() ? bdNamErr : ReadAppleDouble(path, &file);
     if (status == noErr) {
         status = ParseResourceFork(std::as_bytes(std::span(file.resourceFork)), &fResources);
     }
@@ -295,12 +295,12 @@ OSErr ResourceFile::Close() try {
         return noErr;
     }
     AppleDouble file;
-    OSErr status = ReadCompanion(fPath, &file); // its Finder information may have changed meanwhile
+    OSErr status = ReadAppleDouble(fPath, &file); // its Finder information may have changed meanwhile
     if (status == noErr) {
         status = ResourceForkBytes(fResources, &file.resourceFork);
     }
     if (status == noErr) {
-        status = WriteCompanion(fPath, file);
+        status = WriteAppleDouble(fPath, file);
     }
     fIsChanged = fIsChanged && status != noErr;
     return status;

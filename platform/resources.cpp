@@ -2,6 +2,7 @@
 
 #include "platform/disk.h"
 #include "platform/file_update.h"
+#include "platform/paths.h"
 #include "platform/status.h"
 
 #include <new>

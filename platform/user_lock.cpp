@@ -1,7 +1,7 @@
 #include "platform/user_lock.h"
 
-#include "platform/catalog_names.h"
 #include "platform/disk.h"
+#include "platform/paths.h"
 #include "platform/status.h"
 
 #include <cerrno>

@@ -1,7 +1,7 @@
 #include "platform/xml_document.h"
 
-#include "platform/property_list_text.h"
 #include "platform/status.h"
+#include "platform/xml_characters.h"
 #include "platform/xml_parser.h"
 #include "platform/xml_text.h"
 

@@ -4,6 +4,7 @@
 #include "platform/equal_string.h"
 #include "platform/file_update.h"
 #include "platform/owners.h"
+#include "platform/paths.h"
 #include "platform/status.h"
 #include "util/alias_file.h"
 #include "util/file_references.h"

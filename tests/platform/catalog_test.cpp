@@ -35,8 +35,8 @@ TEST(Catalog, Indexes_CountEntriesWithoutCompanions) {
     AppleDouble companion;
     SetFInfo(companion, {FourCharCode("TEXT"), FourCharCode("ttxt"), kIsAlias});
     WriteWhole(scratch.Path("b"), "");
-    ASSERT_EQ(WriteCompanion(scratch.Path("b"), companion), noErr);
-    ASSERT_EQ(WriteCompanion(scratch.Path("alone"), companion), noErr);
+    ASSERT_EQ(WriteAppleDouble(scratch.Path("b"), companion), noErr);
+    ASSERT_EQ(WriteAppleDouble(scratch.Path("alone"), companion), noErr);
     std::vector<std::string> seen;
     for (std::int16_t index = 1;; ++index) {
         CatalogInfo info = Ask(folder, index);
@@ -106,7 +106,7 @@ TEST(Catalog, Delete_TakesTheCompanionAndNothingElse) {
         return made;
     };
     for (const char *name : {"file", "alone"}) {
-        ASSERT_EQ(WriteCompanion(scratch.Path(name), {}), noErr);
+        ASSERT_EQ(WriteAppleDouble(scratch.Path(name), {}), noErr);
     }
     WriteWhole(scratch.Path("file"), "");
     WriteWhole(scratch.Path("other"), "");

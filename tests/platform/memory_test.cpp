@@ -65,11 +65,11 @@ TEST(Memory, NoRoomForAFilesBytes_LeavesItClosedAndAsItWas) {
     test::WriteWhole(path, old);
     AppleDouble companion;
     companion.resourceFork = old;
-    ASSERT_EQ(WriteCompanion(path, companion), noErr);
+    ASSERT_EQ(WriteAppleDouble(path, companion), noErr);
     std::string bytes;
     const std::function<OSErr()> operations[] = {
         [&] { return ReadSharedFile(path, 2 * old.size(), &bytes); },
-        [&] { return ReadCompanion(path, &companion); },
+        [&] { return ReadAppleDouble(path, &companion); },
         [&] { return WriteSharedFile(path, "new bytes"); },
     };
     for (const auto &operation : operations) {

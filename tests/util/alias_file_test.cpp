@@ -24,7 +24,7 @@ class AliasFile : public ItemsTest {
         icons.push_back({FourCharCode("ICN#"), 128, "", "not this"});
         EXPECT_EQ(ResourceForkBytes(icons, &companion.resourceFork), noErr);
         SetFInfo(companion, info);
-        EXPECT_EQ(WriteCompanion(path, companion), noErr);
+        EXPECT_EQ(WriteAppleDouble(path, companion), noErr);
     }
 };
 
@@ -121,7 +121,7 @@ TEST_F(AliasFile, CustomIcons_AreTakenWhereTheBitSaysSo) {
     WriteWhole(fScratch.Path("damaged"), "");
     AppleDouble damaged{{}, "no resource fork at all"};
     SetFInfo(damaged, {kUnknownType, kUnknownType, kHasCustomIcon});
-    ASSERT_EQ(WriteCompanion(fScratch.Path("damaged"), damaged), noErr);
+    ASSERT_EQ(WriteAppleDouble(fScratch.Path("damaged"), damaged), noErr);
 
     struct Row {
         const char *item;
@@ -146,7 +146,7 @@ TEST_F(AliasFile, CustomIcons_AreTakenWhereTheBitSaysSo) {
     const PretendDisk disk(fScratch, fScratch.Path("disk"), "ext4");
     AppleDouble root;
     SetFInfo(root, {0, 0, kHasCustomIcon});
-    ASSERT_EQ(WriteCompanion(fScratch.Path("disk/."), root), noErr);
+    ASSERT_EQ(WriteAppleDouble(fScratch.Path("disk/."), root), noErr);
     IconHandles icons;
     OSType type = 0;
     EXPECT_EQ(GetSourceInfo(Spec("/media/Data"), &type, nullptr, icons), noErr);
@@ -166,7 +166,7 @@ TEST_F(AliasFile, EveryFault_LeavesNothingBehind) {
         EXPECT_TRUE(wasHit || status == noErr);
         AppleDouble companion;
         if (status == noErr) { // a missing icon, a companion's flush on a file system without it
-            EXPECT_EQ(ReadCompanion(Item("alias"), &companion), noErr) << failAt;
+            EXPECT_EQ(ReadAppleDouble(Item("alias"), &companion), noErr) << failAt;
             EXPECT_EQ(GetFInfo(companion).fdFlags & kIsAlias, kIsAlias) << failAt;
             EXPECT_EQ(FSpDelete(alias), noErr);
         }

@@ -95,7 +95,7 @@ class ItemsTest : public testing::Test {
         Made made{};
         made.status = CreateAliasFile(Spec(path), Spec(Item(name)));
         AppleDouble companion;
-        if (made.status == noErr && ReadCompanion(Item(name), &companion) == noErr) {
+        if (made.status == noErr && ReadAppleDouble(Item(name), &companion) == noErr) {
             made.info = GetFInfo(companion);
             EXPECT_EQ(ParseResourceFork(std::as_bytes(std::span(companion.resourceFork)), &made.resources),
                       noErr);

@@ -100,7 +100,7 @@ TEST_F(Items, Cleanup_LeavesAllThatIsNoAliasFile) {
     for (const char *name : {"pipe", "directory"}) {
         AppleDouble alias;
         SetFInfo(alias, {kUnknownType, kUnknownType, kIsAlias});
-        EXPECT_EQ(WriteCompanion(Item(name), alias), noErr);
+        EXPECT_EQ(WriteAppleDouble(Item(name), alias), noErr);
     }
     ASSERT_EQ(::mkfifo(Item("pipe").c_str(), 0600), 0);
     std::filesystem::create_directory(Item("directory"));
