@@ -1,7 +1,7 @@
 // CRC-32 with the sum of the bytes, beside the CRCs that a user would pick instead, which give no sum, the
 // table look-up a byte that most programs have, and the limits: copying the bytes, and adding them up.
-#include "util/crc32.h"
-#include "util/crc32_kernels.h"
+#include "util/crc32/crc32.h"
+#include "util/crc32/crc32_kernels.h"
 
 #include <benchmark/benchmark.h>
 #include <libdeflate.h>

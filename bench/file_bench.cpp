@@ -2,8 +2,8 @@
 // a user would pick instead (SQLite and LMDB, the same records, one transaction). Records of 1668 bytes; the
 // argument is their number. Files lie in $DREVIX_BENCH_FOLDER, else in the folder for temporary files, which
 // should be on the disk that matters.
-#include "platform/file_update.h"
-#include "platform/status.h"
+#include "platform/base/status.h"
+#include "platform/files/file_update.h"
 #include "qbase/qbase_file.h"
 
 #include <benchmark/benchmark.h>

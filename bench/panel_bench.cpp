@@ -1,7 +1,7 @@
 // The panel beside a bare window with as many widgets of the same kinds: from nothing to the first complete paint. One edit
 // with its redrawing, and the import of new records into the open panel. Drawn without a display.
 #include "pane/drevix_pane.h"
-#include "platform/status.h"
+#include "platform/base/status.h"
 #include "settings/device_prefs.h"
 #include "settings/pascal_strings.h"
 #include "settings/prefs_dictionary.h"

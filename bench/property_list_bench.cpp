@@ -1,7 +1,7 @@
 // Property lists of settings records: reading beside a bare libxml2 parse of the same file, writing beside
 // libplist, and the memory that reading takes.
-#include "platform/property_list.h"
-#include "platform/status.h"
+#include "platform/base/status.h"
+#include "platform/plist/property_list.h"
 
 #include <benchmark/benchmark.h>
 #include <libxml/parser.h>

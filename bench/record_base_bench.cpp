@@ -1,7 +1,7 @@
 // The record base beside what a user would pick instead (SQLite and LMDB in one transaction, a vector of
 // strings) and beside the limit, a copy of the same bytes in the same order without any structure.
 // Every store holds records of 1668 bytes; the argument is their number.
-#include "platform/block.h"
+#include "platform/base/block.h"
 #include "qbase/qbase.h"
 #include "qbase/qbase_sort.h"
 

@@ -1,9 +1,9 @@
 #include "cli/action_names.h"
 
 #include "keyboard/key_names.h"
-#include "platform/ascii.h"
+#include "platform/base/ascii.h"
 #include "settings/pascal_strings.h"
-#include "util/items_folder.h"
+#include "util/items/items_folder.h"
 
 #include <algorithm>
 #include <array>

@@ -3,7 +3,7 @@
 
 #include "cli/menu_titles.h"
 #include "cli/outcome.h"
-#include "platform/property_list.h"
+#include "platform/plist/property_list.h"
 #include "settings/action_commands.h"
 
 #include <cstdint>

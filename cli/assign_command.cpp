@@ -6,9 +6,10 @@
 #include "companion/korvane_crc.h"
 #include "companion/korvane_files.h"
 #include "keyboard/key_names.h"
-#include "platform/json.h"
-#include "platform/plain_text.h"
-#include "util/items_folder.h"
+#include "platform/base/plain_text.h"
+#include "platform/catalog/named_files.h"
+#include "platform/plist/json.h"
+#include "util/items/items_folder.h"
 
 #include <algorithm>
 #include <array>

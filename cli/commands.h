@@ -4,7 +4,7 @@
 
 #include "cli/command_line.h"
 #include "cli/outcome.h"
-#include "platform/files.h"
+#include "platform/files/files.h"
 
 #include <array>
 #include <cstdint>

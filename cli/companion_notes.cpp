@@ -1,6 +1,6 @@
 #include "cli/companion_notes.h"
 
-#include "platform/plain_text.h"
+#include "platform/base/plain_text.h"
 
 #include <algorithm>
 

@@ -5,8 +5,8 @@
 #include "cli/edit_commands.h"
 #include "cli/record_text.h"
 #include "cli/session.h"
-#include "platform/ascii.h"
-#include "platform/plain_text.h"
+#include "platform/base/ascii.h"
+#include "platform/base/plain_text.h"
 
 #include <algorithm>
 #include <array>

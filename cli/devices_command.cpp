@@ -3,8 +3,8 @@
 #include "cli/commands.h"
 #include "cli/text_table.h"
 #include "helperlink/device_text.h"
-#include "platform/json.h"
-#include "platform/plain_text.h"
+#include "platform/base/plain_text.h"
+#include "platform/plist/json.h"
 
 #include <algorithm>
 #include <chrono>

@@ -6,8 +6,8 @@
 #include "cli/new_application.h"
 #include "cli/record_text.h"
 #include "cli/session.h"
-#include "platform/desktop_entries.h"
-#include "platform/mac_roman.h"
+#include "platform/base/mac_roman.h"
+#include "platform/desktop/desktop_entries.h"
 #include "settings/pascal_strings.h"
 #include "settings/prefs_list.h"
 

@@ -4,8 +4,8 @@
 #include "cli/record_text.h"
 #include "cli/session.h"
 #include "document/file_stamp.h"
-#include "platform/json.h"
-#include "platform/plain_text.h"
+#include "platform/base/plain_text.h"
+#include "platform/plist/json.h"
 #include "settings/prefs_dictionary.h"
 #include "settings/prefs_list.h"
 

@@ -1,7 +1,7 @@
 // What is wrong with a settings file, in words. docs/record-base-file.md has the format.
 #pragma once
 
-#include "platform/types.h"
+#include "platform/base/types.h"
 
 #include <cstdint>
 #include <string>

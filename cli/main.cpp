@@ -1,5 +1,5 @@
 #include "cli/commands.h"
-#include "platform/resources.h"
+#include "platform/desktop/resources.h"
 
 #include <iostream>
 #include <string>

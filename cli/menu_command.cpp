@@ -6,7 +6,7 @@
 #include "cli/session.h"
 #include "cli/text_table.h"
 #include "companion/korvane_crc.h"
-#include "platform/json.h"
+#include "platform/plist/json.h"
 #include "settings/action_commands.h"
 
 namespace drevix {

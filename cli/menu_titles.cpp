@@ -2,7 +2,7 @@
 
 #include "companion/korvane_crc.h"
 #include "companion/korvane_files.h"
-#include "platform/ascii.h"
+#include "platform/base/ascii.h"
 
 #include <algorithm>
 

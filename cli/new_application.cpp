@@ -1,11 +1,11 @@
 #include "cli/new_application.h"
 
-#include "platform/app_folder.h"
-#include "platform/desktop_entries.h"
-#include "platform/disk.h"
-#include "platform/file_update.h"
-#include "platform/paths.h"
-#include "platform/status.h"
+#include "platform/base/status.h"
+#include "platform/desktop/app_folder.h"
+#include "platform/desktop/desktop_entries.h"
+#include "platform/files/disk.h"
+#include "platform/files/file_update.h"
+#include "platform/files/paths.h"
 
 #include <cerrno>
 #include <string_view>

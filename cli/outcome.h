@@ -1,7 +1,7 @@
 // The result of a command.
 #pragma once
 
-#include "platform/status.h"
+#include "platform/base/status.h"
 
 #include <string>
 #include <string_view>

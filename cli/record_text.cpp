@@ -1,7 +1,7 @@
 #include "cli/record_text.h"
 
-#include "platform/json.h"
-#include "platform/plain_text.h"
+#include "platform/base/plain_text.h"
+#include "platform/plist/json.h"
 #include "settings/pascal_strings.h"
 
 namespace drevix {

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "cli/commands.h"
-#include "platform/property_list.h"
+#include "platform/plist/property_list.h"
 #include "settings/app_prefs.h"
 
 #include <string>

@@ -1,5 +1,5 @@
 #include "cli/commands.h"
-#include "platform/plain_text.h"
+#include "platform/base/plain_text.h"
 
 #include <algorithm>
 #include <new>

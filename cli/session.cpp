@@ -1,8 +1,8 @@
 #include "cli/session.h"
 
 #include "cli/companion_notes.h"
-#include "platform/file_update.h"
-#include "platform/plain_text.h"
+#include "platform/base/plain_text.h"
+#include "platform/files/file_update.h"
 #include "settings/device_prefs.h"
 #include "settings/prefs_list.h"
 

@@ -6,8 +6,8 @@
 #include "cli/session.h"
 #include "cli/text_table.h"
 #include "keyboard/key_names.h"
-#include "platform/json.h"
-#include "platform/plain_text.h"
+#include "platform/base/plain_text.h"
+#include "platform/plist/json.h"
 #include "settings/prefs_dictionary.h"
 
 namespace drevix {

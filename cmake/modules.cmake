@@ -1,19 +1,21 @@
 # One helper makes a module's library, one a test program. The folders and what each may use come from layers.txt.
+# The target of the folder a/b is a_b.
 
 set(DREVIX_MODULES)
-file(STRINGS "${CMAKE_CURRENT_LIST_DIR}/layers.txt" drevix_layers REGEX "^[a-z]+:")
+file(STRINGS "${CMAKE_CURRENT_LIST_DIR}/layers.txt" drevix_layers REGEX "^[a-z0-9/]+:")
 set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${CMAKE_CURRENT_LIST_DIR}/layers.txt")
 foreach(line IN LISTS drevix_layers)
-    string(REGEX MATCH "^([a-z]+): ?(.*)$" matched "${line}")
+    string(REGEX MATCH "^([a-z0-9/]+): ?(.*)$" matched "${line}")
     set(module "${CMAKE_MATCH_1}")
     string(REPLACE " " ";" uses "${CMAKE_MATCH_2}")
+    string(REPLACE "/" "_" uses "${uses}")
     list(APPEND DREVIX_MODULES ${module})
     set(DREVIX_USES_${module} ${uses})
 endforeach()
 
 # What a program outside the folders (a benchmark, a fuzzer) may link: every folder that is a library.
-set(DREVIX_MODULES_FOR_PROGRAMS ${DREVIX_MODULES})
-list(REMOVE_ITEM DREVIX_MODULES_FOR_PROGRAMS helper cli pane host)
+string(REPLACE "/" "_" DREVIX_MODULES_FOR_PROGRAMS "${DREVIX_MODULES}")
+list(REMOVE_ITEM DREVIX_MODULES_FOR_PROGRAMS keyboard_qt helper cli pane host)
 
 # What every target of this project is compiled with.
 add_library(drevix_options INTERFACE)
@@ -21,11 +23,12 @@ target_include_directories(drevix_options INTERFACE "${PROJECT_SOURCE_DIR}")
 target_compile_options(drevix_options INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor
     -Woverloaded-virtual $<$<BOOL:${DREVIX_WERROR}>:-Werror>)
 
-# drevix_module(NAME [LIBRARIES ...] [EXCEPT ...]): the static library of the folder NAME, with every source in it but those
+# drevix_module(FOLDER [LIBRARIES ...] [EXCEPT ...]): the static library of that folder, with every source in it but those
 # after EXCEPT. It links what layers.txt lets it include; LIBRARIES are third-party libraries (platform/ has some, and pane/).
 # The libraries can be linked into the panel's plug-in, and show nothing of themselves in it.
-function(drevix_module name)
+function(drevix_module folder)
     cmake_parse_arguments(arg "" "" "LIBRARIES;EXCEPT" ${ARGN})
+    string(REPLACE "/" "_" name "${folder}")
     file(GLOB sources CONFIGURE_DEPENDS "${CMAKE_CURRENT_SOURCE_DIR}/*.cpp")
     foreach(except IN LISTS arg_EXCEPT)
         list(REMOVE_ITEM sources "${CMAKE_CURRENT_SOURCE_DIR}/${except}")
@@ -33,7 +36,7 @@ function(drevix_module name)
     add_library(${name} STATIC ${sources})
     set_target_properties(${name} PROPERTIES POSITION_INDEPENDENT_CODE ON CXX_VISIBILITY_PRESET hidden
         VISIBILITY_INLINES_HIDDEN ON)
-    target_link_libraries(${name} PUBLIC drevix_options ${DREVIX_USES_${name}} PRIVATE ${arg_LIBRARIES})
+    target_link_libraries(${name} PUBLIC drevix_options ${DREVIX_USES_${folder}} PRIVATE ${arg_LIBRARIES})
     drevix_check_headers(${name})
 endfunction()
 
@@ -55,18 +58,20 @@ function(drevix_check_headers name)
     endif()
 endfunction()
 
-# drevix_test(NAME [LIBRARIES ...]): the test program NAME_test of every *_test.cpp in the calling folder, with the tests of
-# the folder NAME. All of them are built: a test file cannot be forgotten.
-function(drevix_test name)
+# drevix_test(FOLDER [LIBRARIES ...]): the test program of every *_test.cpp in the calling folder, with the tests of that
+# folder's library. All of them are built: a test file cannot be forgotten.
+function(drevix_test folder)
     cmake_parse_arguments(arg "" "" "LIBRARIES" ${ARGN})
+    string(REPLACE "/" "_" name "${folder}")
+    string(REPLACE "/" "." prefix "${folder}")
     file(GLOB sources CONFIGURE_DEPENDS "${CMAKE_CURRENT_SOURCE_DIR}/*.cpp")
     if(NOT sources)
         return()
     endif()
     add_executable(${name}_test ${sources})
-    target_link_libraries(${name}_test PRIVATE ${arg_LIBRARIES} drevix_test_support GTest::gtest GTest::gmock
+    target_link_libraries(${name}_test PRIVATE ${name} ${arg_LIBRARIES} drevix_test_support GTest::gtest GTest::gmock
         GTest::gtest_main)
     target_compile_definitions(${name}_test PRIVATE DREVIX_TEST_DATA="${PROJECT_SOURCE_DIR}/tests/data")
-    gtest_discover_tests(${name}_test TEST_PREFIX "${name}." DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 300
+    gtest_discover_tests(${name}_test TEST_PREFIX "${prefix}." DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 300
         ENVIRONMENT "ASAN_OPTIONS=allocator_may_return_null=1:detect_stack_use_after_return=1")
 endfunction()

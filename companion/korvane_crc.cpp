@@ -1,6 +1,6 @@
 #include "companion/korvane_crc.h"
 
-#include "util/crc32.h"
+#include "util/crc32/crc32.h"
 
 namespace drevix {
 

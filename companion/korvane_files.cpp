@@ -1,10 +1,10 @@
 #include "companion/korvane_files.h"
 
-#include "platform/ascii.h"
-#include "platform/files.h"
-#include "platform/shared_file.h"
-#include "platform/status.h"
-#include "platform/xml_document.h"
+#include "platform/base/ascii.h"
+#include "platform/base/status.h"
+#include "platform/files/paths.h"
+#include "platform/files/shared_file.h"
+#include "platform/xml/xml_document.h"
 #include "settings/pascal_strings.h"
 #include "settings/prefs_list.h"
 

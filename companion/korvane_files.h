@@ -2,7 +2,7 @@
 // docs/hotkey-files.md has the format.
 #pragma once
 
-#include "platform/xml_document.h"
+#include "platform/xml/xml_document.h"
 #include "qbase/qbase.h"
 #include "settings/app_prefs.h"
 

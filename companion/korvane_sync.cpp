@@ -4,8 +4,8 @@
 #include "companion/korvane_files.h"
 #include "companion/notification_socket.h"
 #include "helperlink/driver_messages.h"
-#include "platform/status.h"
-#include "platform/user_lock.h"
+#include "platform/base/status.h"
+#include "platform/files/user_lock.h"
 #include "settings/action_commands.h"
 
 #include <algorithm>

@@ -1,11 +1,11 @@
 // Keeps buttons I, II and III and the companion dial's hotkey files in step. The companion's files are right
 // when the panel comes to the front, the panel's records when the user applies or leaves. Programs of ours
-// take turns with the files, by a lock of the user's ("platform/user_lock.h"); the companion locks nothing, and
+// take turns with the files, by a lock of the user's ("platform/files/user_lock.h"); the companion locks nothing, and
 // the last writer wins.
 #pragma once
 
 #include "companion/korvane_files.h"
-#include "platform/status.h"
+#include "platform/base/status.h"
 #include "qbase/qbase.h"
 
 #include <array>

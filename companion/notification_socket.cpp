@@ -1,6 +1,6 @@
 #include "companion/notification_socket.h"
 
-#include "platform/status.h"
+#include "platform/base/status.h"
 
 namespace drevix {
 namespace {

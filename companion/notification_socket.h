@@ -2,7 +2,7 @@
 // message. Main thread only.
 #pragma once
 
-#include "platform/socket.h"
+#include "platform/net/socket.h"
 
 #include <cstdint>
 

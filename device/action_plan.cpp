@@ -1,7 +1,7 @@
 #include "device/action_plan.h"
 
 #include "keyboard/key_codes.h"
-#include "platform/ascii.h"
+#include "platform/base/ascii.h"
 #include "settings/action_list.h"
 
 #include <algorithm>

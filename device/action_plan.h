@@ -1,9 +1,9 @@
 // What an action is, step for step: from a slot of a record to keys, wheel and requests.
 #pragma once
 
-#include "platform/desktop_requests.h"
-#include "platform/front_window.h"
-#include "platform/keyboard_layout.h"
+#include "platform/desktop/keyboard_layout.h"
+#include "platform/windows/desktop_requests.h"
+#include "platform/windows/front_window.h"
 #include "settings/action_commands.h"
 #include "settings/app_prefs.h"
 

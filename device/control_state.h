@@ -2,7 +2,7 @@
 #pragma once
 
 #include "device/device_map.h"
-#include "platform/input_device.h"
+#include "platform/input/input_device.h"
 #include "settings/app_prefs.h"
 
 #include <array>

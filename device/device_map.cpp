@@ -1,6 +1,6 @@
 #include "device/device_map.h"
 
-#include "platform/field_words.h"
+#include "platform/base/field_words.h"
 
 #include <algorithm>
 #include <array>

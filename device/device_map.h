@@ -2,8 +2,8 @@
 // is in docs/device-maps.md.
 #pragma once
 
-#include "platform/input_codes.h"
-#include "platform/input_device.h"
+#include "platform/input/input_codes.h"
+#include "platform/input/input_device.h"
 #include "settings/app_prefs.h"
 
 #include <chrono>

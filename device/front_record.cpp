@@ -1,6 +1,6 @@
 #include "device/front_record.h"
 
-#include "platform/ascii.h"
+#include "platform/base/ascii.h"
 #include "settings/action_commands.h"
 #include "settings/pascal_strings.h"
 #include "settings/prefs_list.h"

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "device/control_state.h"
-#include "platform/front_window.h"
+#include "platform/windows/front_window.h"
 #include "qbase/qbase.h"
 #include "settings/app_prefs.h"
 

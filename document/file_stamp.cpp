@@ -1,9 +1,9 @@
 #include "document/file_stamp.h"
 
-#include "platform/disk.h"
-#include "platform/file_update.h"
-#include "platform/paths.h"
-#include "platform/status.h"
+#include "platform/base/status.h"
+#include "platform/files/disk.h"
+#include "platform/files/file_update.h"
+#include "platform/files/paths.h"
 
 #include <fcntl.h>
 

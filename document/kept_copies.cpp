@@ -1,9 +1,9 @@
 // The records whose items must stay: those of the base, and of the damaged files that were kept aside.
 #include "document/merge.h"
 #include "document/settings_document.h"
-#include "platform/disk.h"
-#include "platform/file_update.h"
-#include "platform/paths.h"
+#include "platform/files/disk.h"
+#include "platform/files/file_update.h"
+#include "platform/files/paths.h"
 #include "settings/salvage.h"
 
 #include <algorithm>

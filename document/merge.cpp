@@ -1,6 +1,6 @@
 #include "document/merge.h"
 
-#include "platform/status.h"
+#include "platform/base/status.h"
 #include "settings/device_prefs.h"
 #include "settings/pascal_strings.h"
 #include "settings/prefs_list.h"

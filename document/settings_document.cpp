@@ -3,6 +3,7 @@
 #include "companion/korvane_sync.h"
 #include "document/merge.h"
 #include "helperlink/driver_messages.h"
+#include "platform/catalog/named_files.h"
 #include "settings/prefs_list.h"
 
 #include <algorithm>

@@ -5,9 +5,9 @@
 
 #include "companion/korvane_sync.h"
 #include "document/file_stamp.h"
-#include "platform/files.h"
-#include "platform/status.h"
-#include "platform/user_lock.h"
+#include "platform/base/status.h"
+#include "platform/files/files.h"
+#include "platform/files/user_lock.h"
 #include "qbase/qbase.h"
 #include "settings/app_prefs.h"
 #include "settings/device_prefs.h"

@@ -2,7 +2,7 @@
 // a base, at the end and among records that are there. Whatever it holds, the base is valid afterwards, has
 // as many records as were told, and a block made of it brings them over to another base.
 #include "fuzz/fuzzing.h"
-#include "platform/status.h"
+#include "platform/base/status.h"
 #include "qbase/qbase_exchange.h"
 #include "qbase/qbase_file.h"
 

@@ -2,8 +2,8 @@
 #pragma once
 
 #include "fuzz/fuzzing.h"
-#include "platform/property_list.h"
-#include "platform/status.h"
+#include "platform/base/status.h"
+#include "platform/plist/property_list.h"
 
 #include <span>
 #include <string>

@@ -1,8 +1,8 @@
 // Open files that are strings: a fuzzer that reads and writes ten million of them has no time for system calls.
 #pragma once
 
-#include "platform/disk.h"
-#include "platform/files.h"
+#include "platform/files/disk.h"
+#include "platform/files/files.h"
 
 #include <algorithm>
 #include <cerrno>

@@ -1,7 +1,7 @@
 // AppleDouble files and the resource forks in them: what is read is read as the same after it has been written.
 #include "fuzz/fuzzing.h"
-#include "platform/resource_file.h"
-#include "platform/status.h"
+#include "platform/base/status.h"
+#include "platform/catalog/resource_file.h"
 
 #include <algorithm>
 #include <random>

@@ -4,8 +4,8 @@
 // same bytes.
 #include "fuzz/fuzzing.h"
 #include "fuzz/memory_disk.h"
-#include "platform/block.h"
-#include "platform/status.h"
+#include "platform/base/block.h"
+#include "platform/base/status.h"
 #include "qbase/qbase_file.h"
 
 #include <algorithm>

@@ -2,13 +2,13 @@
 
 #include "document/settings_document.h"
 #include "keyboard/key_names.h"
-#include "platform/plain_text.h"
-#include "platform/status.h"
+#include "platform/base/plain_text.h"
+#include "platform/base/status.h"
 #include "settings/action_commands.h"
 #include "settings/device_prefs.h"
 #include "settings/pascal_strings.h"
 #include "settings/prefs_list.h"
-#include "util/items_folder.h"
+#include "util/items/items_folder.h"
 
 namespace drevix {
 namespace {

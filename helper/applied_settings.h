@@ -1,7 +1,7 @@
 // What the helper makes of the settings file: what each control does for the application in front.
 #pragma once
 
-#include "platform/files.h"
+#include "platform/files/files.h"
 
 #include <string>
 

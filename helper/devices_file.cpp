@@ -1,8 +1,8 @@
 #include "helper/devices_file.h"
 
-#include "platform/field_words.h"
-#include "platform/shared_file.h"
-#include "platform/status.h"
+#include "platform/base/field_words.h"
+#include "platform/base/status.h"
+#include "platform/files/shared_file.h"
 
 #include <algorithm>
 #include <array>

@@ -2,10 +2,10 @@
 // have them do.
 #pragma once
 
-#include "helper/file_watch.h"
 #include "helper/options.h"
 #include "helperlink/driver_messages.h"
-#include "platform/files.h"
+#include "platform/files/file_watch.h"
+#include "platform/files/files.h"
 
 #include <optional>
 #include <string>

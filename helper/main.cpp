@@ -1,9 +1,9 @@
 // DrevixHelper: stands in for the program that works with the device.
 #include "helper/helper.h"
 #include "keyboard/key_names.h"
-#include "platform/file_update.h"
-#include "platform/paths.h"
-#include "platform/status.h"
+#include "platform/base/status.h"
+#include "platform/files/file_update.h"
+#include "platform/files/paths.h"
 
 #include <csignal>
 #include <exception>

@@ -1,7 +1,7 @@
 #include "helperlink/driver_messages.h"
 
-#include "platform/equal_string.h"
-#include "platform/status.h"
+#include "platform/base/equal_string.h"
+#include "platform/base/status.h"
 
 #include <tuple>
 

@@ -3,8 +3,8 @@
 // Main thread only. Nothing here waits for a process: a helper that hangs cannot hold up the panel.
 #pragma once
 
-#include "platform/apple_events.h"
-#include "platform/processes.h"
+#include "platform/bus/apple_events.h"
+#include "platform/bus/processes.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -77,7 +77,7 @@ extern DeviceList *gConnectedListPtr;
 // Asks the device helper which devices are connected, and returns at once; the answer comes from the event
 // loop later, into the list that InstallAppleEventHandlers was given. `list` should be that one; paramErr, with
 // nothing sent, when it is null; else as RequestDriverPrefsUpdate. While the helper owes an answer, nothing
-// more is sent to it ("platform/apple_events.h").
+// more is sent to it ("platform/bus/apple_events.h").
 [[nodiscard]] OSStatus GetConnectedDevices(const DeviceList *list);
 
 // From now on answers are stored in *list, which must live until RemoveAppleEventHandlers, or from then on no

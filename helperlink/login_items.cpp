@@ -1,13 +1,14 @@
 #include "helperlink/login_items.h"
 
-#include "platform/app_folder.h"
-#include "platform/ascii.h"
-#include "platform/autostart.h"
-#include "platform/file_update.h"
-#include "platform/owners.h"
-#include "platform/paths.h"
-#include "platform/property_list.h"
-#include "platform/status.h"
+#include "platform/base/ascii.h"
+#include "platform/base/status.h"
+#include "platform/catalog/named_files.h"
+#include "platform/desktop/app_folder.h"
+#include "platform/desktop/autostart.h"
+#include "platform/files/file_update.h"
+#include "platform/files/owners.h"
+#include "platform/files/paths.h"
+#include "platform/plist/property_list.h"
 
 #include <algorithm>
 #include <cerrno>

@@ -1,12 +1,12 @@
 // The user's login items: the property list "loginwindow.plist" in the Preferences folder, whose array
 // "AutoLaunchedApplicationDictionary" has a dictionary with "Path" and "Hide" an item.
 //
-// An item that is an application folder with a program for this system ("platform/app_folder.h") has an
-// autostart entry too ("platform/autostart.h"), so that the desktop really starts it; the functions here keep
+// An item that is an application folder with a program for this system ("platform/desktop/app_folder.h") has an
+// autostart entry too ("platform/desktop/autostart.h"), so that the desktop really starts it; the functions here keep
 // the two in step. Main thread only. Statuses are 16-bit errors in 32 bits.
 #pragma once
 
-#include "platform/files.h"
+#include "platform/catalog/named_files.h"
 
 #include <cstdint>
 

@@ -1,8 +1,9 @@
 // The path of a login item: up the folders by the catalog, from the item to the root of its volume.
 #include "helperlink/login_items.h"
 
-#include "platform/catalog.h"
-#include "platform/status.h"
+#include "platform/base/status.h"
+#include "platform/catalog/catalog.h"
+#include "platform/catalog/named_files.h"
 #include "settings/pascal_strings.h"
 
 #include <algorithm>

@@ -3,8 +3,8 @@
 #include "host/host_text.h"
 #include "host/panel_window.h"
 #include "host/picture.h"
-#include "platform/resources.h"
-#include "platform/status.h"
+#include "platform/base/status.h"
+#include "platform/desktop/resources.h"
 
 #include <QApplication>
 #include <QCommandLineParser>

@@ -2,7 +2,7 @@
 // characters that they give.
 #pragma once
 
-#include "platform/keyboard_layout.h"
+#include "platform/desktop/keyboard_layout.h"
 #include "settings/app_prefs.h"
 
 #include <array>

@@ -2,8 +2,8 @@
 // Names are Pascal strings, cut at the caller's limit of characters. Main thread only.
 #pragma once
 
-#include "platform/keyboard_layout.h"
-#include "platform/types.h"
+#include "platform/base/types.h"
+#include "platform/desktop/keyboard_layout.h"
 
 #include <array>
 #include <cstdint>

@@ -1,8 +1,8 @@
 // Keystrokes read from their names.
 #include "keyboard/key_codes.h"
 #include "keyboard/key_names.h"
-#include "platform/ascii.h"
-#include "platform/mac_roman.h"
+#include "platform/base/ascii.h"
+#include "platform/base/mac_roman.h"
 #include "settings/app_prefs.h"
 #include "settings/pascal_strings.h"
 

@@ -9,10 +9,10 @@
 
 #include "document/settings_document.h"
 #include "helperlink/driver_messages.h"
-#include "keyboard/key_events.h"
-#include "keyboard/keystroke_receiver.h"
+#include "keyboard/qt/key_events.h"
+#include "keyboard/qt/keystroke_receiver.h"
 #include "pane/preference_pane.h"
-#include "platform/files.h"
+#include "platform/files/files.h"
 #include "qbase/qbase.h"
 #include "settings/action_commands.h"
 #include "settings/app_prefs.h"

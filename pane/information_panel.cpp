@@ -1,6 +1,6 @@
 #include "pane/information_panel.h"
 
-#include "keyboard/dv_text_field.h"
+#include "keyboard/qt/dv_text_field.h"
 
 #include <QDialogButtonBox>
 #include <QPushButton>

@@ -7,9 +7,9 @@
 #include "pane/information_panel.h"
 #include "pane/pane_text.h"
 #include "pane/workspace.h"
-#include "platform/app_folder.h"
-#include "platform/ascii.h"
-#include "platform/status.h"
+#include "platform/base/ascii.h"
+#include "platform/base/status.h"
+#include "platform/desktop/app_folder.h"
 
 #include <QFileInfo>
 #include <QShortcut>

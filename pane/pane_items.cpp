@@ -5,9 +5,9 @@
 #include "pane/item_field.h"
 #include "pane/pane_text.h"
 #include "pane/workspace.h"
-#include "platform/desktop_entries.h"
-#include "platform/status.h"
-#include "util/items_folder.h"
+#include "platform/base/status.h"
+#include "platform/desktop/desktop_entries.h"
+#include "util/items/items_folder.h"
 
 #include <QFile>
 #include <QFileInfo>

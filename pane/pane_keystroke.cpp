@@ -1,7 +1,7 @@
 // The keystroke of a control: its field, who else has it, and which keys of this keyboard its modifiers are.
 #include "pane/drevix_pane.h"
 
-#include "keyboard/keystroke_capture.h"
+#include "keyboard/qt/keystroke_capture.h"
 #include "pane/editor_tables.h"
 #include "pane/pane_text.h"
 

@@ -4,12 +4,13 @@
 #include "companion/korvane_sync.h"
 #include "helperlink/driver_messages.h"
 #include "keyboard/key_names.h"
-#include "keyboard/keystroke_capture.h"
-#include "keyboard/layout_of_windows.h"
+#include "keyboard/qt/keystroke_capture.h"
+#include "keyboard/qt/layout_of_windows.h"
 #include "pane/editor_tables.h"
 #include "pane/pane_text.h"
-#include "platform/resources.h"
-#include "platform/status.h"
+#include "pane/qt_event_loop.h"
+#include "platform/base/status.h"
+#include "platform/desktop/resources.h"
 #include "settings/device_prefs.h"
 #include "settings/prefs_list.h"
 
@@ -39,7 +40,9 @@ PaneBundle FindPaneBundle() {
 }
 
 DrevixPane::DrevixPane(PaneBundle bundle)
-    : fPrefPaneBundle(std::move(bundle)), fDocument(fPrefPaneBundle.resources, fPrefPaneBundle.version) {}
+    : fPrefPaneBundle(std::move(bundle)), fDocument(fPrefPaneBundle.resources, fPrefPaneBundle.version) {
+    UseQtEventLoop(); // before the helper or the companion is asked anything
+}
 
 DrevixPane::~DrevixPane() {
     if (fIsSelected) {

@@ -6,7 +6,7 @@
 #include "pane/editor_tables.h"
 #include "pane/file_panels.h"
 #include "pane/pane_text.h"
-#include "platform/status.h"
+#include "platform/base/status.h"
 #include "settings/pascal_strings.h"
 #include "settings/prefs_dictionary.h"
 #include "settings/prefs_list.h"

@@ -6,10 +6,10 @@
 #include "pane/file_panels.h"
 #include "pane/pane_text.h"
 #include "pane/unsaved_panel.h"
-#include "platform/status.h"
+#include "platform/base/status.h"
 #include "settings/device_prefs.h"
 #include "settings/prefs_list.h"
-#include "util/items_folder.h"
+#include "util/items/items_folder.h"
 
 #include <array>
 #include <tuple>

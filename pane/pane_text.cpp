@@ -1,9 +1,9 @@
 #include "pane/pane_text.h"
 
 #include "keyboard/key_names.h"
-#include "platform/ascii.h"
-#include "platform/mac_roman.h"
-#include "platform/status.h"
+#include "platform/base/ascii.h"
+#include "platform/base/mac_roman.h"
+#include "platform/base/status.h"
 #include "settings/action_commands.h"
 
 #include <QCoreApplication>

@@ -1,7 +1,7 @@
 // Texts that the panel's files share: names, controls, statuses and actions in the words of the window.
 #pragma once
 
-#include "platform/types.h"
+#include "platform/base/types.h"
 #include "settings/app_prefs.h"
 
 #include <QString>

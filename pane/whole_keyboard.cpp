@@ -1,6 +1,6 @@
 #include "pane/whole_keyboard.h"
 
-#include "platform/wayland_shortcuts.h"
+#include "platform/windows/wayland_shortcuts.h"
 
 #include <QGuiApplication>
 #include <QWidget>

@@ -1,8 +1,8 @@
 #include "pane/workspace.h"
 
-#include "platform/app_folder.h"
-#include "platform/desktop_entries.h"
-#include "platform/status.h"
+#include "platform/base/status.h"
+#include "platform/desktop/app_folder.h"
+#include "platform/desktop/desktop_entries.h"
 
 #include <QDesktopServices>
 #include <QDir>

@@ -1,7 +1,7 @@
 #include "qbase/fast_sort.h"
 
-#include "platform/clock.h"
-#include "platform/status.h"
+#include "platform/base/clock.h"
+#include "platform/base/status.h"
 #include "qbase/sort_range.h"
 
 #include <algorithm>

@@ -3,7 +3,7 @@
 // comparison) is one for the process: one sort at a time, and a comparison must not start another.
 #pragma once
 
-#include "platform/types.h"
+#include "platform/base/types.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -7,8 +7,8 @@
 // thread.
 #pragma once
 
-#include "platform/block.h"
-#include "platform/types.h"
+#include "platform/base/block.h"
+#include "platform/base/types.h"
 
 #include <cstddef>
 #include <cstdint>

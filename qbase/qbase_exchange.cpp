@@ -1,6 +1,6 @@
 #include "qbase/qbase_exchange.h"
 
-#include "platform/status.h"
+#include "platform/base/status.h"
 #include "qbase/qbase_internal.h"
 
 #include <algorithm>

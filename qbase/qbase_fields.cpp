@@ -1,5 +1,5 @@
 // The header fields and the user block.
-#include "platform/status.h"
+#include "platform/base/status.h"
 #include "qbase/qbase_internal.h"
 
 #include <cstring>

@@ -1,7 +1,7 @@
 // Transfers at a file's mark and elsewhere.
 #include "qbase/qbase_file.h"
 
-#include "platform/status.h"
+#include "platform/base/status.h"
 #include "qbase/qbase_file_internal.h"
 
 namespace drevix {

@@ -2,7 +2,7 @@
 // byte.
 #pragma once
 
-#include "platform/files.h"
+#include "platform/files/files.h"
 #include "qbase/qbase.h"
 
 namespace drevix {

@@ -1,5 +1,5 @@
 // The index: its size, rebuilding it from the record data, and moving its slots.
-#include "platform/status.h"
+#include "platform/base/status.h"
 #include "qbase/qbase_internal.h"
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 // Reading a base. What a file says of itself is compared with its real length before any memory is asked for,
 // and a base takes over what was read only when all of it has come.
-#include "platform/status.h"
+#include "platform/base/status.h"
 #include "qbase/qbase_file_internal.h"
 
 #include <algorithm>

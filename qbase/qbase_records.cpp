@@ -1,5 +1,5 @@
 // Records by number: adding, fetching, replacing, and their flags.
-#include "platform/status.h"
+#include "platform/base/status.h"
 #include "qbase/qbase_internal.h"
 
 #include <algorithm>

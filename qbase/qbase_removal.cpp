@@ -1,5 +1,5 @@
 // Marking records for removal, and removing them in one pass.
-#include "platform/status.h"
+#include "platform/base/status.h"
 #include "qbase/qbase_internal.h"
 #include "qbase/sort_range.h"
 

@@ -1,5 +1,5 @@
 // Validation: whether index and record data belong together.
-#include "platform/status.h"
+#include "platform/base/status.h"
 #include "qbase/qbase_file_internal.h"
 
 #include <algorithm>

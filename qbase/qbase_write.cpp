@@ -1,6 +1,6 @@
 // Writing a base: the file is made as long as it is to be, then header, user block, index and records follow
 // in the order in which they lie.
-#include "platform/status.h"
+#include "platform/base/status.h"
 #include "qbase/qbase_file_internal.h"
 
 namespace drevix {

@@ -2,7 +2,7 @@
 // docs/settings-record.md has the layout byte by byte; it is also the form of a record in the settings file.
 #pragma once
 
-#include "platform/types.h"
+#include "platform/base/types.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,8 +1,9 @@
 #include "settings/device_prefs.h"
 
-#include "platform/file_update.h"
-#include "platform/owners.h"
-#include "platform/status.h"
+#include "platform/base/status.h"
+#include "platform/catalog/named_files.h"
+#include "platform/files/file_update.h"
+#include "platform/files/owners.h"
 #include "qbase/qbase_file.h"
 #include "settings/action_commands.h"
 #include "settings/pascal_strings.h"

@@ -1,8 +1,8 @@
 // The settings file: read, repaired, merged with the factory defaults, and written so that nothing is lost.
 #pragma once
 
-#include "platform/files.h"
-#include "platform/status.h"
+#include "platform/base/status.h"
+#include "platform/files/files.h"
 #include "qbase/qbase.h"
 
 #include <cstdint>
@@ -42,7 +42,7 @@ inline constexpr std::uint32_t kPanelVersion = 0x02008000;
                                    std::uint32_t version);
 
 // Writes the base to the settings file of that name in the Preferences folder, which is made if it is
-// missing, through "platform/file_update.h": after a failure, or killed at any point, the old or the new file
+// missing, through "platform/files/file_update.h": after a failure, or killed at any point, the old or the new file
 // is there whole. `fileType` and `creator` have no counterpart on this disk. noErr, also for a null base or
 // empty name, with nothing written; wrPermErr for a read-only base; else the file's error.
 [[nodiscard]] OSErr SaveDevicePrefs(QBaseHandle base, StringPtr fileName, OSType fileType, OSType creator);
@@ -69,7 +69,7 @@ struct DevicePrefsFile {
                                     std::uint32_t version, RefusedFile refused, DevicePrefsFile *file);
 // Whether that is the status of a file that was refused for its contents.
 [[nodiscard]] bool IsDamaged(OSErr fileStatus);
-// Keeps a refused file aside under kRefusedSuffix. noErr, or why not ("platform/file_update.h").
+// Keeps a refused file aside under kRefusedSuffix. noErr, or why not ("platform/files/file_update.h").
 [[nodiscard]] OSErr KeepRefusedFile(const std::string &path);
 
 // The path of the settings file, in the Preferences folder. noErr, or why that folder cannot be found; it is

@@ -1,7 +1,7 @@
 #include "settings/new_application.h"
 
-#include "platform/app_folder.h"
-#include "platform/status.h"
+#include "platform/base/status.h"
+#include "platform/desktop/app_folder.h"
 #include "settings/pascal_strings.h"
 #include "settings/prefs_list.h"
 

@@ -1,7 +1,7 @@
 // What a record for an application is made of, as the application's own files tell.
 #pragma once
 
-#include "platform/desktop_entries.h"
+#include "platform/desktop/desktop_entries.h"
 #include "settings/app_prefs.h"
 
 #include <string>
@@ -17,7 +17,7 @@ struct NewApplication {
 };
 
 // The application of a desktop entry, and of a path: an entry's file, an application folder
-// ("platform/app_folder.h") in any letter case, or a program. What cannot be read has no signature and goes by
+// ("platform/desktop/app_folder.h") in any letter case, or a program. What cannot be read has no signature and goes by
 // the path's last component. May throw std::bad_alloc.
 [[nodiscard]] NewApplication ApplicationOfEntry(const DesktopEntry &entry);
 [[nodiscard]] NewApplication ApplicationOfPath(const std::string &path, std::string_view locale);

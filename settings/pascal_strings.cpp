@@ -1,7 +1,7 @@
 #include "settings/pascal_strings.h"
 
-#include "platform/ascii.h"
-#include "platform/mac_roman.h"
+#include "platform/base/ascii.h"
+#include "platform/base/mac_roman.h"
 
 #include <algorithm>
 #include <cstring>

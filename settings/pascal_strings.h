@@ -4,7 +4,7 @@
 // makes or reads UTF-8 text may throw std::bad_alloc.
 #pragma once
 
-#include "platform/types.h"
+#include "platform/base/types.h"
 
 #include <cstdint>
 #include <string>

@@ -1,6 +1,6 @@
 #include "settings/prefs_dictionary.h"
 
-#include "platform/status.h"
+#include "platform/base/status.h"
 #include "settings/pascal_strings.h"
 
 #include <algorithm>

@@ -2,7 +2,7 @@
 // docs/property-list.md lists every key.
 #pragma once
 
-#include "platform/property_list.h"
+#include "platform/plist/property_list.h"
 #include "settings/app_prefs.h"
 
 #include <functional>

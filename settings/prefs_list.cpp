@@ -1,7 +1,7 @@
 #include "settings/prefs_list.h"
 
-#include "platform/ascii.h"
-#include "platform/status.h"
+#include "platform/base/ascii.h"
+#include "platform/base/status.h"
 #include "qbase/qbase_sort.h"
 #include "settings/device_prefs.h"
 #include "settings/pascal_strings.h"

@@ -2,7 +2,7 @@
 // factory's values for a record.
 #pragma once
 
-#include "platform/files.h"
+#include "platform/files/files.h"
 #include "qbase/qbase.h"
 #include "settings/app_prefs.h"
 

@@ -1,6 +1,6 @@
 #include "settings/salvage.h"
 
-#include "platform/status.h"
+#include "platform/base/status.h"
 #include "settings/app_prefs.h"
 
 #include <array>

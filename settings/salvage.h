@@ -1,7 +1,7 @@
 // What can still be had of a damaged settings file.
 #pragma once
 
-#include "platform/types.h"
+#include "platform/base/types.h"
 #include "qbase/qbase.h"
 
 #include <string_view>

@@ -1,6 +1,6 @@
 #include "companion/korvane_crc.h"
 #include "companion/korvane_files.h"
-#include "platform/disk.h"
+#include "platform/files/disk.h"
 #include "settings/action_commands.h"
 #include "tests/cli/program.h"
 

@@ -1,17 +1,18 @@
 #include "companion/korvane_sync.h"
 #include "companion/notification_socket.h"
+#include "platform/bus/sd_event_loop.h"
 #include "settings/device_prefs.h"
 #include "tests/companion/companion_folder.h"
 
 #include <gtest/gtest.h>
 
-#include <QCoreApplication>
 #include <chrono>
 #include <unistd.h>
 
 namespace drevix::test {
 namespace {
 
+using std::chrono::milliseconds;
 using std::chrono::seconds;
 using std::chrono::steady_clock;
 
@@ -28,15 +29,12 @@ std::int32_t Send(const char *message, int port, const char *host = nullptr) {
 }
 
 // What the tests without one have not.
-struct EventLoop {
-    int count = 0;
-    QCoreApplication application{count, nullptr};
-
+struct ServingLoop : SdEventLoop {
     // Runs until no socket is left, at most ten seconds.
-    static void Run() {
+    void Run() {
         const auto end = steady_clock::now() + seconds(10);
         while (OpenSocketCount() > 0 && steady_clock::now() < end) {
-            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents | QEventLoop::AllEvents, 50);
+            RunOnce(milliseconds(50));
         }
         EXPECT_EQ(OpenSocketCount(), 0U);
     }
@@ -57,24 +55,16 @@ TEST(NotificationSocket, Address_HasThePublishedLayout) {
     EXPECT_EQ(OpenSocketCount(), 0U);
 }
 
-int gWarnings = 0;
-
-// Each answer left a warning of the event loop's, and told the peer that the connection broke.
 TEST(NotificationSocket, Message_ArrivesWholeAndTheConnectionEndsWithTheAnswer) {
-    EventLoop loop;
-    gWarnings = 0;
-    qInstallMessageHandler([](QtMsgType, const QMessageLogContext &, const QString &) { ++gWarnings; });
+    ServingLoop loop;
     const auto before = OpenDescriptors();
     for (const char *manner : {"answer", "close", "flood"}) {
         Peer peer(std::string("listen 0 ") + manner);
         ASSERT_EQ(Send(kMessage, peer.Number(), "localhost"), 0) << manner;
         EXPECT_EQ(OpenSocketCount(), 1U);
         loop.Run();
-        QCoreApplication::processEvents();
         EXPECT_EQ(peer.Rest(), std::string(kMessage) + "\n") << manner;
     }
-    qInstallMessageHandler(nullptr);
-    EXPECT_EQ(gWarnings, 0);
     EXPECT_LE(OpenDescriptors(), before);
 }
 
@@ -131,7 +121,7 @@ TEST(NotificationSocket, Synchronisation_AnnouncesItself) {
     if (peer.Number() != 5539) {
         GTEST_SKIP() << "port 5539 is in use here";
     }
-    EventLoop loop;
+    ServingLoop loop;
     EXPECT_EQ(SyncToKorvane(NewDrevixBase().get()), 0);
     loop.Run();
     EXPECT_EQ(peer.Rest(), std::string(kMessage) + "\n");

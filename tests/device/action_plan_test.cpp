@@ -1,6 +1,6 @@
 #include "device/action_plan.h"
 
-#include "platform/input_codes.h"
+#include "platform/input/input_codes.h"
 
 #include <gtest/gtest.h>
 

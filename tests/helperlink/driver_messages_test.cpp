@@ -1,15 +1,13 @@
 #include "helperlink/driver_messages.h"
 
 #include "helperlink/device_text.h"
-#include "platform/process_names.h"
-#include "platform/session_bus.h"
-#include "platform/status.h"
+#include "platform/base/status.h"
+#include "platform/bus/process_names.h"
+#include "platform/bus/sd_event_loop.h"
+#include "platform/bus/session_bus.h"
 #include "settings/pascal_strings.h"
 #include "tests/support/private_bus.h"
 #include "tests/support/scratch.h"
-
-#include <QCoreApplication>
-#include <QTimer>
 
 #include <algorithm>
 #include <csignal>
@@ -214,32 +212,18 @@ struct Holdings {
     }
 };
 
-// An application's event loop that asks for the devices at every tick, and measures how late the ticks are: a
-// wait in the question or in a turn of the loop delays the next one.
+// An event loop that asks for the devices at every tick, and measures how late the ticks are: a wait in the
+// question or in a turn of the loop delays the next one.
 class TickingLoop {
   public:
-    explicit TickingLoop(DeviceList *list) {
-        fTimer.setTimerType(Qt::PreciseTimer);
-        QObject::connect(&fTimer, &QTimer::timeout, [this, list] {
-            const milliseconds late = std::chrono::duration_cast<milliseconds>(Clock::now() - fExpected);
-            fLongest = std::max(fLongest, late);
-            fStalls += late > milliseconds(50) ? 1 : 0;
-            fExpected = Clock::now() + kInterval;
-            std::ignore = GetConnectedDevices(list);
-            if (--fLeft == 0) {
-                QCoreApplication::quit();
-            }
-        });
-    }
-    ~TickingLoop() { LeaveSessionBus(); } // while there is an application to leave it
+    explicit TickingLoop(DeviceList *list) : fList(list) {}
+    ~TickingLoop() { LeaveSessionBus(); } // while there is a loop to leave
     TickingLoop(const TickingLoop &) = delete;
     TickingLoop &operator=(const TickingLoop &) = delete;
     void Run(int ticks) {
         fLeft = ticks;
-        fExpected = Clock::now() + kInterval;
-        fTimer.start(kInterval);
-        QCoreApplication::exec();
-        fTimer.stop();
+        Wait();
+        fLoop.Run();
     }
     // A wait for a process or a bus would show at every tick, or for seconds; a busy machine takes the
     // processor away for this long once in a while.
@@ -249,10 +233,26 @@ class TickingLoop {
     }
 
   private:
+    void Wait() {
+        fExpected = Clock::now() + kInterval;
+        fTimer.Watch(-1, 0, kInterval);
+    }
+    void Tick() {
+        const milliseconds late = std::chrono::duration_cast<milliseconds>(Clock::now() - fExpected);
+        fLongest = std::max(fLongest, late);
+        fStalls += late > milliseconds(50) ? 1 : 0;
+        std::ignore = GetConnectedDevices(fList);
+        if (--fLeft == 0) {
+            fLoop.End();
+        } else {
+            Wait();
+        }
+    }
+
     static constexpr milliseconds kInterval{5};
-    int fArguments = 0;
-    QCoreApplication fApplication{fArguments, nullptr};
-    QTimer fTimer;
+    DeviceList *fList;
+    SdEventLoop fLoop;
+    LoopWatch fTimer{[this] { Tick(); }};
     Clock::time_point fExpected;
     milliseconds fLongest{0};
     int fStalls = 0;

@@ -1,7 +1,7 @@
 // Keys by their codes, characters and names, in the layouts of several countries.
 #include "keyboard/key_codes.h"
 #include "keyboard/key_names.h"
-#include "platform/mac_roman.h"
+#include "platform/base/mac_roman.h"
 
 #include <gtest/gtest.h>
 #include <linux/input-event-codes.h>

@@ -1,5 +1,5 @@
 // The panel for everybody: with the keyboard alone, with assistive technology, in another language.
-#include "platform/status.h"
+#include "platform/base/status.h"
 #include "tests/pane/panel.h"
 
 #include <QAccessible>

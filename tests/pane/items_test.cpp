@@ -1,7 +1,7 @@
 // Items to open: chosen, dropped, shown, missing; and the companion's menu entries.
 #include "companion/korvane_crc.h"
 #include "tests/pane/panel.h"
-#include "util/items_folder.h"
+#include "util/items/items_folder.h"
 
 namespace drevix::test {
 namespace {

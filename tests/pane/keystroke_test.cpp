@@ -1,5 +1,5 @@
 // The keystroke field: how it comes to wait for a key combination, what ends that, and what it tells.
-#include "keyboard/keystroke_capture.h"
+#include "keyboard/qt/keystroke_capture.h"
 #include "pane/keystroke_field.h"
 #include "tests/pane/panel.h"
 

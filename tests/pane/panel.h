@@ -3,7 +3,7 @@
 
 #include "pane/drevix_pane.h"
 #include "pane/pane_text.h"
-#include "platform/disk.h"
+#include "platform/files/disk.h"
 #include "tests/settings/settings_files.h"
 
 #include <QApplication>

@@ -1,7 +1,7 @@
 // Bases for the tests of their files, and what they hold as text.
 #pragma once
 
-#include "platform/status.h"
+#include "platform/base/status.h"
 #include "qbase/qbase_exchange.h"
 #include "qbase/qbase_file.h"
 #include "tests/qbase/memory_file.h"

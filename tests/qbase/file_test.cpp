@@ -1,4 +1,4 @@
-#include "platform/disk.h"
+#include "platform/files/disk.h"
 #include "tests/qbase/file_support.h"
 
 #include <tuple>

@@ -1,7 +1,7 @@
 // An open file in memory, for tests and fuzzers that read or write thousands of files.
 #pragma once
 
-#include "platform/files.h"
+#include "platform/files/files.h"
 
 #include <string>
 #include <string_view>

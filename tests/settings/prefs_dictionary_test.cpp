@@ -1,5 +1,5 @@
-#include "platform/json.h"
-#include "platform/status.h"
+#include "platform/base/status.h"
+#include "platform/plist/json.h"
 #include "settings/pascal_strings.h"
 #include "settings/prefs_dictionary.h"
 #include "tests/support/scratch.h"

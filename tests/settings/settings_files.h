@@ -1,7 +1,7 @@
 // Records, bases and files of settings for tests.
 #pragma once
 
-#include "platform/status.h"
+#include "platform/base/status.h"
 #include "settings/device_prefs.h"
 #include "settings/pascal_strings.h"
 #include "settings/prefs_dictionary.h"

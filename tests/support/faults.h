@@ -1,8 +1,8 @@
 // Faults for tests, installed through the same interfaces as the real allocator and the real disk.
 #pragma once
 
-#include "platform/block.h"
-#include "platform/disk.h"
+#include "platform/base/block.h"
+#include "platform/files/disk.h"
 
 #include <cerrno>
 #include <functional>

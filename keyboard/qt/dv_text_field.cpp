@@ -1,0 +1,19 @@
+#include "keyboard/qt/dv_text_field.h"
+
+namespace drevix {
+
+// What fills the mark comes from the device, so nothing in it may be taken for formatting.
+DvTextField::DvTextField(QWidget *parent) : QLabel(parent) {
+    setTextFormat(Qt::PlainText);
+}
+
+void DvTextField::rememberTitle() {
+    fSavedTitle = text();
+}
+
+void DvTextField::replaceMarkWith(const std::optional<QString> &text) {
+    QString filled = fSavedTitle;
+    setText(filled.replace(QLatin1String("##"), text.value_or(QStringLiteral("-"))));
+}
+
+} // namespace drevix

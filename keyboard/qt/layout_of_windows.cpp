@@ -1,0 +1,56 @@
+#include "keyboard/qt/layout_of_windows.h"
+
+#include "keyboard/key_names.h"
+
+#include <QGuiApplication>
+#include <QWindow>
+#include <qpa/qplatformnativeinterface.h>
+
+#include <memory>
+#include <utility>
+
+namespace drevix {
+namespace {
+
+// Once, as soon as a window of the application has the focus and the compositor answers.
+class BuildOnFocus : public QObject {
+  public:
+    BuildOnFocus(QObject *owner, void *connection, std::function<void()> rebuilt)
+        : QObject(owner), fConnection(connection), fRebuilt(std::move(rebuilt)) {
+        connect(qGuiApp, &QGuiApplication::focusWindowChanged, this, &BuildOnFocus::Build);
+    }
+
+  private:
+    void Build(const QWindow *window) {
+        const auto before = gAsciiTable;
+        if (window == nullptr || !GetKeyboardInformationOver(fConnection)) {
+            return;
+        }
+        deleteLater();
+        disconnect(qGuiApp, nullptr, this, nullptr);
+        if (gAsciiTable != before) {
+            fRebuilt();
+        }
+    }
+
+    void *fConnection; // Qt's to the compositor
+    std::function<void()> fRebuilt;
+};
+
+} // namespace
+
+void GetKeyboardInformationOfWindows(QObject *owner, std::function<void()> rebuilt) {
+    const QString platform = QGuiApplication::platformName();
+    void *const connection =
+        platform.startsWith(QLatin1String("wayland"))
+            ? QGuiApplication::platformNativeInterface()->nativeResourceForIntegration("wl_display")
+            : nullptr;
+    if (connection == nullptr || !GetKeyboardInformationOver(connection)) {
+        GetKeyboardInformation(platform == QLatin1String("xcb") ? WindowSystem::X11 : WindowSystem::Wayland);
+    }
+    if (connection != nullptr && QGuiApplication::focusWindow() == nullptr) {
+        new BuildOnFocus(owner, connection, std::move(rebuilt));
+    }
+}
+
+} // namespace drevix

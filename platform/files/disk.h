@@ -1,0 +1,50 @@
+// The system calls through which platform/ reaches the disk, as one interface.
+// The files of "platform/files/files.h" use nothing else, so a test that installs a disk of its own can make any
+// transfer fail, fall short or be the last thing that a process does.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <sys/stat.h>
+#include <sys/types.h>
+#include <vector>
+
+namespace drevix {
+
+// Every operation keeps the convention of the system call in its comment: -1 with errno set for a failure.
+// The base class is the real disk.
+class Disk {
+  public:
+    virtual ~Disk() = default;
+    virtual int Open(const char *path, int flags, mode_t mode); // open(2), O_CLOEXEC added
+    virtual int Close(int fd);                                  // close(2)
+    virtual ssize_t ReadAt(int fd, void *bytes, std::size_t count,
+                           off_t offset); // pread(2), read(2) for a stream
+    virtual ssize_t WriteAt(int fd, const void *bytes, std::size_t count,
+                            off_t offset);                              // pwrite(2), write(2) likewise
+    virtual int SetSize(int fd, off_t size);                            // ftruncate(2)
+    virtual int Flush(int fd);                                          // fsync(2)
+    virtual int StatusOf(int fd, struct stat *status);                  // fstat(2)
+    virtual int StatusAt(const char *path, struct stat *status);        // lstat(2)
+    virtual int Lock(int fd);                                           // flock(2), LOCK_EX | LOCK_NB
+    virtual int SetMode(int fd, mode_t mode);                           // fchmod(2)
+    virtual int SetOwner(int fd, uid_t user, gid_t group);              // fchown(2)
+    virtual int Rename(const char *from, const char *to);               // rename(2)
+    virtual int Remove(const char *path);                               // unlink(2)
+    virtual int MakeLink(const char *from, const char *to);             // link(2)
+    virtual int MakeSymbolicLink(const char *target, const char *path); // symlink(2)
+    virtual ssize_t ReadLink(const char *path, char *target, std::size_t size); // readlink(2)
+    virtual int MakeFolder(const char *path, mode_t mode);                      // mkdir(2)
+    virtual int RealPath(const char *path, std::string *real);                  // realpath(3)
+    // readdir(3) to the end: the names of all entries but "." and "..", in no order.
+    virtual int ListFolder(const char *path, std::vector<std::string> *names);
+};
+
+// Installs the disk that all files use from now on, null for the real one, and returns the one installed
+// before. Files that are open must be closed by the disk that opened them.
+Disk *SetDisk(Disk *disk);
+
+// The disk in use.
+[[nodiscard]] Disk &CurrentDisk();
+
+} // namespace drevix

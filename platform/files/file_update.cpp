@@ -1,0 +1,345 @@
+#include "platform/files/file_update.h"
+
+#include "platform/base/status.h"
+#include "platform/files/disk.h"
+#include "platform/files/paths.h"
+#include "platform/files/user_lock.h"
+
+#include <array>
+#include <cerrno>
+#include <chrono>
+#include <climits>
+#include <cstdlib>
+#include <fcntl.h>
+#include <limits>
+#include <new>
+#include <tuple>
+#include <unistd.h>
+#include <utility>
+
+namespace drevix {
+namespace {
+
+constexpr mode_t kNewFileMode = 0666; // less the user's umask
+constexpr mode_t kPermissionBits = 07777;
+constexpr int kMostKept = 1000;                           // numbered copies beside a kept file
+constexpr std::chrono::milliseconds kLongestUpdate{1000}; // of another program with the same file
+constexpr std::size_t kChunk = std::size_t{1} << 20;
+constexpr std::int64_t kMostInMemory = std::numeric_limits<std::int32_t>::max();
+
+OSErr WriteAll(FileRef file, const void *bytes, std::size_t count) {
+    IOParam transfer = {file, const_cast<void *>(bytes), static_cast<std::int32_t>(count), 0, fsAtMark, 0};
+    return PBWriteSync(&transfer);
+}
+
+// Reads the rest of an open file.
+OSErr ReadRest(FileRef file, std::string *bytes) try {
+    std::int64_t length = 0;
+    if (const OSErr status = GetEOF(file, &length); status != noErr) {
+        return status;
+    }
+    if (length > kMostInMemory) {
+        return memFullErr;
+    }
+    bytes->clear();
+    // A stream says length 0, and a file may grow: read until the end really comes.
+    for (std::size_t wanted = static_cast<std::size_t>(length) + 1;; wanted = kChunk) {
+        const std::size_t before = bytes->size();
+        if (before + wanted > static_cast<std::size_t>(kMostInMemory)) {
+            return memFullErr;
+        }
+        bytes->resize(before + wanted);
+        auto count = static_cast<std::int32_t>(wanted);
+        const OSErr status = FSRead(file, &count, bytes->data() + before);
+        bytes->resize(before + static_cast<std::size_t>(count));
+        if (status != noErr) {
+            return status == eofErr ? noErr : status;
+        }
+    }
+} catch (const std::bad_alloc &) {
+    return memFullErr;
+}
+
+// Whether `other` is a file of its own, reached over no link, with the bytes of the file at `path`.
+bool IsCopyOf(const std::string &path, const std::string &other) {
+    std::string original;
+    struct stat a {};
+    struct stat b {};
+    Disk &disk = CurrentDisk();
+    if (FollowLinks(path, &original) != noErr || disk.StatusAt(original.c_str(), &a) != 0 ||
+        disk.StatusAt(other.c_str(), &b) != 0 || a.st_size != b.st_size || !S_ISREG(b.st_mode)) {
+        return false;
+    }
+    const bool oneFile = a.st_dev == b.st_dev && a.st_ino == b.st_ino; // changes when the original does
+    std::string bytes;
+    std::string otherBytes;
+    return !oneFile && ReadWholeFile(path, &bytes) == noErr && ReadWholeFile(other, &otherBytes) == noErr &&
+           bytes == otherBytes;
+}
+
+// Whether the open file is the one that the path names now.
+OSErr IsFileAt(const std::string &path, int descriptor, bool *result) {
+    struct stat opened {};
+    struct stat named {};
+    if (CurrentDisk().StatusOf(descriptor, &opened) != 0) {
+        return LastError();
+    }
+    if (CurrentDisk().StatusAt(path.c_str(), &named) != 0) {
+        *result = false;
+        return errno == ENOENT ? noErr : LastError();
+    }
+    *result = named.st_ino == opened.st_ino && named.st_dev == opened.st_dev;
+    return noErr;
+}
+
+// Moves what stands at `path` to the first free of `path`.1, `path`.2, ...
+OSErr MoveToFreeName(const std::string &path) {
+    for (int i = 1; i <= kMostKept; ++i) {
+        const std::string free = path + "." + std::to_string(i);
+        struct stat status {};
+        if (CurrentDisk().StatusAt(free.c_str(), &status) == 0) {
+            continue;
+        }
+        return CurrentDisk().Rename(path.c_str(), free.c_str()) == 0 ? noErr : LastError();
+    }
+    return dirFulErr;
+}
+
+} // namespace
+
+OSErr FlushFolder(const std::string &folder) {
+    const DiskDescriptor opened(CurrentDisk().Open(folder.c_str(), O_RDONLY | O_DIRECTORY, 0));
+    if (!opened) {
+        return errno == EACCES ? noErr : LastError();
+    }
+    return CurrentDisk().Flush(opened.Get()) == 0 || errno == EINVAL ? noErr : LastError();
+}
+
+OSErr ReadWholeFile(const std::string &path, std::string *bytes) {
+    OwnedFile file;
+    const OSErr status = OpenFile(path, fsRdPerm, file.Out());
+    return status == noErr ? ReadRest(file.Get(), bytes) : status;
+}
+
+FileUpdate::~FileUpdate() {
+    Discard();
+}
+
+OSErr FileUpdate::Open(const std::string &path, UpdateMethod method, const std::string &modeOf) try {
+    if (fFile) {
+        return fBsyErr;
+    }
+    if (path.empty() || path.find('\0') != std::string::npos) {
+        return bdNamErr;
+    }
+    fExisted = false;
+    if (method == UpdateMethod::Replace) {
+        if (const OSErr status = FollowLinks(path, &fTarget); status != noErr) {
+            return status;
+        }
+        const OSErr status = OpenBeside(modeOf);
+        // A folder that takes no new file may still hold a file that can be written. Other failures, a full
+        // disk above all, would hit the old file just the same, and harder.
+        const bool folderClosed = status == permErr || status == wPrErr;
+        if (!folderClosed || !fExisted) {
+            return status;
+        }
+    }
+    fTarget = path;
+    return OpenInPlace();
+} catch (const std::bad_alloc &) {
+    Discard();
+    return memFullErr;
+}
+
+OSErr FileUpdate::OpenBeside(const std::string &modeOf) {
+    Disk &disk = CurrentDisk();
+    struct stat old {};
+    DiskDescriptor oldFile(disk.Open(fTarget.c_str(), O_RDWR | O_NOCTTY, 0));
+    fExisted = static_cast<bool>(oldFile);
+    if (!fExisted && errno != ENOENT) {
+        return LastError();
+    }
+    if (fExisted && disk.StatusOf(oldFile.Get(), &old) != 0) {
+        return LastError();
+    }
+    if (fExisted && !S_ISREG(old.st_mode)) {
+        return permErr; // a device is not replaced by a file
+    }
+    oldFile.Reset();
+    const bool hasMode = fExisted || !modeOf.empty();
+    if (!fExisted && hasMode && disk.StatusAt(modeOf.c_str(), &old) != 0) {
+        return LastError();
+    }
+    DiskDescriptor owned;
+    if (const OSErr status = MakeBeside(&owned); status != noErr) {
+        return status;
+    }
+    const int descriptor = owned.Get();
+    struct stat made {};
+    OSErr status =
+        disk.StatusOf(descriptor, &made) == 0 && disk.SetSize(descriptor, 0) == 0 ? noErr : LastError();
+    const bool sameOwner = old.st_uid == made.st_uid && old.st_gid == made.st_gid;
+    if (status == noErr && fExisted && !sameOwner && disk.SetOwner(descriptor, old.st_uid, old.st_gid) != 0) {
+        status = permErr;
+    }
+    if (status == noErr && hasMode && disk.SetMode(descriptor, old.st_mode & kPermissionBits) != 0) {
+        status = LastError();
+    }
+    if (status == noErr) {
+        status = AdoptDescriptor(owned.Release(), fsRdWrPerm, fFile.Out());
+    }
+    if (status != noErr) {
+        Discard();
+    }
+    return status;
+}
+
+// Makes, or takes over from a program that died, the new file beside the old one. Its lock keeps two writers
+// apart; its name is always the same, so that nothing piles up.
+OSErr FileUpdate::MakeBeside(DiskDescriptor *result) {
+    Disk &disk = CurrentDisk();
+    std::string beside = FolderOfPath(fTarget) + "/." + LeafOfPath(fTarget) + ".new";
+    constexpr int kFlags = O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK;
+    using std::chrono::steady_clock;
+    const auto end = steady_clock::now() + kLongestUpdate;
+    for (auto left = kLongestUpdate; left.count() > 0;
+         left = std::chrono::duration_cast<std::chrono::milliseconds>(end - steady_clock::now())) {
+        DiskDescriptor opened(disk.Open(beside.c_str(), kFlags, kNewFileMode));
+        if (!opened) {
+            return LastError();
+        }
+        OSErr status = LockDescriptor(opened.Get(), left);
+        if (status != noErr) { // another program's: it stays
+            return status;
+        }
+        bool current = false;
+        status = IsFileAt(beside, opened.Get(), &current);
+        if (status == noErr && current) {
+            fBeside = std::move(beside);
+            *result = std::move(opened);
+            return noErr;
+        }
+        // The one who held the lock has renamed or removed the file meanwhile: it is no longer the one to
+        // write.
+        if (status != noErr) {
+            disk.Remove(beside.c_str());
+            return status;
+        }
+    }
+    return fBsyErr;
+}
+
+OSErr FileUpdate::OpenInPlace() {
+    Disk &disk = CurrentDisk();
+    DiskDescriptor descriptor(disk.Open(fTarget.c_str(), O_RDWR | O_NOCTTY, 0));
+    fExisted = descriptor || errno != ENOENT;
+    if (!fExisted) {
+        descriptor.Reset(disk.Open(fTarget.c_str(), O_RDWR | O_CREAT | O_NOCTTY, kNewFileMode));
+    }
+    if (!descriptor) {
+        return LastError();
+    }
+    struct stat opened {};
+    OSErr status = disk.StatusOf(descriptor.Get(), &opened) == 0 ? noErr : LastError();
+    if (status == noErr) {
+        status = AdoptDescriptor(descriptor.Release(), fsRdWrPerm, fFile.Out());
+    }
+    if (status != noErr || !S_ISREG(opened.st_mode)) {
+        if (!fExisted) {
+            disk.Remove(fTarget.c_str());
+        }
+        return status;
+    }
+    status = fExisted ? ReadRest(File(), &fOldBytes) : noErr;
+    fRestorable = status == noErr;
+    if (status == noErr) {
+        status = SetEOF(File(), 0);
+    }
+    if (status != noErr) {
+        Discard();
+    }
+    return status;
+}
+
+OSErr FileUpdate::Commit() try {
+    if (!fFile) {
+        return rfNumErr;
+    }
+    OSErr status = PBFlushFileSync(File());
+    if (status == paramErr && !fRestorable && fBeside.empty()) {
+        status = noErr; // a device or pipe cannot be flushed (fsync(2), EINVAL)
+    }
+    const bool renames = !fBeside.empty();
+    if (status == noErr && renames && CurrentDisk().Rename(fBeside.c_str(), fTarget.c_str()) != 0) {
+        status = LastError();
+    }
+    if (status != noErr) {
+        Discard();
+        return status;
+    }
+    fBeside.clear();
+    fRestorable = false;
+    status = renames ? FlushFolder(FolderOfPath(fTarget)) : noErr;
+    Discard();
+    return status;
+} catch (const std::bad_alloc &) {
+    Discard();
+    return memFullErr;
+}
+
+// Lets go of the file; what was not committed is undone first.
+void FileUpdate::Discard() {
+    if (fRestorable && fExisted) {
+        // Nobody is left to tell when the old bytes cannot be put back: the caller already has the first
+        // failure.
+        std::ignore = SetFPos(File(), fsFromStart, 0);
+        std::ignore = WriteAll(File(), fOldBytes.data(), fOldBytes.size());
+        std::ignore = SetEOF(File(), static_cast<std::int64_t>(fOldBytes.size()));
+        std::ignore = PBFlushFileSync(File());
+    }
+    if (!fBeside.empty()) {
+        CurrentDisk().Remove(fBeside.c_str());
+    } else if (fRestorable && !fExisted) {
+        CurrentDisk().Remove(fTarget.c_str());
+    }
+    fFile.Reset();
+    fBeside.clear();
+    fOldBytes.clear();
+    fRestorable = false;
+}
+
+OSErr ReplaceWholeFile(const std::string &path, std::string_view bytes, const std::string &modeOf) {
+    FileUpdate update;
+    OSErr status = update.Open(path, UpdateMethod::Replace, modeOf);
+    if (status == noErr) {
+        status = WriteAll(update.File(), bytes.data(), bytes.size());
+    }
+    return status == noErr ? update.Commit() : status;
+}
+
+OSErr KeepFileAside(const std::string &path, const std::string &keptPath) try {
+    if (IsCopyOf(path, keptPath)) {
+        return noErr;
+    }
+    std::string original; // whose mode counts when `path` is a link
+    std::string bytes;
+    OSErr status = FollowLinks(path, &original);
+    if (status == noErr) {
+        status = ReadWholeFile(original, &bytes);
+    }
+    if (status != noErr) {
+        return status;
+    }
+    struct stat ignored {};
+    if (CurrentDisk().StatusAt(keptPath.c_str(), &ignored) == 0) {
+        if (status = MoveToFreeName(keptPath); status != noErr) {
+            return status;
+        }
+    }
+    return ReplaceWholeFile(keptPath, bytes, original);
+} catch (const std::bad_alloc &) {
+    return memFullErr;
+}
+
+} // namespace drevix

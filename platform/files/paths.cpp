@@ -1,0 +1,71 @@
+#include "platform/files/paths.h"
+
+#include "platform/base/status.h"
+#include "platform/files/disk.h"
+
+#include <array>
+#include <climits>
+#include <cstdlib>
+#include <new>
+#include <pwd.h>
+#include <unistd.h>
+
+namespace drevix {
+namespace {
+
+constexpr int kMostLinks = 40;          // as many as the kernel follows (path_resolution(7))
+constexpr mode_t kNewFolderMode = 0700; // as the desktop's base directory rules ask
+
+} // namespace
+
+std::string FolderOfPath(const std::string &path) {
+    const std::size_t slash = path.rfind('/');
+    return slash == std::string::npos ? "." : slash == 0 ? "/" : path.substr(0, slash);
+}
+
+std::string LeafOfPath(const std::string &path) {
+    return path.substr(path.rfind('/') + 1); // npos + 1 is 0
+}
+
+std::string JoinPath(std::string_view folder, std::string_view name) {
+    std::string path(folder);
+    return path.append(path.ends_with('/') ? "" : "/").append(name);
+}
+
+OSErr FollowLinks(const std::string &path, std::string *target) try {
+    std::string reached = path;
+    for (int i = 0; i < kMostLinks; ++i) {
+        std::array<char, PATH_MAX> link{};
+        const ssize_t length = CurrentDisk().ReadLink(reached.c_str(), link.data(), link.size());
+        if (length < 0) { // not a link, or nothing there yet
+            *target = reached;
+            return noErr;
+        }
+        const std::string next(link.data(), static_cast<std::size_t>(length));
+        reached = next.starts_with('/') ? next : FolderOfPath(reached).append("/").append(next);
+    }
+    return bdNamErr;
+} catch (const std::bad_alloc &) {
+    return memFullErr;
+}
+
+OSErr MakeFolders(const std::string &path) {
+    for (std::size_t end = path.find('/', 1);; end = path.find('/', end + 1)) {
+        if (CurrentDisk().MakeFolder(path.substr(0, end).c_str(), kNewFolderMode) != 0 && errno != EEXIST) {
+            return LastError();
+        }
+        if (end == std::string::npos) {
+            return noErr;
+        }
+    }
+}
+
+std::string HomeFolder() {
+    if (const char *home = std::getenv("HOME"); home != nullptr && home[0] == '/') {
+        return home;
+    }
+    const struct passwd *user = ::getpwuid(::getuid());
+    return user != nullptr && user->pw_dir != nullptr ? user->pw_dir : "";
+}
+
+} // namespace drevix

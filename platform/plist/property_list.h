@@ -1,0 +1,180 @@
+// Property lists: the value type, reading XML and binary lists, writing XML lists.
+// The XML form is Apple's document type "PropertyList-1.0.dtd"; the binary form is "bplist00".
+#pragma once
+
+#include "platform/base/types.h"
+
+#include <functional>
+#include <memory>
+#include <span>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <variant>
+#include <vector>
+
+namespace drevix {
+
+class PropertyList;
+
+// The elements of an array, in order.
+using PropertyListArray = std::vector<PropertyList>;
+
+// The entries of a dictionary, in the order of the file. A key that occurs twice has its last value.
+class PropertyListDictionary {
+  public:
+    using Entry = std::pair<std::string, PropertyList>;
+
+    // The value of a key, null when absent. Cost linear in the number of entries.
+    [[nodiscard]] const PropertyList *Find(std::string_view key) const;
+    [[nodiscard]] PropertyList *Find(std::string_view key);
+    // Adds an entry at the end; the value is anything that a PropertyList is made of. May throw
+    // std::bad_alloc, as the standard containers do.
+    template <typename Value>
+    void Add(std::string key, Value &&value);
+    // Adds an entry with an empty key and the value `false`, to be filled in. It stays where it is until the
+    // next one is added.
+    Entry &AddBlank();
+    [[nodiscard]] const std::vector<Entry> &Entries() const { return fEntries; }
+
+  private:
+    void MakeRoom();
+
+    std::vector<Entry> fEntries;
+};
+
+// Binary data; a type of its own so that it is not taken for text.
+struct PropertyListData {
+    std::string bytes;
+};
+
+// A point in time, in seconds since 2001-01-01 00:00:00 UTC.
+struct PropertyListDate {
+    double seconds;
+};
+
+// One value. Text is UTF-8. An integer is an std::uint64_t from 2^63 on only; those come from others' lists alone.
+class PropertyList {
+  public:
+    using Value = std::variant<bool, std::int64_t, std::uint64_t, double, std::string, PropertyListData,
+                               PropertyListDate, PropertyListArray, PropertyListDictionary>;
+
+    PropertyList(bool value) : fValue(value) {}
+    PropertyList(std::int64_t value) : fValue(value) {}
+    PropertyList(double value) : fValue(value) {}
+    PropertyList(std::string value) : fValue(std::move(value)) {}
+    PropertyList(PropertyListData value) : fValue(std::move(value)) {}
+    PropertyList(PropertyListDate value) : fValue(value) {}
+    PropertyList(PropertyListArray value) : fValue(std::move(value)) {}
+    PropertyList(PropertyListDictionary value) : fValue(std::move(value)) {}
+    PropertyList(const char *) = delete; // would become a bool
+
+    // The value as one of the alternatives of Value, null when it is another.
+    template <typename T>
+    [[nodiscard]] const T *As() const {
+        return std::get_if<T>(&fValue);
+    }
+    template <typename T>
+    [[nodiscard]] T *As() {
+        return std::get_if<T>(&fValue);
+    }
+    [[nodiscard]] const Value &Get() const { return fValue; }
+    [[nodiscard]] Value &Get() { return fValue; }
+
+  private:
+    Value fValue;
+};
+
+inline PropertyList PropertyListUnsigned(std::uint64_t number) {
+    PropertyList list(static_cast<std::int64_t>(number));
+    if (number > INT64_MAX) {
+        list.Get().emplace<std::uint64_t>(number);
+    }
+    return list;
+}
+
+inline void PropertyListDictionary::MakeRoom() {
+    constexpr std::size_t kFewEntries = 8; // one allocation for most dictionaries
+    if (fEntries.capacity() == 0) {
+        fEntries.reserve(kFewEntries);
+    }
+}
+
+template <typename Value>
+void PropertyListDictionary::Add(std::string key, Value &&value) {
+    MakeRoom();
+    fEntries.emplace_back(std::move(key), std::forward<Value>(value));
+}
+
+inline PropertyListDictionary::Entry &PropertyListDictionary::AddBlank() {
+    MakeRoom();
+    return fEntries.emplace_back(std::string_view(), false);
+}
+
+// Bounds that keep a hostile list from exhausting time, memory or the stack; a list beyond them is refused as
+// damaged. An element is what is handed over at once: one of the root array, or the whole of another root.
+// What a binary list shares counts each time that it occurs; its values must not come to more than the file
+// has bytes either, as they do not where no array and no dictionary is shared.
+inline constexpr int kPropertyListMaxDepth = 64;
+inline constexpr std::size_t kPropertyListMaxBytes = std::size_t{2} << 30;         // of an XML file
+inline constexpr std::size_t kPropertyListMaxBinaryBytes = std::size_t{256} << 20; // in memory at once
+inline constexpr std::size_t kPropertyListMaxValues = std::size_t{64} << 10;       // of an element
+inline constexpr std::size_t kPropertyListMaxText = std::size_t{16} << 20;         // its texts and data
+
+// What came of reading, for a message to a person.
+struct PropertyListProblem {
+    int line = 0;     // of an XML list, from 1; 0 when not known
+    std::string text; // the end of a sentence, never empty after a failure ("an entity is declared")
+};
+
+// Called with each element of the root array, in order; it may move from the element. False stops the
+// reading.
+using PropertyListElementHandler = std::function<bool(PropertyList &element)>;
+
+// Reads a list whose root is an array, XML or binary as its first bytes tell. Elements are handed over while
+// the file is read, so that a long list is never in memory whole; when the list turns out damaged further on,
+// the handler has been called for the elements before, and the caller must drop what it made of them. noErr;
+// -1 for a damaged list, a root that is no array, or a list beyond the bounds (`problem`, if given, says
+// what); userCanceledErr when the handler stopped it; memFullErr; or the file's error.
+[[nodiscard]] OSErr ReadPropertyListArray(const std::string &path, const PropertyListElementHandler &handler,
+                                          PropertyListProblem *problem = nullptr);
+
+// The same from memory.
+[[nodiscard]] OSErr ParsePropertyListArray(std::span<const std::byte> bytes,
+                                           const PropertyListElementHandler &handler,
+                                           PropertyListProblem *problem = nullptr);
+
+// Reads a list with a root of any kind whole, as ReadPropertyListArray but that *root is set on success only.
+// Meant for small files: the root may not be larger than an element.
+[[nodiscard]] OSErr ReadPropertyList(const std::string &path, PropertyList *root,
+                                     PropertyListProblem *problem = nullptr);
+[[nodiscard]] OSErr ParsePropertyList(std::span<const std::byte> bytes, PropertyList *root,
+                                      PropertyListProblem *problem = nullptr);
+
+// Writes an XML list whose root is an array, element by element, to a file in place
+// ("platform/files/file_update.h"): until Finish has returned noErr, destroying the writer puts the file's old
+// bytes back.
+class PropertyListArrayWriter {
+  public:
+    PropertyListArrayWriter();
+    PropertyListArrayWriter(const PropertyListArrayWriter &) = delete;
+    PropertyListArrayWriter &operator=(const PropertyListArrayWriter &) = delete;
+    ~PropertyListArrayWriter();
+
+    [[nodiscard]] OSErr Open(const std::string &path);
+    // Adds an element at the end. Characters that XML 1.0 forbids are written as U+FFFD, dates to the whole
+    // second and in the years 1 to 9999. memFullErr or the file's error; nothing can be added after either.
+    [[nodiscard]] OSErr Add(const PropertyList &element);
+    [[nodiscard]] OSErr Finish();
+
+  private:
+    struct State;
+    std::unique_ptr<State> fState;
+};
+
+// The XML text of a list whose root is the given array, as the writer makes it, or any value. May throw
+// std::bad_alloc.
+[[nodiscard]] std::string PropertyListArrayText(const PropertyListArray &elements);
+[[nodiscard]] std::string PropertyListText(const PropertyList &root);
+
+} // namespace drevix

@@ -1,0 +1,377 @@
+#include "platform/base/status.h"
+#include "platform/plist/property_list_reading.h"
+#include "platform/plist/property_list_text.h"
+#include "platform/xml/xml_parser.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cstring>
+#include <optional>
+#include <utility>
+
+namespace drevix {
+namespace {
+
+// The elements of the document type, the most frequent first, as each name is looked up from the front.
+enum class Element : std::uint8_t { Key, Integer, String, Dict, True, False, Array, Real, Data, Date, Plist };
+constexpr auto kElementNames = std::to_array(
+    {"key", "integer", "string", "dict", "true", "false", "array", "real", "data", "date", "plist"});
+static_assert(kElementNames.size() == static_cast<std::size_t>(Element::Plist) + 1);
+
+// An array or a dictionary whose end has not come yet: one of both, or none for a root whose elements are
+// handed over.
+struct OpenContainer {
+    PropertyListArray *array;
+    PropertyListDictionary *dictionary;
+};
+
+// The parser lets no other character up to the blank pass than those that XML counts as white space.
+bool IsBlank(char character) {
+    return static_cast<unsigned char>(character) <= ' ';
+}
+
+// Of four characters: zero when all are blank. The sum sets the highest bit of each byte above the blank.
+std::uint32_t NotBlank(const char *characters) {
+    constexpr std::uint32_t kEach = 0x01010101;
+    std::uint32_t four = 0;
+    std::memcpy(&four, characters, sizeof(four));
+    return ((four + kEach * (0x7F - ' ')) | four) & (kEach * 0x80);
+}
+
+// Four at a time, the last ones maybe twice: blanks stand between any two tags, and one at a time they would
+// take a twentieth of all reading.
+bool IsBlank(std::string_view text) {
+    constexpr std::size_t kStep = sizeof(std::uint32_t);
+    if (text.size() < kStep) {
+        return std::ranges::all_of(text, [](char character) { return IsBlank(character); });
+    }
+    const char *const last = text.data() + text.size() - kStep;
+    std::uint32_t found = NotBlank(last);
+    for (const char *at = text.data(); at < last; at += kStep) {
+        found |= NotBlank(at);
+    }
+    return found == 0;
+}
+
+// What the parser says, cut to one line of plain ASCII: it may quote bytes of the file.
+std::string PlainLine(const char *message) {
+    constexpr std::size_t kMostCharacters = 200;
+    std::string line(message == nullptr ? "" : message);
+    line.resize(std::min({line.size(), line.find('\n'), kMostCharacters}));
+    std::ranges::replace_if(
+        line, [](char c) { return c < ' ' || c > '~'; }, '?');
+    return line;
+}
+
+// One reading of one list. A value is made where it stays, within the element that is being read: nothing is
+// added to a container, which could move the values in it, before the end of the one that is open in it.
+class XmlListReader final : public XmlParser {
+  public:
+    XmlListReader(ListBytes *bytes, HandOver what, const PropertyListElementHandler *handler,
+                  PropertyListProblem *problem)
+        : fBytes(*bytes), fHandler(*handler), fProblem(*problem),
+          fHandOverDepth(what == HandOver::Root ? 0 : 1) {
+        fOpen.reserve(kPropertyListMaxDepth);
+    }
+
+    OSErr Read();
+
+    // What the parser calls.
+    void Start(XmlCharacters name, const XmlCharacters *attributes);
+    void End();
+    void AddText(std::string_view text);
+
+  private:
+    void Begin() override;
+    std::size_t ReadBytes(std::span<char> buffer) override;
+    void Notice(XmlProblem problem, const char *message) override;
+
+    void AddLeafText(std::string_view text);
+    void StartPlist();
+    void StartKey();
+    void StartValue(Element element);
+    bool MayStandWithoutKey(Element element);
+    void StartContainer(Element element);
+    PropertyList &NewPlace();
+    void EndLeaf();
+    void EndContainer();
+    void PutInteger();
+    template <typename Value>
+    void PutParsed(std::optional<Value> value, const char *problem);
+    void EndValue();
+    void GiveOver();
+    void Damaged(std::string_view text);
+
+    ListBytes &fBytes;
+    const PropertyListElementHandler &fHandler;
+    PropertyListProblem &fProblem;
+    const std::size_t fHandOverDepth; // what lies in so many open containers is handed over
+    std::array<XmlCharacters, kElementNames.size()> fNames{}; // as the parser holds them
+
+    bool fInPlist = false;
+    bool fHasRoot = false;
+    std::vector<OpenContainer> fOpen;
+    PropertyList fElement{false};                    // that is being read
+    PropertyListDictionary::Entry *fEntry = nullptr; // whose key waits for its value
+    PropertyList *fValue = nullptr;                  // that is being read
+    Element fLeaf{};                                 // the open element that holds text
+    std::string *fText = nullptr;                    // where its text goes, null if there is none
+    std::string fPlainText;                          // the text of a value other than a string
+    std::size_t fValues = 0;                         // of the element
+    std::size_t fTextBytes = 0;
+};
+
+OSErr XmlListReader::Read() {
+    if (const OSErr status = Parse<XmlListReader>(XmlParsing::Strict); status != noErr) {
+        return status;
+    }
+    if (!IsWellFormed()) {
+        Damaged("it is not well-formed");
+    } else if (!IsAtEnd()) {
+        Damaged("something follows the list");
+    }
+    return Status();
+}
+
+void XmlListReader::Begin() {
+    std::ranges::transform(kElementNames, fNames.begin(),
+                           [this](const char *name) { return NameInParser(name); });
+    if (std::ranges::count(fNames, nullptr) > 0) {
+        Stop(memFullErr);
+    }
+}
+
+std::size_t XmlListReader::ReadBytes(std::span<char> buffer) {
+    std::span<const std::byte> ahead;
+    const OSErr status = fBytes.Ahead(&ahead);
+    if (status == kDamagedList) {
+        fProblem.text = kListTooLarge;
+    }
+    if (status != noErr) {
+        Stop(status);
+        return 0;
+    }
+    const std::size_t moved = std::min(ahead.size(), buffer.size());
+    std::memcpy(buffer.data(), ahead.data(), moved);
+    fBytes.Skip(moved);
+    return moved;
+}
+
+void XmlListReader::Notice(XmlProblem problem, const char *message) {
+    switch (problem) {
+    case XmlProblem::Malformed:
+        return Damaged("it is not well-formed: " + PlainLine(message));
+    case XmlProblem::WrongEndTag:
+        return Damaged("it is not well-formed: an element ends with another's end tag");
+    case XmlProblem::Entity:
+        return Damaged("an entity is used that is not predefined");
+    case XmlProblem::EntityDeclaration:
+    case XmlProblem::Declaration:
+        return Damaged("its document type makes declarations");
+    }
+}
+
+void XmlListReader::AddText(std::string_view text) {
+    if (fText != nullptr) {
+        AddLeafText(text);
+    } else if (!IsBlank(text)) {
+        Damaged("text stands outside a value");
+    }
+}
+
+void XmlListReader::AddLeafText(std::string_view text) {
+    fTextBytes += text.size();
+    if (fTextBytes > kPropertyListMaxText) {
+        return Damaged(kListTooMuchText);
+    }
+    *fText += text;
+}
+
+void XmlListReader::Start(XmlCharacters name, const XmlCharacters * /*attributes*/) {
+    const auto found = std::ranges::find(fNames, name);
+    if (found == fNames.end()) {
+        return Damaged("an element is unknown");
+    }
+    const auto element = static_cast<Element>(found - fNames.begin());
+    if (fText != nullptr) {
+        return Damaged("an element stands inside a value");
+    }
+    if (element == Element::Plist) {
+        return StartPlist();
+    }
+    if (!fInPlist) {
+        return Damaged("the root is not <plist>");
+    }
+    return element == Element::Key ? StartKey() : StartValue(element);
+}
+
+void XmlListReader::StartPlist() {
+    if (fInPlist) {
+        return Damaged("a <plist> stands inside the list");
+    }
+    fInPlist = true;
+}
+
+void XmlListReader::StartKey() {
+    if (fOpen.empty() || fOpen.back().dictionary == nullptr) {
+        return Damaged("a key stands outside a dictionary");
+    }
+    if (fEntry != nullptr) {
+        return Damaged("a key has no value");
+    }
+    fEntry = &fOpen.back().dictionary->AddBlank();
+    fLeaf = Element::Key;
+    fText = &fEntry->first;
+}
+
+void XmlListReader::StartValue(Element element) {
+    if (fEntry == nullptr && !MayStandWithoutKey(element)) {
+        return;
+    }
+    if (fOpen.size() >= fHandOverDepth && ++fValues > kPropertyListMaxValues) {
+        return Damaged(kListTooManyValues);
+    }
+    if (element == Element::Array || element == Element::Dict) {
+        return StartContainer(element);
+    }
+    fValue = &NewPlace();
+    fLeaf = element;
+    if (element == Element::String) {
+        fText = &fValue->Get().emplace<std::string>();
+    } else {
+        fPlainText.clear();
+        fText = &fPlainText;
+    }
+}
+
+bool XmlListReader::MayStandWithoutKey(Element element) {
+    if (fOpen.empty() && fHasRoot) {
+        Damaged("there is more than one root");
+    } else if (fOpen.size() < fHandOverDepth && element != Element::Array) {
+        Damaged("the root is not an array");
+    } else if (!fOpen.empty() && fOpen.back().dictionary != nullptr) {
+        Damaged("a value has no key");
+    }
+    fHasRoot = true;
+    return Status() == noErr;
+}
+
+void XmlListReader::StartContainer(Element element) {
+    if (fOpen.size() == kPropertyListMaxDepth) {
+        return Damaged(kListTooDeep);
+    }
+    OpenContainer container{};
+    if (fOpen.size() >= fHandOverDepth) {
+        PropertyList::Value &place = NewPlace().Get();
+        if (element == Element::Array) {
+            container.array = &place.emplace<PropertyListArray>();
+        } else {
+            container.dictionary = &place.emplace<PropertyListDictionary>();
+        }
+    }
+    fOpen.push_back(container);
+}
+
+// Where the value that starts has its place. It holds `false` yet.
+PropertyList &XmlListReader::NewPlace() {
+    if (fEntry != nullptr) {
+        return std::exchange(fEntry, nullptr)->second;
+    }
+    return fOpen.size() == fHandOverDepth ? fElement : fOpen.back().array->emplace_back(false);
+}
+
+void XmlListReader::End() {
+    if (fText != nullptr) {
+        fText = nullptr;
+        EndLeaf();
+    } else if (!fOpen.empty()) {
+        EndContainer();
+    } else if (!fHasRoot) {
+        Damaged(fHandOverDepth == 0 ? "it holds no value" : "it holds no array");
+    }
+}
+
+void XmlListReader::EndContainer() {
+    if (fEntry != nullptr) {
+        return Damaged("a key has no value");
+    }
+    fOpen.pop_back();
+    EndValue();
+}
+
+void XmlListReader::EndLeaf() {
+    switch (fLeaf) {
+    case Element::Key:
+        return; // its value is still to come
+    case Element::String:
+        break;
+    case Element::Integer:
+        PutInteger();
+        break;
+    case Element::Real:
+        PutParsed(ParseRealText(fPlainText), "a real number is malformed or too large");
+        break;
+    case Element::Data:
+        PutParsed(ParseBase64Text(fPlainText), "data is not base64");
+        break;
+    case Element::Date:
+        PutParsed(ParseDateText(fPlainText), "a date is malformed");
+        break;
+    default:
+        PutParsed(IsBlank(fPlainText) ? std::optional(fLeaf == Element::True) : std::nullopt,
+                  "a truth value holds text");
+    }
+    EndValue();
+}
+
+void XmlListReader::PutInteger() {
+    std::int64_t value = 0;
+    const char *const end = fPlainText.data() + fPlainText.size();
+    const auto [stopped, error] = std::from_chars(fPlainText.data(), end, value);
+    if (error == std::errc() && stopped == end) { // a sign at most and digits, as most integers are
+        fValue->Get().emplace<std::int64_t>(value);
+    } else if (auto parsed = ParseIntegerText(fPlainText)) {
+        *fValue = std::move(*parsed);
+    } else {
+        Damaged("an integer is malformed or too large");
+    }
+}
+
+template <typename Value>
+void XmlListReader::PutParsed(std::optional<Value> value, const char *problem) {
+    if (!value.has_value()) {
+        return Damaged(problem);
+    }
+    fValue->Get().emplace<Value>(*std::move(value));
+}
+
+void XmlListReader::EndValue() {
+    if (fOpen.size() == fHandOverDepth && Status() == noErr) {
+        GiveOver();
+    }
+}
+
+void XmlListReader::GiveOver() {
+    fValues = 0;
+    fTextBytes = 0;
+    if (!fHandler(fElement)) {
+        Stop(userCanceledErr);
+    }
+    fElement = false; // frees its memory
+}
+
+void XmlListReader::Damaged(std::string_view text) {
+    fProblem.text = text;
+    fProblem.line = Line();
+    Stop(kDamagedList);
+}
+
+} // namespace
+
+OSErr ReadXmlList(ListBytes &bytes, HandOver what, const PropertyListElementHandler &handler,
+                  PropertyListProblem *problem) {
+    return XmlListReader(&bytes, what, &handler, problem).Read();
+}
+
+} // namespace drevix

@@ -1,0 +1,128 @@
+// The catalog: volumes, folder ids and names, and what becomes of names that the platform cannot hold.
+
+#include "platform/catalog/catalog.h"
+
+#include "platform/base/status.h"
+#include "platform/catalog/apple_double.h"
+#include "platform/catalog/named_files.h"
+#include "tests/support/faults.h"
+#include "tests/support/scratch.h"
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <filesystem>
+#include <set>
+
+namespace drevix::test {
+namespace {
+
+std::string Text(const Str63 &name) {
+    return {name.begin() + 1, name.begin() + 1 + name[0]};
+}
+
+CatalogInfo Ask(std::int32_t folder, std::int16_t index, const Str63 &name = {}) {
+    CatalogInfo info{};
+    info.ioVRefNum = kRootVolume;
+    info.ioFDirIndex = index;
+    info.ioDrDirID = folder;
+    info.ioName = name;
+    return info;
+}
+
+TEST(Catalog, Indexes_CountEntriesWithoutCompanions) {
+    const ScratchFolder scratch;
+    const std::int32_t folder = FolderIdFromPath(scratch.Path());
+    AppleDouble companion;
+    SetFInfo(companion, {FourCharCode("TEXT"), FourCharCode("ttxt"), kIsAlias});
+    WriteWhole(scratch.Path("b"), "");
+    ASSERT_EQ(WriteAppleDouble(scratch.Path("b"), companion), noErr);
+    ASSERT_EQ(WriteAppleDouble(scratch.Path("alone"), companion), noErr);
+    std::vector<std::string> seen;
+    for (std::int16_t index = 1;; ++index) {
+        CatalogInfo info = Ask(folder, index);
+        const OSErr status = PBGetCatInfoSync(&info);
+        if (status != noErr) {
+            EXPECT_EQ(status, fnfErr);
+            break;
+        }
+        seen.push_back(Text(info.ioName) + (info.ioFlAttrib != 0 ? "/" : ""));
+        EXPECT_EQ(info.ioDrParID, folder);
+        EXPECT_EQ(info.ioFlFndrInfo.fdFlags, Text(info.ioName) == "b" ? kIsAlias : 0);
+    }
+    EXPECT_EQ(seen, (std::vector<std::string>{"._alone", "b", "config/"}));
+}
+
+TEST(Catalog, Root_IsItsOwnParentsChildAndUnknownFoldersHaveStatuses) {
+    CatalogInfo root = Ask(kRootFolder, -1);
+    ASSERT_EQ(PBGetCatInfoSync(&root), noErr);
+    EXPECT_EQ(root.ioDrParID, kRootParentFolder);
+    EXPECT_EQ(Text(root.ioName), "File System");
+    for (const std::int32_t id : {kRootParentFolder, std::int32_t{9999}}) {
+        CatalogInfo none = Ask(id, -1);
+        EXPECT_EQ(PBGetCatInfoSync(&none), dirNFErr) << id;
+    }
+    CatalogInfo unmounted = Ask(kRootFolder, -1);
+    unmounted.ioVRefNum = -29999;
+    EXPECT_EQ(PBGetCatInfoSync(&unmounted), nsvErr);
+}
+
+TEST(Catalog, NamesBeyondThePlatform_LeadBackToTheirFiles) {
+    const ScratchFolder scratch;
+    const std::string longName(200, 'l');
+    const std::vector<std::string> names = {
+        "plain",  "Fl\u00FCge",   "a:b",     "\u5199\u771F.jpeg", "\u96C6\u3081.jpeg",
+        longName, longName + "2", "bad\xFF", "e\u0301",           "line\nend"};
+    const std::set<std::string> exact = {"plain", "Fl\u00FCge", "a:b", "line\nend"};
+    std::set<std::string> seen;
+    for (const std::string &name : names) {
+        WriteWhole(scratch.Path(name), name);
+        FSRef ref;
+        FSSpec spec{};
+        ASSERT_EQ(FSPathMakeRef(scratch.Path(name), &ref), noErr);
+        ASSERT_EQ(FSSpecFromRef(ref, &spec), noErr);
+        EXPECT_EQ(PathFromSpec(spec), scratch.Path(name));
+        EXPECT_EQ(Text(spec.name).find('#') == std::string::npos, exact.contains(name)) << name;
+        EXPECT_EQ(FitsPascalName(name, 63), exact.contains(name)) << name;
+        EXPECT_TRUE(seen.insert(Text(spec.name)).second) << name;
+    }
+    std::vector<Str63> listed;
+    ASSERT_EQ(ListFolder(kRootVolume, FolderIdFromPath(scratch.Path()), &listed), noErr);
+    EXPECT_EQ(listed.size(), names.size() + 1);
+    for (const Str63 &name : listed) {
+        CatalogInfo info = Ask(FolderIdFromPath(scratch.Path()), 0, name);
+        EXPECT_EQ(PBGetCatInfoSync(&info), noErr) << Text(name);
+    }
+    EXPECT_EQ(DistinctName("some report.txt", 31, 0x1A2B3C4D), "some report#1A2B3C4D.txt");
+    EXPECT_EQ(DistinctName(longName + ".jpeg", 31, 1), std::string(17, 'l') + "#00000001.jpeg");
+    EXPECT_EQ(DistinctName("version 1.of many", 31, 1), "version 1.of many#00000001");
+}
+
+TEST(Catalog, Delete_TakesTheCompanionAndNothingElse) {
+    const ScratchFolder scratch;
+    const auto spec = [&](const char *name) {
+        FSSpec made = {kRootVolume, FolderIdFromPath(scratch.Path()), {}};
+        made.name[0] = static_cast<std::uint8_t>(
+            std::string_view(name).copy(reinterpret_cast<char *>(made.name.data()) + 1, 63));
+        return made;
+    };
+    for (const char *name : {"file", "alone"}) {
+        ASSERT_EQ(WriteAppleDouble(scratch.Path(name), {}), noErr);
+    }
+    WriteWhole(scratch.Path("file"), "");
+    WriteWhole(scratch.Path("other"), "");
+    WriteWhole(scratch.Path("._other"), "no AppleDouble file");
+    EXPECT_EQ(FSpDelete(spec("file")), noErr);
+    EXPECT_EQ(FSpDelete(spec("alone")), noErr);
+    EXPECT_EQ(FSpDelete(spec("other")), noErr);
+    EXPECT_EQ(FSpDelete(spec("none")), fnfErr);
+    EXPECT_EQ(FSpDelete(spec("config")), notAFileErr);
+    EXPECT_EQ(ScratchFolder::Names(scratch.Path()), (std::vector<std::string>{"._other", "config"}));
+    std::int32_t folder = 0;
+    EXPECT_EQ(FSpDirCreate(spec("config"), -1, &folder), dupFNErr);
+    EXPECT_EQ(FSpSetFInfo(spec("none"), {}), fnfErr);
+    EXPECT_EQ(FSpSetFInfo(spec("other"), {}), mapReadErr);
+}
+
+} // namespace
+} // namespace drevix::test

@@ -1,0 +1,108 @@
+#include "platform/base/status.h"
+#include "platform/desktop/desktop_entries.h"
+#include "tests/support/scratch.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <map>
+#include <sys/stat.h>
+
+namespace drevix::test {
+namespace {
+
+class DesktopEntries : public ::testing::Test {
+  protected:
+    DesktopEntries() {
+        // One folder, not a list of them: with a colon in its name its applications were not found.
+        setenv("XDG_DATA_HOME", fFolder.Path("ho:me").c_str(), 1);
+        setenv("XDG_DATA_DIRS", (fFolder.Path("one") + ":relative::" + fFolder.Path("two") + "/").c_str(), 1);
+    }
+    ~DesktopEntries() override {
+        unsetenv("XDG_DATA_HOME");
+        unsetenv("XDG_DATA_DIRS");
+    }
+    [[nodiscard]] std::string Write(const std::string &name, const std::string &text) const {
+        const std::string path = fFolder.Path(name);
+        std::filesystem::create_directories(std::filesystem::path(path).parent_path());
+        WriteWhole(path, text);
+        return path;
+    }
+    void WriteEntry(const std::string &name, const std::string &shown, const std::string &more = {}) const {
+        std::ignore = Write(name, "[Desktop Entry]\nType=Application\nName=" + shown + "\n" + more);
+    }
+
+    ScratchFolder fFolder;
+};
+
+TEST_F(DesktopEntries, Names_FollowTheLanguage) {
+    const std::string path =
+        Write("x.desktop", "# comment\n\n[Desktop Entry]\nType=Application\n"
+                           "Name[de]=d\nName[de_AT]=at\nName[sr@latin]=sl\nName[sr_RS@latin]=srl\n"
+                           "Name=plain\nName[fr]=\nName[sr]=s\nIcon=i\nBroken\n=x\n"
+                           "[Desktop Action]\nName[de]=wrong\nName=wrong\nType=Link\n");
+    static const struct {
+        const char *locale, *name;
+    } kRows[] = {{"de_AT.UTF-8", "at"}, {"de_DE.UTF-8@euro", "d"},
+                 {"fr_FR", "plain"},    {"sr_RS.UTF-8@latin", "srl"},
+                 {"sr_ME@latin", "sl"}, {"sr_ME", "s"},
+                 {"", "plain"},         {"_._@_", "plain"}};
+    for (const auto &row : kRows) {
+        DesktopEntry entry;
+        ASSERT_EQ(ReadDesktopEntry(path, row.locale, &entry), noErr);
+        EXPECT_EQ(entry.name, row.name) << row.locale;
+    }
+}
+
+TEST_F(DesktopEntries, Files_AreReadOrRefused) {
+    static const struct {
+        const char *text;
+        OSErr status;
+        const char *name;
+    } kRows[] = {{"[Desktop Entry]\r\nType = Application\r\n Name\t=  A b \r\n", noErr, "A b"},
+                 {"[Desktop Entry]\nName=a\\sb\\\\n\\t\\q\\\nType=Application", noErr, "a b\\n\t\\q\\"},
+                 {"[Desktop Entry]\nType=Link\nName=x\n", -1, ""},
+                 {"[Desktop Entry]\nType=Application\nName=\n", -1, ""},
+                 {"[Desktop Entry", -1, ""},
+                 {"", -1, ""}};
+    for (const auto &row : kRows) {
+        DesktopEntry entry;
+        EXPECT_EQ(ReadDesktopEntry(Write("x.desktop", row.text), "de", &entry), row.status) << row.text;
+        EXPECT_EQ(entry.name, row.name);
+    }
+    DesktopEntry entry;
+    EXPECT_EQ(ReadDesktopEntry(fFolder.Path("none.desktop"), "", &entry), fnfErr);
+    EXPECT_EQ(ReadDesktopEntry(fFolder.Path(), "", &entry), -1);
+    ASSERT_EQ(mkfifo(fFolder.Path("pipe.desktop").c_str(), 0600), 0);
+    EXPECT_EQ(ReadDesktopEntry(fFolder.Path("pipe.desktop"), "", &entry), -1) << "waits for no writer";
+    EXPECT_EQ(
+        ReadDesktopEntry(Write("big.desktop", std::string(kDesktopEntryMaxBytes + 1, '\n')), "", &entry), -1);
+}
+
+TEST_F(DesktopEntries, InstalledApplications_TakeTheFirstOfEachId) {
+    WriteEntry("ho:me/applications/a.desktop", "home a", "Icon=pic\n");
+    WriteEntry("one/applications/a.desktop", "one a");
+    WriteEntry("one/applications/kde/b.desktop", "one b");
+    WriteEntry("two/applications/kde-b.desktop", "two b");
+    WriteEntry("two/applications/removed.desktop", "two removed");
+    std::ignore = Write("ho:me/applications/removed.desktop", "[Desktop Entry]\nHidden=true\n");
+    WriteEntry("two/applications/quiet.desktop", "quiet", "NoDisplay=true\n");
+    WriteEntry("two/applications/c.desktop", "two c", "NoDisplay=false\n");
+    WriteEntry("two/applications/other.txt", "no entry");
+    std::filesystem::create_directory_symlink(fFolder.Path("two/applications"),
+                                              fFolder.Path("two/applications/loop"));
+    std::map<std::string, std::string> found;
+    for (const DesktopEntry &entry : InstalledApplications("")) {
+        if (entry.id.find("loop") == std::string::npos) {
+            found[entry.id] = entry.name;
+            EXPECT_TRUE(std::filesystem::exists(entry.path));
+            EXPECT_EQ(entry.icon, entry.name == "home a" ? "pic" : "");
+        }
+    }
+    EXPECT_EQ(found, (std::map<std::string, std::string>{
+                         {"a.desktop", "home a"}, {"kde-b.desktop", "one b"}, {"c.desktop", "two c"}}));
+}
+
+} // namespace
+} // namespace drevix::test

@@ -1,0 +1,215 @@
+#include "platform/files/file_update.h"
+
+#include "platform/base/status.h"
+#include "tests/support/faults.h"
+#include "tests/support/scratch.h"
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <filesystem>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace drevix {
+namespace {
+
+namespace fs = std::filesystem;
+using test::Lasts;
+using test::ReadWhole;
+using test::ScratchFolder;
+using test::WriteWhole;
+
+using Names = std::vector<std::string>;
+
+OSErr Put(const FileUpdate &update, std::string text) {
+    IOParam transfer = {update.File(), text.data(), static_cast<std::int32_t>(text.size()), 0, fsAtMark, 0};
+    return PBWriteSync(&transfer);
+}
+
+// Opens, writes and commits, as every caller does.
+OSErr Update(const std::string &path, UpdateMethod method, const std::string &text) {
+    FileUpdate update;
+    OSErr status = update.Open(path, method);
+    if (status == noErr) {
+        status = Put(update, text);
+    }
+    return status == noErr ? update.Commit() : status;
+}
+
+class FileUpdateBothWays : public testing::TestWithParam<UpdateMethod> {};
+INSTANTIATE_TEST_SUITE_P(Methods, FileUpdateBothWays,
+                         testing::Values(UpdateMethod::Replace, UpdateMethod::InPlace));
+
+TEST_P(FileUpdateBothWays, Committed_IsTheWholeNewFile) {
+    ScratchFolder scratch;
+    const std::string path = scratch.Preferences() + "/f";
+    EXPECT_EQ(Update(path, GetParam(), "first, which is longer"), noErr);
+    EXPECT_EQ(ReadWhole(path), "first, which is longer");
+    ::chmod(path.c_str(), 0640);
+    EXPECT_EQ(Update(path, GetParam(), "second"), noErr);
+    EXPECT_EQ(ReadWhole(path), "second");
+    EXPECT_EQ(fs::status(path).permissions(), fs::perms(0640));
+    EXPECT_EQ(ScratchFolder::Names(scratch.Preferences()), Names{"f"});
+    EXPECT_EQ(OpenFileCount(), 0);
+}
+
+TEST_P(FileUpdateBothWays, Abandoned_LeavesWhatWas) {
+    ScratchFolder scratch;
+    const std::string path = scratch.Preferences() + "/f";
+    {
+        FileUpdate update;
+        ASSERT_EQ(update.Open(path, GetParam()), noErr);
+        ASSERT_EQ(Put(update, "half"), noErr);
+    }
+    EXPECT_EQ(ScratchFolder::Names(scratch.Preferences()), Names{});
+    WriteWhole(path, "old bytes");
+    {
+        FileUpdate update;
+        ASSERT_EQ(update.Open(path, GetParam()), noErr);
+        ASSERT_EQ(Put(update, "half, and longer than the old"), noErr);
+        EXPECT_EQ(update.Open(path, GetParam()), fBsyErr);
+    }
+    EXPECT_EQ(ReadWhole(path), "old bytes");
+    EXPECT_EQ(ScratchFolder::Names(scratch.Preferences()), Names{"f"});
+}
+
+TEST_P(FileUpdateBothWays, Links_StayLinks) {
+    ScratchFolder scratch;
+    const std::string folder = scratch.Path("real");
+    fs::create_directory(folder);
+    fs::create_symlink("../real/f", scratch.Path("config/a"));
+    fs::create_symlink("a", scratch.Path("config/b"));
+    for (const char *text : {"made through a dangling link", "and changed"}) {
+        EXPECT_EQ(Update(scratch.Path("config/b"), GetParam(), text), noErr);
+        EXPECT_EQ(ReadWhole(folder + "/f"), text);
+    }
+    EXPECT_TRUE(fs::is_symlink(scratch.Path("config/b")));
+    EXPECT_EQ(ScratchFolder::Names(folder), Names{"f"});
+    fs::create_symlink("loop", scratch.Path("config/loop"));
+    EXPECT_EQ(Update(scratch.Path("config/loop"), GetParam(), ""), bdNamErr);
+}
+
+TEST_P(FileUpdateBothWays, EveryFault_LeavesTheOldOrTheNewFile) {
+    test::ForEachFault(5, [](int failAt, Lasts lasts) {
+        ScratchFolder scratch;
+        const std::string path = scratch.Preferences() + "/f";
+        WriteWhole(path, "old");
+        OSErr status = noErr;
+        const bool wasHit =
+            test::MeetsFault(failAt, lasts, ENOSPC, [&] { status = Update(path, GetParam(), "new"); });
+        EXPECT_EQ(OpenFileCount(), 0);
+        EXPECT_TRUE(wasHit || status == noErr);
+        EXPECT_EQ(ScratchFolder::Names(scratch.Preferences()), Names{"f"}) << failAt;
+        if (GetParam() == UpdateMethod::Replace || lasts == Lasts::Once) {
+            const std::string now = ReadWhole(path);
+            EXPECT_TRUE(now == "new" || (now == "old" && status == dskFulErr)) << failAt << now;
+            EXPECT_TRUE(status == noErr || status == dskFulErr) << failAt;
+        }
+        return wasHit;
+    });
+}
+
+TEST(FileUpdate, TwoWriters_TakeTurns) {
+    ScratchFolder scratch;
+    const std::string path = scratch.Preferences() + "/f";
+    constexpr int kWriters = 8;
+    for (int i = 0; i < kWriters; ++i) {
+        if (::fork() == 0) {
+            const std::string text(100'000, static_cast<char>('a' + i));
+            ::_exit(Update(path, UpdateMethod::Replace, text) == noErr ? 0 : 1);
+        }
+    }
+    for (int i = 0; i < kWriters; ++i) {
+        int status = 0;
+        ::wait(&status);
+        EXPECT_EQ(status, 0);
+    }
+    const std::string now = ReadWhole(path);
+    EXPECT_EQ(now, std::string(100'000, now[0])) << "two writers mixed";
+    EXPECT_EQ(ScratchFolder::Names(scratch.Preferences()), Names{"f"});
+}
+
+// Runs a check as a user without the superuser's rights, in a child, so that permissions count.
+template <typename Check>
+bool HoldsForAPlainUser(const Check &check) {
+    const pid_t child = ::fork();
+    if (child == 0) {
+        constexpr uid_t kNobody = 65534;
+        if (::getuid() == 0 && (::setgid(kNobody) != 0 || ::setuid(kNobody) != 0)) {
+            ::_exit(2);
+        }
+        ::_exit(check() ? 0 : 1);
+    }
+    int status = -1;
+    ::waitpid(child, &status, 0);
+    return status == 0;
+}
+
+TEST(FileUpdate, ClosedFolder_IsWrittenInPlaceAndClosedFileRefused) {
+    ScratchFolder scratch;
+    ::chmod(scratch.Path().c_str(), 0755);
+    const std::string folder = scratch.Preferences();
+    WriteWhole(folder + "/open", "old");
+    WriteWhole(folder + "/closed", "old");
+    ::chmod((folder + "/open").c_str(), 0666);
+    ::chmod((folder + "/closed").c_str(), 0444);
+    ::chmod(folder.c_str(), 0555);
+    EXPECT_TRUE(HoldsForAPlainUser([&] {
+        return Update(folder + "/open", UpdateMethod::Replace, "new") == noErr &&
+               Update(folder + "/closed", UpdateMethod::Replace, "new") == permErr &&
+               Update(folder + "/none", UpdateMethod::Replace, "new") == permErr;
+    }));
+    EXPECT_EQ(ReadWhole(folder + "/open"), "new");
+    EXPECT_EQ(ReadWhole(folder + "/closed"), "old");
+    // A file that may not be written is refused even where its folder would allow to replace it.
+    ::chmod(folder.c_str(), 0777);
+    EXPECT_TRUE(HoldsForAPlainUser(
+        [&] { return Update(folder + "/closed", UpdateMethod::Replace, "new") == permErr; }));
+    EXPECT_EQ(ScratchFolder::Names(folder), (Names{"closed", "open"}));
+}
+
+TEST(KeepFileAside, DifferentFiles_AreAllKept) {
+    ScratchFolder scratch;
+    const std::string path = scratch.Path("config/f");
+    const std::string kept = path + ".refused";
+    for (const char *text : {"one", "one", "two!", "333", "333"}) {
+        WriteWhole(path, text);
+        ::chmod(path.c_str(), 0600); // what nobody else may read is not laid open by a copy
+        EXPECT_EQ(KeepFileAside(path, kept), noErr);
+        EXPECT_EQ(ReadWhole(kept), text);
+        EXPECT_EQ(fs::status(kept).permissions(), fs::perms(0600));
+    }
+    EXPECT_EQ(ReadWhole(kept + ".1"), "one");
+    EXPECT_EQ(ReadWhole(kept + ".2"), "two!");
+    EXPECT_EQ(ScratchFolder::Names(scratch.Preferences()),
+              (Names{"f", "f.refused", "f.refused.1", "f.refused.2"}));
+    EXPECT_EQ(KeepFileAside(scratch.Path("none"), kept), fnfErr);
+}
+
+// A refused file behind a link was once copied again at every start.
+TEST(KeepFileAside, Links_CountAsTheirFileAndNeverAsACopy) {
+    ScratchFolder scratch;
+    const std::string path = scratch.Path("config/f");
+    const std::string kept = path + ".refused";
+    WriteWhole(scratch.Path("real"), "bytes");
+    fs::create_symlink(scratch.Path("real"), path);
+    for (int start = 0; start < 3; ++start) {
+        EXPECT_EQ(KeepFileAside(path, kept), noErr);
+    }
+    EXPECT_EQ(ScratchFolder::Names(scratch.Preferences()), (Names{"f", "f.refused"}));
+    // What changes together with the file does not keep it.
+    using MakeLink = void (*)(const fs::path &, const fs::path &);
+    for (const MakeLink makeLink : {MakeLink{fs::create_hard_link}, MakeLink{fs::create_symlink}}) {
+        fs::remove(kept);
+        makeLink(scratch.Path("real"), kept);
+        EXPECT_EQ(KeepFileAside(path, kept), noErr);
+        WriteWhole(path, "other");
+        EXPECT_EQ(ReadWhole(kept), "bytes");
+        WriteWhole(path, "bytes");
+    }
+}
+
+} // namespace
+} // namespace drevix

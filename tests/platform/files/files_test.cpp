@@ -1,0 +1,151 @@
+#include "platform/files/files.h"
+
+#include "platform/base/status.h"
+#include "platform/catalog/named_files.h"
+#include "tests/support/faults.h"
+#include "tests/support/scratch.h"
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <filesystem>
+#include <sys/stat.h>
+
+namespace drevix {
+namespace {
+
+using test::FaultyDisk;
+using test::Lasts;
+using test::ScratchFolder;
+
+FSSpec SpecOf(std::int32_t folder, std::string_view name) {
+    FSSpec spec = {kRootVolume, folder, {}};
+    spec.name[0] = static_cast<std::uint8_t>(name.size());
+    std::copy(name.begin(), name.end(), spec.name.begin() + 1);
+    return spec;
+}
+
+TEST(FindFolder, Preferences_FollowTheDesktopsRules) {
+    ScratchFolder scratch;
+    std::int16_t volume = 0;
+    std::int32_t folder = 0;
+    EXPECT_EQ(FindFolder(kOnSystemDisk, kPreferencesFolderType, kDontCreateFolder, &volume, &folder), noErr);
+    EXPECT_EQ(PathFromSpec(SpecOf(folder, "x")), scratch.Preferences() + "/x");
+
+    ::setenv("XDG_CONFIG_HOME", "relative/is/ignored", 1);
+    EXPECT_EQ(FindFolder(kOnSystemDisk, kPreferencesFolderType, kDontCreateFolder, &volume, &folder), fnfErr);
+    EXPECT_EQ(FindFolder(kOnSystemDisk, kPreferencesFolderType, kCreateFolder, &volume, &folder), noErr);
+    EXPECT_EQ(PathFromSpec(SpecOf(folder, "x")), scratch.Path(".config/x"));
+
+    test::WriteWhole(scratch.Path("file"), "in the way");
+    ::setenv("XDG_CONFIG_HOME", scratch.Path("file").c_str(), 1);
+    EXPECT_EQ(FindFolder(kOnSystemDisk, kPreferencesFolderType, kDontCreateFolder, &volume, &folder),
+              dirNFErr);
+    EXPECT_EQ(FindFolder(1, kPreferencesFolderType, kDontCreateFolder, &volume, &folder), nsvErr);
+    EXPECT_EQ(FindFolder(kOnSystemDisk, FourCharCode("none"), kDontCreateFolder, &volume, &folder), fnfErr);
+    ::setenv("XDG_CONFIG_HOME", scratch.Preferences().c_str(), 1);
+}
+
+TEST(FSSpec, Names_AreMacRomanWithTheOtherSystemsSeparator) {
+    ScratchFolder scratch;
+    const std::int32_t folder = FolderIdFromPath(scratch.Path());
+    EXPECT_EQ(FolderIdFromPath(scratch.Path()), folder);
+    EXPECT_EQ(PathFromSpec(SpecOf(folder, "\x8A/b")), scratch.Path("\u00E4:b"));
+    EXPECT_EQ(PathFromSpec(SpecOf(kRootFolder, "etc")), "/etc");
+    EXPECT_EQ(PathFromSpec(SpecOf(folder, "")), "");
+    EXPECT_EQ(PathFromSpec(SpecOf(9999, "x")), "");
+
+    const FSSpec spec = SpecOf(folder, "made");
+    FileRef file = 0;
+    EXPECT_EQ(FSpOpenDF(spec, fsRdPerm, &file), fnfErr);
+    EXPECT_EQ(FSpCreate(spec, 0, 0, -1), noErr);
+    EXPECT_EQ(FSpCreate(spec, 0, 0, -1), dupFNErr);
+    EXPECT_EQ(FSpOpenDF(spec, fsRdPerm, &file), noErr);
+    EXPECT_EQ(FSClose(file), noErr);
+    EXPECT_EQ(FSpOpenRF(spec, fsRdPerm, &file), fnfErr);
+}
+
+TEST(OpenFile, MarkAndEnd_BehaveAsOnThePlatform) {
+    ScratchFolder scratch;
+    test::WriteWhole(scratch.Path("f"), "0123456789");
+    FileRef file = 0;
+    ASSERT_EQ(OpenFile(scratch.Path("f"), fsRdWrPerm, &file), noErr);
+    std::int64_t length = 0;
+    EXPECT_EQ(GetEOF(file, &length), noErr);
+    EXPECT_EQ(length, 10);
+
+    char bytes[8] = {};
+    std::int32_t count = 4;
+    EXPECT_EQ(FSRead(file, &count, bytes), noErr);
+    EXPECT_EQ(std::string_view(bytes, 4), "0123");
+    EXPECT_EQ(SetFPos(file, fsFromStart, 8), noErr);
+    count = 4;
+    EXPECT_EQ(FSRead(file, &count, bytes), eofErr);
+    EXPECT_EQ(count, 2);
+    EXPECT_EQ(SetFPos(file, fsFromStart, 11), eofErr);
+    EXPECT_EQ(SetFPos(file, fsFromStart, -1), posErr);
+    EXPECT_EQ(SetFPos(file, 3, 0), paramErr);
+    count = -1;
+    EXPECT_EQ(FSRead(file, &count, bytes), paramErr);
+
+    EXPECT_EQ(SetEOF(file, 4), noErr);
+    char more[] = "++";
+    IOParam transfer = {file, more, 2, 0, fsAtMark | noCacheMask, 0};
+    EXPECT_EQ(PBWriteSync(&transfer), noErr);
+    EXPECT_EQ(transfer.ioActCount, 2);
+    EXPECT_EQ(PBFlushFileSync(file), noErr);
+    // From a place of the transfer's own.
+    transfer = {file, bytes, 3, 0, fsFromStart | noCacheMask, 2};
+    EXPECT_EQ(PBReadSync(&transfer), noErr);
+    EXPECT_EQ(std::string_view(bytes, 3), "23+");
+    transfer.ioPosOffset = -1;
+    EXPECT_EQ(PBReadSync(&transfer), posErr);
+    EXPECT_EQ(FSClose(file), noErr);
+    EXPECT_EQ(test::ReadWhole(scratch.Path("f")), "0123++") << "the mark moved back to the new end";
+}
+
+TEST(OpenFile, WhatCannotBe_HasItsStatus) {
+    ScratchFolder scratch;
+    FileRef file = 0;
+    EXPECT_EQ(OpenFile(scratch.Path("none"), fsRdPerm, &file), fnfErr);
+    // A pipe without a writer was waited for, and /dev/full was read without end.
+    ASSERT_EQ(::mkfifo(scratch.Path("pipe").c_str(), 0600), 0);
+    for (const std::string &path : {scratch.Path(), scratch.Path("pipe"), std::string("/dev/full")}) {
+        EXPECT_EQ(OpenFile(path, fsRdPerm, &file), notAFileErr) << path;
+    }
+    EXPECT_EQ(OpenFile(scratch.Path() + std::string("/a\0b", 4), fsRdPerm, &file), bdNamErr);
+    test::WriteWhole(scratch.Path("f"), "text");
+    ASSERT_EQ(OpenFile(scratch.Path("f"), fsRdPerm, &file), noErr);
+    char byte = 'x';
+    IOParam transfer = {file, &byte, 1, 99, fsAtMark, 0};
+    EXPECT_EQ(PBWriteSync(&transfer), wrPermErr);
+    EXPECT_EQ(transfer.ioActCount, 0);
+    EXPECT_EQ(SetEOF(file, 0), wrPermErr);
+    EXPECT_EQ(FSClose(file), noErr);
+    EXPECT_EQ(FSClose(file), rfNumErr);
+    std::int64_t length = 0;
+    for (const FileRef wrong : {FileRef{0}, FileRef{-1}, FileRef{32767}, file}) {
+        EXPECT_EQ(GetEOF(wrong, &length), rfNumErr);
+    }
+}
+
+TEST(Transfer, ShortTransfers_AreContinuedAndErrorsMapped) {
+    ScratchFolder scratch;
+    test::WriteWhole(scratch.Path("f"), "0123456789");
+    for (const auto &[error, expected] : {std::pair{0, noErr}, {EINTR, noErr}, {ENOMEM, memFullErr}}) {
+        FileRef file = 0;
+        ASSERT_EQ(OpenFile(scratch.Path("f"), fsRdPerm, &file), noErr);
+        char bytes[10] = {};
+        std::int32_t count = 10;
+        {
+            FaultyDisk faults(1, Lasts::Once, error);
+            EXPECT_EQ(FSRead(file, &count, bytes), expected) << error;
+        }
+        EXPECT_EQ(count, expected == noErr ? 10 : 0);
+        EXPECT_EQ(FSClose(file), noErr);
+    }
+}
+
+} // namespace
+} // namespace drevix

@@ -1,0 +1,113 @@
+#include "platform/input/input_device.h"
+
+#include "platform/base/status.h"
+#include "platform/input/input_codes.h"
+#include "tests/support/scratch.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <fcntl.h>
+#include <linux/input.h>
+#include <unistd.h>
+
+namespace drevix::test {
+namespace {
+
+// A device with two buttons and an axis, behind a pipe.
+class InputDeviceTest : public ::testing::Test {
+  protected:
+    InputDeviceTest() {
+        std::array<int, 2> ends{};
+        EXPECT_EQ(::pipe2(ends.data(), O_NONBLOCK), 0);
+        fWriter.Reset(ends[1]);
+        InputDescription description;
+        description.keys.set(BTN_0).set(BTN_1);
+        description.axes = {{ABS_X, 0, 255, 127}};
+        fDevice =
+            std::make_unique<InputDevice>(SystemDescriptor(ends[0]), description, [this](InputState *state) {
+                state->keys.set(BTN_1);
+                state->axes = {{ABS_X, 0, 255, 9}};
+                return fKnowsState;
+            });
+    }
+
+    // Sends events as bytes, but for the last `missing` of them.
+    void Send(const std::vector<RawEvent> &events, std::size_t missing = 0) {
+        for (const RawEvent &event : events) {
+            input_event sent{};
+            sent.type = event.type;
+            sent.code = event.code;
+            sent.value = event.value;
+            fBytes.append(reinterpret_cast<const char *>(&sent), sizeof sent);
+        }
+        const auto size = static_cast<ssize_t>(fBytes.size() - missing);
+        EXPECT_EQ(::write(fWriter.Get(), fBytes.data(), static_cast<std::size_t>(size)), size);
+        fBytes.erase(0, static_cast<std::size_t>(size));
+    }
+    std::vector<RawEvent> Take(InputStatus status) {
+        std::vector<RawEvent> events;
+        EXPECT_EQ(fDevice->Take(&events), status);
+        return events;
+    }
+
+    SystemDescriptor fWriter;
+    std::unique_ptr<InputDevice> fDevice;
+    std::string fBytes; // not sent yet
+    bool fKnowsState = true;
+};
+
+constexpr RawEvent kPress{EV_KEY, BTN_0, 1};
+constexpr RawEvent kPush{EV_ABS, ABS_X, 255};
+constexpr RawEvent kReport{EV_SYN, SYN_REPORT, 0};
+constexpr RawEvent kDropped{EV_SYN, SYN_DROPPED, 0};
+using Events = std::vector<RawEvent>;
+
+TEST_F(InputDeviceTest, Events_ComeWholeAndInOrder) {
+    EXPECT_EQ(Take(InputStatus::Open), Events{});
+    Send({kPress, kPush, kReport}, sizeof(input_event) + 5);
+    EXPECT_EQ(Take(InputStatus::Open), Events{kPress});
+    Send({});
+    EXPECT_EQ(Take(InputStatus::Open), (Events{kPush, kReport}));
+    Events many(2000, kPress);
+    Send(many);
+    EXPECT_EQ(Take(InputStatus::Open), many);
+    Send({kPress});
+    fWriter.Reset();
+    EXPECT_EQ(Take(InputStatus::Gone), Events{kPress});
+}
+
+TEST_F(InputDeviceTest, LostEvents_AreReplacedByTheState) {
+    const Events state = {kDropped, {EV_KEY, BTN_0, 0}, {EV_KEY, BTN_1, 1}, {EV_ABS, ABS_X, 9}, kReport};
+    Send({kPush, kDropped, kPress});
+    EXPECT_EQ(Take(InputStatus::Open), Events{kPush});
+    Send({kPush, kReport});
+    EXPECT_EQ(Take(InputStatus::Open), state);
+    Send({kPress, kReport});
+    EXPECT_EQ(Take(InputStatus::Open), (Events{kPress, kReport}));
+    fKnowsState = false;
+    Send({kDropped, kReport, kPress});
+    EXPECT_EQ(Take(InputStatus::Gone), Events{});
+}
+
+TEST(InputDevice, WhatIsNoDevice_IsNotOpened) {
+    const ScratchFolder folder;
+    WriteWhole(folder.Path("file"), "");
+    std::unique_ptr<InputDevice> device;
+    EXPECT_EQ(OpenInputDevice(folder.Path("file"), &device), paramErr);
+    EXPECT_EQ(OpenInputDevice(folder.Path("none"), &device), fnfErr);
+    EXPECT_EQ(device, nullptr);
+    EXPECT_FALSE(InputDevice(SystemDescriptor(::open("/dev/null", O_RDONLY)), {}).Grab());
+}
+
+TEST(InputCodes, NamesAndNumbers_LeadToEachOther) {
+    EventCode event{};
+    ASSERT_TRUE(FindEventCode("ABS_RZ", &event));
+    EXPECT_EQ(event, (EventCode{EV_ABS, ABS_RZ}));
+    ASSERT_TRUE(FindEventCode("BTN_A", &event)); // the second name of one
+    EXPECT_EQ(EventCodeName(event), "BTN_SOUTH");
+    EXPECT_FALSE(FindEventCode("KEY_MAX", &event));
+}
+
+} // namespace
+} // namespace drevix::test

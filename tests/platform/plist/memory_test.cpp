@@ -1,0 +1,82 @@
+#include "platform/base/status.h"
+#include "platform/catalog/apple_double.h"
+#include "platform/files/files.h"
+#include "platform/files/shared_file.h"
+#include "tests/platform/plist/property_list_support.h"
+#include "tests/support/failing_new.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+
+namespace drevix {
+namespace {
+
+// Runs `operation` with its first, second, ... allocation failing, until none is left to fail; `afterwards`
+// looks at what each run but the last has left.
+template <typename Operation, typename Check>
+void FailEachAllocation(int least, const Operation &operation, const Check &afterwards) {
+    for (int failIn = 1;; ++failIn) {
+        test::gNewFailsIn = failIn;
+        const OSErr status = operation();
+        const bool wasHit = test::gNewFailsIn == 0;
+        test::gNewFailsIn = 0;
+        ASSERT_EQ(status, wasHit ? memFullErr : noErr) << failIn;
+        EXPECT_EQ(OpenFileCount(), 0);
+        if (!wasHit) {
+            EXPECT_GT(failIn, least);
+            return;
+        }
+        afterwards();
+    }
+}
+
+TEST(Memory, NoRoomToReadAList_IsReported) {
+    test::ScratchFolder scratch;
+    const std::string xml = scratch.Path("xml");
+    const std::string binary = scratch.Path("binary");
+    ASSERT_EQ(test::WriteList(xml, test::EveryValue()), noErr);
+    ASSERT_EQ(std::system(("plistutil -i " + xml + " -o " + binary).c_str()), 0);
+    const PropertyListElementHandler take = [](PropertyList &) { return true; };
+    for (const std::string &path : {xml, binary}) {
+        PropertyListProblem problem;
+        FailEachAllocation(
+            5, [&] { return ReadPropertyListArray(path, take, &problem); }, [] {});
+    }
+}
+
+TEST(Memory, NoRoomToWriteAList_LeavesTheOldFile) {
+    test::ScratchFolder scratch;
+    const std::string path = scratch.Path("config/list");
+    PropertyListArray list = test::EveryValue();
+    list.emplace_back(std::string(100'000, 'x'));
+    test::WriteWhole(path, "old bytes");
+    FailEachAllocation(
+        5, [&] { return test::WriteList(path, list); },
+        [&] { EXPECT_EQ(test::ReadWhole(path), "old bytes"); });
+    EXPECT_EQ(test::ReadList(path).Text(), PropertyListArrayText(list));
+}
+
+// Without the memory for its bytes the file stayed open for good.
+TEST(Memory, NoRoomForAFilesBytes_LeavesItClosedAndAsItWas) {
+    test::ScratchFolder scratch;
+    const std::string path = scratch.Path("file");
+    const std::string old(1000, 'o');
+    test::WriteWhole(path, old);
+    AppleDouble companion;
+    companion.resourceFork = old;
+    ASSERT_EQ(WriteAppleDouble(path, companion), noErr);
+    std::string bytes;
+    const std::function<OSErr()> operations[] = {
+        [&] { return ReadSharedFile(path, 2 * old.size(), &bytes); },
+        [&] { return ReadAppleDouble(path, &companion); },
+        [&] { return WriteSharedFile(path, "new bytes"); },
+    };
+    for (const auto &operation : operations) {
+        FailEachAllocation(1, operation, [&] { EXPECT_EQ(test::ReadWhole(path), old); });
+    }
+    EXPECT_EQ(test::ReadWhole(path), "new bytes");
+}
+
+} // namespace
+} // namespace drevix

@@ -1,0 +1,134 @@
+#include "platform/base/status.h"
+#include "platform/files/files.h"
+#include "tests/platform/plist/property_list_support.h"
+#include "tests/support/faults.h"
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <limits>
+
+namespace drevix {
+namespace {
+
+using test::FaultyDisk;
+using test::Lasts;
+using test::ReadList;
+using test::ReadWhole;
+using test::ScratchFolder;
+using test::WriteList;
+using test::WriteWhole;
+
+// More than the writer keeps before it writes.
+PropertyListArray LongList() {
+    PropertyListArray list = test::EveryValue();
+    list.emplace_back(std::string(200'000, 'x'));
+    list.emplace_back(std::string(100'000, 'y'));
+    return list;
+}
+
+TEST(WriteList, Layout_IsThePublishedOne) {
+    PropertyListDictionary dictionary;
+    dictionary.Add("a&b", PropertyListArray{PropertyList(true)});
+    dictionary.Add("d", PropertyListData{std::string(60, '\0')});
+    EXPECT_EQ(PropertyListArrayText({PropertyList(dictionary)}),
+              "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+              "<!DOCTYPE plist PUBLIC \"-//Apple//DTD PLIST 1.0//EN\" "
+              "\"http://www.apple.com/DTDs/PropertyList-1.0.dtd\">\n"
+              "<plist version=\"1.0\">\n<array>\n\t<dict>\n"
+              "\t\t<key>a&amp;b</key>\n\t\t<array>\n\t\t\t<true/>\n\t\t</array>\n"
+              "\t\t<key>d</key>\n\t\t<data>\n\t\t" +
+                  std::string(76, 'A') + "\n\t\tAAAA\n\t\t</data>\n\t</dict>\n</array>\n</plist>\n");
+}
+
+TEST(WriteList, WhatXmlCannotHold_IsReplaced) {
+    const std::pair<std::string, std::string> rows[] = {
+        {std::string("a\0b", 3), "a\uFFFDb"},
+        {"\uFFFE-\uFFFF\uFFFD", "\uFFFD-\uFFFD\uFFFD"},
+        {"caf\xE9", "caf\uFFFD"},
+        {"\xED\xA0\x80", "\uFFFD\uFFFD\uFFFD"},
+        {"\xF4\x90\x80\x80", "\uFFFD\uFFFD\uFFFD\uFFFD"},
+        {"\U0010FFFF\uD7FF\uE000", "\U0010FFFF\uD7FF\uE000"},
+    };
+    for (const auto &[text, expected] : rows) {
+        const test::ReadOutcome back = test::ParseList(PropertyListArrayText({PropertyList(text)}));
+        ASSERT_EQ(back.status, noErr) << back.problem.text;
+        EXPECT_EQ(*back.elements.at(0).As<std::string>(), expected);
+    }
+    const PropertyListDate never{std::numeric_limits<double>::quiet_NaN()};
+    EXPECT_EQ(test::ParseList(PropertyListArrayText({PropertyList(never)})).status, noErr);
+}
+
+TEST(WriteList, OtherReaders_ReadTheSameValues) {
+    ScratchFolder scratch;
+    const std::string path = scratch.Path("list");
+    ASSERT_EQ(WriteList(path, test::EveryValue()), noErr);
+    EXPECT_TRUE(test::RunsInPython(scratch,
+                                   std::string(test::kEveryValueInPython) +
+                                       "import plistlib, sys\n"
+                                       "with open(sys.argv[1], 'rb') as file:\n"
+                                       "    read = plistlib.load(file)\n"
+                                       "for a, b in zip(values, read):\n"
+                                       "    assert a == b and type(a) == type(b), (a, b)\n"
+                                       "assert values == read\n",
+                                   path));
+}
+
+TEST(WriteList, AnyFault_LeavesTheOldFile) {
+    const PropertyListArray list = LongList();
+    test::ForEachFault(5, [&](int failAt, Lasts lasts) {
+        ScratchFolder scratch;
+        const std::string path = scratch.Path("config/list");
+        WriteWhole(path, "old bytes");
+        OSErr status = noErr;
+        const bool wasHit = test::MeetsFault(failAt, lasts, ENOSPC, [&] { status = WriteList(path, list); });
+        EXPECT_EQ(OpenFileCount(), 0);
+        EXPECT_EQ(ScratchFolder::Names(scratch.Preferences()), std::vector<std::string>{"list"});
+        EXPECT_EQ(status, wasHit ? dskFulErr : noErr) << failAt;
+        if (!wasHit) {
+            EXPECT_EQ(ReadList(path).Text(), PropertyListArrayText(list));
+        } else if (lasts == Lasts::Once) { // else the old bytes cannot be put back either
+            EXPECT_EQ(ReadWhole(path), "old bytes") << failAt;
+        }
+        return wasHit;
+    });
+}
+
+TEST(WriteList, Unfinished_IsUndone) {
+    ScratchFolder scratch;
+    const std::string path = scratch.Path("config/list");
+    {
+        PropertyListArrayWriter writer;
+        EXPECT_EQ(writer.Add(PropertyList(true)), rfNumErr);
+        EXPECT_EQ(writer.Finish(), rfNumErr);
+        EXPECT_EQ(writer.Open(scratch.Path("none/list")), fnfErr);
+        ASSERT_EQ(writer.Open(path), noErr);
+        for (const PropertyList &element : LongList()) {
+            EXPECT_EQ(writer.Add(element), noErr);
+        }
+    }
+    EXPECT_TRUE(ScratchFolder::Names(scratch.Preferences()).empty());
+    EXPECT_EQ(WriteList(path, {}), noErr);
+    EXPECT_EQ(ReadList(path).status, noErr);
+    EXPECT_EQ(WriteList("/dev/full", LongList()), dskFulErr);
+}
+
+TEST(ReadList, AnyFault_HasItsStatusAndLeavesNoFileOpen) {
+    ScratchFolder scratch;
+    const std::string path = scratch.Path("list");
+    ASSERT_EQ(WriteList(path, LongList()), noErr);
+    const auto run = [&](int failAt, Lasts lasts) {
+        FaultyDisk faults(failAt, lasts, EIO);
+        const test::ReadOutcome outcome = ReadList(path);
+        EXPECT_EQ(OpenFileCount(), 0);
+        EXPECT_EQ(outcome.status, faults.WasHit() ? ioErr : noErr) << failAt;
+        EXPECT_EQ(outcome.problem.text, faults.WasHit() ? StatusText(ioErr) : "");
+        return faults.WasHit();
+    };
+    test::ForEachFault(5, run, {Lasts::ForEver});
+    EXPECT_EQ(ReadList(scratch.Path("none")).status, fnfErr);
+    EXPECT_EQ(ReadList(scratch.Path()).status, notAFileErr);
+}
+
+} // namespace
+} // namespace drevix

@@ -1,0 +1,275 @@
+// The items folder: finding it, clearing it of what no slot names, and the way from an item to a slot's text
+// and back.
+
+#include "platform/base/mac_roman.h"
+#include "platform/catalog/named_files.h"
+#include "settings/action_commands.h"
+#include "settings/device_prefs.h"
+#include "settings/pascal_strings.h"
+#include "tests/util/items/items.h"
+
+#include <ctime>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace drevix::test {
+namespace {
+
+constexpr ConstStringPtr kName = kDrevixItemsFolderName.data();
+using Names = std::vector<std::string>;
+
+class Items : public ItemsTest {
+  protected:
+    // A base whose last record opens the items of these names, and has one of them in a keystroke's text.
+    static QBaseOwner BaseWith(const Names &texts) {
+        QBaseOwner base = NewDrevixBase();
+        AppPrefs record{};
+        record.device[0].action[0].command = kActionKeystroke;
+        getPascalString("keystroke", record.device[0].action[0].data.data(), 31);
+        for (std::size_t i = 0; i < texts.size(); ++i) {
+            record.device[0].action[31 - i].command = kActionOpenItem;
+            getPascalString(texts[i], record.device[0].action[31 - i].data.data(), 31);
+        }
+        EXPECT_EQ(QBaseAddRecord(base.get(), &gDefaultGlobalPrefs, sizeof(AppPrefs)), 0);
+        EXPECT_EQ(QBaseAddRecord(base.get(), "short", 5), 1);
+        EXPECT_EQ(QBaseAddRecord(base.get(), &record, sizeof(AppPrefs)), 2);
+        return base;
+    }
+    void Alias(const std::string &name) { EXPECT_EQ(MakeAlias(fScratch.Path(), name).status, noErr) << name; }
+    static std::string Text(const Str31 &name) { return stringWithPascalString(name.data()); }
+    // Makes an item that must succeed, and gives the stored name.
+    static std::string Make(const std::string &path) {
+        Str31 name{};
+        EXPECT_EQ(MakeDrevixItem(path, &name), noErr) << path;
+        EXPECT_EQ(ResolveDrevixItem(name).path, path);
+        EXPECT_TRUE(ResolveDrevixItem(name).exists) << path;
+        return Text(name);
+    }
+    static Str31 Stored(const std::string &text) {
+        Str31 name{};
+        getPascalString(text, name.data(), 31);
+        return name;
+    }
+};
+
+TEST_F(Items, Find_MakesItOnlyWhenAsked) {
+    FSSpec spec{};
+    std::int16_t volume = 1;
+    std::int32_t folder = 0;
+    const auto find = [&](ConstStringPtr name, FolderCreation creation) {
+        return FindDrevixItemsFolder(name, creation, &spec, &volume, &folder);
+    };
+    EXPECT_EQ(find(nullptr, kCreateFolder), paramErr);
+    EXPECT_EQ(find(PascalLiteral("").data(), kCreateFolder), paramErr);
+    EXPECT_EQ(find(kName, kDontCreateFolder), fnfErr);
+    EXPECT_EQ(ScratchFolder::Names(fScratch.Preferences()), Names{});
+    EXPECT_EQ(folder, 0);
+    EXPECT_EQ(find(kName, kCreateFolder), noErr);
+    EXPECT_EQ(PathFromSpec(spec), ItemsFolder());
+    EXPECT_EQ(PathFromSpec({volume, folder, {1, 'x'}}), Item("x"));
+    EXPECT_EQ(FindDrevixItemsFolder(kName, kDontCreateFolder, nullptr, nullptr, nullptr), noErr);
+
+    std::filesystem::remove(ItemsFolder());
+    WriteWhole(ItemsFolder(), "a file in the way");
+    EXPECT_EQ(find(kName, kCreateFolder), ioErr);
+    EXPECT_EQ(CleanupDrevixItems(kName, nullptr), ioErr);
+    EXPECT_EQ(ReadWhole(ItemsFolder()), "a file in the way");
+}
+
+TEST_F(Items, Cleanup_RemovesAliasFilesThatNoSlotNames) {
+    for (const char *name : {"Photo", "\u00E9t\u00E9", "unused 1", "unused 2", "keystroke", "Cafe", "zz"}) {
+        Alias(name);
+    }
+    const QBaseOwner base = BaseWith({"pHOTO", "\u00C9T\u00C9", "Caf\u00E9", "zz", "not there"});
+    EXPECT_EQ(CleanupDrevixItems(kName, base.get()), noErr);
+    EXPECT_EQ(ScratchFolder::Names(ItemsFolder()),
+              (Names{"._Photo", "._zz", "._\u00E9t\u00E9", "Photo", "zz", "\u00E9t\u00E9"}));
+    EXPECT_EQ(CleanupDrevixItems(kName, nullptr), noErr);
+    EXPECT_EQ(ScratchFolder::Names(ItemsFolder()), Names{});
+}
+
+TEST_F(Items, Cleanup_LeavesAllThatIsNoAliasFile) {
+    std::filesystem::create_directories(Item("folder/inner"));
+    WriteWhole(Item("file"), "text");
+    WriteWhole(Item("typed"), "text");
+    SetInfo(Item("typed"), {FourCharCode("TEXT"), FourCharCode("ttxt"), 0x7FFF});
+    WriteWhole(Item("._alone"), "x beside nothing");
+    WriteWhole(Item("bad\xFF\xFEname"), "no UTF-8");
+    std::filesystem::create_symlink("/etc", Item("foreign"));
+    std::filesystem::create_symlink("/nowhere", Item("dangling"));
+    // A companion that says alias, in the place of a pipe's or folder's, makes neither one.
+    for (const char *name : {"pipe", "directory"}) {
+        AppleDouble alias;
+        SetFInfo(alias, {kUnknownType, kUnknownType, kIsAlias});
+        EXPECT_EQ(WriteAppleDouble(Item(name), alias), noErr);
+    }
+    ASSERT_EQ(::mkfifo(Item("pipe").c_str(), 0600), 0);
+    std::filesystem::create_directory(Item("directory"));
+    // Companions that cannot be one: a pipe that nobody writes, a link, a folder, damage, a huge file.
+    for (const char *name : {"a", "b", "c", "d", "e"}) {
+        std::filesystem::create_symlink("/etc/passwd", Item(name));
+    }
+    ASSERT_EQ(::mkfifo(Item("._a").c_str(), 0600), 0);
+    Alias("real");
+    std::filesystem::create_symlink("._real", Item("._b"));
+    std::filesystem::create_directory(Item("._c"));
+    WriteWhole(Item("._d"), std::string(26, '\0'));
+    std::filesystem::copy_file(Item("._real"), Item("._e"));
+    std::filesystem::resize_file(Item("._e"), std::uint64_t{1} << 40);
+    const Names before = ScratchFolder::Names(ItemsFolder());
+
+    EXPECT_EQ(CleanupDrevixItems(kName, BaseWith({"real"}).get()), noErr);
+    EXPECT_EQ(ScratchFolder::Names(ItemsFolder()), before);
+    Names after = before;
+    std::erase_if(after, [](const std::string &name) { return name == "real" || name == "._real"; });
+    EXPECT_EQ(CleanupDrevixItems(kName, nullptr), noErr);
+    EXPECT_EQ(ScratchFolder::Names(ItemsFolder()), after);
+}
+
+// The first look-up that fails ends the walk; a file that cannot be removed does not.
+TEST_F(Items, Cleanup_StopsAtAFailedLookUpOnly) {
+    struct FailingDisk : Disk {
+        std::string noStatus, noRemoval;
+        int StatusAt(const char *path, struct stat *status) override {
+            errno = EIO;
+            return path == noStatus ? -1 : Disk::StatusAt(path, status);
+        }
+        int Remove(const char *path) override {
+            errno = EACCES;
+            return path == noRemoval ? -1 : Disk::Remove(path);
+        }
+    } disk;
+    for (const char *name : {"1", "2", "3", "4"}) {
+        Alias(name);
+    }
+    disk.noStatus = Item("3");
+    disk.noRemoval = Item("1");
+    Disk *const before = SetDisk(&disk);
+    EXPECT_EQ(CleanupDrevixItems(kName, nullptr), noErr);
+    SetDisk(before);
+    EXPECT_EQ(ScratchFolder::Names(ItemsFolder()), (Names{"._1", "._3", "._4", "1", "3", "4"}));
+}
+
+TEST_F(Items, Cleanup_OfTenThousand_IsFast) {
+    constexpr int kCount = 10'000;
+    QBaseOwner base = NewDrevixBase();
+    AppPrefs record = gDefaultGlobalPrefs;
+    for (int i = 0; i < kCount; ++i) {
+        for (int slot = 0; slot < kActionSlots; ++slot) {
+            record.device[0].action[slot].command = kActionOpenItem;
+            getPascalString("item " + std::to_string((i * kActionSlots + slot) % (kCount / 2)),
+                            record.device[0].action[slot].data.data(), 31);
+        }
+        ASSERT_EQ(QBaseAddRecord(base.get(), &record, sizeof record), i);
+    }
+    Alias("item 0");
+    const std::string companion = ReadWhole(Item("._item 0"));
+    for (int i = 1; i < kCount; ++i) {
+        const std::string name = "item " + std::to_string(i);
+        std::filesystem::create_symlink("/etc", Item(name));
+        WriteWhole(Item("._" + name), companion);
+    }
+    // Processor time, so that other programs do not count.
+    const std::clock_t start = std::clock();
+    EXPECT_EQ(CleanupDrevixItems(kName, base.get()), noErr);
+    const double seconds = static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC;
+    EXPECT_EQ(ScratchFolder::Names(ItemsFolder()).size(), 2U * kCount / 2);
+    EXPECT_LT(seconds, 10.0); // without optimization and with sanitizers; a release build needs less than 1
+}
+
+TEST_F(Items, Make_StoresANameThatLeadsToThisItemOnly) {
+    const std::string longName(40, 'w');
+    EXPECT_EQ(Make(File("a/report.txt")), "report.txt");
+    EXPECT_EQ(Make(File("a/report.txt")), "report.txt") << "the same item keeps its alias";
+    const std::string other = Make(File("b/report.txt"));
+    EXPECT_TRUE(other.starts_with("report#") && other.ends_with(".txt")) << other;
+    EXPECT_EQ(Make(fScratch.Path("b/report.txt")), other);
+    EXPECT_NE(Make(File("b/REPORT.TXT")), "REPORT.TXT") << "letter case alone tells no names apart";
+    EXPECT_EQ(Make(File("Fl\u00FCge: 1")), "Fl\u00FCge/ 1");
+    EXPECT_EQ(Make(File(longName)), std::string(31, 'w'));
+    EXPECT_EQ(Make(File("b/" + longName)).substr(0, 23), std::string(22, 'w') + "#");
+    const std::string foreign = Make(File("\u5199\u771F.jpeg"));
+    EXPECT_TRUE(foreign.starts_with("\?\?#") && foreign.ends_with(".jpeg")) << foreign;
+    EXPECT_NE(Make(File("\u96C6\u3081.jpeg")), foreign);
+    EXPECT_EQ(Make(File("\xFF.dat")).substr(0, 2), "?#") << "no UTF-8 at all";
+    EXPECT_EQ(Make(File("e\u0301")).substr(0, 2), "\u00E9") << "another file than its composed name's";
+    EXPECT_EQ(Make(File("._companion")).substr(0, 10), "_companion");
+    EXPECT_EQ(Make("/"), "File System");
+    EXPECT_EQ(Make("/etc"), "etc");
+    for (const std::string &name : ScratchFolder::Names(ItemsFolder())) {
+        EXPECT_TRUE(name.starts_with("._") || std::filesystem::exists(Item("._" + name))) << name;
+    }
+}
+
+TEST_F(Items, Make_LeavesWhatIsNoAliasFileAndFollowsThoseOfTheFolder) {
+    const std::string report = File("report.txt");
+    std::filesystem::create_directories(Item("report.txt"));
+    EXPECT_NE(Make(report), "report.txt") << "a folder has the name";
+    std::filesystem::create_symlink("/etc/passwd", Item("notes"));
+    EXPECT_NE(Make(File("notes")), "notes") << "a link of someone else's has it";
+    EXPECT_EQ(std::filesystem::read_symlink(Item("notes")), "/etc/passwd");
+
+    Str31 name = Stored("untouched");
+    EXPECT_EQ(MakeDrevixItem(fScratch.Path("gone"), &name), fnfErr);
+    EXPECT_EQ(MakeDrevixItem("", &name), fnfErr);
+    EXPECT_EQ(Text(name), "untouched");
+
+    // The alias file of a slot, chosen as an item, stands for its item.
+    const std::string letter = File("letter");
+    EXPECT_EQ(Make(letter), "letter");
+    EXPECT_EQ(MakeDrevixItem(Item("letter"), &name), noErr);
+    EXPECT_EQ(ResolveDrevixItem(name).path, letter);
+    // An item that became an application since gets the alias file of one.
+    ::chmod(File("letter", "#!/bin/sh\n").c_str(), 0755);
+    EXPECT_EQ(Make(letter), "letter");
+    FInfo info{};
+    EXPECT_EQ(FSpGetFInfo(Spec(Item("letter")), &info), noErr);
+    EXPECT_EQ(Code(info.fdType), "adrp");
+}
+
+TEST_F(Items, Resolve_TellsWhatIsGone) {
+    const std::string letter = File("Letter");
+    const std::string stored = Make(letter);
+    EXPECT_EQ(ResolveDrevixItem(Stored("LETTER")).path, letter) << "letter case does not matter";
+    std::filesystem::remove(letter);
+    EXPECT_EQ(ResolveDrevixItem(Stored(stored)).path, letter);
+    EXPECT_FALSE(ResolveDrevixItem(Stored(stored)).exists);
+    std::filesystem::create_symlink("../../other", Item("relative"));
+    EXPECT_EQ(ResolveDrevixItem(Stored("relative")).path, ItemsFolder() + "/../../other");
+    Str31 tooLong = Stored("x");
+    tooLong[0] = 255;
+    for (const Str31 &name : {Stored(""), Stored("."), Stored(".."), Stored("../Letter"), Stored("none"),
+                              Str31{3, 'a', 0, 'b'}, tooLong}) {
+        EXPECT_EQ(ResolveDrevixItem(name).path, "");
+    }
+}
+
+TEST_F(Items, References_OfMissingItems_AreMadeWhereAllowed) {
+    File("folder/file");
+    FSSpec spec{};
+    FSRef ref;
+    EXPECT_EQ(GetFSRefFromNSString(nullptr, &ref), paramErr);
+    EXPECT_EQ(GetFSSpecFromNSString("/", nullptr, MissingItem::Refused), paramErr);
+    struct Row {
+        std::string path;
+        MissingItem missing;
+        OSErr status;
+        std::string madeFor; // empty: the specification stays
+    };
+    const std::string longName(70, 'n');
+    for (const Row &row : std::initializer_list<Row>{
+             {"folder/new", MissingItem::Allowed, fnfErr, "folder/new"},
+             {"folder/new", MissingItem::Refused, fnfErr, ""},
+             {"folder/\u5199", MissingItem::Allowed, ioErr, ""},
+             {"folder/" + longName, MissingItem::Allowed, fnfErr, "folder/" + longName.substr(0, 63)},
+             {"folder/file/new", MissingItem::Allowed, dirNFErr, ""},
+         }) {
+        spec = {};
+        EXPECT_EQ(GetFSSpecFromNSString(fScratch.Path(row.path).c_str(), &spec, row.missing), row.status)
+            << row.path;
+        EXPECT_EQ(PathFromSpec(spec), row.madeFor.empty() ? "" : fScratch.Path(row.madeFor)) << row.path;
+    }
+}
+
+} // namespace
+} // namespace drevix::test
