@@ -226,7 +226,8 @@ TEST_F(AliasFile, IndependentReader_ReadsWhatWasMade) {
     GiveIcon(path, {FourCharCode("TEXT"), FourCharCode("ttxt"), kHasCustomIcon},
              {FourCharCode("ICN#"), FourCharCode("icl4")});
     ASSERT_EQ(MakeAlias(path, "Fl\u00FCge.txt").status, noErr);
-    const auto reader = std::filesystem::path(DREVIX_TEST_DATA).parent_path() / "util" / "items" / "read_alias.py";
+    const auto reader =
+        std::filesystem::path(DREVIX_TEST_DATA).parent_path() / "util" / "items" / "read_alias.py";
     const std::string output = fScratch.Path("output");
     EXPECT_EQ(std::system(("/usr/bin/python3 " + reader.string() + " '" + Item("Fl\u00FCge.txt") + "' >'" +
                            output + "'")
