@@ -40,7 +40,8 @@ function(drevix_module folder)
     drevix_check_headers(${name})
 endfunction()
 
-# Every header of the calling folder compiles alone.
+# Every header of the calling folder compiles alone. One with a source of its name is shown to by that, which includes it
+# first.
 function(drevix_check_headers name)
     if(NOT DREVIX_HEADER_CHECKS)
         return()
@@ -48,6 +49,10 @@ function(drevix_check_headers name)
     file(GLOB headers RELATIVE "${PROJECT_SOURCE_DIR}" CONFIGURE_DEPENDS "${CMAKE_CURRENT_SOURCE_DIR}/*.h")
     set(sources)
     foreach(header IN LISTS headers)
+        string(REGEX REPLACE "h$" "cpp" own "${header}")
+        if(EXISTS "${PROJECT_SOURCE_DIR}/${own}")
+            continue()
+        endif()
         set(source "${CMAKE_CURRENT_BINARY_DIR}/header_${name}/${header}.cpp")
         file(GENERATE OUTPUT "${source}" CONTENT "#include \"${header}\"\n")
         list(APPEND sources "${source}")
@@ -58,10 +63,11 @@ function(drevix_check_headers name)
     endif()
 endfunction()
 
-# drevix_test(FOLDER [LIBRARIES ...]): the test program of every *_test.cpp in the calling folder, with the tests of that
-# folder's library. All of them are built: a test file cannot be forgotten.
+# drevix_test(FOLDER [OPTIMIZED] [LIBRARIES ...]): the test program of every *_test.cpp in the calling folder, with the tests
+# of that folder's library. All of them are built: a test file cannot be forgotten. Where DREVIX_UNIT_TESTS is off only those
+# with OPTIMIZED are built and run: they have tests that the sanitizers' own memory or time would disturb.
 function(drevix_test folder)
-    cmake_parse_arguments(arg "" "" "LIBRARIES" ${ARGN})
+    cmake_parse_arguments(arg "OPTIMIZED" "" "LIBRARIES" ${ARGN})
     string(REPLACE "/" "_" name "${folder}")
     string(REPLACE "/" "." prefix "${folder}")
     file(GLOB sources CONFIGURE_DEPENDS "${CMAKE_CURRENT_SOURCE_DIR}/*.cpp")
@@ -72,6 +78,12 @@ function(drevix_test folder)
     target_link_libraries(${name}_test PRIVATE ${name} ${arg_LIBRARIES} drevix_test_support GTest::gtest GTest::gmock
         GTest::gtest_main)
     target_compile_definitions(${name}_test PRIVATE DREVIX_TEST_DATA="${PROJECT_SOURCE_DIR}/tests/data")
+    # What is tested is optimized under the sanitizers, to be fast; the tests themselves would only compile longer.
+    target_compile_options(${name}_test PRIVATE $<$<CONFIG:Debug>:-O0>)
+    if(NOT DREVIX_UNIT_TESTS AND NOT arg_OPTIMIZED)
+        set_target_properties(${name}_test PROPERTIES EXCLUDE_FROM_ALL ON)
+        return()
+    endif()
     gtest_discover_tests(${name}_test TEST_PREFIX "${prefix}." DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 300
         ENVIRONMENT "ASAN_OPTIONS=allocator_may_return_null=1:detect_stack_use_after_return=1")
 endfunction()
