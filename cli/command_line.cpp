@@ -18,6 +18,7 @@ constexpr auto kOptions = std::to_array<OptionInfo>({
     {"--json",    "",     0,              "print JSON for other programs to read",             &Line::json, nullptr},
     {"--prefs",   "FILE", 0,              "use this settings file instead of your own",  nullptr, &Line::prefs},
     {"--help",    "",     0,              "print help",                                        &Line::help, nullptr},
+    {"--verbose", "",     0,              "tell on standard error what is done",               &Line::verbose, nullptr},
     {"--version", "",     0,              "print the version",                                 &Line::version, nullptr},
 });
 // clang-format on

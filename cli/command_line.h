@@ -25,6 +25,7 @@ struct CommandLine {
     std::vector<std::string> words; // the command's name first
     bool json = false;
     bool help = false;
+    bool verbose = false;
     bool version = false;
     bool all = false;
     bool replace = false;

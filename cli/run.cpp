@@ -1,4 +1,5 @@
 #include "cli/commands.h"
+#include "platform/base/log.h"
 #include "platform/base/plain_text.h"
 
 #include <algorithm>
@@ -127,6 +128,9 @@ ExitStatus RunDrevixctl(std::span<const std::string> arguments, const Surroundin
     CommandLine line;
     const Command *command = nullptr;
     Outcome outcome = ParseCommandLine(arguments, &line);
+    if (line.verbose) {
+        BeVerbose();
+    }
     if (outcome.IsDone()) {
         outcome = RunLine(line, &command, surroundings);
     } else if (!line.words.empty()) {

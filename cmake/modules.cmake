@@ -20,6 +20,9 @@ list(REMOVE_ITEM DREVIX_MODULES_FOR_PROGRAMS keyboard_qt helper cli pane host)
 # What every target of this project is compiled with.
 add_library(drevix_options INTERFACE)
 target_include_directories(drevix_options INTERFACE "${PROJECT_SOURCE_DIR}")
+# The one version number, which a settings file is stamped with.
+target_compile_definitions(drevix_options INTERFACE DREVIX_VERSION_MAJOR=${PROJECT_VERSION_MAJOR}
+    DREVIX_VERSION_MINOR=${PROJECT_VERSION_MINOR} DREVIX_VERSION_PATCH=${PROJECT_VERSION_PATCH})
 target_compile_options(drevix_options INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor
     -Woverloaded-virtual $<$<BOOL:${DREVIX_WERROR}>:-Werror>)
 

@@ -3,6 +3,7 @@
 #include "companion/korvane_sync.h"
 #include "document/merge.h"
 #include "helperlink/driver_messages.h"
+#include "platform/base/log.h"
 #include "platform/catalog/named_files.h"
 #include "settings/prefs_list.h"
 
@@ -155,6 +156,7 @@ OpenResult SettingsDocument::Open(Access access) try {
     fBeforeEdits.clear();
     TakeCompanionChanges();
     SortDrevixBase(fBase.get());
+    LogStep("document", "opened", fPath, result.fileStatus);
     return result;
 } catch (const std::bad_alloc &) {
     return {memFullErr, memFullErr};
@@ -320,6 +322,9 @@ bool SettingsDocument::Merge(Reading &theirs, OutsideChanges *outside) {
     fIsSettled = theirs.isSettled;
     QBaseSetReadOnly(fBase.get(), false);
     *outside = std::move(merged->outside);
+    if (IsLogged("document")) {
+        Log("document", "merged, conflicts: " + std::to_string(outside->conflicts.size()));
+    }
     return true;
 }
 
@@ -353,6 +358,7 @@ SaveResult SettingsDocument::Save(std::chrono::milliseconds wait) try {
         result.status = Write();
     }
     result.replacedDamaged = result.replacedDamaged && result.status == noErr;
+    LogStep("document", "saved", fPath, result.status);
     return result;
 } catch (const std::bad_alloc &) {
     SaveResult result;

@@ -1,7 +1,10 @@
 #include "helperlink/driver_messages.h"
 
 #include "platform/base/equal_string.h"
+#include "platform/base/log.h"
 #include "platform/base/status.h"
+
+#include "settings/pascal_strings.h"
 
 #include <tuple>
 
@@ -23,7 +26,12 @@ OSStatus SendDriverEvent(ConstStringPtr name, AEEventID eventID, AESendMode mode
         status = AECreateAppleEvent(kDriverEventClass, eventID, target, kAutoGenerateReturnID,
                                     kAnyTransactionID, &event);
     }
-    return status == noErr ? AESendMessage(event, mode, kAEDefaultTimeout) : status;
+    const OSStatus sent = status == noErr ? AESendMessage(event, mode, kAEDefaultTimeout) : status;
+    if (IsLogged("helperlink")) {
+        LogStep("helperlink", eventID == kReloadPrefsEvent ? "asked to reload:" : "asked for devices:",
+                stringWithPascalString(name), static_cast<OSErr>(sent));
+    }
+    return sent;
 }
 
 } // namespace

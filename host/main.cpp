@@ -3,6 +3,7 @@
 #include "host/host_text.h"
 #include "host/panel_window.h"
 #include "host/picture.h"
+#include "platform/base/log.h"
 #include "platform/base/status.h"
 #include "platform/desktop/resources.h"
 
@@ -14,6 +15,7 @@
 #include <QTextStream>
 #include <QTranslator>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <csignal>
@@ -63,6 +65,13 @@ void DrawInSilence(int argc, char **argv) {
     }
 }
 
+// Known before the panel is loaded, and to the helper that it may start.
+void ObeyVerbose(int argc, char **argv) {
+    if (std::any_of(argv, argv + argc, [](std::string_view word) { return word == "--verbose"; })) {
+        BeVerbose();
+    }
+}
+
 void LoadTranslations(QApplication &application) {
     FSRef resources;
     if (FindResourceFolder(&resources) == noErr) {
@@ -108,6 +117,7 @@ void ObeyEndRequests(QApplication &application) {
 int main(int argc, char **argv) {
     TakeScale(argc, argv);
     DrawInSilence(argc, argv);
+    ObeyVerbose(argc, argv);
     QApplication application(argc, argv);
     QApplication::setOrganizationName(QStringLiteral("halcyra"));
     QApplication::setApplicationName(QStringLiteral("drevix-settings"));
@@ -119,6 +129,7 @@ int main(int argc, char **argv) {
     options.setApplicationDescription(
         Host::tr("Decides, application by application, what every control of the device does."));
     options.addHelpOption();
+    options.addOption({QStringLiteral("verbose"), Host::tr("Tell on standard error what is done.")});
     options.addOptions(PictureOptions());
     options.process(application);
     QString problem;

@@ -1,5 +1,6 @@
 #include "settings/device_prefs.h"
 
+#include "platform/base/log.h"
 #include "platform/base/status.h"
 #include "platform/catalog/named_files.h"
 #include "platform/files/file_update.h"
@@ -204,7 +205,9 @@ bool IsDamaged(OSErr fileStatus) {
 }
 
 OSErr KeepRefusedFile(const std::string &path) try {
-    return KeepFileAside(path, path + kRefusedSuffix);
+    const OSErr status = KeepFileAside(path, path + kRefusedSuffix);
+    LogStep("settings", "kept the damaged file aside", path, status);
+    return status;
 } catch (const std::bad_alloc &) {
     return memFullErr;
 }

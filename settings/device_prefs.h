@@ -24,9 +24,11 @@ inline constexpr const char *kDefaultsFileName = "Defaults.veltrana";
 // What a refused settings file's kept copy is called: its name with this behind it.
 inline constexpr const char *kRefusedSuffix = ".refused";
 
-// The panel's version as a file's stamp holds it, in the platform's numbering: major version in the first
-// byte, minor version and revision as one digit each in the second, release stage in the third. 2.0.0 final.
-inline constexpr std::uint32_t kPanelVersion = 0x02008000;
+// The project's version as a file's stamp holds it, in the platform's numbering: major version in the first
+// byte, minor version and revision as one digit each in the second, release stage in the third: 80 for final.
+inline constexpr std::uint32_t kPanelVersion =
+    DREVIX_VERSION_MAJOR << 24 | DREVIX_VERSION_MINOR << 20 | DREVIX_VERSION_PATCH << 16 | 0x8000;
+static_assert(DREVIX_VERSION_MAJOR < 10 && DREVIX_VERSION_MINOR < 10 && DREVIX_VERSION_PATCH < 10);
 
 // A new empty base for settings records; null without memory.
 [[nodiscard]] QBaseOwner NewDrevixBase();

@@ -1,5 +1,7 @@
 #include "platform/bus/session_bus.h"
 
+#include "platform/base/log.h"
+
 #include <algorithm>
 #include <poll.h>
 #include <systemd/sd-bus.h>
@@ -207,6 +209,7 @@ void SessionBus::Lose() {
     if (!fBus) {
         return;
     }
+    Log("bus", "lost the session bus");
     fWatch.Watch(-1, 0, std::nullopt);
     for (BusClient *client : fClients) {
         client->BusLost();

@@ -79,6 +79,11 @@ class Program(unittest.TestCase):
         device = json.loads(self.read("show", "--json"))["devices"]["veltrana"]
         self.assertEqual({key: device[key] for key in keys}, dict.fromkeys(keys, 7))
 
+    def test_verbose_tells_the_categories_that_are_asked_for(self):
+        self.assertIn(b" document: opened ", self.run_program("list", "--verbose").stderr)
+        self.environment["DREVIX_VERBOSE"] = "companion,bus"
+        self.assertEqual(self.run_program("list").stderr, b"")
+
     def test_exit_statuses_and_lost_output(self):
         self.assertEqual(self.run_program().returncode, 2)
         self.assertEqual(self.run_program("show", "--app", "Nobody\n").stderr.count(b"\n"), 1)
