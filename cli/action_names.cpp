@@ -36,9 +36,6 @@ constexpr auto kRefusals = std::to_array<RefusalRow>({
 });
 // clang-format on
 
-constexpr std::uint16_t kHeld =
-    0xFFFF; // the delay of a keystroke whose key stays pressed; of scrolling, ticks
-
 // The path of the slot's item, marked when it no longer exists.
 std::string ItemName(const Str31 &stored) {
     const DrevixItem item = ResolveDrevixItem(stored);
@@ -62,7 +59,7 @@ std::string MainDetail(const ActionSlot &slot, const MenuTitles &titles, KeyName
     if (slot.command == kActionOpenItem) {
         return ItemName(slot.data);
     }
-    const bool scrolls = slot.command >= kActionFirstScroll && slot.command <= kActionLastScroll;
+    const bool scrolls = IsScrolling(slot.command);
     const std::string modifiers = scrolls ? ModifiersText(slot.modifiers) : "";
     return modifiers.empty() ? "" : "with " + modifiers;
 }
@@ -77,7 +74,7 @@ std::string ActionTitle(ActionCommand code) {
 std::string ActionDetails(const ActionSlot &slot, const MenuTitles &titles, KeyNames names) {
     std::string details = MainDetail(slot, titles, names);
     if (slot.delay != 0) {
-        const bool isHeld = slot.command == kActionKeystroke && slot.delay == kHeld;
+        const bool isHeld = IsHeldKeystroke(slot.command, slot.delay);
         const std::string repeat = isHeld ? "-1" : std::to_string(slot.delay);
         details += (details.empty() ? "repeat " : ", repeat ") + repeat;
     }

@@ -155,7 +155,7 @@ Outcome ParseAction(std::span<const std::string> words, Choice *choice) {
 Outcome ParseRepeat(const std::string &text, const ControlSlot &control, Choice *choice) {
     constexpr std::int32_t kMostTicks = 65534; // the one above means that the key stays pressed
     const bool isKeystroke = choice->command == kActionKeystroke;
-    const bool isScroll = choice->command >= kActionFirstScroll && choice->command <= kActionLastScroll;
+    const bool isScroll = IsScrolling(choice->command);
     if ((!isKeystroke && !isScroll) || control.group == ControlGroup::Tuner) {
         return WrongUsage("only keystrokes and scrolling on the ring and the buttons take --repeat");
     }

@@ -4,6 +4,7 @@
 
 #include "cli/command_line.h"
 #include "cli/outcome.h"
+#include "cli/text_table.h"
 #include "platform/files/files.h"
 
 #include <array>
@@ -19,7 +20,8 @@ namespace drevix {
 struct Surroundings {
     std::ostream &out;
     std::ostream &err;
-    FSRef resources; // with the factory defaults
+    FSRef resources;                        // with the factory defaults
+    std::size_t columns = kTerminalColumns; // of what `out` is shown on
 };
 
 struct Command;
@@ -32,6 +34,10 @@ struct Request {
     const Surroundings &surroundings;
 
     [[nodiscard]] std::ostream &Out() const { return surroundings.out; }
+    // A table as wide as the terminal.
+    [[nodiscard]] std::string Table(const TableRow &headings, std::span<const TableRow> rows) const {
+        return TableText(headings, rows, surroundings.columns);
+    }
 };
 
 // The kinds of argument, for completion.

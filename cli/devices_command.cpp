@@ -85,7 +85,7 @@ Outcome ListDevices(const Request &request) {
         rows.push_back({PlainText(DeviceNameText(device.productName)), DeviceVersionText(device.productVers),
                         DeviceSerialText(device)});
     }
-    request.Out() << TableText({"DEVICE", "VERSION", "SERIAL NUMBER"}, rows);
+    request.Out() << request.Table({"DEVICE", "VERSION", "SERIAL NUMBER"}, rows);
     return Done();
 }
 

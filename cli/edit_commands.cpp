@@ -2,8 +2,8 @@
 
 #include "cli/edit_commands.h"
 
+#include "cli/application_path.h"
 #include "cli/commands.h"
-#include "cli/new_application.h"
 #include "cli/record_text.h"
 #include "cli/session.h"
 #include "platform/base/mac_roman.h"

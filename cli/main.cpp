@@ -1,4 +1,5 @@
 #include "cli/commands.h"
+#include "platform/base/terminal.h"
 #include "platform/desktop/resources.h"
 
 #include <iostream>
@@ -8,6 +9,7 @@
 
 int main(int argc, char **argv) {
     drevix::Surroundings surroundings{std::cout, std::cerr, {}};
+    surroundings.columns = drevix::TerminalColumns(drevix::kTerminalColumns);
     // Without the folder the settings file alone has to do; a command that needs factory values says so.
     std::ignore = drevix::FindResourceFolder(&surroundings.resources);
     const std::vector<std::string> arguments(argv + (argc > 0 ? 1 : 0), argv + argc);

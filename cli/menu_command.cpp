@@ -38,7 +38,7 @@ void PrintMenu(const Request &request, const AppPrefs &record, const MenuTitles 
     if (request.line.json) {
         request.Out() << JsonText(std::move(entries)) << "\n";
     } else {
-        request.Out() << TableText({"TITLE", "CONTROL"}, rows);
+        request.Out() << request.Table({"TITLE", "CONTROL"}, rows);
     }
 }
 

@@ -25,9 +25,9 @@ void Widen(Widths &widths, const TableRow &row) {
     }
 }
 
-void FitInTerminal(Widths &widths) {
+void FitIn(std::size_t columns, Widths &widths) {
     const std::size_t gaps = widths.empty() ? 0 : kColumnGap.size() * (widths.size() - 1);
-    while (std::accumulate(widths.begin(), widths.end(), gaps) > kTerminalColumns) {
+    while (std::accumulate(widths.begin(), widths.end(), gaps) > columns) {
         const auto widest = std::ranges::max_element(widths);
         if (*widest <= kNarrowestColumn) {
             return;
@@ -66,11 +66,11 @@ std::string CutText(std::string_view text, std::size_t columns) {
     return std::string(text.substr(0, end)).append(kEllipsis);
 }
 
-std::string TableText(const TableRow &headings, std::span<const TableRow> rows) {
+std::string TableText(const TableRow &headings, std::span<const TableRow> rows, std::size_t columns) {
     Widths widths;
     Widen(widths, headings);
     std::ranges::for_each(rows, [&](const TableRow &row) { Widen(widths, row); });
-    FitInTerminal(widths);
+    FitIn(columns, widths);
     std::string text;
     if (!headings.empty()) {
         AppendRow(text, headings, widths);

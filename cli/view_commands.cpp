@@ -96,7 +96,7 @@ Outcome ListRecords(const Request &request) {
         rows.push_back({RecordName(*record), FileName(*record), SignatureText(record->application),
                         YesOrNo(record->factory), YesOrNo(record->active), std::to_string(rows.size())});
     }
-    request.Out() << TableText({"NAME", "FILE NAME", "SIGNATURE", "FACTORY", "ACTIVE", "NUMBER"}, rows);
+    request.Out() << request.Table({"NAME", "FILE NAME", "SIGNATURE", "FACTORY", "ACTIVE", "NUMBER"}, rows);
     return Done();
 }
 
@@ -114,8 +114,8 @@ Outcome ShowRecord(const Request &request) {
     }
     GetKeyboardInformation();
     request.Out() << PlainText(RecordName(record)) << "\n\n"
-                  << TableText({}, ValueRows(record)) << "\n"
-                  << TableText({"CONTROL", "ACTION", "DETAILS"}, ControlRows(record));
+                  << request.Table({}, ValueRows(record)) << "\n"
+                  << request.Table({"CONTROL", "ACTION", "DETAILS"}, ControlRows(record));
     return Done();
 }
 
@@ -132,7 +132,7 @@ Outcome ListActions(const Request &request) {
     for (const ActionInfo &action : AllActions()) {
         rows.push_back(ActionRow(action));
     }
-    request.Out() << TableText({"CODE", "NAME", "GROUP", "RESTRICTIONS"}, rows);
+    request.Out() << request.Table({"CODE", "NAME", "GROUP", "RESTRICTIONS"}, rows);
     return Done();
 }
 

@@ -35,18 +35,6 @@ constexpr int kMostTries = 5;                          // of writing a file that
 constexpr std::chrono::milliseconds kLongestTurn{500}; // of another program of ours with the files
 constexpr std::string_view kLockName = "companion.lock";
 
-// Holds the base locked.
-class BaseLock {
-  public:
-    explicit BaseLock(QBaseHandle base) : fBase(base) { QBaseLock(base); }
-    BaseLock(const BaseLock &) = delete;
-    BaseLock &operator=(const BaseLock &) = delete;
-    ~BaseLock() { QBaseUnlock(fBase); }
-
-  private:
-    QBaseHandle fBase;
-};
-
 ActionSlot &SlotOf(AppPrefs &prefs, const Button &button) {
     return prefs.device[0].action[button.slot];
 }
@@ -83,7 +71,7 @@ std::array<std::string, kBindingKeys.size()> BindingOf(const KorvaneHotKey &hotK
 
 // Tells whether any hotkey is another now.
 bool UpdateHotKeys(KorvaneHotKeyList &list, QBaseHandle base, const KorvaneApp &app) {
-    const BaseLock lock(base);
+    const LockedBase lock(base);
     bool isChanged = false;
     if (AppPrefs *prefs = KorvaneFindAppPrefs(base, app.creator, app.fileName)) {
         for (KorvaneHotKey &hotKey : list.HotKeys) {
@@ -182,7 +170,7 @@ KorvaneFileResult UpdateRecord(QBaseHandle base, OSType creator, ConstStringPtr 
     if (list && list->isPartial) { // what could not be read is no reason to free a button
         return {KorvaneFileState::ReadInPart, noErr};
     }
-    const BaseLock lock(base);
+    const LockedBase lock(base);
     AppPrefs *prefs = list ? KorvaneFindAppPrefs(base, creator, fileName) : nullptr;
     if (prefs == nullptr) {
         return {};

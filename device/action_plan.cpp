@@ -14,7 +14,6 @@ constexpr std::uint16_t kCtrl = kControlModifier;
 constexpr std::uint16_t kAlt = kOptionModifier;
 constexpr std::uint16_t kShift = kShiftModifier;
 constexpr std::uint16_t kSuper = kCommandModifier;
-constexpr std::uint16_t kHeldDelay = 0xFFFF; // of a keystroke
 
 struct ModifierKey {
     std::uint16_t modifier;
@@ -254,7 +253,7 @@ struct StepMaker {
         return AskPlayer{player.request, ChordOf(player.otherwise, layout)};
     }
     ActionStep operator()(const SlotScroll &scroll) const {
-        const bool isScroll = slot.command >= kActionFirstScroll;
+        const bool isScroll = IsScrolling(slot.command);
         return SendScroll{scroll.direction, isScroll ? slot.modifiers : std::uint16_t{0}};
     }
     ActionStep operator()(const SlotItem & /*item*/) const {
@@ -289,10 +288,10 @@ struct StepMaker {
 // The slots whose delay counts, and what it means there.
 void TakeDelay(const ActionSlot &slot, ActionPlan *plan) {
     const bool isKeystroke = slot.command == kActionKeystroke;
-    if (slot.delay == 0 || !(isKeystroke || slot.command >= kActionFirstScroll)) {
+    if (slot.delay == 0 || !(isKeystroke || IsScrolling(slot.command))) {
         return;
     }
-    plan->holding = isKeystroke && slot.delay == kHeldDelay ? Holding::Kept : Holding::Repeats;
+    plan->holding = IsHeldKeystroke(slot.command, slot.delay) ? Holding::Kept : Holding::Repeats;
     plan->ticks = plan->holding == Holding::Repeats ? slot.delay : std::uint16_t{0};
 }
 

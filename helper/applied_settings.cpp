@@ -36,21 +36,23 @@ std::string DetailText(const ActionSlot &slot) {
     if (slot.command == kActionToolMenu) {
         return " number " + std::to_string(slot.crc);
     }
-    const bool scrolls = slot.command >= kActionFirstScroll && slot.command <= kActionLastScroll;
+    const bool scrolls = IsScrolling(slot.command);
     const std::string modifiers = scrolls ? ModifiersText(slot.modifiers) : "";
     return modifiers.empty() ? "" : " with " + modifiers;
 }
 
-std::string RepeatText(std::uint16_t delay) {
-    constexpr std::uint16_t kHeld = 0xFFFF;
-    return delay == 0 ? "" : delay == kHeld ? ", kept pressed" : ", every " + std::to_string(delay) + "/60 s";
+std::string RepeatText(const ActionSlot &slot) {
+    const bool isHeld = IsHeldKeystroke(slot.command, slot.delay);
+    return slot.delay == 0 ? ""
+           : isHeld        ? ", kept pressed"
+                           : ", every " + std::to_string(slot.delay) + "/60 s";
 }
 
 std::string ActionText(const ActionSlot &slot) {
     const ActionInfo *action = FindAction(slot.command);
     const std::string title =
         action != nullptr ? std::string(action->title) : "action " + std::to_string(slot.command);
-    return title + DetailText(slot) + RepeatText(slot.delay);
+    return title + DetailText(slot) + RepeatText(slot);
 }
 
 // Null when it is missing or damaged.

@@ -152,6 +152,18 @@ void QBaseSetType(QBaseHandle base, OSType type, std::uint16_t typeVersion);
 void QBaseLock(QBaseHandle base);
 void QBaseUnlock(QBaseHandle base, bool force = false);
 
+// Keeps a base locked while pointers into it are in use.
+class LockedBase {
+  public:
+    explicit LockedBase(QBaseHandle base) : fBase(base) { QBaseLock(base); }
+    ~LockedBase() { QBaseUnlock(fBase); }
+    LockedBase(const LockedBase &) = delete;
+    LockedBase &operator=(const LockedBase &) = delete;
+
+  private:
+    QBaseHandle fBase;
+};
+
 // Registers a flag of the caller's, null for none, that is 1 while an operation asks for memory and has its
 // old value back afterwards. Process-wide.
 void QBaseUseWantsMemFull(std::int16_t *flag);

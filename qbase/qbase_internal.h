@@ -124,16 +124,4 @@ class MemoryRequest {
     std::int16_t fSaved;
 };
 
-// Keeps a base locked while pointers into it are in use.
-class LockedBase {
-  public:
-    explicit LockedBase(QBaseHandle base) : fBase(base) { QBaseLock(base); }
-    ~LockedBase() { QBaseUnlock(fBase); }
-    LockedBase(const LockedBase &) = delete;
-    LockedBase &operator=(const LockedBase &) = delete;
-
-  private:
-    QBaseHandle fBase;
-};
-
 } // namespace drevix

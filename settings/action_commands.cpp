@@ -188,7 +188,7 @@ ActionPlace ClassifyAction(ActionCommand code) {
         row != kActionMenu.end()) {
         return {static_cast<int>(row - kActionMenu.begin()), row->tab, nullptr, kMenuNotFound};
     }
-    const bool scrolls = code >= kActionFirstScroll && code <= kActionLastScroll;
+    const bool scrolls = IsScrolling(code);
     return {0, scrolls ? DetailTab::Scroll : DetailTab::Empty, nullptr, kMenuNotFound};
 }
 

@@ -26,6 +26,16 @@ inline constexpr ActionCommand kActionOpenItem = 64;
 inline constexpr ActionCommand kActionFirstScroll = 224;
 inline constexpr ActionCommand kActionLastScroll = 231; // 228 to 231 are shown as scrolling, but not offered
 
+// The delay of a keystroke that means: the keys stay down as long as the control. Of scrolling it is ticks like any
+// other.
+inline constexpr std::uint16_t kHeldDelay = 0xFFFF;
+[[nodiscard]] constexpr bool IsHeldKeystroke(ActionCommand command, std::uint16_t delay) {
+    return command == kActionKeystroke && delay == kHeldDelay;
+}
+[[nodiscard]] constexpr bool IsScrolling(ActionCommand command) {
+    return command >= kActionFirstScroll && command <= kActionLastScroll;
+}
+
 // The kinds of action.
 enum class ActionGroup : std::uint8_t {
     ActionNone,

@@ -14,6 +14,7 @@ class EventLoop {
     EventLoop() = default;
     EventLoop(const EventLoop &) = delete;
     EventLoop &operator=(const EventLoop &) = delete;
+    virtual ~EventLoop() = default;
 
     // One watch's part of the loop; ends with its destruction, which may happen within the call.
     class Place {
@@ -27,9 +28,6 @@ class EventLoop {
     };
     [[nodiscard]] virtual std::unique_ptr<Place> MakePlace(std::function<void()> function) = 0;
     [[nodiscard]] virtual bool IsRunning() const = 0;
-
-  protected:
-    ~EventLoop() = default;
 };
 
 // Sets the loop that watches use from their next Watch on; null for none. It stays the caller's.

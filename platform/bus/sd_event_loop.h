@@ -13,7 +13,7 @@ class SdEventLoop : public EventLoop {
     SdEventLoop();
     SdEventLoop(const SdEventLoop &) = delete;
     SdEventLoop &operator=(const SdEventLoop &) = delete;
-    ~SdEventLoop();
+    ~SdEventLoop() override;
 
     // False when the kernel had no descriptor left for the loop: nothing would be called.
     [[nodiscard]] bool IsOpen() const { return fEvent != nullptr; }

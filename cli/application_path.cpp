@@ -1,4 +1,4 @@
-#include "cli/new_application.h"
+#include "cli/application_path.h"
 
 #include "platform/base/status.h"
 #include "platform/desktop/app_folder.h"
