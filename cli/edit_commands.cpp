@@ -8,6 +8,7 @@
 #include "cli/session.h"
 #include "platform/base/mac_roman.h"
 #include "platform/desktop/desktop_entries.h"
+#include "settings/device_keys.h"
 #include "settings/pascal_strings.h"
 #include "settings/prefs_list.h"
 
@@ -18,39 +19,11 @@
 namespace drevix {
 namespace {
 
-constexpr std::size_t InDevice(std::size_t offset) {
-    return offsetof(AppPrefs, device) + offset;
-}
-
-enum class ValueKind : std::uint8_t { Name, Flag, Number };
-
-// One value of a record: a name, or a byte.
-struct SettingKey {
-    std::string_view key;
-    ValueKind kind;
-    std::size_t offset; // in AppPrefs
-};
+// What can be set: the record's name, whether it is in force, and its device's values.
+constexpr std::string_view kNameKey = "configName";
+constexpr std::string_view kActiveKey = "active";
 
 // clang-format off
-constexpr std::size_t kSeparateSensitivity = InDevice(offsetof(DevicePrefs, useSeparateNavSens));
-constexpr std::size_t kSeparateSpeed = InDevice(offsetof(DevicePrefs, useSeparateNavSpeed));
-constexpr auto kSettingKeys = std::to_array<SettingKey>({
-    {"configName",              ValueKind::Name,   offsetof(AppPrefs, appName)},
-    {"active",                  ValueKind::Flag,   offsetof(AppPrefs, active)},
-    {"clickEnabled",            ValueKind::Flag,   InDevice(offsetof(DevicePrefs, click))},
-    {"ringSensitivity",         ValueKind::Number, InDevice(offsetof(DevicePrefs, navSensitivity))},
-    {"ringSpeed",               ValueKind::Number, InDevice(offsetof(DevicePrefs, navSpeed))},
-    {"tunerSensitivity",        ValueKind::Number, InDevice(offsetof(DevicePrefs, toolSensitivity))},
-    {"ringSensitivitySeparate", ValueKind::Flag,   kSeparateSensitivity},
-    {"ringSensitivityX",        ValueKind::Number, InDevice(offsetof(DevicePrefs, navSensitivityX))},
-    {"ringSensitivityY",        ValueKind::Number, InDevice(offsetof(DevicePrefs, navSensitivityY))},
-    {"ringSensitivityZ",        ValueKind::Number, InDevice(offsetof(DevicePrefs, navSensitivityZ))},
-    {"ringSpeedSeparate",       ValueKind::Flag,   kSeparateSpeed},
-    {"ringSpeedX",              ValueKind::Number, InDevice(offsetof(DevicePrefs, navSpeedX))},
-    {"ringSpeedY",              ValueKind::Number, InDevice(offsetof(DevicePrefs, navSpeedY))},
-    {"ringSpeedZ",              ValueKind::Number, InDevice(offsetof(DevicePrefs, navSpeedZ))},
-});
-
 // The keys that identify a record.
 constexpr auto kIdentityKeys = std::to_array<std::string_view>({"fileName", "signature", "factory"});
 
@@ -71,11 +44,18 @@ constexpr auto kDefaultsGroups = std::to_array<DefaultsGroup>({
 });
 // clang-format on
 
-Outcome ParseByte(const SettingKey &key, const std::string &text, std::uint8_t *value) {
-    if (key.kind == ValueKind::Flag) {
+// The key of a device's value; null for the record's own.
+const DeviceKey *FindDeviceKey(std::string_view name) {
+    const auto *key = std::ranges::find(kDeviceKeys, name, &DeviceKey::key);
+    return key == kDeviceKeys.end() ? nullptr : key;
+}
+
+Outcome ParseByte(std::string_view name, const std::string &text, std::uint8_t *value) {
+    const DeviceKey *key = FindDeviceKey(name);
+    if (key == nullptr || key->kind != DeviceValue::Number) {
         const auto *row = std::ranges::find(kFlagWords, text, &FlagWord::word);
         if (row == kFlagWords.end()) {
-            return WrongUsage(std::string(key.key) + " must be true or false, not " + QuotedText(text));
+            return WrongUsage(std::string(name) + " must be true or false, not " + QuotedText(text));
         }
         *value = row->value;
         return Done();
@@ -83,7 +63,7 @@ Outcome ParseByte(const SettingKey &key, const std::string &text, std::uint8_t *
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), *value);
     return error == std::errc() && end == text.data() + text.size()
                ? Done()
-               : WrongUsage(std::string(key.key) + " must be a whole number from 0 to 255, not " +
+               : WrongUsage(std::string(name) + " must be a whole number from 0 to 255, not " +
                             QuotedText(text));
 }
 
@@ -93,45 +73,52 @@ bool IsGoodName(const std::string &text) {
            std::ranges::none_of(text, [](char byte) { return static_cast<unsigned char>(byte) < ' '; });
 }
 
+Outcome CheckKey(const std::string &name) {
+    if (std::ranges::find(kIdentityKeys, name) != kIdentityKeys.end()) {
+        return WrongUsage(name + " identifies the record and cannot be set");
+    }
+    const std::vector<std::string_view> keys = SettingKeys();
+    return std::ranges::find(keys, name) != keys.end() ? Done()
+                                                       : WrongUsage("unknown key " + QuotedText(name));
+}
+
 // Checks the value without looking at a record, and converts it unless it is a name.
-Outcome ParseValue(const SettingKey &key, const std::string &text, std::uint8_t *value) {
-    if (key.kind != ValueKind::Name) {
-        return ParseByte(key, text, value);
+Outcome ParseValue(const std::string &name, const std::string &text, std::uint8_t *value) {
+    if (Outcome outcome = CheckKey(name); !outcome.IsDone()) {
+        return outcome;
+    }
+    if (name != kNameKey) {
+        return ParseByte(name, text, value);
     }
     return IsGoodName(text) ? Done()
                             : WrongUsage("a name has 1 to " + std::to_string(kMaxAppNameLength) +
                                          " characters of the Mac OS Roman set");
 }
 
-Outcome FindKey(const std::string &name, const SettingKey **found) {
-    if (std::ranges::find(kIdentityKeys, name) != kIdentityKeys.end()) {
-        return WrongUsage(name + " identifies the record and cannot be set");
+Outcome Rename(const std::string &text, AppPrefs &record) {
+    if (record.application == kGlobalSignature) {
+        return Failed(
+            "the global record has no name of its own; nothing was changed; name an application's record "
+            "with --app");
     }
-    const auto *key = std::ranges::find(kSettingKeys, name, &SettingKey::key);
-    *found = key;
-    return key != kSettingKeys.end() ? Done() : WrongUsage("unknown key " + QuotedText(name));
+    record.appName = {};
+    getPascalString(text, record.appName.data(), kMaxAppNameLength);
+    return Done();
 }
 
-void StoreByte(AppPrefs &record, std::size_t offset, std::uint8_t value) {
-    reinterpret_cast<std::uint8_t *>(&record)[offset] = value;
-}
-
-Outcome ChangeRecord(const SettingKey &key, const std::string &text, std::uint8_t value, AppPrefs &record) {
-    if (key.kind == ValueKind::Name) {
-        if (record.application == kGlobalSignature) {
-            return Failed(
-                "the global record has no name of its own; nothing was changed; name an application's record "
-                "with --app");
-        }
-        record.appName = {};
-        getPascalString(text, record.appName.data(), kMaxAppNameLength);
+Outcome ChangeRecord(const std::string &name, const std::string &text, std::uint8_t value, AppPrefs &record) {
+    if (name == kNameKey) {
+        return Rename(text, record);
+    }
+    const DeviceKey *key = FindDeviceKey(name);
+    if (key == nullptr) {
+        record.active = value;
         return Done();
     }
-    StoreByte(record, key.offset, value);
-    if (key.offset == kSeparateSensitivity || key.offset == kSeparateSpeed) {
-        // The panel has one checkbox for both.
-        StoreByte(record, kSeparateSensitivity, value);
-        StoreByte(record, kSeparateSpeed, value);
+    DevicePrefs &device = record.device[0];
+    device.*key->field = value;
+    if (key->kind == DeviceValue::Switch) { // the panel has one checkbox for both
+        device.useSeparateNavSens = device.useSeparateNavSpeed = value;
     }
     return Done();
 }
@@ -146,31 +133,25 @@ Outcome StoreAndSave(Session &session, const AppPrefs &record, RecordNumber numb
     return outcome.IsDone() ? session.Save() : outcome;
 }
 
-template <class Rows>
-std::vector<std::string_view> NamesOf(const Rows &rows, auto name) {
-    std::vector<std::string_view> names;
-    std::ranges::transform(rows, std::back_inserter(names), name);
-    return names;
-}
-
 } // namespace
 
 std::vector<std::string_view> SettingKeys() {
-    return NamesOf(kSettingKeys, [](const SettingKey &key) { return key.key; });
+    std::vector<std::string_view> keys = {kNameKey, kActiveKey};
+    std::ranges::transform(kDeviceKeys, std::back_inserter(keys), &DeviceKey::key);
+    return keys;
 }
 
 std::vector<std::string_view> DefaultsGroups() {
-    return NamesOf(kDefaultsGroups, [](const DefaultsGroup &group) { return group.name; });
+    std::vector<std::string_view> names;
+    std::ranges::transform(kDefaultsGroups, std::back_inserter(names), &DefaultsGroup::name);
+    return names;
 }
 
 Outcome SetValue(const Request &request) {
-    const SettingKey *key = nullptr;
+    const std::string &name = request.arguments[0];
     const std::string &text = request.arguments[1];
     std::uint8_t value = 0;
-    Outcome outcome = FindKey(request.arguments[0], &key);
-    if (outcome.IsDone()) {
-        outcome = ParseValue(*key, text, &value);
-    }
+    Outcome outcome = ParseValue(name, text, &value);
     if (!outcome.IsDone()) {
         return outcome;
     }
@@ -179,7 +160,7 @@ Outcome SetValue(const Request &request) {
     AppPrefs record{};
     outcome = OpenAndFind(session, &number, &record);
     if (outcome.IsDone()) {
-        outcome = ChangeRecord(*key, text, value, record);
+        outcome = ChangeRecord(name, text, value, record);
     }
     if (outcome.IsDone()) {
         outcome = StoreAndSave(session, record, number);

@@ -1,6 +1,7 @@
 #include "settings/prefs_dictionary.h"
 
 #include "platform/base/status.h"
+#include "settings/device_keys.h"
 #include "settings/pascal_strings.h"
 
 #include <algorithm>
@@ -12,28 +13,6 @@
 
 namespace drevix {
 namespace {
-
-// A number of the device dictionary.
-struct DeviceNumber {
-    const char *key;
-    std::uint8_t DevicePrefs::*field;
-};
-
-// clang-format off
-constexpr auto kDeviceNumbers = std::to_array<DeviceNumber>({
-    {"ringSensitivity",         &DevicePrefs::navSensitivity},
-    {"ringSpeed",               &DevicePrefs::navSpeed},
-    {"tunerSensitivity",        &DevicePrefs::toolSensitivity},
-    {"ringSensitivitySeparate", &DevicePrefs::useSeparateNavSens},
-    {"ringSensitivityX",        &DevicePrefs::navSensitivityX},
-    {"ringSensitivityY",        &DevicePrefs::navSensitivityY},
-    {"ringSensitivityZ",        &DevicePrefs::navSensitivityZ},
-    {"ringSpeedSeparate",       &DevicePrefs::useSeparateNavSpeed},
-    {"ringSpeedX",              &DevicePrefs::navSpeedX},
-    {"ringSpeedY",              &DevicePrefs::navSpeedY},
-    {"ringSpeedZ",              &DevicePrefs::navSpeedZ},
-});
-// clang-format on
 
 // Writing
 
@@ -59,9 +38,10 @@ PropertyListDictionary DictionaryOf(const DevicePrefs &device) {
         assignments.Add(std::string(control.key), DictionaryOf(device.action[control.slot]));
     }
     PropertyListDictionary entries;
-    entries.Add("clickEnabled", device.click != 0);
-    for (const DeviceNumber &number : kDeviceNumbers) {
-        entries.Add(number.key, Number(device.*number.field));
+    for (const DeviceKey &key : kDeviceKeys) {
+        const std::uint8_t value = device.*key.field;
+        entries.Add(std::string(key.key),
+                    key.kind == DeviceValue::Flag ? PropertyList(value != 0) : Number(value));
     }
     entries.Add("assignments", std::move(assignments));
     return entries;
@@ -71,14 +51,14 @@ PropertyListDictionary DictionaryOf(const DevicePrefs &device) {
 // import.
 
 template <typename T>
-const T *ValueOf(const PropertyListDictionary &entries, const char *key) {
+const T *ValueOf(const PropertyListDictionary &entries, std::string_view key) {
     const PropertyList *value = entries.Find(key);
     return value == nullptr ? nullptr : value->As<T>();
 }
 
 // Keeps the low bits that the field has room for.
 template <typename Field>
-Field NumberOf(const PropertyListDictionary &entries, const char *key) {
+Field NumberOf(const PropertyListDictionary &entries, std::string_view key) {
     if (const auto *value = ValueOf<std::int64_t>(entries, key)) {
         return static_cast<Field>(*value);
     }
@@ -86,7 +66,7 @@ Field NumberOf(const PropertyListDictionary &entries, const char *key) {
     return large == nullptr ? Field{0} : static_cast<Field>(*large);
 }
 
-std::uint8_t FlagOf(const PropertyListDictionary &entries, const char *key) {
+std::uint8_t FlagOf(const PropertyListDictionary &entries, std::string_view key) {
     const PropertyList *value = entries.Find(key);
     if (value == nullptr) {
         return 0;
@@ -102,7 +82,8 @@ std::uint8_t FlagOf(const PropertyListDictionary &entries, const char *key) {
 }
 
 template <std::size_t Size>
-void GetText(const PropertyListDictionary &entries, const char *key, std::array<std::uint8_t, Size> &field) {
+void GetText(const PropertyListDictionary &entries, std::string_view key,
+             std::array<std::uint8_t, Size> &field) {
     if (const auto *text = ValueOf<std::string>(entries, key)) {
         getPascalString(*text, field.data(), static_cast<std::int32_t>(Size) - 1);
     }
@@ -119,9 +100,9 @@ void GetSlot(const PropertyListDictionary &entries, ActionSlot &slot) {
 }
 
 void GetDevice(const PropertyListDictionary &entries, DevicePrefs &device) {
-    device.click = FlagOf(entries, "clickEnabled");
-    for (const DeviceNumber &number : kDeviceNumbers) {
-        device.*number.field = NumberOf<std::uint8_t>(entries, number.key);
+    for (const DeviceKey &key : kDeviceKeys) {
+        device.*key.field = key.kind == DeviceValue::Flag ? FlagOf(entries, key.key)
+                                                          : NumberOf<std::uint8_t>(entries, key.key);
     }
     const auto *assignments = ValueOf<PropertyListDictionary>(entries, "assignments");
     if (assignments == nullptr) {

@@ -3,6 +3,7 @@
 #include "platform/base/ascii.h"
 #include "platform/base/status.h"
 #include "qbase/qbase_sort.h"
+#include "settings/device_keys.h"
 #include "settings/device_prefs.h"
 #include "settings/pascal_strings.h"
 #include "settings/prefs_dictionary.h"
@@ -258,21 +259,10 @@ void CopyGroupFromDefaultPrefs(AppPrefs &prefs, const AppPrefs &defaults, Contro
             to.action[control.slot] = from.action[control.slot];
         }
     }
-    if (group == ControlGroup::Ring) {
-        to.navSensitivity = from.navSensitivity;
-        to.navSpeed = from.navSpeed;
-        to.useSeparateNavSens = from.useSeparateNavSens;
-        to.navSensitivityX = from.navSensitivityX;
-        to.navSensitivityY = from.navSensitivityY;
-        to.navSensitivityZ = from.navSensitivityZ;
-        to.useSeparateNavSpeed = from.useSeparateNavSpeed;
-        to.navSpeedX = from.navSpeedX;
-        to.navSpeedY = from.navSpeedY;
-        to.navSpeedZ = from.navSpeedZ;
-    }
-    if (group == ControlGroup::Tuner) {
-        to.toolSensitivity = from.toolSensitivity;
-        to.click = from.click;
+    for (const DeviceKey &key : kDeviceKeys) {
+        if (key.group == group) {
+            to.*key.field = from.*key.field;
+        }
     }
 }
 
