@@ -179,7 +179,7 @@ Outcome Session::SaveFailure(const SaveResult &result, bool isAsItWas) const {
     // A folder that cannot be flushed is found out only after the new file has taken the old one's place. The
     // companion's files are written before.
     std::string unchanged = isAsItWas ? "the settings file is as it was"
-                                      : "the settings file is whole, with the old settings or the new ones";
+                                      : "the settings file is intact, with the old settings or the new ones";
     if (IsUsersOwn()) {
         unchanged += "; menu entries of the companion may have changed";
     }

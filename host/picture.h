@@ -26,7 +26,7 @@ struct PictureRequest {
 
 // The options of a picture; "scale" is put in force before the application starts.
 [[nodiscard]] QList<QCommandLineOption> PictureOptions();
-// The request on the command line, with `problem` set when it makes no sense.
+// The request on the command line, with `problem` set when it is invalid.
 [[nodiscard]] PictureRequest ReadPictureRequest(const QCommandLineParser &options, QString *problem);
 // Puts the request's colours in force for all windows made from now on.
 void UsePictureColors(const PictureRequest &request);

@@ -406,7 +406,7 @@
         <translation>die Datei daneben, die sie beschreibt, ist beschädigt</translation>
     </message>
     <message>
-        <source>this system cannot do it</source>
+        <source>this system can&apos;t do that</source>
         <translation>dieses System kann es nicht</translation>
     </message>
     <message>
@@ -774,7 +774,7 @@
         <translation>nichts ging schief</translation>
     </message>
     <message>
-        <source>it is not a valid record file, or it is damaged</source>
+        <source>the file is damaged or holds no settings</source>
         <translation>sie ist keine gültige Datensatzdatei oder beschädigt</translation>
     </message>
     <message>
@@ -786,7 +786,7 @@
         <translation>der Datenträger ist voll</translation>
     </message>
     <message>
-        <source>there is no such disk</source>
+        <source>the disk isn&apos;t there</source>
         <translation>diesen Datenträger gibt es nicht</translation>
     </message>
     <message>
@@ -798,11 +798,11 @@
         <translation>der Name kann nicht verwendet werden</translation>
     </message>
     <message>
-        <source>the file ends too early</source>
+        <source>the file is incomplete</source>
         <translation>die Datei endet zu früh</translation>
     </message>
     <message>
-        <source>a position lies before the start of the file</source>
+        <source>the file is damaged</source>
         <translation>eine Position liegt vor dem Anfang der Datei</translation>
     </message>
     <message>
@@ -826,7 +826,7 @@
         <translation>der Name ist schon vergeben</translation>
     </message>
     <message>
-        <source>the request makes no sense</source>
+        <source>invalid argument</source>
         <translation>die Anforderung ergibt keinen Sinn</translation>
     </message>
     <message>
@@ -834,7 +834,7 @@
         <translation>die Datei ist nicht offen</translation>
     </message>
     <message>
-        <source>permission was denied</source>
+        <source>you don&apos;t have permission</source>
         <translation>die Berechtigung fehlt</translation>
     </message>
     <message>
@@ -858,7 +858,7 @@
         <translation>es wurden keine Einstellungen gefunden</translation>
     </message>
     <message>
-        <source>the program is not running</source>
+        <source>the program isn&apos;t running</source>
         <translation>das Programm läuft nicht</translation>
     </message>
     <message>
@@ -866,7 +866,7 @@
         <translation>es ist ein Ordner, eine Pipe oder ein Gerät, keine Datei</translation>
     </message>
     <message>
-        <source>an unknown error happened</source>
+        <source>an unknown error occurred</source>
         <translation>ein unbekannter Fehler trat auf</translation>
     </message>
     <message>
@@ -874,7 +874,7 @@
         <translation>sie ist eine binäre Liste einer unbekannten Version</translation>
     </message>
     <message>
-        <source>it is cut short, or its trailer makes no sense</source>
+        <source>it is cut short, or its trailer is invalid</source>
         <translation>sie ist abgeschnitten, oder ihr Ende ergibt keinen Sinn</translation>
     </message>
     <message>
@@ -930,7 +930,7 @@
         <translation>sie ist nicht wohlgeformt</translation>
     </message>
     <message>
-        <source>something follows the list</source>
+        <source>unexpected data after the list</source>
         <translation>nach der Liste folgt noch etwas</translation>
     </message>
     <message>

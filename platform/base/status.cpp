@@ -44,22 +44,22 @@ struct TextRow {
 
 constexpr auto kTextRows = std::to_array<TextRow>({
     {noErr, "nothing went wrong"},
-    {-1, "it is not a valid record file, or it is damaged"},
+    {-1, "the file is damaged or holds no settings"},
     {dirFulErr, "the folder is full"},
     {dskFulErr, "the disk is full"},
-    {nsvErr, "there is no such disk"},
+    {nsvErr, "the disk isn't there"},
     {ioErr, "the disk reported an error"},
     {bdNamErr, "the name cannot be used"},
-    {eofErr, "the file ends too early"},
-    {posErr, "a position lies before the start of the file"},
+    {eofErr, "the file is incomplete"},
+    {posErr, "the file is damaged"},
     {tmfoErr, "too many files are open"},
     {fnfErr, "there is no such file"},
     {wPrErr, "the disk is write-protected"},
     {fBsyErr, "the file is in use by another program"},
     {dupFNErr, "the name is already taken"},
-    {paramErr, "the request makes no sense"},
+    {paramErr, "invalid argument"},
     {rfNumErr, "the file is not open"},
-    {permErr, "permission was denied"},
+    {permErr, "you don't have permission"},
     {wrPermErr, "the file is not open for writing"},
     {memFullErr, "there is not enough memory"},
     {dirNFErr, "there is no such folder"},
@@ -67,9 +67,9 @@ constexpr auto kTextRows = std::to_array<TextRow>({
     {resNotFound, "no settings were found"},
     {addResFailed, "a resource could not be added"},
     {mapReadErr, "the file beside it that describes it is damaged"},
-    {procNotFound, "the program is not running"},
+    {procNotFound, "the program isn't running"},
     {notAFileErr, "it is a folder, pipe or device, not a file"},
-    {gestaltUndefSelectorErr, "this system cannot do it"},
+    {gestaltUndefSelectorErr, "this system can't do that"},
     {errAECoercionFail, "a message holds another kind of data"},
     {errAEDescNotFound, "a message holds no data"},
     {errAEEventNotHandled, "the program does not understand the message"},
@@ -88,7 +88,7 @@ OSErr LastError() {
 
 std::string_view StatusText(OSErr status) {
     const auto *row = std::ranges::find(kTextRows, status, &TextRow::status);
-    return row == kTextRows.end() ? "an unknown error happened" : row->text;
+    return row == kTextRows.end() ? "an unknown error occurred" : row->text;
 }
 
 } // namespace drevix

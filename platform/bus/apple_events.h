@@ -70,11 +70,10 @@ inline constexpr std::size_t kMostDirectObjectBytes = std::size_t{64} * 1024;
 // than noErr tells him that there is none.
 using AEEventHandler = OSErr (*)(const AppleEvent *event, AppleEvent *reply, std::uint32_t refcon);
 
-// Has a class and id of events handled from now on, instead of by the handler before. memFullErr, with that
-// one kept.
+// Installs the handler for an event class and id, replacing any earlier one. memFullErr: the earlier one stays.
 [[nodiscard]] OSErr AEInstallEventHandler(AEEventClass eventClass, AEEventID eventID, AEEventHandler handler,
                                           std::uint32_t refcon);
-// Has it handled no longer. errAEEventNotHandled when it was not.
+// Removes the handler. errAEEventNotHandled when there is none.
 [[nodiscard]] OSErr AERemoveEventHandler(AEEventClass eventClass, AEEventID eventID);
 
 // Copies the first `maximumSize` bytes of a parameter, of which keyDirectObject is the only one. The type it

@@ -45,7 +45,7 @@ bool FindEntryLine(std::string_view text, std::size_t *groupEnd,
 // empty.
 [[nodiscard]] std::string MessagesLocale();
 
-// Reads the entry of an application; `id` is the file's own name. Lines that make no sense are skipped.
+// Reads the entry of an application; `id` is the file's own name. Invalid lines are skipped.
 // noErr; -1, with *entry unchanged, for a file that describes no application (another type, or without a
 // name) or is no regular file of a sensible size; memFullErr; or the file's error.
 [[nodiscard]] OSErr ReadDesktopEntry(const std::string &path, std::string_view locale, DesktopEntry *entry);

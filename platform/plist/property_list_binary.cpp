@@ -152,7 +152,7 @@ OSErr BinaryListReader::Read(HandOver what, const PropertyListElementHandler &ha
         return kDamagedList;
     }
     if (!ReadTrailer()) {
-        Damaged("it is cut short, or its trailer makes no sense");
+        Damaged("it is cut short, or its trailer is invalid");
         return kDamagedList;
     }
     return what == HandOver::Root ? GiveOver(fTopObject, 0, handler) : ReadElements(handler);

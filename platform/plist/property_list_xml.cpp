@@ -129,7 +129,7 @@ OSErr XmlListReader::Read() {
     if (!IsWellFormed()) {
         Damaged("it is not well-formed");
     } else if (!IsAtEnd()) {
-        Damaged("something follows the list");
+        Damaged("unexpected data after the list");
     }
     return Status();
 }

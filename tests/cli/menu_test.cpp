@@ -79,7 +79,7 @@ TEST_F(Menu, UnwritableFile_IsTold) {
     EXPECT_THAT(freed.err, HasSubstr("cannot write " + FindKorvaneFileForApp("_System_")));
     EXPECT_EQ(result.status, ExitStatus::Failed);
     EXPECT_THAT(result.err, HasSubstr("cannot write " + FindKorvaneFileForApp("_System_") +
-                                      ": permission was denied; the settings are saved, but"));
+                                      ": you don't have permission; the settings are saved, but"));
     EXPECT_EQ(result.out, "");
 }
 
