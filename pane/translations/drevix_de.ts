@@ -1609,6 +1609,10 @@
         <translation>Bestimmt für jede Anwendung, was jedes Bedienelement des Gerätes tut.</translation>
     </message>
     <message>
+        <source>Tell on standard error what is done.</source>
+        <translation>Auf der Fehlerausgabe mitteilen, was getan wird.</translation>
+    </message>
+    <message>
         <source>It takes options only; see --help.</source>
         <translation>Es gibt nur Optionen; siehe --help.</translation>
     </message>
