@@ -15,13 +15,13 @@ std::int16_t *gWantsMemory = nullptr;
 
 namespace {
 
-// Both take part in copying between bases: valid, and of one kind.
+// Whether one can be copied to the other: both valid and of one type.
 bool AreAlike(QBaseHandle a, QBaseHandle b) {
     return IsValidBase(a) && IsValidBase(b) && a->file.type == b->file.type &&
            a->file.typeVersion == b->file.typeVersion;
 }
 
-// Gives back the memory of index and records; this cannot fail.
+// Frees index and records; cannot fail.
 void DropRecords(QBaseHandle base) {
     base->file.count = 0;
     base->capacity = 0;
@@ -41,8 +41,8 @@ OSErr CopyBlock(const Block &source, Block *target) {
 
 QBaseHandle QBaseNew(OSType type, std::uint16_t typeVersion, std::int16_t indexGrowth) {
     const MemoryRequest request;
-    // The header lies in a block too, so that all memory of a base comes from one allocator. The three blocks
-    // of a new base are empty and need none.
+    // The header is in a block too, so that all memory of a base comes from one allocator. A new base's other
+    // blocks are empty and need no memory.
     Block memory;
     if (memory.Resize(sizeof(QBaseHeader)) != noErr) {
         return nullptr;
@@ -90,7 +90,7 @@ OSErr QBaseDuplicate(QBaseHandle source, QBaseHandle target) {
     }
     if (status != noErr) {
         QBaseEmpty(target);
-        DropRecords(target); // a target without records may have got some data by now
+        DropRecords(target); // the target may have received some data by now
         return status;
     }
     static_cast<QBaseState &>(*target) = *source;

@@ -12,7 +12,7 @@
 namespace drevix {
 namespace {
 
-constexpr std::size_t kSpareSize = 1; // the byte behind the last record
+constexpr std::size_t kSpareSize = 1; // after the last record
 
 QBaseExchangeHeader HeaderFor(QBaseHandle base, std::int32_t count) {
     return {.exchangeMagic = kExchangeMagic,
@@ -23,10 +23,10 @@ QBaseExchangeHeader HeaderFor(QBaseHandle base, std::int32_t count) {
             .count = count};
 }
 
-// An exchange block as it is read: its head, and a walk over its whole records.
+// Reads an exchange block: its header, then its records one by one.
 class ExchangeReader {
   public:
-    // The bytes may lie at any address and are not changed.
+    // The bytes may have any alignment and are not changed.
     ExchangeReader(const void *bytes, std::size_t size)
         : fBytes(static_cast<std::byte *>(const_cast<void *>(bytes))), fSize(bytes != nullptr ? size : 0),
           fWalk(fBytes, 0) {
@@ -47,7 +47,7 @@ class ExchangeReader {
         return record != nullptr && HoldsItsData(record) ? record : nullptr;
     }
 
-    QBaseExchangeHeader header = {}; // zeros when the bytes are too few
+    QBaseExchangeHeader header = {}; // zeros if there are too few bytes
 
   private:
     std::byte *fBytes;
@@ -55,7 +55,7 @@ class ExchangeReader {
     RecordWalk fWalk;
 };
 
-// The number of records that can be reached, if it is the number that the head tells, else 0.
+// The number of readable records if it matches the header, else 0.
 std::int32_t CountRecords(ExchangeReader reader) {
     if (!reader.IsExchange()) {
         return 0;
@@ -76,8 +76,8 @@ std::size_t SelectedSize(QBaseHandle base, QBaseSelectFunction select) {
     return size;
 }
 
-// Copies the selected records to a block that has room for those that were selected before. Gives the block's
-// size; more or fewer selected now do no harm.
+// Copies the selected records to a block sized for those selected the first time; returns the size used. A
+// different selection now does no harm.
 std::size_t FillExchange(QBaseHandle base, QBaseSelectFunction select, Block *exchange) {
     QBaseExchangeHeader header = HeaderFor(base, 0);
     std::byte *const bytes = exchange->Data();
@@ -95,7 +95,7 @@ std::size_t FillExchange(QBaseHandle base, QBaseSelectFunction select, Block *ex
     return end + kSpareSize;
 }
 
-// Appends the records; gives how many.
+// Appends the records and returns how many.
 std::int32_t AddAll(QBaseHandle base, ExchangeReader reader, std::uint16_t flags) {
     std::int32_t added = 0;
     while (QBaseRecord *const record = reader.Next()) {
@@ -109,7 +109,7 @@ std::int32_t AddAll(QBaseHandle base, ExchangeReader reader, std::uint16_t flags
     return added;
 }
 
-// Imports a block that lies in a record of the base, whose data move as records are added.
+// Imports a block that lies in a record of the base itself, and would move while records are added.
 std::int32_t PutCopy(QBaseHandle base, const void *bytes, std::uint32_t size, std::int32_t position,
                      std::uint16_t flags) {
     Block copy;

@@ -1,4 +1,4 @@
-// Exchange blocks: a selection of whole records on its way from one base to another of the same type.
+// Exchange blocks: selected records on their way from one base to another of the same type.
 // docs/exchange-block.md has the layout byte by byte.
 #pragma once
 
@@ -6,7 +6,7 @@
 
 namespace drevix {
 
-// The head of an exchange block; whole records follow, and one spare byte.
+// The header of an exchange block. Whole records follow, then one spare byte.
 #pragma pack(push, 2)
 struct QBaseExchangeHeader {
     std::uint32_t exchangeMagic; // kExchangeMagic
@@ -23,28 +23,28 @@ static_assert(sizeof(QBaseExchangeHeader) == 20 &&
 
 inline constexpr std::uint32_t kExchangeMagic = FourCharCode("QBX2");
 
-// A block of memory with the bytes; null stands for no block.
+// The bytes in memory; null means no block.
 using QBaseExchange = Block *;
 
-// A block with the records that the function selects, in index order, owned by the caller, who frees it with
-// QBaseDisposeExchange; null without a base, a function or memory. The function is called twice for every
+// Creates a block with the records that `select` selects, in index order. The caller owns it and frees it
+// with QBaseDisposeExchange. Null for a null base or function, or if out of memory. Calls `select` twice per
 // record.
 [[nodiscard]] QBaseExchange QBaseGetExchange(QBaseHandle base, QBaseSelectFunction select);
-// Adds the block's records to the base, at index position `position` if that is from 0 to the count - 1, else
-// at the end, each with the given flags. Gives the number added: 0 for a block of another type or a damaged
-// head; fewer than the block holds, and kept, when memory runs out or a record in it is damaged. The bytes may
-// lie in a record of the base itself, and are then copied first: 0 without memory for that.
+// Inserts the block's records at index position `position` if that is from 0 to the count - 1, else at the
+// end, and gives each the flags. Returns the number added: 0 for a block of another type or with a damaged
+// header; fewer than the block holds if memory runs out or a record is damaged (those added stay). The bytes
+// may lie in a record of the base itself; they are then copied first (0 if out of memory).
 std::int32_t QBasePutExchange(QBaseHandle base, QBaseExchange exchange, std::int32_t position,
                               std::int16_t flags);
 std::int32_t QBasePutExchangePtr(QBaseHandle base, const void *bytes, std::uint32_t size,
                                  std::int32_t position, std::uint16_t flags);
-// The number of records; 0 for a block that is none, or that does not hold as many as it says.
+// The number of records; 0 for an invalid block, or one that holds fewer records than its header says.
 [[nodiscard]] std::int32_t QBaseCountExchangeRecords(QBaseExchange exchange);
 [[nodiscard]] std::int32_t QBaseCountExchangePtrRecords(const void *bytes, std::uint32_t size);
-// The data of a record by its place in the block, valid as long as the block; null if there is none.
+// The data of the record at a position in the block, valid as long as the block; null if there is none.
 [[nodiscard]] void *QBaseGetExchangeRecord(QBaseExchange exchange, RecordNumber number,
                                            std::int32_t *length = nullptr);
-// The block's bytes and size; null for no block. Blocks do not move here, so unlocking does nothing.
+// The block's bytes and size; null for a null block. Blocks do not move, so unlocking does nothing.
 [[nodiscard]] void *QBaseLockExchange(QBaseExchange exchange, std::uint32_t *size = nullptr);
 void QBaseUnlockExchange(QBaseExchange exchange);
 void QBaseDisposeExchange(QBaseExchange exchange);

@@ -35,7 +35,7 @@ Value GetField(QBaseHandle base, Value Class::*field) {
 
 } // namespace
 
-// The setter and the getter of a field; the two word fields and the sort mode are given signed.
+// The setter and the getter of a field; the two word fields and the sort mode are returned signed.
 #define DREVIX_FIELD(Class, field, Name, In, Out)                                                            \
     void QBaseSet##Name(QBaseHandle base, In value) {                                                        \
         SetField(base, &Class::field, value);                                                                \
@@ -78,7 +78,7 @@ OSErr QBaseSetUserBlock(QBaseHandle base, const void *data, std::uint32_t size) 
     const std::uint32_t wanted = data != nullptr ? size : 0;
     const OSErr status = base->userBlock.Resize(wanted);
     if (status == noErr && wanted > 0) {
-        std::memmove(base->userBlock.Data(), data, wanted); // a part of the old block may be what is to stay
+        std::memmove(base->userBlock.Data(), data, wanted); // data may point into the old block
     }
     return status;
 }

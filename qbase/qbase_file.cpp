@@ -1,4 +1,4 @@
-// Transfers at a file's mark and elsewhere.
+// Transfers at a file's current position and at others.
 #include "qbase/qbase_file.h"
 
 #include "platform/base/status.h"

@@ -9,14 +9,14 @@
 namespace drevix {
 namespace {
 
-constexpr std::uint32_t kOtherOrderMagic = 0x45534251; // kQBaseMagic as the other byte order stores it
+constexpr std::uint32_t kOtherOrderMagic = 0x45534251; // kQBaseMagic in the other byte order
 constexpr std::uint16_t kOldVersion = 1;
-constexpr std::size_t kOldHeaderSize = 48; // of version 1, with the count at 28 and the records' size at 32
+constexpr std::size_t kOldHeaderSize = 48; // version 1: count at 28, records' size at 32
 constexpr std::size_t kOldCountOffset = 28;
 constexpr std::size_t kOldSizeOffset = 32;
 constexpr std::size_t kIndexSlotSize = sizeof(std::int32_t);
 
-// A value at an offset, in this machine's byte order; the caller sees to it that it lies within the bytes.
+// A value at an offset, in native byte order; the caller has checked that it lies within the bytes.
 template <class T>
 T ValueAt(std::string_view bytes, std::size_t offset) {
     T value{};
@@ -34,18 +34,18 @@ class FileChecker {
 
   private:
     using Problem = QBaseFileProblem;
-    // Always false.
+    // Adds a finding. Always false.
     bool Tell(Problem problem, std::uint64_t first = 0, std::uint64_t second = 0, std::uint64_t third = 0) {
         fFindings.problems.push_back({problem, {first, second, third}});
         return false;
     }
 
-    // The steps. Each is false when there is nothing to go on with.
+    // The steps. Each returns false if the check cannot go on.
     bool CheckKind(OSType type, std::uint16_t typeVersion);
     bool CheckLengths();
     bool CheckIndex();
     bool CheckRecords();
-    // The record at an offset, nothing when it is damaged.
+    // The record at an offset; nullopt if it is damaged.
     std::optional<QBaseRecord> CheckRecord(std::size_t number, std::size_t offset);
 
     std::string_view fBytes;
@@ -133,7 +133,7 @@ std::optional<QBaseRecord> FileChecker::CheckRecord(std::size_t number, std::siz
     return record;
 }
 
-// Behind a damaged record it is not known where the next one begins.
+// Past a damaged record there is no way to tell where the next one starts.
 bool FileChecker::CheckRecords() {
     std::size_t offset = 0;
     for (std::size_t number = 0; number < fCount; ++number) {

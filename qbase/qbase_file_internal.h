@@ -1,4 +1,4 @@
-// What reading, writing and validation of base files share. Not for callers.
+// Shared by reading, writing and validating base files. Internal.
 #pragma once
 
 #include "qbase/qbase_file.h"
@@ -8,17 +8,17 @@
 
 namespace drevix {
 
-inline constexpr OSErr kRefused = -1; // the contents are not those of such a base
+inline constexpr OSErr kRefused = -1; // not a valid base of this type
 
-// One transfer counts its bytes in a signed 32-bit number.
+// A transfer's byte count is a signed 32-bit number.
 inline constexpr std::size_t kMaxTransfer = std::numeric_limits<std::int32_t>::max();
 
-// Transfers of `count` bytes, at most kMaxTransfer, from a place in the file on, past the system's cache where
-// there is a way. No bytes mean no transfer.
+// Transfer `count` bytes, at most kMaxTransfer, at a file position, bypassing the system's cache if possible.
+// Do nothing for 0 bytes.
 [[nodiscard]] OSErr ReadAt(FileRef file, std::int64_t place, void *bytes, std::size_t count);
 [[nodiscard]] OSErr WriteAt(FileRef file, std::int64_t place, const void *bytes, std::size_t count);
 
-// Where the last record of a valid base ends in its record data; nothing for a base that is not valid.
+// The end of the last record in the record data of a valid base; nullopt for an invalid base.
 [[nodiscard]] std::optional<std::size_t> EndOfRecords(QBaseHandle base);
 
 } // namespace drevix

@@ -1,4 +1,4 @@
-// Byte order. Only files of the other byte order need it: everything is written as it lies in memory.
+// Byte order. Only files from the other byte order need it: everything is written in native order.
 #include "qbase/qbase_file.h"
 
 #include <algorithm>
@@ -8,7 +8,7 @@
 namespace drevix {
 namespace {
 
-// The widths of the header's fields in bytes, in the order in which they lie.
+// The widths of the header's fields in bytes, in order.
 constexpr auto kFieldWidths =
     std::to_array<std::uint8_t>({4, 4, 2, 2, 4, 4, 4, 4, 2, 2, 4, 4, 4, 2, 2, 2, 2, 2, 2, 4, 4});
 static_assert(std::accumulate(kFieldWidths.begin(), kFieldWidths.end(), std::size_t{0}) ==

@@ -8,10 +8,10 @@
 namespace drevix {
 namespace {
 
-// What a selection function answered over the whole index.
+// A selection function's answers over the whole index.
 struct Selection {
     std::int32_t count = 0;
-    std::int32_t first = 0; // lowest and highest selected position
+    std::int32_t first = 0; // first and last selected position
     std::int32_t last = 0;
     std::int32_t before = 0; // selected positions before the target
 };
@@ -30,9 +30,9 @@ Selection AskOnce(QBaseHandle base, std::int32_t target, QBaseSelectFunction sel
     return result;
 }
 
-// Brings the unselected slots of the span to its start and the selected ones, through the list, behind them.
-// Gives the position of the first selected one, or -1 when the function no longer answers as it did: then
-// too the index holds each of its offsets once.
+// Moves the unselected slots of the span to its start and the selected ones, by way of the list, after them.
+// Returns the position of the first selected one, or -1 if the function changed its answers; even then the
+// index keeps each offset exactly once.
 std::int32_t GatherSelected(QBaseHandle base, const Selection &span, QBaseSelectFunction select,
                             std::int32_t *list) {
     std::int32_t *const offsets = IndexOffsets(base);
@@ -46,14 +46,14 @@ std::int32_t GatherSelected(QBaseHandle base, const Selection &span, QBaseSelect
         } else if (selected < span.count) {
             list[selected++] = offset;
         } else {
-            answersAgree = false; // one more than the list has room for; it stays where it is
+            answersAgree = false; // more than the list has room for; leave it in place
         }
     }
     std::copy_n(list, selected, offsets + unselected);
     return answersAgree && selected == span.count ? unselected : -1;
 }
 
-// Moves `count` slots that lie together from one position to another.
+// Moves `count` adjacent slots from one position to another.
 void MoveSlots(std::int32_t *offsets, std::int32_t from, std::int32_t count, std::int32_t to) {
     if (to < from) {
         std::rotate(offsets + to, offsets + from, offsets + from + count);
@@ -98,7 +98,7 @@ void QBaseUpdateOffsets(QBaseHandle base, std::int32_t n, std::int32_t threshold
     std::int32_t *const offsets = IndexOffsets(base);
     const std::int32_t slots = std::min(n, SlotsInUse(base));
     for (std::int32_t i = 0; i < slots; ++i) {
-        // Unsigned, so that a caller's absurd delta wraps around instead of being undefined.
+        // Unsigned, so that an absurd delta wraps around instead of overflowing.
         const std::uint32_t change = offsets[i] >= threshold ? static_cast<std::uint32_t>(delta) : 0;
         offsets[i] = static_cast<std::int32_t>(static_cast<std::uint32_t>(offsets[i]) + change);
     }

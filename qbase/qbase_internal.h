@@ -1,5 +1,5 @@
-// What the library's own files share: a look at records that trusts nothing, the walk over the record data,
-// and the brackets around an operation. Not for callers.
+// Shared by the library's own files: checked access to records, the walk over the record data, and the memory
+// request flag. Internal.
 #pragma once
 
 #include "qbase/qbase.h"
@@ -13,26 +13,25 @@
 
 namespace drevix {
 
-// Offsets are signed 32-bit numbers, so no base holds more record data than this.
+// The most record data a base can hold: offsets are signed 32-bit numbers.
 inline constexpr std::size_t kMaxRecordsSize = std::numeric_limits<std::int32_t>::max();
 
-// Bytes of a whole record with `length` bytes of data, which is not negative: head, data, pad byte.
+// Bytes of a whole record: header, `length` bytes of data (not negative), pad byte.
 [[nodiscard]] constexpr std::size_t RecordSize(std::int32_t length) {
     return (kQBaseRecordHeaderSize + static_cast<std::size_t>(length) + 1) & ~std::size_t{1};
 }
 
-// The record at an offset of the record data. No check is made.
+// The record at an offset of the record data. Unchecked.
 [[nodiscard]] inline QBaseRecord *RecordAt(QBaseHandle base, std::size_t offset) {
     return reinterpret_cast<QBaseRecord *>(base->records.Data() + offset);
 }
 
-// The data of a record.
 [[nodiscard]] inline std::byte *RecordData(QBaseRecord *record) {
     return reinterpret_cast<std::byte *>(record) + kQBaseRecordHeaderSize;
 }
 
-// The record at an offset of `size` bytes, or null when its head or the size that it tells leads out of them,
-// or is too small to lead on. Its length is not looked at.
+// The record at an offset into `size` bytes; null if its header or its `size` field runs past the end, or the
+// field is below the header size. Does not check its length.
 [[nodiscard]] inline QBaseRecord *RecordInside(std::byte *bytes, std::size_t size, std::size_t offset) {
     if (offset + kQBaseRecordHeaderSize > size) {
         return nullptr;
@@ -41,14 +40,14 @@ inline constexpr std::size_t kMaxRecordsSize = std::numeric_limits<std::int32_t>
     return record->size >= kQBaseRecordHeaderSize && record->size <= size - offset ? record : nullptr;
 }
 
-// Whether a record's data lie within the size that it tells.
+// Whether a record's length fits its size.
 [[nodiscard]] inline bool HoldsItsData(const QBaseRecord *record) {
     return record->length >= 0 &&
            static_cast<std::size_t>(record->length) + kQBaseRecordHeaderSize <= record->size;
 }
 
-// The offsets of a base's index, and how many of them are in use: the count, unless a damaged or half-removed
-// base has fewer slots.
+// The offsets of a base's index, and how many are in use: the count, unless a damaged or half-removed base
+// has fewer slots.
 [[nodiscard]] inline std::int32_t *IndexOffsets(QBaseHandle base) {
     return reinterpret_cast<std::int32_t *>(base->index.Data());
 }
@@ -57,7 +56,7 @@ inline constexpr std::size_t kMaxRecordsSize = std::numeric_limits<std::int32_t>
     return static_cast<std::int32_t>(std::min(slots, static_cast<std::size_t>(base->file.count)));
 }
 
-// Goes through records that lie back to back, and stops at the first that does not lie inside the bytes.
+// Iterates over back-to-back records and stops at the first damaged one.
 class RecordWalk {
   public:
     RecordWalk(std::byte *bytes, std::size_t size) : fBytes(bytes), fSize(size) {}
@@ -78,33 +77,34 @@ class RecordWalk {
     std::size_t fOffset = 0;
 };
 
-// Whether the pointer leads into the block, whose bytes may move when it is resized.
+// Whether a pointer points into the block, whose bytes may move on a resize.
 [[nodiscard]] inline bool LiesIn(const Block &block, const void *pointer) {
     const void *const start = block.Data();
     const void *const end = block.Data() + block.Size();
     return start != nullptr && !std::less<>()(pointer, start) && std::less<>()(pointer, end);
 }
 
-// A caller's selection function asked about a record; without a record, not selected.
+// Asks a caller's selection function about a record; a null record is not selected.
 [[nodiscard]] inline bool IsSelected(QBaseSelectFunction select, QBaseRecord *record) {
     return record != nullptr &&
            static_cast<std::int16_t>(
                select(RecordData(record), record->length, static_cast<std::int16_t>(record->flags))) != 0;
 }
 
-// Sets the index to `slots` slots and, on success, the capacity. noErr, or memFullErr with both as they were.
-// Fewer slots can always be had.
+// Resizes the index to `slots` slots and sets the capacity. noErr, or memFullErr with both unchanged.
+// Shrinking never fails.
 [[nodiscard]] OSErr ResizeIndex(QBaseHandle base, std::int32_t slots);
 
-// Magic and version are those of a base.
+// Whether magic and version are those of a base.
 [[nodiscard]] inline bool IsValidBase(QBaseHandle base) {
     return base != nullptr && base->file.magic == kQBaseMagic && base->file.version == kQBaseVersion;
 }
 
-// The caller's memory request flag, null for none.
+// The caller's memory request flag; null: none.
 extern std::int16_t *gWantsMemory;
 
-// Holds the memory request flag while an operation may ask for memory. Inline, as every added record does it.
+// Sets the memory request flag while an operation may request memory. Inline, because every added record does
+// it.
 class MemoryRequest {
   public:
     MemoryRequest() : fSaved(Begin()) {}

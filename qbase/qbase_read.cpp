@@ -1,5 +1,5 @@
-// Reading a base. What a file says of itself is compared with its real length before any memory is asked for,
-// and a base takes over what was read only when all of it has come.
+// Reading a base. The sizes in a file are checked against its real length before any memory is allocated, and
+// the base changes only once everything has been read.
 #include "platform/base/status.h"
 #include "qbase/qbase_file_internal.h"
 
@@ -15,14 +15,14 @@ namespace {
 
 constexpr std::uint16_t kOldVersion = 1;
 constexpr std::uint32_t kFlippedMagic = FourCharCode("ESBQ");
-// No more records fit into the largest record data.
+// The most records that fit into the largest record data.
 constexpr std::size_t kMaxCount = kMaxRecordsSize / kQBaseRecordHeaderSize;
-// What is read together with the header: of a file with a few hundred records, user block and index too. More
-// would cost more in copying than a transfer does.
+// Bytes read along with the header: for a few hundred records this covers user block and index too. Beyond
+// that, copying costs more than another transfer.
 constexpr std::size_t kStartSize = 2048;
 
 #pragma pack(push, 2)
-// The header of version 1. The index follows it: there is no user block.
+// The version 1 header. The index follows it; there is no user block.
 struct OldFileHeader {
     std::uint32_t magic;
     OSType type;
@@ -43,7 +43,7 @@ static_assert(offsetof(OldFileHeader, savedSortMode) == 20 && offsetof(OldFileHe
 static_assert(offsetof(OldFileHeader, count) == 28 && offsetof(OldFileHeader, recordsSize) == 32);
 static_assert(sizeof(OldFileHeader) == 48 && std::has_unique_object_representations_v<OldFileHeader>);
 
-// What the caller wants of a read.
+// What the caller wants to read.
 struct Wish {
     bool userPart;
     bool records;
@@ -52,20 +52,20 @@ struct Wish {
     bool allowRecovery;
 };
 
-// An open file whose header was read and understood.
+// An open file with a valid header.
 struct Source {
     FileRef file = 0;
     std::int64_t length = 0;                 // of the file
-    std::array<std::byte, kStartSize> start; // its first bytes, set when they are read
+    std::array<std::byte, kStartSize> start; // its first bytes, once read
     std::size_t startSize = 0;
     QBaseFileHeader header = {}; // as version 2, in native byte order
     std::int64_t headerSize = sizeof(QBaseFileHeader);
-    std::int64_t recordsSize = 0; // what the file really has
+    std::int64_t recordsSize = 0; // actual size
     bool isFlipped = false;       // of the other byte order
-    bool isSalvaged = false;      // not as long as its header says
+    bool isSalvaged = false;      // the length differs from the header's
 };
 
-// Reads `count` bytes from a place in the file on; what came with the header is not read again.
+// Reads `count` bytes at a file position, using what came with the header.
 OSErr ReadPart(const Source &source, std::int64_t place, std::byte *bytes, std::size_t count) {
     const auto first = static_cast<std::size_t>(place);
     const std::size_t known = first < source.startSize ? std::min(count, source.startSize - first) : 0;
@@ -75,8 +75,8 @@ OSErr ReadPart(const Source &source, std::int64_t place, std::byte *bytes, std::
     return ReadAt(source.file, place + static_cast<std::int64_t>(known), bytes + known, count - known);
 }
 
-// Moves the fields of a version 1 header, just read, to where version 2 has them, whatever their byte order.
-// The version stays.
+// Moves the fields of a version 1 header to their version 2 offsets, in either byte order. Keeps the version
+// number.
 void UpgradeHeader(QBaseFileHeader *header) {
     OldFileHeader old = {};
     std::memcpy(&old, header, sizeof old);
@@ -97,7 +97,7 @@ bool IsOld(const Source &source) {
     return source.headerSize == sizeof(OldFileHeader);
 }
 
-// Reads the header and refuses one that is not of the base's kind.
+// Reads the header and rejects one of another type.
 OSErr ReadHeader(QBaseHandle base, Source *source) {
     QBaseFileHeader &header = source->header;
     source->startSize = static_cast<std::size_t>(
@@ -112,8 +112,9 @@ OSErr ReadHeader(QBaseHandle base, Source *source) {
     if (source->isFlipped) {
         QBFlipInt16(&version);
     }
-    // Old fields are moved before they are flipped, because the two versions have fields of other widths in two
-    // places: at 20, two 16-bit fields where version 2 has one of 32, and at 28, the count where it has two of 16.
+    // Old fields are moved before they are flipped, because field widths differ in two places: at 20, version
+    // 1 has two 16-bit fields where version 2 has a 32-bit one; at 28, it has the 32-bit count where version
+    // 2 has two 16-bit fields.
     if (version == kOldVersion) {
         UpgradeHeader(&header);
         source->headerSize = sizeof(OldFileHeader);
@@ -126,7 +127,7 @@ OSErr ReadHeader(QBaseHandle base, Source *source) {
     return isOurs ? noErr : kRefused;
 }
 
-// Where the file's index starts.
+// The offset of the file's index.
 std::int64_t IndexPlace(const Source &source) {
     return source.headerSize + source.header.userBlockSize;
 }
@@ -135,8 +136,7 @@ std::int64_t RecordsPlace(const Source &source) {
     return IndexPlace(source) + std::int64_t{source.header.count} * std::int64_t{sizeof(std::int32_t)};
 }
 
-// Compares the sizes that the header tells with the file's length, in 64 bits, where no sum of them
-// overflows.
+// Checks the header's sizes against the file's length, in 64 bits so that no sum overflows.
 OSErr CheckLength(Source *source, bool allowRecovery) {
     if (source->header.count < 0) {
         return kRefused;
@@ -145,7 +145,7 @@ OSErr CheckLength(Source *source, bool allowRecovery) {
     if (source->recordsSize == source->header.recordsSize) {
         return noErr;
     }
-    // Of a file that ends before its record data there is nothing to salvage.
+    // A file that ends before its record data has nothing to salvage.
     if (!allowRecovery || source->recordsSize < 0) {
         return kRefused;
     }
@@ -153,8 +153,8 @@ OSErr CheckLength(Source *source, bool allowRecovery) {
     return noErr;
 }
 
-// Reads the user block, which follows the header that was just read. One of the other byte order is lost when
-// nobody can convert it.
+// Reads the user block, which follows the header. One in the other byte order is dropped if there is no
+// converter.
 OSErr ReadUserBlock(QBaseHandle base, const Source &source, Block *block) {
     const std::size_t size = source.header.userBlockSize;
     if (size == 0 || (source.isFlipped && base->userFlipProc == nullptr)) {
@@ -173,8 +173,8 @@ OSErr ReadUserBlock(QBaseHandle base, const Source &source, Block *block) {
     return status;
 }
 
-// The file's offsets count from its own record data, which now lies behind that of the base. Unsigned, so
-// that an absurd offset wraps around into one that validation finds.
+// The file's offsets count from its own record data, which now follows that of the base. Unsigned, so that an
+// absurd offset wraps around to one that validation rejects.
 void AdjustOffsets(std::span<std::int32_t> offsets, const Source &source, std::size_t distance) {
     for (std::int32_t &offset : offsets) {
         if (source.isFlipped) {
@@ -185,8 +185,8 @@ void AdjustOffsets(std::span<std::int32_t> offsets, const Source &source, std::s
     }
 }
 
-// Converts records that were read from a file of the other byte order. Ends without a failure at one that is
-// damaged: to judge it is the validation's part.
+// Converts records from a file in the other byte order. Stops without an error at a damaged one; validation
+// rejects it later.
 OSErr FlipRecords(std::span<std::byte> bytes, std::int32_t count, QBaseFlipFunction flip) {
     RecordWalk walk(bytes.data(), bytes.size());
     for (; count > 0 && bytes.size() - walk.Offset() >= kQBaseRecordHeaderSize; --count) {
@@ -205,7 +205,7 @@ OSErr FlipRecords(std::span<std::byte> bytes, std::int32_t count, QBaseFlipFunct
     return noErr;
 }
 
-// Reads index and record data behind those of the base, whose count stays.
+// Appends the file's index and record data to the base's, without changing its count.
 OSErr ReadBehind(QBaseHandle base, const Source &source) {
     const std::size_t oldSize = base->records.Size();
     const auto oldSlots = static_cast<std::size_t>(base->file.count);
@@ -235,12 +235,12 @@ OSErr ReadBehind(QBaseHandle base, const Source &source) {
     return source.isFlipped ? FlipRecords(bytes, source.header.count, base->recordFlipProc) : noErr;
 }
 
-// As ReadBehind; after a failure index and records are as they were.
+// ReadBehind, but on failure index and records are unchanged.
 OSErr ReadRecords(QBaseHandle base, const Source &source) {
     const std::size_t oldSize = base->records.Size();
     const OSErr status = ReadBehind(base, source);
     if (status != noErr) {
-        // Fewer bytes can always be had.
+        // Shrinking cannot fail.
         std::ignore = ResizeIndex(base, base->file.count);
         std::ignore = base->records.Resize(oldSize);
     }
@@ -266,7 +266,7 @@ void TakeRecords(QBaseHandle base, const Source &source, const Wish &wish) {
     }
 }
 
-// Reads what is wished. Until all of it has come the base's own contents stay.
+// Reads the requested parts. The base keeps its contents until all of them have been read.
 OSErr ReadParts(QBaseHandle base, const Wish &wish, Source *source) {
     OSErr status = ReadHeader(base, source);
     if (status == noErr) {
@@ -288,15 +288,15 @@ OSErr ReadParts(QBaseHandle base, const Wish &wish, Source *source) {
     return status;
 }
 
-// No read leaves a base behind that is not valid. Bytes after the last record, which validation allows, are
-// dropped: a record added behind them could not be reached by the walk, and the next file would be refused.
+// No read leaves an invalid base. Validation allows bytes after the last record, but they are dropped: the
+// walk could not reach a record added after them, and the next read of the file would fail.
 OSErr Settle(QBaseHandle base, OSErr status) {
     const std::optional<std::size_t> end = EndOfRecords(base);
     if (!end) {
         QBaseEmpty(base);
         return status != noErr ? status : kRefused;
     }
-    std::ignore = base->records.Resize(*end); // fewer bytes can always be had
+    std::ignore = base->records.Resize(*end); // shrinking cannot fail
     return status;
 }
 

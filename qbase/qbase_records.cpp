@@ -9,31 +9,30 @@
 namespace drevix {
 namespace {
 
-// Whether one more record of `size` bytes finds its slot and its place.
+// Whether index and record data have room for one more record of `size` bytes.
 bool HasRoom(QBaseHandle base, std::size_t size) {
     return base->file.count < base->capacity && size <= base->records.Room() &&
            base->records.Size() + size <= kMaxRecordsSize;
 }
 
-// Gives the index more slots. It asks for room far ahead, so that it seldom moves: as long as it does not lie
-// behind the records, these can grow without being copied. Pages that are reserved and not used are not taken.
+// Grows the index. Reserves far ahead so that the index seldom moves: while it does not lie after the records
+// in memory, they can grow without being copied. Reserved pages take no memory until used.
 OSErr GrowIndex(QBaseHandle base) {
     constexpr std::size_t kLeastReserve = std::size_t{64} << 10;
     constexpr std::size_t kFactor = 16;
     const std::int32_t slots = base->capacity + base->indexGrowth;
     if (static_cast<std::size_t>(base->indexGrowth) * sizeof(std::int32_t) > base->index.Room()) {
-        // A wish: the next step asks for what is needed.
+        // Best effort: the next step requests what is needed.
         std::ignore = base->index.Reserve(std::max(kLeastReserve, kFactor * base->index.Size()));
     }
     return ResizeIndex(base, slots);
 }
 
-// Makes the room that a record lacks, and adds it. Apart from QBaseAddRecord, whose few instructions are felt
-// between two copies.
+// Makes room for a record and adds it. Kept out of QBaseAddRecord, whose fast path must stay short.
 [[gnu::noinline]] RecordNumber AddWithMoreRoom(QBaseHandle base, const void *data, std::int32_t length) {
     const MemoryRequest request;
     const std::int32_t capacity = base->capacity;
-    // The index first, or it would come to lie behind the records.
+    // The index first, or it would end up after the records in memory.
     if (base->file.count >= capacity && GrowIndex(base) != noErr) {
         return kNoRecord;
     }
@@ -41,7 +40,7 @@ OSErr GrowIndex(QBaseHandle base) {
     const auto place = isOwn ? static_cast<const std::byte *>(data) - base->records.Data() : 0;
     const std::size_t end = base->records.Size() + RecordSize(length);
     if (end > kMaxRecordsSize || base->records.Reserve(end) != noErr) {
-        std::ignore = ResizeIndex(base, capacity); // fewer slots can always be had
+        std::ignore = ResizeIndex(base, capacity); // shrinking cannot fail
         return kNoRecord;
     }
     return QBaseAddRecord(base, isOwn ? base->records.Data() + place : data, length);
@@ -57,7 +56,7 @@ void WriteRecord(QBaseRecord *record, std::size_t size, const void *data, std::i
     }
 }
 
-// Replaces a record by a copy of data that lie in the base itself and would move under a resize.
+// Replaces a record by data from the base itself, copied first because a resize would move them.
 RecordNumber ReplaceByCopy(QBaseHandle base, RecordNumber number, const void *data, std::int32_t length) {
     Block copy;
     const auto size = static_cast<std::size_t>(length);
@@ -68,7 +67,7 @@ RecordNumber ReplaceByCopy(QBaseHandle base, RecordNumber number, const void *da
     return QBaseReplaceRecord(base, number, copy.Data(), length);
 }
 
-// Gives the record at an offset another size: the data behind it move, and with them their offsets.
+// Resizes the record at an offset, moving the data after it and updating their offsets.
 bool ResizeRecordAt(QBaseHandle base, std::size_t offset, std::size_t oldSize, std::size_t newSize) {
     const std::size_t total = base->records.Size();
     const std::size_t oldEnd = offset + oldSize;

@@ -13,9 +13,9 @@
 namespace drevix {
 namespace {
 
-const std::int32_t *gOffsets = nullptr; // the index that QBaseCompareOffsetsProc looks at
+const std::int32_t *gOffsets = nullptr; // the index that QBaseCompareOffsetsProc uses
 
-// The order of slot numbers by the offsets in those slots.
+// Orders slot numbers by the offsets in those slots.
 struct OffsetOrder {
     using Key = std::int32_t;
     [[nodiscard]] Key KeyOf(const void *number) const {
@@ -28,9 +28,9 @@ struct OffsetOrder {
     const std::int32_t *offsets;
 };
 
-// Lists the first n index slots in the order of their offsets by dividing the data into cells of half a
-// record's size: records of about one size each start in a cell of their own. Linear in the count. An empty
-// block when two records start in one cell, an offset leads out of the data, or there is no memory.
+// Lists the first n index slots by offset with a bucket sort: cells of half a record's size, so that records
+// of similar size each start in their own cell. Linear in the count. An empty block if two records start in
+// one cell, an offset is out of range, or memory is out.
 Block SpreadSlots(QBaseHandle base, std::int32_t n) {
     const std::size_t size = base->records.Size();
     const std::size_t halfRecord = size / static_cast<std::size_t>(base->file.count) / 2;
@@ -55,7 +55,7 @@ Block SpreadSlots(QBaseHandle base, std::int32_t n) {
     return cells;
 }
 
-// The same by sorting, for records of any sizes.
+// The same by comparison sort, for records of any size.
 Block SortSlots(QBaseHandle base, std::int32_t n) {
     Block list;
     if (list.Resize(static_cast<std::size_t>(n) * sizeof(std::int32_t)) != noErr) {
@@ -63,27 +63,27 @@ Block SortSlots(QBaseHandle base, std::int32_t n) {
     }
     auto *const order = reinterpret_cast<std::int32_t *>(list.Data());
     std::iota(order, order + n, 0);
-    // Nothing in this comparison cancels the sort.
+    // This comparison never cancels the sort.
     std::ignore =
         SortElements(order, static_cast<std::size_t>(n), kOffsetSize, OffsetOrder{IndexOffsets(base)});
     return list;
 }
 
-// Moves runs of kept records down over the gaps that dropped ones leave.
+// Moves runs of kept records down over the gaps left by dropped ones.
 class GapCloser {
   public:
-    // `order` lists the index slots of the kept records in data order, or is empty when it could not be made.
+    // `order` lists the index slots of the kept records in data order, or is empty if it could not be made.
     GapCloser(QBaseHandle base, std::span<const std::int32_t> order)
         : fBytes(base->records.Data()), fOffsets(IndexOffsets(base)), fOrder(order) {}
 
-    // Ends the run that lies before a dropped record, and begins the next one behind it.
+    // Ends the run before a dropped record and starts the next one after it.
     void Drop(std::size_t start, std::size_t end) {
         MoveRun(start);
         fRunStart = end;
         ++dropped;
     }
 
-    // Ends the last run. Gives the size of the data that are left.
+    // Ends the last run. Returns the size of the remaining data.
     std::size_t Finish(std::size_t end) {
         MoveRun(end);
         return fEnd;
@@ -109,12 +109,12 @@ class GapCloser {
     std::byte *fBytes;
     std::int32_t *fOffsets;
     std::span<const std::int32_t> fOrder;
-    std::size_t fEnd = 0;      // end of the kept data that lie in their final place
-    std::size_t fRunStart = 0; // where the present run of kept records starts, and the number of its first
+    std::size_t fEnd = 0;      // end of the data already in their final place
+    std::size_t fRunStart = 0; // start of the current run of kept records, and its first record's number
     std::size_t fRunFirst = 0;
 };
 
-// Closes the gaps of all records marked by their length; gives how many there were.
+// Removes the data of all records marked by their length; returns how many.
 std::int32_t DropMarkedData(QBaseHandle base, std::span<const std::int32_t> order) {
     GapCloser closer(base, order);
     RecordWalk walk(base);
@@ -123,7 +123,7 @@ std::int32_t DropMarkedData(QBaseHandle base, std::span<const std::int32_t> orde
         const std::size_t start = walk.Offset();
         const QBaseRecord *const record = walk.Next();
         if (record == nullptr) {
-            // Nothing behind a damaged record can be told apart, so all of it stays.
+            // Past a damaged record the records cannot be told apart, so all the rest stays.
             closer.kept += base->file.count - i;
             end = base->records.Size();
             break;
@@ -161,7 +161,7 @@ std::int32_t QBaseRemoveInvalidOffsets(QBaseHandle base) {
     std::int32_t *const begin = IndexOffsets(base);
     std::int32_t *const end = begin + SlotsInUse(base);
     std::int32_t *const kept = std::remove_if(begin, end, [](std::int32_t offset) { return offset < 0; });
-    // The slots gained refer to nothing; a count that still includes them must not lead to stale offsets.
+    // Clear the freed slots: the count still includes them and must not lead to stale offsets.
     std::fill(kept, end, -1);
     const auto dropped = static_cast<std::int32_t>(end - kept);
     if (dropped > 0) {
@@ -196,14 +196,14 @@ void QBaseRemoveMarkedRecords(QBaseHandle base) {
     const MemoryRequest request;
     const std::int32_t before = base->file.count;
     const std::int32_t expected = QBaseRemoveInvalidOffsets(base);
-    // With no slot marked there is nothing that would have to follow its record.
+    // If no slot is marked, no slot has to move.
     const Block list = expected < before ? QBaseCreateIndexOfOffsets(base, expected) : Block();
     const std::span order(reinterpret_cast<const std::int32_t *>(list.Data()),
                           list.Size() / sizeof(std::int32_t));
     const std::int32_t dropped = DropMarkedData(base, order);
     const bool isAdjusted = dropped == 0 || order.size() == static_cast<std::size_t>(expected);
     if (!isAdjusted || expected != base->file.count) {
-        // Without memory the index keeps the slots that it has, and the rebuild cuts the count to them.
+        // If memory is out the index keeps its slots, and the rebuild cuts the count to fit.
         std::ignore = ResizeIndex(base, base->file.count);
         QBaseRebuildIndex(base);
     }

@@ -9,7 +9,7 @@
 namespace drevix {
 namespace {
 
-// What the adapters know of the base that is being sorted or searched.
+// What the adapters need to know about the base being sorted or searched.
 struct SearchState {
     QBaseCompareFunction compare = nullptr;
     std::byte *records = nullptr;
@@ -17,14 +17,14 @@ struct SearchState {
 };
 SearchState gState;
 
-// The record that an index slot designates.
+// The record that an index slot points to.
 QBaseRecord *RecordOfSlot(std::byte *records, const void *slot) {
     std::int32_t offset = 0;
     std::memcpy(&offset, slot, sizeof offset);
     return reinterpret_cast<QBaseRecord *>(records + offset);
 }
 
-// The order of index slots by the caller's comparison of their records.
+// Orders index slots by the caller's comparison of their records.
 struct RecordOrder {
     using Key = QBaseRecord *;
     [[nodiscard]] Key KeyOf(const void *slot) const { return RecordOfSlot(records, slot); }

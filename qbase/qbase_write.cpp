@@ -1,5 +1,4 @@
-// Writing a base: the file is made as long as it is to be, then header, user block, index and records follow
-// in the order in which they lie.
+// Writing a base: sets the file's final length, then writes header, user block, index and records in order.
 #include "platform/base/status.h"
 #include "qbase/qbase_file_internal.h"
 
@@ -9,7 +8,7 @@ namespace {
 constexpr std::size_t kUserPartStart = offsetof(QBaseFileHeader, savedSortMode);
 constexpr std::size_t kUserPartSize = sizeof(QBaseFileHeader) - kUserPartStart;
 
-// The two parts of a base's file that can be written one without the other.
+// The two parts of a base's file that can be written separately.
 struct Parts {
     bool user;
     bool records;
@@ -31,8 +30,8 @@ std::int64_t FileSize(QBaseHandle base) {
     return RecordsPlace(base) + static_cast<std::int64_t>(base->records.Size());
 }
 
-// Whether the file holds a base of this base's kind whose user block is as long as this base's, so that what
-// is not written still fits. A file that cannot be read is none.
+// Whether the file holds a base of the same type whose user block has the same size, so that one part can be
+// written alone. False for a file that cannot be read.
 bool HoldsBaseLike(QBaseHandle base, FileRef file) {
     QBaseFileHeader found = {};
     return ReadAt(file, 0, &found, sizeof found) == noErr && found.magic == kQBaseMagic &&
@@ -54,7 +53,7 @@ OSErr WriteRecords(QBaseHandle base, FileRef file) {
                            : status;
 }
 
-// Writes the wanted parts and tells which of them were written whole.
+// Writes the requested parts and reports which were written completely.
 OSErr WriteParts(QBaseHandle base, FileRef file, Parts wanted, Parts *whole) {
     OSErr status = noErr;
     if (wanted.records) {
@@ -71,13 +70,14 @@ OSErr WriteParts(QBaseHandle base, FileRef file, Parts wanted, Parts *whole) {
     return status;
 }
 
-// Brings the header fields up to date that describe what is about to be written.
+// Updates the header fields that describe what is about to be written.
 void DescribeParts(QBaseHandle base, Parts wanted) {
     base->file.userBlockSize = static_cast<std::uint32_t>(base->userBlock.Size());
     if (wanted.records) {
         base->file.recordsSize = static_cast<std::uint32_t>(base->records.Size());
     }
-    // The order of the index is stored among the user fields, so it may follow only when both are written.
+    // The sort mode is in the user part but describes the records, so it is stored only when both are
+    // written.
     if (wanted.records && wanted.user) {
         base->file.savedSortMode = base->sortMode;
     }
@@ -111,7 +111,7 @@ OSErr QBaseWrite(QBaseHandle base, FileRef file, bool writeUserPart, bool writeR
     const OSErr status = WriteParts(base, file, wanted, &whole);
     const OSErr flushed = QBFlushSync(file);
     if (flushed == noErr) {
-        // What is not known to be on the disk stays changed, so that the caller can try again.
+        // What may not be on the disk stays marked as changed, so that the caller can try again.
         base->userFieldsChanged = base->userFieldsChanged && !whole.user;
         base->recordsChanged = base->recordsChanged && !whole.records;
     }

@@ -1,5 +1,5 @@
 // The sort behind FastQSort, as a template over the element size and the order, so that sorting a base's
-// index costs no call but the caller's own comparison. Used by qbase/ alone.
+// index calls nothing but the caller's comparison. Internal to qbase/.
 #pragma once
 
 #include "qbase/fast_sort.h"
@@ -15,21 +15,21 @@ extern bool gSortCancelled;
 // The state of FQSRandom.
 extern std::uint32_t gRandomState;
 
-// FQSRandom, for the sort itself: small ranges draw so often that a call would be felt.
+// FQSRandom inline: small ranges draw so often that a call would cost.
 inline std::uint32_t NextRandom() {
     gRandomState = gRandomState * 1103515245U + 12345U;
     return (gRandomState & 0xFFFFU) >> 1;
 }
 
-// A range with this many elements or more takes the median of three as its pivot, a smaller one any element.
+// Ranges of at least this many elements use the median of three as pivot, smaller ones a random element.
 inline constexpr std::size_t kMedianThreshold = 25;
 
-// The element size of a base's index, known to the compiler.
+// The element size of a base's index as a compile-time constant.
 using OffsetSize = std::integral_constant<std::size_t, sizeof(std::int32_t)>;
 inline constexpr OffsetSize kOffsetSize;
 
-// An order of elements by a comparison of the elements themselves. An Order gives each element's key and
-// compares two keys, so that the pivot's key is worked out once for a whole partition.
+// Compares the elements themselves. An Order extracts an element's key and compares two keys, so that the
+// pivot's key is extracted once per partition.
 struct ElementOrder {
     using Key = const void *;
     [[nodiscard]] Key KeyOf(const std::byte *element) const { return element; }
@@ -44,8 +44,8 @@ class RangeSorter {
   public:
     RangeSorter(Size size, Order order) : fSize(size), fOrder(order) {}
 
-    // Sorts [lo, hi) until cancelled. Recursion goes into the smaller part, so its depth stays within log2 of
-    // the count.
+    // Sorts [lo, hi) until cancelled. Recurses into the smaller part, so the depth is at most log2 of the
+    // count.
     void Sort(std::byte *lo, std::byte *hi) {
         while (!gSortCancelled) {
             const std::size_t count = static_cast<std::size_t>(hi - lo) / fSize;
@@ -89,14 +89,14 @@ class RangeSorter {
   private:
     using Key = typename Order::Key;
 
-    // The smaller part of a range, which often has no two elements.
+    // Sorts the smaller part of a range, which often has fewer than two elements.
     void SortPart(std::byte *lo, std::byte *hi) {
         if (static_cast<std::size_t>(hi - lo) > fSize) {
             Sort(lo, hi);
         }
     }
 
-    // Whichever is drawn as the pivot, one comparison orders two elements. A quarter of the ranges are pairs.
+    // Two elements need one comparison and no pivot. A quarter of the ranges are pairs.
     void SortPair(std::byte *first, std::byte *second) {
         if (fOrder.Compare(fOrder.KeyOf(second), fOrder.KeyOf(first)) < 0) {
             Swap(first, second);
@@ -116,7 +116,7 @@ class RangeSorter {
         }
     }
 
-    // Brings the pivot to the start of the range.
+    // Moves the pivot to the start of the range.
     void PlacePivot(std::byte *lo, std::size_t count) {
         const std::uint32_t random = NextRandom();
         if (count < kMedianThreshold) {
@@ -126,15 +126,15 @@ class RangeSorter {
         }
     }
 
-    // Divides the range by the pivot at its start; the result is where the pivot belongs. Both scans stop at
-    // elements equal to the pivot, so long runs of equal keys are divided evenly. Up to i no element sorts
-    // after the pivot and from j on none before it, so where the scans meet nothing is compared again.
+    // Partitions the range around the pivot at its start and returns the pivot's final position. Both scans
+    // stop at elements equal to the pivot, so long runs of equal keys split evenly. No element up to i sorts
+    // after the pivot and none from j on before it, so nothing is compared again where the scans meet.
     std::byte *Partition(std::byte *lo, std::byte *hi) {
         const Key pivot = fOrder.KeyOf(lo);
         std::byte *i = lo;
         std::byte *j = hi;
         for (;;) {
-            std::int32_t order = 0; // of the element at which the upward scan stops
+            std::int32_t order = 0; // of the element where the upward scan stopped
             do {
                 i += fSize;
             } while (i < j && (order = fOrder.Compare(fOrder.KeyOf(i), pivot)) < 0);
@@ -155,8 +155,8 @@ class RangeSorter {
     Order fOrder;
 };
 
-// The start of every sort: clears the cancel flag and seeds the random state from the clock, so that pivots
-// differ from run to run. The end of every sort: noErr, or userCanceledErr.
+// StartSort clears the cancel flag and seeds the generator from the clock, so that pivots differ from run to
+// run. EndSort returns noErr or userCanceledErr.
 void StartSort();
 [[nodiscard]] OSErr SortResult();
 
