@@ -45,9 +45,9 @@ constexpr auto kGroupMenus = std::to_array<GroupMenu>({
 
 // One position of the action menu.
 struct ActionMenuRow {
-    std::int16_t code;      // for a group the command that it begins with
+    std::int16_t code; // for a group, its first command
     DetailTab tab;
-    std::string_view title; // of a group; empty where the command's own title stands
+    std::string_view title; // of a group; empty: the command's own title
 };
 constexpr auto kActionMenu = std::to_array<ActionMenuRow>({
     {0,    Tab::Empty,       {}},
@@ -82,14 +82,14 @@ constexpr bool Holds(const GroupMenu &menu, int code) {
     return std::ranges::find(menu.codes, code) != menu.codes.end();
 }
 
-// Whether no other command has its title, so that a command can be named by it, and a menu has room for it.
+// Whether the title is unique, so that it can name the command, and fits in a menu.
 constexpr bool HasGoodTitle(const ActionInfo &action) {
     constexpr std::size_t kLongestTitle = 28;
     return !action.title.empty() && action.title.size() <= kLongestTitle &&
            std::ranges::count(kActions, action.title, &ActionInfo::title) == 1;
 }
 
-// How often the menus together offer a command.
+// How often a command appears in all menus together.
 constexpr auto TimesOffered(const ActionInfo &action) {
     return std::ranges::count_if(
                kActionMenu,

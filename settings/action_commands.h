@@ -10,24 +10,24 @@
 
 namespace drevix {
 
-// A command code, as ActionSlot::command holds it. The codes are what records and the helper exchange: never
-// renumbered.
+// A command code, as stored in ActionSlot::command. Files and the helper use these codes: never renumber
+// them.
 using ActionCommand = std::uint16_t;
 
 inline constexpr ActionCommand kActionNone = 0;
-inline constexpr ActionCommand kActionUseGlobal = 4;  // what the global record does
+inline constexpr ActionCommand kActionUseGlobal = 4;  // same as the global record
 inline constexpr ActionCommand kActionModeSwitch = 7; // one slot of a record only
 inline constexpr ActionCommand kActionKeystroke = 32;
-inline constexpr ActionCommand kActionToolMenu = 34; // a companion menu entry, by its title's CRC
+inline constexpr ActionCommand kActionToolMenu = 34; // a companion menu entry, identified by its title's CRC
 inline constexpr ActionCommand kActionFirstAppTool = 35;
 inline constexpr ActionCommand kActionFirstAppNav = 37;
 inline constexpr ActionCommand kActionFitWindow = 43; // one slot of a record only
 inline constexpr ActionCommand kActionOpenItem = 64;
 inline constexpr ActionCommand kActionFirstScroll = 224;
-inline constexpr ActionCommand kActionLastScroll = 231; // 228 to 231 are shown as scrolling, but not offered
+inline constexpr ActionCommand kActionLastScroll = 231; // 228 to 231 are shown as scrolling but not offered
 
-// The delay of a keystroke that means: the keys stay down as long as the control. Of scrolling it is ticks like any
-// other.
+// A keystroke's delay that means: hold the keys as long as the control is held. For scrolling it is just a
+// number of ticks.
 inline constexpr std::uint16_t kHeldDelay = 0xFFFF;
 [[nodiscard]] constexpr bool IsHeldKeystroke(ActionCommand command, std::uint16_t delay) {
     return command == kActionKeystroke && delay == kHeldDelay;
@@ -53,11 +53,11 @@ enum class ActionGroup : std::uint8_t {
     ActionScroll,
 };
 
-// Where a command may stand; bits of ActionInfo::restrictions.
+// Where a command is allowed; bits of ActionInfo::restrictions.
 inline constexpr std::uint8_t kNotInGlobalRecord = 0x01;
 inline constexpr std::uint8_t kOneSlotOnly = 0x02;     // choosing it elsewhere clears it here
-inline constexpr std::uint8_t kNavAppsOnly = 0x04;     // records whose signature HasAppCommands accepts
-inline constexpr std::uint8_t kToolMenuRecords = 0x08; // those and the global record
+inline constexpr std::uint8_t kNavAppsOnly = 0x04;     // only records whose signature HasAppCommands accepts
+inline constexpr std::uint8_t kToolMenuRecords = 0x08; // those records and the global record
 inline constexpr std::uint8_t kToolMenuButtons = 0x10; // buttons I, II and III only
 inline constexpr std::uint8_t kTunerOnly = 0x20;
 inline constexpr std::uint8_t kNotOnTuner = 0x40;
@@ -67,17 +67,17 @@ struct ActionInfo {
     ActionCommand code;
     ActionGroup group;
     std::uint8_t restrictions; // bits above
-    std::string_view title;    // for people, English, to be translated by whoever shows it
+    std::string_view title;    // English, for display; the caller translates it
 };
 
 // All commands in ascending order of their codes. Static storage.
 [[nodiscard]] std::span<const ActionInfo> AllActions();
-// The row of a code, null for a code that is in no table.
+// The row of a code; null for an unknown code.
 [[nodiscard]] const ActionInfo *FindAction(ActionCommand code);
-// The group's name for people ("Shortcut"), static storage.
+// The group's display name ("Shortcut"). Static storage.
 [[nodiscard]] std::string_view ActionGroupTitle(ActionGroup group);
 
-// Menus. A menu is its commands by position; these two values stand for no command.
+// Menus. A menu lists its commands by position; these two values are not commands.
 inline constexpr std::int16_t kMenuSeparator = -2;
 inline constexpr std::int16_t kMenuNotFound = -1;
 
@@ -106,8 +106,8 @@ static_assert(kActionMenuPositions == 19);
 
 // The entry's title, empty for a separator. Static storage.
 [[nodiscard]] std::string_view ActionMenuTitle(int position);
-// The command that choosing a position stores for a slot: a group entry's first code (the application entry's
-// depends on the slot), 0 for a separator or a position beyond the menu.
+// The command to store in a slot when a position is chosen: for a group entry the group's first code (for the
+// application entry it depends on the slot); 0 for a separator or an invalid position.
 [[nodiscard]] ActionCommand CommandForActionMenu(int position, SlotIndex slot);
 
 // The detail tabs, by index.
@@ -128,37 +128,37 @@ enum class DetailTab : std::uint8_t {
 
 // The menu of one group of commands.
 struct GroupMenu {
-    std::string_view outlet; // name of the pop-up that shows it
+    std::string_view outlet; // name of its pop-up menu
     ActionGroup group;
-    DetailTab tab;                       // the tab that it stands on
+    DetailTab tab;                       // the tab it is on
     ActionMenuEntry entry;               // the group's entry of the action menu
     std::span<const std::int16_t> codes; // by position; kMenuSeparator for a separator
 };
 
-// The six group menus, in the order in which a code is looked up in them. Static storage.
+// The six group menus, in lookup order. Static storage.
 [[nodiscard]] std::span<const GroupMenu> GroupMenus();
 // The menu with this outlet name, null if there is none.
 [[nodiscard]] const GroupMenu *FindGroupMenu(std::string_view outlet);
-// The command at a position of a group menu; 0 for a separator or a position beyond the menu.
+// The command at a position of a group menu; 0 for a separator or an invalid position.
 [[nodiscard]] ActionCommand CommandForGroupMenu(const GroupMenu &menu, int position);
 
 // Where the editor shows a command.
 struct ActionPlace {
-    int actionMenuPosition; // 0 for a code that is in no table
+    int actionMenuPosition; // 0 for an unknown code
     DetailTab tab;
-    const GroupMenu *menu; // the group menu that holds the code, null if none does
-    int menuPosition;      // in that menu; kMenuNotFound without one
+    const GroupMenu *menu; // the group menu with the code, or null
+    int menuPosition;      // in that menu, or kMenuNotFound
 };
 [[nodiscard]] ActionPlace ClassifyAction(ActionCommand code);
 
 // Rules between the slots of a record
 
-// The other one of an opposite pair (ring 0-1, 2-3, 4-5, tuner 6-7); kNoSlot for a slot that has none.
+// The other slot of an opposite pair (ring 0-1, 2-3, 4-5, tuner 6-7); kNoSlot if the slot has no opposite.
 [[nodiscard]] SlotIndex OppositeSlot(SlotIndex slot);
 [[nodiscard]] bool IsTunerSlot(SlotIndex slot);
 // Buttons I, II and III: slots 18 to 20.
 [[nodiscard]] bool IsToolMenuSlot(SlotIndex slot);
-// Whether records with this signature may hold the application commands 35 to 43: the wildcard, and the four
+// Whether records with this signature may hold the application commands 35 to 43: the wildcard and the four
 // companion applications '8BIM', 'ART5', 'InDn' and '8ELE'.
 [[nodiscard]] bool HasAppCommands(OSType application);
 [[nodiscard]] bool IsAppCommand(ActionCommand code);
@@ -172,21 +172,20 @@ enum class ActionRefusal : std::uint8_t {
     NotInThisRecord,
     NotOnThisControl
 };
-// Whether the editor offers the command for this slot of this record. The application's commands are offered
-// as the menu's one application entry opens them: tool sizes on the tuner, navigation on the other controls.
-// A record may hold them elsewhere all the same, and they are shown there.
+// Whether the editor offers the command for this slot of this record. Application commands are offered by
+// control: tool sizes on the tuner, navigation elsewhere. A record may still hold them in other slots, and
+// they are shown there.
 [[nodiscard]] ActionRefusal CheckAction(const AppPrefs &prefs, SlotIndex slot, ActionCommand code);
 
-// Empties the slot's fields but the command: no modifiers, no key, no delay, CRC or text.
+// Clears all the slot's fields except the command: modifiers, key, delay, CRC and text.
 void ResetActionSlot(ActionSlot &slot);
-// To be called after a command was stored in `slot`: clears the command from other slots where one slot only
-// may hold it, and keeps the opposite slot's application command its partner. Only `command` fields change.
+// Call after storing a command in `slot`. Clears a command that only one slot may hold from the others, and
+// makes the opposite slot hold the partner of an application command. Changes `command` fields only.
 void UpdateOppositeAction(AppPrefs &prefs, SlotIndex slot);
-// To be called after a companion menu entry was stored in `slot`: clears the same entry from the other two
-// buttons.
+// Call after storing a companion menu entry in `slot`. Clears the same entry from the other two buttons.
 void UpdateToolMenuAction(AppPrefs &prefs, SlotIndex slot);
-// What choosing a command in the action menu does: resets the slot, stores the command, and applies
-// UpdateOppositeAction. Does nothing for a slot outside 0 to 31.
+// Performs a choice in the action menu: resets the slot, stores the command and applies UpdateOppositeAction.
+// Does nothing for a slot outside 0 to 31.
 void ChooseAction(AppPrefs &prefs, SlotIndex slot, ActionCommand code);
 
 } // namespace drevix

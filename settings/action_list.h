@@ -1,4 +1,4 @@
-// The table behind AllActions, for code that proves while it is compiled that it knows every command.
+// The table behind AllActions, for compile-time checks that code covers every command.
 #pragma once
 
 #include "settings/action_commands.h"

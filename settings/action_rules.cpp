@@ -23,14 +23,14 @@ ActionSlot &SlotOf(AppPrefs &prefs, SlotIndex slot) {
     return prefs.device[0].action[slot];
 }
 
-// Whether a command has a partner that belongs on the opposite of this slot: size down and up on the tuner,
-// the three pairs of directions on the ring.
+// Whether the command's partner belongs on the opposite slot: size down and up on the tuner, the three pairs
+// of directions on the ring.
 bool IsPaired(ActionCommand code, SlotIndex slot) {
     return IsTunerSlot(slot) ? code >= kActionFirstAppTool && code < kActionFirstAppNav
                              : code >= kActionFirstAppNav && code < kActionFitWindow;
 }
 
-// The pairs begin at odd codes: 35 and 36, 37 and 38, ...
+// The pairs start at odd codes: 35 and 36, 37 and 38, ...
 ActionCommand Partner(ActionCommand code) {
     return static_cast<ActionCommand>(((code - kActionFirstAppTool) ^ 1) + kActionFirstAppTool);
 }
@@ -40,7 +40,7 @@ bool IsHeldByOneSlot(ActionCommand code) {
     return action != nullptr && (action->restrictions & kOneSlotOnly) != 0;
 }
 
-// Where a command with this restriction may stand.
+// Where a command with this restriction is allowed.
 struct Restriction {
     std::uint8_t bit;
     ActionRefusal refusal;
@@ -117,7 +117,7 @@ void UpdateOppositeAction(AppPrefs &prefs, SlotIndex slot) {
     }
     const ActionCommand command = SlotOf(prefs, slot).command;
     if (IsHeldByOneSlot(command)) {
-        // All 32 slots: a record from elsewhere may hold commands in slots that no control shows.
+        // All 32 slots: an imported record may hold commands in slots without a control.
         for (SlotIndex other = 0; other < kActionSlots; ++other) {
             if (other != slot && SlotOf(prefs, other).command == command) {
                 SlotOf(prefs, other).command = kActionNone;
@@ -132,7 +132,7 @@ void UpdateOppositeAction(AppPrefs &prefs, SlotIndex slot) {
     if (IsPaired(command, slot)) {
         other.command = Partner(command);
     } else if (IsPaired(other.command, slot)) {
-        other.command = kActionNone; // its partner has gone
+        other.command = kActionNone; // its partner is gone
     }
 }
 

@@ -1,5 +1,5 @@
-// The settings record: what every control of the device does in one application.
-// docs/settings-record.md has the layout byte by byte; it is also the form of a record in the settings file.
+// The settings record: what every control of the device does in one application. docs/settings-record.md has
+// the layout byte by byte, which is also the layout in the settings file.
 #pragma once
 
 #include "platform/base/types.h"
@@ -20,10 +20,10 @@ inline constexpr int kActionSlots = 32;
 inline constexpr int kMaxFileNameLength = 63; // characters of `appFileName`
 inline constexpr int kMaxAppNameLength = 31;  // characters of `appName` and of a slot's `data`
 
-// Signatures of applications with a meaning of their own.
-inline constexpr OSType kGlobalSignature = 0;   // the global record
-inline constexpr OSType kWildcardSignature = 1; // factory records that are known by their name alone
-inline constexpr OSType kNoSignature = FourCharCode(R"(????)"); // an application that has no signature
+// Application signatures with a special meaning.
+inline constexpr OSType kGlobalSignature = 0;                   // the global record
+inline constexpr OSType kWildcardSignature = 1;                 // factory records identified by name alone
+inline constexpr OSType kNoSignature = FourCharCode(R"(????)"); // an application without a signature
 
 inline constexpr std::uint8_t kNoKeyCode = 255; // a keystroke without a key
 
@@ -34,8 +34,7 @@ inline constexpr std::uint16_t kCapsLockModifier = 0x0400;
 inline constexpr std::uint16_t kOptionModifier = 0x0800;
 inline constexpr std::uint16_t kControlModifier = 0x1000;
 
-// The fields lie at even offsets. Packed without alignment all the same, since in a damaged file a record
-// may start anywhere.
+// The fields are at even offsets. Packed anyway, because in a damaged file a record may start anywhere.
 #pragma pack(push, 1)
 // What one control does. "settings/action_commands.h" says which fields each command uses.
 struct ActionSlot {
@@ -55,7 +54,7 @@ struct DevicePrefs {
     std::uint8_t navSensitivity; // sensitivities and speeds are 0 to 255, 100 by default
     std::uint8_t toolSensitivity;
     std::uint8_t navSpeed;
-    std::uint8_t useSeparateNavSens; // 1: the three axes' values are in force instead of navSensitivity
+    std::uint8_t useSeparateNavSens; // 1: use the three axes' values instead of navSensitivity
     std::uint8_t navSensitivityX;
     std::uint8_t navSensitivityY;
     std::uint8_t navSensitivityZ;
@@ -71,16 +70,16 @@ struct DevicePrefs {
 struct AppPrefs {
     OSType application; // creator signature
     Str63 appFileName;  // the application's file name without ".app": what identifies the record
-    Str31 appName;      // the name that is shown
+    Str31 appName;      // the display name
     std::uint8_t active;
     std::uint8_t factory; // 1: came with the panel
-    std::uint8_t global;  // this and the next three are kept for the device helper, and never set here
+    std::uint8_t global;  // this and the next three belong to the device helper; never set here
     std::uint8_t forward;
     std::uint16_t client;
     std::uint8_t reserved1;
     std::uint8_t reserved2;
     std::uint32_t reserved3;
-    std::uint32_t clientMask; // kept for the device helper
+    std::uint32_t clientMask; // belongs to the device helper
     DevicePrefs device[1];
 };
 #pragma pack(pop)
@@ -102,7 +101,7 @@ static_assert(sizeof(AppPrefs) == 1668 && alignof(AppPrefs) == 1);
 static_assert(std::has_unique_object_representations_v<AppPrefs>, "a field lost bytes to padding");
 static_assert(std::is_trivially_copyable_v<AppPrefs>);
 
-// Which of the separate sensitivities and speeds a control uses, and which part of the device it belongs to.
+// The axis whose separate sensitivity and speed a control uses, and the part of the device it belongs to.
 enum class Axis : std::uint8_t { None, X, Y, Z };
 enum class ControlGroup : std::uint8_t { Ring, Tuner, Buttons };
 
@@ -137,15 +136,15 @@ inline constexpr auto kControlSlots = std::to_array<ControlSlot>({
 // clang-format on
 static_assert(kControlSlots.size() == 15);
 
-// The row of a slot, or of a key in this spelling; null for a slot or key of no control.
+// The row of a slot, or of a key (case-sensitive); null if no control has it.
 [[nodiscard]] const ControlSlot *FindControlSlot(SlotIndex slot);
 [[nodiscard]] const ControlSlot *FindControlSlot(std::string_view key);
 
-// A signature in words, UTF-8: its four characters; "any" for the wildcard, empty for the global record.
+// A signature as UTF-8 text: its four characters; "any" for the wildcard, empty for the global record.
 [[nodiscard]] std::string SignatureText(OSType signature);
 
-// The global record as it is before the factory defaults supply one: active, click sound on, every
-// sensitivity and speed 100, no action anywhere.
+// The global record used until the factory defaults supply one: active, click sound on, all sensitivities and
+// speeds 100, no actions.
 inline constexpr AppPrefs gDefaultGlobalPrefs = [] {
     AppPrefs prefs{};
     prefs.active = 1;

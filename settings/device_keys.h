@@ -1,4 +1,4 @@
-// The values of a device in a settings record that are not actions, by their names in files and on the command line.
+// The device values of a settings record other than actions, by their names in files and on the command line.
 #pragma once
 
 #include "settings/app_prefs.h"
@@ -18,7 +18,7 @@ enum class DeviceValue : std::uint8_t {
 struct DeviceKey {
     std::string_view key;
     DeviceValue kind;
-    ControlGroup group; // whose defaults it is restored with
+    ControlGroup group; // restored together with this group
     std::uint8_t DevicePrefs::*field;
 };
 

@@ -18,18 +18,17 @@
 namespace drevix {
 namespace {
 
-constexpr OSErr kDamaged = -1; // QBaseRead's status for contents that are no settings
+constexpr OSErr kDamaged = -1; // QBaseRead's status for invalid contents
 
-// The last version whose global record could hold the mode switch on button P by its makers' default, not by
-// the user's choice.
+// The last version whose global record could have the mode switch on button P by default rather than by the
+// user's choice.
 constexpr std::uint32_t kLastVersionWithModeSwitchDefault = 0x120;
 constexpr SlotIndex kButtonP = 17;
 
 constexpr auto kOldIllustratorName = PascalLiteral("Adobe Illustrator");
 constexpr auto kIllustratorName = PascalLiteral("Adobe Illustrator CS2");
 
-// The path of the file of that name in the Preferences folder, left empty for no name. The name is cut in
-// place.
+// The path of the named file in the Preferences folder; empty for an empty name. Cuts the name in place.
 OSErr FindNamedFile(StringPtr fileName, FolderCreation creation, std::string *path) {
     FSSpec spec = {};
     const OSErr status =
@@ -43,9 +42,9 @@ OSErr FindNamedFile(StringPtr fileName, FolderCreation creation, std::string *pa
     return noErr;
 }
 
-// Reads the file into the empty base. The user part of a file comes in before its records are looked at, so
-// when they are refused the base gets its own user fields back: the stamp of a refused file would say that
-// the factory records were merged into a base that lacks them.
+// Reads the file into the empty base. The user part is read before the records are checked, so if they are
+// refused the base gets its own user fields back. Otherwise the refused file's stamp would claim that the
+// factory records were already merged.
 OSErr ReadRecords(QBaseHandle base, const std::string &path) {
     OwnedFile file;
     if (const OSErr status = OpenFile(path, fsRdPerm, file.Out()); status != noErr) {
@@ -56,15 +55,15 @@ OSErr ReadRecords(QBaseHandle base, const std::string &path) {
     if (status == noErr) {
         status = QBaseRead(base, file.Get(), true, true, true, true);
         if (status != noErr) {
-            std::ignore = QBaseDuplicateUserFields(before.get(), base); // as it worked the other way round
+            std::ignore = QBaseDuplicateUserFields(before.get(), base); // it worked the other way round
             std::ignore = QBaseSetUserBlock(base, nullptr, 0);          // needs no memory
         }
     }
     return status;
 }
 
-// Whether a save may replace the file, after this came of reading it. A file that was refused is kept aside
-// for that. One that could not be read may be in the best of health, so it is left alone until it can be.
+// Whether a save may replace the file, given the status of reading it. A refused file is copied aside first.
+// One that could not be read may be intact, so it must not be replaced.
 bool MayBeReplaced(const std::string &path, OSErr status, RefusedFile refused) {
     if (IsDamaged(status)) {
         return refused == RefusedFile::KeepAside && KeepRefusedFile(path) == noErr;
@@ -72,8 +71,8 @@ bool MayBeReplaced(const std::string &path, OSErr status, RefusedFile refused) {
     return status == noErr || status == fnfErr || status == dirNFErr;
 }
 
-// Older programs stored a global record under the file name that an import gave it. With one, the factory's global
-// record does not match it and would come in as a second.
+// Older programs stored an imported global record with a file name. The factory's global record would not
+// match it and would be added as a second one.
 void ClearGlobalNames(QBaseHandle base) {
     for (RecordNumber i = 0; i < QBaseCountRecords(base); ++i) {
         if (AppPrefs *prefs = GetAppPrefs(base, i); IsGlobalPrefs(prefs) && prefs->appFileName[0] != 0) {
@@ -83,7 +82,7 @@ void ClearGlobalNames(QBaseHandle base) {
     }
 }
 
-// Adds the factory's records to a base that has none, or none of this version.
+// Adds the factory records to a base that has none, or only those of an older version.
 void MergeDefaults(QBaseHandle base, const FSRef &resourceFolder, std::uint32_t version) {
     if (QBaseCountRecords(base) != 0 && version <= QBaseGetUserLong(base)) {
         return;
@@ -97,12 +96,11 @@ void MergeDefaults(QBaseHandle base, const FSRef &resourceFolder, std::uint32_t 
     }
 }
 
-// All of reading but finding the file: `status` is what came of that, an empty path means that there is none
-// to read.
+// Everything but finding the file: `status` is the result of that; an empty path means no file to read.
 OSErr LoadDevicePrefs(QBaseHandle base, OSErr status, const std::string &path, const FSRef &resourceFolder,
                       std::uint32_t version, RefusedFile refused, DevicePrefsFile *file) {
     QBaseEmpty(base);
-    QBaseSetReadOnly(base, true); // until it is known that a save destroys nothing
+    QBaseSetReadOnly(base, true); // until a save is known to be safe
     if (status == noErr && !path.empty()) {
         status = ReadRecords(base, path);
     }
@@ -113,7 +111,7 @@ OSErr LoadDevicePrefs(QBaseHandle base, OSErr status, const std::string &path, c
     return QBaseCountRecords(base) == 0 ? resNotFound : noErr;
 }
 
-// The repairs of one record, in their order. Each tells whether it changed the record.
+// The repairs of one record, in order. Each returns whether it changed the record.
 
 bool RenameIllustrator(AppPrefs &prefs) {
     if (PStringCmp(prefs.appFileName.data(), kOldIllustratorName.data()) != 0) {
@@ -145,7 +143,7 @@ bool ClearAppCommands(AppPrefs &prefs) {
     return changed;
 }
 
-// Whether the base has the factory record already. Records of its name take over the wildcard signature.
+// Whether the base already has the factory record. Gives records of its name the wildcard signature.
 bool MatchFactoryRecord(QBaseHandle base, const AppPrefs &factory) {
     bool matched = false;
     for (RecordNumber i = 0; i < QBaseCountRecords(base); ++i) {
@@ -227,7 +225,7 @@ OSErr SaveDevicePrefsToPath(QBaseHandle base, const std::string &path) {
     if (base == nullptr || path.empty()) {
         return noErr;
     }
-    if (QBaseGetReadOnly(base)) { // asked before an update in place empties the file
+    if (QBaseGetReadOnly(base)) { // check before an in-place update empties the file
         return wrPermErr;
     }
     const bool recordsChanged = QBaseGetRecordsChanged(base);
@@ -240,7 +238,7 @@ OSErr SaveDevicePrefsToPath(QBaseHandle base, const std::string &path) {
     if (status == noErr) {
         status = update.Commit();
     }
-    if (status != noErr) { // what was written into the new file is gone with it
+    if (status != noErr) { // the new file was discarded
         QBaseSetRecordsChanged(base, recordsChanged);
         QBaseSetUserFieldsChanged(base, userFieldsChanged);
     }
@@ -255,8 +253,8 @@ OSErr FindDevicePrefsPath(std::string *path) try {
 }
 
 OSErr GetDeviceDefaultPrefs(QBaseHandle base, const std::string &path) {
-    // A file that cannot be read adds nothing, and neither does a record without memory for it: the records
-    // that are there are what counts.
+    // An unreadable file, or a record for which memory is out, just adds nothing: the user's records matter
+    // more.
     std::ignore = ReadAppPrefsFile(path, [base](const AppPrefs &factory) {
         if (!MatchFactoryRecord(base, factory)) {
             std::ignore = QBaseAddRecord(base, &factory, sizeof factory);
@@ -272,7 +270,7 @@ OSErr EnsureGlobalPrefs(QBaseHandle base, const FSRef &resourceFolder) {
     if (IsGlobalPrefs(GetAppPrefs(base, 0))) {
         return noErr;
     }
-    SortDrevixBase(base); // brings a global record to the front
+    SortDrevixBase(base); // moves a global record to the front
     if (IsGlobalPrefs(GetAppPrefs(base, 0))) {
         return noErr;
     }

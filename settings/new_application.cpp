@@ -11,7 +11,8 @@ namespace {
 constexpr std::string_view kEntryExtension = ".desktop";
 constexpr std::size_t kSignatureLength = 4;
 
-// A list's signature as a code, of its first four characters in Mac OS Roman; none for a shorter text.
+// The signature in an application's property list: its first four characters in Mac OS Roman; none if
+// shorter.
 OSType SignatureOf(const AppFolderInfo &info) {
     Str255 text{};
     getPascalString(info.signature, text.data());

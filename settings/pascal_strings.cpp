@@ -11,20 +11,20 @@
 namespace drevix {
 namespace {
 
-constexpr int kLongestPascalString = 255; // what a length byte can say
+constexpr int kLongestPascalString = 255; // the most a length byte can hold
 
-// A limit outside the contract must not become a length byte that lies about the buffer.
+// An invalid limit must not become a length byte that overruns the buffer.
 int Bounded(std::int32_t limit) {
     return std::clamp<std::int32_t>(limit, 0, kLongestPascalString);
 }
 
-// Folds ASCII only: names that differ in an accented capital are different names, in the helper too.
+// Folds ASCII only: names that differ in an accented capital are different, for the helper too.
 int Counted(std::uint8_t character) {
     return SmallLetter(character);
 }
 
-// Appends `count` characters, cut to the limit, and gives the number appended. The strings may be the same
-// one, so the bytes are moved, not copied.
+// Appends `count` characters, cut to the limit, and returns the number appended. The strings may be the same
+// one, hence memmove.
 int Append(const void *characters, std::size_t count, StringPtr destination, std::int32_t limit) {
     const int length = destination[0];
     const int room = std::max(Bounded(limit) - length, 0);
@@ -41,7 +41,7 @@ std::size_t BoundedLength(const char *text, std::int16_t limit) {
 } // namespace
 
 std::int16_t PStringCopy(ConstStringPtr source, StringPtr destination, std::int16_t limit) {
-    const std::size_t length = source[0]; // read first: the strings may be the same one
+    const std::size_t length = source[0]; // read first: both strings may be the same
     destination[0] = 0;
     return static_cast<std::int16_t>(Append(source + 1, length, destination, limit));
 }
@@ -99,7 +99,7 @@ std::string stringWithPascalString(ConstStringPtr source) {
 }
 
 void getPascalString(std::string_view text, StringPtr destination, std::int32_t maxLength) {
-    // Converted whole before it is cut: several characters of the text may become one.
+    // Convert before cutting: several characters of the text may become one.
     const std::string characters = MacRomanFromUtf8(text);
     destination[0] = 0;
     Append(characters.data(), characters.size(), destination, maxLength);

@@ -47,8 +47,7 @@ PropertyListDictionary DictionaryOf(const DevicePrefs &device) {
     return entries;
 }
 
-// Reading. A value of another type than its key's is as good as absent, so that one odd value cannot stop an
-// import.
+// Reading. A value of the wrong type counts as missing, so that one odd value cannot stop an import.
 
 template <typename T>
 const T *ValueOf(const PropertyListDictionary &entries, std::string_view key) {
@@ -56,7 +55,7 @@ const T *ValueOf(const PropertyListDictionary &entries, std::string_view key) {
     return value == nullptr ? nullptr : value->As<T>();
 }
 
-// Keeps the low bits that the field has room for.
+// Keeps the low bits that fit the field.
 template <typename Field>
 Field NumberOf(const PropertyListDictionary &entries, std::string_view key) {
     if (const auto *value = ValueOf<std::int64_t>(entries, key)) {
@@ -116,11 +115,10 @@ void GetDevice(const PropertyListDictionary &entries, DevicePrefs &device) {
     }
 }
 
-// Records as they come out of a file. Not a vector: its growing would hold most records twice.
+// Records read from a file. Not a vector, which would hold most records twice while it grows.
 using Records = std::deque<AppPrefs>;
 
-// Makes a record of an element; false without memory. It must not throw: between it and ReadAppPrefsFile lies a
-// C library.
+// Makes a record from an element; false if out of memory. Must not throw: a C library calls it.
 bool Collect(const PropertyList &element, Records &records) try {
     if (const auto *dictionary = element.As<PropertyListDictionary>()) {
         AppPrefs record = {};
@@ -179,7 +177,7 @@ OSErr ReadAppPrefsFile(const std::string &path, const AppPrefsHandler &handler, 
     if (const OSErr status = ReadPropertyListArray(path, collect, problem); status != noErr) {
         return status;
     }
-    // Each record is given up as it goes, so that a handler that keeps them all does not hold them twice.
+    // Free each record once passed on, so that a handler that keeps them all does not hold them twice.
     for (; !records.empty(); records.pop_front()) {
         withoutMemory += HandOver(records.front(), handler) ? 0 : 1;
     }

@@ -21,12 +21,12 @@ namespace {
 
 constexpr std::string_view kAppExtension = ".app";
 
-// A record's bytes as settings, null when they are none.
+// A record's bytes as settings; null if they are not settings.
 const AppPrefs *AsAppPrefs(const void *data, std::int32_t length) {
     return length == sizeof(AppPrefs) ? static_cast<const AppPrefs *>(data) : nullptr;
 }
 
-// The three parts of the list, and behind them records that are no settings.
+// The three parts of the list, then records that are not settings.
 enum class ListPart { Global, Factory, User, Unknown };
 
 ListPart ListPartOf(const AppPrefs *prefs) {
@@ -40,20 +40,20 @@ ListPart ListPartOf(const AppPrefs *prefs) {
 }
 
 bool EndsInAppExtension(std::string_view name) {
-    if (name.size() <= kAppExtension.size()) { // ".app" alone is a name
+    if (name.size() <= kAppExtension.size()) { // ".app" alone is a valid name
         return false;
     }
     return IsEqualWithoutCase(name.substr(name.size() - kAppExtension.size()), kAppExtension);
 }
 
-// Signatures tell applications apart, but for the wildcard: many factory records carry it, and then the name counts.
+// Signatures identify applications, except the wildcard: many factory records have it, so the name decides.
 bool IsFactoryRecordOf(const AppPrefs &factory, const AppPrefs &prefs) {
     return factory.application == prefs.application &&
            (factory.application != kWildcardSignature ||
             PStringCmp(factory.appFileName.data(), prefs.appFileName.data()) == 0);
 }
 
-// The list's order, and among equals the order of the data: the two lie in the base's record data.
+// The list's order, and data order among equals: both records lie in the base's record data.
 std::int32_t CompareByListAndPlace(const void *a, std::int32_t lengthA, const void *b, std::int32_t lengthB) {
     const std::int32_t order = CompareDrevixBaseRecords(a, lengthA, b, lengthB);
     if (order != 0 || a == b) {
@@ -66,7 +66,7 @@ bool HasName(const AppPrefs *prefs, ConstStringPtr appFileName) {
     return prefs != nullptr && PStringCmp(prefs->appFileName.data(), appFileName) == 0;
 }
 
-// How surely a record is the one that `former` was; 0: it is not.
+// How well a record matches `former`; 0: not at all.
 int LikenessOf(const AppPrefs *prefs, const AppPrefs &former) {
     if (!HasName(prefs, former.appFileName.data())) {
         return 0;
@@ -189,21 +189,20 @@ RecordNumber FindReplacedAppPrefs(QBaseHandle base, const AppPrefs &record) {
     if (record.application != kGlobalSignature) {
         return FindAppPrefs(base, record.appFileName.data());
     }
-    // In a base without a global record, an application's record must not give way to it.
+    // In a base without a global record, a new one must not replace an application's record.
     return IsGlobalPrefs(GetAppPrefs(base, 0)) ? 0 : kNoRecord;
 }
 
 RecordNumber StoreAppPrefs(QBaseHandle base, const AppPrefs &record, RecordNumber replaced) {
     AppPrefs stored = record;
     if (IsGlobalPrefs(&record)) {
-        stored.appFileName =
-            {}; // with a name it would not be known for what it is when factory records are merged
+        stored.appFileName = {}; // with a name, the merge of factory records would not recognize it
     }
     if (replaced == kNoRecord) {
         return QBaseAddRecord(base, &stored, sizeof stored);
     }
     const AppPrefs *old = GetAppPrefs(base, replaced);
-    // The flag keeps an application's record from being deleted; the global record cannot be deleted anyway.
+    // The flag protects an application's record from deletion; the global record cannot be deleted anyway.
     if (old != nullptr && !IsGlobalPrefs(&record)) {
         stored.factory |= old->factory;
     }

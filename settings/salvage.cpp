@@ -9,8 +9,7 @@ namespace drevix {
 
 std::vector<std::string_view> FindWholeRecords(std::string_view bytes) {
     constexpr std::uint32_t kSize = kQBaseRecordHeaderSize + sizeof(AppPrefs);
-    constexpr std::array<std::uint32_t, 2> kHead = {kSize,
-                                                    sizeof(AppPrefs)}; // size and length; flags may be any
+    constexpr std::array<std::uint32_t, 2> kHead = {kSize, sizeof(AppPrefs)}; // size and length; any flags
     const std::string_view head(reinterpret_cast<const char *>(kHead.data()), sizeof kHead);
     std::vector<std::string_view> records;
     for (std::size_t at = bytes.find(head); at != bytes.npos && bytes.size() - at >= kSize;) {

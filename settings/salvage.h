@@ -1,4 +1,4 @@
-// What can still be had of a damaged settings file.
+// Recovers records from a damaged settings file.
 #pragma once
 
 #include "platform/base/types.h"
@@ -9,11 +9,11 @@
 
 namespace drevix {
 
-// The data of every settings record that lies whole among the bytes, whatever has become of the file's head,
-// its index, or other records: a record's head with a settings record's size and length is what begins one.
+// The data of every intact settings record in the bytes, whatever the state of the file's header, index or
+// other records. A record header with the size and length of a settings record marks a record's start.
 [[nodiscard]] std::vector<std::string_view> FindWholeRecords(std::string_view bytes);
 
-// Adds those records to the base. memFullErr, with some of them added, without memory.
+// Adds those records to the base. noErr, or memFullErr with only some of them added.
 [[nodiscard]] OSErr AddWholeRecords(QBaseHandle base, std::string_view bytes);
 
 } // namespace drevix
