@@ -15,7 +15,7 @@ namespace {
 constexpr std::uint32_t kInverted = 0xFFFFFFFF;
 constexpr std::uint32_t kBare = 0;
 
-// The register is the caller's value changed by `mask` on its way in and on its way out.
+// XORs the caller's value with `mask` on the way in and out.
 void Calculate(const void *data, std::uint32_t count, std::uint32_t *crc, std::uint32_t *sum,
                std::uint32_t mask, LetterCase letters) {
     const CrcState start = {(crc != nullptr ? *crc : 0) ^ mask, sum != nullptr ? *sum : 0};
@@ -29,12 +29,12 @@ void Calculate(const void *data, std::uint32_t count, std::uint32_t *crc, std::u
 }
 
 constexpr std::int64_t kChunkBytes = 32768;
-// A resource fork starts with the offsets and lengths of its parts; then the system's and the program's own
-// bytes follow, which change without the resources, up to the first part at 256.
+// A resource fork starts with the offsets and lengths of its parts. Up to the first part at 256 follow bytes
+// of the system and the program, which change independently of the resources.
 constexpr std::int64_t kResourceHeaderBytes = 16;
 constexpr std::int64_t kResourceDataOffset = 256;
 
-// Calls the function when an interval has passed since the last call. A difference of ticks stays right when
+// Calls the function if an interval has passed since the last call. A tick difference is correct even when
 // the count wraps around.
 class Progress {
   public:

@@ -1,9 +1,9 @@
-// CRC-32 by carry-less multiplication, 64 bytes a step, with the sum of the bytes from the same loads.
-// The bytes are a polynomial over GF(2) whose highest power is the lowest bit of the first byte. A block of
-// 128 bits that stands d bits before another can be replaced by a multiple of x^d modulo the generator, added
-// to that other block; so four blocks run along the bytes, are brought together, and leave 16 bytes with the
-// same remainder as all the bytes that went in. The tables finish those.
-// (Gopal et al., "Fast CRC Computation for Generic Polynomials Using PCLMULQDQ Instruction", Intel, 2009.)
+// CRC-32 by carry-less multiplication, 64 bytes a step, with the sum of the bytes from the same loads. The
+// bytes are a polynomial over GF(2) whose highest power is the lowest bit of the first byte. A 128-bit block
+// d bits ahead of another can be multiplied by x^d modulo the generator and added to it. So four blocks run
+// over the bytes and are then folded into 16 bytes with the same remainder as all the input; the tables
+// process those. (Gopal et al., "Fast CRC Computation for Generic Polynomials Using PCLMULQDQ Instruction",
+// Intel, 2009.)
 #include "util/crc32/crc32_kernels.h"
 
 #ifdef __x86_64__
@@ -26,8 +26,8 @@ constexpr std::uint64_t PowerOfX(int exponent) {
     return std::uint64_t{power} << 32;
 }
 
-// The block moved `bits` forward and added to `next`. The product of two reflected 64-bit polynomials comes
-// out one place low, that is times x, so the powers are one less; the block's low half is its high powers.
+// Folds the block `bits` forward into `next`. The product of two reflected 64-bit polynomials is one bit low,
+// that is multiplied by x, so the powers are one less; the block's low half holds its high powers.
 template <int bits>
 [[gnu::target("pclmul")]] inline __m128i Forward(__m128i block, __m128i next) {
     const __m128i powers = _mm_set_epi64x(static_cast<long long>(PowerOfX(bits - 1)),
@@ -42,7 +42,7 @@ template <LetterCase letters>
 inline __m128i Load(const std::uint8_t *bytes, __m128i *sums) {
     __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i *>(bytes));
     if constexpr (letters == LetterCase::Ignored) {
-        // Bytes compare as signed, so 'A' is moved to the least value.
+        // Bytes compare as signed, so shift 'A' to the lowest value.
         const __m128i fromA = _mm_add_epi8(block, _mm_set1_epi8(static_cast<char>(0x80 - 'A')));
         const __m128i isCapital = _mm_cmplt_epi8(fromA, _mm_set1_epi8(static_cast<char>(0x80 + 26)));
         block = _mm_or_si128(block, _mm_and_si128(isCapital, _mm_set1_epi8('a' - 'A')));

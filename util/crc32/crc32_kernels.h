@@ -1,5 +1,5 @@
-// The loops behind the CRC functions: one for any processor, one for processors that multiply without
-// carries. For the CRC functions themselves, their tests and benchmarks.
+// The loops behind the CRC functions: one for any processor, one for processors with carry-less
+// multiplication. Only for the CRC functions, their tests and benchmarks.
 #pragma once
 
 #include "platform/base/equal_string.h"
@@ -9,22 +9,22 @@
 
 namespace drevix {
 
-// What runs along the bytes.
+// The running state.
 struct CrcState {
-    std::uint32_t crc; // the bare register
+    std::uint32_t crc; // the raw register
     std::uint32_t sum; // of the bytes, modulo 2^32
 };
 
-// Takes up `count` bytes at any alignment; `bytes` may be null when there are none. With LetterCase::Ignored
-// 'A' to 'Z' count as 'a' to 'z', and every other byte as itself.
+// Processes `count` bytes at any alignment; `bytes` may be null if `count` is 0. LetterCase::Ignored folds
+// only 'A' to 'Z'.
 using CrcKernel = CrcState (*)(CrcState state, const std::uint8_t *bytes, std::size_t count,
                                LetterCase letters);
 
-// Sixteen table look-ups for sixteen bytes, independent of one another.
+// Sixteen independent table lookups for sixteen bytes.
 [[nodiscard]] CrcState TakeUpByTables(CrcState state, const std::uint8_t *bytes, std::size_t count,
                                       LetterCase letters);
 
-// The fastest kernel that this processor can run; TakeUpByTables where there is no other.
+// The fastest kernel that this processor can run; else TakeUpByTables.
 [[nodiscard]] CrcKernel FastestCrcKernel();
 
 } // namespace drevix

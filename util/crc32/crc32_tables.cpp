@@ -7,7 +7,7 @@ namespace drevix {
 namespace {
 
 constexpr std::uint32_t kReflectedGenerator = 0xEDB88320;
-constexpr std::size_t kStride = 16; // bytes taken up in one step
+constexpr std::size_t kStride = 16; // bytes per step
 constexpr std::size_t kWordBytes = sizeof(std::uint64_t);
 
 using CrcTable = std::array<std::uint32_t, 256>;
@@ -24,8 +24,8 @@ constexpr CrcTable MakeByteTable() {
     return table;
 }
 
-// Table k holds what a byte does to the register when k zero bytes follow it, so that the look-ups for the
-// bytes of a step do not wait for each other.
+// Table k holds a byte's effect on the register when k zero bytes follow it, so that the lookups of a step
+// are independent.
 constexpr auto kTables = [] {
     std::array<CrcTable, kStride> tables{MakeByteTable()};
     for (std::size_t k = 1; k < tables.size(); ++k) {
@@ -37,13 +37,13 @@ constexpr auto kTables = [] {
     return tables;
 }();
 
-// The compiler makes one load of this.
+// Compiles to a single load.
 template <std::size_t... i>
 std::uint64_t LoadWord(const std::uint8_t *bytes, std::index_sequence<i...> /*bytes of a word*/) {
     return ((std::uint64_t{bytes[i]} << (8 * i)) | ...);
 }
 
-// What the eight bytes of a word do to the register when `following` bytes come after them in the step.
+// The effect of a word's eight bytes on the register when `following` bytes come after them in the step.
 template <std::size_t following, std::size_t... i>
 std::uint32_t LookUpWord(std::uint64_t word, std::index_sequence<i...> /*bytes of a word*/) {
     return (kTables[following + kWordBytes - 1 - i][(word >> (8 * i)) & 0xFF] ^ ...);
@@ -53,7 +53,7 @@ constexpr std::uint64_t InEveryByte(std::uint8_t value) {
     return std::uint64_t{0x0101010101010101} * value;
 }
 
-// Adds 0x20 to each byte that is 'A' to 'Z'. The low seven bits of a byte plus these constants reach bit 7
+// Adds 0x20 to each byte that is 'A' to 'Z'. Adding these constants to a byte's low seven bits sets bit 7
 // exactly from 'A' and from 'Z' + 1 on; no carry leaves the byte.
 std::uint64_t FoldWord(std::uint64_t word) {
     const std::uint64_t low = word & InEveryByte(0x7F);
@@ -63,7 +63,8 @@ std::uint64_t FoldWord(std::uint64_t word) {
     return word | (capitals >> 2);
 }
 
-// The sum of the word's bytes: pairs into 16-bit lanes, and the lanes into the highest by a multiplication.
+// The sum of the word's bytes: adds pairs into 16-bit lanes, then the lanes into the highest by a
+// multiplication.
 std::uint32_t SumOfWord(std::uint64_t word) {
     constexpr std::uint64_t kEvenBytes = 0x00FF00FF00FF00FF;
     const std::uint64_t pairs = (word & kEvenBytes) + ((word >> 8) & kEvenBytes);

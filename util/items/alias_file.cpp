@@ -33,7 +33,7 @@ bool HasBit(OSType selector, int bit) {
 
 OSType TypeOfVolume(std::int16_t volume) {
     std::int16_t kind = kUnknownDisk;
-    // A volume that says nothing of itself passes for a disk.
+    // A volume of unknown kind counts as a disk.
     std::ignore = GetDiskType(volume, &kind);
     return kind == kServerDisk ? kServerAliasType : kDiskAliasType;
 }
@@ -45,7 +45,7 @@ bool IsFolderOfType(const CatalogInfo &folder, OSType type) {
     if (FindFolder(folder.ioVRefNum, type, kDontCreateFolder, &volume, &id) != noErr) {
         return false;
     }
-    // The id alone would not do: the user's folders may be named by a path with links in it, or be one.
+    // The id alone is not enough: the path to a user's folder may contain links or be one.
     constexpr Str63 kItself = {1, '.'};
     FSRef real;
     FSSpec spec{};
@@ -81,12 +81,12 @@ void ReadCustomIcons(const FSSpec &iconFile, IconHandles &icons) {
     for (std::size_t i = 0; i < icons.size(); ++i) {
         if (const Resource *icon = file.Get1Resource(gAFCustomIconTypes[i], kCustomIconID)) {
             std::ignore =
-                FillBlock(&icons[i], std::as_bytes(std::span(icon->data))); // without memory: no icon
+                FillBlock(&icons[i], std::as_bytes(std::span(icon->data))); // out of memory: no icon
         }
     }
 }
 
-// The file that holds the icons of an item with the custom-icon bit.
+// The file with the icons of an item that has the custom-icon bit.
 std::optional<FSSpec> IconFileOf(const FSSpec &item, const CatalogInfo &info, bool isFolder) {
     if ((info.ioFlFndrInfo.fdFlags & kHasCustomIcon) == 0) {
         return std::nullopt;
@@ -107,7 +107,7 @@ std::span<const std::byte> BytesOf(const Block &block) {
     return {block.Data(), block.Size()};
 }
 
-// Adds the alias record and the icons; *flags are the Finder flags that tell of them.
+// Adds the alias record and the icons; *flags gets the Finder flags for them.
 OSErr AddResources(const FSSpec &aliasSpec, const Block &alias, const IconHandles &icons,
                    std::uint16_t *flags) {
     ResourceFile file;
@@ -120,7 +120,7 @@ OSErr AddResources(const FSSpec &aliasSpec, const Block &alias, const IconHandle
     }
     *flags = kIsAlias;
     for (std::size_t i = 0; i < icons.size(); ++i) {
-        // An alias without its icon still opens the item, so a lack of room for one is no failure.
+        // An alias without its icon still opens the item, so lack of space for one is not an error.
         if (Exists(icons[i]) && file.AddResource(BytesOf(icons[i]), gAFCustomIconTypes[i], kAliasIconID,
                                                  kNoName.data()) == noErr) {
             *flags |= kHasCustomIcon;
@@ -139,7 +139,7 @@ OSErr AddFlags(const FSSpec &aliasSpec, std::uint16_t flags) {
     return FSpSetFInfo(aliasSpec, info);
 }
 
-// Makes the link and flushes its folder: settings that name it are soon to be flushed too.
+// Creates the link and flushes its folder, because settings that name it will be flushed soon.
 OSErr MakeLink(const FSSpec &item, const FSSpec &aliasSpec) {
     const std::string path = PathFromSpec(aliasSpec);
     if (CurrentDisk().MakeSymbolicLink(PathFromSpec(item).c_str(), path.c_str()) != 0) {
@@ -177,7 +177,8 @@ OSErr GetSourceInfo(const FSSpec &item, OSType *typeOut, OSType *creatorOut, Ico
         type = isVolume ? TypeOfVolume(info.ioVRefNum) : TypeOfFolder(info);
         creator = kFinderCreator;
         if (isVolume && !iconFile) {
-            std::ignore = GetDiskIcon(info.ioVRefNum, icons.data()); // without memory the alias has no icon
+            std::ignore =
+                GetDiskIcon(info.ioVRefNum, icons.data()); // if memory is out, the alias has no icon
         }
     }
     if (typeOut != nullptr) {
@@ -221,7 +222,7 @@ OSErr CreateAliasFile(const FSSpec &item, const FSSpec &aliasSpec) try {
         status = MakeLink(item, aliasSpec);
     }
     if (status != noErr) {
-        std::ignore = FSpDelete(aliasSpec); // the status that decided is the one to report
+        std::ignore = FSpDelete(aliasSpec); // report the first failure
     }
     return status;
 } catch (const std::bad_alloc &) {

@@ -1,6 +1,6 @@
-// Alias files: small files that lead to an item. Here an alias file is a symbolic link, which any program
-// follows, and beside it the AppleDouble file with what the Finder would keep: type, creator, flags, the
-// alias record and the item's icons.
+// Alias files: small files that point to an item. Here an alias file is a symbolic link, which any program
+// follows, plus an AppleDouble file beside it with the Finder's data: type, creator, flags, alias record and
+// the item's icons.
 #pragma once
 
 #include "platform/base/block.h"
@@ -31,7 +31,7 @@ inline constexpr auto gAFFolderTypes = std::to_array<AFFolderType>({
     {0, 0},
 });
 
-// The resource types of a custom icon, and where it is kept for a folder or volume.
+// The resource types of a custom icon, and the file that holds it for a folder or volume.
 inline constexpr auto gAFCustomIconTypes =
     std::to_array<OSType>({FourCharCode("ICN#"), FourCharCode("icl4"), FourCharCode("icl8"),
                            FourCharCode("ics#"), FourCharCode("ics4"), FourCharCode("ics8")});
@@ -47,22 +47,22 @@ inline constexpr OSType kDiskAliasType = FourCharCode("hdsk");
 inline constexpr OSType kServerAliasType = FourCharCode("srvr");
 inline constexpr OSType kFinderCreator = FourCharCode("MACS");
 
-// Icons by position in gAFCustomIconTypes; empty where the item has none.
+// Icons by position in gAFCustomIconTypes; empty if the item has none.
 using IconHandles = std::array<Block, gAFCustomIconTypes.size()>;
 
-// What AliasesAvailable found: 1 or 0, -1 until it was asked.
+// AliasesAvailable's result: 1 or 0; -1 before its first call.
 extern std::int16_t gAFAliasAndFSSAvailable;
-// 1 when the system has aliases and FSSpec calls, else 0.
+// 1 if the system has aliases and FSSpec calls, else 0.
 [[nodiscard]] std::int16_t AliasesAvailable();
 
-// The type and creator that an alias file of the item has, and the item's custom icons; a volume without one
-// gets the built-in disk icon. Type and creator are optional. noErr, or the status of the look-up, all icons
-// empty then. Icons that cannot be read are left out.
+// The type and creator for an alias file of the item, both optional, and the item's custom icons; a volume
+// without one gets the built-in disk icon. Leaves out icons that cannot be read. noErr, or the status of the
+// lookup with all icons empty.
 [[nodiscard]] OSErr GetSourceInfo(const FSSpec &item, OSType *type, OSType *creator, IconHandles &icons);
 
-// Makes the alias file of an item. It appears whole: its link comes last. A failure leaves nothing behind.
-// An icon that does not fit in is left out. noErr; gestaltUndefSelectorErr without aliases; dupFNErr when the
-// name is taken; the status of the step that failed.
+// Creates the alias file of an item atomically: the link comes last. A failure leaves nothing behind. Leaves
+// out an icon that does not fit. noErr; gestaltUndefSelectorErr without aliases; dupFNErr if the name is
+// taken; the status of the step that failed.
 [[nodiscard]] OSErr CreateAliasFile(const FSSpec &item, const FSSpec &aliasSpec);
 
 } // namespace drevix

@@ -19,16 +19,16 @@ constexpr std::uint32_t kNoBase = 0xFFFF;
 constexpr std::size_t kMostBytes = 0xFFFF;
 constexpr std::size_t kSizeField = offsetof(AliasRecordHeader, size);
 
-// Tags of the parts behind the header.
+// Tags of the parts after the header.
 constexpr std::uint16_t kFolderNameTag = 0;
 constexpr std::uint16_t kPathTag = 18;       // of the item from its volume's root
 constexpr std::uint16_t kMountPointTag = 19; // of the volume
 constexpr std::uint16_t kEndTag = 0xFFFF;
 
-// What a record says, looked up.
+// The data for a record.
 struct Facts {
     CatalogInfo item{};
-    CatalogInfo folder{}; // that it lies in; only its name and number
+    CatalogInfo folder{}; // its folder; only name and number
     VolumeInfo volume{};
     std::string path;
     bool isFolder = false;
@@ -66,7 +66,7 @@ void PutPart(std::string &bytes, std::uint16_t tag, std::string_view text) {
 std::string HeaderBytes(const Facts &facts) {
     std::string bytes;
     Put32(bytes, 0);
-    Put16(bytes, 0); // the size, when it is known
+    Put16(bytes, 0); // the size, filled in later
     Put16(bytes, kVersion);
     Put16(bytes, facts.isFolder ? 1 : 0);
     PutName(bytes, facts.volume.ioName, sizeof AliasRecordHeader::volumeName);

@@ -1,4 +1,4 @@
-// Alias records: where an item is, as the platform's aliases keep it. docs/items-folder.md has the layout.
+// Alias records: an item's location as the platform's aliases store it. docs/items-folder.md has the layout.
 #pragma once
 
 #include "platform/base/block.h"
@@ -9,7 +9,7 @@
 namespace drevix {
 
 #pragma pack(push, 1)
-// The fixed part, version 2. All numbers are big endian; dates are not known here and 0.
+// The fixed part, version 2. All numbers are big-endian; dates are unknown here and 0.
 struct AliasRecordHeader {
     std::uint32_t userType; // 0
     std::uint16_t size;     // bytes of the whole record
@@ -19,13 +19,13 @@ struct AliasRecordHeader {
     std::uint32_t volumeDate;
     std::uint16_t volumeSignature; // 'H+'
     std::uint16_t volumeKind;      // 0 for a local disk, 1 for any other
-    std::uint32_t parentNumber;    // inode number of the item's folder, its low half; 1 for a volume
+    std::uint32_t parentNumber;    // low half of the folder's inode number; 1 for a volume
     std::uint8_t name[64];
-    std::uint32_t number; // inode number of the item, its low half
+    std::uint32_t number; // low half of the item's inode number
     std::uint32_t date;
     std::uint32_t type; // Finder information
     std::uint32_t creator;
-    std::uint16_t levelsUp; // 0xFFFF: made without a base
+    std::uint16_t levelsUp; // 0xFFFF: no relative path
     std::uint16_t levelsDown;
     std::uint32_t volumeAttributes;
     std::uint16_t fileSystem; // as VolumeInfo::ioVFSID
@@ -34,8 +34,8 @@ struct AliasRecordHeader {
 #pragma pack(pop)
 static_assert(sizeof(AliasRecordHeader) == 150);
 
-// Makes the alias record of an item, without a base. noErr; the status of looking the item up; memFullErr;
-// bdNamErr for an item whose path is too long for a record. *alias is unchanged then.
+// Makes an absolute alias record of an item. noErr; the status of looking up the item, memFullErr, or
+// bdNamErr for a path too long for a record, with *alias unchanged.
 [[nodiscard]] OSErr NewAlias(const FSSpec &item, Block *alias);
 
 } // namespace drevix

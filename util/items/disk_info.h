@@ -1,4 +1,4 @@
-// What kind of disk a volume is, and the picture of a disk.
+// The kind of disk a volume is on, and the disk icon.
 #pragma once
 
 #include "platform/base/block.h"
@@ -9,12 +9,12 @@
 
 namespace drevix {
 
-// The built-in disk icon as an 'ICN#' resource: 32 rows of 32 pixels, most significant bit leftmost, then as
-// many of its mask.
+// The built-in disk icon as an 'ICN#' resource: 32 rows of 32 pixels, most significant bit leftmost, then its
+// mask in the same form.
 inline constexpr std::size_t kDiskIconSize = 256;
 extern const std::array<std::uint8_t, kDiskIconSize> kDiskIcon;
 
-// Makes the block the built-in disk icon; every volume has the same. noErr, or memFullErr with the block
+// Sets the block to the built-in disk icon, the same for every volume. noErr, or memFullErr with the block
 // unchanged.
 [[nodiscard]] OSErr GetDiskIcon(std::int16_t volume, Block *icon);
 
@@ -22,9 +22,9 @@ extern const std::array<std::uint8_t, kDiskIconSize> kDiskIcon;
 inline constexpr std::int16_t kUnknownDisk = 0;
 inline constexpr std::int16_t kLocalDisk = 1;
 inline constexpr std::int16_t kServerDisk = 3;
-inline constexpr std::int16_t kForeignDisk = 4; // local, in another system's format
+inline constexpr std::int16_t kForeignDisk = 4; // local, with another system's format
 
-// Tells the kind of a volume, if `kind` is given. The status is that of PBHGetVInfoSync, the kind then
+// *kind, if given, gets the kind of the volume. noErr, or the status of PBHGetVInfoSync with kind
 // kUnknownDisk.
 [[nodiscard]] OSErr GetDiskType(std::int16_t volume, std::int16_t *kind);
 

@@ -1,4 +1,4 @@
-// Single items of the items folder: from a slot's text to the item, and from an item to the text.
+// Single items of the items folder: from a slot's text to the item and back.
 
 #include "platform/base/equal_string.h"
 #include "platform/base/status.h"
@@ -22,7 +22,7 @@ namespace drevix {
 namespace {
 
 constexpr std::size_t kLongestName = std::tuple_size_v<Str31> - 1;
-constexpr int kMostNumbers = 100; // tried before a folder counts as full
+constexpr int kMostNumbers = 100; // tried before giving up
 
 struct Place {
     std::int16_t volume = 0;
@@ -41,7 +41,7 @@ FSSpec SpecOf(const Place &place, std::string_view name) {
     return spec;
 }
 
-// Where a link leads, one step; empty for what is no link.
+// A link's direct target; empty if not a link.
 std::string TargetOf(const std::string &path) {
     std::array<char, PATH_MAX> target{};
     const ssize_t length =
@@ -57,14 +57,14 @@ bool IsThere(const std::string &path) {
     return !path.empty() && DiskDescriptor(CurrentDisk().Open(path.c_str(), O_PATH, 0));
 }
 
-// The first entry of the folder whose name is this one but for letter case; an empty name without one.
+// The first entry in the folder with this name, ignoring letter case; empty if none.
 Str63 FindName(const std::vector<Str63> &names, ConstStringPtr name) {
     const auto found = std::ranges::find_if(
         names, [&](const Str63 &other) { return EqualString(other.data(), name, LetterCase::Ignored); });
     return found == names.end() ? Str63{} : *found;
 }
 
-// Whether the alias file leads to the item and is what would be made for it now.
+// Whether the alias file points to the item and matches what would be created for it now.
 bool IsAliasOf(const FSSpec &aliasSpec, const FSSpec &item) {
     FInfo info{};
     OSType type = 0;
@@ -74,7 +74,7 @@ bool IsAliasOf(const FSSpec &aliasSpec, const FSSpec &item) {
            (info.fdFlags & kIsAlias) != 0 && info.fdType == type && info.fdCreator == creator;
 }
 
-// Makes the alias file under one name, unless something of another item has it: dupFNErr then.
+// Creates the alias file under one name; dupFNErr if anything else has that name.
 OSErr MakeUnderName(const Place &place, const std::vector<Str63> &names, std::string_view name,
                     const FSSpec &item) {
     const FSSpec wanted = SpecOf(place, name);
@@ -93,7 +93,7 @@ OSErr MakeUnderName(const Place &place, const std::vector<Str63> &names, std::st
     return CreateAliasFile(item, wanted);
 }
 
-// The item that a path names, or that the alias file leads to when the path names one of the items folder.
+// The item at a path, or its target if it is an alias file in the items folder.
 OSErr FindItem(const std::string &path, const Place &place, FSSpec *item) {
     const OSErr status = GetFSSpecFromNSString(path.c_str(), item, MissingItem::Refused);
     if (status != noErr) {
@@ -108,9 +108,9 @@ OSErr FindItem(const std::string &path, const Place &place, FSSpec *item) {
     return target.empty() ? noErr : GetFSSpecFromNSString(target.c_str(), item, MissingItem::Refused);
 }
 
-// The name of the item as its own: that of its volume for one.
+// Whether the item's name can be used as it is; a volume goes by its own name.
 bool HasPlainName(const FSSpec &item, const std::string &leaf) {
-    constexpr std::string_view kCompanionStart = "._"; // a file of such a name passes for another's companion
+    constexpr std::string_view kCompanionStart = "._"; // would be taken for another file's AppleDouble file
     return item.parID == kRootParentFolder ||
            (FitsPascalName(leaf, leaf.size()) && !leaf.starts_with(kCompanionStart));
 }

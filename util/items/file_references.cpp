@@ -19,7 +19,7 @@ bool IsLink(const char *path) {
     return CurrentDisk().StatusAt(path, &status) == 0 && S_ISLNK(status.st_mode);
 }
 
-// The specification of an item that is not there in a folder that is; fnfErr when that went well.
+// The specification of a missing item in an existing folder; fnfErr on success.
 OSErr SpecOfMissing(std::string path, FSSpec *spec) {
     while (path.size() > 1 && path.ends_with('/')) {
         path.pop_back();

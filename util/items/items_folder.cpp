@@ -19,8 +19,8 @@ namespace {
 
 constexpr std::int16_t kSystemScript = -1;
 
-// The folded names of the items that slots open, collected once: each file is then looked up in one step
-// instead of being compared with every slot of every record.
+// The folded names of all items that slots open, so that each file needs one lookup instead of a comparison
+// with every slot.
 std::unordered_set<std::string> NamesInUse(QBaseHandle base) {
     std::unordered_set<std::string> names;
     const std::int32_t count = QBaseCountRecords(base);
@@ -38,8 +38,8 @@ std::unordered_set<std::string> NamesInUse(QBaseHandle base) {
     return names;
 }
 
-// Steps through the entries as they were at the start: what a walk by index meets that looks again at the
-// place of each one removed.
+// Walks the entries as listed at the start, which visits the same ones as a walk by index that stays in place
+// after a removal.
 void RemoveUnused(std::int16_t volume, std::int32_t folder,
                   const std::unordered_set<std::string> &namesInUse) {
     std::vector<Str63> names;
@@ -52,14 +52,14 @@ void RemoveUnused(std::int16_t volume, std::int32_t folder,
         bool isFolder = false;
         const OSErr status = DrevixGetCatInfo(file, 0, &info, &isFolder);
         if (status == fnfErr) {
-            continue; // removed by someone else meanwhile
+            continue; // removed by another program meanwhile
         }
         if (status != noErr) {
             return;
         }
         const bool isAlias = !isFolder && (info.ioFlFndrInfo.fdFlags & kIsAlias) != 0;
         if (isAlias && !namesInUse.contains(FoldedString(PascalCharacters(name)))) {
-            std::ignore = FSpDelete(file); // what cannot be removed stays
+            std::ignore = FSpDelete(file); // leave what cannot be removed
         }
     }
 }

@@ -1,4 +1,4 @@
-// The items folder: the alias files of the items that action slots open, named by the slots' text.
+// The items folder: alias files of the items that action slots open; the slots' text names them.
 #pragma once
 
 #include "platform/catalog/catalog.h"
@@ -13,36 +13,35 @@ namespace drevix {
 // The folder's name in the preferences folder.
 inline constexpr auto kDrevixItemsFolderName = PascalLiteral("com.halcyra.drevix.stuff");
 
-// Finds the folder of that name (63 characters at most) in the user's preferences folder, which is made when
-// missing; kCreateFolder makes the folder too. The outputs are optional and set only on success: the
-// folder's own specification, the volume to name with its id, and its id. noErr; paramErr for a name that is
-// null or empty; fnfErr when it is missing and not to be made; ioErr for a file of that name; the status of
-// the step that failed.
+// Finds the folder of that name (63 characters at most) in the user's preferences folder, creating the latter
+// if missing; kCreateFolder creates the folder itself too. The outputs are optional and set only on success:
+// the folder's specification, its volume and its id. noErr; paramErr for a null or empty name; fnfErr if the
+// folder is missing and not to be created; ioErr if a file has that name; the status of the step that failed.
 [[nodiscard]] OSErr FindDrevixItemsFolder(ConstStringPtr name, FolderCreation creation, FSSpec *spec,
                                           std::int16_t *volume, std::int32_t *folder);
 
-// Removes every alias file of the folder that no open-item slot of a record in the base names, letter case
-// ignored, accents not. Other files, links and folders stay. An alias file that cannot be removed is left;
-// the first look-up that fails ends it. noErr, or why the folder could not be found or made; the base is
-// unchanged, and null counts as empty. Cost: one look at each record and one at each file.
+// Removes every alias file that no open-item slot in the base names (ignoring letter case, but not accents).
+// Keeps other files, links and folders, and alias files that cannot be removed; stops at the first failed
+// lookup. noErr, or the error finding or creating the folder. The base is not changed; null counts as empty.
+// Linear in records plus files.
 OSErr CleanupDrevixItems(ConstStringPtr name, QBaseHandle base);
 
-// Where an alias file of the items folder leads.
+// The target of an alias file in the items folder.
 struct DrevixItem {
-    std::string path; // absolute, bytes as the file system has them; empty when there is no such alias file
-    bool exists;      // something is there, links followed
+    std::string path; // absolute, raw file system bytes; empty: no such alias file
+    bool exists;      // the target exists, following links
 };
-// By the text of a slot: the alias file of exactly that name, else one whose name differs in letter case
-// alone. Nothing is made or changed; a failure counts as no alias file.
+// Looks up a slot's text: the alias file of exactly that name, else one that differs only in letter case.
+// Changes nothing; a failure counts as no alias file.
 [[nodiscard]] DrevixItem ResolveDrevixItem(const Str31 &name);
 
-// Makes an alias file in the items folder for the item at an absolute or relative path, and gives the name to
-// store in a slot: the item's name, cut to 31 characters. A name that Mac OS Roman cannot hold, or that is
-// taken by something else than an alias file of this very item, gets a number instead (DistinctName), so that
-// no slot's item is ever exchanged for another. An alias file that is right already stays as it is. An alias
-// file chosen in the items folder stands for the item that it leads to.
-// noErr; fnfErr when there is no such item; dirFulErr when no name was free; the status of the step that
-// failed, with *storedName unchanged.
+// Creates an alias file in the items folder for the item at an absolute or relative path. *storedName gets
+// the name to store in a slot: the item's name, cut to 31 characters. If Mac OS Roman cannot represent the
+// name, or it is taken by anything but an alias file of this very item, a number distinguishes it
+// (DistinctName), so that no slot's item is ever replaced by another. An alias file that is already right is
+// kept. If the path is an alias file in the items folder, its target is used. noErr; fnfErr if there is no
+// such item, dirFulErr if no name was free, or the status of the step that failed, with *storedName
+// unchanged.
 [[nodiscard]] OSErr MakeDrevixItem(const std::string &path, Str31 *storedName);
 
 } // namespace drevix
