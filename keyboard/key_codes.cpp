@@ -6,7 +6,7 @@
 namespace drevix {
 namespace {
 
-// The control characters that stand for keys which print nothing.
+// The control characters of keys that print nothing.
 enum : std::uint8_t {
     kNothing = 0,
     kHome = 1,
@@ -26,7 +26,7 @@ enum : std::uint8_t {
     kDown = 31,
     kSpace = 32,
     kForwardDelete = 127,
-    kPrinted = 255, // not a character: what the layout says
+    kPrinted = 255, // not a character: the layout decides
 };
 
 constexpr std::uint8_t kClearKey = 0x47;
@@ -50,7 +50,7 @@ constexpr auto kKeyTable = std::to_array<Key>({
     {0x07,  45, kPrinted},       // X
     {0x08,  46, kPrinted},       // C
     {0x09,  47, kPrinted},       // V
-    {0x0A,  86, kPrinted},       // the key that only ISO keyboards have (KEY_102ND)
+    {0x0A,  86, kPrinted}, // on ISO keyboards only: KEY_102ND
     {0x0B,  48, kPrinted},       // B
     {0x0C,  16, kPrinted},       // Q
     {0x0D,  17, kPrinted},       // W
@@ -162,10 +162,10 @@ constexpr auto kKeyTable = std::to_array<Key>({
 struct Alias {
     std::uint16_t scanCode;
     std::uint8_t keyCode;
-    bool isSent = false; // instead of the classic key, which PC keyboards lack and programs do not expect
+    bool isSent = false; // sent instead of the classic key, which PC keyboards lack
 };
 
-// Keys of other keyboards that are in the place of a classic one, or do the same.
+// Keys of other keyboards in the place, or with the function, of a classic one.
 constexpr auto kAliases = std::to_array<Alias>({
     { 99, 0x69, true}, // KEY_SYSRQ, Print Screen: F13
     { 70, 0x6B, true}, // KEY_SCROLLLOCK: F14

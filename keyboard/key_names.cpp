@@ -15,7 +15,7 @@ std::array<std::uint8_t, 128> gAsciiTable{};
 
 namespace {
 
-// In UTF-8 what is printed on the keys that gAsciiTable has nothing for.
+// The characters (UTF-8) printed on the keys that gAsciiTable has nothing for.
 std::array<std::string, 128> gPrintedBeside;
 
 constexpr std::uint8_t kFunctionCharacter = 16;
@@ -27,7 +27,7 @@ struct ModifierRow {
     const char *symbol;
     const char *word;
 };
-// In the order in which they are written.
+// In writing order.
 constexpr auto kModifierRows = std::to_array<ModifierRow>({
     {kCommandModifier >> 8, "\1", "cmd+"},
     {kShiftModifier >> 8, "\2", "shift+"},
@@ -82,7 +82,7 @@ const char *FindName(const std::array<NameRow, count> &rows, std::uint8_t number
     return row != rows.end() ? row->name : otherwise;
 }
 
-// The word for a key that has one, else null.
+// The word for a key, or null.
 const char *WordOfKey(std::uint8_t keyCode) {
     const std::uint8_t character = GetKeyChar(keyCode);
     if (character == kFunctionCharacter) {
@@ -161,7 +161,7 @@ void GetKeyName(std::uint8_t keyCode, StringPtr name, std::int16_t limit) {
     } else if (const char *word = WordOfKey(keyCode); word != nullptr) {
         CStringPCopy(word, name, limit);
     } else {
-        // The one character before the number is written whatever the limit, as a printed one is.
+        // The backslash is written whatever the limit, like a printed character.
         CStringPCopy("\\", name, 1);
         CStringPCat(std::to_string(character).c_str(), name, std::max<std::int16_t>(limit, 1));
     }
@@ -208,7 +208,7 @@ std::string ModifiersText(std::uint16_t modifiers) {
     Str255 name{};
     GetModifiersName(0, static_cast<std::uint8_t>(modifiers >> 8), name.data(), 255);
     const std::string text = stringWithPascalString(name.data());
-    return text.substr(0, text.rfind('+')); // each of them is written with a plus sign behind it
+    return text.substr(0, text.rfind('+')); // each is followed by a plus sign
 }
 
 } // namespace drevix

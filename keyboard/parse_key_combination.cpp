@@ -1,4 +1,4 @@
-// Keystrokes read from their names.
+// Parses the names of keystrokes.
 #include "keyboard/key_codes.h"
 #include "keyboard/key_names.h"
 #include "platform/base/ascii.h"
@@ -37,11 +37,11 @@ constexpr auto kModifierWords = std::to_array<ModifierWord>({
     {"num", kKeypad},
 });
 
-// A key as it is labelled on a Linux keyboard, or in another of its usual spellings.
+// A key's label on a Linux keyboard, or another common spelling.
 struct KeyLabel {
     std::string_view label;
     std::uint8_t keyCode;
-    bool isShown = false; // beside the system's own name, which says something else to a Linux user
+    bool isShown = false; // beside the system's own name, which a Linux user would misread
 };
 constexpr auto kKeyLabels = std::to_array<KeyLabel>({
     // clang-format off
@@ -64,15 +64,15 @@ std::string_view Trimmed(std::string_view text) {
     return text.substr(start, text.find_last_not_of(' ') + 1 - start);
 }
 
-// The row of a word in any letter case, null for none.
+// The row of a word in any letter case, or null.
 const ModifierWord *FindModifierWord(std::string_view word) {
     const auto *row = std::ranges::find_if(
         kModifierWords, [word](const ModifierWord &known) { return IsEqualWithoutCase(known.word, word); });
     return row == kModifierWords.end() ? nullptr : row;
 }
 
-// The modifiers in front of the key's name, which is left in *text. A plus sign in front of which no modifier
-// stands is the key itself.
+// Removes the modifiers before the key's name from *text. A plus sign without a modifier before it is the key
+// itself.
 std::uint16_t TakeModifiers(std::string_view *text) {
     std::uint16_t modifiers = 0;
     for (;;) {
@@ -86,7 +86,7 @@ std::uint16_t TakeModifiers(std::string_view *text) {
     }
 }
 
-// The caption of a key in small letters; empty for one that is known by its number only.
+// A key's caption in lower case; empty if the key has only a number.
 std::string NameOf(std::uint8_t keyCode) {
     const std::string text = KeyCaption(keyCode);
     return text.size() > 1 && text[0] == '\\' ? std::string() : WithSmallLetters(text);
@@ -108,7 +108,7 @@ std::optional<std::uint8_t> FindKeyByName(const std::string &name, bool onKeypad
     return std::nullopt;
 }
 
-// With one character for a letter and its accent, as captions have it.
+// Combines a letter and its accent into one character, as in captions.
 std::string Composed(const std::string &text) {
     const std::string roman = MacRomanFromUtf8(text);
     return FitsMacRoman(text) ? Utf8FromMacRoman(std::vector<std::uint8_t>(roman.begin(), roman.end()))
@@ -119,7 +119,7 @@ std::optional<std::uint8_t> FindKey(const std::string &text, bool onKeypad) {
     const std::string name = Composed(text);
     std::optional<std::uint8_t> key = FindKeyByLabel(text, onKeypad);
     key = key ? key : FindKeyByName(name, onKeypad);
-    // A key of the keypad need not be named as one where no other has the name, as "+" in many layouts.
+    // A keypad key needs no "num+" if no other key has its name, like "+" in many layouts.
     return key || onKeypad ? key : FindKeyByName(name, true);
 }
 

@@ -2,7 +2,7 @@
 
 namespace drevix {
 
-// What fills the mark comes from the device, so nothing in it may be taken for formatting.
+// The filled-in text comes from the device, so treat nothing in it as formatting.
 DvTextField::DvTextField(QWidget *parent) : QLabel(parent) {
     setTextFormat(Qt::PlainText);
 }

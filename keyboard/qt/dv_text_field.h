@@ -1,4 +1,4 @@
-// A text that is a template with marks for the panel to fill in, as the lines about the device are.
+// A label whose text is a template with marks for the panel to fill in, such as the lines about the device.
 #pragma once
 
 #include <QLabel>
@@ -14,10 +14,10 @@ class DvTextField : public QLabel {
   public:
     explicit DvTextField(QWidget *parent = nullptr);
 
-    // Takes the text shown now, as the interface file gives it, for the template.
+    // Takes the current text, from the interface file, as the template.
     void rememberTitle();
-    // Shows the template with `text` in the place of every mark "##", and "-" there without a text. The
-    // template stays as it is, so the field can be filled again. Only after rememberTitle.
+    // Shows the template with every mark "##" replaced by `text`, or by "-" if there is none. Keeps the
+    // template, so it can be called again. Call rememberTitle first.
     void replaceMarkWith(const std::optional<QString> &text);
 
   private:

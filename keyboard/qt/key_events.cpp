@@ -17,7 +17,7 @@ namespace {
 struct KeyRow {
     Qt::Key key;
     std::uint8_t keyCode;
-    std::uint8_t onKeypad; // the key of the keypad that does this without Num Lock
+    std::uint8_t onKeypad; // the keypad key that does this without Num Lock
 };
 
 // The keys that type no character of their own.
@@ -51,19 +51,18 @@ constexpr auto kModifierKeys = std::to_array<Qt::Key>({
 });
 // clang-format on
 
-// An event may name the character that shift gives. Without a scan code the layout of the US keyboard is the
-// guess for it.
+// An event may carry the shifted character. Without a scan code, assume the US layout.
 constexpr std::string_view kShifted = "!@#$%^&*()_+{}|:\"<>?~";
 constexpr std::string_view kUnshifted = "1234567890-=[]\\;',./`";
 static_assert(kShifted.size() == kUnshifted.size());
 
-// X11 and Wayland give the key symbol too (X11/keysymdef.h). These are those that modify or change groups.
+// Whether an X11 or Wayland key symbol (X11/keysymdef.h) is a modifier or changes groups.
 bool IsModifierSymbol(std::uint32_t symbol) {
     return (symbol >= 0xFFE1 && symbol <= 0xFFEE) || (symbol >= 0xFE01 && symbol <= 0xFE13) ||
            symbol == 0xFF7E;
 }
 
-// The key that types a character in the layout in force.
+// The key that types a character in the current layout.
 std::uint8_t KeyCodeOfCharacter(const std::string &character, bool isOnKeypad) {
     constexpr std::uint8_t kEndOfKeys = std::tuple_size_v<decltype(gAsciiTable)>;
     for (std::uint8_t keyCode = 0; keyCode < kEndOfKeys; ++keyCode) {
@@ -115,9 +114,9 @@ struct ModifierRow {
     std::uint32_t native;
     std::uint16_t bit;
 };
-// Qt knows nothing of caps lock, and of AltGr only some of what layouts make of it. Their bits in the event's
-// native modifiers are those of X11 (LockMask and Mod5Mask; Mod3Mask where AltGr chooses a fifth level, as in
-// the German layout Neo), which the key maps of Wayland keep.
+// Qt does not report caps lock, and AltGr only for some layouts. Their bits in the event's native modifiers
+// are those of X11 (LockMask and Mod5Mask; Mod3Mask if AltGr selects a fifth level, as in the German layout
+// Neo); Wayland keymaps use the same.
 constexpr auto kModifierRows = std::to_array<ModifierRow>({
     {Qt::ShiftModifier, 0, kShiftModifier},
     {{}, 1U << 1, kCapsLockModifier},

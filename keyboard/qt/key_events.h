@@ -1,4 +1,4 @@
-// Keystrokes of the classic keyboard from the key events of this one.
+// Converts this keyboard's key events to keystrokes of the classic keyboard.
 #pragma once
 
 #include <cstdint>
@@ -9,9 +9,9 @@ class QKeyEvent;
 namespace drevix {
 
 // The classic keyboard has a command key beside control and option; a PC keyboard has Ctrl, Alt and Super
-// (the key with the Windows sign). Alt is option, AltGr too, which is the right option key. Of the other two
-// each is stored as itself by default: Ctrl+S is control-S, as the programs here expect it to be sent, and
-// Super is command. A user of settings made for command keys may have the two exchanged.
+// (the key with the Windows sign). Alt is option, AltGr too, which is the right option key. By default Ctrl
+// is control, because programs here expect Ctrl+S to be sent as control-S, and Super is command. The two can
+// be swapped for settings made for command keys.
 enum class CommandKey : std::uint8_t { Super, Control };
 
 struct Keystroke {
@@ -20,18 +20,18 @@ struct Keystroke {
     friend bool operator==(const Keystroke &, const Keystroke &) = default;
 };
 
-// Whether the key of the event only modifies others, in the layout in force.
+// Whether the event's key only modifies others in the current layout.
 [[nodiscard]] bool IsModifierOnly(const QKeyEvent &event);
 
-// The keystroke of a key-down; nothing for a key that only modifies others or that the classic keyboard
+// The keystroke of a key-down; nullopt for a key that only modifies others or that the classic keyboard
 // lacks.
 //
-// A key is known by its scan code, so it has the same code in every layout and with every modifier, and a
-// key of the keypad is one of its digits and operators whether Num Lock is on or not. Where an event has no
-// scan code, or one that cannot be right, as those of on-screen keyboards, which number their keys as they
-// like, what the key types decides, in the layout that GetKeyboardInformation found: so for a letter with the
-// code of Escape. A key that the layout makes a modifier is one, and a modifier
-// key that it makes an ordinary key, as Caps Lock to Escape, is that key.
+// The scan code identifies a key, so its code is the same in every layout and with every modifier, and a
+// keypad key is its digit or operator with or without Num Lock. If an event has no scan code or an
+// implausible one (on-screen keyboards number their keys freely, and may send a letter with the code of
+// Escape), the typed character decides, in the layout that GetKeyboardInformation found. A key that the
+// layout makes a modifier is a modifier; a modifier key that it makes an ordinary key, such as Caps Lock as
+// Escape, is that key.
 [[nodiscard]] std::optional<Keystroke> KeystrokeOfEvent(const QKeyEvent &event, CommandKey commandKey);
 
 } // namespace drevix

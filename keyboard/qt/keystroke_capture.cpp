@@ -19,28 +19,28 @@ bool OverrideKeysIsActive() {
     return gDrevixPane != nullptr && gDrevixPane->OverrideKeysIsActive();
 }
 
-// A key that went down and has not been seen to come up, or the last that did.
+// A key that is down as far as we know, or the last one released.
 struct SeenKey {
     std::uint32_t scanCode;
-    int key; // what it means; tells keys without a scan code apart
+    int key; // the Qt key; distinguishes keys without a scan code
 
     [[nodiscard]] bool IsKeyOf(const QKeyEvent &event) const {
         return scanCode == event.nativeScanCode() && (scanCode != 0 || key == event.key());
     }
 };
 
-// A key that was taken and is still down.
+// A consumed key that is still down.
 struct HeldKey : SeenKey {
-    bool isPressToCome; // taken on the way to the shortcuts; its key-down proper follows
+    bool isPressToCome; // consumed as a shortcut override; the real press follows
 };
 
 struct ReleasedKey : SeenKey {
-    std::uint64_t time; // in milliseconds of the window system's clock; 0 for none
+    std::uint64_t time; // window system's clock, in milliseconds; 0: none
     bool wasTaken;
 };
 
-// The one filter of the application. A key-down comes twice, as an override before the shortcuts are looked
-// through, and if no shortcut took it, as a press.
+// The application's event filter. A key-down arrives twice: as an override before shortcuts are matched and,
+// if no shortcut took it, as a press.
 class KeystrokeCapture : public QObject {
   public:
     KeystrokeCapture() { QCoreApplication::instance()->installEventFilter(this); }
@@ -66,21 +66,21 @@ class KeystrokeCapture : public QObject {
         const bool isRepetition = hadNotComeUp || event.isAutoRepeat();
         const bool isTaken = IsMoreOfHeldKey(event, isRepetition) || TakeNewKey(event, isRepetition);
         if (isTaken) {
-            event.accept(); // an accepted override keeps the key from the shortcuts
+            event.accept(); // accepting the override keeps shortcuts from acting
         }
         return isTaken;
     }
 
-    // X11 repeats a key by a release and a press of the same time. Qt takes them for a repetition only where
-    // the press has arrived by the time that it looks at the release. On Wayland Qt itself makes the
-    // repetitions, and what has one time there was typed by a quick program.
+    // X11 repeats a key with a release and a press at the same time. Qt reports a repeat only if the press
+    // has arrived when it processes the release. On Wayland Qt itself makes the repeats, so equal times there
+    // mean a fast program typed it.
     bool FollowsItsRelease(const QKeyEvent &event) const {
         return !fIsOnWayland && fLastReleased.time != 0 && fLastReleased.time == event.timestamp() &&
                fLastReleased.IsKeyOf(event);
     }
 
-    // Whether the event only goes on with a key-down that was taken. One that does not belong to it shows
-    // that the key's release went elsewhere, as it does when another window comes up while the key is down.
+    // Whether the event belongs to a key-down that was consumed. Any other event shows that the key's release
+    // went elsewhere, as happens when another window opens while the key is down.
     bool IsMoreOfHeldKey(const QKeyEvent &event, bool isRepetition) {
         const auto held = FindHeld(event);
         if (held == fHeldKeys.end() || isRepetition) {
@@ -98,8 +98,8 @@ class KeystrokeCapture : public QObject {
         if (!OverrideKeysIsActive() || IsModifierOnly(event)) {
             return false;
         }
-        // The repetitions of a key that was down before the field waited, such as the one that made it wait,
-        // are nobody's choice.
+        // Ignore repeats of a key that was down before the field started waiting, such as the one that
+        // started it.
         if (!isRepetition) {
             fHeldKeys.push_back(
                 {{event.nativeScanCode(), event.key()}, event.type() == QEvent::ShortcutOverride});

@@ -1,4 +1,4 @@
-// Who receives the keystrokes that the panel captures.
+// The receiver of the keystrokes that the panel captures.
 #pragma once
 
 #include <cstdint>
@@ -9,13 +9,13 @@ namespace drevix {
 class KeystrokeReceiver {
   public:
     virtual ~KeystrokeReceiver() = default;
-    // Whether key-downs belong to the keystroke field now: it is being edited, in the active window.
+    // Whether key-downs go to the keystroke field: it is being edited, in the active window.
     [[nodiscard]] virtual bool OverrideKeysIsActive() const = 0;
     // A key-down: virtual key code and classic event modifiers.
     virtual void ReceiveKeystroke(std::uint8_t keyCode, std::uint16_t modifiers) = 0;
 };
 
-// The receiver while the panel is loaded, else null. Not owned.
+// The receiver while the panel is loaded, else null. Not owned here.
 inline KeystrokeReceiver *gDrevixPane = nullptr;
 
 } // namespace drevix

@@ -12,7 +12,7 @@
 namespace drevix {
 namespace {
 
-// Once, as soon as a window of the application has the focus and the compositor answers.
+// Builds the table once, when a window of the application has the focus and the compositor answers.
 class BuildOnFocus : public QObject {
   public:
     BuildOnFocus(QObject *owner, void *connection, std::function<void()> rebuilt)

@@ -1,4 +1,4 @@
-// The keyboard layout for a program with windows.
+// Finds the keyboard layout for a program with windows.
 #pragma once
 
 #include <functional>
@@ -7,11 +7,11 @@ class QObject;
 
 namespace drevix {
 
-// Builds gAsciiTable as GetKeyboardInformation does, asking first the window system that the application's
-// windows are on. Of several layouts a Wayland compositor tells the one in force only to the client with the
-// keyboard focus. Where the application does not have it yet, the table is built anew when it has it for the
-// first time, and `rebuilt` is called if that changes a name. Later changes of the layout are not followed.
-// `owner` must live as long as `rebuilt` may be called.
+// Builds gAsciiTable like GetKeyboardInformation, preferring the window system of the application's windows.
+// If there are several layouts, a Wayland compositor reveals the current one only to the client with the
+// keyboard focus. So the table is rebuilt when the application first gets the focus, and `rebuilt` is called
+// if that changes a name. Does not follow later layout changes. `owner` must live as long as `rebuilt` may be
+// called.
 void GetKeyboardInformationOfWindows(QObject *owner, std::function<void()> rebuilt);
 
 } // namespace drevix
