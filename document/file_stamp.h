@@ -1,4 +1,4 @@
-// What tells one state of a file from another.
+// Stamps that distinguish one state of a file from another.
 #pragma once
 
 #include <cstdint>
@@ -6,22 +6,22 @@
 
 namespace drevix {
 
-// All zero for a file that is not there.
+// All zero for a missing file.
 struct FileStamp {
     std::uint64_t device = 0;
     std::uint64_t inode = 0;
     std::int64_t modified = 0; // nanoseconds
-    std::int64_t changed = 0;  // nanoseconds; the kernel's own, which no program can set
+    std::int64_t changed = 0;  // nanoseconds; set by the kernel, not by programs
     std::int64_t size = 0;     // bytes
     bool operator==(const FileStamp &) const = default;
 };
 
-// The stamp of what the path leads to, links followed; that of an open descriptor. A file that cannot be looked
-// at has that of a missing one.
+// The stamp of the file at a path, following links, or of an open descriptor. That of a missing file if stat
+// fails.
 [[nodiscard]] FileStamp StampOfFile(const std::string &path);
 [[nodiscard]] FileStamp StampOfDescriptor(int descriptor);
 
-// Whether two paths lead to one file, or to one place where none is yet.
+// Whether two paths name the same file, or the same place for one that does not exist yet.
 [[nodiscard]] bool AreSameFile(const std::string &a, const std::string &b);
 
 } // namespace drevix

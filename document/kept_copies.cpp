@@ -1,4 +1,4 @@
-// The records whose items must stay: those of the base, and of the damaged files that were kept aside.
+// The records whose items must stay: those of the base and of damaged files copied aside.
 #include "document/merge.h"
 #include "document/settings_document.h"
 #include "platform/files/disk.h"
@@ -12,7 +12,7 @@
 namespace drevix {
 namespace {
 
-// Whether the leaf is that of a kept copy: the first one's, or that with a number behind it ("KeepFileAside").
+// Whether the file name is that of a kept copy: the first one's, or that plus a number ("KeepFileAside").
 bool IsKeptCopy(std::string_view leaf, std::string_view first) {
     if (!leaf.starts_with(first)) {
         return false;
@@ -33,7 +33,7 @@ OSErr AddAll(QBaseHandle from, QBaseHandle base) {
     return noErr;
 }
 
-// Adds the records of a kept copy: all if it can be read, else those that lie whole in it.
+// Adds the records of a kept copy: all if it can be read, else its intact ones.
 OSErr AddKeptCopy(const std::string &path, QBaseHandle base) {
     const QBaseOwner kept = NewDrevixBase();
     if (kept == nullptr) {

@@ -13,7 +13,7 @@
 namespace drevix {
 namespace {
 
-// The record with that key, null when the base has none or it is no settings.
+// The record with that key; null if there is none or it is not settings.
 const AppPrefs *Find(QBaseHandle base, const KeyedRecords &records, const RecordKey &key) {
     const auto found = records.find(key);
     return found == records.end() ? nullptr : GetAppPrefs(base, found->second);
@@ -27,7 +27,7 @@ bool AreSame(const AppPrefs *a, const AppPrefs *b) {
     return a == nullptr || b == nullptr ? a == b : std::memcmp(a, b, sizeof *a) == 0;
 }
 
-// What a base has under a key; nothing is something else than no bytes.
+// A base's bytes for a key. nullopt (no record) differs from empty bytes.
 std::optional<std::string_view> BytesAt(QBaseHandle base, const KeyedRecords &records, const RecordKey &key) {
     const auto found = records.find(key);
     return found == records.end() ? std::nullopt : std::optional(BytesOf(base, found->second));
@@ -41,7 +41,7 @@ class Merger {
         fResult.before = sides.before;
     }
 
-    // False without memory.
+    // False if out of memory.
     bool Merge() {
         for (const RecordKey &key : AllKeys()) {
             if (BytesAt(fSides.theirs, fTheirs, key) != BytesAt(fSides.asOnDisk, fOnDisk, key) &&
@@ -69,7 +69,7 @@ class Merger {
         return keys;
     }
 
-    // A record that the other side has changed.
+    // Merges a record that the other side has changed.
     bool MergeChanged(const RecordKey &key) {
         const AppPrefs *ours = Find(fSides.ours, fOurs, key);
         const AppPrefs *theirs = Find(fSides.theirsHere, fTheirs, key);
@@ -82,7 +82,7 @@ class Merger {
             return true;
         }
         fResult.before[key] = Copy(theirs);
-        const AppPrefs &named = ours != nullptr ? *ours : *theirs; // one of two that differ is there
+        const AppPrefs &named = ours != nullptr ? *ours : *theirs; // they differ, so at least one exists
         const bool isGlobal = named.application == kGlobalSignature;
         fResult.outside.conflicts.push_back(
             {isGlobal ? std::string() : stringWithPascalString(named.appName.data()), Copy(ours),
@@ -90,7 +90,7 @@ class Merger {
         return true;
     }
 
-    // Makes our record theirs.
+    // Replaces our record by theirs.
     bool Take(const RecordKey &key) {
         const auto bytes = BytesAt(fSides.theirsHere, fTheirs, key);
         if (bytes == BytesAt(fSides.ours, fOurs, key)) {
@@ -112,7 +112,7 @@ class Merger {
         return done != kNoRecord;
     }
 
-    // Last of all: a base with marked records allows nothing else.
+    // Last, because a base with marked records allows nothing else.
     void RemoveGone() {
         for (const RecordNumber number : fGone) {
             QBaseMarkRecordForRemoval(fResult.base.get(), number);
@@ -128,7 +128,7 @@ class Merger {
     MergeResult fResult;
 };
 
-// The user fields but for the stamp and the block.
+// The user fields except the stamp and the block.
 auto UserFields(QBaseHandle base) {
     QBaseRect rect = {};
     QBaseGetUserRect(base, &rect);
@@ -181,7 +181,7 @@ bool MergeUserFields(const MergeSides &sides) {
         return false;
     }
     if (UserFields(sides.ours) == UserFields(sides.asOnDisk)) {
-        std::ignore = QBaseDuplicateUserFields(sides.theirs, sides.ours); // both are bases of settings
+        std::ignore = QBaseDuplicateUserFields(sides.theirs, sides.ours); // cannot fail: both hold settings
     }
     QBaseSetUserLong(sides.ours, stamp);
     return true;

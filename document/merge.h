@@ -1,4 +1,4 @@
-// The merge of what two programs did to the records of one file. For the library's own files.
+// Merges two programs' changes to the records of one file. Internal.
 #pragma once
 
 #include "document/record_keys.h"
@@ -8,37 +8,37 @@
 
 namespace drevix {
 
-// A copy of a base, its user block too; null without memory, or for no base.
+// A copy of a base including its user block; null for a null base or if out of memory.
 [[nodiscard]] QBaseOwner CopyBase(QBaseHandle base);
 
-// Whether both hold the same records, in whatever order.
+// Whether both hold the same records, in any order.
 [[nodiscard]] bool HaveSameRecords(QBaseHandle a, QBaseHandle b);
 
-// Records as they were before they were edited; nothing: added since.
+// Records as they were before being edited; nullopt: added since.
 using RecordsBefore = std::map<RecordKey, std::optional<AppPrefs>>;
 
 // Whether this side changed the record with that key.
 [[nodiscard]] bool IsChangedHere(const RecordsBefore &before, QBaseHandle base, const KeyedRecords &records,
                                  const RecordKey &key);
 
-// What a merge is made of.
+// The input of a merge.
 struct MergeSides {
     QBaseHandle ours;
     const RecordsBefore &before; // of ours
     QBaseHandle asOnDisk;        // the file when it was last read or written
     QBaseHandle theirs;          // the file now
-    QBaseHandle theirsHere; // the same as a program here shows it; its records have the numbers of `theirs`
+    QBaseHandle theirsHere;      // the same as this program shows it; same record numbers as `theirs`
 };
 struct MergeResult {
-    QBaseOwner base; // null when no record came in: ours then stands
+    QBaseOwner base; // null if no record came in: keep ours
     RecordsBefore before;
     OutsideChanges outside;
 };
-// Merges by record. The base that it gives is sorted. Nothing when there is no memory.
+// Merges by record; the resulting base is sorted. nullopt if out of memory.
 [[nodiscard]] std::optional<MergeResult> MergeRecords(const MergeSides &sides);
 
-// Gives our base the user fields and the user block of theirs, but for what was changed here since `asOnDisk`; the
-// higher version stamp stays. False, with our base unchanged, without memory.
+// Copies user fields and user block from theirs to our base, except those changed here since `asOnDisk`;
+// keeps the higher version stamp. False, with our base unchanged, if out of memory.
 [[nodiscard]] bool MergeUserFields(const MergeSides &sides);
 
 } // namespace drevix

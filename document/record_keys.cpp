@@ -8,17 +8,17 @@
 namespace drevix {
 namespace {
 
-// What a key begins with.
+// The first character of a key.
 constexpr char kGlobal = 'g';
 constexpr char kNamed = 'n';
 constexpr char kOther = 'o';
 
-// As PStringCmp counts letters.
+// Folds letters as PStringCmp does.
 char Folded(char byte) {
     return byte >= 'A' && byte <= 'Z' ? static_cast<char>(byte - 'A' + 'a') : byte;
 }
 
-// A record on its way to a key. Sorts by name, then place.
+// A record being given a key. Sorts by name, then position.
 struct Entry {
     std::string name;
     RecordNumber number;

@@ -18,7 +18,7 @@ namespace {
 
 constexpr std::string_view kLockName = "settings.lock";
 
-// A file system's clock may go in steps as large as this; what is written twice within one may look the same.
+// File system timestamps may be this coarse; two writes within one step may have the same stamp.
 constexpr std::int64_t kClockStep = 3'000'000'000; // nanoseconds
 
 bool IsOld(const FileStamp &stamp) {
@@ -32,7 +32,7 @@ bool IsMissing(OSErr fileStatus) {
     return fileStatus == fnfErr || fileStatus == dirNFErr;
 }
 
-// Lets a lock go that was not held before.
+// Releases a lock that was not held before.
 class LockForNow {
   public:
     explicit LockForNow(UserLock &lock) : fLock(lock), fWasHeld(lock.IsHeld()) {}
@@ -58,11 +58,11 @@ struct SettingsDocument::Reading {
     FileStamp stamp;
     bool isSettled = false;
 
-    // Whether what the base holds is the file's.
+    // Whether the base's contents come from the file.
     [[nodiscard]] bool IsUsable() const {
         return status == noErr && file.status == noErr && file.records > 0;
     }
-    // Why it cannot be known what the file holds; noErr for one that is missing or empty too.
+    // The error if the file's contents are unknown; noErr also for a missing or empty file.
     [[nodiscard]] OSErr WhyUnknown() const {
         return status == memFullErr ? memFullErr : IsMissing(file.status) ? noErr : file.status;
     }
@@ -89,7 +89,7 @@ Ownership SettingsDocument::Owner() const {
     return isOwn ? Ownership::UsersOwn : Ownership::Named;
 }
 
-// Where the file is may change with the preferences folder, which may be missing at first.
+// The path can change with the preferences folder, which may be missing at first.
 OSErr SettingsDocument::Locate() {
     if (fNamedPath) {
         fPath = *fNamedPath;
@@ -107,7 +107,7 @@ OSErr SettingsDocument::MakePlace() {
     return status == noErr ? Locate() : status;
 }
 
-// The stamp is taken first: a change that comes while the file is read is then seen as one.
+// The stamp is taken first, so that a change during the read is noticed later.
 SettingsDocument::Reading SettingsDocument::Read(RefusedFile refused) const {
     Reading reading;
     reading.stamp = StampOfFile(fPath);
@@ -127,7 +127,7 @@ OpenResult SettingsDocument::Open(Access access) try {
     Reading reading = Read(access == Access::Change ? RefusedFile::KeepAside : RefusedFile::LeaveAlone);
     if (found != noErr && !IsMissing(found)) {
         reading.file.status = found;
-        QBaseSetReadOnly(reading.base.get(), true); // what a save would destroy is not known
+        QBaseSetReadOnly(reading.base.get(), true); // it is unknown what a save would destroy
     }
     OpenResult result = {reading.status, fPath.empty() ? found : reading.file.status};
     QBaseOwner asOnDisk;
@@ -206,8 +206,8 @@ bool SettingsDocument::Remove(RecordNumber number) try {
     return false;
 }
 
-// An edit of one of several records alike can change which ordinals the others have, so all are noted. One
-// that was not changed in the end does no harm.
+// Editing one of several alike records can renumber the others, so note all of them. Noting an unchanged one
+// does no harm.
 void SettingsDocument::NoteAlike(const AppPrefs &record, bool isAdded) {
     const std::string name = NameInKey(record);
     const std::vector<RecordNumber> alike = RecordsAlike(fBase.get(), name);
@@ -219,13 +219,13 @@ void SettingsDocument::NoteAlike(const AppPrefs &record, bool isAdded) {
     }
 }
 
-// Of records alike it cannot be told which one is meant, so one stands for all.
+// Alike records cannot be told apart here, so one stands for all.
 bool SettingsDocument::IsUnsaved(const AppPrefs &record) const try {
     const std::string name = NameInKey(record);
     const auto isOfName = [&](const RecordKey &key) { return key.starts_with(name + '\0'); };
     auto noted = fBeforeEdits.lower_bound(name);
     if (noted == fBeforeEdits.end() || !isOfName(noted->first)) {
-        return false; // the answer for nearly all of a long list
+        return false; // fast path for nearly all records
     }
     KeyedRecords records;
     const std::vector<RecordNumber> alike = RecordsAlike(fBase.get(), name);
@@ -239,7 +239,7 @@ bool SettingsDocument::IsUnsaved(const AppPrefs &record) const try {
     }
     return false;
 } catch (const std::bad_alloc &) {
-    return true; // to be asked for once too often loses nothing
+    return true; // asking once too often loses nothing
 }
 
 int SettingsDocument::CountUnsaved() const try {
@@ -274,10 +274,10 @@ OutsideChanges SettingsDocument::TakeOutsideChanges() try {
     if (fBase == nullptr || fAccess != Access::Change) {
         return outside;
     }
-    std::ignore = Locate(); // else it is looked for where it was
+    std::ignore = Locate(); // on failure keep the old path
     if (MayHaveChanged()) {
         Reading theirs = Read(RefusedFile::LeaveAlone);
-        fIsSettled = false; // looked at again, unless its changes are taken now
+        fIsSettled = false; // check it again unless its changes are merged now
         if (theirs.IsUsable()) {
             std::ignore = Merge(theirs, &outside);
         }
@@ -287,7 +287,7 @@ OutsideChanges SettingsDocument::TakeOutsideChanges() try {
     return {};
 }
 
-// Takes from a usable file what another program changed. False, with nothing changed, without memory.
+// Merges another program's changes from a usable file. False, with nothing changed, if out of memory.
 bool SettingsDocument::Merge(Reading &theirs, OutsideChanges *outside) {
     if (fMayBeOnDisk != nullptr && HaveSameRecords(fMayBeOnDisk.get(), theirs.base.get())) {
         fAsOnDisk = std::move(fMayBeOnDisk);
@@ -366,7 +366,7 @@ SaveResult SettingsDocument::Save(std::chrono::milliseconds wait) try {
     return result;
 }
 
-// Takes what another program has changed, and sees to it that the file may be replaced.
+// Merges outside changes and makes sure that the file may be replaced.
 OSErr SettingsDocument::LookBeforeSave(SaveResult *result) {
     if (!MayHaveChanged()) {
         return noErr;
@@ -378,26 +378,26 @@ OSErr SettingsDocument::LookBeforeSave(SaveResult *result) {
     OSErr status = theirs.WhyUnknown();
     if (IsDamaged(status)) {
         status = result->keptAside = KeepRefusedFile(fPath);
-        result->replacedDamaged = theirs.stamp != fStamp; // else told of when it was opened
+        result->replacedDamaged = theirs.stamp != fStamp; // else it was reported on opening
     }
     QBaseSetReadOnly(fBase.get(), status != noErr);
     return status;
 }
 
-// After a failure the new file may be in place all the same, not flushed to the disk; then it is what this side
-// wrote, and not another program's change.
+// After a failure the new file may still be in place but not flushed. It then is our own write, not another
+// program's change.
 OSErr SettingsDocument::Write() {
     QBaseOwner written = CopyBase(fBase.get());
     if (written == nullptr) {
         return memFullErr;
     }
-    ValidateDevicePrefs(written.get()); // as a reading will have it
+    ValidateDevicePrefs(written.get()); // as a read will return it
     const bool isOwn = Owner() == Ownership::UsersOwn;
     if (isOwn) {
-        std::ignore = SyncToKorvane(fBase.get(), &fCompanion); // the companion may not be there
+        std::ignore = SyncToKorvane(fBase.get(), &fCompanion); // the companion may not be installed
     }
     const OSErr status = SaveDevicePrefsToPath(fBase.get(), fPath);
-    fIsSettled = false; // what is there now may be another program's already
+    fIsSettled = false; // the file may already be another program's
     if (status != noErr) {
         fMayBeOnDisk = std::move(written);
         return status;
