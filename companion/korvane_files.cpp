@@ -23,11 +23,11 @@ constexpr const char *kRootName = "HotKeys";
 constexpr const char *kHotKeyName = "HotKey";
 constexpr const char *kTargetAppName = "TargetApp";
 
-// How often a file that is not well-formed is looked at before it counts as being so, and how long after.
+// How often a malformed file is read before it counts as damaged, and the pause between.
 constexpr int kMostReadings = 5;
 constexpr std::chrono::milliseconds kBetweenReadings{5};
 
-// A name without the suffix that does not count.
+// A name without the ignored suffix.
 std::span<const std::uint8_t> WithoutApp(ConstStringPtr name) {
     constexpr std::string_view kSuffix = ".app";
     const std::span characters(name + 1, name[0]);
@@ -67,7 +67,7 @@ std::size_t CountHotKeysWithin(const XmlNode &node) {
     return count;
 }
 
-// A lack of memory is not to pass for a file without hotkeys.
+// Out of memory must not look like a file without hotkeys.
 OSErr ThrowIfMemoryFull(OSErr status) {
     if (status == memFullErr) {
         throw std::bad_alloc();
@@ -147,7 +147,7 @@ std::optional<KorvaneHotKeyList> ParseKorvaneFile(std::string bytes, bool *isWel
     }
     auto list = ListFromXml(document.root);
     if (list) {
-        // A tag that was lost in a damaged file can put a hotkey into the one before it.
+        // A missing end tag in a damaged file can nest a hotkey in the one before it.
         list->isPartial =
             !document.isWhole || (!*isWellFormed && list->HotKeys.size() < CountHotKeysWithin(document.root));
         list->bytes = std::move(bytes);
@@ -155,8 +155,8 @@ std::optional<KorvaneHotKeyList> ParseKorvaneFile(std::string bytes, bool *isWel
     return list;
 }
 
-// A companion that is writing the file has emptied it first, or has written a part. So one that is not
-// well-formed is read until it is, or stays the same without being so.
+// While the companion writes the file it is empty or incomplete. So read a malformed file until it is
+// well-formed or stops changing.
 std::optional<KorvaneHotKeyList> LoadKorvaneFile(const std::string &path) {
     std::string before;
     for (int readings = 1;; ++readings) {

@@ -18,21 +18,21 @@
 namespace drevix {
 namespace {
 
-// A button and what the companion calls it.
+// A button and its number for the companion.
 struct Button {
     std::int32_t key;
     SlotIndex slot;
     std::int32_t virtualKey;
 };
-// In the order in which they are looked through. Key 2 is button III.
+// In search order. Key 2 is button III.
 constexpr auto kButtons = std::to_array<Button>({{1, 18, 4}, {2, 20, 16}, {3, 19, 8}});
 
 constexpr auto kBindingKeys =
     std::to_array({KorvaneKey::Key, KorvaneKey::Device, KorvaneKey::Modifier, KorvaneKey::VirtualKey});
 
 constexpr std::uint16_t kNotificationPort = 5539;
-constexpr int kMostTries = 5;                          // of writing a file that another program is writing
-constexpr std::chrono::milliseconds kLongestTurn{500}; // of another program of ours with the files
+constexpr int kMostTries = 5;                          // for a file that another program is writing
+constexpr std::chrono::milliseconds kLongestTurn{500}; // of another of our programs with the files
 constexpr std::string_view kLockName = "companion.lock";
 
 ActionSlot &SlotOf(AppPrefs &prefs, const Button &button) {
@@ -47,7 +47,7 @@ void BindHotKey(KorvaneHotKey &hotKey, KorvaneHotKey::Value key, std::string_vie
     hotKey.Set(KorvaneKey::VirtualKey, std::move(virtualKey));
 }
 
-// A hotkey of another device is taken over by a button that holds it, and else left alone.
+// A button with this entry takes over a hotkey of another device; otherwise it is left alone.
 void UpdateHotKey(KorvaneHotKey &hotKey, AppPrefs &prefs) {
     const std::uint32_t crc = KorvaneStringCRC(hotKey.Text(KorvaneKey::Menu));
     const auto *button = std::ranges::find_if(kButtons, [&](const Button &row) {
@@ -61,15 +61,15 @@ void UpdateHotKey(KorvaneHotKey &hotKey, AppPrefs &prefs) {
     }
 }
 
-// What a button may change, as text. The hotkey itself is not copied: without memory, the library's copy of a
-// variant with a string destroys what it has not made.
+// What a button may change, as text. Do not copy the hotkey itself: if memory runs out, the library's copy of
+// a variant with a string destroys a value that it never constructed.
 std::array<std::string, kBindingKeys.size()> BindingOf(const KorvaneHotKey &hotKey) {
     std::array<std::string, kBindingKeys.size()> texts;
     std::ranges::transform(kBindingKeys, texts.begin(), [&](KorvaneKey key) { return hotKey.Text(key); });
     return texts;
 }
 
-// Tells whether any hotkey is another now.
+// Returns whether any hotkey has changed.
 bool UpdateHotKeys(KorvaneHotKeyList &list, QBaseHandle base, const KorvaneApp &app) {
     const LockedBase lock(base);
     bool isChanged = false;
@@ -83,8 +83,8 @@ bool UpdateHotKeys(KorvaneHotKeyList &list, QBaseHandle base, const KorvaneApp &
     return isChanged;
 }
 
-// What was read must still be the file when it is written back: a companion's change that came between would
-// be undone, and a half-written file would be made to last.
+// Write back only if the file is still as read. Otherwise we would undo a change by the companion, or make a
+// half-written file permanent.
 KorvaneFileResult UpdateFile(QBaseHandle base, const KorvaneApp &app, bool isOurTurn) try {
     const std::string path = FindKorvaneFileForApp(app.folder);
     for (int tries = isOurTurn ? 0 : kMostTries; tries <= kMostTries; ++tries) {
@@ -100,7 +100,7 @@ KorvaneFileResult UpdateFile(QBaseHandle base, const KorvaneApp &app, bool isOur
             return {isInStep ? KorvaneFileState::InStep : KorvaneFileState::InUse, fBsyErr};
         }
         if (IsKorvaneFileUnchanged(*list, app.folder)) {
-            // A failed write has left the old file, and the next one tries again.
+            // A failed write leaves the old file; the next one tries again.
             const OSErr status = WriteKorvanePrefs(*list, path);
             const bool isLost = status != noErr && !isInStep;
             const auto state = status == paramErr ? KorvaneFileState::TooLong : KorvaneFileState::NotWritten;
@@ -120,17 +120,17 @@ std::string NotificationMessage() {
     return message + "</update_cfg>";
 }
 
-// The number that a text begins with, behind white space and a sign; 0 when there is none, or it is too large
-// to be a key.
+// The number at the start of a text, after white space and a sign; 0 if there is none or it is too large for
+// a key.
 std::int32_t IntegerValue(std::string_view text) {
     text.remove_prefix(std::min(text.find_first_not_of(" \t\n\v\f\r"), text.size()));
-    text.remove_prefix(text.starts_with('+') ? 1 : 0); // a minus it takes itself
+    text.remove_prefix(text.starts_with('+') ? 1 : 0); // from_chars accepts a minus
     std::int32_t value = 0;
-    std::from_chars(text.data(), text.data() + text.size(), value); // stops at what is no digit
+    std::from_chars(text.data(), text.data() + text.size(), value); // stops at the first non-digit
     return value;
 }
 
-// A menu entry in a slot, or with command 0 nothing. Of the text only the first byte is set: it is empty.
+// Puts a menu entry in a slot, or nothing for command 0. Only the text's length byte is set, to 0.
 void SetSlot(ActionSlot &slot, ActionCommand command, std::uint32_t crc) {
     slot.command = command;
     slot.modifiers = 0;
@@ -167,7 +167,7 @@ KorvaneFileResult UpdateRecord(QBaseHandle base, OSType creator, ConstStringPtr 
         folder = FindKorvaneName(creator, fileName).value_or("");
     }
     const auto list = folder.empty() ? std::nullopt : LoadKorvaneFileForApp(folder);
-    if (list && list->isPartial) { // what could not be read is no reason to free a button
+    if (list && list->isPartial) { // an unreadable hotkey is no reason to free a button
         return {KorvaneFileState::ReadInPart, noErr};
     }
     const LockedBase lock(base);
@@ -175,7 +175,7 @@ KorvaneFileResult UpdateRecord(QBaseHandle base, OSType creator, ConstStringPtr 
     if (prefs == nullptr) {
         return {};
     }
-    AppPrefs updated = *prefs; // whole, should memory run out on the way
+    AppPrefs updated = *prefs; // a copy, in case memory runs out midway
     UpdateSlots(updated, *list);
     if (std::memcmp(&updated, prefs, sizeof(updated)) != 0) {
         *prefs = updated;
@@ -183,7 +183,7 @@ KorvaneFileResult UpdateRecord(QBaseHandle base, OSType creator, ConstStringPtr 
     }
     return {};
 } catch (const std::bad_alloc &) {
-    // Without the memory to read the file it is as if there were none: the record keeps its bindings.
+    // Out of memory counts as no file: the record keeps its bindings.
     return {KorvaneFileState::NotRead, memFullErr};
 }
 
@@ -192,13 +192,13 @@ KorvaneFileResult UpdateRecord(QBaseHandle base, OSType creator, ConstStringPtr 
 std::int32_t SyncToKorvane(QBaseHandle base, KorvaneResults *results) try {
     KorvaneResults unasked;
     KorvaneResults &each = results != nullptr ? *results : unasked;
-    // Of two programs of ours the writes would mingle. The companion takes no part in this.
+    // Keeps writes by two of our programs from interleaving. The companion does not use the lock.
     UserLock turn;
     const bool isOurTurn = turn.Acquire(kLockName, kLongestTurn) != fBsyErr;
     std::ranges::transform(kKorvaneApps, each.begin(),
                            [&](const KorvaneApp &app) { return UpdateFile(base, app, isOurTurn); });
     turn.Release();
-    // Either program, or both, may not be running.
+    // Either program may not be running.
     std::ignore = RequestDriverPrefsUpdate(kTarnixName.data());
     std::ignore = RequestDriverPrefsUpdate(kTarnixHelperName.data());
     return SocketSendMessage(NotificationMessage().c_str(), kNotificationPort, nullptr);

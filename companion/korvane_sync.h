@@ -1,7 +1,6 @@
-// Keeps buttons I, II and III and the companion dial's hotkey files in step. The companion's files are right
-// when the panel comes to the front, the panel's records when the user applies or leaves. Programs of ours
-// take turns with the files, by a lock of the user's ("platform/files/user_lock.h"); the companion locks nothing, and
-// the last writer wins.
+// Keeps buttons I, II and III in sync with the companion dial's hotkey files. The companion's files win when
+// the panel comes to the front, the panel's records when the user applies or leaves. Our programs take turns
+// with a per-user lock ("platform/files/user_lock.h"); the companion does not lock, so the last writer wins.
 #pragma once
 
 #include "companion/korvane_files.h"
@@ -14,38 +13,37 @@
 
 namespace drevix {
 
-// What came of one hotkey file.
+// The result for one hotkey file.
 enum class KorvaneFileState : std::uint8_t {
-    InStep,     // it says what the buttons do, or has no hotkeys for us
-    ReadInPart, // it is damaged: neither it nor the buttons were changed
-    NotRead,    // there was not the memory: the buttons were not changed
-    // Of writing, where it does not say what the buttons do. What it says counts when it is read again.
+    InStep,     // it matches the buttons, or has no hotkeys for us
+    ReadInPart, // damaged: neither it nor the buttons were changed
+    NotRead,    // out of memory: the buttons were not changed
+    // When writing: the file does not match the buttons. Its contents win when it is read again.
     InUse,      // another program kept writing it
     TooLong,    // it could not be read again
-    NotWritten, // `status` says why
+    NotWritten, // see `status`
 };
 struct KorvaneFileResult {
     KorvaneFileState state = KorvaneFileState::InStep;
     OSErr status = noErr;
 };
-// One for each of kKorvaneApps, in its order. FindKorvaneFileForApp has the paths.
+// One per row of kKorvaneApps, in order. FindKorvaneFileForApp gives the paths.
 using KorvaneResults = std::array<KorvaneFileResult, kKorvaneApps.size()>;
 
-// Writes the buttons' menu entries into every hotkey file that is there, whether or not it changes, asks the
-// companion's two programs to load their settings anew, and announces the files on its notification port.
-// Every hotkey keeps its place and its title. A file that another program changes meanwhile is read again;
-// one that keeps changing is left for the next time, and so are all when another program of ours is busy with
-// them for longer than half a second. Gives the announcement's status, "notification_socket.h". The base is not
-// changed. What came of the files is stored in *results, if given.
+// Writes the buttons' menu entries into every existing hotkey file, even an unchanged one, asks the
+// companion's two programs to reload their settings, and announces the files on its notification port. Each
+// hotkey keeps its position and title. If another program changes a file meanwhile it is read again; one that
+// keeps changing is left for next time, as are all files if another of our programs holds them for more than
+// half a second. Returns the announcement's status ("notification_socket.h"). The base is not changed.
+// *results, if given, gets the result for each file.
 std::int32_t SyncToKorvane(QBaseHandle base, KorvaneResults *results = nullptr);
 
-// Takes the buttons' menu entries of every companion application's record from its hotkey file. A record
-// whose file is missing or damaged keeps what it has. Records are changed in place; the base then counts as
-// changed. What came of the files is stored in *results, if given.
+// Reads the buttons' menu entries of every companion application's record from its hotkey file. A record
+// whose file is missing or damaged stays as it is. Changes records in place and marks the base changed.
+// *results, if given, gets the result for each file.
 void SyncFromKorvane(QBaseHandle base, KorvaneResults *results = nullptr);
-// The same for one application: the record with this file name, or creator where the name is null, from the
-// file in that folder. Without a folder (empty) it is the one of the row that creator and name select, if
-// any.
+// The same for one application: the record with this file name, or this creator if the name is null, from the
+// file in that folder. An empty folder means that of the row that creator and name select, if any.
 void SyncAppFromKorvane(QBaseHandle base, OSType creator, ConstStringPtr fileName, std::string_view folder);
 
 } // namespace drevix

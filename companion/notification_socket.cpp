@@ -5,8 +5,8 @@
 namespace drevix {
 namespace {
 
-// On one machine either is done at once, or never will be: a peer that takes no connections must not hold the
-// window up.
+// On the same machine this is immediate or never happens. A peer that accepts no connections must not block
+// the window.
 constexpr std::chrono::milliseconds kLimit{100};
 
 } // namespace

@@ -1,4 +1,4 @@
-// Tells the companion dial's helper, on the local machine, that its files have changed: one TCP connection a
+// Tells the companion dial's helper on this machine that its files have changed: one TCP connection per
 // message. Main thread only.
 #pragma once
 
@@ -10,17 +10,17 @@ namespace drevix {
 
 inline constexpr std::int32_t kSocketNoAddress = -1;
 
-// Sends the message's bytes, without its terminator (null: none), over a new connection to the host (null:
-// this machine), which closes when the peer answers anything or hangs up. 0 when sent; -1 when the host cannot
-// be found; else the status of the connection or the transfer, and then nothing stays open. Takes at most a
-// fifth of a second, but for looking up a name.
+// Sends the message's bytes without its terminator (null: none) over a new connection to the host (null: this
+// machine). The connection closes when the peer answers or hangs up. 0 if sent; -1 if the host cannot be
+// found; else the status of the connection or transfer, with nothing left open. Takes at most 0.2 s, plus any
+// name lookup.
 std::int32_t SocketSendMessage(const char *message, std::uint16_t port, const char *host);
 
-// Fills the address of a port of the host (null: this machine). 0; -1, with the record unchanged, when there
-// is no record or the host cannot be found.
+// Fills in the address of a port on the host (null: this machine). 0; -1, with the record unchanged, for a
+// null record or if the host cannot be found.
 [[nodiscard]] std::int32_t SocketInitAddress(SocketAddress *address, std::uint16_t port, const char *host);
 
-// The callback of such a connection: closes it, whatever came.
+// The callback of such a connection: closes it on any event.
 void SocketDealWithData(SocketRef socket, SocketCallBackType type, const SocketAddress *address,
                         const void *data, void *context);
 
