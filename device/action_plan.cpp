@@ -26,14 +26,14 @@ constexpr auto kModifierKeys = std::to_array<ModifierKey>({
     {kSuper, KEY_LEFTMETA},
 });
 
-// How a row of the table makes its step.
+// The kinds of step in a row of the table.
 
-// A key in its place, whatever the layout.
+// A key by scan code, whatever the layout.
 struct Place {
     std::uint16_t scanCode;
     std::uint16_t modifiers = 0;
 };
-// A key by what it types without modifiers in the layout.
+// A key by the character it types without modifiers in the layout.
 struct Typed {
     char character;
     std::uint16_t modifiers = 0;
@@ -58,7 +58,7 @@ using Recipe = std::variant<DoNothing, Place, Typed, Window, Player, SlotKeystro
 struct PlanRow {
     ActionCommand code;
     Recipe recipe;
-    Holding holding = Holding::Once; // where the slot does not say
+    Holding holding = Holding::Once; // unless the slot says otherwise
 };
 
 using enum ScrollDirection;
@@ -71,7 +71,7 @@ using Session = SessionRequest;
 // differ the request that all of them understand comes first.
 constexpr auto kPlans = std::to_array<PlanRow>({
     {0,   DoNothing{}},
-    {4,   DoNothing{}}, // that of the global record was looked up before
+    {4,   DoNothing{}}, // the global record's was already looked up
     {7,   SwitchRingMode{}},
     {32,  SlotKeystroke{}},
     {34,  DoNothing{"the companion takes no menu commands"}},
@@ -101,12 +101,12 @@ constexpr auto kPlans = std::to_array<PlanRow>({
     {90,  ProgramKind{"document viewer", "application/pdf", "", "Office;Viewer;"}},
     {91,  ProgramKind{"music player", "audio/mpeg", "", "Audio;Player;"}},
     {92,  ProgramKind{"video player", "video/mp4", "", "Video;Player;"}},
-    {93,  ProgramKind{"screenshot tool", "", // no category is for these alone
+    {93,  ProgramKind{"screenshot tool", "", // no category is specific to these
                       "org.gnome.Screenshot;org.kde.spectacle;xfce4-screenshooter;mate-screenshot;"
                       "org.flameshot.Flameshot;lximage-qt-screenshot;", ""}},
     {94,  ProgramKind{"software manager", "x-scheme-handler/appstream", "", "PackageManager;"}},
     {95,  ProgramKind{"system monitor", "", "", "System;Monitor;"}},
-    {96,  ProgramKind{"settings program", "", // the category holds each of its pages as well
+    {96,  ProgramKind{"settings program", "", // the category also contains each settings page
                       "org.gnome.Settings;gnome-control-center;systemsettings;kdesystemsettings;"
                       "xfce-settings-manager;matecc;cinnamon-settings;lxqt-config;", "Settings;DesktopSettings;"}},
     {102, AskSession{Session::Lock}},
@@ -115,7 +115,7 @@ constexpr auto kPlans = std::to_array<PlanRow>({
     {105, AskSession{Session::Restart},  Holding::LongPress},
     {106, AskSession{Session::ShutDown}, Holding::LongPress},
     {128, Place{KEY_EJECTCD}},
-    {129, Place{KEY_F20}}, // the microphone's own key is beyond kMostScanCode; layouts have it here too
+    {129, Place{KEY_F20}}, // the microphone key is beyond kMostScanCode; layouts map this one to it too
     {130, Place{KEY_MUTE}},
     {131, Place{KEY_VOLUMEDOWN}},
     {132, Place{KEY_VOLUMEUP}},
@@ -155,23 +155,23 @@ constexpr auto kPlans = std::to_array<PlanRow>({
 static_assert(std::ranges::equal(kPlans, kActions, {}, &PlanRow::code, &ActionInfo::code),
               "a plan for every command, in their order");
 
-constexpr ActionCommand kFirstUnlocked = 128; // special keys and the player
+constexpr ActionCommand kFirstUnlocked = 128; // special keys and player
 constexpr ActionCommand kLastUnlocked = 152;
 
-// Where the characters of the table are when no key types them without modifiers, as digits in French layouts: the
-// place of the US layout with what makes it type them in such layouts.
+// Where to find a character that no key types without modifiers, such as digits in French layouts: its US
+// key, with the modifiers that make it type the character in such layouts.
 struct OtherPlace {
     char character;
     Place place;
 };
-// German and Nordic layouts have a key for the plus; US, British and French ones have it there.
+// German and Nordic layouts have a plus key; US, British and French ones have the plus here.
 constexpr auto kOtherPlaces = std::to_array<OtherPlace>({
     {'+', {KEY_EQUAL, kShift}},
     {'0', {KEY_0, kShift}},
 });
 
-// The key that types a character; no place for one that no key types by itself. The keypad does not count: without
-// Num Lock it types nothing.
+// The key that types a character; nullopt if no key types it. Ignores the keypad, which types nothing without
+// Num Lock.
 std::optional<KeyChord> ChordOf(const Typed &typed, const KeyboardCharacters &layout) {
     const auto character = static_cast<std::uint8_t>(typed.character);
     for (std::uint16_t scanCode = KEY_1; scanCode <= KEY_102ND; ++scanCode) {
@@ -198,10 +198,10 @@ std::optional<KeyChord> ChordOf(const std::optional<Key> &key, const KeyboardCha
 
 enum class TerminalKind : std::uint8_t { None, Usual, Old };
 struct Terminal {
-    std::string_view name; // the last part of its id, its class or its program, in small letters
+    std::string_view name; // last part of its id, class or program, lower case
     TerminalKind kind = TerminalKind::Usual;
 };
-// The old ones have no shortcuts, and take shift for nothing: ctrl+shift+c would stop the program inside.
+// Old terminals have no shortcuts and ignore shift: ctrl+shift+c would interrupt the program inside.
 // clang-format off
 constexpr auto kTerminals = std::to_array<Terminal>({
     {"alacritty"}, {"com.raggesilver.blackbox"}, {"cool-retro-term"}, {"deepin-terminal"}, {"foot"},
@@ -235,7 +235,7 @@ TerminalKind TerminalOf(const FrontWindow &front) {
     return TerminalKind::None;
 }
 
-// Makes the step of a row.
+// Makes a row's step.
 struct StepMaker {
     const ActionSlot &slot;
     const KeyboardCharacters &layout;
@@ -285,7 +285,7 @@ struct StepMaker {
     }
 };
 
-// The slots whose delay counts, and what it means there.
+// Applies the delay of slots that use it.
 void TakeDelay(const ActionSlot &slot, ActionPlan *plan) {
     const bool isKeystroke = slot.command == kActionKeystroke;
     if (slot.delay == 0 || !(isKeystroke || IsScrolling(slot.command))) {

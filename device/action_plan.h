@@ -1,4 +1,4 @@
-// What an action is, step for step: from a slot of a record to keys, wheel and requests.
+// Turns an action slot into steps to carry out: keys, wheel movement and requests.
 #pragma once
 
 #include "platform/desktop/keyboard_layout.h"
@@ -19,29 +19,28 @@ namespace drevix {
 // The last scan code that every desktop can send: X11 has no key codes beyond 255.
 inline constexpr std::uint16_t kMostScanCode = 247;
 
-// A key by its place, with the modifiers that are held around it.
+// A key by scan code, with the modifiers held around it.
 struct KeyChord {
     std::uint16_t scanCode;
-    std::uint16_t modifiers; // classic event modifiers; caps lock is none of them
+    std::uint16_t modifiers; // classic event modifiers, without caps lock
     friend bool operator==(const KeyChord &, const KeyChord &) = default;
 };
 
-// The scan codes of modifiers, in the order in which they go down: ctrl, alt (option), shift, super (command), each of
-// them the left key. Caps lock is left out.
+// The scan codes of modifiers, in pressing order: ctrl, alt (option), shift, super (command), always the left
+// key. Caps lock is left out.
 [[nodiscard]] std::vector<std::uint16_t> ModifierScanCodes(std::uint16_t modifiers);
 
-// A kind of program that is opened by what it is for. All texts are in static storage.
+// A kind of program, opened by its purpose. All texts are in static storage.
 struct ProgramKind {
-    std::string_view name; // for people: "mail program"
-    std::string_view type; // open the default application of this MIME type; empty: there is no such type
-    std::string_view
-        entries; // else the first of these desktop entries that is installed; "a;b;", may be empty
+    std::string_view name;       // display name: "mail program"
+    std::string_view type;       // open the default application for this MIME type; may be empty
+    std::string_view entries;    // else the first installed of these desktop entries; "a;b;", may be empty
     std::string_view categories; // else the first entry that has all these categories; "A;B;", may be empty
 };
 
-// The steps that a plan can be.
+// The possible steps of a plan.
 struct DoNothing {
-    std::string_view reason; // for people, static storage; empty where no one expects anything
+    std::string_view reason; // for display, static storage; empty if nothing was expected
     friend bool operator==(const DoNothing &, const DoNothing &) = default;
 };
 struct SendKeys {
@@ -50,7 +49,7 @@ struct SendKeys {
 };
 struct SendScroll {
     ScrollDirection direction;
-    std::uint16_t modifiers; // classic, held around the wheel's movement
+    std::uint16_t modifiers; // classic modifiers, held during the wheel movement
     friend bool operator==(const SendScroll &, const SendScroll &) = default;
 };
 struct OpenItem {
@@ -63,7 +62,7 @@ struct OpenProgram {
 };
 struct AskWindow {
     WindowRequest request;
-    std::optional<KeyChord> otherwise; // to be sent where this desktop takes no such request
+    std::optional<KeyChord> otherwise; // sent if the desktop does not accept the request
     friend bool operator==(const AskWindow &, const AskWindow &) = default;
 };
 struct AskSession {
@@ -72,7 +71,7 @@ struct AskSession {
 };
 struct AskPlayer {
     PlayerRequest request;
-    std::optional<KeyChord> otherwise; // to be sent when no player can be asked
+    std::optional<KeyChord> otherwise; // sent if there is no player to ask
     friend bool operator==(const AskPlayer &, const AskPlayer &) = default;
 };
 struct SwitchRingMode {
@@ -81,25 +80,25 @@ struct SwitchRingMode {
 using ActionStep = std::variant<DoNothing, SendKeys, SendScroll, OpenItem, OpenProgram, AskWindow, AskSession,
                                 AskPlayer, SwitchRingMode>;
 
-// What becomes of an action while its control is down.
+// What an action does while its control is down.
 enum class Holding : std::uint8_t {
     Once,
-    Repeats,   // at the press, then every `ticks` ("device/repeat.h")
-    Kept,      // the keys stay down until the control goes up
-    LongPress, // nothing before the control has been down for a second: no one logs out by brushing a button
+    Repeats,   // acts when pressed, then every `ticks` ("device/repeat.h")
+    Kept,      // holds the keys until the control goes up
+    LongPress, // acts after one second: a touch must not log the user out
 };
 
 struct ActionPlan {
     ActionStep step;
     Holding holding = Holding::Once;
-    std::uint16_t ticks = 0;  // of Holding::Repeats, 1/60 s, before the ring's speed is counted in
-    bool worksLocked = false; // sound, brightness and player, which may act while the session is locked
+    std::uint16_t ticks = 0;  // for Holding::Repeats, in 1/60 s, before applying the ring's speed
+    bool worksLocked = false; // sound, brightness and player may act while the session is locked
     friend bool operator==(const ActionPlan &, const ActionPlan &) = default;
 };
 
-// The plan for a slot, as RecordsInForce gives it, in the keyboard layout and for the window in front. A key that is
-// named by what it types ("ctrl+z") is looked up in the layout; in a terminal those with ctrl get shift as well, since
-// ctrl and a letter alone is for the program inside. A slot with a command that is unknown, or that is left to the
+// The plan for a slot from RecordsInForce, in this keyboard layout and for the window in front. A shortcut
+// that names a character ("ctrl+z") is looked up in the layout; in a terminal, one with ctrl also gets shift,
+// because ctrl plus a letter goes to the program inside. A slot with an unknown command, or one left to the
 // global record, does nothing.
 [[nodiscard]] ActionPlan PlanAction(const ActionSlot &slot, const KeyboardCharacters &layout,
                                     const FrontWindow &front);

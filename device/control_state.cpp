@@ -11,7 +11,7 @@ namespace {
 constexpr SlotIndex kPushRest = 8;
 constexpr SlotIndex kTurnRest = 9;
 
-// The slot for the rest of a control's part of the ring; kNoSlot for one that is not on the ring.
+// The slot for the rest of a control's part of the ring; kNoSlot if the control is not on the ring.
 SlotIndex RestOf(SlotIndex slot) {
     const ControlSlot *control = FindControlSlot(slot);
     if (control == nullptr || control->group != ControlGroup::Ring) {
@@ -35,12 +35,12 @@ std::int64_t SensitivityOf(const Sensitivities &sensitivities, SlotIndex slot) {
     return sensitivities.tuner;
 }
 
-// How far a push goes before it counts, in 1/10000 of the travel.
+// How far a push must go to count, in 1/10000 of the travel.
 std::int64_t Threshold(std::int64_t sensitivity) {
     return std::max<std::int64_t>(8500 - 35 * sensitivity, 1000);
 }
 
-// The way from one value of a counter to the next: the shorter one round.
+// The distance from one counter value to the next, the shorter way around.
 std::int64_t Distance(std::int64_t from, std::int64_t to, std::int64_t wraps) {
     const std::int64_t counts = to - from;
     if (wraps == 0) {
@@ -58,7 +58,7 @@ void Tell(SlotIndex slot, ControlPhase phase, std::vector<ControlEvent> *events)
 
 struct ControlState::Move {
     Input *input;
-    SlotIndex to; // the side that it is on now, kNoSlot for neither
+    SlotIndex to; // the side it is on now, or kNoSlot
     SlotIndex from;
 };
 
@@ -117,7 +117,7 @@ void ControlState::TakeKey(Input &input, std::int32_t value, std::vector<Control
         Release(input, events);
         TellRest(RestOf(slot), events);
     } else if (value == 1 && IsTunerSlot(slot)) {
-        Tell(slot, ControlPhase::Step, events); // the tuner is turned, not held
+        Tell(slot, ControlPhase::Step, events); // the tuner turns, it is never held
     } else if (value == 1 && input.down == kNoSlot) {
         Press(input, slot, events);
     }
@@ -183,7 +183,7 @@ void ControlState::Report(const Sensitivities &sensitivities, std::vector<Contro
         }
     }
     for (const SlotIndex rest : {kPushRest, kTurnRest}) {
-        // Pushed on in another direction the ring has not been at rest.
+        // If the ring was pushed on in another direction, it was not at rest.
         const bool hasEnded = std::ranges::any_of(
             moves, [rest](const Move &move) { return move.from != kNoSlot && RestOf(move.from) == rest; });
         const bool goesOn = std::ranges::any_of(

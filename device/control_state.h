@@ -1,4 +1,4 @@
-// What happens to the controls of one device, from the events that the device sends.
+// Turns the events that a device sends into events of its controls.
 #pragma once
 
 #include "device/device_map.h"
@@ -17,71 +17,72 @@ namespace drevix {
 using SteadyTime = std::chrono::steady_clock::time_point;
 
 enum class ControlPhase : std::uint8_t {
-    Down, // pushed or pressed; stays so until Up
+    Down, // pushed or pressed, until Up
     Up,
-    Step, // has happened `times` times and is over: a dial's steps, the ring back at rest
+    Step, // happened `times` times and is over: a dial's steps, the ring released
 };
 
 struct ControlEvent {
     SlotIndex slot; // of a control ("settings/app_prefs.h")
     ControlPhase phase;
-    int times; // 1 but for the steps of a dial, 1 to kMostSteps
+    int times; // 1, or for a dial's steps 1 to kMostSteps
     friend bool operator==(const ControlEvent &, const ControlEvent &) = default;
 };
 
-// The steps of a dial that are told at a time; what a dial sends beyond that at once is no one's wish.
+// The most dial steps reported at a time; nobody turns a dial faster than that.
 inline constexpr int kMostSteps = 50;
 
-// The sensitivities in force, 0 to 255 as records hold them.
+// The current sensitivities, 0 to 255 as in records.
 struct Sensitivities {
     std::uint8_t x, y, z; // of the ring's axes
     std::uint8_t tuner;
 };
 
-// One device. Pushes and presses come in pairs: whatever the device sends, a slot is told Down only when it is not
-// down, Up only when it is, and EndAll ends those that are down. A control with several inputs, such as two keys, is
-// down while one of them is.
+// One device. Down and Up always come in pairs: whatever the device sends, a slot goes Down only when it is
+// up and Up only when it is down, and EndAll releases those that are down. A control with several inputs,
+// such as two keys, is down while any of them is.
 //
-// A push begins at (0.85 - 0.0035 x sensitivity) of the way from the middle to the end, 0.10 of it at least, and ends
-// below 0.6 of that, so that a hand that trembles pushes once. The ring's rests are told when no side of that part of
-// the ring is down and no dial on it turns, and between two sides of which one follows the other at once.
+// A push starts at (0.85 - 0.0035 x sensitivity) of the travel from the middle, at least 0.10, and ends below
+// 0.6 of that, so that a trembling hand pushes once. A rest of the ring is reported when no side of that part
+// of the ring is down and no dial on it turns, and between two sides pushed one right after the other.
 class ControlState {
   public:
-    // Of a device that fits the map. Its axes are taken to be at rest, its counters where the description says. Both
-    // are copied.
+    // For a device that matches the map. Its axes are assumed to be at rest, its counters at the values in
+    // the description. Copies both arguments.
     ControlState(const DeviceMap &map, const InputDescription &device);
 
-    // Takes what the device has sent, to be called once a turn of the loop with all of it, and appends what happens to
-    // *events, in its order. Axes count when a report ends. After kSyncDropped the events that follow must tell the
-    // state of keys and axes as it was asked anew, up to the report; where counters stand then is where they go on.
+    // Processes device events and appends the resulting events to *events, in order. Call it once per loop
+    // iteration with everything received. Axes are evaluated at the end of a report. After kSyncDropped, the
+    // following events up to the report must give the newly queried state of keys and axes; counters continue
+    // from their new values.
     void Take(std::span<const RawEvent> raw, const Sensitivities &sensitivities, SteadyTime now,
               std::vector<ControlEvent> *events);
 
-    // When a dial on the ring will rest if nothing is sent until then; nothing while none turns.
+    // When a dial on the ring comes to rest if nothing more is sent; nullopt if none is turning.
     [[nodiscard]] std::optional<SteadyTime> NextTime() const;
-    // Appends the rests that are due. To be called when that time has come; Take does the same first.
+    // Appends the rests that are due. Call it at that time; Take also does it first.
     void TakeTime(SteadyTime now, std::vector<ControlEvent> *events);
 
-    // The device is gone, or is not to act any more: appends an Up for each slot that is down. Rests are not told, as
-    // nobody has let go of the ring.
+    // Appends an Up for each slot that is down, because the device is gone or must stop acting. Reports no
+    // rests, because nobody released the ring.
     void EndAll(std::vector<ControlEvent> *events);
 
   private:
     struct Input {
         MappedInput mapped;
-        SlotIndex down = kNoSlot; // the slot that it holds down
-        // An axis, in halves of its unit, since the middle may lie between two values.
+        SlotIndex down = kNoSlot; // the slot held down
+        // For an axis. In half units, because the middle may lie between two values.
         std::int64_t doubleMiddle = 0;
         std::int64_t doubleTravel = 0;
         std::int32_t value = 0;
         bool hasMoved = false; // since the last report
-        // A dial.
-        std::optional<std::int32_t> counter; // where it stood last
-        std::int64_t remainder = 0;          // of counts x sensitivity, too few for a step
-        int stepsTold = 0;                   // in this turn of the loop
+        // For a dial.
+        std::optional<std::int32_t> counter; // last value
+        std::int64_t remainder = 0;          // counts x sensitivity left over, too few for a step
+        int stepsTold = 0;                   // in this loop iteration
         std::optional<SteadyTime> rests;     // while it turns
     };
-    struct Move; // an axis that has changed sides in one report
+    struct Move; // an axis that changed sides in one report
 
     void Report(const Sensitivities &sensitivities, std::vector<ControlEvent> *events);
     void TakeKey(Input &input, std::int32_t value, std::vector<ControlEvent> *events);
@@ -95,7 +96,7 @@ class ControlState {
     void TellRest(SlotIndex rest, std::vector<ControlEvent> *events) const;
 
     std::vector<Input> fInputs;
-    std::array<int, kActionSlots> fHolders{}; // inputs that hold a slot down
+    std::array<int, kActionSlots> fHolders{}; // inputs holding each slot down
 };
 
 } // namespace drevix

@@ -14,7 +14,7 @@ using std::chrono::milliseconds;
 
 constexpr milliseconds kUsualRest{150};
 constexpr std::int32_t kMostCounts = 1000000;
-constexpr std::int32_t kFarthest = 1000000000; // middle and travel; twice of it fits in 32 bits
+constexpr std::int32_t kFarthest = 1000000000; // middle and travel; twice this fits in 32 bits
 
 constexpr std::uint8_t BitOf(InputKind kind) {
     return static_cast<std::uint8_t>(1U << static_cast<unsigned>(kind));
@@ -22,7 +22,7 @@ constexpr std::uint8_t BitOf(InputKind kind) {
 constexpr std::uint8_t kAxis = BitOf(InputKind::Axis);
 constexpr std::uint8_t kDial = BitOf(InputKind::Dial);
 
-// A control with two sides. Each side, but for the rests, can be a key's control by its own name too.
+// A control with two sides. A key can also be mapped to each side by name, except the rests.
 struct TwoSided {
     std::string_view name;
     SlotIndex low;
@@ -36,11 +36,11 @@ constexpr auto kTwoSided = std::to_array<TwoSided>({
     {"tuner", 6, 7, kDial},
 });
 
-// The word that says what the input is, and which of the kernel's events it may be.
+// The keyword for an input, and the kernel events it can be.
 struct KindWord {
     std::string_view word;
     InputKind kind;
-    std::string_view form; // what its value must be, for people
+    std::string_view form; // the form of its value, for messages
     bool (*takes)(std::uint16_t type);
 };
 constexpr auto kKindWords = std::to_array<KindWord>({
@@ -52,10 +52,10 @@ constexpr auto kKindWords = std::to_array<KindWord>({
      [](std::uint16_t type) { return type == kKeyEvents; }},
 });
 
-// The words that say more of an input.
+// Further keywords of an input.
 struct Detail {
     std::string_view word;
-    std::uint8_t kinds; // which may have it
+    std::uint8_t kinds; // kinds that may have it
     std::int32_t least;
     std::int32_t most;
     void (*store)(MappedInput &input, std::int32_t number);
@@ -70,9 +70,9 @@ constexpr auto kDetails = std::to_array<Detail>({
      [](auto &input, auto number) { input.restsAfter = milliseconds{number}; }},
 });
 
-// One line as it is being read.
+// One line being parsed.
 struct Line {
-    std::string_view control; // its first word
+    std::string_view control; // first word
     std::vector<FieldWord> words;
 };
 
@@ -138,7 +138,7 @@ bool ReadMatch(const Line &line, DeviceMatch *match, std::string *problem) {
     return true;
 }
 
-// The slots of the control, and the kinds of input that can be it; 0 for a word that is no control.
+// The control's slots and the kinds of input allowed for it; 0 for an unknown control.
 std::uint8_t SlotsOfControl(std::string_view control, SlotIndex *low, SlotIndex *high) {
     const auto *two = std::ranges::find(kTwoSided, control, &TwoSided::name);
     if (two != kTwoSided.end()) {
@@ -154,7 +154,7 @@ std::uint8_t SlotsOfControl(std::string_view control, SlotIndex *low, SlotIndex 
     return isPressed ? BitOf(InputKind::Key) : std::uint8_t{0};
 }
 
-// The words for the kinds in a set of bits: "axis= or dial=".
+// The keywords for a set of kinds: "axis= or dial=".
 std::string KindNames(std::uint8_t kinds) {
     std::string names;
     for (const KindWord &row : kKindWords) {
@@ -165,7 +165,7 @@ std::string KindNames(std::uint8_t kinds) {
     return names;
 }
 
-// Which event the input is.
+// Reads which event the input is.
 bool ReadEvent(const Line &line, std::uint8_t kinds, MappedInput *input, std::string *problem) {
     const KindWord *kind = nullptr;
     for (const FieldWord &word : line.words) {
@@ -247,7 +247,7 @@ bool ReadInput(const Line &line, MappedInput *input, std::string *problem) {
     return true;
 }
 
-// Puts the maps of a text together.
+// Builds the maps of a text.
 class MapReader {
   public:
     explicit MapReader(std::vector<MapProblem> *problems) : fProblems(problems) {}
@@ -270,7 +270,7 @@ class MapReader {
     }
 
   private:
-    // Device lines that stand together are for one map; the next one after a control begins another.
+    // Consecutive device lines belong to one map; a device line after a control starts the next map.
     void TakeDevice(int number, const Line &line) {
         if (fHasControls) {
             Finish();
@@ -320,9 +320,9 @@ class MapReader {
 
     std::vector<MapProblem> *fProblems;
     std::vector<DeviceMap> fMaps;
-    DeviceMap fMap;          // the one being read
-    std::vector<int> fLines; // where its inputs stand
-    int fDeviceLine = 0;     // of its last device, 0 for none
+    DeviceMap fMap;          // the one being parsed
+    std::vector<int> fLines; // line numbers of its inputs
+    int fDeviceLine = 0;     // line of its last device, or 0
     bool fHasControls = false;
 };
 

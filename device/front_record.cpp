@@ -14,7 +14,7 @@ namespace {
 
 constexpr int kUsualSpeed = 100;
 
-// A name as it is compared: as a record can hold it, in small letters, without ".desktop" or ".exe".
+// A name for comparison: as a record would store it, lower case, without ".desktop" or ".exe".
 std::string Comparable(std::string_view name) {
     std::string small = WithSmallLetters(name);
     for (const std::string_view suffix : {".desktop", ".exe"}) {
@@ -31,14 +31,13 @@ std::string LeafOf(std::string_view path) {
     return std::string(path.substr(path.rfind('/') + 1));
 }
 
-// The last part of a dotted name; empty for a name without a dot.
+// The last part of a dotted name; empty if there is no dot.
 std::string_view LastPart(std::string_view name) {
     const std::size_t dot = name.rfind('.');
     return dot == std::string_view::npos ? std::string_view() : name.substr(dot + 1);
 }
 
-// The program that a command starts: `env` and its settings are looked through, and in a sandbox the program is what
-// --command= names.
+// The program that a command starts: skips `env` and its settings; for a sandbox, the program in --command=.
 std::string ProgramOf(std::span<const std::string> command) {
     if (!command.empty() && LeafOf(command.front()) == "env") {
         const auto isSetting = [](const std::string &word) {
@@ -80,7 +79,7 @@ RecordNumber FrontRecords::Find(const FrontWindow &front) const {
     using Rule = bool (*)(const Row &row, const std::string &name);
     struct RuleRow {
         Rule fits;
-        bool mustBeOne; // a record is found only when no other one fits
+        bool mustBeOne; // match only if no other record fits
     };
     static constexpr auto kRules = std::to_array<RuleRow>({
         {[](const Row &row, const std::string &name) { return row.name == name; }, false},

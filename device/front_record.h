@@ -1,4 +1,4 @@
-// Which settings are in force: from the window in front to a record, and from a record to what a control does.
+// Which settings apply: finds the record for the window in front, and what a control does under that record.
 #pragma once
 
 #include "device/control_state.h"
@@ -13,28 +13,27 @@
 
 namespace drevix {
 
-// What the desktop entry of a record's application says.
+// Data from the desktop entry of a record's application.
 struct RecordEntry {
-    std::string startupClass;         // StartupWMClass, empty without one
-    std::vector<std::string> command; // the words of Exec, quotes and field codes done with
+    std::string startupClass;         // StartupWMClass, or empty
+    std::vector<std::string> command; // the words of Exec, unquoted and without field codes
 };
-// Looks up the entry that has a record's file name, with ".desktop" behind it; nothing when none has.
+// Looks up the desktop entry named after a record's file name plus ".desktop"; nullopt if none.
 using EntryLookup = std::function<std::optional<RecordEntry>(const std::string &appFileName)>;
 
-// The records of a base by what their applications' windows can be known by. Made anew when the base has changed.
+// A base's records, indexed by what identifies their applications' windows. Rebuild it when the base changes.
 class FrontRecords {
   public:
     FrontRecords() = default;
-    // Looks each record's entry up, once. The base is not needed afterwards. May throw std::bad_alloc.
+    // Looks up each record's entry once. The base is not needed afterwards. May throw std::bad_alloc.
     FrontRecords(QBaseHandle base, const EntryLookup &entryOf);
 
-    // The number of the record for the window in front, 0 (the global record) when none is. Letter case of ASCII is
-    // ignored, as are ".desktop" and ".exe" at the end of a name. The first of these rules that finds one decides,
-    // each trying the entry id, the class and the name in this order:
-    // 1. it is the record's file name; 2. the record's entry names it as its window class; 3. it is the last part of
-    // the record's dotted name, or the record's name is its last part, and that holds for one record alone; 4. the
-    // record's entry starts a program of that name; 5. the program that the window's process runs has the record's
-    // file name.
+    // The number of the record for the window in front; 0 (the global record) if none matches. Ignores ASCII
+    // letter case and a final ".desktop" or ".exe". The first rule that finds a record wins; each tries the
+    // window's entry id, class and name in this order: 1. it equals the record's file name; 2. it is the
+    // window class in the record's entry; 3. it is the last part of the record's dotted name, or the record's
+    // name is its last part, and only one record matches so; 4. the record's entry starts a program of that
+    // name; 5. the window's process runs a program with the record's file name.
     [[nodiscard]] RecordNumber Find(const FrontWindow &front) const;
 
   private:
@@ -47,28 +46,29 @@ class FrontRecords {
     std::vector<Row> fRows;
 };
 
-// Whose settings the ring has; the action "Switch ring mode" changes it.
+// Whose settings the ring uses; the action "Switch ring mode" changes it.
 enum class RingMode : std::uint8_t { Application, Global };
 
-// The records that decide what the controls do.
+// The records that determine what the controls do.
 class RecordsInForce {
   public:
-    RecordsInForce() = default; // of no record: nothing is done
-    // Those for a record that FrontRecords has found. Pointers into the base are kept, so the base must stay
-    // unchanged while this is used.
+    RecordsInForce() = default; // no record: controls do nothing
+    // For a record found by FrontRecords. Keeps pointers into the base, so the base must not change while
+    // this is in use.
     RecordsInForce(QBaseHandle base, RecordNumber number);
 
-    // Whether the device acts at all: not where the record is missing, damaged or switched off.
+    // Whether the device acts at all: false if the record is missing, damaged or inactive.
     [[nodiscard]] bool AreActive() const { return fOwn != nullptr; }
     [[nodiscard]] const AppPrefs *Own() const { return fOwn; }
 
-    // What a control does: the record's slot; the global record's where the record leaves it to that, and for the
-    // ring's controls in the global ring mode, but for one that switches the mode back. Null where nothing is done.
+    // What a control does: the record's slot, or the global record's if the record defers to it, or for ring
+    // controls in global ring mode, except one that switches the mode back. Null if it does nothing.
     [[nodiscard]] const ActionSlot *SlotOf(SlotIndex slot, RingMode mode) const;
 
-    // Always values that can be used: 100 where no record decides.
+    // Always usable values: 100 if no record applies.
     [[nodiscard]] Sensitivities SensitivitiesOf(RingMode mode) const;
-    // How fast actions repeat while this control is down, 0 to 255 as records hold it; 100 for all but the ring's.
+    // The repeat speed while this control is down, 0 to 255 as in records; 100 for all but the ring's
+    // controls.
     [[nodiscard]] int SpeedOf(SlotIndex slot, RingMode mode) const;
 
   private:

@@ -7,7 +7,7 @@ namespace {
 
 using std::chrono::nanoseconds;
 
-// A period as a fraction of nanoseconds: ticks x 100 / speed x 10^9 / 60, shortened.
+// A period as a reduced fraction of nanoseconds: ticks x 100 / speed x 10^9 / 60.
 struct Period {
     std::int64_t numerator;
     std::int64_t denominator;
@@ -19,11 +19,11 @@ Period PeriodOf(std::uint16_t ticks, int speed) {
     return {hundredths * kTickNumerator, used * 3};
 }
 
-// The first repetition after a moment.
+// The first repeat after a point in time.
 SteadyTime NextRepetition(SteadyTime pressed, std::uint16_t ticks, int speed, SteadyTime now) {
     const Period period = PeriodOf(ticks, speed);
     const std::int64_t passed = std::chrono::duration_cast<nanoseconds>(now - pressed).count();
-    // Counted with a period that is a little too long, this comes out too small or right, never too large.
+    // The period is rounded up, so this is exact or too small, never too large.
     std::int64_t n = std::max<std::int64_t>(passed / (period.numerator / period.denominator + 1), 0);
     do {
         ++n;
@@ -39,7 +39,7 @@ Deed TooShort(ActionPlan plan) {
 } // namespace
 
 SteadyTime RepetitionTime(SteadyTime pressed, std::uint16_t ticks, int speed, std::int64_t n) {
-    // Whole multiples of the denominator apart, so that no product outgrows the time that it stands for.
+    // Split at whole multiples of the denominator, so that no product overflows.
     const Period period = PeriodOf(ticks, speed);
     const std::int64_t whole = n / period.denominator;
     const std::int64_t rest = n % period.denominator;

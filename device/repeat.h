@@ -1,4 +1,4 @@
-// What happens while a control is down: actions that repeat, keys that are held, actions that wait.
+// Actions of controls that are down: repeating ones, held keys, delayed ones.
 #pragma once
 
 #include "device/action_plan.h"
@@ -10,15 +10,16 @@
 
 namespace drevix {
 
-// When an action that repeats comes the n-th time after the press: n x `ticks` x 100 / `speed` ticks of 1/60 s later, a
-// tick each at least. Counted from the press, so rounding does not add up. A speed of 0 counts as 1; `ticks` is not 0.
+// The time of an action's n-th repeat: n x `ticks` x 100 / `speed` ticks of 1/60 s after the press, at least
+// one tick each. Measured from the press, so rounding errors do not add up. A speed of 0 counts as 1; `ticks`
+// must not be 0.
 [[nodiscard]] SteadyTime RepetitionTime(SteadyTime pressed, std::uint16_t ticks, int speed, std::int64_t n);
 
-// How long a control must be down for an action that waits (Holding::LongPress).
+// How long a control must be down for a delayed action (Holding::LongPress).
 inline constexpr std::chrono::milliseconds kLongPress{1000};
 
 enum class DeedKind : std::uint8_t {
-    Act,   // carry the plan out, `times` times; keys go down and up
+    Act,   // carry out the plan `times` times; keys go down and up
     Hold,  // press the plan's keys and leave them down
     LetGo, // release them
 };
@@ -28,27 +29,27 @@ struct Deed {
     int times; // 1 or more
 };
 
-// Where a control event comes from: a device, or a program that simulates one. The loop numbers them.
+// The source of a control event: a device, or a program that simulates one. Numbered by the caller's loop.
 using ControlSource = int;
 
-// The controls that are down, of all sources. Whatever comes, each Hold is followed by one LetGo of the same keys, at
-// the latest by that of EndAll.
+// The controls that are down, from all sources. Each Hold is always followed by one LetGo of the same keys,
+// at the latest from EndAll.
 class HeldActions {
   public:
-    // Takes a control's event, with the plan for it and the speed of repetition there, and appends what is to be done
-    // now to *deeds. A Down of a control that is down already ends it first; an Up of one that is not does nothing.
-    // For an Up the plan is not looked at: what its Down began is ended.
+    // Processes a control's event, with its plan and repeat speed, and appends what to do now to *deeds. A
+    // Down of a control that is already down ends it first; an Up of one that is not down does nothing. An Up
+    // ignores the plan and ends what its Down started.
     void Take(ControlSource source, const ControlEvent &event, const ActionPlan &plan, int speed,
               SteadyTime now, std::vector<Deed> *deeds);
 
-    // When something is due; nothing while nothing is.
+    // When the next thing is due; nullopt if nothing is.
     [[nodiscard]] std::optional<SteadyTime> NextTime() const;
-    // Appends what is due: each repetition once. Those that a late call has missed are left out, since a burst of them
-    // is not what the hand meant.
+    // Appends what is due: each repeat once. Skips repeats missed because of a late call, since nobody wants
+    // a burst of them.
     void TakeTime(SteadyTime now, std::vector<Deed> *deeds);
 
-    // Ends what a source's controls began, or everything. Controls that are still down then do nothing until they are
-    // pressed again.
+    // Ends what a source's controls started, or everything. Controls still down then do nothing until pressed
+    // again.
     void EndSource(ControlSource source, std::vector<Deed> *deeds);
     void EndAll(std::vector<Deed> *deeds);
 
