@@ -68,13 +68,13 @@ OSStatus GetConnectedDevices(const DeviceList *list) {
 
 OSErr InstallAppleEventHandlers(DeviceList *list) {
     gConnectedListPtr = list;
-    // Without a handler the panel shows the last list it has, as it does without a helper.
+    // Without a handler the panel shows its last list, as it does without a helper.
     std::ignore = AEInstallEventHandler(kCoreEventClass, kAnswerEvent, ReceiveConnectedDevicesReply, 0);
     return noErr;
 }
 
 OSErr RemoveAppleEventHandlers() {
-    // It does not matter whether one was installed.
+    // One may not be installed.
     std::ignore = AERemoveEventHandler(kCoreEventClass, kAnswerEvent);
     return noErr;
 }

@@ -1,6 +1,6 @@
-// The message link to the device helper and the companion's processes: who runs, "reload your settings", and
-// "which devices are connected". docs/driver-messages.md has the messages byte by byte.
-// Main thread only. Nothing here waits for a process: a helper that hangs cannot hold up the panel.
+// Messages to the device helper and the companion's processes: finding them, "reload your settings" and
+// "which devices are connected". docs/driver-messages.md has the messages byte by byte. Main thread only.
+// Never blocks: a helper that hangs cannot hang the panel.
 #pragma once
 
 #include "platform/bus/apple_events.h"
@@ -12,12 +12,12 @@
 
 namespace drevix {
 
-// The processes that are told and asked, by name. Letter case does not count, accents do.
+// Process names. Letter case is ignored, accents are not.
 inline constexpr auto kDrevixHelperName = PascalLiteral("DrevixHelper");
 inline constexpr auto kTarnixName = PascalLiteral("Drevix tarnix");
 inline constexpr auto kTarnixHelperName = PascalLiteral("Drevix tarnix Helper");
 
-// The requests, and what the answer to the second one holds.
+// The requests, and the parts of the answer to the second one.
 inline constexpr AEEventClass kDriverEventClass = FourCharCode("PLZW");
 inline constexpr AEEventID kReloadPrefsEvent = FourCharCode("PLZU");
 inline constexpr AEEventID kConnectedDevicesEvent = FourCharCode("PLZD");
@@ -26,7 +26,7 @@ inline constexpr DescType kDeviceListType = FourCharCode("PLZT");
 inline constexpr int kMostDevices = 4;
 
 #pragma pack(push, 2)
-// One connected device. Numbers are in the byte order of the machine.
+// One connected device. Numbers are in native byte order.
 struct ConnectedDevice {
     std::uint16_t vendorID;
     std::uint16_t productID;
@@ -36,11 +36,11 @@ struct ConnectedDevice {
     std::uint32_t reserved1;
     std::uint8_t vendorName[128];
     std::uint8_t productName[128];
-    std::uint8_t serialNumber[8]; // byte 0: 0 when there is none; bytes 1 to 7: the number, lowest byte first
+    std::uint8_t serialNumber[8]; // byte 0: 0 if there is none; bytes 1 to 7: the number, lowest byte first
     std::uint8_t reserved2[120];
 };
 
-// The connected devices as the helper sends them, and as the panel keeps them.
+// The connected devices, as the helper sends and the panel stores them.
 struct DeviceList {
     std::uint16_t count;
     std::uint16_t filler1;
@@ -62,31 +62,29 @@ static_assert(sizeof(DeviceList) == 1596 && alignof(DeviceList) == 2);
 static_assert(std::has_unique_object_representations_v<DeviceList>, "a field lost bytes to padding");
 static_assert(std::is_trivially_copyable_v<DeviceList>);
 
-// Where answers go; null before the first InstallAppleEventHandlers, never cleared after it.
+// Where answers are stored; null before the first InstallAppleEventHandlers, never cleared afterwards.
 extern DeviceList *gConnectedListPtr;
 
-// Finds the first process of that name, lowest process id first. noErr; else why the process list ended,
-// procNotFound when no such process runs or there is no session bus. *psn, which may be null, is set only on
-// success.
+// Finds the process of that name with the lowest process id. noErr; procNotFound if none runs or there is no
+// session bus; or the process list's error. *psn (optional) is set only on success.
 [[nodiscard]] OSErr FindNamedProcess(ConstStringPtr name, ProcessSerialNumber *psn);
 
-// Tells the process of that name to read its settings again. The status of the first step that failed:
-// procNotFound when it does not run; noErr says that the message is on its way, not that it was obeyed.
+// Tells the process of that name to reload its settings. noErr means the message was sent, not that it was
+// acted on; else the status of the first step that failed: procNotFound if it is not running.
 [[nodiscard]] OSStatus RequestDriverPrefsUpdate(ConstStringPtr name);
 
-// Asks the device helper which devices are connected, and returns at once; the answer comes from the event
-// loop later, into the list that InstallAppleEventHandlers was given. `list` should be that one; paramErr, with
-// nothing sent, when it is null; else as RequestDriverPrefsUpdate. While the helper owes an answer, nothing
-// more is sent to it ("platform/bus/apple_events.h").
+// Asks the device helper which devices are connected and returns at once. The answer arrives later through
+// the event loop, in the list given to InstallAppleEventHandlers; `list` should be that one. paramErr, with
+// nothing sent, if it is null; else as RequestDriverPrefsUpdate. While an answer is pending, nothing more is
+// sent to the helper ("platform/bus/apple_events.h").
 [[nodiscard]] OSStatus GetConnectedDevices(const DeviceList *list);
 
-// From now on answers are stored in *list, which must live until RemoveAppleEventHandlers, or from then on no
-// longer. What an answer does not bring stays as it was: a shorter one replaces its first bytes, a longer one
-// is cut. Both give noErr in every case.
+// Start and stop storing answers in *list, which must live until RemoveAppleEventHandlers. A shorter answer
+// replaces only the first bytes; a longer one is cut. Both always return noErr.
 OSErr InstallAppleEventHandlers(DeviceList *list);
 OSErr RemoveAppleEventHandlers();
 
-// Stores an answer's device list; the handler that InstallAppleEventHandlers installs. errAEDescNotFound or
+// The handler that InstallAppleEventHandlers installs: stores an answer's device list. errAEDescNotFound or
 // errAECoercionFail, with the list unchanged, for an answer without one.
 [[nodiscard]] OSErr ReceiveConnectedDevicesReply(const AppleEvent *event, AppleEvent *reply,
                                                  std::uint32_t refcon);

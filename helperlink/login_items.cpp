@@ -28,19 +28,19 @@ constexpr std::string_view kPathKey = "Path";
 constexpr std::size_t kMostMatches = 16;
 constexpr mode_t kNewFileMode = 0666; // less the user's umask
 
-// The login items file, as it was read.
+// The login items file as read.
 struct ItemsFile {
     std::string path;
-    std::optional<PropertyList> root; // a dictionary; nothing for an empty file
+    std::optional<PropertyList> root; // a dictionary; nullopt for an empty file
 };
 
-// Behind the last slash that has a character behind it.
+// The part after the last slash that is not at the end.
 std::string_view LeafOf(std::string_view path) {
     const std::size_t last = path.size() < 2 ? std::string_view::npos : path.rfind('/', path.size() - 2);
     return path.substr(last + 1); // npos + 1 is 0
 }
 
-// Where the login items lie. The file is made when missing, also where a link leads.
+// The path of the login items file, created if missing, also at a link's target.
 OSErr FindFile(std::string *path) {
     FSSpec spec = {};
     std::ranges::copy(kFileName, spec.name.begin());
@@ -67,7 +67,7 @@ OSErr OpenItems(ItemsFile *file) {
         file->root = std::move(root);
         return noErr;
     }
-    // What is damaged may still be of worth to its maker; only an empty file has nothing to lose.
+    // Only an empty file may be replaced; a damaged one may still be of value to its owner.
     std::string bytes;
     return ReadWholeFile(file->path, &bytes) == noErr && bytes.empty() ? noErr : resNotFound;
 }
@@ -76,7 +76,7 @@ OSErr SaveItems(const ItemsFile &file) {
     return ReplaceWholeFile(file.path, PropertyListText(*file.root));
 }
 
-// The path of an item; null for what is none.
+// The path of an item; null if it is not an item.
 const std::string *PathOf(const PropertyList &item) {
     const auto *entries = item.As<PropertyListDictionary>();
     const PropertyList *path = entries == nullptr ? nullptr : entries->Find(kPathKey);
@@ -113,11 +113,11 @@ Matches FindItems(const PropertyListArray &items, const IsExact &isExact, const 
     return matches;
 }
 
-// Removes the items from the `first` match on, and gives their paths.
+// Removes the matches from `first` on and returns their paths.
 std::vector<std::string> RemoveItems(PropertyListArray &items, const std::vector<std::size_t> &matches,
                                      std::size_t first) {
     std::vector<std::string> removed;
-    for (std::size_t i = matches.size(); i-- > first;) { // from the last, so that the indices stay valid
+    for (std::size_t i = matches.size(); i-- > first;) { // backwards, so that indices stay valid
         const auto item = items.begin() + static_cast<std::ptrdiff_t>(matches[i]);
         removed.push_back(*PathOf(*item));
         items.erase(item);
@@ -127,7 +127,7 @@ std::vector<std::string> RemoveItems(PropertyListArray &items, const std::vector
 
 bool HasProgram(std::string_view item) {
     struct stat found {};
-    std::string program = ProgramOfAppFolder(item); // itself a link in trees that are made of links
+    std::string program = ProgramOfAppFolder(item); // may be a link in trees made of links
     return !program.empty() && FollowLinks(program, &program) == noErr &&
            CurrentDisk().StatusAt(program.c_str(), &found) == 0 && S_ISREG(found.st_mode);
 }
@@ -137,7 +137,7 @@ OSErr StartAtLogin(std::string_view item) {
                             : OSErr{noErr};
 }
 
-// An autostart entry goes with its item, unless another item of that name is left to start.
+// Removes an item's autostart entry, unless another item of that name remains.
 OSErr DontStartAtLogin(const PropertyListArray &items, std::string_view removed) {
     const std::string name = NameOfAppFolder(removed);
     if (name.empty()) {
@@ -161,14 +161,14 @@ OSErr DontStartAtLogin(const PropertyListArray &items, const std::vector<std::st
     return first;
 }
 
-// The items of a list that was opened; null when there are none, or something else stands in their place.
+// The items of the file read; null if there are none or the value is not an array.
 PropertyListArray *ItemsOf(ItemsFile *file) {
     PropertyList *items =
         file->root.has_value() ? file->root->As<PropertyListDictionary>()->Find(kItemsKey) : nullptr;
     return items == nullptr ? nullptr : items->As<PropertyListArray>();
 }
 
-// Makes room for items where there is nothing.
+// Adds an empty item list.
 void AddItems(ItemsFile *file) {
     if (!file->root.has_value()) {
         file->root = PropertyListDictionary();
@@ -179,15 +179,15 @@ void AddItems(ItemsFile *file) {
     }
 }
 
-// What is to be registered.
+// The item to register.
 struct NewItem {
     std::string_view path;
-    std::string_view name; // a further one that matches, or empty
+    std::string_view name; // another name that matches, or empty
     bool isHidden;
     bool replaces;
 };
 
-// *wasRegistered is set once the items were looked through, whatever comes then.
+// Sets *wasRegistered once the items have been searched, whatever happens next.
 OSErr AddItem(const NewItem &item, bool *wasRegistered) try {
     ItemsFile file;
     if (const OSErr status = OpenItems(&file); status != noErr) {
@@ -228,7 +228,7 @@ OSErr AddItem(const NewItem &item, bool *wasRegistered) try {
     return memFullErr;
 }
 
-// *removed is set once the items were looked through, whatever comes then.
+// Sets *removed once the items have been searched, whatever happens next.
 OSErr RemoveItem(std::string_view name, std::uint16_t *removed) try {
     ItemsFile file;
     if (const OSErr status = OpenItems(&file); status != noErr) {
@@ -273,7 +273,7 @@ std::int32_t AddLoginItem(const char *path, const char *name, std::int16_t hide,
 
 std::int32_t RemoveLoginItem(const char *name, std::uint16_t *removed) {
     std::uint16_t count = 0;
-    const bool hasName = name != nullptr && *name != '\0'; // every path ends with an empty one
+    const bool hasName = name != nullptr && *name != '\0'; // every path ends with an empty name
     const OSErr status = hasName ? RemoveItem(name, &count) : paramErr;
     if (removed != nullptr) {
         *removed = count;

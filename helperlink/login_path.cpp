@@ -1,4 +1,4 @@
-// The path of a login item: up the folders by the catalog, from the item to the root of its volume.
+// The path of a login item: walks up the catalog from the item to the root of its volume.
 #include "helperlink/login_items.h"
 
 #include "platform/base/status.h"
@@ -18,7 +18,7 @@ namespace {
 constexpr std::int16_t kSmallestBuffer = 128;
 constexpr std::string_view kVolumes = "/Volumes";
 
-// A name as a path has it: the two systems' separators are exchanged.
+// A name as it appears in a path: the two systems' separators are swapped.
 std::string PathName(const Str63 &name) {
     std::string text = stringWithPascalString(name.data());
     std::ranges::replace(text, '/', ':');
@@ -35,14 +35,14 @@ std::string Escaped(std::string_view name) {
     return escaped;
 }
 
-// Puts text in front of the path where it fits into a buffer of so many bytes.
+// Prepends text to the path if the result fits into a buffer of that size.
 void Prepend(std::string *path, const std::string &text, std::size_t size) {
     if (path->size() + text.size() < size - 1) {
         path->insert(0, text);
     }
 }
 
-// Puts the names of the folders from `parent` up in front. *volume becomes the one that the item lies on.
+// Prepends the names of the folders from `parent` up. *volume gets the item's volume.
 OSErr PrependFolders(std::string *path, std::int32_t parent, std::size_t size, bool escapes,
                      std::int16_t *volume) {
     for (CatalogInfo info = {}; parent != kRootParentFolder; parent = info.ioDrParID) {
