@@ -46,9 +46,8 @@ struct OutsideChanges {
 // The result of reading the file.
 struct OpenResult {
     OSErr status = noErr; // noErr: the base holds settings; resNotFound, memFullErr, ...: unchanged
-    OSErr fileStatus =
-        noErr; // of the file itself: noErr; fnfErr; -1 or eofErr when it is damaged; why it could
-               // not be read
+    // Of the file itself: noErr; fnfErr; -1 or eofErr if damaged; else the read error.
+    OSErr fileStatus = noErr;
 };
 
 // The result of a save. SettingsDocument::IsSaved tells whether the file now matches the base.
