@@ -67,8 +67,8 @@ using Play = PlayerRequest;
 using Session = SessionRequest;
 
 // clang-format off
-// One row a command. Open and save dialogs, undo and the like have one key in nearly all programs; where desktops
-// differ the request that all of them understand comes first.
+// One row per command. Open and save dialogs, undo and the like have the same key in nearly all programs;
+// where desktops differ, the request that all of them understand comes first.
 constexpr auto kPlans = std::to_array<PlanRow>({
     {0,   DoNothing{}},
     {4,   DoNothing{}}, // the global record's was already looked up
