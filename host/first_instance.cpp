@@ -17,16 +17,16 @@ QString SocketPath() {
 
 // The environment variable by which a launcher on Wayland lets the program that it starts take the keyboard.
 constexpr const char *kActivationToken = "XDG_ACTIVATION_TOKEN";
-constexpr qint64 kLongestToken = 4096; // bytes; compositors give a few dozen
+constexpr qint64 kLongestGreeting = 16384; // bytes: a token of a few dozen, and a path
 
 } // namespace
 
-bool FirstInstance::Acquire() {
+bool FirstInstance::Acquire(const QString &file) {
     const QString path = SocketPath();
     QLocalSocket first;
     first.connectToServer(path);
     if (first.waitForConnected(kAnswerMilliseconds)) {
-        first.write(qgetenv(kActivationToken) + '\n');
+        first.write(qgetenv(kActivationToken) + ' ' + file.toUtf8().toPercentEncoding("/") + '\n');
         // The first answers with a byte when it has come to the front; a hung one must not keep the user out.
         if (first.waitForReadyRead(kAnswerMilliseconds)) {
             return false;
@@ -47,12 +47,13 @@ bool FirstInstance::Acquire() {
 // The window may take the keyboard with the launcher's leave only, which the launcher gave to the other program.
 // It holds for one time, and for nothing that is started from here.
 void FirstInstance::Answer(QLocalSocket *second) {
-    if (!second->canReadLine() && second->bytesAvailable() < kLongestToken) {
+    if (!second->canReadLine() && second->bytesAvailable() < kLongestGreeting) {
         return;
     }
     second->disconnect(this); // it is answered once, whatever it says after that
-    qputenv(kActivationToken, second->readLine(kLongestToken).trimmed());
-    Q_EMIT startedAgain();
+    const QByteArrayList words = second->readLine(kLongestGreeting).replace('\n', "").split(' ');
+    qputenv(kActivationToken, words.first());
+    Q_EMIT startedAgain(QString::fromUtf8(QByteArray::fromPercentEncoding(words.value(1))));
     qunsetenv(kActivationToken);
     second->write("1");
     second->disconnectFromServer(); // when the answer is written

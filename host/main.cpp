@@ -9,6 +9,7 @@
 
 #include <QApplication>
 #include <QCommandLineParser>
+#include <QFileInfo>
 #include <QLibraryInfo>
 #include <QLoggingCategory>
 #include <QSocketNotifier>
@@ -131,18 +132,22 @@ int main(int argc, char **argv) {
     options.addHelpOption();
     options.addOption({QStringLiteral("verbose"), Host::tr("Tell on standard error what is done.")});
     options.addOptions(PictureOptions());
+    options.addPositionalArgument(QStringLiteral("file"), Host::tr("Import the settings in this file, after a question."),
+                                  QStringLiteral("[file]"));
     options.process(application);
     QString problem;
     const PictureRequest picture = ReadPictureRequest(options, &problem);
-    if (!options.positionalArguments().isEmpty()) {
-        problem = Host::tr("It takes options only; see --help.");
+    const QStringList files = options.positionalArguments();
+    if (files.size() > 1 || (!files.isEmpty() && !picture.file.isEmpty())) {
+        problem = Host::tr("It takes one file, and none with --picture; see --help.");
     }
     if (!problem.isEmpty()) {
         return Fail(problem, kWrongUsage);
     }
 
+    const QString file = files.isEmpty() ? QString() : QFileInfo(files[0]).absoluteFilePath();
     FirstInstance instance;
-    if (picture.file.isEmpty() && !instance.Acquire()) {
+    if (picture.file.isEmpty() && !instance.Acquire(file)) {
         return 0;
     }
     UsePictureColors(picture);
@@ -163,7 +168,9 @@ int main(int argc, char **argv) {
                      Qt::DirectConnection);
 #endif
     QObject::connect(&instance, &FirstInstance::startedAgain, &window, &PanelWindow::ComeToFront);
+    QObject::connect(&instance, &FirstInstance::startedAgain, &window, &PanelWindow::OpenFile);
     window.RestorePlace();
     window.show();
+    window.OpenFile(file);
     return QApplication::exec();
 }

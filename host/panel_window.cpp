@@ -1,11 +1,15 @@
 #include "host/panel_window.h"
 
+#include <QApplication>
 #include <QCloseEvent>
 #include <QCoreApplication>
 #include <QDir>
 #include <QSettings>
 #include <QStyle>
+#include <QTimer>
 #include <QVBoxLayout>
+
+#include <chrono>
 
 namespace drevix {
 namespace {
@@ -19,6 +23,8 @@ QString PluginPath() {
 QString PlaceKey() {
     return QStringLiteral("window/geometry");
 }
+
+constexpr std::chrono::milliseconds kQuestionWait{300}; // between looks whether a question is answered
 
 } // namespace
 
@@ -82,6 +88,21 @@ void PanelWindow::ComeToFront() {
     show();
     raise();
     activateWindow();
+}
+
+void PanelWindow::OpenFile(const QString &path) {
+    if (path.isEmpty()) {
+        return;
+    }
+    const bool isBusy = QApplication::activeModalWidget() != nullptr;
+    // Never at once: who asks for it waits for an answer.
+    QTimer::singleShot(isBusy ? kQuestionWait : std::chrono::milliseconds(0), this, [this, path] {
+        if (QApplication::activeModalWidget() != nullptr) {
+            OpenFile(path);
+        } else if (fPanel != nullptr) {
+            fPanel->openFile(path);
+        }
+    });
 }
 
 void PanelWindow::showEvent(QShowEvent *event) {

@@ -32,6 +32,8 @@ class PanelWindow : public QWidget {
     void ShowForPicture();
     // Brings the window to the front, as a second start of the program asks.
     void ComeToFront();
+    // Hands a file that the user opened to the panel, as soon as no question is open there.
+    void OpenFile(const QString &path);
     // Saves as leaving the panel does, and goes on: the session may end, or may not.
     void SaveForSession();
 

@@ -32,6 +32,11 @@ constexpr auto kTexts = std::to_array<ConfirmTexts>({
      QT_TRANSLATE_NOOP("drevix::ConfirmPanel", "The new ones will take their place."),
      QT_TRANSLATE_NOOP("drevix::ConfirmPanel", "&Replace"),
      QT_TRANSLATE_NOOP("drevix::ConfirmPanel", "&Keep")},
+    {"uiImportPanel", "uiImportTextName", QT_TRANSLATE_NOOP("drevix::ConfirmPanel", "Import Settings"),
+     QT_TRANSLATE_NOOP("drevix::ConfirmPanel", "Import the settings in this file?"),
+     QT_TRANSLATE_NOOP("drevix::ConfirmPanel", "You are asked again before any of yours are replaced."),
+     QT_TRANSLATE_NOOP("drevix::ConfirmPanel", "&Import"),
+     QT_TRANSLATE_NOOP("drevix::ConfirmPanel", "Cancel")},
 });
 
 QLabel *MakeLabel(const QString &text) {

@@ -1,4 +1,4 @@
-// The question that is asked before a record is deleted or replaced.
+// The question that is asked before records are deleted, replaced, or imported from a file that was opened.
 #pragma once
 
 #include <QCheckBox>
@@ -13,8 +13,8 @@ class ConfirmPanel : public QDialog {
     Q_OBJECT
 
   public:
-    enum class Kind : std::uint8_t { Remove, Replace };
-    // `name` is the record's, for people.
+    enum class Kind : std::uint8_t { Remove, Replace, Import };
+    // `name` is that of the record, or of the file, for people.
     ConfirmPanel(Kind kind, const QString &name, QWidget *window);
 
     // Offers to answer for all records of one operation; not offered at first.

@@ -71,6 +71,7 @@ class DrevixPane : public QObject,
     bool showRecord(const QString &appFileName) override;
     bool showPage(int page) override;
     bool showControl(const QString &key) override;
+    void openFile(const QString &path) override;
 
     // KeystrokeReceiver
     [[nodiscard]] bool OverrideKeysIsActive() const override;

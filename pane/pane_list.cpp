@@ -11,6 +11,7 @@
 #include "settings/prefs_dictionary.h"
 #include "settings/prefs_list.h"
 
+#include <QFileInfo>
 #include <QStandardItemModel>
 
 #include <tuple>
@@ -266,6 +267,13 @@ void DrevixPane::actImport() {
     ImportPanel panel(fMainView->window());
     if (panel.exec() == QDialog::Accepted) {
         std::ignore = ImportAppPrefs(panel.Path()); // reported there
+    }
+}
+
+void DrevixPane::openFile(const QString &path) {
+    ConfirmPanel panel(ConfirmPanel::Kind::Import, QFileInfo(path).fileName(), fMainView->window());
+    if (panel.exec() == QDialog::Accepted) {
+        std::ignore = ImportAppPrefs(path); // reported there
     }
 }
 

@@ -39,8 +39,12 @@ class PreferencePane {
     virtual bool showRecord(const QString &appFileName) = 0;
     virtual bool showPage(int page) = 0;
     virtual bool showControl(const QString &key) = 0;
+
+    // The user has opened a file of settings from elsewhere, such as the file manager: asks, and imports it as the
+    // panel's own command does.
+    virtual void openFile(const QString &path) = 0;
 };
 
 } // namespace drevix
 
-Q_DECLARE_INTERFACE(drevix::PreferencePane, "com.halcyra.drevix.PreferencePane/2")
+Q_DECLARE_INTERFACE(drevix::PreferencePane, "com.halcyra.drevix.PreferencePane/3")

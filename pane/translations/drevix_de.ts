@@ -1191,6 +1191,26 @@
         <translation>Einstellungen ersetzen</translation>
     </message>
     <message>
+        <source>Import Settings</source>
+        <translation>Einstellungen importieren</translation>
+    </message>
+    <message>
+        <source>Import the settings in this file?</source>
+        <translation>Die Einstellungen aus dieser Datei importieren?</translation>
+    </message>
+    <message>
+        <source>You are asked again before any of yours are replaced.</source>
+        <translation>Bevor vorhandene ersetzt werden, wird noch einmal gefragt.</translation>
+    </message>
+    <message>
+        <source>&amp;Import</source>
+        <translation>&amp;Importieren</translation>
+    </message>
+    <message>
+        <source>Cancel</source>
+        <translation>Abbrechen</translation>
+    </message>
+    <message>
         <source>Replace the settings that are there already?</source>
         <translation>Die vorhandenen Einstellungen ersetzen?</translation>
     </message>
@@ -1609,12 +1629,16 @@
         <translation>Bestimmt für jede Anwendung, was jedes Bedienelement des Gerätes tut.</translation>
     </message>
     <message>
+        <source>Import the settings in this file, after a question.</source>
+        <translation>Die Einstellungen aus dieser Datei importieren, nach einer Frage.</translation>
+    </message>
+    <message>
         <source>Tell on standard error what is done.</source>
         <translation>Auf der Fehlerausgabe mitteilen, was getan wird.</translation>
     </message>
     <message>
-        <source>It takes options only; see --help.</source>
-        <translation>Es gibt nur Optionen; siehe --help.</translation>
+        <source>It takes one file, and none with --picture; see --help.</source>
+        <translation>Es nimmt eine Datei, und keine mit --picture; siehe --help.</translation>
     </message>
 </context>
 <context>

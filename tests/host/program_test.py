@@ -55,7 +55,7 @@ for words, status in [
     (["--page", "one"], 2),
     (["--scale", "0"], 2),  # these two were a crash
     (["--size", "8000x8000", "--scale", "8"], 2),
-    (["surplus"], 2),
+    (["one", "two"], 2),
     (["--picture", str(picture), "--app", "nobody"], 1),
     (["--picture", str(picture), "--control", "buttonX"], 1),
     (["--picture", str(picture), "--page", "9"], 1),

@@ -89,6 +89,23 @@ TEST_F(List, ChoosingARecord_StoresTheOneBefore) {
     EXPECT_EQ(fPane->WorkingCopy().active, 1);
 }
 
+TEST_F(List, OpenedFile_IsImportedWhenTheUserAgrees) {
+    const QString path = TextOf(fFolder.Path("beta.veltrana"));
+    ASSERT_TRUE(Choose(Targets(), 4));
+    ASSERT_EQ(fPane->ExportCurrentAppPrefs(path, false), noErr);
+    AnswerNext([](QDialog *panel) { Press(panel, u"Delete"_s); });
+    ASSERT_TRUE(ChooseCommand(kDelete));
+    for (const auto &[answer, titles] :
+         {std::pair{u"Cancel"_s, kTitles.size() - 1}, {u"Import"_s, kTitles.size()}}) {
+        AnswerNext([&answer = answer](QDialog *panel) {
+            EXPECT_EQ(panel->findChild<QLabel *>(u"uiImportTextName"_s)->text(), u"beta.veltrana"_s);
+            Press(panel, answer);
+        });
+        fPane->openFile(path);
+        EXPECT_EQ(Titles().size(), titles);
+    }
+}
+
 TEST_F(List, Delete_AsksAndShowsTheRecordAbove) {
     ASSERT_TRUE(Choose(Targets(), 4));
     AnswerNext([](QDialog *panel) {
