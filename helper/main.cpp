@@ -18,12 +18,14 @@ namespace {
 
 constexpr int kWrongUsage = 2;
 
-// The folder that the application's own folder, NAME.app/Contents/Linux, lies in.
+// The folder that the application's own folder, NAME.app/Contents/Linux, lies in. An installed program lies in
+// PREFIX/lib/drevix-settings, and only a link to it in the application's folder, since PREFIX/share is for all machines.
 FSRef ResourcesAround() {
     std::string program;
     // Without it the factory's settings are not found, and the settings file has to do.
     std::ignore = FollowLinks("/proc/self/exe", &program);
-    return {FolderOfPath(FolderOfPath(FolderOfPath(FolderOfPath(program))))};
+    const std::string above = FolderOfPath(FolderOfPath(FolderOfPath(program)));
+    return {above.ends_with(".app") ? FolderOfPath(above) : above + "/share/drevix-settings"};
 }
 
 // A descriptor that can be read when the program is asked to end.
