@@ -1,0 +1,41 @@
+// The window in front of an X11 desktop. For the other files of this folder.
+#pragma once
+
+#include "platform/windows/front_window.h"
+#include "platform/windows/x11_link.h"
+
+#include <vector>
+
+namespace drevix {
+
+class X11Front {
+  public:
+    // Needs a window manager that keeps _NET_ACTIVE_WINDOW, as all of the last twenty years do; without one no window
+    // is ever in front.
+    explicit X11Front(X11Link *link);
+
+    // Looks at an event from the server; then, once for all of them, Update reads what they say has changed.
+    void Notice(const xcb_generic_event_t &event);
+    void Update();
+
+    // The window that has the keyboard, XCB_NONE for none.
+    [[nodiscard]] xcb_window_t Window() const { return fWindow; }
+    // What is known of the window that it belongs to: a dialog is known by the window that it is a dialog of.
+    [[nodiscard]] const FrontWindow &Description() const { return fDescription; }
+
+  private:
+    struct Step;
+
+    [[nodiscard]] Step Look(xcb_window_t window);
+    [[nodiscard]] std::uint32_t ProcessOf(xcb_window_t window);
+    void Watch(xcb_window_t window, std::uint32_t events);
+
+    X11Link *fLink;
+    bool fHasProcesses = false; // whether the server can tell a window's process
+    bool fIsOld = true;
+    xcb_window_t fWindow = XCB_NONE;
+    std::vector<xcb_window_t> fWatched; // the window in front and those that it belongs to
+    FrontWindow fDescription;
+};
+
+} // namespace drevix
