@@ -132,7 +132,8 @@ int main(int argc, char **argv) {
     options.addHelpOption();
     options.addOption({QStringLiteral("verbose"), Host::tr("Tell on standard error what is done.")});
     options.addOptions(PictureOptions());
-    options.addPositionalArgument(QStringLiteral("file"), Host::tr("Import the settings in this file, after a question."),
+    options.addPositionalArgument(QStringLiteral("file"),
+                                  Host::tr("Import the settings in this file, after a question."),
                                   QStringLiteral("[file]"));
     options.process(application);
     QString problem;
