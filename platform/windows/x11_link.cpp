@@ -5,6 +5,7 @@
 #include <cstring>
 #include <poll.h>
 #include <tuple>
+#include <xcb/xcbext.h>
 
 namespace drevix {
 namespace {
