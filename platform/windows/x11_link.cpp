@@ -53,7 +53,7 @@ X11Link::X11Link(xcb_connection_t *connection, int screen) : fConnection(connect
     });
     std::ranges::transform(questions, fAtoms.begin(), [this](xcb_intern_atom_cookie_t question) {
         const auto answer = Await<xcb_intern_atom_reply_t>(question);
-        return answer == nullptr ? XCB_ATOM_NONE : answer->atom;
+        return answer == nullptr ? xcb_atom_t{XCB_ATOM_NONE} : answer->atom;
     });
 }
 
