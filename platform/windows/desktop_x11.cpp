@@ -123,10 +123,11 @@ X11Desktop::~X11Desktop() {
 }
 
 bool X11Desktop::Take() {
-    while (const X11Owner<xcb_generic_event_t> event{xcb_poll_for_event(fLink->Get())}) {
-        fFront.Notice(*event);
-    }
-    fFront.Update();
+    do {
+        while (const X11Owner<xcb_generic_event_t> event{xcb_poll_for_event(fLink->Get())}) {
+            fFront.Notice(*event);
+        }
+    } while (fFront.Update());
     return !fLink->IsLost();
 }
 

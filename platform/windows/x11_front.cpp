@@ -132,10 +132,11 @@ X11Front::Step X11Front::Look(xcb_window_t window) {
     return step;
 }
 
-void X11Front::Update() {
+bool X11Front::Update() {
     if (!fIsOld) {
-        return;
+        return false;
     }
+    fIsOld = false;
     fLink->GiveTime(kTimeToTell);
     const xcb_window_t front =
         FirstOf(fLink->AwaitNumbers(fLink->AskFor(fLink->Root(), fLink->Atom(X11Name::ActiveWindow))));
@@ -158,11 +159,12 @@ void X11Front::Update() {
         }
     }
     fWatched = std::move(chain);
-    if (!fLink->IsLate()) { // else it is asked again the next time
-        fIsOld = false;
+    fIsOld = fLink->IsLate();
+    if (!fIsOld) {
         fWindow = front;
         fDescription = std::move(description);
     }
+    return !fIsOld;
 }
 
 } // namespace drevix

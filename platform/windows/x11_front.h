@@ -14,9 +14,11 @@ class X11Front {
     // is ever in front.
     explicit X11Front(X11Link *link);
 
-    // Looks at an event from the server; then, once for all of them, Update reads what they say has changed.
+    // Looks at an event from the server, which may say that another window is in front or what it is has changed.
     void Notice(const xcb_generic_event_t &event);
-    void Update();
+    // Reads that then. Events may come in meanwhile. False when there was nothing to read, or the server did not answer
+    // in time: then the next call tries again.
+    bool Update();
 
     // The window that has the keyboard, XCB_NONE for none.
     [[nodiscard]] xcb_window_t Window() const { return fWindow; }

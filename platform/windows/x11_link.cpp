@@ -4,7 +4,7 @@
 #include <cerrno>
 #include <cstring>
 #include <poll.h>
-#include <tuple>
+#include <utility>
 #include <xcb/xcbext.h>
 
 namespace drevix {
