@@ -108,11 +108,12 @@ bool SdEventLoop::Run() {
     return fEnds;
 }
 
-void SdEventLoop::RunOnce(std::chrono::milliseconds wait) {
+void SdEventLoop::RunOnce(std::optional<std::chrono::microseconds> wait) {
+    const std::uint64_t longest =
+        wait ? static_cast<std::uint64_t>(std::max<std::int64_t>(wait->count(), 0)) : kNever;
     fIsRunning = true;
     // Nothing is lost by a wait that fails: what is ready is ready the next time.
-    static_cast<void>(
-        sd_event_run(fEvent, static_cast<std::uint64_t>(std::chrono::microseconds(wait).count())));
+    static_cast<void>(sd_event_run(fEvent, longest));
     fIsRunning = false;
 }
 

@@ -20,8 +20,8 @@ class SdEventLoop : public EventLoop {
 
     // Serves watches until End is called by one. False when waiting failed.
     bool Run();
-    // Serves what is ready, and waits at most that long for the first of it.
-    void RunOnce(std::chrono::milliseconds wait);
+    // Serves what is ready, and waits at most that long for the first of it; for ever when no time is given.
+    void RunOnce(std::optional<std::chrono::microseconds> wait);
     void End();
 
     // Places that the loop may not have (out of memory or of descriptors) are watched from the next Watch on.

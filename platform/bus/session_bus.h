@@ -58,8 +58,10 @@ class SessionBus {
     // Lives as long as the program, so that nothing is left to release at its end.
     static SessionBus &Instance();
 
-    // The client lives as long. Tells it of a connection that is there already.
+    // The client lives as long, or until it is removed. Tells it of a connection that is there already.
     void AddClient(BusClient *client);
+    // The client must have no slots left.
+    void RemoveClient(BusClient *client) { std::erase(fClients, client); }
 
     // The connection; made now when there is none and the last attempt is long enough ago. Null when it cannot
     // be. It takes messages from the start, before the bus has answered at all.

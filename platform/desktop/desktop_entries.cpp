@@ -1,5 +1,6 @@
 #include "platform/desktop/desktop_entries.h"
 
+#include "platform/base/ascii.h"
 #include "platform/base/status.h"
 #include "platform/catalog/catalog_names.h"
 #include "platform/catalog/named_files.h"
@@ -11,9 +12,11 @@
 #include <array>
 #include <cstdlib>
 #include <filesystem>
+#include <iterator>
 #include <new>
 #include <optional>
 #include <set>
+#include <tuple>
 
 namespace drevix {
 namespace {
@@ -68,6 +71,8 @@ struct EntryText {
     std::size_t nameRank = 0; // the smaller, the better its language fits
     bool isHidden = false;
     bool isInTerminal = false;
+    std::string_view startupClass;
+    std::string_view categories;
 };
 
 // How well the language of "Name[LANGUAGE]" fits; nothing for a key that is no name in a wanted language.
@@ -92,6 +97,10 @@ void TakeLine(std::string_view key, std::string_view value, const std::vector<st
         entry.icon = value;
     } else if (key == "Exec") {
         entry.exec = value;
+    } else if (key == "StartupWMClass") {
+        entry.startupClass = value;
+    } else if (key == "Categories") {
+        entry.categories = value;
     } else if (key == "Terminal") {
         entry.isInTerminal = value == "true";
     } else if (key == "NoDisplay" || key == "Hidden") {
@@ -153,24 +162,32 @@ std::string Variable(const char *name) {
     return value == nullptr ? std::string() : value;
 }
 
-// The folders of entries, the user's own first. Relative paths do not count.
-std::vector<std::string> EntryFolders() {
-    std::vector<std::string> folders;
-    std::int16_t volume = 0;
-    std::int32_t own = 0;
-    if (FindFolder(kOnSystemDisk, kAppleMenuFolderType, kDontCreateFolder, &volume, &own) == noErr) {
-        folders.push_back(FolderPath(volume, own));
-    }
-    std::string shared = Variable("XDG_DATA_DIRS");
-    if (shared.empty()) {
-        shared = "/usr/local/share:/usr/share";
-    }
-    for (std::string_view rest = shared; !rest.empty();) {
+// The absolute paths of a list "/a:/b", of which the second text is taken when the first is empty.
+std::vector<std::string> PathsOf(const std::string &list, std::string_view otherwise) {
+    std::vector<std::string> paths;
+    for (std::string_view rest = list.empty() ? otherwise : std::string_view(list); !rest.empty();) {
         const std::size_t end = std::min(rest.find(':'), rest.size());
         if (rest.starts_with('/')) {
-            folders.push_back(JoinPath(rest.substr(0, end), "applications"));
+            paths.emplace_back(rest.substr(0, end));
         }
         rest.remove_prefix(std::min(end + 1, rest.size()));
+    }
+    return paths;
+}
+
+// A folder of the user's that the catalog knows; none when it is missing.
+std::vector<std::string> UsersFolder(OSType type) {
+    std::int16_t volume = 0;
+    std::int32_t own = 0;
+    const OSErr status = FindFolder(kOnSystemDisk, type, kDontCreateFolder, &volume, &own);
+    return status == noErr ? std::vector{FolderPath(volume, own)} : std::vector<std::string>();
+}
+
+// The folders of entries, the user's own first. Relative paths do not count.
+std::vector<std::string> EntryFolders() {
+    std::vector<std::string> folders = UsersFolder(kAppleMenuFolderType);
+    for (const std::string &shared : PathsOf(Variable("XDG_DATA_DIRS"), "/usr/local/share:/usr/share")) {
+        folders.push_back(JoinPath(shared, "applications"));
     }
     return folders;
 }
@@ -198,6 +215,48 @@ void FindInFolder(const fs::path &folder, const std::string &idStart, int depth,
             search.entries.push_back(std::move(entry));
         }
     }
+}
+
+// The parts of a list "a;b;".
+std::vector<std::string> ListParts(std::string_view list) {
+    std::vector<std::string> parts;
+    while (!list.empty()) {
+        const std::size_t end = std::min(list.find(';'), list.size());
+        parts.emplace_back(Trimmed(list.substr(0, end)));
+        list.remove_prefix(std::min(end + 1, list.size()));
+    }
+    std::erase(parts, std::string());
+    return parts;
+}
+
+// The names of the files that say which application opens what: those of the desktops in use, then everybody's.
+std::vector<std::string> AssociationFiles() {
+    constexpr const char *kFile = "mimeapps.list";
+    std::vector<std::string> files;
+    std::string desktops = Variable("XDG_CURRENT_DESKTOP");
+    std::ranges::replace(desktops, ':', ';');
+    for (const std::string &desktop : ListParts(desktops)) {
+        files.push_back(WithSmallLetters(desktop) + "-" + kFile);
+    }
+    files.emplace_back(kFile);
+    return files;
+}
+
+// The entries that such a file has as defaults for a type, best first.
+std::vector<std::string> DefaultsIn(std::string_view text, std::string_view type) {
+    bool isInGroup = false;
+    while (!text.empty()) {
+        const std::size_t end = std::min(text.find('\n'), text.size());
+        const std::string_view line = Trimmed(text.substr(0, end));
+        text.remove_prefix(std::min(end + 1, text.size()));
+        const std::size_t equals = std::min(line.find('='), line.size());
+        if (line.starts_with('[')) {
+            isInGroup = line == "[Default Applications]";
+        } else if (isInGroup && equals < line.size() && Trimmed(line.substr(0, equals)) == type) {
+            return ListParts(line.substr(equals + 1));
+        }
+    }
+    return {};
 }
 
 } // namespace
@@ -257,9 +316,15 @@ OSErr ReadDesktopEntry(const std::string &path, std::string_view locale, Desktop
     if (found.type != "Application" || found.name.empty()) {
         return kNoApplication;
     }
-    *entry = {LeafOfPath(path),      path,           Unescaped(found.name),
-              Unescaped(found.icon), found.isHidden, Unescaped(found.exec),
-              found.isInTerminal};
+    *entry = {LeafOfPath(path),
+              path,
+              Unescaped(found.name),
+              Unescaped(found.icon),
+              found.isHidden,
+              Unescaped(found.exec),
+              found.isInTerminal,
+              Unescaped(found.startupClass),
+              Unescaped(found.categories)};
     return noErr;
 } catch (const std::bad_alloc &) {
     return memFullErr;
@@ -273,6 +338,50 @@ std::vector<DesktopEntry> InstalledApplications(std::string_view locale) try {
     return std::move(search.entries);
 } catch (const std::bad_alloc &) {
     return {};
+}
+
+bool FindDesktopEntry(const std::string &id, std::string_view locale, DesktopEntry *entry) try {
+    if (!id.ends_with(kExtension) || id.find('/') != std::string::npos) {
+        return false;
+    }
+    // An id's first "-" may stand for the folder that the entry lies in.
+    std::string inFolder = id;
+    if (const std::size_t dash = id.find('-'); dash != std::string::npos) {
+        inFolder[dash] = '/';
+    }
+    for (const std::string &folder : EntryFolders()) {
+        for (const std::string &name : {id, inFolder}) {
+            if (ReadDesktopEntry(JoinPath(folder, name), locale, entry) == noErr) {
+                entry->id = id;
+                return true;
+            }
+        }
+    }
+    return false;
+} catch (const std::bad_alloc &) {
+    return false;
+}
+
+bool FindDefaultApplication(std::string_view type, DesktopEntry *entry) try {
+    std::vector<std::string> folders = UsersFolder(kPreferencesFolderType);
+    for (std::vector<std::string> more : {PathsOf(Variable("XDG_CONFIG_DIRS"), "/etc/xdg"), EntryFolders()}) {
+        std::ranges::move(more, std::back_inserter(folders));
+    }
+    for (const std::string &folder : folders) {
+        for (const std::string &name : AssociationFiles()) {
+            std::string text;
+            // A list that is missing or cannot be read names nothing.
+            std::ignore = ReadSharedFile(JoinPath(folder, name), kDesktopEntryMaxBytes, &text);
+            for (const std::string &id : DefaultsIn(text, type)) {
+                if (FindDesktopEntry(id, MessagesLocale(), entry)) {
+                    return true;
+                }
+            }
+        }
+    }
+    return false;
+} catch (const std::bad_alloc &) {
+    return false;
 }
 
 } // namespace drevix

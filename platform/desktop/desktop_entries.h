@@ -21,6 +21,8 @@ struct DesktopEntry {
     bool isHidden;    // is not to be offered: removed, or kept out of menus
     std::string exec; // its command line, with field codes; may be empty
     bool isInTerminal;
+    std::string startupClass = {}; // the class that its windows have (StartupWMClass); may be empty
+    std::string categories = {};   // "Network;WebBrowser;", may be empty
 };
 
 // The longest file that is read as an entry.
@@ -58,5 +60,14 @@ bool FindEntryLine(std::string_view text, std::size_t *groupEnd,
 // $XDG_DATA_HOME and $XDG_DATA_DIRS with their subfolders. Of two entries with one id the first counts, and a
 // hidden one hides those behind it. Folders and files that cannot be read are left out. Empty without memory.
 [[nodiscard]] std::vector<DesktopEntry> InstalledApplications(std::string_view locale);
+
+// The entry of an id, ".desktop" included, in the folder that counts for it, hidden or not. False, with *entry
+// unchanged, when there is none.
+[[nodiscard]] bool FindDesktopEntry(const std::string &id, std::string_view locale, DesktopEntry *entry);
+
+// The application that opens a MIME type or the addresses of a scheme ("x-scheme-handler/mailto"), as the lists
+// say that the user, his desktop and the system keep (MIME Applications Associations Specification 1.0.1). False,
+// with *entry unchanged, when none of them names one that is installed.
+[[nodiscard]] bool FindDefaultApplication(std::string_view type, DesktopEntry *entry);
 
 } // namespace drevix

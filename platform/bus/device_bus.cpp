@@ -1,0 +1,237 @@
+#include "platform/bus/device_bus.h"
+
+#include "platform/bus/bus_callback.h"
+
+#include <algorithm>
+#include <array>
+#include <string_view>
+
+namespace drevix {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+constexpr Clock::duration kBetweenSignals = std::chrono::microseconds(1'000'000 / 30);
+constexpr std::size_t kMostWatchers = 32; // whoever watches more often than that has lost count
+constexpr const char *kIntrospectable = "org.freedesktop.DBus.Introspectable";
+constexpr const char *kWrongCall = "org.freedesktop.DBus.Error.InvalidArgs";
+constexpr const char *kDescription = R"(<node><interface name="com.halcyra.drevix.Device1">
+<method name="Act"><arg name="control" type="s" direction="in"/><arg name="how" type="s" direction="in"/>
+<arg name="times" type="u" direction="in"/><arg name="what" type="s" direction="out"/></method>
+<method name="SetFront"><arg name="entry" type="s" direction="in"/><arg name="class" type="s" direction="in"/>
+<arg name="name" type="s" direction="in"/><arg name="process" type="u" direction="in"/></method>
+<method name="Front"><arg name="front" type="a{ss}" direction="out"/></method>
+<method name="Watch"><arg name="quiet" type="b" direction="in"/></method>
+<signal name="Acted"><arg name="control" type="s"/><arg name="what" type="s"/><arg name="times" type="u"/></signal>
+</interface></node>)";
+
+} // namespace
+
+void DeviceBus::TrackRelease::operator()(sd_bus_track *track) const {
+    sd_bus_track_unref(track);
+}
+
+DeviceBus::DeviceBus(DeviceBusTasks tasks) : fTasks(std::move(tasks)) {
+    SessionBus::Instance().AddClient(this);
+}
+
+DeviceBus::~DeviceBus() {
+    SessionBus::Instance().RemoveClient(this);
+}
+
+void DeviceBus::BusOpened(sd_bus *bus) {
+    fBus = bus;
+    sd_bus_slot *slot = nullptr;
+    if (sd_bus_add_object(bus, &slot, kDeviceObject, BusCallback<&DeviceBus::TakeMessage>, this) >= 0) {
+        fObject.reset(slot);
+    }
+}
+
+void DeviceBus::BusLost() {
+    fObject.reset();
+    fWatchers.clear();
+    fTold.clear();
+    fBus = nullptr;
+    if (fReporter) {
+        fReporter.reset();
+        fTasks.setFront(std::nullopt);
+    }
+    TellQuiet();
+}
+
+int DeviceBus::TakeMessage(sd_bus_message *message) {
+    struct Method {
+        const char *name;
+        const char *signature;
+        int (DeviceBus::*take)(sd_bus_message *message);
+    };
+    static constexpr auto kMethods = std::to_array<Method>({
+        {"Act", "ssu", &DeviceBus::TakeAct},
+        {"SetFront", "sssu", &DeviceBus::TakeSetFront},
+        {"Front", "", &DeviceBus::TakeFront},
+        {"Watch", "b", &DeviceBus::TakeWatch},
+    });
+    if (sd_bus_message_is_method_call(message, kIntrospectable, "Introspect") > 0) {
+        return sd_bus_reply_method_return(message, "s", kDescription);
+    }
+    for (const Method &method : kMethods) {
+        if (sd_bus_message_is_method_call(message, kDeviceInterface, method.name) > 0 &&
+            sd_bus_message_has_signature(message, method.signature) > 0) {
+            return (this->*method.take)(message);
+        }
+    }
+    return 0; // the library refuses it in its own words
+}
+
+int DeviceBus::TakeAct(sd_bus_message *message) {
+    const char *control = nullptr;
+    const char *how = nullptr;
+    std::uint32_t times = 0;
+    if (sd_bus_message_read(message, "ssu", &control, &how, &times) <= 0) {
+        return 0;
+    }
+    std::string text;
+    return fTasks.act(control, how, times, &text)
+               ? sd_bus_reply_method_return(message, "s", text.c_str())
+               : sd_bus_reply_method_errorf(message, kWrongCall, "%s", text.c_str());
+}
+
+int DeviceBus::TakeSetFront(sd_bus_message *message) {
+    const char *entry = nullptr;
+    const char *windowClass = nullptr;
+    const char *name = nullptr;
+    std::uint32_t process = 0;
+    if (sd_bus_message_read(message, "sssu", &entry, &windowClass, &name, &process) <= 0) {
+        return 0;
+    }
+    const std::string sender = sd_bus_message_get_sender(message);
+    if (!fReporter || sender != fReporterName) {
+        fReporter = TrackSender(message);
+        fReporterName = sender;
+    }
+    // Whose end would not be noticed is not believed.
+    if (fReporter) {
+        fTasks.setFront(ReportedFront{entry, windowClass, name, process});
+    }
+    return sd_bus_reply_method_return(message, "");
+}
+
+int DeviceBus::TakeFront(sd_bus_message *message) {
+    sd_bus_message *created = nullptr;
+    if (sd_bus_message_new_method_return(message, &created) < 0) {
+        return 0;
+    }
+    const BusMessage reply(created);
+    sd_bus_message_open_container(created, 'a', "{ss}");
+    for (const auto &[name, text] : fTasks.front()) {
+        sd_bus_message_append(created, "{ss}", name.c_str(), text.c_str());
+    }
+    sd_bus_message_close_container(created);
+    return sd_bus_send(nullptr, created, nullptr);
+}
+
+int DeviceBus::TakeWatch(sd_bus_message *message) {
+    int isQuiet = 0;
+    if (sd_bus_message_read(message, "b", &isQuiet) <= 0) {
+        return 0;
+    }
+    const std::string sender = sd_bus_message_get_sender(message);
+    const auto known = std::ranges::find(fWatchers, sender, &Watcher::name);
+    if (known != fWatchers.end()) {
+        known->isQuiet = isQuiet != 0;
+    } else if (Track track = fWatchers.size() < kMostWatchers ? TrackSender(message) : nullptr) {
+        fWatchers.push_back({sender, isQuiet != 0, std::move(track)});
+    } else {
+        return sd_bus_reply_method_errorf(message, "org.freedesktop.DBus.Error.LimitsExceeded",
+                                          "there are too many watchers");
+    }
+    TellQuiet();
+    return sd_bus_reply_method_return(message, "");
+}
+
+DeviceBus::Track DeviceBus::TrackSender(sd_bus_message *message) {
+    sd_bus_track *created = nullptr;
+    if (sd_bus_track_new(fBus, &created, CallTakeLeft, this) < 0) {
+        return nullptr;
+    }
+    Track track(created);
+    return sd_bus_track_add_sender(created, message) >= 0 ? std::move(track) : nullptr;
+}
+
+// The library keeps the track alive while it calls.
+int DeviceBus::CallTakeLeft(sd_bus_track *track, void *object) {
+    static_cast<DeviceBus *>(object)->TakeLeft(track);
+    return 0;
+}
+
+void DeviceBus::TakeLeft(sd_bus_track *track) {
+    if (fReporter.get() == track) {
+        fReporter.reset();
+        fTasks.setFront(std::nullopt);
+        return;
+    }
+    std::erase_if(fWatchers, [&](const Watcher &watcher) { return watcher.track.get() == track; });
+    TellQuiet();
+}
+
+void DeviceBus::TellQuiet() {
+    const bool isQuiet = std::ranges::any_of(fWatchers, &Watcher::isQuiet);
+    if (isQuiet != fIsQuiet) {
+        fIsQuiet = isQuiet;
+        fTasks.setQuiet(isQuiet);
+    }
+}
+
+void DeviceBus::TellActed(const std::string &control, const std::string &what, int times) {
+    if (fWatchers.empty()) {
+        return;
+    }
+    const Clock::time_point now = Clock::now();
+    const auto [told, isNew] = fTold.try_emplace(control);
+    // Another text is not the same happening any more.
+    if (told->second.waiting > 0 && told->second.what != what) {
+        Send(control, &told->second, now);
+    }
+    told->second.what = what;
+    told->second.waiting += times;
+    if (isNew || now - told->second.last >= kBetweenSignals) {
+        Send(control, &told->second, now);
+    }
+}
+
+std::optional<Clock::time_point> DeviceBus::NextTime() const {
+    std::optional<Clock::time_point> next;
+    for (const auto &[control, told] : fTold) {
+        if (told.waiting > 0 && (!next || told.last + kBetweenSignals < *next)) {
+            next = told.last + kBetweenSignals;
+        }
+    }
+    return next;
+}
+
+void DeviceBus::TakeTime(Clock::time_point now) {
+    for (auto &[control, told] : fTold) {
+        if (told.waiting > 0 && told.last + kBetweenSignals <= now) {
+            Send(control, &told, now);
+        }
+    }
+}
+
+void DeviceBus::Send(const std::string &control, Told *told, Clock::time_point now) const {
+    for (const Watcher &watcher : fWatchers) {
+        sd_bus_message *created = nullptr;
+        if (sd_bus_message_new_signal(fBus, &created, kDeviceObject, kDeviceInterface, "Acted") < 0) {
+            continue; // a picture that does not light up once
+        }
+        const BusMessage signal(created);
+        sd_bus_message_set_destination(created, watcher.name.c_str());
+        if (sd_bus_message_append(created, "ssu", control.c_str(), told->what.c_str(),
+                                  static_cast<std::uint32_t>(told->waiting)) >= 0) {
+            sd_bus_send(fBus, created, nullptr);
+        }
+    }
+    told->waiting = 0;
+    told->last = now;
+}
+
+} // namespace drevix

@@ -1,0 +1,102 @@
+// The device as programs of the session see it, beside the driver messages: they simulate its controls, watch what
+// these do, and tell which window is in front where a compositor tells only its own extensions.
+// docs/device-bus.md has the object and its methods. Main thread only.
+#pragma once
+
+#include "platform/bus/session_bus.h"
+
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <list>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+struct sd_bus_track;
+
+namespace drevix {
+
+inline constexpr const char *kDeviceObject = "/com/halcyra/drevix/Device";
+inline constexpr const char *kDeviceInterface = "com.halcyra.drevix.Device1";
+
+// The window in front, as a program tells it. Texts that it does not know are empty.
+struct ReportedFront {
+    std::string entry, windowClass, windowName;
+    std::uint32_t process = 0;
+};
+
+// Lines of a name and a value.
+using NamedTexts = std::vector<std::pair<std::string, std::string>>;
+
+// What the program does on behalf of the bus.
+struct DeviceBusTasks {
+    // Does with a control what `how` says, so many times. False, with the reason in *text, for what makes no sense;
+    // else *text is what came of it.
+    std::function<bool(const std::string &control, const std::string &how, std::uint32_t times,
+                       std::string *text)>
+        act;
+    // Nothing: whoever reported has left the bus.
+    std::function<void(const std::optional<ReportedFront> &front)> setFront;
+    std::function<NamedTexts()> front;
+    // Whether a watcher wants the device to tell, but not to act.
+    std::function<void(bool isQuiet)> setQuiet;
+};
+
+class DeviceBus final : public BusClient {
+  public:
+    // Serves the object on the session bus, whenever the program is on it, as long as this lives.
+    explicit DeviceBus(DeviceBusTasks tasks);
+    ~DeviceBus();
+
+    // Tells the watchers what a control has done, so many times: at once, but for one control at most 30 times a
+    // second; what comes in between is added up and told with its last text by TakeTime.
+    void TellActed(const std::string &control, const std::string &what, int times);
+    // When something that was held back is due; nothing while nothing is.
+    [[nodiscard]] std::optional<std::chrono::steady_clock::time_point> NextTime() const;
+    void TakeTime(std::chrono::steady_clock::time_point now);
+
+    void BusOpened(sd_bus *bus) override;
+    void BusLost() override;
+
+  private:
+    struct TrackRelease {
+        void operator()(sd_bus_track *track) const;
+    };
+    using Track = std::unique_ptr<sd_bus_track, TrackRelease>;
+    struct Watcher {
+        std::string name; // of its connection
+        bool isQuiet;
+        Track track;
+    };
+    struct Told {
+        std::string what;
+        int waiting = 0; // times that have not been told
+        std::chrono::steady_clock::time_point last;
+    };
+
+    int TakeMessage(sd_bus_message *message);
+    int TakeAct(sd_bus_message *message);
+    int TakeSetFront(sd_bus_message *message);
+    int TakeFront(sd_bus_message *message);
+    int TakeWatch(sd_bus_message *message);
+    void TakeLeft(sd_bus_track *track);
+    static int CallTakeLeft(sd_bus_track *track, void *object);
+    Track TrackSender(sd_bus_message *message);
+    void Send(const std::string &control, Told *told, std::chrono::steady_clock::time_point now) const;
+    void TellQuiet();
+
+    DeviceBusTasks fTasks;
+    sd_bus *fBus = nullptr;
+    BusSlot fObject;
+    std::list<Watcher> fWatchers;
+    Track fReporter;
+    std::string fReporterName;
+    std::map<std::string, Told> fTold; // by control
+    bool fIsQuiet = false;
+};
+
+} // namespace drevix
