@@ -88,6 +88,33 @@ constexpr auto kCommands = std::to_array<Command>({
      "Asks the device helper which devices are connected, and waits up to two seconds\n"
      "for its answer.\n",
      0, 0, 0, 0, {None, None}, ListDevices},
+    {"press", "CONTROL", "press a control, as if by hand",
+     "Has the device helper do what CONTROL does in the window in front, and shows\n"
+     "what that was. The controls are those of 'drevixctl help assign'.\n",
+     1, 1, 0, 0, {Control, None}, PressControl},
+    {"hold", "CONTROL", "press a control and keep it down",
+     "The control stays down until 'drevixctl release', until another window comes to\n"
+     "the front, or until the settings change.\n",
+     1, 1, 0, 0, {Control, None}, HoldControl},
+    {"release", "CONTROL", "let a held control go",
+     "Lets a control go that 'drevixctl hold' has pressed.\n",
+     1, 1, 0, 0, {Control, None}, ReleaseControl},
+    {"turn", "CONTROL [+STEPS]", "turn the tuner or the ring",
+     "Turns by so many steps, 1 to 50: 'drevixctl turn tunerCW +3', and\n"
+     "'drevixctl turn tunerCCW +3' to turn back.\n",
+     1, 2, 0, 0, {Control, None}, TurnControl},
+    {"watch", "", "show what the controls do",
+     "Shows each action, a line each, until the device helper ends or you press\n"
+     "ctrl+c.\n",
+     0, 0, 0, 0, {None, None}, WatchControls},
+    {"front", "", "show which window is in front",
+     "Shows what the device helper knows of the window in front, whose settings are in\n"
+     "force there, and whether the desktop can be reached.\n",
+     0, 0, 0, 0, {None, None}, ShowFront},
+    {"maps", "FILE", "check a map of a device",
+     "Checks a file that says which input of a device is which control. The exit\n"
+     "status is 1 if a line makes no sense.\n",
+     1, 1, 0, 0, {File, None}, CheckMaps},
     {"help", "[COMMAND]", "explain a command",
      "Explains a command, or lists them all.\n",
      0, 1, 0, 0, {CommandName, None}, PrintHelp},

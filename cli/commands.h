@@ -86,6 +86,13 @@ Outcome ImportRecords(const Request &request);
 Outcome CheckSettingsFile(const Request &request);
 Outcome RecoverSettingsFile(const Request &request);
 Outcome ListDevices(const Request &request);
+Outcome PressControl(const Request &request);
+Outcome HoldControl(const Request &request);
+Outcome ReleaseControl(const Request &request);
+Outcome TurnControl(const Request &request);
+Outcome WatchControls(const Request &request);
+Outcome ShowFront(const Request &request);
+Outcome CheckMaps(const Request &request);
 Outcome PrintHelp(const Request &request);
 
 // The first word with which the shell's completion asks for PrintCompletions.

@@ -13,9 +13,7 @@ void HeldKeys::Press(const KeyChord &chord, std::vector<KeyStep> *steps) {
     if (chord.scanCode > kMostScanCode) {
         return;
     }
-    for (const std::uint16_t modifier : ModifierScanCodes(chord.modifiers)) {
-        Add(modifier, steps);
-    }
+    PressModifiers(chord.modifiers, steps);
     if (fChords[chord.scanCode] > 0) {
         steps->push_back({chord.scanCode, false});
         steps->push_back({chord.scanCode, true});
@@ -28,9 +26,19 @@ void HeldKeys::Release(const KeyChord &chord, std::vector<KeyStep> *steps) {
         return;
     }
     Remove(chord.scanCode, steps);
-    const std::vector<std::uint16_t> modifiers = ModifierScanCodes(chord.modifiers);
-    std::for_each(modifiers.rbegin(), modifiers.rend(),
-                  [&](std::uint16_t modifier) { Remove(modifier, steps); });
+    ReleaseModifiers(chord.modifiers, steps);
+}
+
+void HeldKeys::PressModifiers(std::uint16_t modifiers, std::vector<KeyStep> *steps) {
+    for (const std::uint16_t scanCode : ModifierScanCodes(modifiers)) {
+        Add(scanCode, steps);
+    }
+}
+
+void HeldKeys::ReleaseModifiers(std::uint16_t modifiers, std::vector<KeyStep> *steps) {
+    const std::vector<std::uint16_t> scanCodes = ModifierScanCodes(modifiers);
+    std::for_each(scanCodes.rbegin(), scanCodes.rend(),
+                  [&](std::uint16_t scanCode) { Remove(scanCode, steps); });
 }
 
 void HeldKeys::ReleaseAll(std::vector<KeyStep> *steps) {

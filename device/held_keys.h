@@ -23,6 +23,9 @@ class HeldKeys {
     void Press(const KeyChord &chord, std::vector<KeyStep> *steps);
     // Ignores keys that are not down.
     void Release(const KeyChord &chord, std::vector<KeyStep> *steps);
+    // The same for modifiers alone.
+    void PressModifiers(std::uint16_t modifiers, std::vector<KeyStep> *steps);
+    void ReleaseModifiers(std::uint16_t modifiers, std::vector<KeyStep> *steps);
     // Releases everything that is down, keys before modifiers.
     void ReleaseAll(std::vector<KeyStep> *steps);
 

@@ -31,9 +31,9 @@ SteadyTime NextRepetition(SteadyTime pressed, std::uint16_t ticks, int speed, St
     return RepetitionTime(pressed, ticks, speed, n);
 }
 
-Deed TooShort(ActionPlan plan) {
+Deed TooShort(ActionPlan plan, SlotIndex slot) {
     plan.step = DoNothing{"hold the control down for a second"};
-    return {DeedKind::Act, plan, 1};
+    return {DeedKind::Act, plan, 1, slot};
 }
 
 } // namespace
@@ -49,8 +49,9 @@ SteadyTime RepetitionTime(SteadyTime pressed, std::uint16_t ticks, int speed, st
 void HeldActions::Take(ControlSource source, const ControlEvent &event, const ActionPlan &plan, int speed,
                        SteadyTime now, std::vector<Deed> *deeds) {
     if (event.phase == ControlPhase::Step) {
-        deeds->push_back(plan.holding == Holding::LongPress ? TooShort(plan)
-                                                            : Deed{DeedKind::Act, plan, event.times});
+        deeds->push_back(plan.holding == Holding::LongPress
+                             ? TooShort(plan, event.slot)
+                             : Deed{DeedKind::Act, plan, event.times, event.slot});
         return;
     }
     const auto held = std::ranges::find_if(fHeld, [&](const Held &candidate) {
@@ -61,7 +62,7 @@ void HeldActions::Take(ControlSource source, const ControlEvent &event, const Ac
         fHeld.erase(held);
         End(ended, deeds);
         if (ended.due && ended.plan.holding == Holding::LongPress) {
-            deeds->push_back(TooShort(ended.plan));
+            deeds->push_back(TooShort(ended.plan, ended.slot));
         }
     }
     if (event.phase == ControlPhase::Down) {
@@ -72,14 +73,14 @@ void HeldActions::Take(ControlSource source, const ControlEvent &event, const Ac
 void HeldActions::Begin(Held held, std::vector<Deed> *deeds) {
     switch (held.plan.holding) {
     case Holding::Once:
-        deeds->push_back({DeedKind::Act, held.plan, 1});
+        deeds->push_back({DeedKind::Act, held.plan, 1, held.slot});
         return;
     case Holding::Repeats:
-        deeds->push_back({DeedKind::Act, held.plan, 1});
+        deeds->push_back({DeedKind::Act, held.plan, 1, held.slot});
         held.due = RepetitionTime(held.pressed, held.plan.ticks, held.speed, 1);
         break;
     case Holding::Kept:
-        deeds->push_back({DeedKind::Hold, held.plan, 1});
+        deeds->push_back({DeedKind::Hold, held.plan, 1, held.slot});
         break;
     case Holding::LongPress:
         held.due = held.pressed + kLongPress;
@@ -90,7 +91,7 @@ void HeldActions::Begin(Held held, std::vector<Deed> *deeds) {
 
 void HeldActions::End(const Held &held, std::vector<Deed> *deeds) {
     if (held.plan.holding == Holding::Kept) {
-        deeds->push_back({DeedKind::LetGo, held.plan, 1});
+        deeds->push_back({DeedKind::LetGo, held.plan, 1, held.slot});
     }
 }
 
@@ -109,7 +110,7 @@ void HeldActions::TakeTime(SteadyTime now, std::vector<Deed> *deeds) {
         if (!held.due || *held.due > now) {
             continue;
         }
-        deeds->push_back({DeedKind::Act, held.plan, 1});
+        deeds->push_back({DeedKind::Act, held.plan, 1, held.slot});
         held.due = held.plan.holding == Holding::Repeats
                        ? std::optional(NextRepetition(held.pressed, held.plan.ticks, held.speed, now))
                        : std::nullopt;

@@ -26,7 +26,8 @@ enum class DeedKind : std::uint8_t {
 struct Deed {
     DeedKind kind;
     ActionPlan plan;
-    int times; // 1 or more
+    int times;                // 1 or more
+    SlotIndex slot = kNoSlot; // of the control that it is for
 };
 
 // The source of a control event: a device, or a program that simulates one. Numbered by the caller's loop.

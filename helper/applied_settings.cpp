@@ -1,6 +1,7 @@
 #include "helper/applied_settings.h"
 
 #include "document/settings_document.h"
+#include "helper/front_settings.h"
 #include "keyboard/key_names.h"
 #include "platform/base/plain_text.h"
 #include "platform/base/status.h"
@@ -12,13 +13,6 @@
 
 namespace drevix {
 namespace {
-
-// A file that is damaged or cannot be read is no reason to drive the device by the factory's settings.
-OSErr Open(SettingsDocument &document) {
-    const OpenResult result = document.Open(Access::Read);
-    const bool isMissing = result.fileStatus == fnfErr || result.fileStatus == dirNFErr;
-    return result.fileStatus == noErr || isMissing ? result.status : result.fileStatus;
-}
 
 std::string ItemText(const ActionSlot &slot) {
     const DrevixItem item = ResolveDrevixItem(slot.data);
@@ -89,7 +83,7 @@ bool DescribeSettings(const std::string &path, const FSRef &resources, const std
                       std::string *text) {
     SettingsDocument document(resources, kPanelVersion);
     document.UseFileAlone(path);
-    const OSErr status = Open(document);
+    const OSErr status = OpenSettings(document);
     const AppPrefs *record = status == noErr ? RecordFor(front, document.Base()) : nullptr;
     if (record == nullptr) {
         *text = StatusText(status == noErr ? resNotFound : status);

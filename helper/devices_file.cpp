@@ -9,6 +9,7 @@
 #include <charconv>
 #include <cstring>
 #include <optional>
+#include <tuple>
 
 namespace drevix {
 namespace {
@@ -63,7 +64,6 @@ bool TakeSerial(std::string_view text, ConnectedDevice *device) {
     if (text.size() != kSerialDigits) {
         return false;
     }
-    device->serialNumber[0] = 1;
     for (std::size_t i = 0; i < kSerialDigits; i += 2) {
         const std::optional<unsigned> byte = ReadHexDigits(text.substr(i, 2));
         if (!byte) {
@@ -71,6 +71,7 @@ bool TakeSerial(std::string_view text, ConnectedDevice *device) {
         }
         device->serialNumber[(kSerialDigits - i) / 2] = static_cast<std::uint8_t>(*byte);
     }
+    device->serialNumber[0] = 1;
     return true;
 }
 
@@ -159,6 +160,17 @@ bool ReadDevices(const std::string &path, DeviceList *list, std::string *problem
         return false;
     }
     return ParseDevices(text, list, problem);
+}
+
+ConnectedDevice DeviceOfDescription(const InputDescription &description) {
+    ConnectedDevice device{};
+    device.vendorID = description.vendor;
+    device.productID = description.product;
+    device.productVers = description.version;
+    std::ignore = TakeSerial(description.serial, &device);
+    std::memcpy(device.productName, description.name.data(),
+                std::min(description.name.size(), sizeof device.productName - 1));
+    return device;
 }
 
 } // namespace drevix

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "helperlink/driver_messages.h"
+#include "platform/input/input_device.h"
 
 #include <string>
 #include <string_view>
@@ -20,5 +21,9 @@ namespace drevix {
 // The devices that the file at a path describes; none when there is no such file. False as ParseDevices, also for
 // a file that cannot be read.
 [[nodiscard]] bool ReadDevices(const std::string &path, DeviceList *list, std::string *problem);
+
+// A device that the kernel has, as the panel is told of it. A serial number that is not 14 hexadecimal digits is left
+// out, as the panel could not show it.
+[[nodiscard]] ConnectedDevice DeviceOfDescription(const InputDescription &description);
 
 } // namespace drevix

@@ -11,9 +11,11 @@
 #include "settings/device_prefs.h"
 #include "settings/pascal_strings.h"
 
+#include <algorithm>
 #include <chrono>
 #include <iostream>
 #include <poll.h>
+#include <span>
 #include <string_view>
 #include <tuple>
 #include <vector>
@@ -26,7 +28,6 @@ using Clock = std::chrono::steady_clock;
 
 constexpr const char *kDevicesFileName = "com.halcyra.drevix.devices";
 constexpr milliseconds kTimeWithoutBus{5000}; // a bus that is started anew is there sooner
-constexpr milliseconds kWait{60000};          // whatever happens ends it
 
 // Handlers have no object of their own.
 Helper *gHelper = nullptr;
@@ -34,11 +35,6 @@ Helper *gHelper = nullptr;
 // In one line, whatever a file or its name holds.
 void Complain(std::string_view problem) {
     std::cerr << "DrevixHelper: " << PlainText(problem) << std::endl;
-}
-
-bool IsReadable(int descriptor) {
-    pollfd waited{descriptor, POLLIN, 0};
-    return ::poll(&waited, 1, 0) > 0;
 }
 
 // The folder may be missing on a new account.
@@ -61,7 +57,12 @@ void TellDevices(const DeviceList &list) {
 } // namespace
 
 Helper::Helper(const HelperOptions &options, const FSRef &resources)
-    : fOptions(options), fResources(resources) {
+    : fOptions(options), fResources(resources), fFileWatch([this] {
+          if (fFile->TakeChange()) {
+              ReadDevicesAgain();
+          }
+      }),
+      fEndWatch([this] { fIsToEnd = true; }) {
     gHelper = this;
 }
 
@@ -87,10 +88,11 @@ int Helper::Run(int endDescriptor) {
         return 1;
     }
     Serve(endDescriptor);
-    if (fIsSecond) {
+    fActing.reset();
+    if (fHasFailed) {
         return 1;
     }
-    if (!fIsRegistered && !IsReadable(endDescriptor)) {
+    if (!fIsRegistered && !fIsToEnd) {
         Complain("the session bus does not answer; try again later");
         return 1;
     }
@@ -105,6 +107,7 @@ bool Helper::FindFiles() {
                  "; give --prefs and --devices");
         return false;
     }
+    fPreferences = status == noErr ? FolderOfPath(preferences) : std::string();
     fPrefsPath = fOptions.prefs.empty() ? preferences : fOptions.prefs;
     fDevicesPath = fOptions.devicesFile;
     if (fDevicesPath.empty()) {
@@ -124,10 +127,11 @@ bool Helper::TakeFirstDevices() {
     }
     if (fOptions.devices.empty()) {
         // Watched before it is read, so that no change is missed.
-        fWatch.emplace(fDevicesPath);
+        fFile.emplace(fDevicesPath);
+        fFileWatch.Watch(fFile->Descriptor(), POLLIN, std::nullopt);
         ReadDevicesAgain();
     } else {
-        TellDevices(fDevices);
+        TellDevices(AllDevices());
     }
     return true;
 }
@@ -135,27 +139,25 @@ bool Helper::TakeFirstDevices() {
 void Helper::ReadDevicesAgain() {
     std::string problem;
     if (ReadDevices(fDevicesPath, &fDevices, &problem)) {
-        TellDevices(fDevices);
+        TellDevices(AllDevices());
     } else {
         Complain("cannot use " + fDevicesPath + ": " + problem + "; the devices stay as they were");
     }
 }
 
 void Helper::Serve(int endDescriptor) {
-    std::vector<int> descriptors{endDescriptor};
-    if (fWatch && fWatch->Descriptor() >= 0) {
-        descriptors.push_back(fWatch->Descriptor());
-    }
+    fEndWatch.Watch(endDescriptor, POLLIN, std::nullopt);
     // Ends with the session too, whose bus does not come back.
     Clock::time_point deadline = Clock::now() + kTimeWithoutBus;
-    while (!fIsSecond && !IsReadable(endDescriptor) && Clock::now() < deadline) {
+    while (!fHasFailed && !fIsToEnd && Clock::now() < deadline) {
         const bool isServing = fIsRegistered && HasSessionBus();
-        WaitForAppleEvents(isServing ? kWait : kTimeWithoutBus / 5, descriptors);
+        std::optional<std::chrono::microseconds> wait = fActing ? fActing->Turn() : std::nullopt;
+        if (!isServing) {
+            wait = std::min<std::chrono::microseconds>(wait.value_or(kTimeWithoutBus), kTimeWithoutBus / 5);
+        }
+        fLoop.RunOnce(wait);
         if (isServing) {
             deadline = Clock::now() + kTimeWithoutBus;
-        }
-        if (fWatch && fWatch->TakeChange()) {
-            ReadDevicesAgain();
         }
     }
 }
@@ -163,14 +165,41 @@ void Helper::Serve(int endDescriptor) {
 void Helper::TakeRegistered(const ProcessSerialNumber *earlier) {
     if (earlier != nullptr) {
         Complain("another helper serves this session already, process " + std::to_string(earlier->low));
-        fIsSecond = true;
+        fHasFailed = true;
         return;
     }
-    std::cout << "ready" << std::endl;
     if (!fIsRegistered) {
-        TellSettings();
+        Begin();
     }
     fIsRegistered = true;
+    if (!fHasFailed) {
+        std::cout << "ready" << std::endl;
+    }
+}
+
+void Helper::Begin() {
+    if (fOptions.describe) {
+        TellSettings();
+        return;
+    }
+    fActing.emplace(fOptions, ActingHelper::Surroundings{fPrefsPath, fPreferences, fResources, Complain,
+                                                         [this] { TellDevices(AllDevices()); }, OpenDesktop});
+    fHasFailed = !fActing->Begin();
+}
+
+// Real ones first: a person who plugs one in wants to see that.
+DeviceList Helper::AllDevices() const {
+    DeviceList list{};
+    const auto add = [&list](std::span<const ConnectedDevice> devices) {
+        for (const ConnectedDevice &device : devices) {
+            if (list.count < kMostDevices) {
+                list.device[list.count++] = device;
+            }
+        }
+    };
+    add(fActing ? fActing->Devices() : std::vector<ConnectedDevice>());
+    add(std::span(fDevices.device, fDevices.count));
+    return list;
 }
 
 void Helper::TellSettings() const {
@@ -183,11 +212,16 @@ void Helper::TellSettings() const {
 }
 
 OSErr Helper::AnswerDevices(const AppleEvent * /*event*/, AppleEvent *reply, std::uint32_t /*refcon*/) {
-    return AECreateDesc(kDeviceListType, &gHelper->fDevices, sizeof(DeviceList), &reply->directObject);
+    const DeviceList list = gHelper->AllDevices();
+    return AECreateDesc(kDeviceListType, &list, sizeof list, &reply->directObject);
 }
 
 OSErr Helper::ReloadSettings(const AppleEvent * /*event*/, AppleEvent * /*reply*/, std::uint32_t /*refcon*/) {
-    gHelper->TellSettings();
+    if (gHelper->fActing) {
+        gHelper->fActing->LoadSettings();
+    } else {
+        gHelper->TellSettings();
+    }
     return noErr;
 }
 

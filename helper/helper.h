@@ -1,9 +1,12 @@
-// The least device helper: it answers the panel's requests as one does that has devices, and says what it would
-// have them do.
+// The device helper: it answers the panel's requests, and has the devices' controls do what the settings say, or says
+// what they would do.
 #pragma once
 
+#include "helper/acting_helper.h"
 #include "helper/options.h"
 #include "helperlink/driver_messages.h"
+#include "platform/base/loop_watch.h"
+#include "platform/bus/sd_event_loop.h"
 #include "platform/files/file_watch.h"
 #include "platform/files/files.h"
 
@@ -30,19 +33,28 @@ class Helper {
     void ReadDevicesAgain();
     void Serve(int endDescriptor);
     void TakeRegistered(const ProcessSerialNumber *earlier);
+    void Begin();
     void TellSettings() const;
+    [[nodiscard]] DeviceList AllDevices() const;
 
     static OSErr AnswerDevices(const AppleEvent *event, AppleEvent *reply, std::uint32_t refcon);
     static OSErr ReloadSettings(const AppleEvent *event, AppleEvent *reply, std::uint32_t refcon);
 
     const HelperOptions &fOptions;
     const FSRef &fResources;
+    SdEventLoop fLoop;
+    std::string fPreferences; // the folder, empty when there is none
     std::string fPrefsPath;
     std::string fDevicesPath;
-    DeviceList fDevices{};
-    std::optional<FileWatch> fWatch;
+    DeviceList fDevices{}; // of the file, or of the command line
+    std::optional<FileWatch> fFile;
+    LoopWatch fFileWatch;
+    LoopWatch fEndWatch;
+    std::optional<ActingHelper>
+        fActing; // nothing before another helper is ruled out, and for one that only describes
     bool fIsRegistered = false;
-    bool fIsSecond = false;
+    bool fHasFailed = false;
+    bool fIsToEnd = false;
 };
 
 } // namespace drevix

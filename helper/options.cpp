@@ -19,7 +19,13 @@ constexpr auto kOptions = std::to_array<Option>({
      [](const std::string &value, HelperOptions *options) { options->devicesFile = value; }},
     {"--device", "DEVICE", "say that this device is connected; may be given four times",
      [](const std::string &value, HelperOptions *options) { options->devices.push_back(value); }},
-    {"--front", "APP", "apply the settings of this application; default: those of no application",
+    {"--describe", "", "print what the controls would do, and do nothing",
+     [](const std::string & /*value*/, HelperOptions *options) { options->describe = true; }},
+    {"--dry-run", "", "print each action instead of doing it",
+     [](const std::string & /*value*/, HelperOptions *options) { options->dryRun = true; }},
+    {"--stand-in", "DEVICE", "read this pipe as if it were a device; see DrevixHelper(1)",
+     [](const std::string &value, HelperOptions *options) { options->standIns.push_back(value); }},
+    {"--front", "APP", "apply the settings of this application, whatever is in front",
      [](const std::string &value, HelperOptions *options) { options->front = value; }},
     {"--prefs", "FILE", "read this settings file instead of the user's",
      [](const std::string &value, HelperOptions *options) { options->prefs = value; }},
@@ -36,7 +42,7 @@ bool ParseHelperOptions(std::span<const std::string> arguments, HelperOptions *o
     for (std::size_t i = 0; i < arguments.size(); ++i) {
         const auto *option = std::ranges::find(kOptions, arguments[i], &Option::name);
         if (option == kOptions.end()) {
-            *problem = "there is no option \"" + arguments[i] + "\"";
+            *problem = "unknown option \"" + arguments[i] + "\"";
             return false;
         }
         if (option->value.empty()) {
@@ -52,10 +58,10 @@ bool ParseHelperOptions(std::span<const std::string> arguments, HelperOptions *o
 }
 
 std::string HelperUsage() {
-    constexpr std::size_t kHelpColumn = 20;
-    std::string usage =
-        "usage: DrevixHelper [OPTION ...]\n\nTells the settings panel which devices are connected, "
-        "and reads the settings\nagain when it says so.\n\n";
+    constexpr std::size_t kHelpColumn = 22;
+    std::string usage = "usage: DrevixHelper [OPTION ...]\n\nCarries out what the settings say for the "
+                        "device's controls, and tells the "
+                        "settings\npanel which devices are connected.\n\n";
     for (const Option &option : kOptions) {
         std::string line = "  " + std::string(option.name) + " " + std::string(option.value);
         line.resize(std::max(line.size(), kHelpColumn), ' ');

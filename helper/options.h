@@ -13,7 +13,10 @@ struct HelperOptions {
     std::string devicesFile;          // empty: the user's
     std::vector<std::string> devices; // in the form of the file's lines; any: no file is read
     std::string prefs;                // empty: the user's
-    std::string front;                // the file name of the application in front
+    std::string front;     // the file name of the application in front; empty: as the desktop tells
+    bool describe = false; // print the settings in force instead of acting
+    bool dryRun = false;   // print actions instead of doing them
+    std::vector<std::string> standIns; // for devices, as "helper/stand_in.h" reads them
 };
 
 // False, with the reason in *problem, for what is no option or lacks its value.

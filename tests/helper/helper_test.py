@@ -38,7 +38,7 @@ class Helper(unittest.TestCase):
         return bus
 
     def start_helper(self, *arguments):
-        helper = self.start(HELPER, *arguments, output="said")
+        helper = self.start(HELPER, "--describe", *arguments, output="said")
         self.until(lambda: "ready\n" in self.said())
         return helper
 
@@ -166,7 +166,7 @@ class Helper(unittest.TestCase):
         for program, arguments, expected in [
             (HELPER, [], "there is no session bus"),
             (HELPER, ["--device", "version=x"], "cannot use --device version=x: version must be"),
-            (HELPER, ["--nonsense"], "there is no option"),
+            (HELPER, ["--nonsense"], "unknown option"),
             (HELPER, ["--front"], "--front needs APP"),
             (DREVIXCTL, ["devices"], "the device helper does not run"),
         ]:

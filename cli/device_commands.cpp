@@ -1,0 +1,127 @@
+// The commands for the device and its maps: press, hold, release, turn, watch, front, maps.
+
+#include "cli/commands.h"
+#include "cli/text_table.h"
+#include "device/control_state.h"
+#include "device/device_map.h"
+#include "platform/base/field_words.h"
+#include "platform/base/plain_text.h"
+#include "platform/bus/device_client.h"
+#include "platform/files/shared_file.h"
+#include "platform/plist/json.h"
+
+#include <optional>
+
+namespace drevix {
+namespace {
+
+constexpr const char *kHelperName = "DrevixHelper";
+
+Outcome Connect(DeviceClient *client) {
+    return client->Connect(kHelperName)
+               ? Done()
+               : Failed("the device helper does not run; start the settings panel or DrevixHelper");
+}
+
+Outcome Act(const Request &request, const char *how, std::uint32_t times) {
+    const std::string &control = request.arguments[0];
+    if (FindControlSlot(control) == nullptr) {
+        return WrongUsage("there is no control " + QuotedText(control));
+    }
+    DeviceClient client;
+    if (Outcome outcome = Connect(&client); !outcome.IsDone()) {
+        return outcome;
+    }
+    std::string what;
+    std::string problem;
+    if (!client.Act(control, how, times, &what, &problem)) {
+        return Failed("the device helper does not act: " + problem);
+    }
+    if (!what.empty()) {
+        request.Out() << PlainText(what) << "\n";
+    }
+    return Done();
+}
+
+} // namespace
+
+Outcome PressControl(const Request &request) {
+    return Act(request, "press", 1);
+}
+
+Outcome HoldControl(const Request &request) {
+    return Act(request, "hold", 1);
+}
+
+Outcome ReleaseControl(const Request &request) {
+    return Act(request, "release", 1);
+}
+
+Outcome TurnControl(const Request &request) {
+    std::string_view number = request.arguments.size() > 1 ? std::string_view(request.arguments[1]) : "1";
+    number.remove_prefix(number.starts_with('+') ? 1 : 0);
+    const std::optional<std::int64_t> steps = FieldNumber(number, 1, kMostSteps);
+    return steps ? Act(request, "turn", static_cast<std::uint32_t>(*steps))
+                 : WrongUsage("STEPS must be 1 to " + std::to_string(kMostSteps));
+}
+
+Outcome WatchControls(const Request &request) {
+    DeviceClient client;
+    if (Outcome outcome = Connect(&client); !outcome.IsDone()) {
+        return outcome;
+    }
+    std::string problem;
+    const bool isDone = client.Watch(
+        [&](const std::string &control, const std::string &what, std::uint32_t times) {
+            request.Out() << PlainText(control) << ": " << PlainText(what)
+                          << (times != 1 ? ", " + std::to_string(times) + " times" : "") << std::endl;
+        },
+        &problem);
+    return isDone ? Done() : Failed("the device helper cannot be watched: " + problem);
+}
+
+Outcome ShowFront(const Request &request) {
+    DeviceClient client;
+    if (Outcome outcome = Connect(&client); !outcome.IsDone()) {
+        return outcome;
+    }
+    NamedTexts front;
+    std::string problem;
+    if (!client.Front(&front, &problem)) {
+        return Failed("the device helper does not say what is in front: " + problem);
+    }
+    if (request.line.json) {
+        PropertyListDictionary entry;
+        for (const auto &[name, text] : front) {
+            entry.Add(name, text);
+        }
+        request.Out() << JsonText(entry) << "\n";
+        return Done();
+    }
+    for (const auto &[name, text] : front) {
+        request.Out() << PlainText(name) << ": " << PlainText(text) << "\n";
+    }
+    return Done();
+}
+
+Outcome CheckMaps(const Request &request) {
+    const std::string &path = request.arguments[0];
+    std::string text;
+    if (const OSErr status = ReadSharedFile(path, kMostMapBytes, &text); status != noErr) {
+        return status == -1 ? Failed(path + " is no file of at most 64 KiB")
+                            : FailedFile("cannot read", path, status, "nothing was checked");
+    }
+    std::vector<MapProblem> problems;
+    const std::vector<DeviceMap> maps = ParseDeviceMaps(text, &problems);
+    for (const MapProblem &problem : problems) {
+        request.Out() << path << ":" << problem.line << ": " << PlainText(problem.text) << "\n";
+    }
+    if (!problems.empty()) {
+        return Failed(path + " has " + std::to_string(problems.size()) +
+                      (problems.size() == 1 ? " line that makes no sense" : " lines that make no sense"));
+    }
+    request.Out() << path << ": " << maps.size() << (maps.size() == 1 ? " map" : " maps") << ", no problem\n";
+    return Done();
+}
+
+} // namespace drevix

@@ -1,0 +1,266 @@
+#include "helper/acting_helper.h"
+
+#include "helper/map_files.h"
+#include "helper/stand_in.h"
+#include "platform/base/plain_text.h"
+#include "platform/files/paths.h"
+#include "platform/windows/process_program.h"
+
+#include <algorithm>
+#include <array>
+#include <iostream>
+#include <poll.h>
+#include <utility>
+
+namespace drevix {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+constexpr std::chrono::seconds kBetweenLooks{1};
+constexpr std::size_t kMostComplaints = 256; // whoever has that many causes has read none of them
+
+KeyboardCharacters AskLayout() {
+    KeyboardCharacters layout{};
+    std::ignore =
+        CurrentKeyboardCharacters(&layout); // without one, keys that are named by their letter have no place
+    return layout;
+}
+
+std::optional<SteadyTime> Earlier(std::optional<SteadyTime> one, std::optional<SteadyTime> other) {
+    return one && other ? std::optional(std::min(*one, *other)) : one ? one : other;
+}
+
+} // namespace
+
+ActingHelper::ActingHelper(const HelperOptions &options, Surroundings surroundings)
+    : fOptions(options), fSurroundings(std::move(surroundings)),
+      fSettings(fSurroundings.settings, fSurroundings.resources), fSender(MakeOutlets(), options.dryRun),
+      fActions(fSettings, fSender, AskLayout,
+               [this](SlotIndex slot, const std::string &what, int times) { TakeTold(slot, what, times); }),
+      fDesktopWatch([this] { TakeDesktop(); }) {}
+
+ActingHelper::~ActingHelper() {
+    fActions.EndAll();
+    if (fDesktop) {
+        std::ignore = fDesktop->Flush(); // a desktop that is lost has let the keys go
+    }
+}
+
+bool ActingHelper::Begin() {
+    LoadSettings();
+    if (!fOptions.front.empty()) {
+        fReported = FrontWindow{fOptions.front, {}, {}, {}, 0};
+    }
+    LookForDesktop(Clock::now());
+    fActions.SetFront(FrontNow());
+    const auto complain = [this](const std::string &problem) { ComplainOnce(problem); };
+    fReaders.emplace(ReadMapFiles(fSurroundings.preferences, fSurroundings.resources, complain),
+                     MakeReaderTasks());
+    if (!AddStandIns()) {
+        return false;
+    }
+    fReaders->WatchAll();
+    fBus.emplace(MakeBusTasks());
+    return true;
+}
+
+bool ActingHelper::AddStandIns() {
+    for (const std::string &text : fOptions.standIns) {
+        StandIn standIn;
+        std::string problem;
+        if (!ParseStandIn(text, &standIn, &problem) ||
+            !fReaders->AddStandIn(standIn.path, standIn.description, &problem)) {
+            std::string message = "cannot use --stand-in ";
+            fSurroundings.complain(message.append(text).append(": ").append(problem));
+            return false;
+        }
+    }
+    return true;
+}
+
+void ActingHelper::LoadSettings() {
+    std::string problem;
+    if (!fActions.LoadSettings(&problem)) {
+        fSurroundings.complain("cannot use " + fSurroundings.settings + ": " + problem +
+                               "; the settings stay as they were");
+    }
+}
+
+std::optional<std::chrono::microseconds> ActingHelper::Turn() {
+    const SteadyTime now = Clock::now();
+    LookForDesktop(now);
+    TakeDesktop();
+    fReaders->TakeTime(now);
+    fActions.TakeTime(now);
+    fBus->TakeTime(now);
+    if (fDesktop && !fDesktop->Flush()) {
+        LoseDesktop();
+    }
+    std::optional<SteadyTime> next = Earlier(fReaders->NextTime(), fActions.NextTime());
+    next = Earlier(next, fBus->NextTime());
+    next = Earlier(next, fDesktop ? std::nullopt : std::optional(fNextLook));
+    return next ? std::optional(std::chrono::ceil<std::chrono::microseconds>(*next - Clock::now()))
+                : std::nullopt;
+}
+
+void ActingHelper::LookForDesktop(SteadyTime now) {
+    if (fDesktop || now < fNextLook) {
+        return;
+    }
+    fNextLook = now + kBetweenLooks;
+    std::string problem;
+    fDesktop = fSurroundings.openDesktop(&problem);
+    if (!fDesktop) {
+        if (fNoDesktop.empty()) {
+            fSurroundings.complain("no desktop: " + problem + "; it is looked for once a second");
+        }
+        fNoDesktop = problem.empty() ? "there is none" : problem;
+        return;
+    }
+    fNoDesktop.clear();
+    fSender.SetDesktop(fDesktop.get());
+    fDesktopWatch.Watch(fDesktop->Descriptor(), POLLIN, std::nullopt);
+    TakeDesktop();
+}
+
+void ActingHelper::TakeDesktop() {
+    if (fDesktop && !fDesktop->Take()) {
+        LoseDesktop();
+    }
+    fActions.SetFront(FrontNow());
+}
+
+void ActingHelper::LoseDesktop() {
+    fDesktopWatch.Watch(-1, 0, std::nullopt);
+    fSender.SetDesktop(nullptr);
+    fDesktop.reset();
+    fActions.EndAll();
+    fNextLook = Clock::now() + kBetweenLooks;
+    fNoDesktop = "its connection is lost";
+    fSurroundings.complain("the desktop has gone; it is looked for once a second");
+}
+
+FrontWindow ActingHelper::FrontNow() const {
+    return fReported ? *fReported : fDesktop ? fDesktop->Front() : FrontWindow();
+}
+
+void ActingHelper::TakeControl(ControlSource source, const ControlEvent &event) {
+    fActions.Take(source, event, Clock::now());
+}
+
+void ActingHelper::TakeTold(SlotIndex slot, const std::string &what, int times) {
+    const ControlSlot *control = FindControlSlot(slot);
+    if (control == nullptr) {
+        return;
+    }
+    fLastTold = what;
+    const std::string key(control->key);
+    if (fOptions.dryRun) {
+        std::cout << key << ": " << what << (times != 1 ? ", " + std::to_string(times) + " times" : "")
+                  << std::endl;
+    }
+    if (fBus) {
+        fBus->TellActed(key, what, times);
+    }
+}
+
+void ActingHelper::ComplainOnce(const std::string &problem) {
+    if (fComplaints.size() < kMostComplaints && fComplaints.insert(problem).second) {
+        fSurroundings.complain(problem);
+    }
+}
+
+ActionOutlets ActingHelper::MakeOutlets() {
+    return {
+        [this](const std::vector<std::string> &command, const std::function<void(int)> &ended) {
+            return fStarter.Start(command, ended);
+        },
+        [](SessionRequest /*request*/, std::string *problem) {
+            *problem = "the session cannot be asked for this yet";
+            return false;
+        },
+        [](PlayerRequest /*request*/) { return false; },
+        [this](const std::string &problem) { ComplainOnce(problem); },
+    };
+}
+
+DeviceReaderTasks ActingHelper::MakeReaderTasks() {
+    return {
+        [this](ControlSource source, const ControlEvent &event) { TakeControl(source, event); },
+        [this](ControlSource source) { fActions.EndSource(source); },
+        [this] { return fActions.CurrentSensitivities(); },
+        [this](const std::string &problem) { ComplainOnce(problem); },
+        fSurroundings.devicesChanged,
+        [this] { TakeDesktop(); },
+    };
+}
+
+DeviceBusTasks ActingHelper::MakeBusTasks() {
+    return {
+        [this](const std::string &control, const std::string &how, std::uint32_t times, std::string *text) {
+            return Act(control, how, times, text);
+        },
+        [this](const std::optional<ReportedFront> &front) {
+            fReported.reset();
+            if (front) {
+                fReported = FrontWindow{front->entry, front->windowClass, front->windowName,
+                                        ProgramOfProcess(front->process), front->process};
+            }
+            fActions.SetFront(FrontNow());
+        },
+        [this] { return DescribeFront(); },
+        [this](bool isQuiet) { fActions.SetQuiet(isQuiet); },
+    };
+}
+
+bool ActingHelper::Act(const std::string &control, const std::string &how, std::uint32_t times,
+                       std::string *text) {
+    struct Way {
+        std::string_view name;
+        std::vector<ControlPhase> phases;
+    };
+    static const auto kWays = std::to_array<Way>({
+        {"press", {ControlPhase::Down, ControlPhase::Up}},
+        {"hold", {ControlPhase::Down}},
+        {"release", {ControlPhase::Up}},
+        {"turn", {ControlPhase::Step}},
+    });
+    const ControlSlot *found = FindControlSlot(control);
+    const auto *way = std::ranges::find(kWays, how, &Way::name);
+    if (found == nullptr || way == kWays.end() || times < 1 || times > kMostSteps) {
+        *text = found == nullptr     ? "there is no such control"
+                : way == kWays.end() ? "a control can be pressed, held, released or turned"
+                                     : "1 to " + std::to_string(kMostSteps) + " times";
+        return false;
+    }
+    TakeDesktop();
+    fLastTold.clear();
+    const bool isTurned = way->phases.front() == ControlPhase::Step;
+    for (std::uint32_t i = 0; i < (isTurned ? 1 : times); ++i) {
+        for (const ControlPhase phase : way->phases) {
+            TakeControl(kSimulatedSource, {found->slot, phase, isTurned ? static_cast<int>(times) : 1});
+        }
+    }
+    *text = fLastTold;
+    return true;
+}
+
+NamedTexts ActingHelper::DescribeFront() const {
+    const FrontWindow &front = fActions.Front();
+    const std::string record = fSettings.RecordName();
+    NamedTexts texts{
+        {"entry", front.entryId},
+        {"class", front.windowClass},
+        {"name", front.windowName},
+        {"program", front.program},
+        {"process", front.process != 0 ? std::to_string(front.process) : std::string()},
+        {"settings", record.empty() ? "all applications" : record},
+        {"active", fSettings.InForce().AreActive() ? "yes" : "no"},
+        {"desktop", fNoDesktop.empty() ? "connected" : fNoDesktop},
+    };
+    std::erase_if(texts, [](const auto &text) { return text.second.empty(); });
+    return texts;
+}
+
+} // namespace drevix

@@ -1,0 +1,88 @@
+// The helper at work: the session's desktop, the devices, the programs that simulate and watch them, and what their
+// controls do, joined in the program's event loop.
+#pragma once
+
+#include "helper/action_sender.h"
+#include "helper/control_actions.h"
+#include "helper/device_readers.h"
+#include "helper/front_settings.h"
+#include "helper/options.h"
+#include "platform/base/loop_watch.h"
+#include "platform/bus/device_bus.h"
+#include "platform/desktop/program_starter.h"
+#include "platform/windows/desktop.h"
+
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace drevix {
+
+class ActingHelper {
+  public:
+    struct Surroundings {
+        std::string settings;    // path of the settings file
+        std::string preferences; // the preferences folder
+        FSRef resources;
+        std::function<void(const std::string &problem)> complain;
+        std::function<void()> devicesChanged;
+        std::function<std::unique_ptr<Desktop>(std::string *problem)> openDesktop;
+    };
+
+    // Needs the event loop set. The options stay the caller's.
+    ActingHelper(const HelperOptions &options, Surroundings surroundings);
+    // Lets all keys go.
+    ~ActingHelper();
+    ActingHelper(const ActingHelper &) = delete;
+    ActingHelper &operator=(const ActingHelper &) = delete;
+
+    // Reads settings and maps, and begins. False, after a complaint, for a stand-in that cannot be used.
+    [[nodiscard]] bool Begin();
+    // Another program has changed the settings.
+    void LoadSettings();
+
+    // To be called before each wait of the loop and after it: what is due is done, what is to be sent is sent. Gives
+    // how long the loop may wait; nothing: for ever.
+    [[nodiscard]] std::optional<std::chrono::microseconds> Turn();
+
+    [[nodiscard]] std::vector<ConnectedDevice> Devices() const { return fReaders->Devices(); }
+
+  private:
+    void LookForDesktop(SteadyTime now);
+    void TakeDesktop();
+    void LoseDesktop();
+    void TakeControl(ControlSource source, const ControlEvent &event);
+    void TakeTold(SlotIndex slot, const std::string &what, int times);
+    void ComplainOnce(const std::string &problem);
+    [[nodiscard]] FrontWindow FrontNow() const;
+    [[nodiscard]] bool AddStandIns();
+
+    [[nodiscard]] ActionOutlets MakeOutlets();
+    [[nodiscard]] DeviceReaderTasks MakeReaderTasks();
+    [[nodiscard]] DeviceBusTasks MakeBusTasks();
+    [[nodiscard]] bool Act(const std::string &control, const std::string &how, std::uint32_t times,
+                           std::string *text);
+    [[nodiscard]] NamedTexts DescribeFront() const;
+
+    const HelperOptions &fOptions;
+    Surroundings fSurroundings;
+    FrontSettings fSettings;
+    ProgramStarter fStarter;
+    ActionSender fSender;
+    ControlActions fActions;
+    std::optional<DeviceReaders> fReaders;
+    std::optional<DeviceBus> fBus;
+    std::unique_ptr<Desktop> fDesktop;
+    LoopWatch fDesktopWatch;
+    std::string fNoDesktop; // why there is none; empty while there is one
+    SteadyTime fNextLook{};
+    std::optional<FrontWindow> fReported; // by a program that knows better than the desktop tells
+    std::set<std::string> fComplaints;    // that were told
+    std::string fLastTold;                // what the last control did
+};
+
+} // namespace drevix

@@ -1,0 +1,67 @@
+#include "helper/front_settings.h"
+
+#include "document/settings_document.h"
+#include "platform/base/status.h"
+#include "platform/desktop/desktop_entries.h"
+#include "settings/device_prefs.h"
+#include "settings/pascal_strings.h"
+#include "settings/prefs_list.h"
+
+#include <utility>
+
+namespace drevix {
+namespace {
+
+std::optional<RecordEntry> EntryOfRecord(const std::string &appFileName) {
+    constexpr std::string_view kExtension = ".desktop";
+    std::string id = appFileName;
+    id.append(id.ends_with(kExtension) ? "" : kExtension);
+    DesktopEntry entry;
+    if (!FindDesktopEntry(id, "", &entry)) {
+        return std::nullopt;
+    }
+    return RecordEntry{entry.startupClass, CommandOfEntry(entry)};
+}
+
+} // namespace
+
+OSErr OpenSettings(SettingsDocument &document) {
+    const OpenResult result = document.Open(Access::Read);
+    const bool isMissing = result.fileStatus == fnfErr || result.fileStatus == dirNFErr;
+    return result.fileStatus == noErr || isMissing ? result.status : result.fileStatus;
+}
+
+FrontSettings::FrontSettings(std::string path, FSRef resources)
+    : fPath(std::move(path)), fResources(std::move(resources)) {}
+
+FrontSettings::~FrontSettings() = default;
+
+bool FrontSettings::Load(std::string *problem) {
+    auto document = std::make_unique<SettingsDocument>(fResources, kPanelVersion);
+    document->UseFileAlone(fPath);
+    if (const OSErr status = OpenSettings(*document); status != noErr) {
+        *problem = StatusText(status);
+        return false;
+    }
+    fRecords = FrontRecords(document->Base(), EntryOfRecord);
+    // What is in force points into the document before until then.
+    fInForce = RecordsInForce();
+    fDocument = std::move(document);
+    SetFront(FrontWindow(fFront));
+    return true;
+}
+
+void FrontSettings::SetFront(const FrontWindow &front) {
+    fFront = front;
+    if (fDocument) {
+        fNumber = fRecords.Find(fFront);
+        fInForce = RecordsInForce(fDocument->Base(), fNumber);
+    }
+}
+
+std::string FrontSettings::RecordName() const {
+    const AppPrefs *record = fDocument && fNumber != 0 ? GetAppPrefs(fDocument->Base(), fNumber) : nullptr;
+    return record != nullptr ? stringWithPascalString(record->appFileName.data()) : std::string();
+}
+
+} // namespace drevix
