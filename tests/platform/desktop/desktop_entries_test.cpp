@@ -104,5 +104,26 @@ TEST_F(DesktopEntries, InstalledApplications_TakeTheFirstOfEachId) {
                          {"a.desktop", "home a"}, {"kde-b.desktop", "one b"}, {"c.desktop", "two c"}}));
 }
 
+TEST_F(DesktopEntries, DefaultApplications_GoByTheFirstListThatNamesAnInstalledOne) {
+    setenv("XDG_CURRENT_DESKTOP", "Odd:Test", 1);
+    WriteEntry("one/applications/web.desktop", "web",
+               "Exec=web\nStartupWMClass=Web\nCategories=Network;WebBrowser;\n");
+    WriteEntry("two/applications/kde/mail.desktop", "mail", "Exec=mail\n");
+    std::ignore = Write("one/applications/mimeapps.list",
+                        "[Added Associations]\na/b=mail.desktop\n[Default Applications]\n"
+                        "a/b=gone.desktop; kde-mail.desktop;\n c/d = web.desktop\n");
+    std::ignore =
+        Write("config/test-mimeapps.list", "[Default Applications]\nc/d=../web.desktop;kde-mail.desktop\n");
+    for (const auto &[type, name] : {std::pair{"a/b", "mail"}, {"c/d", "mail"}, {"e/f", ""}}) {
+        DesktopEntry entry;
+        EXPECT_EQ(FindDefaultApplication(type, &entry), *name != '\0') << type;
+        EXPECT_EQ(entry.name, name) << type;
+    }
+    unsetenv("XDG_CURRENT_DESKTOP");
+    DesktopEntry entry;
+    ASSERT_TRUE(FindDesktopEntry("web.desktop", "", &entry));
+    EXPECT_EQ(entry.startupClass + entry.categories, "WebNetwork;WebBrowser;");
+}
+
 } // namespace
 } // namespace drevix::test

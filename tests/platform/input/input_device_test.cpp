@@ -1,4 +1,5 @@
 #include "platform/input/input_device.h"
+#include "platform/input/input_devices.h"
 
 #include "platform/base/status.h"
 #include "platform/input/input_codes.h"
@@ -8,6 +9,7 @@
 
 #include <array>
 #include <fcntl.h>
+#include <filesystem>
 #include <linux/input.h>
 #include <unistd.h>
 
@@ -107,6 +109,25 @@ TEST(InputCodes, NamesAndNumbers_LeadToEachOther) {
     ASSERT_TRUE(FindEventCode("BTN_A", &event)); // the second name of one
     EXPECT_EQ(EventCodeName(event), "BTN_SOUTH");
     EXPECT_FALSE(FindEventCode("KEY_MAX", &event));
+}
+
+TEST(InputDevices, ThatCome_AreToldWhateverHappensToTheirFolder) {
+    const ScratchFolder folder;
+    const std::string input = folder.Path("input");
+    InputDevices devices(input);
+    EXPECT_TRUE(devices.TakeNew().empty());
+    std::filesystem::create_directory(input);
+    WriteWhole(input + "/event3", ""); // before anyone has looked
+    EXPECT_EQ(devices.TakeNew().at(0), input + "/event3");
+    WriteWhole(input + "/mouse0", "");
+    EXPECT_TRUE(devices.TakeNew().empty());
+    std::filesystem::permissions(input + "/event3", std::filesystem::perms::owner_read);
+    EXPECT_EQ(devices.TakeNew().at(0), input + "/event3");
+    std::filesystem::remove_all(input);
+    EXPECT_TRUE(devices.TakeNew().empty());
+    std::filesystem::create_directory(input);
+    WriteWhole(input + "/event12", "");
+    EXPECT_EQ(devices.TakeNew().at(0), input + "/event12");
 }
 
 } // namespace

@@ -1,0 +1,211 @@
+#!/usr/bin/python3
+"""The helper acts on an X server without a screen, under a window manager: what a device sends through the reader of real
+devices becomes keys of the window in front.
+
+Usage: acting_test.py DREVIXHELPER DREVIXCTL KEY_WINDOW
+Ends with 77 where there is no Xvfb, openbox or xdotool.
+"""
+import os
+import pathlib
+import shutil
+import signal
+import struct
+import subprocess
+import sys
+import tempfile
+import time
+import unittest
+
+SKIPPED = 77
+if not all(shutil.which(program) for program in ("Xvfb", "openbox", "xdotool")):
+    print("skipped: Xvfb, openbox and xdotool are needed")
+    sys.exit(SKIPPED)
+HELPER, CONTROL, WINDOW = (pathlib.Path(sys.argv.pop(1)).resolve() for _ in range(3))
+
+EV_SYN, EV_KEY, EV_REL, EV_ABS = range(4)
+BUTTON_I, BUTTON_II, REL_WHEEL, ABS_X = 0x102, 0x103, 8, 0  # of the map that comes with the program
+SHIFT, CTRL, ALT = 1, 4, 8  # states of X events
+A, B, K, F5 = 38, 56, 45, 71  # X key codes
+MODIFIER_CODES = {37, 50, 64}
+SWITCHES, PRESSES = 20, 50
+
+
+class Acting(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        cls.children = []
+        cls.path = pathlib.Path(tempfile.mkdtemp(prefix="drevix-acting-"))
+        cls.addClassCleanup(shutil.rmtree, cls.path, True)
+        cls.addClassCleanup(cls.end_children)
+        (cls.path / "config").mkdir()
+        cls.environment = {"PATH": os.environ["PATH"], "HOME": str(cls.path), "XDG_CONFIG_HOME": str(cls.path / "config"),
+                           "XDG_STATE_HOME": str(cls.path / "state"), "LC_ALL": "C.UTF-8", "ASAN_OPTIONS": "detect_leaks=0",
+                           "DBUS_SESSION_BUS_ADDRESS": f"unix:path={cls.path}/bus"}
+        cls.start("dbus-daemon", "--session", "--nofork", "--nopidfile", f"--address=unix:path={cls.path}/bus")
+        read, write = os.pipe()
+        cls.start("Xvfb", "-displayfd", str(write), "-screen", "0", "640x480x24", "-nolisten", "tcp", pass_fds=[write])
+        os.close(write)
+        with os.fdopen(read) as display:
+            cls.environment["DISPLAY"] = ":" + display.readline().strip()
+        cls.start("openbox")
+        for name in ("alpha", "beta", "gamma"):
+            cls.start(WINDOW, name, output=name)
+        cls.until(lambda: all(cls.window(name) for name in ("alpha", "beta", "gamma")))
+        for name in ("alpha", "beta"):
+            program = cls.path / "bin" / name
+            program.parent.mkdir(exist_ok=True)
+            program.write_text("")
+            program.chmod(0o755)
+            cls.ctl("add", str(program))
+        for words in (["buttonI", "keystroke", "F5"], ["tunerCW", "scroll", "up"],
+                      ["buttonI", "keystroke", "shift+a", "--app", "alpha"],
+                      ["buttonII", "keystroke", "ctrl+k", "--repeat", "-1", "--app", "alpha"],
+                      ["ringRight", "keystroke", "shift+a", "--repeat", "3", "--app", "alpha"],
+                      ["tunerCW", "4", "--app", "alpha"],
+                      ["buttonI", "keystroke", "ctrl+alt+b", "--app", "beta"]):
+            cls.ctl("assign", *words)
+        cls.ctl("set", "tunerSensitivity", "100", "--app", "alpha")
+        os.mkfifo(cls.path / "dial")
+        cls.start_helper()
+
+    @classmethod
+    def end_children(cls):
+        for child in reversed(cls.children):
+            child.kill()
+            child.wait()
+
+    @classmethod
+    def start(cls, *command, output="unused", **more):
+        with open(cls.path / output, "ab") as file:
+            child = subprocess.Popen(command, env=cls.environment, stdout=file, stderr=subprocess.STDOUT, **more)
+        cls.children.append(child)
+        return child
+
+    @classmethod
+    def start_helper(cls):
+        (cls.path / "said").write_text("")
+        cls.helper = cls.start(HELPER, "--stand-in", f'file={cls.path}/dial name="Test ring" vendor=0x1234 product=0x5678 '
+                               "axis=ABS_X,-127,127 dial=REL_WHEEL key=BTN_2 key=BTN_3", output="said")
+        cls.until(lambda: "ready\n" in (cls.path / "said").read_text())
+        cls.dial = open(cls.path / "dial", "wb", buffering=0)
+        cls.addClassCleanup(cls.dial.close)
+
+    @classmethod
+    def until(cls, condition, what="nothing happened"):
+        end = time.monotonic() + 20
+        while not condition():
+            if time.monotonic() > end:
+                raise AssertionError(what)
+            time.sleep(0.01)
+
+    @classmethod
+    def ctl(cls, *words):
+        return subprocess.run([CONTROL, *words], env=cls.environment, capture_output=True, text=True, timeout=30, check=True).stdout
+
+    @classmethod
+    def window(cls, name):
+        found = subprocess.run(["xdotool", "search", "--onlyvisible", "--class", f"^{name}$"], env=cls.environment,
+                               capture_output=True, text=True, timeout=30, check=False)
+        return found.stdout.split()[:1]
+
+    def activate(self, name):
+        before = self.told(name).count("focus")
+        subprocess.run(["xdotool", "windowactivate", *self.window(name)], env=self.environment, check=True, timeout=30)
+        self.until(lambda: self.told(name).count("focus") > before or before > 0)
+        self.until(lambda: f"class: {name}\n" in self.ctl("front"), f"{name} did not come to the front")
+
+    def told(self, name):
+        return (self.path / name).read_text().splitlines()
+
+    def keys(self, name, kind="down"):
+        """The keys that a window got, without modifiers, each with the state that it came with."""
+        lines = [line.split() for line in self.told(name) if line.startswith(kind + " ")]
+        return [(int(code), int(state)) for _, code, state in lines if int(code) not in MODIFIER_CODES]
+
+    def send(self, *events):
+        self.dial.write(b"".join(struct.pack("llHHi", 0, 0, *event) for event in (*events, (EV_SYN, 0, 0))))
+
+    def press(self, button):
+        self.send((EV_KEY, button, 1))
+        self.send((EV_KEY, button, 0))
+
+    def keys_down(self):
+        return int(subprocess.run([WINDOW], env=self.environment, capture_output=True, text=True, timeout=30, check=True).stdout)
+
+    def test_1_each_press_goes_to_the_window_in_front_by_its_own_settings(self):
+        expected = {"alpha": (A, SHIFT), "beta": (B, CTRL | ALT), "gamma": (F5, 0)}
+        count = dict.fromkeys(expected, 0)
+        for switch in range(SWITCHES):
+            name = list(expected)[switch % 3]
+            self.activate(name)
+            for _ in range(PRESSES):
+                self.press(BUTTON_I)
+            count[name] += PRESSES
+            self.until(lambda: len(self.keys(name, "up")) == count[name], f"presses were lost in {name}")
+        for name, key in expected.items():
+            self.assertEqual(self.keys(name), [key] * count[name])
+        self.assertEqual(self.keys_down(), 0)
+
+    def test_2_wheel_repeat_and_simulated_controls(self):
+        self.activate("alpha")
+        # The wheel goes to what is under the pointer; on the window manager's own background it would change desktops.
+        subprocess.run(["xdotool", "mousemove", "--window", *self.window("alpha"), "50", "50"], env=self.environment, check=True,
+                       timeout=30)
+        self.send((EV_REL, REL_WHEEL, 3))
+        self.until(lambda: self.told("alpha").count("button 4") == 3)
+        before = len(self.keys("alpha"))
+        self.send((EV_ABS, ABS_X, 127))
+        self.until(lambda: len(self.keys("alpha")) >= before + 5)
+        self.send((EV_ABS, ABS_X, 0))
+        self.until(lambda: self.keys_down() == 0)
+        time.sleep(0.2)
+        after = len(self.keys("alpha"))
+        self.assertEqual(self.ctl("press", "buttonI"), "keys shift+KEY_A\n")
+        self.until(lambda: len(self.keys("alpha")) == after + 1)
+
+    def test_3_a_change_counts_at_once_and_switched_off_is_off(self):
+        self.activate("alpha")
+        before = len(self.keys("alpha"))
+        self.ctl("set", "active", "false", "--app", "alpha")
+        self.until(lambda: "active: no" in self.ctl("front"))
+        self.press(BUTTON_I)
+        self.assertEqual(self.ctl("press", "buttonI"), "nothing: the device is switched off here\n")
+        self.ctl("set", "active", "true", "--app", "alpha")
+        self.until(lambda: "active: yes" in self.ctl("front"))
+        self.press(BUTTON_I)
+        self.until(lambda: len(self.keys("alpha")) > before)
+        self.assertEqual(len(self.keys("alpha")), before + 1)
+
+    def test_4_keys_go_up_when_the_front_changes_the_device_goes_or_the_helper_ends(self):
+        def change_front():
+            self.activate("gamma")
+
+        def unplug():
+            self.dial.close()
+
+        def kill():
+            self.helper.kill()
+            self.helper.wait()
+
+        def end():
+            self.helper.send_signal(signal.SIGTERM)
+            self.assertEqual(self.helper.wait(20), 0)
+
+        for way in (change_front, unplug, kill, end):
+            self.activate("alpha")
+            before = len(self.keys("alpha"))
+            self.send((EV_KEY, BUTTON_II, 1))
+            self.until(lambda: len(self.keys("alpha")) > before, way.__name__)
+            self.assertEqual(self.keys_down(), 2, way.__name__)
+            way()
+            self.until(lambda: self.keys_down() == 0, f"a key stayed down: {way.__name__}")
+            if self.helper.poll() is not None:
+                self.dial.close()
+                self.start_helper()
+            elif self.dial.closed:  # and plugged in again
+                type(self).dial = open(self.path / "dial", "wb", buffering=0)
+            else:
+                self.send((EV_KEY, BUTTON_II, 0))
+
+
+unittest.main()
