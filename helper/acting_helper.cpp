@@ -61,6 +61,8 @@ bool ActingHelper::Begin() {
         return false;
     }
     fReaders->WatchAll();
+    fSession.emplace(SessionControlTasks{[this](bool isLocked) { fActions.SetLocked(isLocked); }, complain});
+    fPlayers.emplace();
     fBus.emplace(MakeBusTasks());
     return true;
 }
@@ -176,13 +178,42 @@ ActionOutlets ActingHelper::MakeOutlets() {
         [this](const std::vector<std::string> &command, const std::function<void(int)> &ended) {
             return fStarter.Start(command, ended);
         },
-        [](SessionRequest /*request*/, std::string *problem) {
-            *problem = "the session cannot be asked for this yet";
-            return false;
-        },
-        [](PlayerRequest /*request*/) { return false; },
+        [this](SessionRequest request) { AskSession(request); },
+        [this](PlayerRequest request) { return AskPlayer(request); },
         [this](const std::string &problem) { ComplainOnce(problem); },
     };
+}
+
+void ActingHelper::AskSession(SessionRequest request) {
+    static constexpr auto kRequests = std::to_array<void (SessionControl::*)()>({
+        &SessionControl::Lock,
+        &SessionControl::LogOut,
+        &SessionControl::Suspend,
+        &SessionControl::Restart,
+        &SessionControl::ShutDown,
+    });
+    if (fSession) {
+        ((*fSession).*kRequests.at(static_cast<std::size_t>(request)))();
+    }
+}
+
+bool ActingHelper::AskPlayer(PlayerRequest request) {
+    constexpr double kVolumeStep = 0.05;
+    switch (request) {
+    case PlayerRequest::PlayPause:
+        return fPlayers && fPlayers->Call("PlayPause");
+    case PlayerRequest::Next:
+        return fPlayers && fPlayers->Call("Next");
+    case PlayerRequest::Previous:
+        return fPlayers && fPlayers->Call("Previous");
+    case PlayerRequest::Stop:
+        return fPlayers && fPlayers->Call("Stop");
+    case PlayerRequest::VolumeUp:
+        return fPlayers && fPlayers->ChangeVolume(kVolumeStep);
+    case PlayerRequest::VolumeDown:
+        return fPlayers && fPlayers->ChangeVolume(-kVolumeStep);
+    }
+    return false;
 }
 
 DeviceReaderTasks ActingHelper::MakeReaderTasks() {

@@ -9,6 +9,8 @@
 #include "helper/options.h"
 #include "platform/base/loop_watch.h"
 #include "platform/bus/device_bus.h"
+#include "platform/bus/media_players.h"
+#include "platform/bus/session_control.h"
 #include "platform/desktop/program_starter.h"
 #include "platform/windows/desktop.h"
 
@@ -61,6 +63,8 @@ class ActingHelper {
     [[nodiscard]] FrontWindow FrontNow() const;
     [[nodiscard]] bool AddStandIns();
 
+    void AskSession(SessionRequest request);
+    [[nodiscard]] bool AskPlayer(PlayerRequest request);
     [[nodiscard]] ActionOutlets MakeOutlets();
     [[nodiscard]] DeviceReaderTasks MakeReaderTasks();
     [[nodiscard]] DeviceBusTasks MakeBusTasks();
@@ -76,6 +80,8 @@ class ActingHelper {
     ControlActions fActions;
     std::optional<DeviceReaders> fReaders;
     std::optional<DeviceBus> fBus;
+    std::optional<SessionControl> fSession;
+    std::optional<MediaPlayers> fPlayers;
     std::unique_ptr<Desktop> fDesktop;
     LoopWatch fDesktopWatch;
     std::string fNoDesktop; // why there is none; empty while there is one

@@ -37,8 +37,8 @@ struct ActionSender::Doer {
         return step.otherwise ? sender.Tap(*step.otherwise, 1) : kDesktopCannot;
     }
     std::string operator()(const AskSession &step) const {
-        std::string problem;
-        return sender.fOutlets.askSession(step.request, &problem) ? std::string() : problem;
+        sender.fOutlets.askSession(step.request);
+        return {};
     }
     std::string operator()(const AskPlayer &step) const {
         bool isDone = true;
@@ -63,6 +63,14 @@ void ActionSender::SetDesktop(Desktop *desktop) {
 }
 
 std::string ActionSender::Do(const Deed &deed) {
+    std::string problem = TryDo(deed);
+    if (!problem.empty()) {
+        fOutlets.tell(problem);
+    }
+    return problem;
+}
+
+std::string ActionSender::TryDo(const Deed &deed) {
     const auto *keys = std::get_if<SendKeys>(&deed.plan.step);
     if (fIsDryRun && !std::holds_alternative<DoNothing>(deed.plan.step)) {
         return {};

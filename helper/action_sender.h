@@ -17,11 +17,11 @@ struct ActionOutlets {
     // Starts a program without a shell; told its exit status when it ends.
     std::function<OSErr(const std::vector<std::string> &command, std::function<void(int exitStatus)> ended)>
         start;
-    // False, with the reason in *problem, for what this session cannot do.
-    std::function<bool(SessionRequest request, std::string *problem)> askSession;
+    // What this session cannot do is told later.
+    std::function<void(SessionRequest request)> askSession;
     // False when no player runs.
     std::function<bool(PlayerRequest request)> askPlayer;
-    // Takes a problem that comes up only after an action was begun.
+    // Takes what could not be done and why, as Do gives it, and what comes up only after an action was begun.
     std::function<void(const std::string &problem)> tell;
 };
 
@@ -42,6 +42,7 @@ class ActionSender {
 
   private:
     struct Doer;
+    [[nodiscard]] std::string TryDo(const Deed &deed);
     [[nodiscard]] std::string Send(const std::vector<KeyStep> &steps);
     [[nodiscard]] std::string Tap(const KeyChord &chord, int times);
     [[nodiscard]] std::string Scroll(const SendScroll &scroll, int times);

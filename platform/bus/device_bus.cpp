@@ -188,10 +188,6 @@ void DeviceBus::TellActed(const std::string &control, const std::string &what, i
     }
     const Clock::time_point now = Clock::now();
     const auto [told, isNew] = fTold.try_emplace(control);
-    // Another text is not the same happening any more.
-    if (told->second.waiting > 0 && told->second.what != what) {
-        Send(control, &told->second, now);
-    }
     told->second.what = what;
     told->second.waiting += times;
     if (isNew || now - told->second.last >= kBetweenSignals) {

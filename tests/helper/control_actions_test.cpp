@@ -109,12 +109,11 @@ class Actions : public ::testing::Test {
     std::vector<std::string> fProblems;
     std::string fTold;
     bool fIsAsked = false;
-    ActionSender fSender{
-        {[](const auto & /*command*/, const auto & /*ended*/) { return noErr; },
-         [this](SessionRequest /*request*/, std::string * /*problem*/) { return fIsAsked = true; },
-         [](PlayerRequest /*request*/) { return false; },
-         [this](const std::string &problem) { fProblems.push_back(problem); }},
-        false};
+    ActionSender fSender{{[](const auto & /*command*/, const auto & /*ended*/) { return noErr; },
+                          [this](SessionRequest /*request*/) { fIsAsked = true; },
+                          [](PlayerRequest /*request*/) { return false; },
+                          [this](const std::string &problem) { fProblems.push_back(problem); }},
+                         false};
     FrontSettings fSettings{fFolder.path, fFolder.resources};
     ControlActions fActions{
         fSettings, fSender, [] { return KeyboardCharacters{}; },
