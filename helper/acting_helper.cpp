@@ -233,8 +233,12 @@ DeviceBusTasks ActingHelper::MakeBusTasks() {
             return Act(control, how, times, text);
         },
         [this](const std::optional<ReportedFront> &front) {
+            if (!fOptions.front.empty()) {
+                return; // whatever is in front
+            }
+            // A window of which nothing is told is none: what the desktop tells counts then.
             fReported.reset();
-            if (front) {
+            if (front && !(front->entry + front->windowClass + front->windowName).empty()) {
                 fReported = FrontWindow{front->entry, front->windowClass, front->windowName,
                                         ProgramOfProcess(front->process), front->process};
             }

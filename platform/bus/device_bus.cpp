@@ -68,6 +68,7 @@ int DeviceBus::TakeMessage(sd_bus_message *message) {
     static constexpr auto kMethods = std::to_array<Method>({
         {"Act", "ssu", &DeviceBus::TakeAct},
         {"SetFront", "sssu", &DeviceBus::TakeSetFront},
+        {"SetFront", "sssi", &DeviceBus::TakeSetFront}, // KWin's scripts have no other numbers
         {"Front", "", &DeviceBus::TakeFront},
         {"Watch", "b", &DeviceBus::TakeWatch},
     });
@@ -101,7 +102,9 @@ int DeviceBus::TakeSetFront(sd_bus_message *message) {
     const char *windowClass = nullptr;
     const char *name = nullptr;
     std::uint32_t process = 0;
-    if (sd_bus_message_read(message, "sssu", &entry, &windowClass, &name, &process) <= 0) {
+    // The two types of number are read alike.
+    if (sd_bus_message_read(message, "sss", &entry, &windowClass, &name) <= 0 ||
+        sd_bus_message_read_basic(message, sd_bus_message_get_signature(message, 1)[3], &process) <= 0) {
         return 0;
     }
     const std::string sender = sd_bus_message_get_sender(message);

@@ -150,6 +150,27 @@ class Helper(unittest.TestCase):
             helper.terminate()
             self.assertEqual(helper.wait(20), 0)
 
+    def test_what_a_compositor_reports_is_in_front_until_it_leaves(self):
+        """Reports of KWin, whose scripts have signed numbers alone, were refused."""
+        self.start_bus()
+        helper = self.start(HELPER, output="said")
+        self.until(lambda: "ready\n" in self.said())
+        report = ("import dbus, sys, time; words = sys.argv[1:4];"
+                  "device = dbus.SessionBus().get_object(f'com.halcyra.drevix.Process.DrevixHelper.p%d', '/com/halcyra/drevix/Device');"
+                  "device.SetFront(*words, dbus.%s(1), dbus_interface='com.halcyra.drevix.Device1'); time.sleep(60)")
+        for number, words, expected in [("UInt32", ("gimp", "Gimp-2.10", "gimp"), "gimp"), ("Int32", ("", "", ""), None),
+                                        ("Int32", ("org.kde.krita.desktop", "", ""), "org.kde.krita.desktop")]:
+            compositor = self.start("/usr/bin/python3", "-c", report % (helper.pid, number), *words,
+                                     output="report")
+            if expected:
+                self.until(lambda text=expected: json.loads(self.ctl("front", "--json")).get("entry") == text, expected)
+            else:
+                time.sleep(0.5)
+                self.assertNotIn("entry", json.loads(self.ctl("front", "--json")))
+            compositor.kill()
+            self.until(lambda: "entry" not in json.loads(self.ctl("front", "--json")))
+            self.assertEqual((self.path / "report").read_text(), "")
+
     def test_one_helper_serves_a_session(self):
         self.start_bus()
         pair = [self.start(HELPER, output=f"said{i}") for i in range(2)]
