@@ -1,5 +1,6 @@
 #include "platform/windows/desktop.h"
 
+#include "platform/windows/desktop_wlroots.h"
 #include "platform/windows/desktop_x11.h"
 
 #include <cstdlib>
@@ -16,9 +17,15 @@ std::string_view Setting(const char *name) {
 } // namespace
 
 std::unique_ptr<Desktop> OpenDesktop(std::string *problem) {
-    if (!Setting("WAYLAND_DISPLAY").empty()) {
-        *problem = "this version sends nothing to Wayland compositors";
-        return nullptr;
+    // X clients of a Wayland session are only some of its windows.
+    if (const std::string_view compositor = Setting("WAYLAND_DISPLAY"); !compositor.empty()) {
+        std::unique_ptr<Desktop> desktop = OpenWlrootsDesktop();
+        if (desktop == nullptr) {
+            *problem =
+                "the Wayland compositor of WAYLAND_DISPLAY=" + std::string(compositor) +
+                " cannot be reached, or neither shows its windows to other programs nor takes keys from them";
+        }
+        return desktop;
     }
     if (Setting("DISPLAY").empty()) {
         *problem = "neither WAYLAND_DISPLAY nor DISPLAY is set";

@@ -1,5 +1,7 @@
 #include "platform/windows/wayland_shortcuts.h"
 
+#include "platform/windows/wayland_link.h"
+
 #include <keyboard-shortcuts-inhibit-client.h>
 #include <wayland-client.h>
 
@@ -8,21 +10,6 @@
 #include <utility>
 
 namespace drevix {
-namespace {
-
-// What the compositor gave is given back with the call of its kind.
-template <auto Destroy>
-struct Destroyer {
-    template <class Object>
-    void operator()(Object *object) const {
-        Destroy(object);
-    }
-};
-template <class Object, auto Destroy>
-using Owner = std::unique_ptr<Object, Destroyer<Destroy>>;
-
-} // namespace
-
 struct WaylandShortcuts::State {
     State(wl_display *itsDisplay, Answer itsAnswer);
 
@@ -34,11 +21,11 @@ struct WaylandShortcuts::State {
 
     wl_display *display;
     Answer answer;
-    Owner<wl_registry, wl_registry_destroy> registry;
-    Owner<zwp_keyboard_shortcuts_inhibit_manager_v1, zwp_keyboard_shortcuts_inhibit_manager_v1_destroy>
+    WaylandOwner<wl_registry, wl_registry_destroy> registry;
+    WaylandOwner<zwp_keyboard_shortcuts_inhibit_manager_v1, zwp_keyboard_shortcuts_inhibit_manager_v1_destroy>
         manager;
-    Owner<zwp_keyboard_shortcuts_inhibitor_v1, zwp_keyboard_shortcuts_inhibitor_v1_destroy> inhibitor;
-    Owner<wl_callback, wl_callback_destroy> sync;
+    WaylandOwner<zwp_keyboard_shortcuts_inhibitor_v1, zwp_keyboard_shortcuts_inhibitor_v1_destroy> inhibitor;
+    WaylandOwner<wl_callback, wl_callback_destroy> sync;
     wl_surface *surface = nullptr; // of the window that asks, null when none does
     wl_seat *seat = nullptr;
     bool isListed = false; // whether the compositor has named all that it can do

@@ -21,7 +21,6 @@ import wayland  # noqa: E402
 
 PROGRAM, CONTROL = sys.argv[1:]
 SKIPPED = 77
-NOBODY = 65534  # the compositor refuses to run as root
 SIZE = (1600, 1000)
 X_KEYCODE_OFFSET = 8  # X11 counts keys from 8
 MODIFIERS = {"shift": wayland.SHIFT, "ctrl": wayland.CONTROL, "alt": wayland.ALT, "super": wayland.SUPER}
@@ -56,28 +55,12 @@ def start(*words, **more):
 
 
 def start_compositor(run_folder):
-    run_folder.mkdir(mode=0o700)
-    (run_folder / "config").write_text(CONFIGURATION.format(folder=run_folder))
-    as_user = {}
-    if os.geteuid() == 0:
-        folder.chmod(0o711)
-        os.chown(run_folder, NOBODY, NOBODY)
-        as_user = {"user": NOBODY, "group": NOBODY, "extra_groups": []}
-    log = open(folder / "compositor.log", "w")
-    start("sway", "--config", str(run_folder / "config"), stdout=log, stderr=log, **as_user,
-          env={"PATH": os.environ["PATH"], "HOME": str(run_folder), "XDG_RUNTIME_DIR": str(run_folder), "WLR_BACKENDS": "headless",
-               "WLR_LIBINPUT_NO_DEVICES": "1", "WLR_RENDERER": "pixman", "LC_ALL": "C.UTF-8"})
-    found = {}
-
-    def look():
-        found.update({path.name[:6]: str(path) for path in run_folder.iterdir() if path.is_socket()})
-        return len(found) == 2 or children[0].poll() is not None
-
-    wait_for("the compositor", look)
-    if len(found) < 2:
+    process, display, control = wayland.start_compositor(run_folder, CONFIGURATION.format(folder=run_folder), folder / "compositor.log")
+    children.append(process)
+    if display is None:
         print("skipped: the compositor cannot run here\n" + (folder / "compositor.log").read_text())
         sys.exit(SKIPPED)
-    return found["waylan"], found["sway-i"]
+    return display, control
 
 
 def wait_for(what, look, seconds=20):

@@ -6,6 +6,7 @@ import os
 import select
 import socket
 import struct
+import subprocess
 import tempfile
 import time
 
@@ -13,6 +14,31 @@ SHIFT, LOCK, CONTROL, ALT, SUPER, ALT_GR = 1, 2, 4, 8, 64, 128  # the modifiers 
 MODIFIER_KEYS = {SHIFT: 42, CONTROL: 29, ALT: 56, SUPER: 125, ALT_GR: 100}  # by their evdev codes
 CAPS_LOCK_KEY = 58
 LEFT_BUTTON = 0x110
+NOBODY = 65534  # the compositor refuses to run as root
+
+
+def start_compositor(run_folder, configuration, log_path):
+    """Starts one without a screen, in a folder of its own: its process, and where its display and its control socket are; None for
+    them where it cannot run."""
+    run_folder.mkdir(mode=0o700)
+    (run_folder / "config").write_text(configuration)
+    as_user = {}
+    if os.geteuid() == 0:
+        run_folder.parent.chmod(0o711)
+        os.chown(run_folder, NOBODY, NOBODY)
+        as_user = {"user": NOBODY, "group": NOBODY, "extra_groups": []}
+    with open(log_path, "w") as log:
+        process = subprocess.Popen(
+            ["sway", "--config", str(run_folder / "config")], stdout=log, stderr=log, **as_user,
+            env={"PATH": os.environ["PATH"], "HOME": str(run_folder), "XDG_RUNTIME_DIR": str(run_folder), "WLR_BACKENDS": "headless",
+                 "WLR_LIBINPUT_NO_DEVICES": "1", "WLR_RENDERER": "pixman", "LC_ALL": "C.UTF-8"})
+    deadline = time.monotonic() + 20
+    while process.poll() is None and time.monotonic() < deadline:
+        found = {path.name[:6]: str(path) for path in run_folder.iterdir() if path.is_socket()}
+        if len(found) == 2:
+            return process, found["waylan"], found["sway-i"]
+        time.sleep(0.01)
+    return process, None, None
 
 
 class Connection:

@@ -1,0 +1,146 @@
+#!/usr/bin/python3
+"""The desktop of a Wayland compositor without a screen: two windows, and what they get.
+
+Usage: desktop_wlroots_test.py DESKTOP_PROBE
+Ends with 77 where there is no compositor.
+"""
+import json
+import os
+import pathlib
+import shutil
+import signal
+import subprocess
+import sys
+import tempfile
+
+sys.path.insert(0, str(pathlib.Path(__file__).parents[2] / "support"))
+import wayland  # noqa: E402
+
+PROBE = sys.argv[1]
+SKIPPED = 77
+SIZE = (800, 600)
+CONFIGURATION = """
+output HEADLESS-1 resolution 800x600
+xwayland disable
+focus_follows_mouse no
+default_floating_border none
+for_window [app_id="one"] floating enable, move absolute position 0 0
+for_window [app_id="two"] floating enable, move absolute position 400 0
+"""
+A, SHIFT_KEY, CTRL_KEY = 30, 42, 29
+UP, DOWN, LEFT, RIGHT = range(4)
+CLOSE, MINIMIZE, FULL_SCREEN, SHOW_DESKTOP = range(4)
+
+if not shutil.which("sway"):
+    print("skipped: there is no compositor (package sway)")
+    sys.exit(SKIPPED)
+folder = pathlib.Path(tempfile.mkdtemp(prefix="drevix-wlroots-"))
+children = []
+
+
+class Window:
+    def __init__(self, display, name):
+        self.connection = wayland.Connection(display)
+        seat = self.connection.bind("wl_seat", 5)
+        self.events = []
+        keyboard = self.connection.make(seat, 1)
+        pointer = self.connection.make(seat, 0)
+        self.connection.on(keyboard, 3, "uuuu", lambda _serial, _time, key, down: self.events.append(("key", key, down)))
+        self.connection.on(keyboard, 4, "uuuuu", lambda _serial, held, *_rest: self.events.append(("held", held)))
+        self.connection.on(pointer, 8, "ui", lambda axis, steps: self.events.append(("wheel", axis, steps)))
+        wayland.DragWindow(self.connection, seat, name, 200)
+        self.connection.sync()
+
+    def expect(self, *events):
+        def look():
+            got = iter(self.events)
+            return all(event in got for event in events)  # in this order
+        try:
+            self.connection.wait(look, str(events))
+        except RuntimeError as problem:
+            sys.exit(f"{problem}, but {self.events}")
+        self.events.clear()
+
+
+class Probe:
+    def __init__(self, environment):
+        self.process = subprocess.Popen([PROBE], env=environment, stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True, bufsize=1)
+        children.append(self.process)
+        self.expect("open")
+
+    def expect(self, wanted):
+        seen = []
+        for line in self.process.stdout:
+            seen.append(line.strip())
+            if seen[-1] == wanted:
+                return
+        sys.exit(f"{wanted!r} was not said, but {seen}")
+
+    def do(self, *lines, answer="yes"):
+        for line in lines:
+            self.process.stdin.write(line + "\n")
+            self.expect(answer)
+
+
+def main():
+    compositor, display, control = wayland.start_compositor(folder / "compositor", CONFIGURATION, folder / "log")
+    children.append(compositor)
+    if display is None:
+        print("skipped: the compositor cannot run here\n" + (folder / "log").read_text())
+        sys.exit(SKIPPED)
+
+    def sway(*words):
+        return subprocess.run(["swaymsg", "--socket", control, "--raw", *words], capture_output=True, text=True, check=True,
+                              timeout=20).stdout
+
+    connection = wayland.Connection(display)
+    hands = wayland.Hands(connection, SIZE)
+    hands.use_layouts("pc+de")
+    one, two = Window(display, "one"), Window(display, "two")
+    connection.sync()
+    environment = {"PATH": os.environ["PATH"], "XDG_RUNTIME_DIR": str(folder), "WAYLAND_DISPLAY": display}
+    probe = Probe(environment)
+    for _ in range(3):
+        for name, window in (("one", one), ("two", two)):
+            sway(f'[app_id="{name}"] focus')
+            probe.expect(f"front {name}")
+            probe.do(f"down {CTRL_KEY}", f"down {A}", f"up {A}", f"up {CTRL_KEY}")
+            window.expect(("held", 4), ("key", A, 1), ("key", A, 0), ("held", 0))
+
+    hands.point(450, 50)
+    probe.do(f"scroll {UP} 1", f"scroll {RIGHT} 1")
+    two.expect(("wheel", 0, 0xFFFFFFFF), ("wheel", 1, 1))
+
+    def two_node():
+        nodes = [json.loads(sway("-t", "get_tree"))]
+        while nodes:
+            node = nodes.pop()
+            if node.get("app_id") == "two":
+                return node
+            nodes += node["nodes"] + node["floating_nodes"]
+        return None
+
+    for mode in (1, 0):
+        probe.do(f"ask {FULL_SCREEN}")
+        two.connection.wait(lambda mode=mode: two_node()["fullscreen_mode"] == mode, f"full screen {mode}")
+        two.connection.listen(0.1)
+    probe.do(f"ask {SHOW_DESKTOP}", answer="no")
+
+    two.events.clear()
+    probe.do(f"down {SHIFT_KEY}", f"down {A}")
+    two.expect(("held", 1), ("key", A, 1))
+    probe.process.send_signal(signal.SIGKILL)
+    two.expect(("key", A, 0))  # the compositor lets it go
+
+    probe = Probe(environment)
+    compositor.kill()
+    probe.expect("lost")
+
+
+try:
+    main()
+finally:
+    for child in reversed(children):
+        child.kill()
+        child.wait()
+    shutil.rmtree(folder)
