@@ -1,5 +1,6 @@
 #include "platform/windows/desktop.h"
 
+#include "platform/windows/desktop_uinput.h"
 #include "platform/windows/desktop_wlroots.h"
 #include "platform/windows/desktop_x11.h"
 
@@ -20,10 +21,9 @@ std::unique_ptr<Desktop> OpenDesktop(std::string *problem) {
     // X clients of a Wayland session are only some of its windows.
     if (const std::string_view compositor = Setting("WAYLAND_DISPLAY"); !compositor.empty()) {
         std::unique_ptr<Desktop> desktop = OpenWlrootsDesktop();
-        if (desktop == nullptr) {
-            *problem =
-                "the Wayland compositor of WAYLAND_DISPLAY=" + std::string(compositor) +
-                " cannot be reached, or neither shows its windows to other programs nor takes keys from them";
+        if (desktop == nullptr && (desktop = OpenUinputDesktop(problem)) == nullptr) {
+            *problem = "the Wayland compositor of WAYLAND_DISPLAY=" + std::string(compositor) +
+                       " takes no keys from programs, and " + *problem + "; see DrevixHelper(1)";
         }
         return desktop;
     }

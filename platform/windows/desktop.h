@@ -36,8 +36,8 @@ class Desktop {
     [[nodiscard]] virtual bool Flush() = 0;
 };
 
-// Connects to the session's desktop: to the Wayland compositor where $WAYLAND_DISPLAY is set, else to the X server of
-// $DISPLAY. Null, with the reason for people in *problem, where there is none or it cannot be used.
+// Connects to the session's desktop: to the Wayland compositor where $WAYLAND_DISPLAY is set, sending
+// through a keyboard of the kernel's where it takes no keys from programs, else to the X server of $DISPLAY. Null, with the reason for people in *problem, where there is none or it cannot be used.
 [[nodiscard]] std::unique_ptr<Desktop> OpenDesktop(std::string *problem);
 
 } // namespace drevix

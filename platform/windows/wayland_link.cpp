@@ -1,7 +1,5 @@
 #include "platform/windows/wayland_link.h"
 
-#include "platform/files/owners.h"
-
 #include <cerrno>
 #include <cstdlib>
 #include <sys/socket.h>
@@ -14,27 +12,6 @@ namespace {
 
 // A keymap takes some 60 KB; this is beyond any.
 constexpr std::uint32_t kLongestKeymap = 4 << 20;
-
-// A socket that is connected to the compositor, if there is one. The library's own way would wait for one that
-// does not accept.
-SystemDescriptor ConnectedSocket() {
-    const char *const display = std::getenv("WAYLAND_DISPLAY");
-    const char *const folder = std::getenv("XDG_RUNTIME_DIR");
-    if (display == nullptr || *display == '\0' || (*display != '/' && folder == nullptr)) {
-        return {};
-    }
-    const std::string path = *display == '/' ? std::string(display) : std::string(folder) + '/' + display;
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    if (path.size() >= sizeof address.sun_path) {
-        return {};
-    }
-    path.copy(address.sun_path, path.size());
-    SystemDescriptor connected(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
-    const auto *const where = reinterpret_cast<const sockaddr *>(&address);
-    return connected && connect(connected.Get(), where, sizeof address) == 0 ? std::move(connected)
-                                                                             : SystemDescriptor();
-}
 
 } // namespace
 
@@ -54,8 +31,28 @@ void LetGoOfKeyboard(wl_keyboard *keyboard) {
     }
 }
 
+// The library's own way would wait for a compositor that does not accept.
+SystemDescriptor ConnectedToWayland() {
+    const char *const display = std::getenv("WAYLAND_DISPLAY");
+    const char *const folder = std::getenv("XDG_RUNTIME_DIR");
+    if (display == nullptr || *display == '\0' || (*display != '/' && folder == nullptr)) {
+        return {};
+    }
+    const std::string path = *display == '/' ? std::string(display) : std::string(folder) + '/' + display;
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    if (path.size() >= sizeof address.sun_path) {
+        return {};
+    }
+    path.copy(address.sun_path, path.size());
+    SystemDescriptor connected(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+    const auto *const where = reinterpret_cast<const sockaddr *>(&address);
+    return connected && connect(connected.Get(), where, sizeof address) == 0 ? std::move(connected)
+                                                                             : SystemDescriptor();
+}
+
 WaylandDisplay ConnectToWayland() {
-    SystemDescriptor connected = ConnectedSocket();
+    SystemDescriptor connected = ConnectedToWayland();
     return WaylandDisplay(connected ? wl_display_connect_to_fd(connected.Release()) : nullptr);
 }
 

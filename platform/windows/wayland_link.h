@@ -1,6 +1,8 @@
 // What the Wayland clients of this folder share. For its other files.
 #pragma once
 
+#include "platform/files/owners.h"
+
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -28,6 +30,8 @@ using WaylandDisplay = WaylandOwner<wl_display, wl_display_disconnect>;
 using WaylandSeat = WaylandOwner<wl_seat, LetGoOfSeat>;
 using WaylandKeyboard = WaylandOwner<wl_keyboard, LetGoOfKeyboard>;
 
+// A socket that is connected to the compositor of $WAYLAND_DISPLAY, if there is one. It does not block.
+[[nodiscard]] SystemDescriptor ConnectedToWayland();
 // A connection to the compositor of $WAYLAND_DISPLAY, without waiting for it; null where there is none.
 [[nodiscard]] WaylandDisplay ConnectToWayland();
 
