@@ -6,6 +6,7 @@
 
 #include <cstdlib>
 #include <string_view>
+#include <utility>
 
 namespace drevix {
 namespace {
@@ -19,13 +20,9 @@ std::string_view Setting(const char *name) {
 
 std::unique_ptr<Desktop> OpenDesktop(std::string *problem) {
     // X clients of a Wayland session are only some of its windows.
-    if (const std::string_view compositor = Setting("WAYLAND_DISPLAY"); !compositor.empty()) {
+    if (!Setting("WAYLAND_DISPLAY").empty()) {
         std::unique_ptr<Desktop> desktop = OpenWlrootsDesktop();
-        if (desktop == nullptr && (desktop = OpenUinputDesktop(problem)) == nullptr) {
-            *problem = "the Wayland compositor of WAYLAND_DISPLAY=" + std::string(compositor) +
-                       " takes no keys from programs, and " + *problem + "; see DrevixHelper(1)";
-        }
-        return desktop;
+        return desktop != nullptr ? std::move(desktop) : OpenUinputDesktop(problem);
     }
     if (Setting("DISPLAY").empty()) {
         *problem = "neither WAYLAND_DISPLAY nor DISPLAY is set";

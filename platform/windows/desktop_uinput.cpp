@@ -132,7 +132,10 @@ std::unique_ptr<Desktop> OpenUinputDesktop(std::string *problem) {
     }
     SystemDescriptor keyboard(open(kMaker, O_WRONLY | O_NONBLOCK | O_CLOEXEC));
     if (!keyboard || !MakeKeyboard(keyboard.Get())) {
-        *problem = std::string("no keyboard can be made by ") + kMaker + ": " + std::strerror(errno);
+        *problem =
+            std::string(
+                "the Wayland compositor takes no keys from programs, and no keyboard can be made by ") +
+            kMaker + ": " + std::strerror(errno) + "; see DrevixHelper(1)";
         return nullptr;
     }
     return MakeUinputDesktop(std::move(keyboard), std::move(compositor));
