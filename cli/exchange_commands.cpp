@@ -5,6 +5,7 @@
 #include "cli/session.h"
 #include "document/file_stamp.h"
 #include "platform/base/plain_text.h"
+#include "platform/files/kept_bytes.h"
 #include "platform/plist/json.h"
 #include "settings/prefs_dictionary.h"
 #include "settings/prefs_list.h"
@@ -80,6 +81,14 @@ void SayImported(const Request &request, const ImportCounts &counts) {
     }
 }
 
+// After an export that failed.
+std::string WhatIsLeft(const std::string &path) {
+    const std::string kept = FindKeptCopy(path);
+    return kept.empty() ? "the file was not changed"
+                        : "what it held before is kept in " + kept +
+                              " and comes back with the next drevixctl command that can write it";
+}
+
 } // namespace
 
 Outcome ExportRecords(const Request &request) {
@@ -110,7 +119,7 @@ Outcome ExportRecords(const Request &request) {
     auto next = records.begin();
     const OSErr status = WriteAppPrefsFile(path, [&] { return next == records.end() ? nullptr : *next++; });
     if (status != noErr) {
-        return FailedNewFile(path, status, "the file was not changed");
+        return FailedNewFile(path, status, WhatIsLeft(path));
     }
     if (request.line.json) {
         PropertyListDictionary result;

@@ -5,6 +5,7 @@
 #include "helperlink/driver_messages.h"
 #include "platform/base/log.h"
 #include "platform/catalog/named_files.h"
+#include "platform/files/kept_bytes.h"
 #include "settings/prefs_list.h"
 
 #include <algorithm>
@@ -123,6 +124,7 @@ SettingsDocument::Reading SettingsDocument::Read(RefusedFile refused) const {
 }
 
 OpenResult SettingsDocument::Open(Access access) try {
+    MendFilesCutShort();
     const OSErr found = Locate();
     Reading reading = Read(access == Access::Change ? RefusedFile::KeepAside : RefusedFile::LeaveAlone);
     if (found != noErr && !IsMissing(found)) {

@@ -23,7 +23,7 @@ namespace drevix {
 
 // What a program may do to the file.
 enum class Access : std::uint8_t {
-    Read,   // never writes, not even a copy of a damaged file
+    Read,   // never writes the file, not even a copy of a damaged one
     Change, // copies a damaged file aside at once, so that a save may replace it
 };
 
@@ -73,7 +73,8 @@ class SettingsDocument {
     // The same, but treats any file as a named one, even the user's own.
     void UseFileAlone(std::string path);
 
-    // Reads the file into a new base: repaired, sorted, a global record first, with missing factory records
+    // Restores files whose in-place write a crash cut short ("platform/files/kept_bytes.h"), then
+    // reads the file into a new base: repaired, sorted, a global record first, with missing factory records
     // added and, for the user's own file, the companion's menu entries. A missing or damaged file gives the
     // factory settings. On failure base, edits and stamp stay as they were, except that a first call leaves
     // an empty base. Opening again drops unsaved edits (Revert).

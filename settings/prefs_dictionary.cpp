@@ -1,6 +1,7 @@
 #include "settings/prefs_dictionary.h"
 
 #include "platform/base/status.h"
+#include "platform/files/kept_bytes.h"
 #include "settings/device_keys.h"
 #include "settings/pascal_strings.h"
 
@@ -169,6 +170,7 @@ bool GetAppPrefsFromDictionary(AppPrefs *prefs, const PropertyListDictionary &di
 OSErr ReadAppPrefsFile(const std::string &path, const AppPrefsHandler &handler, PropertyListProblem *problem,
                        std::size_t *skipped) try {
     std::size_t withoutMemory = 0;
+    MendFilesCutShort(); // an export that was cut short among them
     Records records;
     const auto collect = [&](const PropertyList &element) {
         withoutMemory += Collect(element, records) ? 0 : 1;

@@ -29,7 +29,8 @@ using AppPrefsHandler = std::function<void(const AppPrefs &record)>;
                                      PropertyListProblem *problem = nullptr, std::size_t *skipped = nullptr);
 
 // Writes records to a file, in place, as an XML property list. `next` returns one record at a time, then
-// null. noErr; memFullErr or the file's error with the old file unchanged.
+// null. noErr; memFullErr or the file's error. The old file is then unchanged, or FindKeptCopy
+// ("platform/files/kept_bytes.h") names the copy of its old bytes.
 [[nodiscard]] OSErr WriteAppPrefsFile(const std::string &path, const std::function<const AppPrefs *()> &next);
 
 } // namespace drevix

@@ -2,7 +2,10 @@
 
 #include "platform/base/status.h"
 #include "platform/files/disk.h"
+#include "platform/files/kept_bytes.h"
 #include "platform/files/paths.h"
+#include "platform/files/shared_file.h"
+#include "platform/files/temporary_file.h"
 #include "platform/files/user_lock.h"
 
 #include <array>
@@ -13,7 +16,6 @@
 #include <fcntl.h>
 #include <limits>
 #include <new>
-#include <tuple>
 #include <unistd.h>
 #include <utility>
 
@@ -26,6 +28,8 @@ constexpr int kMostKept = 1000;                           // numbered copies bes
 constexpr std::chrono::milliseconds kLongestUpdate{1000}; // of another program with the same file
 constexpr std::size_t kChunk = std::size_t{1} << 20;
 constexpr std::int64_t kMostInMemory = std::numeric_limits<std::int32_t>::max();
+
+constexpr mode_t kStageMode = 0600;
 
 OSErr WriteAll(FileRef file, const void *bytes, std::size_t count) {
     IOParam transfer = {file, const_cast<void *>(bytes), static_cast<std::int32_t>(count), 0, fsAtMark, 0};
@@ -132,11 +136,12 @@ OSErr FileUpdate::Open(const std::string &path, UpdateMethod method, const std::
     if (path.empty() || path.find('\0') != std::string::npos) {
         return bdNamErr;
     }
-    fExisted = false;
-    if (method == UpdateMethod::Replace) {
-        if (const OSErr status = FollowLinks(path, &fTarget); status != noErr) {
-            return status;
-        }
+    if (const OSErr status = FollowLinks(path, &fTarget); status != noErr) {
+        return status;
+    }
+    struct stat found {};
+    fExisted = CurrentDisk().StatusAt(fTarget.c_str(), &found) == 0 || errno != ENOENT;
+    if (method == UpdateMethod::Replace || !fExisted) {
         const OSErr status = OpenBeside(modeOf);
         // A folder that takes no new file may still hold a file that can be written. Other failures, a full
         // disk above all, would hit the old file just the same, and harder.
@@ -145,7 +150,6 @@ OSErr FileUpdate::Open(const std::string &path, UpdateMethod method, const std::
             return status;
         }
     }
-    fTarget = path;
     return OpenInPlace();
 } catch (const std::bad_alloc &) {
     Discard();
@@ -231,43 +235,53 @@ OSErr FileUpdate::MakeBeside(DiskDescriptor *result) {
 }
 
 OSErr FileUpdate::OpenInPlace() {
-    Disk &disk = CurrentDisk();
-    DiskDescriptor descriptor(disk.Open(fTarget.c_str(), O_RDWR | O_NOCTTY, 0));
-    fExisted = descriptor || errno != ENOENT;
-    if (!fExisted) {
-        descriptor.Reset(disk.Open(fTarget.c_str(), O_RDWR | O_CREAT | O_NOCTTY, kNewFileMode));
-    }
-    if (!descriptor) {
+    DiskDescriptor descriptor(CurrentDisk().Open(fTarget.c_str(), O_RDWR | O_NOCTTY, 0));
+    struct stat opened {};
+    if (!descriptor || CurrentDisk().StatusOf(descriptor.Get(), &opened) != 0) {
         return LastError();
     }
-    struct stat opened {};
-    OSErr status = disk.StatusOf(descriptor.Get(), &opened) == 0 ? noErr : LastError();
+    return S_ISREG(opened.st_mode) ? OpenStage()
+                                   : AdoptDescriptor(descriptor.Release(), fsRdWrPerm, fFile.Out());
+}
+
+// Without a name the file is gone when the program is.
+OSErr FileUpdate::OpenStage() {
+    std::string folder;
+    std::string stage;
+    DiskDescriptor opened;
+    OSErr status = KeptFolder(kCreateFolder, &folder);
     if (status == noErr) {
-        status = AdoptDescriptor(descriptor.Release(), fsRdWrPerm, fFile.Out());
-    }
-    if (status != noErr || !S_ISREG(opened.st_mode)) {
-        if (!fExisted) {
-            disk.Remove(fTarget.c_str());
-        }
-        return status;
-    }
-    status = fExisted ? ReadRest(File(), &fOldBytes) : noErr;
-    fRestorable = status == noErr;
-    if (status == noErr) {
-        status = SetEOF(File(), 0);
+        status = MakeTemporaryFile(folder, {}, kStageSuffix, kStageMode, &stage, &opened);
     }
     if (status != noErr) {
-        Discard();
+        return status;
     }
+    CurrentDisk().Remove(stage.c_str());
+    status = AdoptDescriptor(opened.Release(), fsRdWrPerm, fFile.Out());
+    fIsStaged = status == noErr;
     return status;
+}
+
+OSErr FileUpdate::CommitStage() {
+    std::string bytes;
+    OSErr status = SetFPos(File(), fsFromStart, 0);
+    if (status == noErr) {
+        status = ReadRest(File(), &bytes);
+    }
+    return status == noErr ? WriteSharedFile(fTarget, bytes) : status;
 }
 
 OSErr FileUpdate::Commit() try {
     if (!fFile) {
         return rfNumErr;
     }
+    if (fIsStaged) {
+        const OSErr status = CommitStage();
+        Discard();
+        return status;
+    }
     OSErr status = PBFlushFileSync(File());
-    if (status == paramErr && !fRestorable && fBeside.empty()) {
+    if (status == paramErr && fBeside.empty()) {
         status = noErr; // a device or pipe cannot be flushed (fsync(2), EINVAL)
     }
     const bool renames = !fBeside.empty();
@@ -279,7 +293,6 @@ OSErr FileUpdate::Commit() try {
         return status;
     }
     fBeside.clear();
-    fRestorable = false;
     status = renames ? FlushFolder(FolderOfPath(fTarget)) : noErr;
     Discard();
     return status;
@@ -288,25 +301,14 @@ OSErr FileUpdate::Commit() try {
     return memFullErr;
 }
 
-// Lets go of the file; what was not committed is undone first.
+// Lets go of the file; what was not committed goes.
 void FileUpdate::Discard() {
-    if (fRestorable && fExisted) {
-        // Nobody is left to tell when the old bytes cannot be put back: the caller already has the first
-        // failure.
-        std::ignore = SetFPos(File(), fsFromStart, 0);
-        std::ignore = WriteAll(File(), fOldBytes.data(), fOldBytes.size());
-        std::ignore = SetEOF(File(), static_cast<std::int64_t>(fOldBytes.size()));
-        std::ignore = PBFlushFileSync(File());
-    }
     if (!fBeside.empty()) {
         CurrentDisk().Remove(fBeside.c_str());
-    } else if (fRestorable && !fExisted) {
-        CurrentDisk().Remove(fTarget.c_str());
     }
     fFile.Reset();
     fBeside.clear();
-    fOldBytes.clear();
-    fRestorable = false;
+    fIsStaged = false;
 }
 
 OSErr ReplaceWholeFile(const std::string &path, std::string_view bytes, const std::string &modeOf) {

@@ -14,8 +14,9 @@ enum class UpdateMethod {
     // owner are kept. Where the folder cannot be written, or the owner could not be kept, but the file can be
     // written, it is done in place.
     Replace,
-    // The file itself is written; its old bytes are kept in memory until the commit and put back when it does
-    // not come.
+    // The file itself is written, at the commit, by "WriteSharedFile": its old bytes are kept in the user's state
+    // folder until the new ones are on the disk. The new ones wait in a file there that has no name. Where there is
+    // no file yet, one is made as with Replace.
     InPlace,
 };
 
@@ -34,29 +35,30 @@ class FileUpdate {
     // may, notAFileErr, dirNFErr, ...; fBsyErr when another program holds the same file's update for longer
     // than a second. A device or pipe is written directly, and cannot be put back. A new file that replaces
     // none has the mode of the file at `modeOf`, if given, before anything is written to it, else the user's
-    // default.
+    // default. Where nothing can be put into the state folder, a file to be written in place is refused.
     [[nodiscard]] OSErr Open(const std::string &path, UpdateMethod method, const std::string &modeOf = {});
 
     // The empty file to write to, for reading too; 0 before Open. Belongs to the update: do not close it.
     [[nodiscard]] FileRef File() const { return fFile.Get(); }
 
-    // Flushes what was written and makes it the file. On failure the old file is back, but for a folder that
-    // could not be flushed after the rename: then the new one is in place and its safety against a power cut
-    // is not known.
+    // Flushes what was written and makes it the file. On failure the old file is back, but for two cases. When a
+    // folder could not be flushed after the rename, the new one is in place and its safety against a power cut is
+    // not known. When the old bytes could not be written back in place, "FindKeptCopy" says where they are.
     [[nodiscard]] OSErr Commit();
 
   private:
     OSErr OpenBeside(const std::string &modeOf);
     OSErr MakeBeside(DiskDescriptor *result);
     OSErr OpenInPlace();
+    OSErr OpenStage();
+    OSErr CommitStage();
     void Discard();
 
     std::string fTarget; // where the file lies; links followed when it is to be replaced
     std::string fBeside; // the new file beside it; empty when writing in place
-    std::string fOldBytes;
     OwnedFile fFile;
     bool fExisted = false;
-    bool fRestorable = false; // fOldBytes can be put back
+    bool fIsStaged = false; // fFile is to be written over fTarget
 };
 
 // The whole file at a path. memFullErr when it does not fit in memory, else as OpenFile and FSRead.

@@ -1,6 +1,7 @@
 #include "platform/files/shared_file.h"
 
 #include "platform/base/status.h"
+#include "platform/files/kept_bytes.h"
 #include "platform/files/owners.h"
 
 #include <algorithm>
@@ -9,7 +10,6 @@
 #include <fcntl.h>
 #include <limits>
 #include <new>
-#include <tuple>
 #include <utility>
 
 namespace drevix {
@@ -19,8 +19,14 @@ constexpr OSErr kUnfit = -1;          // too long, or no regular file
 constexpr mode_t kNewFileMode = 0666; // less the user's umask
 constexpr std::size_t kMostOldBytes = std::numeric_limits<std::int32_t>::max() - 1;
 
+struct OpenedFile {
+    std::string path;
+    int descriptor = -1; // of `file`
+    OwnedFile file;
+};
+
 // Opens a regular file without waiting for the other end of a pipe.
-OSErr OpenRegular(const std::string &path, Permission permission, OwnedFile *file) {
+OSErr OpenRegular(const std::string &path, Permission permission, OpenedFile *result) {
     if (path.find('\0') != std::string::npos) {
         return bdNamErr;
     }
@@ -31,7 +37,12 @@ OSErr OpenRegular(const std::string &path, Permission permission, OwnedFile *fil
     if (!opened || disk.StatusOf(opened.Get(), &found) != 0) {
         return LastError();
     }
-    return S_ISREG(found.st_mode) ? AdoptDescriptor(opened.Release(), permission, file->Out()) : kUnfit;
+    if (!S_ISREG(found.st_mode)) {
+        return kUnfit;
+    }
+    result->path = path;
+    result->descriptor = opened.Get();
+    return AdoptDescriptor(opened.Release(), permission, result->file.Out());
 }
 
 OSErr ReadAll(FileRef file, std::size_t most, std::string *bytes) try {
@@ -77,8 +88,8 @@ OSErr Cut(FileRef file, std::size_t length) {
 // The new bytes first come whole behind the old ones: a disk without room for them says so before the old ones
 // are touched, and while these are being replaced, by a mixture of both that could look like a file as it should
 // be, what stands behind it shows that it is none.
-OSErr WriteOver(FileRef file, const std::string &old, std::string_view bytes) {
-    OSErr status = old.empty() ? noErr : WriteThrough(file, std::max(old.size(), bytes.size()), bytes);
+OSErr WriteOver(FileRef file, std::string_view old, std::string_view bytes) {
+    OSErr status = WriteThrough(file, OffsetOfCopy(old, bytes), bytes);
     if (status == noErr) {
         status = WriteThrough(file, 0, bytes);
     }
@@ -86,15 +97,32 @@ OSErr WriteOver(FileRef file, const std::string &old, std::string_view bytes) {
     return status == noErr ? Cut(file, bytes.size()) : status;
 }
 
-OSErr Replace(FileRef file, const std::string &old, std::string_view bytes) {
-    if (old == bytes) {
-        return WriteFrom(file, 0, bytes);
+OSErr PutBack(FileRef file, std::string_view old) {
+    const OSErr status = WriteThrough(file, 0, old);
+    return status == noErr ? Cut(file, old.size()) : status;
+}
+
+// Writes the bytes over those of an open file. A copy that could not be put back stays for the next program.
+OSErr Replace(const OpenedFile &opened, std::string_view bytes) {
+    KeptBytes kept;
+    OSErr status = kept.TakeTurn();
+    std::string old; // read only now: what another program had left may have been put right just before
+    if (status == noErr) {
+        status = ReadAll(opened.file.Get(), kMostOldBytes, &old);
     }
-    const OSErr status = WriteOver(file, old, bytes);
     if (status != noErr) {
-        // Nobody is left to tell when the old bytes cannot be put back: the caller already has the first failure.
-        std::ignore = WriteFrom(file, 0, old);
-        std::ignore = Cut(file, old.size());
+        return status;
+    }
+    if (old == bytes) {
+        return WriteFrom(opened.file.Get(), 0, bytes);
+    }
+    status = kept.Keep(opened.path, opened.descriptor, old, bytes);
+    if (status != noErr) {
+        return status;
+    }
+    status = WriteOver(opened.file.Get(), old, bytes);
+    if (status == noErr || PutBack(opened.file.Get(), old) == noErr) {
+        kept.Drop();
     }
     return status;
 }
@@ -102,32 +130,30 @@ OSErr Replace(FileRef file, const std::string &old, std::string_view bytes) {
 } // namespace
 
 OSErr ReadSharedFile(const std::string &path, std::size_t most, std::string *bytes) {
-    OwnedFile file;
-    const OSErr status = OpenRegular(path, fsRdPerm, &file);
-    return status == noErr ? ReadAll(file.Get(), most, bytes) : status;
+    OpenedFile opened;
+    const OSErr status = OpenRegular(path, fsRdPerm, &opened);
+    return status == noErr ? ReadAll(opened.file.Get(), most, bytes) : status;
 }
 
 OSErr WriteSharedFile(const std::string &path, std::string_view bytes) {
-    Disk &disk = CurrentDisk();
-    OwnedFile file;
-    OSErr status = OpenRegular(path, fsRdWrPerm, &file);
-    const bool isNew = status == fnfErr;
-    if (isNew) {
-        const DiskDescriptor made(disk.Open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL, kNewFileMode));
+    OpenedFile opened;
+    OSErr status = OpenRegular(path, fsRdWrPerm, &opened);
+    if (status != fnfErr) {
+        return status == noErr ? Replace(opened, bytes) : status;
+    }
+    {
+        const DiskDescriptor made(
+            CurrentDisk().Open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL, kNewFileMode));
+        status = made ? OpenRegular(path, fsRdWrPerm, &opened) : LastError();
         if (!made) {
-            return LastError();
+            return status;
         }
-        status = OpenRegular(path, fsRdWrPerm, &file);
-    }
-    std::string old;
-    if (status == noErr) {
-        status = ReadAll(file.Get(), kMostOldBytes, &old);
     }
     if (status == noErr) {
-        status = Replace(file.Get(), old, bytes);
+        status = WriteThrough(opened.file.Get(), 0, bytes);
     }
-    if (status != noErr && isNew && old.empty()) {
-        disk.Remove(path.c_str());
+    if (status != noErr) {
+        CurrentDisk().Remove(path.c_str());
     }
     return status;
 }

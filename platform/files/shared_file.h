@@ -13,10 +13,12 @@ namespace drevix {
 // waited for); fBsyErr when it grew meanwhile; memFullErr; or the file's error.
 [[nodiscard]] OSErr ReadSharedFile(const std::string &path, std::size_t most, std::string *bytes);
 
-// Writes the bytes to the file itself, so that its links, owner and mode stay, or makes it. Killed at any point,
-// or cut off from power, the file holds the old bytes or the new ones whole, with others before or behind them
-// until all is done. noErr, or the file's error; after a failure its old bytes and length are back. A file that
-// holds these very bytes is written over them, and at no moment holds anything else.
+// Writes the bytes to the file itself, so that its links, owner and mode stay, or makes it. Before the first byte its
+// old ones are kept in the user's state folder ("platform/files/kept_bytes.h"), so what is not done to the end, by a
+// death or a power cut, is put right by the next program. noErr; fBsyErr while another program of ours writes a file so
+// for longer than a second; or the file's error. After a failure the old bytes are back, or FindKeptCopy says where
+// they are; without room for that copy nothing is touched. A file that holds these very bytes is written over them, and
+// at no moment holds anything else.
 [[nodiscard]] OSErr WriteSharedFile(const std::string &path, std::string_view bytes);
 
 } // namespace drevix

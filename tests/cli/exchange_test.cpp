@@ -2,6 +2,7 @@
 
 #include "cli/file_check.h"
 #include "cli/session.h"
+#include "platform/files/kept_bytes.h"
 #include "settings/device_prefs.h"
 #include "settings/pascal_strings.h"
 #include "settings/prefs_dictionary.h"
@@ -64,6 +65,29 @@ TEST_F(Exchange, ExistingRecords_AreLeftAndNamedUnlessReplaced) {
               "{\n  \"added\": 0,\n  \"replaced\": 1,\n  \"left\": []\n}\n");
     EXPECT_EQ(Record("Painter").device[0].navSpeed, 77);
     EXPECT_EQ(Record("Painter").factory, 1) << "an import makes no factory record the user's";
+}
+
+// A full disk once destroyed the file that an export was to replace, and "the file was not changed" was said.
+TEST_F(Exchange, FailedExport_LeavesTheFileOrNamesItsCopy) {
+    const std::string path = fFolder.Path("out.veltrana");
+    const std::string before(20'000, 'o');
+    int named = 0;
+    ForEachFault(20, [&](int failAt, Lasts lasts) {
+        WriteWhole(path, before);
+        Result run{};
+        const bool wasHit = MeetsFault(failAt, lasts, ENOSPC, [&] { run = Run("export --all " + path); });
+        const std::string kept = FindKeptCopy(path);
+        if (run.status != ExitStatus::Done && ReadWhole(path) != before) {
+            EXPECT_THAT(run.err, HasSubstr("what it held before is kept in " + kept + " and"));
+            EXPECT_TRUE(!kept.empty() && ReadWhole(kept) == before) << failAt;
+            ++named;
+        }
+        Run("list"); // puts right what is left
+        EXPECT_TRUE(FindKeptCopy(path).empty());
+        EXPECT_TRUE(ReadWhole(path) == before || ReadWhole(path).ends_with("</plist>\n")) << failAt;
+        return wasHit;
+    });
+    EXPECT_GT(named, 0) << "no fault reached the writing";
 }
 
 // Refuses two requests one after the other: after one alone a block asks for less, and gets it.

@@ -21,6 +21,7 @@ class Fault {
     [[nodiscard]] int Calls() const { return fCalls; }
 
   protected:
+    [[nodiscard]] bool IsAtFault() const { return fCalls == fFailAt; }
     Fault(int failAt, Lasts lasts) : fFailAt(failAt), fLasts(lasts) {}
     bool IsNext() {
         ++fCalls;
@@ -58,6 +59,8 @@ class FaultyDisk : public Disk, public Fault {
     ~FaultyDisk() override { SetDisk(fBefore); }
     // Called instead of failing, when set; for a process that is to die at its n-th call.
     std::function<void()> onFault;
+    // Called, when set, after half of the bytes of the transfer that meets the fault have been moved.
+    std::function<void()> onHalf;
 
     int Open(const char *path, int flags, mode_t mode) override {
         return Fails() ? -1 : Disk::Open(path, flags, mode);
@@ -66,7 +69,15 @@ class FaultyDisk : public Disk, public Fault {
         return Moves(&count) ? Disk::ReadAt(fd, bytes, count, offset) : -1;
     }
     ssize_t WriteAt(int fd, const void *bytes, std::size_t count, off_t offset) override {
-        return Moves(&count) ? Disk::WriteAt(fd, bytes, count, offset) : -1;
+        if (!Moves(&count)) {
+            return -1;
+        }
+        const bool isHalf = IsAtFault() && onHalf;
+        const ssize_t moved = Disk::WriteAt(fd, bytes, count, offset);
+        if (isHalf) {
+            onHalf();
+        }
+        return moved;
     }
     int SetSize(int fd, off_t size) override { return Fails() ? -1 : Disk::SetSize(fd, size); }
     int Flush(int fd) override { return Fails() ? -1 : Disk::Flush(fd); }

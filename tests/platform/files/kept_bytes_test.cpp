@@ -1,0 +1,194 @@
+#include "platform/files/kept_bytes.h"
+
+#include "platform/base/status.h"
+#include "platform/files/file_update.h"
+#include "platform/files/owners.h"
+#include "platform/files/shared_file.h"
+#include "tests/support/faults.h"
+#include "tests/support/scratch.h"
+
+#include <gtest/gtest.h>
+
+#include <fcntl.h>
+#include <filesystem>
+#include <sys/wait.h>
+#include <tuple>
+#include <unistd.h>
+
+namespace drevix {
+namespace {
+
+namespace fs = std::filesystem;
+using test::Lasts;
+using test::ReadWhole;
+using test::ScratchFolder;
+using test::WriteWhole;
+
+using Names = std::vector<std::string>;
+using Writing = OSErr (*)(const std::string &path, const std::string &bytes);
+
+OSErr WriteAsExport(const std::string &path, const std::string &bytes) {
+    FileUpdate update;
+    OSErr status = update.Open(path, UpdateMethod::InPlace);
+    if (status == noErr) {
+        std::string text = bytes;
+        IOParam transfer = {
+            update.File(), text.data(), static_cast<std::int32_t>(text.size()), 0, fsAtMark, 0};
+        status = PBWriteSync(&transfer);
+    }
+    return status == noErr ? update.Commit() : status;
+}
+
+OSErr WriteAsHotKeys(const std::string &path, const std::string &bytes) {
+    return WriteSharedFile(path, bytes);
+}
+
+// Text of this many bytes, of which no two neighbours are alike.
+std::string Text(std::size_t size, int seed) {
+    std::string text(size, '\0');
+    for (std::size_t i = 0; i < size; ++i) {
+        text[i] = static_cast<char>('!' + (i * 7 + static_cast<std::size_t>(seed)) % 90);
+    }
+    return text;
+}
+
+struct Texts {
+    std::string old;
+    std::string bytes;
+};
+const Texts kTexts[] = {{Text(3000, 1), Text(5000, 2)}, {Text(5000, 1), Text(700, 2)}};
+
+class KeptBytesTest : public testing::TestWithParam<Writing> {
+  protected:
+    std::string KeptFolder() { return fScratch.Path("state/com.halcyra.drevix/kept"); }
+    void ExpectNothingKept() {
+        if (fs::exists(KeptFolder())) {
+            EXPECT_EQ(ScratchFolder::Names(KeptFolder()), Names{});
+        }
+    }
+
+    ScratchFolder fScratch;
+    std::string fPath = fScratch.Path("file");
+};
+INSTANTIATE_TEST_SUITE_P(Writers, KeptBytesTest, testing::Values(WriteAsExport, WriteAsHotKeys));
+
+// With a disk full for good, 33 of 40 exports once lost the file they were to replace.
+TEST_P(KeptBytesTest, EveryFault_LeavesTheOldBytesWhereItIsSaid) {
+    for (const Texts &texts : kTexts) {
+        test::ForEachFault(8, [&](int failAt, Lasts lasts) {
+            WriteWhole(fPath, texts.old);
+            OSErr status = noErr;
+            std::string kept;
+            const bool wasHit =
+                test::MeetsFault(failAt, lasts, ENOSPC, [&] { status = GetParam()(fPath, texts.bytes); });
+            kept = FindKeptCopy(fPath);
+            if (kept.empty()) {
+                EXPECT_TRUE(ReadWhole(fPath) == (status == noErr ? texts.bytes : texts.old)) << failAt;
+            } else {
+                EXPECT_NE(status, noErr);
+                EXPECT_TRUE(ReadWhole(kept) == texts.old) << failAt;
+            }
+            MendFilesCutShort();
+            // Of a file that is whole, the last flush may be what failed.
+            const bool isNew = ReadWhole(fPath) == texts.bytes;
+            EXPECT_TRUE(isNew ? status == noErr || !kept.empty() : ReadWhole(fPath) == texts.old) << failAt;
+            ExpectNothingKept();
+            return wasHit;
+        });
+    }
+}
+
+// The process dies before its n-th call, or in the middle of its n-th transfer.
+TEST_P(KeptBytesTest, Death_IsPutRightByTheNextProgram) {
+    for (const Texts &texts : kTexts) {
+        for (const int error : {0, ENOSPC}) {
+            int result = 1;
+            for (int dieAt = 1; result != 0; ++dieAt) {
+                WriteWhole(fPath, texts.old);
+                const pid_t child = ::fork();
+                if (child == 0) {
+                    test::FaultyDisk disk(dieAt, Lasts::Once, error);
+                    (error != 0 ? disk.onFault : disk.onHalf) = [] { ::_exit(1); };
+                    std::ignore = GetParam()(fPath, texts.bytes);
+                    ::_exit(disk.WasHit() ? 1 : 0);
+                }
+                ::waitpid(child, &result, 0);
+                MendFilesCutShort();
+                const std::string now = ReadWhole(fPath);
+                EXPECT_TRUE(now == texts.bytes || now == texts.old) << dieAt << " " << now.size();
+                ExpectNothingKept();
+            }
+            EXPECT_TRUE(ReadWhole(fPath) == texts.bytes);
+        }
+    }
+}
+
+// Leaves a file as a death in the middle of the writing does, with its kept copy.
+void CutShort(const std::string &path, const Texts &texts) {
+    const pid_t child = ::fork();
+    if (child == 0) {
+        KeptBytes kept;
+        const DiskDescriptor file(CurrentDisk().Open(path.c_str(), O_RDWR, 0));
+        std::ignore = kept.TakeTurn();
+        std::ignore = kept.Keep(path, file.Get(), texts.old, texts.bytes);
+        ::_exit(::pwrite(file.Get(), texts.bytes.data(), texts.bytes.size(),
+                         static_cast<off_t>(OffsetOfCopy(texts.old, texts.bytes))) > 0
+                    ? 0
+                    : 1);
+    }
+    ::waitpid(child, nullptr, 0);
+}
+
+TEST_F(KeptBytesTest, FileWrittenSince_IsLeftAloneAndItsCopyStays) {
+    const Texts texts = kTexts[0];
+    const std::string cut = texts.old + std::string(2000, '\0') + texts.bytes;
+    struct Row {
+        std::string now;
+        bool isReplaced;
+        Names left;
+    };
+    for (const Row &row :
+         {Row{"of another", false, {".old"}}, Row{cut + "more", false, {".old"}}, Row{cut, true, {".old"}},
+          Row{texts.old, false, {}}, Row{texts.bytes, false, {}}}) {
+        WriteWhole(fPath, texts.old);
+        CutShort(fPath, texts);
+        ASSERT_EQ(ReadWhole(fPath), cut);
+        WriteWhole(row.isReplaced ? fScratch.Path("other") : fPath, row.now);
+        if (row.isReplaced) {
+            fs::rename(fScratch.Path("other"), fPath);
+        }
+        MendFilesCutShort();
+        EXPECT_EQ(ReadWhole(fPath), row.now);
+        Names left;
+        for (const std::string &name : ScratchFolder::Names(KeptFolder())) {
+            left.push_back(name.substr(16));
+            EXPECT_EQ(ReadWhole(KeptFolder() + "/" + name), texts.old);
+        }
+        EXPECT_EQ(left, row.left);
+        fs::remove_all(KeptFolder());
+    }
+}
+
+// What cannot be reached now may come back.
+TEST_F(KeptBytesTest, FileThatIsAway_IsMendedWhenItIsBack) {
+    WriteWhole(fPath, kTexts[0].old);
+    CutShort(fPath, kTexts[0]);
+    fs::rename(fPath, fScratch.Path("away"));
+    MendFilesCutShort();
+    fs::rename(fScratch.Path("away"), fPath);
+    MendFilesCutShort();
+    EXPECT_EQ(ReadWhole(fPath), kTexts[0].old);
+    ExpectNothingKept();
+}
+
+TEST_P(KeptBytesTest, NoRoomForTheCopy_TouchesNothing) {
+    WriteWhole(fPath, "old");
+    const fs::file_time_type before = fs::last_write_time(fPath);
+    WriteWhole(fScratch.Path("state"), "a file where the folder should be");
+    EXPECT_NE(GetParam()(fPath, "new"), noErr);
+    EXPECT_EQ(ReadWhole(fPath), "old");
+    EXPECT_EQ(fs::last_write_time(fPath), before);
+}
+
+} // namespace
+} // namespace drevix
