@@ -88,6 +88,33 @@ std::optional<KorvaneHotKeyList> ListFromXml(const XmlNode &root) {
     return list;
 }
 
+// Whether the bytes are a hotkey file whole, and its list.
+std::optional<KorvaneHotKeyList> StrictList(std::string_view bytes) {
+    XmlDocument document;
+    if (ThrowIfMemoryFull(ParseXmlDocument(bytes, XmlReading::Strict, &document)) != noErr) {
+        return std::nullopt;
+    }
+    return ListFromXml(document.root);
+}
+
+// The text of our own that a write of ours which was cut short has left in a file beside the old one: new bytes once
+// came behind the old ones before they were written over them, and no copy was kept. What stands behind is taken when
+// it came there whole, for the old bytes may be touched then; else what stands before it, if that is whole.
+std::optional<KorvaneHotKeyList> ListOfCutShortFile(std::string_view bytes) {
+    const std::string head = KorvaneFileText({});
+    const std::string_view declaration = std::string_view(head).substr(0, head.find('\n') + 1);
+    const std::size_t second = bytes.rfind(declaration);
+    if (second == bytes.npos || second == 0) {
+        return std::nullopt;
+    }
+    const std::string_view behind = bytes.substr(second);
+    auto list = StrictList(behind);
+    if (list && KorvaneFileText(*list) == behind) {
+        return list;
+    }
+    return StrictList(bytes.substr(0, bytes.find_last_not_of('\0', second - 1) + 1));
+}
+
 } // namespace
 
 std::string KorvaneHotKey::Text(KorvaneKey key) const {
@@ -143,10 +170,14 @@ std::optional<KorvaneHotKeyList> ParseKorvaneFile(std::string bytes, bool *isWel
     };
     *isWellFormed = parse(XmlReading::Strict);
     if (!*isWellFormed && !parse(XmlReading::Recovering)) {
-        return std::nullopt;
+        document = {};
     }
     auto list = ListFromXml(document.root);
-    if (list) {
+    auto mended = *isWellFormed ? std::nullopt : ListOfCutShortFile(bytes);
+    if (mended) {
+        list = std::move(mended);
+        list->bytes = std::move(bytes);
+    } else if (list) {
         // A missing end tag in a damaged file can nest a hotkey in the one before it.
         list->isPartial =
             !document.isWhole || (!*isWellFormed && list->HotKeys.size() < CountHotKeysWithin(document.root));

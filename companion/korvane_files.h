@@ -94,7 +94,8 @@ struct KorvaneHotKeyList {
 [[nodiscard]] std::string FindKorvaneFileForApp(std::string_view folder);
 // Reads every "HotKey" in the root, skipping anything else. nullopt for a file that cannot be read, is not a
 // hotkey file or names no target application. Retries for up to 20 ms while another program seems to be
-// writing the file. Reads what it can of a malformed file.
+// writing the file. Reads what it can of a malformed file; where an interrupted write of ours left two texts in
+// the file, reads the one that is whole, and the next write repairs the file.
 [[nodiscard]] std::optional<KorvaneHotKeyList> LoadKorvaneFile(const std::string &path);
 [[nodiscard]] std::optional<KorvaneHotKeyList> LoadKorvaneFileForApp(std::string_view folder);
 // Writes the list to the file in place. False, with the file unchanged, for a list without hotkeys, a partial

@@ -5,6 +5,7 @@
 #include "companion/notification_socket.h"
 #include "helperlink/driver_messages.h"
 #include "platform/base/status.h"
+#include "platform/files/kept_bytes.h"
 #include "platform/files/user_lock.h"
 #include "settings/action_commands.h"
 
@@ -209,6 +210,7 @@ std::int32_t SyncToKorvane(QBaseHandle base, KorvaneResults *results) try {
 void SyncFromKorvane(QBaseHandle base, KorvaneResults *results) {
     KorvaneResults unasked;
     KorvaneResults &each = results != nullptr ? *results : unasked;
+    MendFilesCutShort();
     std::ranges::transform(kKorvaneApps, each.begin(), [base](const KorvaneApp &app) {
         return UpdateRecord(base, app.creator, app.fileName, app.folder);
     });

@@ -1,5 +1,6 @@
 #include "companion/korvane_crc.h"
 #include "companion/korvane_files.h"
+#include "companion/korvane_sync.h"
 #include "platform/files/files.h"
 #include "platform/xml/xml_document.h"
 #include "settings/device_prefs.h"
@@ -13,6 +14,9 @@
 #include <ctime>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
+#include <tuple>
+#include <unistd.h>
 
 namespace drevix::test {
 namespace {
@@ -409,6 +413,57 @@ TEST(KorvaneFiles, KilledSave_LosesNoBytes) {
             }
         }
         EXPECT_EQ(ReadWhole(folder.File(1)), bytes);
+    }
+}
+
+// A kill in the middle of a write once left both texts in the file for good.
+TEST(KorvaneFiles, FileWithBothTexts_IsReadAsTheWholeOneAndMended) {
+    const CompanionFolder folder;
+    const Strings oldRows = {"One||||", "Two||||"};
+    const Strings newRows = {"One|1|pyralis||4", "Two||||"};
+    const std::string before = KorvaneFileText(ListOf(oldRows));
+    const std::string bytes = KorvaneFileText(ListOf(newRows));
+    const std::string gap(bytes.size() - before.size(), '\0');
+    struct Row {
+        std::string file;
+        Strings rows; // none: not ours to mend
+    };
+    for (const Row &row : {Row{before + gap + bytes, newRows},
+                           Row{bytes.substr(0, 100) + before.substr(100) + gap + bytes, newRows},
+                           Row{bytes + bytes, newRows}, Row{before + gap + bytes.substr(0, 150), oldRows},
+                           Row{before.substr(0, 120) + bytes.substr(0, 150), {}}}) {
+        folder.Write(1, row.file);
+        const auto loaded = LoadKorvaneFileForApp("Photoshop");
+        if (row.rows.empty()) {
+            EXPECT_TRUE(!loaded || loaded->isPartial);
+            continue;
+        }
+        ASSERT_TRUE(loaded && !loaded->isPartial) << row.file;
+        EXPECT_EQ(Rows(loaded), row.rows);
+        EXPECT_TRUE(IsKorvaneFileUnchanged(*loaded, "Photoshop"));
+        EXPECT_TRUE(SaveKorvanePrefsForApp(*loaded, "Photoshop"));
+        EXPECT_EQ(ReadWhole(folder.File(1)), KorvaneFileText(ListOf(row.rows)));
+    }
+}
+
+// The next program puts right what a death in the middle of a write has left.
+TEST(KorvaneFiles, DeathWhileWriting_IsPutRightBySynchronising) {
+    const CompanionFolder folder;
+    const std::string before = KorvaneFileText(ListOf({"One||||", "Two||||"}));
+    const KorvaneHotKeyList list = ListOf({"One|1|pyralis||4", "Two||||"});
+    int isDead = 1;
+    for (int dieAt = 1; isDead != 0; ++dieAt) {
+        folder.Write(1, before);
+        const pid_t child = ::fork();
+        if (child == 0) {
+            FaultyDisk disk(dieAt, Lasts::Once, 0);
+            disk.onHalf = [] { ::_exit(1); };
+            std::ignore = SaveKorvanePrefsForApp(list, "Photoshop");
+            ::_exit(disk.WasHit() ? 1 : 0);
+        }
+        ::waitpid(child, &isDead, 0);
+        SyncFromKorvane(NewDrevixBase().get());
+        EXPECT_THAT(ReadWhole(folder.File(1)), AnyOf(before, KorvaneFileText(list))) << dieAt;
     }
 }
 
