@@ -124,7 +124,7 @@ std::string ActionSender::Scroll(const SendScroll &scroll, int times) {
     return problem.empty() ? released : problem;
 }
 
-std::string ActionSender::Open(const Str31 &item) {
+std::string ActionSender::Open(const Str31 &item) const {
     const DrevixItem found = ResolveDrevixItem(item);
     if (!found.exists) {
         return "the item is gone";

@@ -46,7 +46,7 @@ class ActionSender {
     [[nodiscard]] std::string Send(const std::vector<KeyStep> &steps);
     [[nodiscard]] std::string Tap(const KeyChord &chord, int times);
     [[nodiscard]] std::string Scroll(const SendScroll &scroll, int times);
-    [[nodiscard]] std::string Open(const Str31 &item);
+    [[nodiscard]] std::string Open(const Str31 &item) const;
     [[nodiscard]] std::string Start(const ProgramKind &kind) const;
 
     ActionOutlets fOutlets;

@@ -86,7 +86,7 @@ void DeviceReaders::Add(const std::string &path, bool isStandIn, std::unique_ptr
                         const DeviceMap &map) {
     const ControlState state(map, device->Description());
     const int descriptor = device->Descriptor();
-    const Place reader = fReaders.insert(
+    const auto reader = fReaders.insert(
         fReaders.end(), Reader{path, isStandIn, std::move(device), state, fNextSource++, LoopWatch([] {})});
     reader->watch = LoopWatch([this, reader] { Take(reader); });
     reader->watch.Watch(descriptor, POLLIN, std::nullopt);

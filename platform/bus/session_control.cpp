@@ -156,7 +156,7 @@ void SessionControl::SetHint(bool isLocked) {
     TellLocked();
 }
 
-int SessionControl::TakeAnswer(sd_bus_message *reply) {
+int SessionControl::TakeAnswer(sd_bus_message *reply) const {
     if (sd_bus_message_is_method_error(reply, nullptr) > 0) {
         const sd_bus_error *error = sd_bus_message_get_error(reply);
         fTasks.fail(std::string("the login manager refuses: ") +

@@ -47,7 +47,7 @@ class SessionControl final : public BusClient {
     int TakeActive(sd_bus_message *message);
     int TakeProperties(sd_bus_message *message);
     int TakeHint(sd_bus_message *reply);
-    int TakeAnswer(sd_bus_message *reply);
+    int TakeAnswer(sd_bus_message *reply) const;
     void SetHint(bool isLocked);
     void TellLocked();
 

@@ -20,6 +20,7 @@ SKIPPED = 77
 if not all(shutil.which(program) for program in ("Xvfb", "openbox", "xdotool")):
     print("skipped: Xvfb, openbox and xdotool are needed")
     sys.exit(SKIPPED)
+PLAYER = pathlib.Path(__file__).resolve().parent / "player.py"
 HELPER, CONTROL, WINDOW = (pathlib.Path(sys.argv.pop(1)).resolve() for _ in range(3))
 
 EV_SYN, EV_KEY, EV_REL, EV_ABS = range(4)
@@ -206,6 +207,27 @@ class Acting(unittest.TestCase):
                 type(self).dial = open(self.path / "dial", "wb", buffering=0)
             else:
                 self.send((EV_KEY, BUTTON_II, 0))
+
+    def test_5_the_player_that_played_last_is_asked_and_nothing_is_typed_while_locked(self):
+        self.ctl("assign", "buttonP", "144")
+        self.ctl("assign", "buttonV", "151")
+        self.activate("gamma")
+        self.assertEqual(self.ctl("press", "buttonV"), "nothing: no player runs\n")
+        players = {}
+        for name in ("first", "second"):
+            players[name] = self.start("/usr/bin/python3", PLAYER, name, output=name)
+            self.until(lambda name=name: "ready" in self.told(name))
+        self.ctl("press", "buttonP")
+        self.until(lambda: self.told("second") == ["ready", "PlayPause"])
+        self.ctl("press", "buttonV")
+        self.until(lambda: self.told("second")[-1] == "Volume 1.0")
+        self.assertEqual(self.told("first"), ["ready"])
+        players["second"].send_signal(signal.SIGUSR1)
+        self.until(lambda: self.ctl("press", "buttonI") == "nothing: the session is locked\n")
+        self.ctl("press", "buttonP")  # may act all the same
+        self.until(lambda: self.told("second").count("PlayPause") == 2)
+        players["second"].send_signal(signal.SIGUSR1)
+        self.until(lambda: self.ctl("press", "buttonI") == "keys KEY_F5\n")
 
 
 unittest.main()
