@@ -1,9 +1,12 @@
 #include "pane/device_picture.h"
 
 #include "pane/item_field.h"
+#include "pane/look.h"
+#include "pane/pane_text.h"
 #include "pane/picture_accessible.h"
 
 #include <QAccessible>
+#include <QContextMenuEvent>
 #include <QFile>
 #include <QHelpEvent>
 #include <QKeyEvent>
@@ -21,11 +24,6 @@ namespace {
 constexpr int kSide = ControlMap::kSide;
 constexpr int kControls = static_cast<int>(kPictureSlots.size());
 
-QColor Blend(const QColor &a, const QColor &b, qreal share) {
-    const auto mix = [share](int x, int y) { return static_cast<int>(std::lround(x + (y - x) * share)); };
-    return {mix(a.red(), b.red()), mix(a.green(), b.green()), mix(a.blue(), b.blue())};
-}
-
 // The colours of the drawing's file, and what stands for them in a theme.
 struct DrawingColor {
     const char *inFile;
@@ -37,7 +35,9 @@ constexpr auto kDrawingColors = std::to_array<DrawingColor>({
     {"#f7f7f9",
      [](const QPalette &p) { return Blend(p.color(QPalette::Base), p.color(QPalette::Text), 0.02); }},
     {"#4a4f57",
-     [](const QPalette &p) { return Blend(p.color(QPalette::Window), p.color(QPalette::WindowText), 0.7); }},
+     [](const QPalette &p) {
+         return Blend(p.color(QPalette::Window), p.color(QPalette::WindowText), IsHighContrast(p) ? 1 : 0.7);
+     }},
     {"#2f6fde", [](const QPalette &p) { return p.color(QPalette::Highlight); }},
 });
 
@@ -57,11 +57,19 @@ QPoint WayOfKey(int key) {
     }
 }
 
+constexpr qreal kOfDisabled = 0.5;
+constexpr qreal kOfPointedAt = 0.35; // of a light
+
 bool IsChoosingKey(int key) {
     return key == Qt::Key_Return || key == Qt::Key_Enter || key == Qt::Key_Space;
 }
 
 } // namespace
+
+int PictureIndexOf(SlotIndex slot) {
+    const auto *const found = std::ranges::find(kPictureSlots, slot);
+    return found == kPictureSlots.end() ? -1 : static_cast<int>(found - kPictureSlots.begin());
+}
 
 DevicePicture::DevicePicture(QWidget *parent) : QWidget(parent) {
     InstallPictureAccessible();
@@ -81,6 +89,14 @@ void DevicePicture::LoadDrawing() {
         drawing.replace(color.inFile, color.inTheme(palette()).name().toLatin1());
     }
     fDrawing.load(drawing);
+    fSolidLight.load(drawing.replace("fill-opacity=\"0.35\"", "fill-opacity=\"0.75\""));
+    ForgetLooks();
+}
+
+void DevicePicture::ForgetLooks() {
+    fLayout.reset();
+    fDevice = {};
+    update();
 }
 
 // Made when it is first needed: the first picture does without.
@@ -91,23 +107,56 @@ const ControlMap &DevicePicture::Map() const {
     return *fMap;
 }
 
+bool DevicePicture::HasCallouts() const {
+    const QSizeF least = MinimumStage(EmOf(font()));
+    return width() >= least.width() && height() >= least.height();
+}
+
+const StageLayout &DevicePicture::Layout() const {
+    if (!fLayout) {
+        QStringList names;
+        for (const ControlText &text : fTexts) {
+            names += text.name;
+        }
+        fLayout = LayOutStage(size(), {EmOf(font()), WidestName(font(), names)});
+    }
+    return *fLayout;
+}
+
 QRectF DevicePicture::DrawnRect() const {
+    if (HasCallouts()) {
+        return Layout().picture;
+    }
     const qreal side = std::min(width(), height());
     return {(width() - side) / 2, (height() - side) / 2, side, side};
 }
 
 int DevicePicture::controlAt(const QPoint &point) const {
+    for (int i = 0; i < kControls; ++i) {
+        if (calloutRect(i).contains(point)) {
+            return i;
+        }
+    }
     const QRectF drawn = DrawnRect();
     const QPointF onMap = (QPointF(point) + QPointF(0.5, 0.5) - drawn.topLeft()) * kSide / drawn.width();
     const QPoint at(static_cast<int>(std::floor(onMap.x())), static_cast<int>(std::floor(onMap.y())));
     return Map().At(at);
 }
 
-QRect DevicePicture::controlRect(int index) const {
+QRect DevicePicture::calloutRect(int index) const {
+    return HasCallouts() ? Layout().callouts[static_cast<std::size_t>(index)].frame.toAlignedRect() : QRect();
+}
+
+// Where the light of a control is drawn.
+QRectF DevicePicture::AreaOf(int index) const {
     const QRectF area = fDrawing.boundsOnElement(ElementOfControl("lit-", index));
     const QRectF drawn = DrawnRect();
     const qreal scale = drawn.width() / kSide;
-    return QRectF(drawn.topLeft() + area.topLeft() * scale, area.size() * scale).toAlignedRect();
+    return {drawn.topLeft() + area.topLeft() * scale, area.size() * scale};
+}
+
+QRect DevicePicture::controlRect(int index) const {
+    return AreaOf(index).toAlignedRect() | calloutRect(index);
 }
 
 QPoint DevicePicture::controlPoint(int index) const {
@@ -115,30 +164,52 @@ QPoint DevicePicture::controlPoint(int index) const {
     return (drawn.topLeft() + QPointF(Map().Anchor(index)) * drawn.width() / kSide).toPoint();
 }
 
-void DevicePicture::setCurrentIndex(int index) {
-    if (fCurrent != index) {
-        fCurrent = index;
-        update();
+void DevicePicture::UpdateControl(int index) {
+    if (index >= 0) { // the line between the two lies within; focus rings and thick lines stand out a little
+        const int margin = static_cast<int>(EmOf(font()));
+        update(controlRect(index).adjusted(-margin, -margin, margin, margin));
     }
 }
 
-void DevicePicture::setControlText(int index, const QString &name, const QString &action) {
-    Control &control = fControls[static_cast<std::size_t>(index)];
-    control.name = name;
-    control.action = action;
+void DevicePicture::setCurrentIndex(int index) {
+    if (fCurrent != index) {
+        UpdateControl(fCurrent);
+        UpdateControl(index);
+        fCurrent = index;
+        QAccessibleEvent selection(this, QAccessible::Selection);
+        selection.setChild(index);
+        QAccessible::updateAccessibility(&selection);
+    }
 }
 
-QString DevicePicture::controlName(int index) const {
-    return ControlOf(index).name;
+void DevicePicture::setPressed(int index, bool isPressed) {
+    if (this->isPressed(index) != isPressed) {
+        fPressed.set(static_cast<std::size_t>(index), isPressed);
+        UpdateControl(index);
+        QAccessibleEvent change(this, QAccessible::DescriptionChanged);
+        change.setChild(index);
+        QAccessible::updateAccessibility(&change);
+    }
 }
 
-QString DevicePicture::controlAction(int index) const {
-    return ControlOf(index).action;
+void DevicePicture::setControlText(int index, const ControlText &text) {
+    ControlText &shown = fTexts[static_cast<std::size_t>(index)];
+    if (shown == text) {
+        return;
+    }
+    if (shown.name != text.name) {
+        ForgetLooks();
+    }
+    shown = text;
+    UpdateControl(index);
+    QAccessibleValueChangeEvent change(this, text.action);
+    change.setChild(index);
+    QAccessible::updateAccessibility(&change);
 }
 
 QSize DevicePicture::sizeHint() const {
-    const int side = 22 * fontMetrics().height();
-    return {side, side};
+    const int em = static_cast<int>(EmOf(font()));
+    return {44 * em, 22 * em};
 }
 
 QSize DevicePicture::minimumSizeHint() const {
@@ -146,25 +217,53 @@ QSize DevicePicture::minimumSizeHint() const {
     return {side, side};
 }
 
+ControlState DevicePicture::StateOf(int index) const {
+    return {.isChosen = index == fCurrent,
+            .isPointedAt = index == fHovered,
+            .isPressed = isPressed(index),
+            .isFocused = index == fFocused};
+}
+
 void DevicePicture::paintEvent(QPaintEvent * /*event*/) {
     QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    if (HasCallouts()) {
+        painter.fillRect(rect(), palette().color(QPalette::Base));
+    }
+    painter.setOpacity(isEnabled() ? 1.0 : kOfDisabled);
+    PaintDevice(painter);
+    PaintLights(painter);
+    painter.setOpacity(isEnabled() ? 1.0 : kOfDisabled);
+    PaintCallouts(painter);
+}
+
+// Drawn once and kept: an edit changes lights and texts alone.
+void DevicePicture::PaintDevice(QPainter &painter) const {
     const QRectF drawn = DrawnRect();
-    painter.translate(drawn.topLeft());
-    painter.scale(drawn.width() / kSide, drawn.width() / kSide);
-    const auto render = [&](const QString &element, qreal opacity) {
-        painter.setOpacity(opacity);
-        fDrawing.render(&painter, element, fDrawing.boundsOnElement(element));
-    };
-    render(QStringLiteral("device"), isEnabled() ? 1.0 : 0.5);
-    if (fCurrent >= 0) {
-        render(ElementOfControl("lit-", fCurrent), 1.0);
+    const qreal scale = devicePixelRatioF();
+    const QSize pixels = (drawn.size() * scale).toSize();
+    if (fDevice.size() != pixels || fDevice.devicePixelRatio() != scale) {
+        fDevice = QPixmap(pixels);
+        fDevice.setDevicePixelRatio(scale);
+        fDevice.fill(Qt::transparent);
+        QPainter device(&fDevice);
+        device.scale(drawn.width() / kSide, drawn.width() / kSide);
+        const QString element = QStringLiteral("device");
+        fDrawing.render(&device, element, fDrawing.boundsOnElement(element));
     }
-    if (fHovered >= 0 && fHovered != fCurrent) {
-        render(ElementOfControl("lit-", fHovered), 0.35);
+    painter.drawPixmap(drawn.topLeft(), fDevice);
+}
+
+void DevicePicture::PaintLights(QPainter &painter) const {
+    for (int i = 0; i < kControls; ++i) {
+        const ControlState state = StateOf(i);
+        if (state.isChosen || state.isPressed || state.isPointedAt) {
+            painter.setOpacity(state.isChosen || state.isPressed ? 1.0 : kOfPointedAt);
+            (state.isPressed ? fSolidLight : fDrawing)
+                .render(&painter, ElementOfControl("lit-", i), AreaOf(i));
+        }
     }
-    if (fFocused >= 0) {
-        painter.resetTransform();
-        painter.setOpacity(1.0);
+    if (fFocused >= 0 && !HasCallouts()) {
         QStyleOptionFocusRect option;
         option.initFrom(this);
         option.rect = controlRect(fFocused).adjusted(-3, -3, 3, 3);
@@ -173,11 +272,41 @@ void DevicePicture::paintEvent(QPaintEvent * /*event*/) {
     }
 }
 
+// The lines lie below all callouts, and the chosen control's above the others'.
+void DevicePicture::PaintCallouts(QPainter &painter) const {
+    if (!HasCallouts()) {
+        return;
+    }
+    const CalloutPainter callouts(font(), palette(), Layout().form);
+    const auto paint = [&](auto &&part) {
+        for (const bool isFront : {false, true}) {
+            for (int i = 0; i < kControls; ++i) {
+                const ControlState state = StateOf(i);
+                if ((state.isChosen || state.isFocused) == isFront) {
+                    part(Layout().callouts[static_cast<std::size_t>(i)], i, state);
+                }
+            }
+        }
+    };
+    paint([&](const Callout &callout, int /*index*/, const ControlState &state) {
+        callouts.PaintLeader(painter, callout, state);
+    });
+    paint([&](const Callout &callout, int index, const ControlState &state) {
+        callouts.PaintCallout(painter, callout, controlText(index), state);
+    });
+}
+
+void DevicePicture::resizeEvent(QResizeEvent *event) {
+    QWidget::resizeEvent(event);
+    fLayout.reset();
+}
+
 void DevicePicture::changeEvent(QEvent *event) {
     QWidget::changeEvent(event);
     if (event->type() == QEvent::PaletteChange || event->type() == QEvent::StyleChange) {
         LoadDrawing();
-        update();
+    } else if (event->type() == QEvent::FontChange) {
+        ForgetLooks();
     }
 }
 
@@ -187,8 +316,11 @@ bool DevicePicture::event(QEvent *event) {
     }
     const auto *const help = static_cast<QHelpEvent *>(event);
     if (const int index = controlAt(help->pos()); index >= 0) {
-        const QString text = tr("%1: %2").arg(controlName(index), controlAction(index));
-        QToolTip::showText(help->globalPos(), text.toHtmlEscaped(), this, controlRect(index));
+        const ControlText &text = controlText(index);
+        const QString line = tr("%1: %2").arg(text.name, text.action);
+        QToolTip::showText(help->globalPos(),
+                           PlainToolTip(text.note.isEmpty() ? line : line + QLatin1Char('\n') + text.note),
+                           this, controlRect(index));
     } else {
         QToolTip::hideText();
     }
@@ -197,15 +329,17 @@ bool DevicePicture::event(QEvent *event) {
 
 void DevicePicture::SetHovered(int index) {
     if (fHovered != index) {
+        UpdateControl(fHovered);
+        UpdateControl(index);
         fHovered = index;
         setCursor(index < 0 ? Qt::ArrowCursor : Qt::PointingHandCursor);
-        update();
     }
 }
 
 void DevicePicture::SetFocused(int index) {
+    UpdateControl(fFocused);
+    UpdateControl(index);
     fFocused = index;
-    update();
     if (index >= 0) {
         QAccessibleEvent focus(this, QAccessible::Focus);
         focus.setChild(index);
@@ -255,14 +389,19 @@ void DevicePicture::mousePressEvent(QMouseEvent *event) {
     Q_EMIT activated(index);
 }
 
+// Where the eye finds a control: at its callout.
+QPointF DevicePicture::PlaceOf(int index) const {
+    return HasCallouts() ? QRectF(calloutRect(index)).center() : QPointF(Map().Anchor(index));
+}
+
 // The nearest control in a direction, with what lies aside counting twice; `from` itself when there is none.
 int DevicePicture::NextControl(int from, const QPoint &way) const {
     int nearest = from;
-    int shortest = 0;
+    qreal shortest = 0;
     for (int i = 0; i < kControls; ++i) {
-        const QPoint step = Map().Anchor(i) - Map().Anchor(from);
-        const int along = QPoint::dotProduct(step, way);
-        const int distance = along + 2 * std::abs(step.x() * way.y() + step.y() * way.x());
+        const QPointF step = PlaceOf(i) - PlaceOf(from);
+        const qreal along = QPointF::dotProduct(step, way);
+        const qreal distance = along + 2 * std::abs(step.x() * way.y() + step.y() * way.x());
         if (along > 0 && (nearest == from || distance < shortest)) {
             nearest = i;
             shortest = distance;
@@ -281,6 +420,18 @@ void DevicePicture::keyPressEvent(QKeyEvent *event) {
     } else {
         QWidget::keyPressEvent(event);
     }
+}
+
+void DevicePicture::contextMenuEvent(QContextMenuEvent *event) {
+    const bool isByKey = event->reason() == QContextMenuEvent::Keyboard;
+    const int index = isByKey ? (fFocused >= 0 ? fFocused : fCurrent) : controlAt(event->pos());
+    if (index < 0) {
+        QWidget::contextMenuEvent(event);
+        return;
+    }
+    const QRect callout = calloutRect(index);
+    const QPoint beside = callout.isEmpty() ? controlPoint(index) : callout.bottomLeft();
+    Q_EMIT menuRequested(index, isByKey ? mapToGlobal(beside) : event->globalPos());
 }
 
 void DevicePicture::focusInEvent(QFocusEvent *event) {

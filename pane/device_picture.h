@@ -1,14 +1,20 @@
-// The picture of the device: each of its controls can be pointed at, clicked, reached by keyboard, and lit.
+// The stage: the picture of the device, and around it what each of its controls is called and does. Controls and
+// callouts can be pointed at, clicked, reached by keyboard, and lit. A widget without room for callouts shows the
+// picture alone.
 #pragma once
 
+#include "pane/callout_layout.h"
+#include "pane/callout_painter.h"
 #include "pane/control_map.h"
 #include "settings/app_prefs.h"
 
+#include <QPixmap>
 #include <QString>
 #include <QSvgRenderer>
 #include <QWidget>
 
 #include <array>
+#include <bitset>
 #include <optional>
 
 namespace drevix {
@@ -17,6 +23,10 @@ namespace drevix {
 inline constexpr auto kPictureSlots =
     std::to_array<SlotIndex>({5, 4, 9, 0, 1, 2, 3, 8, 7, 6, 18, 20, 19, 16, 17});
 static_assert(kPictureSlots.size() == kControlSlots.size());
+static_assert(kPictureSlots.size() == kCallouts);
+
+// The place of a slot among them, -1 for a slot of no control.
+[[nodiscard]] int PictureIndexOf(SlotIndex slot);
 
 class DevicePicture : public QWidget {
     Q_OBJECT
@@ -29,15 +39,21 @@ class DevicePicture : public QWidget {
     void setCurrentIndex(int index);
     // The control that the keyboard points at, -1 while the picture has not the keyboard.
     [[nodiscard]] int focusedIndex() const { return fFocused; }
-    // What a control is called and does, shown when it is pointed at and told to assistive technology.
-    void setControlText(int index, const QString &name, const QString &action);
-    [[nodiscard]] QString controlName(int index) const;
-    [[nodiscard]] QString controlAction(int index) const;
+    // Whether a control is pressed on the device just now.
+    void setPressed(int index, bool isPressed);
+    [[nodiscard]] bool isPressed(int index) const { return fPressed.test(static_cast<std::size_t>(index)); }
+    // What a control is called and does, and told to assistive technology.
+    void setControlText(int index, const ControlText &text);
+    [[nodiscard]] const ControlText &controlText(int index) const {
+        return fTexts[static_cast<std::size_t>(index)];
+    }
 
-    // The control at a point of the widget, -1 when there is none; the rectangle around a control; a point in
-    // its middle.
+    // The control at a point of the widget, in the picture or by its callout, -1 when there is none.
     [[nodiscard]] int controlAt(const QPoint &point) const;
+    // The rectangle around a control and its callout; around its callout, empty without callouts; a point in the
+    // middle of the control.
     [[nodiscard]] QRect controlRect(int index) const;
+    [[nodiscard]] QRect calloutRect(int index) const;
     [[nodiscard]] QPoint controlPoint(int index) const;
 
     [[nodiscard]] QSize sizeHint() const override;
@@ -48,6 +64,8 @@ class DevicePicture : public QWidget {
     void activated(int index);
     // A file or folder was dropped on a control.
     void itemDropped(int index, const QString &path);
+    // The user asked for the menu of a control, by mouse or keyboard.
+    void menuRequested(int index, const QPoint &globalPoint);
 
   protected:
     void paintEvent(QPaintEvent *event) override;
@@ -63,25 +81,34 @@ class DevicePicture : public QWidget {
     void keyPressEvent(QKeyEvent *event) override;
     void focusInEvent(QFocusEvent *event) override;
     void focusOutEvent(QFocusEvent *event) override;
+    void contextMenuEvent(QContextMenuEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
 
   private:
-    struct Control {
-        QString name;
-        QString action;
-    };
     void LoadDrawing();
     [[nodiscard]] const ControlMap &Map() const;
     void SetHovered(int index);
     void SetFocused(int index);
     [[nodiscard]] int NextControl(int from, const QPoint &way) const;
+    [[nodiscard]] const StageLayout &Layout() const;
+    [[nodiscard]] bool HasCallouts() const;
     [[nodiscard]] QRectF DrawnRect() const;
-    [[nodiscard]] const Control &ControlOf(int index) const {
-        return fControls[static_cast<std::size_t>(index)];
-    }
+    [[nodiscard]] QPointF PlaceOf(int index) const;
+    [[nodiscard]] QRectF AreaOf(int index) const;
+    [[nodiscard]] ControlState StateOf(int index) const;
+    void ForgetLooks();
+    void UpdateControl(int index);
+    void PaintDevice(QPainter &painter) const;
+    void PaintLights(QPainter &painter) const;
+    void PaintCallouts(QPainter &painter) const;
 
-    mutable QSvgRenderer fDrawing; // drawing an element of it changes nothing that shows
+    mutable QSvgRenderer fDrawing;    // drawing an element of it changes nothing that shows
+    mutable QSvgRenderer fSolidLight; // the same with lights that hide what they lie on
     mutable std::optional<ControlMap> fMap;
-    std::array<Control, kPictureSlots.size()> fControls;
+    mutable std::optional<StageLayout> fLayout; // of this size, font and names
+    mutable QPixmap fDevice;                    // without lights, of this size, palette and scale
+    std::array<ControlText, kPictureSlots.size()> fTexts;
+    std::bitset<kPictureSlots.size()> fPressed;
     int fCurrent = -1;
     int fHovered = -1;
     int fFocused = -1;

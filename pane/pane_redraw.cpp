@@ -71,11 +71,6 @@ QString AxisText(Axis axis) {
     return {};
 }
 
-int PictureIndexOf(SlotIndex slot) {
-    const auto *const found = std::ranges::find(kPictureSlots, slot);
-    return found == kPictureSlots.end() ? -1 : static_cast<int>(found - kPictureSlots.begin());
-}
-
 } // namespace
 
 void DrevixPane::GetUIFromPrefs() {
@@ -157,15 +152,16 @@ void DrevixPane::ShowControlActions() {
             const ActionSlot &factory = fDefaultAppPrefs.device[0].action[slot];
             const bool isChanged = !DoTheSame(action, factory);
             const QString text = ActionText(action);
-            const QString note =
-                isChanged ? tr("Changed; the factory's action is %1.").arg(ActionText(factory)) : QString();
+            const QString note = isChanged ? tr("Changed. Factory: %1").arg(ActionText(factory)) : QString();
             QFont font = list->font();
             font.setBold(isChanged);
             item->setText(1, text);
             item->setFont(1, font);
             item->setToolTip(1, PlainToolTip(note.isEmpty() ? text : text + QLatin1Char('\n') + note));
             item->setData(1, Qt::AccessibleDescriptionRole, note);
-            uiSettingsTabsImages->setControlText(PictureIndexOf(slot), ControlTitle(slot), text);
+            uiSettingsTabsImages->setControlText(
+                PictureIndexOf(slot),
+                {ControlTitle(slot), text, note, isChanged, action.command == kActionNone});
         }
     }
 }

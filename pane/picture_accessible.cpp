@@ -3,6 +3,7 @@
 #include "pane/device_picture.h"
 
 #include <QAccessibleWidget>
+#include <QCoreApplication>
 
 namespace drevix {
 namespace {
@@ -25,15 +26,16 @@ class ControlAccessible : public QAccessibleInterface, public QAccessibleActionI
     [[nodiscard]] int childCount() const override { return 0; }
     int indexOfChild(const QAccessibleInterface * /*child*/) const override { return -1; }
     void setText(QAccessible::Text /*kind*/, const QString & /*text*/) override {}
-    [[nodiscard]] QAccessible::Role role() const override { return QAccessible::RadioButton; }
+    [[nodiscard]] QAccessible::Role role() const override { return QAccessible::ListItem; }
 
     [[nodiscard]] QString text(QAccessible::Text kind) const override {
         switch (kind) {
         case QAccessible::Name:
-            return fPicture->controlName(fIndex);
+            return fPicture->controlText(fIndex).name;
         case QAccessible::Value:
+            return fPicture->controlText(fIndex).action;
         case QAccessible::Description:
-            return fPicture->controlAction(fIndex);
+            return Description();
         default:
             return {};
         }
@@ -44,8 +46,9 @@ class ControlAccessible : public QAccessibleInterface, public QAccessibleActionI
     }
     [[nodiscard]] QAccessible::State state() const override {
         QAccessible::State state = parent()->state();
-        state.focusable = state.selectable = state.checkable = true;
-        state.selected = state.checked = fPicture->currentIndex() == fIndex;
+        state.focusable = state.selectable = true;
+        state.selected = fPicture->currentIndex() == fIndex;
+        state.pressed = fPicture->isPressed(fIndex);
         state.focused = fPicture->focusedIndex() == fIndex;
         return state;
     }
@@ -63,6 +66,13 @@ class ControlAccessible : public QAccessibleInterface, public QAccessibleActionI
     [[nodiscard]] QStringList keyBindingsForAction(const QString & /*action*/) const override { return {}; }
 
   private:
+    [[nodiscard]] QString Description() const {
+        const QString note = fPicture->controlText(fIndex).note;
+        const QString pressed =
+            fPicture->isPressed(fIndex) ? QCoreApplication::translate("Callout", "Pressed.") : QString();
+        return pressed.isEmpty() || note.isEmpty() ? pressed + note : pressed + QLatin1Char(' ') + note;
+    }
+
     DevicePicture *fPicture;
     int fIndex;
 };
@@ -70,7 +80,7 @@ class ControlAccessible : public QAccessibleInterface, public QAccessibleActionI
 class PictureAccessible : public QAccessibleWidget {
   public:
     explicit PictureAccessible(DevicePicture *picture)
-        : QAccessibleWidget(picture, QAccessible::Grouping), fPicture(picture) {
+        : QAccessibleWidget(picture, QAccessible::List), fPicture(picture) {
         for (int i = 0; i < kControls; ++i) {
             fChildren[static_cast<std::size_t>(i)] =
                 QAccessible::registerAccessibleInterface(new ControlAccessible(picture, i));

@@ -3,8 +3,9 @@
 
 namespace drevix {
 
-// Makes pictures accessible from now on: a group of controls, each with its name, its action as its value,
-// and its place; pressing one chooses it. May be called any number of times.
+// Makes pictures accessible from now on: a list of controls, each with its name, its action as its value, what the
+// factory would have it do as its description, and the rectangle around control and callout; pressing one chooses
+// it. May be called any number of times.
 void InstallPictureAccessible();
 
 } // namespace drevix

@@ -1377,10 +1377,6 @@
         <translation>Werte für das Drehen.</translation>
     </message>
     <message>
-        <source>Changed; the factory&apos;s action is %1.</source>
-        <translation>Geändert; ab Werk: %1.</translation>
-    </message>
-    <message>
         <source>Restores the factory&apos;s settings:</source>
         <translation>Stellt die Werkseinstellungen wieder her:</translation>
     </message>
@@ -1535,6 +1531,10 @@
     <message>
         <source>The settings are saved; close the window again to leave.</source>
         <translation>Die Einstellungen sind gesichert; zum Beenden das Fenster nochmals schließen.</translation>
+    </message>
+    <message>
+        <source>Changed. Factory: %1</source>
+        <translation>Geändert. Ab Werk: %1</translation>
     </message>
 </context>
 <context>
@@ -1750,6 +1750,17 @@
     <message>
         <source>If you discard the changes, the settings stay as they were saved last.</source>
         <translation>Wenn Sie die Änderungen verwerfen, bleiben die Einstellungen, wie sie zuletzt gesichert wurden.</translation>
+    </message>
+</context>
+<context>
+    <name>Callout</name>
+    <message>
+        <source>%1 · pressed</source>
+        <translation>%1 · gedrückt</translation>
+    </message>
+    <message>
+        <source>Pressed.</source>
+        <translation>Gedrückt.</translation>
     </message>
 </context>
 </TS>

@@ -161,7 +161,7 @@ TEST_F(Access, Picture_IsWorkedByMouseKeysAndAssistiveTechnology) {
             QAccessibleInterface *control = group->child(i);
             EXPECT_FALSE(control->text(QAccessible::Name).isEmpty());
             EXPECT_FALSE(control->text(QAccessible::Value).isEmpty());
-            EXPECT_TRUE(control->state().checked && control->state().focused);
+            EXPECT_TRUE(control->state().selected && control->state().focused);
             const QPoint point = picture->mapToGlobal(picture->controlPoint(i));
             EXPECT_TRUE(control->rect().contains(point));
             EXPECT_EQ(group->indexOfChild(group->childAt(point.x(), point.y())), i);

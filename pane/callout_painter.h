@@ -1,0 +1,56 @@
+// Drawing the callouts around a picture of the device: on the panel's stage and on a sheet.
+#pragma once
+
+#include "pane/callout_layout.h"
+
+#include <QFont>
+#include <QPalette>
+#include <QString>
+
+class QPainter;
+
+namespace drevix {
+
+// What a control is called and does.
+struct ControlText {
+    QString name;
+    QString action;
+    QString note;           // what the factory would have it do, where that is something else
+    bool isChanged = false; // from the factory
+    bool isNothing = false; // no action
+    bool operator==(const ControlText &) const = default;
+};
+
+// How a control stands.
+struct ControlState {
+    bool isChosen = false;
+    bool isPointedAt = false;
+    bool isPressed = false; // on the device
+    bool isFocused = false; // has the keyboard
+};
+
+// The widest of the names, as callouts write them.
+[[nodiscard]] qreal WidestName(const QFont &font, const QStringList &names);
+
+class CalloutPainter {
+  public:
+    CalloutPainter(const QFont &font, const QPalette &palette, CalloutForm form);
+
+    void PaintLeader(QPainter &painter, const Callout &callout, const ControlState &state) const;
+    void PaintCallout(QPainter &painter, const Callout &callout, const ControlText &text,
+                      const ControlState &state) const;
+
+  private:
+    [[nodiscard]] QColor TextColor(const ControlState &state, bool isDim) const;
+    void PaintGround(QPainter &painter, const QRectF &frame, const ControlState &state) const;
+    void PaintTexts(QPainter &painter, const Callout &callout, const ControlText &text,
+                    const ControlState &state) const;
+
+    QFont fNameFont;
+    QFont fActionFont;
+    QPalette fPalette;
+    CalloutForm fForm;
+    qreal fUnit;
+};
+
+} // namespace drevix

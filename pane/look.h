@@ -1,0 +1,25 @@
+// The measures and colours that the panel's parts share. All follow the desktop's font and palette.
+#pragma once
+
+#include <QColor>
+#include <QFont>
+#include <QPalette>
+
+namespace drevix {
+
+// The em, the height of a line of the font, in device-independent pixels, and the unit u of all small
+// distances: a quarter of it, 4 at least.
+[[nodiscard]] qreal EmOf(const QFont &font);
+[[nodiscard]] qreal UnitOf(qreal em);
+// The font `factor` times as large, never under 8 pt.
+[[nodiscard]] QFont ScaledFont(const QFont &font, qreal factor);
+
+// One colour on its way to another: all `from` at 0, all `to` at 1.
+[[nodiscard]] QColor Blend(const QColor &from, const QColor &to, qreal share);
+// Whether text stands out from the window so far that the user wants all contrast there is.
+[[nodiscard]] bool IsHighContrast(const QPalette &palette);
+// The colour of names and hints, and of thin lines.
+[[nodiscard]] QColor DimColor(const QPalette &palette);
+[[nodiscard]] QColor HairlineColor(const QPalette &palette);
+
+} // namespace drevix
