@@ -92,15 +92,16 @@ inline constexpr auto kExtraKeys = std::to_array<ExtraKey>({
     {kNoKeyCode, QT_TRANSLATE_NOOP("Menus", "Choose a key")}, {kNoKeyCode, nullptr},
     {kNoKeyCode, QT_TRANSLATE_NOOP("Menus", "No key")},
     {0x35, QT_TRANSLATE_NOOP("Menus", "Escape")},      {0x33, QT_TRANSLATE_NOOP("Menus", "Backspace")},
-    {0x24, QT_TRANSLATE_NOOP("Menus", "Return")},      {0x30, QT_TRANSLATE_NOOP("Menus", "Tab")},
-    {0x4C, QT_TRANSLATE_NOOP("Menus", "Enter")},       {0x72, QT_TRANSLATE_NOOP("Menus", "Help")},
+    {0x24, QT_TRANSLATE_NOOP("Menus", "Enter")},      {0x30, QT_TRANSLATE_NOOP("Menus", "Tab")},
+    {0x4C, QT_TRANSLATE_NOOP("Menus", "Num Enter")},       {0x72, QT_TRANSLATE_NOOP("Menus", "Insert")},
     {0x75, QT_TRANSLATE_NOOP("Menus", "Delete")},      {0x73, QT_TRANSLATE_NOOP("Menus", "Home")},
     {0x77, QT_TRANSLATE_NOOP("Menus", "End")},         {0x74, QT_TRANSLATE_NOOP("Menus", "Page Up")},
-    {0x79, QT_TRANSLATE_NOOP("Menus", "Page Down")},   {0x47, QT_TRANSLATE_NOOP("Menus", "Clear")},
+    {0x79, QT_TRANSLATE_NOOP("Menus", "Page Down")},   {0x47, QT_TRANSLATE_NOOP("Menus", "Num Lock")},
     {kNoKeyCode, nullptr},
     {0x7A, "F1"}, {0x78, "F2"}, {0x63, "F3"}, {0x76, "F4"}, {0x60, "F5"}, {0x61, "F6"}, {0x62, "F7"},
-    {0x64, "F8"}, {0x65, "F9"}, {0x6D, "F10"}, {0x67, "F11"}, {0x6F, "F12"}, {0x69, "F13"}, {0x6B, "F14"},
-    {0x71, "F15"},
+    {0x64, "F8"}, {0x65, "F9"}, {0x6D, "F10"}, {0x67, "F11"}, {0x6F, "F12"},
+    {0x69, QT_TRANSLATE_NOOP("Menus", "Print")},       {0x6B, QT_TRANSLATE_NOOP("Menus", "Scroll Lock")},
+    {0x71, QT_TRANSLATE_NOOP("Menus", "Pause")},
 });
 // clang-format on
 inline constexpr int kTargetFixedItems = static_cast<int>(kTargetCommands.size());

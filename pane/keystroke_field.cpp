@@ -1,9 +1,14 @@
 #include "pane/keystroke_field.h"
 
+#include "pane/look.h"
+#include "pane/pane_text.h"
+
 #include <QApplication>
 #include <QKeyEvent>
 #include <QPainter>
+#include <QStyleOptionFrame>
 
+#include <algorithm>
 #include <chrono>
 
 namespace drevix {
@@ -20,6 +25,10 @@ bool StartsWaiting(const QKeyEvent &event) {
         return false;
     }
 }
+
+constexpr qreal kStoredNameSize = 0.9;
+constexpr qreal kEdgeShare = 0.45; // of a cap's edge, between Window and WindowText
+constexpr qreal kCapRadius = 3;    // pixels
 
 // A screen lock waits in vain for a keyboard that another program has.
 constexpr std::chrono::seconds kLongestGrab{30};
@@ -42,9 +51,12 @@ QVariant KeystrokeField::inputMethodQuery(Qt::InputMethodQuery query) const {
     return query == Qt::ImEnabled ? QVariant(false) : QLineEdit::inputMethodQuery(query);
 }
 
-void KeystrokeField::ShowKeystroke(const QString &keystroke) {
+void KeystrokeField::ShowKeystroke(const QString &keystroke, const QStringList &caps) {
     fKeystroke = keystroke;
+    fCaps = caps;
+    setToolTip(caps.isEmpty() ? QString() : PlainToolTip(tr("Stored as %1").arg(keystroke)));
     UpdateTexts();
+    update();
 }
 
 void KeystrokeField::SetRemark(const QString &remark) {
@@ -94,15 +106,20 @@ void KeystrokeField::TakeAnswer(bool isGiven) {
 }
 
 void KeystrokeField::UpdateTexts() {
-    if (const QString shown = fIsWaiting ? tr("Press a key combination…") : fKeystroke; text() != shown) {
+    if (const QString shown = fIsWaiting ? tr("Press the keys now") : fKeystroke; text() != shown) {
         setText(shown);
     }
     const QString state = fIsDesktopFirst
                               ? tr("Waiting for a key combination. Those of the desktop do not arrive: "
                                    "press the key alone, then check its modifiers.")
                           : fIsWaiting ? tr("Waiting for a key combination.")
-                                       : tr("Press Return, then the key combination to assign.");
-    setAccessibleDescription(fRemark.isEmpty() ? state : fRemark + QLatin1Char('\n') + state);
+                                       : tr("Press Enter, then the keys.");
+    QStringList lines = {fRemark, state};
+    if (!fCaps.isEmpty()) {
+        lines.insert(1, tr("%1, stored as %2").arg(fCaps.join(QLatin1Char('+')), fKeystroke));
+    }
+    lines.removeAll(QString());
+    setAccessibleDescription(lines.join(QLatin1Char('\n')));
 }
 
 // Many places of a window take a click and leave the keyboard where it is, but whoever clicks there has left
@@ -141,13 +158,61 @@ void KeystrokeField::focusOutEvent(QFocusEvent *event) {
 }
 
 void KeystrokeField::paintEvent(QPaintEvent *event) {
-    QLineEdit::paintEvent(event);
+    if (fIsWaiting || fCaps.isEmpty()) {
+        QLineEdit::paintEvent(event);
+    } else {
+        PaintCaps();
+    }
     if (fIsWaiting) {
         constexpr int kFrameWidth = 2; // device-independent pixels
         QPainter painter(this);
         painter.setPen(QPen(palette().highlight(), kFrameWidth, Qt::SolidLine, Qt::SquareCap, Qt::MiterJoin));
         painter.drawRect(rect().adjusted(1, 1, -1, -1));
     }
+}
+
+// The frame of a field without its text, and the caps in it.
+void KeystrokeField::PaintCaps() {
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    QStyleOptionFrame frame;
+    initStyleOption(&frame);
+    style()->drawPrimitive(QStyle::PE_PanelLineEdit, &frame, &painter, this);
+    const int unit = static_cast<int>(UnitOf(EmOf(font())));
+    int x = 2 * unit;
+    for (const QString &cap : fCaps) {
+        if (x > 2 * unit) {
+            painter.setPen(DimColor(palette()));
+            painter.drawText(QRect(x, 0, 3 * unit, height()), Qt::AlignCenter, QStringLiteral("+"));
+            x += 3 * unit;
+        }
+        x = PaintCap(painter, x, cap);
+    }
+    painter.setFont(ScaledFont(font(), kStoredNameSize));
+    const int room = painter.fontMetrics().horizontalAdvance(fKeystroke);
+    if (x + room + 4 * unit < width()) {
+        painter.setPen(DimColor(palette()));
+        painter.drawText(rect().adjusted(0, 0, -2 * unit, 0), Qt::AlignRight | Qt::AlignVCenter, fKeystroke);
+    }
+}
+
+// Paints a cap, and gives where it ends.
+int KeystrokeField::PaintCap(QPainter &painter, int x, const QString &cap) const {
+    const int unit = static_cast<int>(UnitOf(EmOf(font())));
+    const int top = std::max(2, (height() - 2 * static_cast<int>(EmOf(font()))) / 2);
+    const QRectF place(x + 0.5, top + 0.5, fontMetrics().horizontalAdvance(cap) + 3 * unit,
+                       height() - 2 * top - 1);
+    const QColor edge = IsHighContrast(palette()) ? palette().color(QPalette::WindowText)
+                                                  : Blend(palette().color(QPalette::Window),
+                                                          palette().color(QPalette::WindowText), kEdgeShare);
+    painter.setPen(edge);
+    painter.setBrush(edge);
+    painter.drawRoundedRect(place, kCapRadius, kCapRadius); // the key's side, seen below its top
+    painter.setBrush(palette().color(QPalette::Button));
+    painter.drawRoundedRect(place.adjusted(0, 0, 0, -1.5), kCapRadius, kCapRadius);
+    painter.setPen(palette().color(QPalette::ButtonText));
+    painter.drawText(place.adjusted(0, 0, 0, -1), Qt::AlignCenter, cap);
+    return static_cast<int>(place.right()) + 1;
 }
 
 } // namespace drevix

@@ -4,7 +4,10 @@
 #include "pane/whole_keyboard.h"
 
 #include <QLineEdit>
+#include <QStringList>
 #include <QTimer>
+
+class QPainter;
 
 namespace drevix {
 
@@ -21,8 +24,10 @@ class KeystrokeField : public QLineEdit {
   public:
     explicit KeystrokeField(QWidget *parent = nullptr);
 
-    // What is shown, at once or when the field no longer waits.
-    void ShowKeystroke(const QString &keystroke);
+    // What is shown, at once or when the field no longer waits: the keystroke's stored name is the field's text, and
+    // painted are its key caps, with the stored name behind them where it fits, else as tool tip. Without caps the
+    // text is painted.
+    void ShowKeystroke(const QString &keystroke, const QStringList &caps);
     // A remark on the keystroke for assistive technology, which cannot see what stands below the field.
     void SetRemark(const QString &remark);
 
@@ -52,8 +57,11 @@ class KeystrokeField : public QLineEdit {
     void SetWaiting(bool isWaiting);
     void TakeAnswer(bool isGiven);
     void UpdateTexts();
+    void PaintCaps();
+    int PaintCap(QPainter &painter, int x, const QString &cap) const;
 
     QString fKeystroke;
+    QStringList fCaps;
     QString fRemark;
     QTimer fGrabLimit;
     WholeKeyboard *fKeyboard; // belongs to this

@@ -3,6 +3,7 @@
 
 #include "keyboard/qt/keystroke_capture.h"
 #include "pane/editor_tables.h"
+#include "pane/key_texts.h"
 #include "pane/pane_text.h"
 
 #include <QActionGroup>
@@ -92,7 +93,7 @@ void DrevixPane::ReceiveKeystroke(std::uint8_t keyCode, std::uint16_t modifiers)
 }
 
 void DrevixPane::ShowKeystroke(const ActionSlot &slot) {
-    uiSettingsFieldKeystroke->ShowKeystroke(KeyText(slot));
+    uiSettingsFieldKeystroke->ShowKeystroke(StoredKeyText(slot), KeyCapTexts(slot));
     uiSettingsFieldKeystroke->SetRemark(SharingText(slot));
     ShowKeystrokeHint();
     ShowModifiers(slot);

@@ -1,6 +1,6 @@
 #include "pane/pane_text.h"
 
-#include "keyboard/key_names.h"
+#include "pane/key_texts.h"
 #include "platform/base/ascii.h"
 #include "platform/base/mac_roman.h"
 #include "platform/base/status.h"
@@ -83,16 +83,11 @@ QString ControlTitle(SlotIndex slot) {
 }
 
 QString KeyText(const ActionSlot &slot) {
-    if (slot.keyCode == kNoKeyCode) {
-        return MenuText(QT_TRANSLATE_NOOP("Menus", "(none)"));
-    }
-    return TextOf(KeystrokeText(slot.keyCode, slot.modifiers));
+    return KeyCapTexts(slot).join(QLatin1Char('+'));
 }
 
 QString ModifierText(std::uint16_t modifiers) {
-    Str255 name{};
-    GetModifiersName(0, static_cast<std::uint8_t>(modifiers >> 8), name.data(), 255);
-    return TextOf(name);
+    return ModifierCapTexts(modifiers).join(QLatin1Char('+'));
 }
 
 bool DoTheSame(const ActionSlot &a, const ActionSlot &b) {

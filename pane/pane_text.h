@@ -46,7 +46,8 @@ template <std::size_t N>
 // A control's name for people ("Button II"), by its slot.
 [[nodiscard]] QString ControlTitle(SlotIndex slot);
 
-// The keystroke of a slot ("cmd+shift+s"), "(none)" without a key; modifiers alone ("shift+").
+// The keystroke of a slot as the keyboard is labelled ("Ctrl+Shift+S"), empty without a key; modifiers alone
+// ("Shift").
 [[nodiscard]] QString KeyText(const ActionSlot &slot);
 [[nodiscard]] QString ModifierText(std::uint16_t modifiers);
 // Whether two slots do the same: fields that their command does not use do not count.

@@ -197,8 +197,8 @@ TEST_F(Editor, ValuesOtherThanTheFactorys_AreMarked) {
     EXPECT_TRUE(Find<QWidget>("uiSettingsSliderNavSens")->toolTip().contains(u"100 %"_s));
     ASSERT_TRUE(Choose("uiSettingsMenuExtraKeys", 3));
     EXPECT_TRUE(line->font(1).bold());
-    EXPECT_TRUE(line->toolTip(1).contains(u"shift+"_s)) << "says what the factory's action is";
-    EXPECT_TRUE(Find<QWidget>("uiSettingsButtonNavDefaults")->toolTip().contains(u"<b>Turn right: shift+"_s));
+    EXPECT_TRUE(line->toolTip(1).contains(u"Shift+"_s)) << "says what the factory's action is";
+    EXPECT_TRUE(Find<QWidget>("uiSettingsButtonNavDefaults")->toolTip().contains(u"<b>Turn right: Shift+"_s));
     Click("uiSettingsButtonNavDefaults");
     EXPECT_FALSE(isBold("uiSettingsTextNavSens") || line->font(1).bold() || CanApply());
 }

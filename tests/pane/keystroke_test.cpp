@@ -34,7 +34,7 @@ class KeystrokeOfControl : public PanelTest {
     [[nodiscard]] QString Line() const { return Text("uiSettingsTextKeystroke"); }
     [[nodiscard]] bool IsWaiting() const {
         const bool isWaiting = fPane->OverrideKeysIsActive();
-        EXPECT_EQ(Field()->text() == u"Press a key combination…"_s, isWaiting);
+        EXPECT_EQ(Field()->text() == u"Press the keys now"_s, isWaiting);
         EXPECT_EQ(Field()->accessibleDescription().contains(u"Waiting"_s), isWaiting);
         return isWaiting;
     }
