@@ -1,5 +1,6 @@
 #include "pane/device_picture.h"
 
+#include "pane/device_drawing.h"
 #include "pane/item_field.h"
 #include "pane/look.h"
 #include "pane/pane_text.h"
@@ -7,7 +8,6 @@
 
 #include <QAccessible>
 #include <QContextMenuEvent>
-#include <QFile>
 #include <QHelpEvent>
 #include <QKeyEvent>
 #include <QPainter>
@@ -23,23 +23,6 @@ namespace {
 
 constexpr int kSide = ControlMap::kSide;
 constexpr int kControls = static_cast<int>(kPictureSlots.size());
-
-// The colours of the drawing's file, and what stands for them in a theme.
-struct DrawingColor {
-    const char *inFile;
-    QColor (*inTheme)(const QPalette &palette);
-};
-constexpr auto kDrawingColors = std::to_array<DrawingColor>({
-    {"#e6e7ea",
-     [](const QPalette &p) { return Blend(p.color(QPalette::Window), p.color(QPalette::WindowText), 0.05); }},
-    {"#f7f7f9",
-     [](const QPalette &p) { return Blend(p.color(QPalette::Base), p.color(QPalette::Text), 0.02); }},
-    {"#4a4f57",
-     [](const QPalette &p) {
-         return Blend(p.color(QPalette::Window), p.color(QPalette::WindowText), IsHighContrast(p) ? 1 : 0.7);
-     }},
-    {"#2f6fde", [](const QPalette &p) { return p.color(QPalette::Highlight); }},
-});
 
 // The direction of an arrow key, null for another.
 QPoint WayOfKey(int key) {
@@ -80,14 +63,7 @@ DevicePicture::DevicePicture(QWidget *parent) : QWidget(parent) {
 
 // Loads the drawing in the colours of the theme.
 void DevicePicture::LoadDrawing() {
-    QFile file(QStringLiteral(":/drevix/device.svg"));
-    if (!file.open(QIODevice::ReadOnly)) {
-        return;
-    }
-    QByteArray drawing = file.readAll();
-    for (const DrawingColor &color : kDrawingColors) {
-        drawing.replace(color.inFile, color.inTheme(palette()).name().toLatin1());
-    }
+    QByteArray drawing = DeviceDrawing(palette());
     fDrawing.load(drawing);
     fSolidLight.load(drawing.replace("fill-opacity=\"0.35\"", "fill-opacity=\"0.75\""));
     ForgetLooks();

@@ -12,9 +12,11 @@
 #include "keyboard/qt/key_events.h"
 #include "keyboard/qt/keystroke_receiver.h"
 #include "pane/preference_pane.h"
+#include "pane/sheet.h"
 #include "platform/files/files.h"
 #include "qbase/qbase.h"
 #include "settings/action_commands.h"
+#include "settings/action_paste.h"
 #include "settings/app_prefs.h"
 #include "ui_pane.h"
 
@@ -48,6 +50,10 @@ struct RecordTrace {
     AppPrefs record;
     int among = 0; // how many of its signature and file name come before it
 };
+
+class FindPanel;
+struct SearchEntry;
+struct TypedKeystroke;
 
 class DrevixPane : public QObject,
                    public PreferencePane,
@@ -172,6 +178,32 @@ class DrevixPane : public QObject,
     void ShowModifiers(const ActionSlot &slot);
     [[nodiscard]] QString ActionText(const ActionSlot &slot) const;
 
+    [[nodiscard]] ControlText ControlTextOf(SlotIndex slot, const AppPrefs &prefs,
+                                            const AppPrefs &factory) const;
+
+    // The menu of a control, and the clipboard (pane_copy.cpp)
+    void BuildControlMenu();
+    void ShowControlMenu(const QPoint &globalPoint);
+    void actCopyAction();
+    void actPasteAction();
+    void actNoAction();
+    void actBackToFactory();
+    void actCopyAssignments();
+    void actPasteAssignments();
+    void actDuplicate();
+    void TakeAction(const ActionSlot &action);
+    void TellLeftOut(const std::vector<RefusedAction> &refused, const AppPrefs &target);
+
+    // Finding an action, and the overview (pane_find.cpp)
+    void BuildShortcuts();
+    void actFindAction();
+    void TakeFound(const SearchEntry &entry);
+    void TakeTyped(const TypedKeystroke &keystroke);
+    [[nodiscard]] QString RefusalText(ActionRefusal refusal, ActionCommand command) const;
+    void actOverview();
+    [[nodiscard]] std::vector<SheetContents> MakeSheets(bool ofAll) const;
+    [[nodiscard]] SheetContents SheetOf(const AppPrefs &prefs, const AppPrefs &factory) const;
+
     // The keystroke (pane_keystroke.cpp)
     void BuildKeystrokeControls();
     void UseCommandKey(CommandKey key);
@@ -223,7 +255,8 @@ class DrevixPane : public QObject,
     void UpdateToolMenu();
     [[nodiscard]] int FindInToolMenu(std::uint32_t crc) const;
 
-    QPointer<QWidget> fMainView; // made by mainView; its owner is the host
+    QPointer<QWidget> fMainView;     // made by mainView; its owner is the host
+    FindPanel *fFindPanel = nullptr; // made when it is first asked for; belongs to the main view
     ProblemHandler fProblemHandler;
     bool fIsSelected = false;
     bool fIsDrawnOnly = false;

@@ -65,6 +65,8 @@ QWidget *DrevixPane::mainView() {
         BuildKeystrokeControls();
         BuildDeviceControls();
         BuildItemControls();
+        BuildControlMenu();
+        BuildShortcuts();
         BuildSaveControls();
         BuildLooks();
         ConnectControls();

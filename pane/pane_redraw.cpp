@@ -57,6 +57,13 @@ void ShowBox(QCheckBox *box, bool isOn, bool isOnByFactory) {
     Explain(box, isOn != isOnByFactory, OnOffText(isOnByFactory));
 }
 
+// "Ctrl + scroll up".
+QString WithModifiers(const QString &modifiers, const QString &title) {
+    return modifiers.isEmpty()
+               ? title
+               : DrevixPane::tr("%1 + %2").arg(modifiers, title.left(1).toLower() + title.mid(1));
+}
+
 QString AxisText(Axis axis) {
     switch (axis) {
     case Axis::X:
@@ -142,26 +149,30 @@ void DrevixPane::ShowRingSliders() {
     uiSettingsTextAxis->setText(AxisText(EditedAxis(device, fDrevixActionIndex)));
 }
 
+ControlText DrevixPane::ControlTextOf(SlotIndex slot, const AppPrefs &prefs, const AppPrefs &factory) const {
+    const ActionSlot &action = prefs.device[0].action[slot];
+    const ActionSlot &byFactory = factory.device[0].action[slot];
+    const bool isChanged = !DoTheSame(action, byFactory);
+    const QString note = isChanged ? tr("Changed. Factory: %1").arg(ActionText(byFactory)) : QString();
+    return {ControlTitle(slot), ActionText(action), note, isChanged, action.command == kActionNone};
+}
+
 // Beside each control stands what it does, bold where that is not the factory's choice.
 void DrevixPane::ShowControlActions() {
     for (const QTreeWidget *list : ControlLists()) {
         for (int i = 0; i < list->topLevelItemCount(); ++i) {
             QTreeWidgetItem *item = list->topLevelItem(i);
             const auto slot = static_cast<SlotIndex>(item->data(0, Qt::UserRole).toInt());
-            const ActionSlot &action = fDrevixPrefs.device[0].action[slot];
-            const ActionSlot &factory = fDefaultAppPrefs.device[0].action[slot];
-            const bool isChanged = !DoTheSame(action, factory);
-            const QString text = ActionText(action);
-            const QString note = isChanged ? tr("Changed. Factory: %1").arg(ActionText(factory)) : QString();
+            const ControlText text = ControlTextOf(slot, fDrevixPrefs, fDefaultAppPrefs);
             QFont font = list->font();
-            font.setBold(isChanged);
-            item->setText(1, text);
+            font.setBold(text.isChanged);
+            item->setText(1, text.action);
             item->setFont(1, font);
-            item->setToolTip(1, PlainToolTip(note.isEmpty() ? text : text + QLatin1Char('\n') + note));
-            item->setData(1, Qt::AccessibleDescriptionRole, note);
-            uiSettingsTabsImages->setControlText(
-                PictureIndexOf(slot),
-                {ControlTitle(slot), text, note, isChanged, action.command == kActionNone});
+            item->setToolTip(1,
+                             PlainToolTip(text.note.isEmpty() ? text.action
+                                                              : text.action + QLatin1Char('\n') + text.note));
+            item->setData(1, Qt::AccessibleDescriptionRole, text.note);
+            uiSettingsTabsImages->setControlText(PictureIndexOf(slot), text);
         }
     }
 }
@@ -216,9 +227,9 @@ QString DrevixPane::ActionText(const ActionSlot &slot) const {
     QString title = TranslatedText(action->title);
     switch (action->group) {
     case ActionGroup::ActionKeystroke:
-        return slot.keyCode == kNoKeyCode ? tr("%1 (none)").arg(title) : KeyText(slot);
+        return slot.keyCode == kNoKeyCode ? tr("No keys yet") : KeyText(slot);
     case ActionGroup::ActionScroll:
-        return ModifierText(slot.modifiers) + title;
+        return WithModifiers(ModifierText(slot.modifiers), title);
     case ActionGroup::ActionOpenItem:
         return slot.data[0] == 0 ? title : OpenItemText(slot);
     case ActionGroup::ActionToolMenu: {

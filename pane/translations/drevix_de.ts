@@ -1097,20 +1097,12 @@
         <translation>Rücktaste</translation>
     </message>
     <message>
-        <source>Return</source>
-        <translation>Eingabetaste</translation>
-    </message>
-    <message>
         <source>Tab</source>
         <translation>Tabulator</translation>
     </message>
     <message>
         <source>Enter</source>
         <translation>Enter</translation>
-    </message>
-    <message>
-        <source>Help</source>
-        <translation>Hilfe</translation>
     </message>
     <message>
         <source>Delete</source>
@@ -1133,12 +1125,32 @@
         <translation>Bild ab</translation>
     </message>
     <message>
-        <source>Clear</source>
-        <translation>Löschen</translation>
-    </message>
-    <message>
         <source>(none)</source>
         <translation>(keine)</translation>
+    </message>
+    <message>
+        <source>Insert</source>
+        <translation>Einfg</translation>
+    </message>
+    <message>
+        <source>Num Enter</source>
+        <translation>Num Enter</translation>
+    </message>
+    <message>
+        <source>Num Lock</source>
+        <translation>Num</translation>
+    </message>
+    <message>
+        <source>Print</source>
+        <translation>Druck</translation>
+    </message>
+    <message>
+        <source>Scroll Lock</source>
+        <translation>Rollen</translation>
+    </message>
+    <message>
+        <source>Pause</source>
+        <translation>Pause</translation>
     </message>
 </context>
 <context>
@@ -1405,10 +1417,6 @@
         <translation>Unbekannte Aktion %1</translation>
     </message>
     <message>
-        <source>%1 (none)</source>
-        <translation>%1 (keiner)</translation>
-    </message>
-    <message>
         <source>Open %1</source>
         <translation>Öffnen: %1</translation>
     </message>
@@ -1536,6 +1544,90 @@
         <source>Changed. Factory: %1</source>
         <translation>Geändert. Ab Werk: %1</translation>
     </message>
+    <message>
+        <source>No keys yet</source>
+        <translation>Noch keine Tasten</translation>
+    </message>
+    <message>
+        <source>%1 + %2</source>
+        <translation>%1 + %2</translation>
+    </message>
+    <message>
+        <source>only on buttons I, II and III</source>
+        <translation>nur auf den Tasten I, II und III</translation>
+    </message>
+    <message>
+        <source>not on %1</source>
+        <translation>nicht auf %1</translation>
+    </message>
+    <message>
+        <source>not in %1</source>
+        <translation>nicht in %1</translation>
+    </message>
+    <message>
+        <source>unknown action</source>
+        <translation>unbekannte Aktion</translation>
+    </message>
+    <message>
+        <source>Ring: sensitivity %1, speed %2, same for all directions</source>
+        <translation>Ring: Empfindlichkeit %1, Tempo %2, gleich für alle Richtungen</translation>
+    </message>
+    <message>
+        <source>Ring: sensitivity %1, %2, %3, speed %4, %5, %6 (left and right, up and down, turning)</source>
+        <translation>Ring: Empfindlichkeit %1, %2, %3, Tempo %4, %5, %6 (seitwärts, auf und ab, Drehen)</translation>
+    </message>
+    <message>
+        <source>Tuner: sensitivity %1, click sound on</source>
+        <translation>Tuner: Empfindlichkeit %1, mit Klickgeräusch</translation>
+    </message>
+    <message>
+        <source>Tuner: sensitivity %1, click sound off</source>
+        <translation>Tuner: Empfindlichkeit %1, ohne Klickgeräusch</translation>
+    </message>
+    <message>
+        <source>Off: the device does nothing in this application.</source>
+        <translation>Aus: In dieser Anwendung tut das Gerät nichts.</translation>
+    </message>
+    <message>
+        <source>&amp;Find Action…</source>
+        <translation>Aktion &amp;suchen …</translation>
+    </message>
+    <message>
+        <source>&amp;Copy Action</source>
+        <translation>Aktion &amp;kopieren</translation>
+    </message>
+    <message>
+        <source>&amp;Paste Action</source>
+        <translation>Aktion &amp;einfügen</translation>
+    </message>
+    <message>
+        <source>&amp;No Action</source>
+        <translation>Keine &amp;Aktion</translation>
+    </message>
+    <message>
+        <source>&amp;Back to Factory</source>
+        <translation>Ab &amp;Werk</translation>
+    </message>
+    <message>
+        <source>Copy &amp;All Actions</source>
+        <translation>A&amp;lle Aktionen kopieren</translation>
+    </message>
+    <message>
+        <source>Pas&amp;te All Actions</source>
+        <translation>Alle Aktionen ein&amp;fügen</translation>
+    </message>
+    <message>
+        <source>&amp;Duplicate for Another Application…</source>
+        <translation>Für andere Anwendung &amp;duplizieren …</translation>
+    </message>
+    <message>
+        <source>%1 was not taken: %2.</source>
+        <translation>%1 wurde nicht übernommen: %2.</translation>
+    </message>
+    <message>
+        <source>%1 can&apos;t do the same in %2 and stay as they are.</source>
+        <translation>%1: Das geht in %2 nicht; hier bleibt es, wie es ist.</translation>
+    </message>
 </context>
 <context>
     <name>drevix::ExportPanel</name>
@@ -1655,10 +1747,6 @@
 <context>
     <name>drevix::KeystrokeField</name>
     <message>
-        <source>Press a key combination…</source>
-        <translation>Tastenkombination drücken …</translation>
-    </message>
-    <message>
         <source>Waiting for a key combination. Those of the desktop do not arrive: press the key alone, then check its modifiers.</source>
         <translation>Eine Tastenkombination wird erwartet. Die des Desktops kommen nicht an: die Taste allein drücken, dann ihre Zusatztasten ankreuzen.</translation>
     </message>
@@ -1667,8 +1755,20 @@
         <translation>Eine Tastenkombination wird erwartet.</translation>
     </message>
     <message>
-        <source>Press Return, then the key combination to assign.</source>
-        <translation>Eingabetaste drücken, dann die gewünschte Tastenkombination.</translation>
+        <source>Press the keys now</source>
+        <translation>Jetzt die Tasten drücken</translation>
+    </message>
+    <message>
+        <source>Press Enter, then the keys.</source>
+        <translation>Enter drücken, dann die Tasten.</translation>
+    </message>
+    <message>
+        <source>Stored as %1</source>
+        <translation>Gespeichert als %1</translation>
+    </message>
+    <message>
+        <source>%1, stored as %2</source>
+        <translation>%1, gespeichert als %2</translation>
     </message>
 </context>
 <context>
@@ -1761,6 +1861,198 @@
     <message>
         <source>Pressed.</source>
         <translation>Gedrückt.</translation>
+    </message>
+</context>
+<context>
+    <name>drevix::FindPanel</name>
+    <message>
+        <source>Find Action</source>
+        <translation>Aktion suchen</translation>
+    </message>
+    <message>
+        <source>Search actions, or type a keystroke such as ctrl+s</source>
+        <translation>Aktion suchen, oder Tasten eingeben wie strg+s</translation>
+    </message>
+    <message>
+        <source>Search actions</source>
+        <translation>Aktionen suchen</translation>
+    </message>
+    <message>
+        <source>Actions</source>
+        <translation>Aktionen</translation>
+    </message>
+    <message>
+        <source>↑ ↓ choose · Enter assigns to %1 · Esc closes</source>
+        <translation>↑ ↓ wählt · Enter weist %1 zu · Esc schließt</translation>
+    </message>
+    <message>
+        <source>No action matches “%1”.</source>
+        <translation>Keine Aktion passt zu „%1“.</translation>
+    </message>
+    <message>
+        <source>Keystroke</source>
+        <translation>Tastendruck</translation>
+    </message>
+</context>
+<context>
+    <name>drevix::OverviewPanel</name>
+    <message>
+        <source>&amp;All applications</source>
+        <translation>&amp;Alle Anwendungen</translation>
+    </message>
+    <message>
+        <source>Overview</source>
+        <translation>Übersicht</translation>
+    </message>
+    <message>
+        <source>Sheets</source>
+        <translation>Blätter</translation>
+    </message>
+    <message>
+        <source>&amp;Copy</source>
+        <translation>&amp;Kopieren</translation>
+    </message>
+    <message>
+        <source>&amp;Save as PDF…</source>
+        <translation>Als PDF &amp;sichern …</translation>
+    </message>
+    <message>
+        <source>&amp;Print…</source>
+        <translation>&amp;Drucken …</translation>
+    </message>
+    <message>
+        <source>Couldn&apos;t write “%1”: %2</source>
+        <translation>„%1“ konnte nicht geschrieben werden: %2</translation>
+    </message>
+    <message>
+        <source>Save as PDF</source>
+        <translation>Als PDF sichern</translation>
+    </message>
+    <message>
+        <source>PDF documents (*.pdf)</source>
+        <translation>PDF-Dokumente (*.pdf)</translation>
+    </message>
+    <message>
+        <source>There is no program that shows PDF documents. The sheet is in “%1”.</source>
+        <translation>Es gibt kein Programm für PDF-Dokumente. Das Blatt liegt in „%1“.</translation>
+    </message>
+</context>
+<context>
+    <name>Sheet</name>
+    <message>
+        <source>Bold: changed from the factory settings.</source>
+        <translation>Fett: anders als ab Werk.</translation>
+    </message>
+    <message>
+        <source>%1: %2</source>
+        <translation>%1: %2</translation>
+    </message>
+</context>
+<context>
+    <name>Keys</name>
+    <message>
+        <source>Super</source>
+        <translation>Super</translation>
+    </message>
+    <message>
+        <source>Ctrl</source>
+        <translation>Strg</translation>
+    </message>
+    <message>
+        <source>Alt</source>
+        <translation>Alt</translation>
+    </message>
+    <message>
+        <source>Shift</source>
+        <translation>Umschalt</translation>
+    </message>
+    <message>
+        <source>Caps Lock</source>
+        <translation>Feststell</translation>
+    </message>
+    <message>
+        <source>Num</source>
+        <translation>Num</translation>
+    </message>
+    <message>
+        <source>Enter</source>
+        <translation>Enter</translation>
+    </message>
+    <message>
+        <source>Tab</source>
+        <translation>Tab</translation>
+    </message>
+    <message>
+        <source>Esc</source>
+        <translation>Esc</translation>
+    </message>
+    <message>
+        <source>Insert</source>
+        <translation>Einfg</translation>
+    </message>
+    <message>
+        <source>Print</source>
+        <translation>Druck</translation>
+    </message>
+    <message>
+        <source>Scroll Lock</source>
+        <translation>Rollen</translation>
+    </message>
+    <message>
+        <source>Pause</source>
+        <translation>Pause</translation>
+    </message>
+    <message>
+        <source>Backspace</source>
+        <translation>Rücktaste</translation>
+    </message>
+    <message>
+        <source>Delete</source>
+        <translation>Entf</translation>
+    </message>
+    <message>
+        <source>Space</source>
+        <translation>Leertaste</translation>
+    </message>
+    <message>
+        <source>Home</source>
+        <translation>Pos1</translation>
+    </message>
+    <message>
+        <source>End</source>
+        <translation>Ende</translation>
+    </message>
+    <message>
+        <source>Page Up</source>
+        <translation>Bild auf</translation>
+    </message>
+    <message>
+        <source>Page Down</source>
+        <translation>Bild ab</translation>
+    </message>
+    <message>
+        <source>Left</source>
+        <translation>Links</translation>
+    </message>
+    <message>
+        <source>Right</source>
+        <translation>Rechts</translation>
+    </message>
+    <message>
+        <source>Up</source>
+        <translation>Hoch</translation>
+    </message>
+    <message>
+        <source>Down</source>
+        <translation>Runter</translation>
+    </message>
+    <message>
+        <source>Num Lock</source>
+        <translation>Num</translation>
+    </message>
+    <message>
+        <source>Menu</source>
+        <translation>Menü</translation>
     </message>
 </context>
 </TS>

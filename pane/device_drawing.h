@@ -1,0 +1,12 @@
+// The drawing of the device in the colours of a palette.
+#pragma once
+
+#include <QByteArray>
+#include <QPalette>
+
+namespace drevix {
+
+// The drawing as SVG, with body, parts, lines and light in the palette's colours; empty when it is not there.
+[[nodiscard]] QByteArray DeviceDrawing(const QPalette &palette);
+
+} // namespace drevix

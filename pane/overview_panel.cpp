@@ -1,0 +1,151 @@
+#include "pane/overview_panel.h"
+
+#include "pane/file_panels.h"
+#include "pane/workspace.h"
+
+#include <QClipboard>
+#include <QDialogButtonBox>
+#include <QDir>
+#include <QGuiApplication>
+#include <QHBoxLayout>
+#include <QMimeData>
+#include <QPainter>
+#include <QPushButton>
+#include <QSaveFile>
+#include <QScrollArea>
+#include <QStandardPaths>
+#include <QUrl>
+
+#include <tuple>
+#include <utility>
+
+namespace drevix {
+namespace {
+
+constexpr int kPageWidth = 820; // device-independent pixels; the sheet is legible then
+constexpr int kCopyScale = 2;
+
+// One sheet on the screen; painted when it is scrolled to.
+class SheetPage : public QWidget {
+  public:
+    explicit SheetPage(const SheetContents &sheet) : fSheet(sheet) {
+        const QSizeF size = SheetSize();
+        setFixedSize(kPageWidth, static_cast<int>(kPageWidth * size.height() / size.width()));
+        setAccessibleName(sheet.title);
+        setAccessibleDescription(SheetText(sheet));
+    }
+
+  protected:
+    void paintEvent(QPaintEvent * /*event*/) override {
+        QPainter painter(this);
+        painter.scale(width() / SheetSize().width(), width() / SheetSize().width());
+        PaintSheet(painter, fSheet);
+    }
+
+  private:
+    SheetContents fSheet;
+};
+
+QImage ImageOf(const SheetContents &sheet) {
+    QImage image((SheetSize() * kCopyScale).toSize(), QImage::Format_RGB32);
+    image.setDevicePixelRatio(kCopyScale);
+    QPainter painter(&image);
+    PaintSheet(painter, sheet);
+    return image;
+}
+
+} // namespace
+
+OverviewPanel::OverviewPanel(const QString &application, MakeSheets makeSheets, QWidget *window)
+    : QDialog(window), fMakeSheets(std::move(makeSheets)), fAll(new QRadioButton(tr("&All applications"))),
+      fPages(new QWidget), fPageBox(new QVBoxLayout(fPages)), fProblem(new QLabel) {
+    setWindowTitle(tr("Overview"));
+    setWindowModality(Qt::WindowModal);
+    auto *const one = new QRadioButton(QString(application).replace(QLatin1Char('&'), QLatin1String("&&")));
+    one->setChecked(true);
+    auto *const choice = new QHBoxLayout;
+    choice->addWidget(one);
+    choice->addWidget(fAll);
+    choice->addStretch();
+    auto *const scroll = new QScrollArea;
+    scroll->setWidget(fPages);
+    scroll->setWidgetResizable(true);
+    scroll->setAccessibleName(tr("Sheets"));
+    scroll->setMinimumSize(480, 320);
+    fProblem->setWordWrap(true);
+    fProblem->hide();
+    auto *const buttons = new QDialogButtonBox(QDialogButtonBox::Close);
+    const auto addButton = [&](const QString &title, void (OverviewPanel::*act)()) {
+        connect(buttons->addButton(title, QDialogButtonBox::ActionRole), &QPushButton::clicked, this, act);
+    };
+    addButton(tr("&Copy"), &OverviewPanel::Copy);
+    addButton(tr("&Save as PDF…"), &OverviewPanel::Save);
+    addButton(tr("&Print…"), &OverviewPanel::Print);
+    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+    connect(fAll, &QRadioButton::toggled, this, &OverviewPanel::Show);
+    auto *const box = new QVBoxLayout(this);
+    box->addLayout(choice);
+    box->addWidget(scroll);
+    box->addWidget(fProblem);
+    box->addWidget(buttons);
+    resize(kPageWidth + 80, 680);
+    Show();
+}
+
+void OverviewPanel::Show() {
+    fSheets = fMakeSheets(fAll->isChecked());
+    while (QLayoutItem *item = fPageBox->takeAt(0)) {
+        delete item->widget();
+        delete item;
+    }
+    for (const SheetContents &sheet : fSheets) {
+        fPageBox->addWidget(new SheetPage(sheet), 0, Qt::AlignHCenter);
+    }
+}
+
+// A file that was there stays as it was until the new one is whole.
+bool OverviewPanel::WriteTo(const QString &path) {
+    QSaveFile file(path);
+    const bool isWritten = file.open(QIODevice::WriteOnly) && WriteSheets(file, fSheets) && file.commit();
+    fProblem->setText(isWritten ? QString() : tr("Couldn't write “%1”: %2").arg(path, file.errorString()));
+    fProblem->setVisible(!isWritten);
+    return isWritten;
+}
+
+void OverviewPanel::Save() {
+    FilePanel panel(tr("Save as PDF"), QDir::homePath(), this);
+    panel.setAcceptMode(QFileDialog::AcceptSave);
+    panel.setNameFilter(tr("PDF documents (*.pdf)"));
+    panel.setDefaultSuffix(QStringLiteral("pdf"));
+    panel.selectFile(fAll->isChecked() ? QStringLiteral("Veltrana") : fSheets.front().title);
+    if (panel.exec() == QDialog::Accepted) {
+        std::ignore = WriteTo(panel.Path()); // told in the panel
+    }
+}
+
+// The program for PDF documents prints better than this one could: with the printer's own choices.
+void OverviewPanel::Print() {
+    const QDir folder(QStandardPaths::writableLocation(QStandardPaths::CacheLocation)); // nobody else's
+    std::ignore = folder.mkpath(QStringLiteral("."));                                   // writing tells
+    const QString path = folder.filePath(QStringLiteral("overview.pdf"));
+    if (WriteTo(path) && !OpenAddress(QUrl::fromLocalFile(path))) {
+        fProblem->setText(
+            tr("There is no program that shows PDF documents. The sheet is in “%1”.").arg(path));
+        fProblem->show();
+    }
+}
+
+void OverviewPanel::Copy() {
+    QString text;
+    for (const SheetContents &sheet : fSheets) {
+        text += SheetText(sheet) + QLatin1Char('\n');
+    }
+    auto *const data = new QMimeData;
+    data->setText(text);
+    if (fSheets.size() == 1) {
+        data->setImageData(ImageOf(fSheets.front()));
+    }
+    QGuiApplication::clipboard()->setMimeData(data);
+}
+
+} // namespace drevix

@@ -1,0 +1,40 @@
+// The overview: sheets of one application or of all, to look at, to keep as a PDF, to print and to copy.
+#pragma once
+
+#include "pane/sheet.h"
+
+#include <QDialog>
+#include <QLabel>
+#include <QRadioButton>
+#include <QVBoxLayout>
+
+#include <functional>
+
+namespace drevix {
+
+// Modal to its window.
+class OverviewPanel : public QDialog {
+    Q_OBJECT
+
+  public:
+    // Makes the sheets of the application shown, or of all.
+    using MakeSheets = std::function<std::vector<SheetContents>(bool ofAll)>;
+
+    OverviewPanel(const QString &application, MakeSheets makeSheets, QWidget *window);
+
+  private:
+    void Show();
+    void Save();
+    void Print();
+    void Copy();
+    bool WriteTo(const QString &path);
+
+    MakeSheets fMakeSheets;
+    std::vector<SheetContents> fSheets;
+    QRadioButton *fAll;
+    QWidget *fPages;
+    QVBoxLayout *fPageBox; // belongs to the pages
+    QLabel *fProblem;
+};
+
+} // namespace drevix

@@ -1,0 +1,33 @@
+// A sheet to lay beside the device: what its controls do in one application.
+#pragma once
+
+#include "pane/callout_layout.h"
+#include "pane/callout_painter.h"
+
+#include <QString>
+#include <QStringList>
+
+#include <array>
+#include <vector>
+
+class QIODevice;
+class QPainter;
+
+namespace drevix {
+
+struct SheetContents {
+    QString title;                               // the application
+    std::array<ControlText, kCallouts> controls; // in the order of kPictureSlots
+    QStringList values;                          // "Ring: sensitivity 120 %, speed 100 %", ...
+};
+
+// The sheet's size in the units in which it is painted, 1/96 inch: A4 across, or Letter where that is usual.
+[[nodiscard]] QSizeF SheetSize();
+// Paints a sheet, black on white, with its corner at the painter's origin.
+void PaintSheet(QPainter &painter, const SheetContents &sheet);
+// The sheet as lines of text.
+[[nodiscard]] QString SheetText(const SheetContents &sheet);
+// Writes a PDF file, a page a sheet, into a device that is open for writing. False when it cannot be written.
+[[nodiscard]] bool WriteSheets(QIODevice &device, const std::vector<SheetContents> &sheets);
+
+} // namespace drevix
