@@ -12,6 +12,7 @@
 #include "keyboard/qt/key_events.h"
 #include "keyboard/qt/keystroke_receiver.h"
 #include "pane/preference_pane.h"
+#include "pane/save_bar.h"
 #include "pane/sheet.h"
 #include "platform/files/files.h"
 #include "qbase/qbase.h"
@@ -124,7 +125,10 @@ class DrevixPane : public QObject,
     void TellConflicts(const std::vector<RecordConflict> &conflicts);
     [[nodiscard]] QStringList SaveProblems(const SaveResult &result) const;
     bool ExportBeforeClosing();
-    void ShowSaveButton(bool canApply);
+    void ShowSaveButton(SaveState state);
+    [[nodiscard]] QString SaveStateText(SaveState state, int unsaved) const;
+    [[nodiscard]] QString UnsavedName() const;
+    void LookForOutsideChanges();
 
     // The list of applications (pane_list.cpp)
     void UpdateTargetMenu();

@@ -264,18 +264,17 @@ void DrevixPane::UpdateRevertApplyButtons() {
     if (StoredPrefs() == nullptr) {
         return;
     }
-    const bool isEdited = IsEdited();
-    ShowSaveButton(isEdited);
-    if (!isEdited && (uiPaneButtonApply->hasFocus() || uiPaneButtonRevert->hasFocus())) {
+    const int unsaved = CountUnsaved();
+    const SaveState state = SaveStateOf({IsEdited(), unsaved > 0, fSaveStatus != noErr});
+    const bool canApply = CanApply(state);
+    ShowSaveButton(state);
+    if (!canApply && (uiPaneButtonApply->hasFocus() || uiPaneButtonRevert->hasFocus())) {
         // A button that dims would give the focus to whatever comes next.
         ControlLists()[static_cast<std::size_t>(uiPaneTabs->currentIndex())]->setFocus(Qt::OtherFocusReason);
     }
-    uiPaneButtonApply->setEnabled(isEdited);
-    uiPaneButtonRevert->setEnabled(isEdited);
-    const int unsaved = CountUnsaved();
-    uiPaneTextDifferences->setText(unsaved == 0   ? QString()
-                                   : unsaved == 1 ? tr("Unsaved changes")
-                                                  : tr("Unsaved changes for %1 applications").arg(unsaved));
+    uiPaneButtonApply->setEnabled(canApply);
+    uiPaneButtonRevert->setEnabled(canApply);
+    uiPaneTextDifferences->setText(SaveStateText(state, unsaved));
 }
 
 } // namespace drevix

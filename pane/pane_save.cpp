@@ -11,6 +11,9 @@
 #include "settings/prefs_list.h"
 #include "util/items/items_folder.h"
 
+#include <QApplication>
+#include <QShortcut>
+
 #include <array>
 #include <tuple>
 #include <utility>
@@ -80,6 +83,17 @@ QStringList ConflictTexts(const std::vector<RecordConflict> &conflicts) {
 void DrevixPane::BuildSaveControls() {
     connect(uiPaneButtonApply, &QPushButton::clicked, this, &DrevixPane::actPaneButtonApply);
     connect(uiPaneButtonSave, &QPushButton::clicked, this, &DrevixPane::actPaneButtonApply);
+    const QKeySequence saveKeys(QKeySequence::Save);
+    connect(new QShortcut(saveKeys, fMainView), &QShortcut::activated, this, [this] {
+        if (uiPaneButtonApply->isEnabled() || uiPaneButtonSave->isVisible()) {
+            actPaneButtonApply();
+        }
+    });
+    for (QPushButton *button : {uiPaneButtonApply, uiPaneButtonSave}) {
+        button->setToolTip(
+            QStringLiteral("%1 (%2)").arg(button->toolTip(), saveKeys.toString(QKeySequence::NativeText)));
+    }
+    connect(&fDeviceCheckTimer, &QTimer::timeout, this, &DrevixPane::LookForOutsideChanges);
     fRetryTimer.setInterval(kRetryInterval);
     fRestTimer.setInterval(kRest);
     fRestTimer.setObjectName(QStringLiteral("fRestTimer"));
@@ -176,15 +190,57 @@ void DrevixPane::SaveSoonIfInactive() {
 
 // While Apply has nothing to apply but the base is not in the file: after New, Delete and Import, after another
 // application was chosen, and after a save that failed.
-void DrevixPane::ShowSaveButton(bool canApply) {
-    const bool isShown = !canApply && (CountUnsaved() > 0 || fSaveStatus != noErr);
+void DrevixPane::ShowSaveButton(SaveState state) {
+    const bool isShown = OffersSave(state);
     if (!isShown && uiPaneButtonSave->hasFocus()) {
         ControlLists()[static_cast<std::size_t>(uiPaneTabs->currentIndex())]->setFocus(Qt::OtherFocusReason);
     }
-    uiPaneButtonSave->setText(fSaveStatus != noErr ? tr("Retry") : tr("Save Now"));
+    uiPaneButtonSave->setText(state == SaveState::Failed ? tr("Retry") : tr("Save Now"));
     // Of the two one alone is alight. A new title takes the shortcut away.
     uiPaneButtonSave->setShortcut(uiPaneButtonApply->shortcut());
     uiPaneButtonSave->setVisible(isShown);
+}
+
+// Why a save failed stands in the window's status line.
+QString DrevixPane::SaveStateText(SaveState state, int unsaved) const {
+    switch (state) {
+    case SaveState::Saved:
+        return tr("All changes saved");
+    case SaveState::Failed:
+        return unsaved > 0 ? tr("Not saved. Your changes are kept here.") : tr("Not saved");
+    case SaveState::Edited:
+    case SaveState::Kept:
+        break;
+    }
+    if (unsaved > 1) {
+        return tr("Unsaved changes in %1 applications").arg(unsaved);
+    }
+    const QString name = UnsavedName();
+    return name.isEmpty() ? tr("Unsaved changes") : tr("Unsaved changes in %1").arg(name);
+}
+
+// The one record that differs from the file; empty when that is one that was deleted.
+QString DrevixPane::UnsavedName() const {
+    if (IsEdited() || fDocument.IsUnsaved(fDrevixPrefs)) {
+        return ShownName(fDrevixPrefs);
+    }
+    for (RecordNumber i = 0; i < QBaseCountRecords(fDrevixBase); ++i) {
+        const AppPrefs *prefs = GetAppPrefs(fDrevixBase, i);
+        if (prefs != nullptr && fDocument.IsUnsaved(*prefs)) {
+            return ShownName(*prefs);
+        }
+    }
+    return {};
+}
+
+// What another program has saved is taken at once where nothing here could be lost by it. Edits wait for the
+// merge of the next save, and nothing changes under an open menu, a question or a field that takes keys.
+void DrevixPane::LookForOutsideChanges() {
+    const bool isBusy = QApplication::activePopupWidget() != nullptr ||
+                        QApplication::activeModalWidget() != nullptr || uiSettingsFieldKeystroke->IsWaiting();
+    if (!isBusy && CountUnsaved() == 0) {
+        TakeOutsideChanges();
+    }
 }
 
 bool DrevixPane::mayClose() {

@@ -1425,8 +1425,24 @@
         <translation>A&amp;ktion</translation>
     </message>
     <message>
-        <source>Unsaved changes for %1 applications</source>
-        <translation>Ungesicherte Änderungen für %1 Anwendungen</translation>
+        <source>Unsaved changes in %1 applications</source>
+        <translation>Ungesichert in %1 Anwendungen</translation>
+    </message>
+    <message>
+        <source>Unsaved changes in %1</source>
+        <translation>Ungesichert: %1</translation>
+    </message>
+    <message>
+        <source>All changes saved</source>
+        <translation>Alles gesichert</translation>
+    </message>
+    <message>
+        <source>Not saved. Your changes are kept here.</source>
+        <translation>Nicht gesichert. Die Änderungen bleiben hier.</translation>
+    </message>
+    <message>
+        <source>Not saved</source>
+        <translation>Nicht gesichert</translation>
     </message>
     <message>
         <source>A&amp;ction: %1</source>

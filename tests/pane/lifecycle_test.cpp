@@ -45,7 +45,7 @@ TEST_F(Flow, EveryWayOut_SavesEverything) {
         EXPECT_EQ(Saved(0).device[0].toolSensitivity, value);
         EXPECT_EQ(Saved(2).device[0].toolSensitivity, value);
         EXPECT_FALSE(CanApply() || Titles().join(u' ').contains(u'*'));
-        EXPECT_EQ(Text("uiPaneTextDifferences"), QString());
+        EXPECT_EQ(Text("uiPaneTextDifferences"), u"All changes saved"_s);
         Start();
     }
     fPane->willUnselect();

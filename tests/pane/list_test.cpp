@@ -83,7 +83,7 @@ TEST_F(List, ChoosingARecord_StoresTheOneBefore) {
     EXPECT_EQ(GetAppPrefs(fPane->Base(), 0)->active, 0);
     EXPECT_EQ(Saved(0).active, 1) << "the file waits for a save";
     EXPECT_FALSE(CanApply());
-    EXPECT_EQ(Text("uiPaneTextDifferences"), u"Unsaved changes"_s);
+    EXPECT_EQ(Text("uiPaneTextDifferences"), u"Unsaved changes in Global Settings"_s);
     ASSERT_TRUE(Choose(Targets(), 0));
     Click("uiSettingsRadioActive");
     EXPECT_EQ(fPane->WorkingCopy().active, 1);
@@ -124,7 +124,7 @@ TEST_F(List, Delete_AsksAndShowsTheRecordAbove) {
     EXPECT_EQ(Text("uiPaneTextDifferences"), u"Unsaved changes"_s);
     Click("uiPaneButtonSave"); // there was once no button for this
     EXPECT_EQ(fFolder.SavedNames(), Names({"", "photo", "Alpha"}));
-    EXPECT_EQ(Text("uiPaneTextDifferences") + SaveOffer(), QString());
+    EXPECT_EQ(Text("uiPaneTextDifferences") + SaveOffer(), u"All changes saved"_s);
 }
 
 // Everything in the chooser from the keyboard: search, go down, take it.

@@ -218,7 +218,7 @@ class PanelTest : public ::testing::Test {
     [[nodiscard]] const ActionSlot &Slot(SlotIndex slot) const {
         return fPane->WorkingCopy().device[0].action[slot];
     }
-    // What the button beside "Unsaved changes" offers; nothing when it is not there.
+    // What the button beside the text on unsaved changes offers; nothing when it is not there.
     [[nodiscard]] QString SaveOffer() const {
         return Find<QWidget>("uiPaneButtonSave")->isVisible() ? Text("uiPaneButtonSave").remove(u'&')
                                                               : QString();

@@ -65,6 +65,25 @@ TEST_F(Saving, RecordsOfOtherPrograms_ComeInAndTheSameOneIsTold) {
     EXPECT_TRUE(fPane->mayClose()) << "it was told";
 }
 
+// What another program saved was seen only when the window came to the front again.
+TEST_F(Saving, OutsideChange_IsTakenInFrontUnlessSomethingIsUnsaved) {
+    auto *const timer = fPane->findChild<QTimer *>(u"fDeviceCheckTimer"_s);
+    timer->setInterval(1);
+    AppPrefs theirs = MakeFullRecord(0, "");
+    theirs.device[0].navSpeed = 7;
+    Save({theirs, MakeFullRecord(kNoSignature, "Ada")});
+    EXPECT_TRUE(QTest::qWaitFor([&] { return SameBytes(fPane->WorkingCopy(), theirs); }));
+    EXPECT_EQ(Titles().join(u' '), u"Global Settings - Ada"_s);
+    Edit();
+    EXPECT_EQ(Text("uiPaneTextDifferences"), u"Unsaved changes in Global Settings"_s);
+    Save({theirs});
+    QTest::qWait(20);
+    EXPECT_EQ(Titles().constLast(), u"Ada"_s) << "not while an edit waits for Apply";
+    EXPECT_TRUE(CanApply());
+    QTest::keyClick(fWindow.get(), Qt::Key_S, Qt::ControlModifier);
+    EXPECT_EQ(Titles().join(u' '), u"Global Settings -"_s);
+}
+
 TEST_F(Saving, WhatIsTold_IsWhatEachSideDid) {
     ASSERT_TRUE(Choose(Targets(), 3));
     AnswerNext([](QDialog *panel) { Press(panel, u"Delete"_s); });
@@ -140,6 +159,7 @@ TEST_F(Saving, FailedSave_CanBeTriedAgainAndClosingAsks) {
         Click("uiPaneButtonApply");
         EXPECT_FALSE(CanApply());
         EXPECT_EQ(SaveOffer(), u"Retry"_s);
+        EXPECT_EQ(Text("uiPaneTextDifferences"), u"Not saved. Your changes are kept here."_s);
         AnswerNext([&](QDialog *question) {
             if (row.isMended) {
                 full.reset();
@@ -158,7 +178,7 @@ TEST_F(Saving, FailedSave_CanBeTriedAgainAndClosingAsks) {
         EXPECT_EQ(std::filesystem::exists(fFolder.Path("all.veltrana")), row.exports);
         std::filesystem::remove(fFolder.Path("all.veltrana"));
         if (!row.closes) {
-            Click("uiPaneButtonSave");
+            QTest::keyClick(fWindow.get(), Qt::Key_S, Qt::ControlModifier);
             EXPECT_TRUE(IsSaved() && SaveOffer().isEmpty() && fProblem.isEmpty()) << fProblem;
         }
         EXPECT_TRUE(fPane->mayClose()) << "there is nothing to ask, or no panel to leave";
