@@ -1,4 +1,4 @@
-// Numbers as the classic formats hold them: most significant byte first.
+// Big-endian numbers, as in the classic formats.
 #pragma once
 
 #include <cstddef>
@@ -9,7 +9,7 @@
 
 namespace drevix {
 
-// The number of `size` bytes (4 at most) at an offset, which the caller has checked against the length.
+// Reads a number of `size` bytes (at most 4) at an offset; the caller has checked that it fits.
 [[nodiscard]] inline std::uint32_t GetNumber(std::span<const std::byte> bytes, std::size_t offset,
                                              std::size_t size) {
     std::uint32_t number = 0;

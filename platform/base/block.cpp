@@ -16,26 +16,26 @@ namespace {
 BlockAllocator gDefaultAllocator;
 BlockAllocator *gAllocator = &gDefaultAllocator;
 
-// A large block is filled about four times as fast in huge pages: fresh memory costs more in page faults than
-// in copying. From this size on the C library gives each block a mapping of its own (mallopt(3), the upper
-// bound of M_MMAP_THRESHOLD).
+// Filling a large block is about four times as fast with huge pages: page faults on fresh memory cost more
+// than copying. From this size on the C library gives each block its own mapping (mallopt(3), the upper bound
+// of M_MMAP_THRESHOLD).
 constexpr std::size_t kHugePage = std::size_t{2} << 20;
 constexpr std::size_t kHugePagesFrom = 16 * kHugePage;
 
 void AskForHugePages(void *memory, std::size_t size) {
     const auto page = static_cast<std::uintptr_t>(::sysconf(_SC_PAGESIZE));
-    // Whole pages, outwards: a mapping of which only a part is advised falls in two, and can then no longer
-    // grow without being copied.
+    // Round outwards to whole pages: advising only part of a mapping splits it, and it can then no longer
+    // grow without copying.
     const std::uintptr_t start = reinterpret_cast<std::uintptr_t>(memory) / page * page;
     const std::uintptr_t end = (reinterpret_cast<std::uintptr_t>(memory) + size + page - 1) / page * page;
-    // A wish: without huge pages everything works in small ones.
+    // Best effort: everything also works with small pages.
     std::ignore = ::madvise(reinterpret_cast<void *>(start), end - start, MADV_HUGEPAGE);
 }
 
-// The next size with which a mapping, the C library's own bytes included, is a whole number of huge pages:
-// the kernel aligns such a one to them, and moves it by its page tables when it grows.
+// The next size for which a mapping, including the C library's own bytes, is a whole number of huge pages:
+// the kernel aligns such a mapping, and moves it by page tables when it grows.
 std::size_t FillHugePages(std::size_t size) {
-    constexpr std::size_t kOverhead = 64; // more than the C library takes, less than a page
+    constexpr std::size_t kOverhead = 64; // more than the C library's overhead, less than a page
     if (size < kHugePagesFrom || size > std::numeric_limits<std::size_t>::max() / 2) {
         return size;
     }
@@ -87,7 +87,7 @@ void Block::Release() {
 }
 
 OSErr Block::Reallocate(std::size_t size) {
-    // The reserve is a wish: when it cannot be had, the exact size still may.
+    // The reserve is optional: if it does not fit, the exact size still may.
     const std::size_t room = std::numeric_limits<std::size_t>::max() - fReserve;
     const std::size_t wanted = FillHugePages(std::max(size, fReserve + std::min(fReserve, room)));
     std::size_t granted = wanted;

@@ -1,5 +1,5 @@
-// A growable block of memory that reports failure instead of throwing.
-// The record base keeps its index, its records and its user block in three of these.
+// A growable block of memory that reports failure instead of throwing. The record base uses three: index,
+// records and user block.
 #pragma once
 
 #include "platform/base/status.h"
@@ -7,24 +7,23 @@
 
 namespace drevix {
 
-// Where blocks get their memory. The default is the C library's; a test installs its own to make the n-th
-// request fail.
+// The allocator for blocks. The default is the C library's; tests install their own to make the n-th request
+// fail.
 class BlockAllocator {
   public:
     virtual ~BlockAllocator() = default;
-    // As realloc(3): a null `memory` asks for a new block; null means no memory, and `memory` then stays
-    // valid. `size` is never 0.
+    // As realloc(3): a null `memory` requests a new block; a null result means out of memory, and `memory`
+    // stays valid. `size` is never 0.
     virtual void *Reallocate(void *memory, std::size_t size);
     // As free(3).
     virtual void Release(void *memory);
 };
 
-// Installs the allocator that all blocks use from now on, null for the default, and returns the one installed
-// before. Blocks that hold memory must be released by the allocator that gave it, so install before the first
-// block is made.
+// Installs the allocator for all blocks (null: the default) and returns the previous one. A block must be
+// released by the allocator that allocated it, so call this before the first block is created.
 BlockAllocator *SetBlockAllocator(BlockAllocator *allocator);
 
-// An owned run of bytes. Its address stays the same until it is resized. Not copyable; moving leaves an empty
+// Owns a run of bytes. The address changes only on a resize. Not copyable; moving from it leaves an empty
 // block.
 class Block {
   public:
@@ -35,21 +34,20 @@ class Block {
     Block &operator=(const Block &) = delete;
     ~Block();
 
-    // Start of the bytes, aligned for any plain type; null only while nothing was ever allocated.
+    // The bytes, aligned for any plain type; null only if nothing was ever allocated.
     [[nodiscard]] std::byte *Data() { return fData; }
     [[nodiscard]] const std::byte *Data() const { return fData; }
-    // The bytes in use, as last set by Resize.
+    // The size as last set by Resize.
     [[nodiscard]] std::size_t Size() const { return fSize; }
 
-    // How many bytes it can grow by without being moved.
+    // How many bytes the block can grow without moving.
     [[nodiscard]] std::size_t Room() const { return fReserve - fSize; }
 
-    // Sets the size. Bytes kept stay unchanged, bytes gained are undefined. Growing beyond the reserve may
-    // move the block; the reserve then doubles at least, so that n appends cost O(n) copies. Shrinking never
-    // fails and keeps the reserve, but for a size of 0, which gives all memory back.
-    // noErr, or memFullErr with the block unchanged.
+    // Sets the size. Keeps existing bytes; new ones are undefined. Growing beyond the reserve may move the
+    // block and at least doubles the reserve, so that n appends cost O(n) copies. Shrinking never fails and
+    // keeps the reserve, except that size 0 frees all memory. noErr, or memFullErr with the block unchanged.
     [[nodiscard]] OSErr Resize(std::size_t size);
-    // Makes room for `size` bytes in all, which may move the block. noErr, or memFullErr with the block
+    // Makes room for `size` bytes in total; may move the block. noErr, or memFullErr with the block
     // unchanged.
     [[nodiscard]] OSErr Reserve(std::size_t size) { return size <= fReserve ? noErr : Reallocate(size); }
 

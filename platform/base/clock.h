@@ -5,7 +5,7 @@
 
 namespace drevix {
 
-// Ticks of 1/60 s on the steady clock, from an arbitrary start; wraps around after about 2.3 years.
+// Ticks of 1/60 s on the steady clock since an arbitrary start; wraps around after about 2.3 years.
 [[nodiscard]] std::uint32_t TickCount();
 
 } // namespace drevix

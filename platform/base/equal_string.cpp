@@ -5,7 +5,7 @@
 namespace drevix {
 namespace {
 
-// The accented capitals of Mac OS Roman and their small letters.
+// The accented capitals of Mac OS Roman and their lower-case letters.
 struct CasePair {
     std::uint8_t capital;
     std::uint8_t small;

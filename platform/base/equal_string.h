@@ -1,4 +1,4 @@
-// Comparing Pascal strings as the platform compares names of files and processes.
+// Compares Pascal strings as the platform compares names of files and processes.
 #pragma once
 
 #include "platform/base/types.h"
@@ -10,12 +10,12 @@ namespace drevix {
 
 enum class LetterCase : bool { Counts, Ignored };
 
-// Whether two strings in Mac OS Roman are the same text. With LetterCase::Ignored an accented capital is its
-// small letter too; a letter with an accent is never the one without.
+// Whether two Mac OS Roman strings are equal. LetterCase::Ignored also folds accented capitals; accents
+// always count.
 [[nodiscard]] bool EqualString(ConstStringPtr a, ConstStringPtr b, LetterCase letterCase);
 
-// A text in Mac OS Roman with its letter case taken away: those of two texts are the same where EqualString
-// with LetterCase::Ignored finds the texts the same. For looking many names up at once.
+// Folds the letter case of a Mac OS Roman text: two texts have the same result if EqualString with
+// LetterCase::Ignored finds them equal. For looking up many names.
 [[nodiscard]] std::string FoldedString(std::string_view text);
 
 } // namespace drevix

@@ -9,7 +9,7 @@ namespace {
 constexpr std::string_view kBlanks = " \t\r";
 constexpr std::size_t kShownBytes = 40;
 
-// Where the next of these characters is, or the end of the text.
+// The position of the next of these characters, or the text's length.
 std::size_t FindOrEnd(std::string_view text, std::string_view characters, std::size_t start = 0) {
     return std::min(text.find_first_of(characters, start), text.size());
 }

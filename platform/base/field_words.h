@@ -1,5 +1,5 @@
-// Lines of words, as the files have them that people write: a word is NAME or NAME=VALUE, blanks stand between
-// words, and a value with blanks stands in double quotes.
+// Parses lines of hand-written files: words NAME or NAME=VALUE, separated by blanks; a value with blanks is
+// in double quotes.
 #pragma once
 
 #include <cstdint>
@@ -9,27 +9,27 @@
 
 namespace drevix {
 
-// One word; a part of the text that it was taken from.
+// One word; points into the parsed text.
 struct FieldWord {
     std::string_view name;
-    std::optional<std::string_view> value; // without its quotes; nothing for a word without "="
+    std::optional<std::string_view> value; // without quotes; nullopt for a word without "="
 };
 
-// A text without the blanks at its ends.
+// The text without leading and trailing blanks.
 [[nodiscard]] std::string_view TrimmedText(std::string_view text);
 
-// Takes the next line off the front of a text, which is not empty, and gives it trimmed.
+// Removes the first line from a non-empty text and returns it trimmed.
 [[nodiscard]] std::string_view TakeTextLine(std::string_view *text);
 
-// Takes the next word off the front of a trimmed line that is not empty; the line is trimmed again then. False,
-// with the reason in *problem (the rest of a sentence), for a quote that is not closed.
+// Removes the first word from a non-empty trimmed line and trims the rest. False, with the reason in *problem
+// (the end of a sentence), for an unclosed quote.
 [[nodiscard]] bool TakeFieldWord(std::string_view *line, FieldWord *word, std::string *problem);
 
-// A word as it is quoted in a message: cut to 40 bytes.
+// A word quoted for a message, cut to 40 bytes.
 [[nodiscard]] std::string QuotedWord(std::string_view word);
 
-// The whole text as a number between the two bounds, decimal, or hexadecimal with "0x" in front; nothing for any
-// other text.
+// Parses the whole text as a number within the bounds, decimal or hexadecimal ("0x"); nullopt for anything
+// else.
 [[nodiscard]] std::optional<std::int64_t> FieldNumber(std::string_view text, std::int64_t least,
                                                       std::int64_t most);
 

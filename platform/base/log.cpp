@@ -11,7 +11,7 @@
 namespace drevix {
 namespace {
 
-// Read once: the environment of a program is that of its start.
+// Read once: a program's environment is fixed at its start.
 const std::string &Categories() {
     static const std::string categories = [] {
         const char *asked = std::getenv(kVerboseVariable);

@@ -1,4 +1,4 @@
-// A place in the program's event loop for what has a descriptor and times of its own.
+// Watches a descriptor and a timer in the program's event loop.
 #pragma once
 
 #include <chrono>
@@ -8,7 +8,7 @@
 
 namespace drevix {
 
-// What a program's event loop does for watches: Qt's in the panel, sd-event's in the helper. Main thread only.
+// The program's event loop as watches use it: Qt's in the panel, sd-event's in the helper. Main thread only.
 class EventLoop {
   public:
     EventLoop() = default;
@@ -16,7 +16,7 @@ class EventLoop {
     EventLoop &operator=(const EventLoop &) = delete;
     virtual ~EventLoop() = default;
 
-    // One watch's part of the loop; ends with its destruction, which may happen within the call.
+    // One watch's registration with the loop, until destruction, which may happen during the callback.
     class Place {
       public:
         Place() = default;
@@ -30,22 +30,22 @@ class EventLoop {
     [[nodiscard]] virtual bool IsRunning() const = 0;
 };
 
-// Sets the loop that watches use from their next Watch on; null for none. It stays the caller's.
+// Sets the loop that watches use from their next Watch call; null: none. Not owned.
 void SetEventLoop(EventLoop *loop);
 
-// Calls a function from the program's event loop when a descriptor is ready, its peer has hung up or it
-// failed, again and again as long as that is so, or when a time has come. The function may destroy the watch
-// when it is called for the descriptor. The descriptor stays the caller's, and must outlive the watch.
-// In a program without an event loop nothing is ever called. Main thread only.
+// Calls a function from the program's event loop when a descriptor is ready, hung up or failed (repeatedly,
+// as long as that is so), or when a time has come. The function may destroy the watch when called for the
+// descriptor. The descriptor belongs to the caller and must outlive the watch. Without an event loop nothing
+// is ever called. Main thread only.
 class LoopWatch {
   public:
     explicit LoopWatch(std::function<void()> function);
 
-    // From now on watches this descriptor (-1 for none) for POLLIN and POLLOUT in `events`, and calls once
-    // after `wait` unless it is changed before.
+    // Watches this descriptor (-1: none) for POLLIN and POLLOUT in `events`, and calls once after `wait`
+    // unless changed before. Replaces the previous watch.
     void Watch(int descriptor, short events, std::optional<std::chrono::milliseconds> wait);
 
-    // Whether an event loop is running, so that waiting would be felt.
+    // Whether an event loop is running, so that blocking would be noticed.
     [[nodiscard]] static bool IsInLoop();
 
   private:

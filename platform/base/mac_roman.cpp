@@ -9,7 +9,7 @@ namespace drevix {
 namespace {
 
 // clang-format off
-// The characters of the bytes 0x80 to 0xFF.
+// The characters for bytes 0x80 to 0xFF.
 constexpr auto kHighHalf = std::to_array<char16_t>({
     0x00C4, 0x00C5, 0x00C7, 0x00C9, 0x00D1, 0x00D6, 0x00DC, 0x00E1,  // 80
     0x00E0, 0x00E2, 0x00E4, 0x00E3, 0x00E5, 0x00E7, 0x00E9, 0x00E8,  // 88
@@ -29,7 +29,7 @@ constexpr auto kHighHalf = std::to_array<char16_t>({
     0x00AF, 0x02D8, 0x02D9, 0x02DA, 0x00B8, 0x02DD, 0x02DB, 0x02C7,  // F8
 });
 
-// An ASCII letter, a combining accent, and the character that they make together.
+// An ASCII letter, a combining accent, and their composed character.
 struct Composition {
     char letter;
     char16_t accent;
@@ -59,7 +59,7 @@ struct Reverse {
     std::uint8_t byte;
 };
 
-// The high half by character, for the search.
+// The high half sorted by character, for binary search.
 constexpr auto kReverse = [] {
     std::array<Reverse, kHighHalf.size()> rows{};
     for (std::size_t i = 0; i < rows.size(); ++i) {
@@ -92,7 +92,7 @@ int ComposedByte(char letter, char32_t accent) {
     return kNoByte;
 }
 
-// Converts and tells whether nothing had to be replaced.
+// Converts; returns whether nothing had to be replaced.
 bool Convert(std::string_view text, std::string &result) {
     bool exact = true;
     result.reserve(text.size());

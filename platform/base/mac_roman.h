@@ -1,5 +1,5 @@
-// The platform's 8-bit text encoding, Mac OS Roman, to and from UTF-8.
-// The table is Apple's ROMAN.TXT as of Mac OS 8.5 (0xDB is the euro sign, 0xF0 the private U+F8FF).
+// Converts the platform's 8-bit encoding, Mac OS Roman, to and from UTF-8. The table is Apple's ROMAN.TXT as
+// of Mac OS 8.5 (0xDB is the euro sign, 0xF0 the private U+F8FF).
 #pragma once
 
 #include <cstdint>
@@ -9,12 +9,12 @@
 
 namespace drevix {
 
-// Every byte value has a character, so every text comes back from MacRomanFromUtf8 unchanged. Bytes 0 to 127
+// Converts to UTF-8. Every byte value has a character, so MacRomanFromUtf8 restores any text. Bytes 0 to 127
 // are ASCII.
 [[nodiscard]] std::string Utf8FromMacRoman(std::span<const std::uint8_t> text);
 
-// The text in Mac OS Roman. A character that Mac OS Roman lacks, and each malformed UTF-8 sequence, becomes
-// one '?'. A letter followed by a combining accent becomes the accented letter where Mac OS Roman has it.
+// Converts to Mac OS Roman. Each character that Mac OS Roman lacks and each malformed UTF-8 sequence becomes
+// '?'. A letter plus a combining accent becomes the accented letter if Mac OS Roman has it.
 [[nodiscard]] std::string MacRomanFromUtf8(std::string_view text);
 
 // Whether the text is well-formed UTF-8 and all its characters exist in Mac OS Roman.

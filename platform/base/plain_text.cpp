@@ -3,8 +3,8 @@
 namespace drevix {
 namespace {
 
-// How many bytes the control character at the front of the text has; 0 when there is another. U+0080 to
-// U+009F are some too, one of which begins commands to the terminal as an escape character does.
+// The length in bytes of a control character at the start of the text; 0 for any other character. Includes
+// U+0080 to U+009F, one of which starts terminal commands like escape.
 std::size_t ControlLength(std::string_view text) {
     const auto first = static_cast<unsigned char>(text[0]);
     const auto second = static_cast<unsigned char>(text.size() > 1 ? text[1] : 0);

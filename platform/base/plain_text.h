@@ -1,4 +1,4 @@
-// Text from files on its way to a terminal.
+// Makes text from files safe for a terminal.
 #pragma once
 
 #include <string>
@@ -6,8 +6,8 @@
 
 namespace drevix {
 
-// UTF-8 text with each control character, line ends among them, replaced by '?': a name out of a file must
-// not steer the terminal, nor break a line in two. Bytes that are no UTF-8 stay. May throw std::bad_alloc.
+// Replaces each control character in UTF-8 text, including line ends, by '?': a name from a file must not
+// control the terminal or break a line. Keeps invalid UTF-8 bytes. May throw std::bad_alloc.
 [[nodiscard]] std::string PlainText(std::string_view text);
 
 } // namespace drevix

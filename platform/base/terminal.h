@@ -5,7 +5,7 @@
 
 namespace drevix {
 
-// The columns of the terminal that standard output is; `otherwise` when it is none, or does not tell.
+// The width of the terminal on standard output, in columns; `otherwise` if unknown or not a terminal.
 [[nodiscard]] std::size_t TerminalColumns(std::size_t otherwise);
 
 } // namespace drevix

@@ -1,5 +1,5 @@
-// The platform's plain types: statuses' width, four-character codes and Pascal strings.
-// Every other header of the project builds on these.
+// The platform's basic types: statuses, four-character codes and Pascal strings. Every other header builds on
+// these.
 #pragma once
 
 #include <algorithm>
@@ -12,7 +12,7 @@ namespace drevix {
 
 // A status: 0 for success, else a negative code from "platform/base/status.h".
 using OSErr = std::int16_t;
-// The same where the platform has 32 bits.
+// The same in 32 bits, where the platform has that.
 using OSStatus = std::int32_t;
 
 // A four-character code. The first character is the most significant byte.
@@ -34,13 +34,13 @@ using Str31 = std::array<std::uint8_t, 32>;
 using Str63 = std::array<std::uint8_t, 64>;
 using Str255 = std::array<std::uint8_t, 256>;
 
-// The characters of a Pascal string; no more than its field holds, whatever its length byte says.
+// The characters of a Pascal string; never more than its field holds, whatever the length byte.
 template <std::size_t N>
 [[nodiscard]] std::string_view PascalCharacters(const std::array<std::uint8_t, N> &text) {
     return {reinterpret_cast<const char *>(text.data()) + 1, std::min<std::size_t>(text[0], N - 1)};
 }
 
-// Makes a Pascal string constant of a literal: PascalLiteral("pref") is {4, 'p', 'r', 'e', 'f'}.
+// Makes a Pascal string constant from a literal: PascalLiteral("pref") is {4, 'p', 'r', 'e', 'f'}.
 template <std::size_t N>
 consteval std::array<std::uint8_t, N> PascalLiteral(const char (&text)[N]) {
     static_assert(N >= 1 && N <= 256, "a Pascal string holds at most 255 characters");

@@ -15,7 +15,7 @@ char32_t TakeUtf8(std::string_view *text) {
     }
     const int more = first < 0xE0 ? 1 : first < 0xF0 ? 2 : 3;
     char32_t character = first & (0x3F >> more);
-    // The second byte's narrower range keeps out overlong forms, surrogates and characters above U+10FFFF.
+    // The second byte's narrower range excludes overlong forms, surrogates and characters above U+10FFFF.
     std::uint8_t low = first == 0xE0 ? 0xA0 : first == 0xF0 ? 0x90 : 0x80;
     std::uint8_t high = first == 0xED ? 0x9F : first == 0xF4 ? 0x8F : 0xBF;
     for (int i = 0; i < more; ++i, low = 0x80, high = 0xBF) {
