@@ -113,7 +113,7 @@ int Disk::ListFolder(const char *path, std::vector<std::string> *names) {
     }
     names->clear();
     for (;;) {
-        errno = 0; // the only sign by which a failure differs from the end
+        errno = 0; // the only way to tell a failure from the end
         const struct dirent *entry = ::readdir(folder.get());
         if (entry == nullptr) {
             return errno == 0 ? 0 : -1;

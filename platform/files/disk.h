@@ -1,6 +1,5 @@
-// The system calls through which platform/ reaches the disk, as one interface.
-// The files of "platform/files/files.h" use nothing else, so a test that installs a disk of its own can make any
-// transfer fail, fall short or be the last thing that a process does.
+// The system calls that access the disk, as one interface. "platform/files/files.h" uses nothing else, so a
+// test can install a disk that makes any transfer fail, fall short or be the process's last.
 #pragma once
 
 #include <cstddef>
@@ -11,8 +10,8 @@
 
 namespace drevix {
 
-// Every operation keeps the convention of the system call in its comment: -1 with errno set for a failure.
-// The base class is the real disk.
+// Every operation follows the system call in its comment: -1 with errno set on failure. The base class is the
+// real disk.
 class Disk {
   public:
     virtual ~Disk() = default;
@@ -36,15 +35,15 @@ class Disk {
     virtual ssize_t ReadLink(const char *path, char *target, std::size_t size); // readlink(2)
     virtual int MakeFolder(const char *path, mode_t mode);                      // mkdir(2)
     virtual int RealPath(const char *path, std::string *real);                  // realpath(3)
-    // readdir(3) to the end: the names of all entries but "." and "..", in no order.
+    // readdir(3) to the end: the names of all entries except "." and "..", unordered.
     virtual int ListFolder(const char *path, std::vector<std::string> *names);
 };
 
-// Installs the disk that all files use from now on, null for the real one, and returns the one installed
-// before. Files that are open must be closed by the disk that opened them.
+// Installs the disk for all files (null: the real one) and returns the previous one. A file must be closed by
+// the disk that opened it.
 Disk *SetDisk(Disk *disk);
 
-// The disk in use.
+// The current disk.
 [[nodiscard]] Disk &CurrentDisk();
 
 } // namespace drevix

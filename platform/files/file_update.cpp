@@ -25,7 +25,7 @@ namespace {
 constexpr mode_t kNewFileMode = 0666; // less the user's umask
 constexpr mode_t kPermissionBits = 07777;
 constexpr int kMostKept = 1000;                           // numbered copies beside a kept file
-constexpr std::chrono::milliseconds kLongestUpdate{1000}; // of another program with the same file
+constexpr std::chrono::milliseconds kLongestUpdate{1000}; // for another program with the same file
 constexpr std::size_t kChunk = std::size_t{1} << 20;
 constexpr std::int64_t kMostInMemory = std::numeric_limits<std::int32_t>::max();
 
@@ -46,7 +46,7 @@ OSErr ReadRest(FileRef file, std::string *bytes) try {
         return memFullErr;
     }
     bytes->clear();
-    // A stream says length 0, and a file may grow: read until the end really comes.
+    // A stream reports length 0 and a file may grow, so read until the actual end.
     for (std::size_t wanted = static_cast<std::size_t>(length) + 1;; wanted = kChunk) {
         const std::size_t before = bytes->size();
         if (before + wanted > static_cast<std::size_t>(kMostInMemory)) {
@@ -64,7 +64,7 @@ OSErr ReadRest(FileRef file, std::string *bytes) try {
     return memFullErr;
 }
 
-// Whether `other` is a file of its own, reached over no link, with the bytes of the file at `path`.
+// Whether `other` is a separate file (no link) with the same bytes as the file at `path`.
 bool IsCopyOf(const std::string &path, const std::string &other) {
     std::string original;
     struct stat a {};
@@ -74,14 +74,15 @@ bool IsCopyOf(const std::string &path, const std::string &other) {
         disk.StatusAt(other.c_str(), &b) != 0 || a.st_size != b.st_size || !S_ISREG(b.st_mode)) {
         return false;
     }
-    const bool oneFile = a.st_dev == b.st_dev && a.st_ino == b.st_ino; // changes when the original does
+    const bool oneFile =
+        a.st_dev == b.st_dev && a.st_ino == b.st_ino; // a hard link: changes with the original
     std::string bytes;
     std::string otherBytes;
     return !oneFile && ReadWholeFile(path, &bytes) == noErr && ReadWholeFile(other, &otherBytes) == noErr &&
            bytes == otherBytes;
 }
 
-// Whether the open file is the one that the path names now.
+// Whether the open file is still the one at the path.
 OSErr IsFileAt(const std::string &path, int descriptor, bool *result) {
     struct stat opened {};
     struct stat named {};
@@ -96,7 +97,7 @@ OSErr IsFileAt(const std::string &path, int descriptor, bool *result) {
     return noErr;
 }
 
-// Moves what stands at `path` to the first free of `path`.1, `path`.2, ...
+// Moves the file at `path` to the first free of `path`.1, `path`.2, ...
 OSErr MoveToFreeName(const std::string &path) {
     for (int i = 1; i <= kMostKept; ++i) {
         const std::string free = path + "." + std::to_string(i);
@@ -143,8 +144,8 @@ OSErr FileUpdate::Open(const std::string &path, UpdateMethod method, const std::
     fExisted = CurrentDisk().StatusAt(fTarget.c_str(), &found) == 0 || errno != ENOENT;
     if (method == UpdateMethod::Replace || !fExisted) {
         const OSErr status = OpenBeside(modeOf);
-        // A folder that takes no new file may still hold a file that can be written. Other failures, a full
-        // disk above all, would hit the old file just the same, and harder.
+        // A read-only folder may still contain a writable file. Other failures, above all a full disk, would
+        // hit an in-place write just the same, and do more harm.
         const bool folderClosed = status == permErr || status == wPrErr;
         if (!folderClosed || !fExisted) {
             return status;
@@ -168,7 +169,7 @@ OSErr FileUpdate::OpenBeside(const std::string &modeOf) {
         return LastError();
     }
     if (fExisted && !S_ISREG(old.st_mode)) {
-        return permErr; // a device is not replaced by a file
+        return permErr; // never replace a device by a file
     }
     oldFile.Reset();
     const bool hasMode = fExisted || !modeOf.empty();
@@ -199,8 +200,8 @@ OSErr FileUpdate::OpenBeside(const std::string &modeOf) {
     return status;
 }
 
-// Makes, or takes over from a program that died, the new file beside the old one. Its lock keeps two writers
-// apart; its name is always the same, so that nothing piles up.
+// Creates the new file beside the old one, or takes over the one a crashed program left. A lock on it keeps
+// writers apart; the fixed name keeps leftovers from piling up.
 OSErr FileUpdate::MakeBeside(DiskDescriptor *result) {
     Disk &disk = CurrentDisk();
     std::string beside = FolderOfPath(fTarget) + "/." + LeafOfPath(fTarget) + ".new";
@@ -214,7 +215,7 @@ OSErr FileUpdate::MakeBeside(DiskDescriptor *result) {
             return LastError();
         }
         OSErr status = LockDescriptor(opened.Get(), left);
-        if (status != noErr) { // another program's: it stays
+        if (status != noErr) { // another program's: leave it
             return status;
         }
         bool current = false;
@@ -224,8 +225,7 @@ OSErr FileUpdate::MakeBeside(DiskDescriptor *result) {
             *result = std::move(opened);
             return noErr;
         }
-        // The one who held the lock has renamed or removed the file meanwhile: it is no longer the one to
-        // write.
+        // The lock's previous holder has renamed or removed the file: this is no longer the one to write.
         if (status != noErr) {
             disk.Remove(beside.c_str());
             return status;
@@ -324,7 +324,7 @@ OSErr KeepFileAside(const std::string &path, const std::string &keptPath) try {
     if (IsCopyOf(path, keptPath)) {
         return noErr;
     }
-    std::string original; // whose mode counts when `path` is a link
+    std::string original; // its mode applies if `path` is a link
     std::string bytes;
     OSErr status = FollowLinks(path, &original);
     if (status == noErr) {

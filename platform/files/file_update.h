@@ -1,4 +1,4 @@
-// Writing a whole file so that a failure, or a death, on the way leaves the old one.
+// Writes a whole file so that a failure or a crash midway leaves the old one.
 #pragma once
 
 #include "platform/files/owners.h"
@@ -9,10 +9,10 @@
 namespace drevix {
 
 enum class UpdateMethod {
-    // A new file is written beside the old one, flushed, renamed over it, and the folder flushed: killed at
-    // any point, the old or the new file is there whole. A link is followed first and stays one; mode and
-    // owner are kept. Where the folder cannot be written, or the owner could not be kept, but the file can be
-    // written, it is done in place.
+    // Writes a new file beside the old one, flushes it, renames it over the old one and flushes the folder:
+    // after a kill at any point, either the old or the new file is intact. Follows and keeps a link; keeps
+    // mode and owner. If the folder is not writable, or the owner cannot be kept, but the file is writable,
+    // updates in place instead.
     Replace,
     // The file itself is written, at the commit, by "WriteSharedFile": its old bytes are kept in the user's state
     // folder until the new ones are on the disk. The new ones wait in a file there that has no name. Where there is
@@ -20,9 +20,8 @@ enum class UpdateMethod {
     InPlace,
 };
 
-// One update of one file. Write to File(), then Commit(); a FileUpdate destroyed before that leaves the file
-// as it was, with nothing beside it, and removes it when it was not there. Two programs that replace the same
-// file wait for each other.
+// One update of one file. Write to File(), then Commit(). A FileUpdate destroyed before that restores the old
+// state and leaves nothing behind. Two programs that replace the same file wait for each other.
 class FileUpdate {
   public:
     FileUpdate() = default;
@@ -38,7 +37,7 @@ class FileUpdate {
     // default. Where nothing can be put into the state folder, a file to be written in place is refused.
     [[nodiscard]] OSErr Open(const std::string &path, UpdateMethod method, const std::string &modeOf = {});
 
-    // The empty file to write to, for reading too; 0 before Open. Belongs to the update: do not close it.
+    // The empty file to write to (also readable); 0 before Open. Owned by the update: do not close it.
     [[nodiscard]] FileRef File() const { return fFile.Get(); }
 
     // Flushes what was written and makes it the file. On failure the old file is back, but for two cases. When a
@@ -61,21 +60,20 @@ class FileUpdate {
     bool fIsStaged = false; // fFile is to be written over fTarget
 };
 
-// The whole file at a path. memFullErr when it does not fit in memory, else as OpenFile and FSRead.
+// Reads the whole file at a path. memFullErr if it does not fit in memory; else as OpenFile and FSRead.
 [[nodiscard]] OSErr ReadWholeFile(const std::string &path, std::string *bytes);
 
-// Makes `bytes` the file at a path, as one FileUpdate that replaces it. The statuses are those of Open, of
-// writing, and of Commit.
+// Replaces the file at a path by `bytes` in one FileUpdate. The status of Open, of writing, or of Commit.
 [[nodiscard]] OSErr ReplaceWholeFile(const std::string &path, std::string_view bytes,
                                      const std::string &modeOf = {});
 
-// Keeps what the file at `path` holds, and its mode, under `keptPath` in the same folder, however either
-// changes later. What `keptPath` held before, unless it is the same bytes, moves to `keptPath` with ".1",
-// ".2", ... the first that is free. noErr, or why not; `path` is untouched in every case.
+// Copies the file at `path`, with its mode, to `keptPath` in the same folder; the two are independent. An
+// existing file there, unless it has the same bytes, moves to the first free of `keptPath` plus ".1", ".2",
+// ... noErr, or the error; never changes `path`.
 [[nodiscard]] OSErr KeepFileAside(const std::string &path, const std::string &keptPath);
 
-// Returns when what was made, renamed or removed in a folder is on the disk. noErr, also for a folder that
-// cannot be flushed: one that may be written but not read, or that of a file system without such a thing.
+// Flushes a folder: what was created, renamed or removed in it. noErr, also for a folder that cannot be
+// flushed because it is writable but not readable, or the file system does not support it.
 [[nodiscard]] OSErr FlushFolder(const std::string &folder);
 
 } // namespace drevix

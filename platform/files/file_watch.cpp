@@ -28,7 +28,7 @@ FileWatch::FileWatch(const std::string &path)
     Watch();
 }
 
-// The number of a watch on the nearest folder that is there; the same folder has the same one again.
+// A watch on the nearest existing folder; the same folder always has the same number.
 int FileWatch::WatchNearest() const {
     std::string folder = FolderOfPath(fPath);
     int watch = -1;
@@ -42,17 +42,17 @@ int FileWatch::WatchNearest() const {
     return watch;
 }
 
-// Until it is the same folder twice: another may have been made before the one above it was watched.
+// Repeat until it is the same folder twice: one may have been created before the folder above was watched.
 void FileWatch::Watch() {
     for (int watch = WatchNearest(); watch != fWatch; watch = WatchNearest()) {
         if (fWatch >= 0) {
-            ::inotify_rm_watch(Descriptor(), fWatch); // or it went with its folder
+            ::inotify_rm_watch(Descriptor(), fWatch); // or it was removed with its folder
         }
         fWatch = watch;
     }
 }
 
-// A file that is made is a change once it is written, a link at once.
+// A new file counts as a change once it is written, a link at once.
 bool FileWatch::IsChange(const char *name, unsigned what) const {
     return fName == name && ((what & IN_CREATE) == 0 || IsLink(fPath));
 }

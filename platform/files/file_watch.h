@@ -1,4 +1,4 @@
-// Tells when a file was written, replaced, made or removed.
+// Reports when a file is written, replaced, created or removed.
 #pragma once
 
 #include "platform/files/owners.h"
@@ -9,11 +9,11 @@ namespace drevix {
 
 class FileWatch {
   public:
-    // Watches the file's folder, since a file may be replaced by another, and while that is missing the nearest
-    // one above it. The file that a link leads to is not watched, only the link.
+    // Watches the file's folder, because a file may be replaced by another, or the nearest existing folder
+    // above it. Watches a link, not its target.
     explicit FileWatch(const std::string &path);
 
-    // Can be read when something happened in the folder; -1 when nothing is watched.
+    // Readable when something happened in the folder; -1 if nothing is watched.
     [[nodiscard]] int Descriptor() const { return fDescriptor.Get(); }
     // Whether something may have happened to the file since the last call.
     [[nodiscard]] bool TakeChange();
@@ -26,7 +26,7 @@ class FileWatch {
     std::string fPath;
     std::string fName;
     SystemDescriptor fDescriptor;
-    int fWatch = -1; // the one folder that is watched
+    int fWatch = -1; // the watched folder
 };
 
 } // namespace drevix

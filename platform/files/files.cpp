@@ -15,7 +15,7 @@ namespace {
 constexpr int kNoDescriptor = -1;
 // A process may have 1024 descriptors by default; the classic file table had 348 entries.
 constexpr std::size_t kMostFiles = 348;
-// One transfer call moves at most this on Linux (read(2), NOTES).
+// The most bytes per transfer call on Linux (read(2), NOTES).
 constexpr std::size_t kMostPerCall = 0x7FFFF000;
 
 struct OpenedFile {
@@ -26,7 +26,7 @@ struct OpenedFile {
 
 std::array<OpenedFile, kMostFiles> gFiles;
 
-// The file of a reference; null when it is not open.
+// The file of a reference; null if it is not open.
 OpenedFile *FindFile(FileRef file) {
     if (file < 1 || static_cast<std::size_t>(file) > gFiles.size()) {
         return nullptr;
@@ -44,7 +44,7 @@ OSErr LengthOf(const OpenedFile &file, std::int64_t *length) {
     return noErr;
 }
 
-// Repeats `transfer(bytes done so far)` until all is done, nothing more comes or it fails.
+// Repeats `transfer(bytes done so far)` until it is done, reaches the end or fails.
 template <typename Transfer>
 OSErr TransferAll(std::size_t wanted, std::size_t *done, const Transfer &transfer) {
     *done = 0;
@@ -64,7 +64,7 @@ OSErr TransferAll(std::size_t wanted, std::size_t *done, const Transfer &transfe
     return noErr;
 }
 
-// Puts the open descriptor into a free reference if its kind of file will do; else closes it.
+// Assigns the open descriptor to a free reference if its file type is acceptable; else closes it.
 OSErr Adopt(int descriptor, Permission permission, bool (*willDo)(mode_t), FileRef *file) {
     DiskDescriptor owned(descriptor);
     struct stat status {};
@@ -115,7 +115,7 @@ OSErr TransferBytes(IOParam *transfer, Direction direction) {
         });
     file->mark += static_cast<std::int64_t>(done);
     transfer->ioActCount = static_cast<std::int32_t>(done);
-    // A write that moves nothing and reports nothing is a disk that is out of order, not an end of file.
+    // A write of nothing without an error means a faulty disk, not the end of the file.
     return status == eofErr && direction == Direction::Write ? ioErr : status;
 }
 
@@ -125,7 +125,7 @@ OSErr OpenFile(const std::string &path, Permission permission, FileRef *file) {
     if (path.find('\0') != std::string::npos) {
         return bdNamErr;
     }
-    // O_NONBLOCK: a pipe would wait for its other end, and a serial line for a carrier.
+    // O_NONBLOCK: opening a pipe would block for its other end, a serial line for a carrier.
     const int flags = (permission == Permission::ReadWrite ? O_RDWR : O_RDONLY) | O_NOCTTY | O_NONBLOCK;
     const int descriptor = CurrentDisk().Open(path.c_str(), flags, 0);
     const auto isRegular = [](mode_t mode) { return S_ISREG(mode); };

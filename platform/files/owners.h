@@ -1,4 +1,4 @@
-// Owners of what must be given back: descriptors and file references.
+// RAII owners of descriptors and file references.
 #pragma once
 
 #include "platform/files/disk.h"
@@ -9,7 +9,7 @@
 
 namespace drevix {
 
-// Holds at most one handle, and gives it back by kGiveBack, whose result nobody is left to take.
+// Owns at most one handle and releases it with kGiveBack, ignoring its result.
 template <typename Handle, Handle kNone, auto kGiveBack>
 class Owned {
   public:
@@ -24,12 +24,12 @@ class Owned {
 
     [[nodiscard]] Handle Get() const { return fHandle; }
     explicit operator bool() const { return fHandle != kNone; }
-    // Where a function puts a new one; what is held is given back.
+    // An output parameter for a new handle; releases the current one.
     [[nodiscard]] Handle *Out() {
         Reset();
         return &fHandle;
     }
-    // The handle, which is the caller's now.
+    // Transfers the handle to the caller.
     [[nodiscard]] Handle Release() { return std::exchange(fHandle, kNone); }
     void Reset(Handle handle = kNone) {
         if (const Handle held = std::exchange(fHandle, handle); held != kNone) {
@@ -45,11 +45,11 @@ inline int CloseOnDisk(int descriptor) {
     return CurrentDisk().Close(descriptor);
 }
 
-// What Disk::Open gives.
+// A descriptor from Disk::Open.
 using DiskDescriptor = Owned<int, -1, CloseOnDisk>;
-// What the system gives otherwise: a socket, a watch.
+// Any other descriptor: a socket, a watch.
 using SystemDescriptor = Owned<int, -1, ::close>;
-// What OpenFile and the like give.
+// A reference from OpenFile and similar functions.
 using OwnedFile = Owned<FileRef, FileRef{0}, FSClose>;
 
 } // namespace drevix

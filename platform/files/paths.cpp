@@ -14,7 +14,7 @@ namespace drevix {
 namespace {
 
 constexpr int kMostLinks = 40;          // as many as the kernel follows (path_resolution(7))
-constexpr mode_t kNewFolderMode = 0700; // as the desktop's base directory rules ask
+constexpr mode_t kNewFolderMode = 0700; // as the XDG Base Directory Specification requires
 
 } // namespace
 
@@ -37,7 +37,7 @@ OSErr FollowLinks(const std::string &path, std::string *target) try {
     for (int i = 0; i < kMostLinks; ++i) {
         std::array<char, PATH_MAX> link{};
         const ssize_t length = CurrentDisk().ReadLink(reached.c_str(), link.data(), link.size());
-        if (length < 0) { // not a link, or nothing there yet
+        if (length < 0) { // not a link, or missing
             *target = reached;
             return noErr;
         }

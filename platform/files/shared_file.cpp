@@ -15,7 +15,7 @@
 namespace drevix {
 namespace {
 
-constexpr OSErr kUnfit = -1;          // too long, or no regular file
+constexpr OSErr kUnfit = -1;          // too long, or not a regular file
 constexpr mode_t kNewFileMode = 0666; // less the user's umask
 constexpr std::size_t kMostOldBytes = std::numeric_limits<std::int32_t>::max() - 1;
 
@@ -57,7 +57,7 @@ OSErr ReadAll(FileRef file, std::size_t most, std::string *bytes) try {
     auto count = static_cast<std::int32_t>(read.size());
     const OSErr status = FSRead(file, &count, read.data());
     if (status != eofErr) {
-        return status == noErr ? fBsyErr : status; // the end did not come where it was
+        return status == noErr ? fBsyErr : status; // the size has changed
     }
     read.resize(static_cast<std::size_t>(count));
     *bytes = std::move(read);
@@ -67,14 +67,14 @@ OSErr ReadAll(FileRef file, std::size_t most, std::string *bytes) try {
 }
 
 OSErr WriteFrom(FileRef file, std::size_t offset, std::string_view bytes) {
-    // The transfer's buffer serves reading too; writing leaves it alone.
+    // const_cast: the buffer is also used for reading; writing does not change it.
     IOParam transfer = {
         file,        const_cast<char *>(bytes.data()), static_cast<std::int32_t>(bytes.size()), 0,
         fsFromStart, static_cast<std::int64_t>(offset)};
     return PBWriteSync(&transfer);
 }
 
-// On the disk before anything else is written.
+// Writes and flushes before anything else is written.
 OSErr WriteThrough(FileRef file, std::size_t offset, std::string_view bytes) {
     const OSErr status = WriteFrom(file, offset, bytes);
     return status == noErr ? PBFlushFileSync(file) : status;
@@ -93,7 +93,7 @@ OSErr WriteOver(FileRef file, std::string_view old, std::string_view bytes) {
     if (status == noErr) {
         status = WriteThrough(file, 0, bytes);
     }
-    // Another program may have written more meanwhile; that goes too.
+    // Also removes what another program may have appended meanwhile.
     return status == noErr ? Cut(file, bytes.size()) : status;
 }
 

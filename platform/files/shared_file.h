@@ -1,4 +1,4 @@
-// Files that belong to other programs, which may read or write them at this very moment.
+// Files of other programs, which may be reading or writing them right now.
 #pragma once
 
 #include "platform/base/types.h"
@@ -9,8 +9,8 @@
 
 namespace drevix {
 
-// The bytes of a regular file of at most `most`. noErr; -1 for a longer file or one that is none (a pipe is not
-// waited for); fBsyErr when it grew meanwhile; memFullErr; or the file's error.
+// Reads a regular file of at most `most` bytes. noErr; -1 if it is longer or not a regular file (does not
+// block on a pipe); fBsyErr if its size changed meanwhile; memFullErr; or the file's error.
 [[nodiscard]] OSErr ReadSharedFile(const std::string &path, std::size_t most, std::string *bytes);
 
 // Writes the bytes to the file itself, so that its links, owner and mode stay, or makes it. Before the first byte its

@@ -20,7 +20,7 @@ constexpr mode_t kFolderMode = 0700;
 constexpr mode_t kLockMode = 0600;
 constexpr mode_t kOthersBits = 077;
 
-// Between two tries for a lock that another program holds.
+// Between two attempts at a lock that another program holds.
 constexpr std::chrono::milliseconds kPause{5};
 
 std::string StatePath() {
@@ -32,7 +32,7 @@ std::string StatePath() {
     return home.empty() ? std::string() : JoinPath(JoinPath(home, ".local/state"), kFolderName);
 }
 
-// What another user could change or replace must not be relied on.
+// Refuses anything that another user could change or replace.
 OSErr CheckOwn(int descriptor, mode_t mode) {
     struct stat found {};
     if (CurrentDisk().StatusOf(descriptor, &found) != 0) {
@@ -45,7 +45,7 @@ OSErr CheckOwn(int descriptor, mode_t mode) {
     return !isOpen || CurrentDisk().SetMode(descriptor, mode) == 0 ? noErr : LastError();
 }
 
-// Opens what is to be the user's own, and nobody else's.
+// Opens a file or folder that must be private to the user.
 OSErr OpenOwn(const std::string &path, int flags, mode_t mode, DiskDescriptor *result) {
     DiskDescriptor opened(CurrentDisk().Open(path.c_str(), flags | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY, mode));
     const OSErr status = opened ? CheckOwn(opened.Get(), mode) : LastError();

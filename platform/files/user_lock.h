@@ -1,5 +1,5 @@
-// Locks by which the user's programs take turns, and the folder in which programs keep what is neither settings
-// nor to be lost.
+// Locks that let the user's programs take turns, and the folder for state that is not settings but must be
+// kept.
 #pragma once
 
 #include "platform/files/owners.h"
@@ -11,19 +11,19 @@
 
 namespace drevix {
 
-// The folder of our own state: "com.halcyra.drevix" in $XDG_STATE_HOME, else in "~/.local/state". With
-// kCreateFolder it is made if it is missing, and nobody but the user may look into it (mode 0700). noErr;
-// fnfErr when it is not there, or there is no home folder; permErr when it belongs to another user; or why it
-// cannot be made or used. *path is set only on success.
+// The folder of our own state: "com.halcyra.drevix" in $XDG_STATE_HOME, else in "~/.local/state".
+// kCreateFolder creates it if missing, private to the user (mode 0700). noErr; fnfErr if it is missing or
+// there is no home folder; permErr if it belongs to another user; or the error creating or using it. *path is
+// set only on success.
 [[nodiscard]] OSErr StateFolder(FolderCreation creation, std::string *path);
 
-// Holds the lock of that name from Acquire until destruction: a file of the user's own in the state folder that
-// no other user can open, so none can keep us waiting. The file stays. Not for threads or for a second
-// lock of the same name in one process: it would wait for itself.
+// Holds the named lock from Acquire until destruction: a private file in the state folder, so no other user
+// can block us. The file stays. Not for threads, nor for a second lock of the same name in one process: it
+// would wait for itself.
 class UserLock {
   public:
-    // noErr, also when it is held here already; fBsyErr when another program holds it for longer than `wait`; or
-    // why its file cannot be made or locked. A file system without locks counts as acquired.
+    // noErr, also if already held here; fBsyErr if another program holds it for longer than `wait`; or the
+    // error creating or locking its file. On a file system without locks, always succeeds.
     [[nodiscard]] OSErr Acquire(std::string_view name, std::chrono::milliseconds wait);
     void Release() { fFile.Reset(); }
     [[nodiscard]] bool IsHeld() const { return static_cast<bool>(fFile); }
