@@ -28,7 +28,7 @@ bool HasMagic(std::span<const std::byte> bytes) {
     return bytes.size() >= kHeaderSize && Get32(bytes, 0) == kMagic && Get32(bytes, 4) == kVersion;
 }
 
-// Finds the bytes of the entry of a kind. noErr with *entry empty when there is none.
+// Finds the bytes of the entry of a kind. noErr with *entry empty if there is none.
 OSErr FindEntry(std::span<const std::byte> bytes, std::uint32_t kind, std::span<const std::byte> *entry) {
     const std::size_t count = Get16(bytes, kHeaderSize - 2);
     const std::size_t end = kHeaderSize + count * kEntrySize;
@@ -53,8 +53,8 @@ OSErr FindEntry(std::span<const std::byte> bytes, std::uint32_t kind, std::span<
     return noErr;
 }
 
-// Reads an AppleDouble file, or its first bytes, as a plain file only: a pipe must not stop us, nor a link lead
-// elsewhere.
+// Reads an AppleDouble file, or its first bytes, only if it is a regular file: a pipe must not block us, nor
+// a link lead elsewhere.
 OSErr ReadBytes(const std::string &appleDouble, std::size_t most, std::string *bytes) {
     struct stat status {};
     if (CurrentDisk().StatusAt(appleDouble.c_str(), &status) != 0) {
@@ -74,7 +74,7 @@ OSErr ReadBytes(const std::string &appleDouble, std::size_t most, std::string *b
     auto count = static_cast<std::int32_t>(std::min<std::uint64_t>(size, most));
     bytes->resize(static_cast<std::size_t>(count));
     result = FSRead(file.Get(), &count, bytes->data());
-    bytes->resize(static_cast<std::size_t>(count)); // another program may have cut it meanwhile
+    bytes->resize(static_cast<std::size_t>(count)); // another program may have truncated it meanwhile
     return result == eofErr ? noErr : result;
 }
 
@@ -99,7 +99,7 @@ OSErr ParseAppleDouble(std::span<const std::byte> bytes, AppleDouble *file) {
         FindEntry(bytes, kResourceForkEntry, &fork) != noErr) {
         return mapReadErr;
     }
-    // Longer Finder information than ours is usual: others keep more attributes behind it.
+    // Finder information is often longer than ours: other systems append attributes.
     if (!finderInfo.empty() && finderInfo.size() < kFinderInfoSize) {
         return mapReadErr;
     }

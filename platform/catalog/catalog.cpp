@@ -21,7 +21,7 @@ namespace drevix {
 namespace {
 
 constexpr mode_t kNewFolderMode = 0777;               // less the user's umask
-constexpr OSType kLinkCreator = FourCharCode("rhap"); // what the platform gives symbolic links
+constexpr OSType kLinkCreator = FourCharCode("rhap"); // the platform's creator for symbolic links
 constexpr std::string_view kAppleDoubleStart = "._";
 
 OSErr StatusOfPath(const std::string &path, struct stat *status) {
@@ -31,12 +31,12 @@ OSErr StatusOfPath(const std::string &path, struct stat *status) {
     return CurrentDisk().StatusAt(path.c_str(), status) == 0 ? noErr : LastError();
 }
 
-// The status that a folder's absence has, for a look-up in it.
+// The status for a missing folder when looking something up in it.
 OSErr FolderStatus(std::int16_t volume, std::int32_t folder) {
     return RootOfVolume(volume).empty() ? nsvErr : FolderPath(volume, folder).empty() ? dirNFErr : noErr;
 }
 
-// Whether an executable file is a program: file systems without modes show every file as executable.
+// Whether an executable file is really a program: file systems without modes report every file as executable.
 bool StartsLikeProgram(const std::string &path) {
     std::array<char, 4> start{};
     const DiskDescriptor file(
@@ -59,7 +59,7 @@ FInfo InfoWithoutAppleDouble(const std::string &path, const struct stat &status)
     return {S_ISREG(status.st_mode) ? TypeOfFile(path, status) : kUnknownType, kUnknownType, 0};
 }
 
-// The Finder information of what stands at a path. An AppleDouble file that cannot be read as one says nothing.
+// The Finder information of the item at a path. Ignores an unreadable AppleDouble file.
 OSErr InfoOfFile(const std::string &path, const struct stat &status, FInfo *info) {
     *info = InfoWithoutAppleDouble(path, status);
     if (!S_ISREG(status.st_mode) && !S_ISLNK(status.st_mode) && !S_ISDIR(status.st_mode)) {
@@ -80,7 +80,7 @@ std::int32_t IdOnVolume(const Volume &volume, const std::string &path) {
     return path == volume.root ? kRootFolder : FolderIdFromPath(path);
 }
 
-// Fills in what only folders have: where it lies when it is a volume's root, and its id.
+// Fills in a folder's own fields: its id, and its parent if it is a volume's root.
 OSErr DescribeFolder(const std::string &path, CatalogInfo *info) {
     std::vector<Volume> volumes;
     if (const OSErr status = ListVolumes(&volumes); status != noErr) {
@@ -98,7 +98,7 @@ OSErr DescribeFolder(const std::string &path, CatalogInfo *info) {
     return noErr;
 }
 
-// Describes what stands at a path; the inputs' folder and volume stay for a file.
+// Describes the item at a path; for a file, folder and volume stay as given.
 OSErr Describe(const std::string &path, CatalogInfo *info) {
     struct stat status {};
     if (const OSErr result = StatusOfPath(path, &status); result != noErr) {
@@ -113,7 +113,8 @@ OSErr Describe(const std::string &path, CatalogInfo *info) {
             return result;
         }
     }
-    // A volume's root keeps its own on the volume, as "._.", since what lies beside it is on another one.
+    // A volume's root keeps its AppleDouble file on the volume, as "._.", because the folder beside it is on
+    // another volume.
     const bool isVolume = info->ioDrParID == kRootParentFolder;
     return InfoOfFile(isVolume ? JoinPath(path, ".") : path, status, &info->ioFlFndrInfo);
 }
@@ -276,7 +277,8 @@ OSErr FSpDelete(const FSSpec &spec) try {
     } else if (CurrentDisk().Remove(path.c_str()) != 0) {
         return LastError();
     }
-    // The file goes first: should this end here, the rest is no file, and the next one of that name takes it.
+    // Remove the file first: if we stop here, the orphaned AppleDouble file goes to the next file of that
+    // name.
     return RemoveAppleDouble(path);
 } catch (const std::bad_alloc &) {
     return memFullErr;

@@ -19,12 +19,12 @@
 namespace drevix {
 namespace {
 
-// A folder by the XDG base directory that it lies in.
+// A folder, relative to its XDG base directory.
 struct FolderRow {
     OSType type;
-    const char *variable;       // holds the base directory when that is an absolute path
-    std::string_view otherwise; // the base directory in the home folder if not
-    std::string_view below;     // the folder in the base directory; empty for that itself
+    const char *variable;       // the base directory, if it is an absolute path
+    std::string_view otherwise; // else the base directory in the home folder
+    std::string_view below;     // the folder below the base directory; empty: the base directory itself
 };
 constexpr auto kFolders = std::to_array<FolderRow>({
     {kPreferencesFolderType, "XDG_CONFIG_HOME", ".config", ""},
@@ -41,7 +41,7 @@ std::string BaseFolder(const FolderRow &row) {
     return home.empty() ? std::string() : JoinPath(home, row.otherwise);
 }
 
-// The folder's path, empty for a type that is in no row.
+// The folder's path; empty for an unknown type.
 std::string PathOfType(std::int16_t volume, OSType type) {
     if (type == kVolumeRootFolderType) {
         return RootOfVolume(volume);
@@ -60,8 +60,8 @@ bool IsSystemDisk(std::int16_t volume) {
     return volume == kOnSystemDisk || volume == kRootVolume;
 }
 
-// Whether the folder may be looked for on the volume. The mount table is read only when another volume than
-// the system disk is asked for: finding the preferences must not depend on it.
+// Whether the folder is on the volume. Reads the mount table only for a volume other than the system disk:
+// finding the preferences must not depend on it.
 OSErr CheckVolume(std::int16_t volume, const std::string &path) {
     if (IsSystemDisk(volume)) {
         return noErr;

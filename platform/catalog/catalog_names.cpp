@@ -13,20 +13,20 @@
 namespace drevix {
 namespace {
 
-constexpr std::int32_t kFirstFolderId = 16; // the classic file system kept those below for itself
+constexpr std::int32_t kFirstFolderId = 16; // the classic file system reserved lower ids
 constexpr std::size_t kLongestExtension = 6;
 
-// The folders that have an id, the first at kFirstFolderId, and the ids by path.
+// The folders with an id, starting at kFirstFolderId, and the ids by path.
 std::vector<std::string> gFolders;
 std::map<std::string, std::int32_t, std::less<>> gFolderIds;
 
-// Mount points that have a number: the first is kRootVolume, the next one below it.
+// Mount points with a number, descending from kRootVolume.
 std::vector<std::string> gVolumeRoots = {"/"};
 
-// The entries whose Pascal name says less than their own: (folder, Pascal name) to own name.
+// Entries whose Pascal name is lossy: (folder, Pascal name) to own name.
 std::map<std::pair<std::string, std::string>, std::string> gLongNames;
 
-// A file's name here and there: each system's separator may stand in the other's names.
+// Converts file names between the systems: each system's separator may occur in the other's names.
 std::string MacRomanName(std::string_view name) {
     std::string characters = MacRomanFromUtf8(name);
     std::ranges::replace(characters, ':', '/');
@@ -121,7 +121,7 @@ Str63 NameOfEntry(const std::string &folder, std::string_view name) {
     if (FitsPascalName(name, kLimit)) {
         return Str63FromMacRoman(MacRomanName(name));
     }
-    // The number makes the name another entry's only by a rare chance; then the next number is taken.
+    // The name rarely collides with another entry's; then the next number is used.
     for (std::uint32_t number = NumberOfText(name);; ++number) {
         const std::string distinct = DistinctName(name, kLimit, number);
         const auto [row, isNew] = gLongNames.try_emplace({folder, distinct}, name);
@@ -134,7 +134,7 @@ Str63 NameOfEntry(const std::string &folder, std::string_view name) {
 std::string EntryOfName(const std::string &folder, const Str63 &name) {
     const std::string_view characters = PascalCharacters(name);
     if (characters.empty() || characters.find('\0') != characters.npos) {
-        return {}; // a name with a zero byte would be cut there by the system
+        return {}; // the system would cut the name at a zero byte
     }
     const auto row = gLongNames.find({folder, std::string(characters)});
     return row != gLongNames.end() ? row->second : OwnName(characters);
@@ -143,7 +143,7 @@ std::string EntryOfName(const std::string &folder, const Str63 &name) {
 std::string PathFromSpec(const FSSpec &spec) {
     std::string folder = FolderPath(spec.vRefNum, spec.parID);
     if (folder.empty() || spec.parID == kRootParentFolder) {
-        return folder; // what lies in the root's parent is the volume itself
+        return folder; // the root's parent contains only the volume itself
     }
     const std::string name = EntryOfName(folder, spec.name);
     return name.empty() ? std::string() : JoinPath(folder, name);

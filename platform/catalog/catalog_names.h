@@ -1,4 +1,4 @@
-// The names behind folder ids and Pascal names; for the catalog's own sources.
+// The names behind folder ids and Pascal names. Internal to the catalog.
 #pragma once
 
 #include "platform/catalog/catalog.h"
@@ -13,31 +13,30 @@ namespace drevix {
 struct Volume {
     std::int16_t number;
     std::int16_t fileSystem; // as VolumeInfo::ioVFSID
-    std::string root;        // path of its mount point
+    std::string root;        // mount point
 };
 
-// The volumes in the order of the mount table. noErr, or why it could not be read.
+// The volumes in mount table order. noErr, or the error reading the table.
 [[nodiscard]] OSErr ListVolumes(std::vector<Volume> *volumes);
-// The volume on which a path without links lies; null only for an empty list.
+// The volume of a path without links; null only for an empty list.
 [[nodiscard]] const Volume *VolumeOfPath(const std::vector<Volume> &volumes, std::string_view path);
-// The volume of a number; null for one that is not mounted.
+// The volume with a number; null if it is not mounted.
 [[nodiscard]] const Volume *FindVolume(const std::vector<Volume> &volumes, std::int16_t number);
-// The name that the volume shows, in Mac OS Roman and at most 27 characters.
+// The volume's display name in Mac OS Roman, at most 27 characters.
 [[nodiscard]] Str63 NameOfVolume(const Volume &volume);
-// The same number for the same mount point as long as the process lives.
+// The number of a mount point, stable for the life of the process.
 [[nodiscard]] std::int16_t NumberOfVolume(const std::string &root);
-// Where the volume of a number is or was mounted; empty for a number that was never given. 0 and
-// kOnSystemDisk mean the root volume.
+// Where a volume is or was mounted; empty for an unknown number. 0 and kOnSystemDisk mean the root volume.
 [[nodiscard]] std::string RootOfVolume(std::int16_t number);
 
-// The path of a folder id; empty for one that was never given.
+// The path of a folder id; empty for an unknown id.
 [[nodiscard]] std::string FolderPath(std::int16_t volume, std::int32_t folder);
-// The Pascal name of an entry of a folder, remembered where it differs from the entry's own name.
+// The Pascal name of a folder's entry, remembered if it differs from the entry's own name.
 [[nodiscard]] Str63 NameOfEntry(const std::string &folder, std::string_view name);
-// The name of the entry with a Pascal name; empty for a name that no entry can have.
+// The name of the entry with a Pascal name; empty if no entry can have it.
 [[nodiscard]] std::string EntryOfName(const std::string &folder, const Str63 &name);
 
-// A string of Mac OS Roman as a Pascal string, cut to 63 characters.
+// A Mac OS Roman string as a Pascal string, cut to 63 characters.
 [[nodiscard]] Str63 Str63FromMacRoman(std::string_view text);
 
 } // namespace drevix

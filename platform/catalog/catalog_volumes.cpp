@@ -14,17 +14,17 @@
 namespace drevix {
 namespace {
 
-constexpr const char *kMountTable = "/proc/self/mountinfo"; // its form: proc(5)
-constexpr std::size_t kLongestVolumeName = 27;              // what the classic volume records hold
-constexpr std::string_view kRootVolumeName = "File System"; // what file managers call "/"
+constexpr const char *kMountTable = "/proc/self/mountinfo"; // format: proc(5)
+constexpr std::size_t kLongestVolumeName = 27;              // limit of the classic volume records
+constexpr std::string_view kRootVolumeName = "File System"; // file managers' name for "/"
 
 struct FileSystemRow {
-    std::string_view type; // as the mount table names it
+    std::string_view type; // as in the mount table
     std::int16_t kind;
 };
 
 // clang-format off
-// What is in no row is local.
+// Any other file system is local.
 constexpr auto kFileSystems = std::to_array<FileSystemRow>({
     {"9p", kServerFileSystem},                {"afs", kServerFileSystem},
     {"ceph", kServerFileSystem},              {"cifs", kServerFileSystem},
@@ -49,7 +49,7 @@ std::int16_t KindOf(std::string_view type) {
     return row == kFileSystems.end() ? kLocalFileSystem : row->kind;
 }
 
-// The table writes blanks, line ends and backslashes as a backslash and three octal digits.
+// The table escapes blanks, line ends and backslashes as a backslash and three octal digits.
 std::string Unescaped(std::string_view text) {
     std::string result;
     for (std::size_t i = 0; i < text.size(); ++i) {
@@ -94,20 +94,20 @@ bool LiesIn(std::string_view path, std::string_view root) {
 OSErr ListVolumes(std::vector<Volume> *volumes) {
     std::string table;
     if (const OSErr status = ReadWholeFile(kMountTable, &table); status != noErr && status != fnfErr) {
-        return status; // without a table there is the root volume alone
+        return status; // without a table there is only the root volume
     }
     volumes->clear();
     std::istringstream lines(table);
     for (std::string line; std::getline(lines, line);) {
         Volume volume{};
         if (ParseLine(line, &volume)) {
-            // What was mounted last at a place covers what was there.
+            // The last mount at a place hides earlier ones.
             std::erase_if(*volumes, [&](const Volume &other) { return other.root == volume.root; });
             volumes->push_back(volume);
         }
     }
     if (FindVolume(*volumes, kRootVolume) == nullptr) {
-        volumes->push_back({kRootVolume, kLocalFileSystem, "/"}); // a changed root need not be in the table
+        volumes->push_back({kRootVolume, kLocalFileSystem, "/"}); // after chroot, "/" may not be in the table
     }
     return noErr;
 }

@@ -17,7 +17,7 @@ inline constexpr std::int16_t kOnSystemDisk = -32768;
 inline constexpr std::int16_t kRootVolume = -100;
 inline constexpr std::int32_t kRootParentFolder = 1;
 inline constexpr std::int32_t kRootFolder = 2;
-// Types of folders, and where a Linux desktop has them.
+// Folder types, and their places on a Linux desktop.
 inline constexpr OSType kVolumeRootFolderType = FourCharCode("root");
 inline constexpr OSType kPreferencesFolderType = FourCharCode("pref"); // $XDG_CONFIG_HOME, "~/.config"
 inline constexpr OSType kTrashFolderType =
@@ -27,32 +27,31 @@ inline constexpr OSType kStartupFolderType = FourCharCode("strt");   // "autosta
 
 // Folders
 
-// Finds a folder of the user. A type that a Linux desktop has no folder for gives fnfErr. `volume` is
-// kOnSystemDisk or kRootVolume, or another mounted volume, where the folder is found only if it lies there
-// (else fnfErr). *foundVolume is kRootVolume for the first two: the folder's id leads to it wherever it lies.
-// noErr; nsvErr for a volume that is not mounted; fnfErr when the folder does not exist and is not to be
-// created; else why it could not be made. The outputs are set only on success.
+// Finds one of the user's folders; fnfErr for a type that a Linux desktop does not have. `volume` is
+// kOnSystemDisk, kRootVolume, or another mounted volume (fnfErr if the folder is not on it). *foundVolume is
+// kRootVolume for the first two: the folder's id leads to it wherever it is. noErr; nsvErr for a volume that
+// is not mounted; fnfErr if the folder is missing and not to be created; else the error creating it. The
+// outputs are set only on success.
 [[nodiscard]] OSErr FindFolder(std::int16_t volume, OSType folderType, FolderCreation creation,
                                std::int16_t *foundVolume, std::int32_t *foundFolder);
 
-// The id of the folder at an absolute path, the same for the same path as long as the process lives. No check
-// is made.
+// The id of the folder at an absolute path, stable for the life of the process. Unchecked.
 [[nodiscard]] std::int32_t FolderIdFromPath(const std::string &path);
 
-// The path of the file that a specification names; empty for an unknown folder id, and for a name that is
-// empty or holds a zero byte. A name's '/' becomes ':', as the two systems' separators are exchanged.
+// The path for a specification; empty for an unknown folder id or for a name that is empty or contains a zero
+// byte. '/' in the name becomes ':', because the two systems' separators are swapped.
 [[nodiscard]] std::string PathFromSpec(const FSSpec &spec);
 
 // Files by specification
 
-// Makes an empty file with the user's default mode. dupFNErr when there is one, which then stays as it is.
-// Creator and type are not kept: files outside the items folder have none here. `script` is not looked at.
+// Creates an empty file with the user's default mode. dupFNErr if it exists; it is then unchanged. Drops
+// creator and type, which files outside the items folder do not have here. Ignores `script`.
 [[nodiscard]] OSErr FSpCreate(const FSSpec &spec, OSType creator, OSType fileType, std::int16_t script);
 
 // Opens the data fork: the file itself. The outputs are set only on success.
 [[nodiscard]] OSErr FSpOpenDF(const FSSpec &spec, Permission permission, FileRef *file);
 
-// Opens the resource fork. No file here has one, so the status is fnfErr for a file that exists too.
+// Opens the resource fork. No file here has one, so always fails: fnfErr even for an existing file.
 [[nodiscard]] OSErr FSpOpenRF(const FSSpec &spec, Permission permission, FileRef *file);
 
 } // namespace drevix

@@ -16,18 +16,18 @@ namespace {
 using Bytes = std::span<const std::byte>;
 
 constexpr std::size_t kHeaderSize = 16;    // offset of the data, of the map, length of the data, of the map
-constexpr std::size_t kDataStart = 256;    // where forks begin their data; the room between is the Finder's
-constexpr std::size_t kMapHeaderSize = 28; // behind it the types
-constexpr std::size_t kTypeListField = 24; // where the map has the offset of its types
-constexpr std::size_t kNameListField = 26; // and that of its names
+constexpr std::size_t kDataStart = 256;    // where the data start; the space before is the Finder's
+constexpr std::size_t kMapHeaderSize = 28; // followed by the types
+constexpr std::size_t kTypeListField = 24; // position in the map of the types' offset
+constexpr std::size_t kNameListField = 26; // and of the names' offset
 constexpr std::size_t kTypeSize = 8;       // type, count less one, offset of its references
 constexpr std::size_t kReferenceSize = 12; // id, offset of the name, attributes, offset of the data, 4 spare
-constexpr std::size_t kLengthSize = 4;     // in front of a resource's data
+constexpr std::size_t kLengthSize = 4;     // before a resource's data
 constexpr std::uint16_t kNoName = 0xFFFF;
-constexpr std::size_t kMostData = 0xFFFFFF; // what 24 bits reach
+constexpr std::size_t kMostData = 0xFFFFFF; // 24 bits
 constexpr std::size_t kMostMap = 0xFFFF;
 
-// The part of `bytes` at an offset; false when it is not all there.
+// The part of `bytes` at an offset; false if it is not complete.
 bool Part(Bytes bytes, std::size_t offset, std::size_t length, Bytes *part) {
     if (offset > bytes.size() || length > bytes.size() - offset) {
         return false;
@@ -40,7 +40,7 @@ std::string Text(Bytes bytes) {
     return {reinterpret_cast<const char *>(bytes.data()), bytes.size()};
 }
 
-// Reads a fork, step by step from its header down.
+// Parses a fork, from the header down.
 class Reader {
   public:
     explicit Reader(Bytes fork) : fFork(fork) {}
@@ -118,7 +118,7 @@ class Reader {
             data.size() + kLengthSize > fLeft) {
             return false;
         }
-        // Resources that shared their bytes could ask for any amount of memory.
+        // Otherwise resources that share bytes could require any amount of memory.
         fLeft -= data.size() + kLengthSize;
         resource->data = Text(data);
         return true;
@@ -128,7 +128,7 @@ class Reader {
     Bytes fData;
     Bytes fTypes;
     Bytes fNames;
-    std::size_t fLeft = 0; // bytes of data that no resource has taken yet
+    std::size_t fLeft = 0; // data bytes not used by a resource yet
 };
 
 std::vector<OSType> TypesOf(std::span<const Resource> resources) {
@@ -141,7 +141,7 @@ std::vector<OSType> TypesOf(std::span<const Resource> resources) {
     return types;
 }
 
-// The parts of a fork while it is written.
+// The parts of a fork being written.
 struct Parts {
     std::string data;
     std::string types; // the count and the rows
@@ -212,7 +212,7 @@ OSErr ResourceForkBytes(std::span<const Resource> resources, std::string *fork) 
     bytes.resize(kDataStart);
     bytes += parts.data;
     PutHeader(bytes, parts.data.size(), names + parts.names.size());
-    bytes.append(8, '\0'); // for the program that has it open: next map, file, attributes
+    bytes.append(8, '\0'); // used in memory only: next map, file, attributes
     Put16(bytes, kMapHeaderSize);
     Put16(bytes, static_cast<std::uint32_t>(names));
     *fork = bytes + parts.types + parts.references + parts.names;
@@ -242,8 +242,7 @@ OSErr FSpCreateResFile(const FSSpec &spec, OSType creator, OSType type, std::int
     SetFInfo(file, {type, creator, 0});
     const OSErr written = WriteAppleDouble(path, file);
     if (written != noErr) {
-        std::ignore =
-            RemoveAppleDouble(path); // it is there already when only its folder could not be flushed
+        std::ignore = RemoveAppleDouble(path); // it exists if only flushing the folder failed
     }
     return written;
 } catch (const std::bad_alloc &) {

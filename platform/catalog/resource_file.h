@@ -1,4 +1,4 @@
-// Resource forks: small pieces of data under a type and an id. A file's fork lies in its AppleDouble file.
+// Resource forks: small pieces of data identified by type and id. A file's fork is in its AppleDouble file.
 // docs/items-folder.md has the layout.
 #pragma once
 
@@ -16,40 +16,41 @@ namespace drevix {
 struct Resource {
     OSType type;
     std::int16_t id;
-    std::string name; // Mac OS Roman, at most 255 characters; empty for none
+    std::string name; // Mac OS Roman, at most 255 characters; may be empty
     std::string data;
 };
 
-// Takes a resource fork apart; one without bytes has no resources. noErr, or mapReadErr with *resources
-// unchanged for a fork that is damaged: a part beyond the end, or resources that share bytes (their sum is
-// more than the fork has). Attributes of resources are dropped.
+// Parses a resource fork; an empty one has no resources. noErr, or mapReadErr with *resources unchanged for a
+// damaged fork: a part beyond the end, or resources that share bytes (their total exceeds the fork). Drops
+// resource attributes.
 [[nodiscard]] OSErr ParseResourceFork(std::span<const std::byte> fork, std::vector<Resource> *resources);
 
-// The fork that holds the resources, those of one type together. addResFailed for more than its 24-bit
-// offsets (data) and 16-bit offsets (types, ids and names) reach; *fork is set only on success.
+// Builds a fork from the resources, grouped by type. addResFailed if they exceed its 24-bit offsets (data) or
+// 16-bit offsets (types, ids and names); *fork is set only on success.
 [[nodiscard]] OSErr ResourceForkBytes(std::span<const Resource> resources, std::string *fork);
 
-// Makes the AppleDouble file of a file that does not exist yet, with type and creator and an empty resource
-// fork. The file itself is made later: until then nobody else sees one of that name. An AppleDouble file that
-// was left alone there is replaced. dupFNErr when there is the file, or something else in the companion's
-// place; else why it could not be written, with nothing left behind. `script` is not looked at.
+// Creates the AppleDouble file of a file that does not exist yet, with type, creator and an empty resource
+// fork. The file itself is created later, so that it appears complete. Replaces an orphaned AppleDouble file.
+// dupFNErr if the file exists, or anything else has the AppleDouble file's name; else the error writing it,
+// with nothing left behind. Ignores `script`.
 [[nodiscard]] OSErr FSpCreateResFile(const FSSpec &spec, OSType creator, OSType type, std::int16_t script);
 
 // An open resource fork, in memory between Open and Close.
 class ResourceFile {
   public:
-    // Reads the file's fork. fnfErr when it has no AppleDouble file, mapReadErr for a damaged one, permErr, ...
+    // Reads the file's fork. fnfErr if it has no AppleDouble file, mapReadErr if that is damaged, permErr,
+    // ...
     [[nodiscard]] OSErr Open(const FSSpec &spec, Permission permission);
 
-    // Adds a resource; its bytes are copied. addResFailed for a type and id that are there already and for a
-    // fork that is full; wrPermErr when opened for reading. The resources are unchanged then.
+    // Adds a resource, copying its bytes. addResFailed if the type and id exist or the fork is full,
+    // wrPermErr if opened for reading; the resources are then unchanged.
     [[nodiscard]] OSErr AddResource(std::span<const std::byte> data, OSType type, std::int16_t id,
                                     ConstStringPtr name);
 
-    // The resource of this file; null when it has none of the type and id. Valid until one is added.
+    // This file's resource with the type and id, or null. Valid until one is added.
     [[nodiscard]] const Resource *Get1Resource(OSType type, std::int16_t id) const;
 
-    // Writes what was added; without it nothing is written. On failure the file holds what it held before.
+    // Writes what was added. Without Close nothing is written. On failure the file is unchanged.
     [[nodiscard]] OSErr Close();
 
   private:
