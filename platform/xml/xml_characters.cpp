@@ -37,7 +37,7 @@ constexpr std::string_view MarkupText(char character) {
     }
 }
 
-// A character of several bytes that stands as it is: well-formed, and one that XML allows.
+// Whether a multi-byte character is kept: well-formed, and allowed by XML.
 bool IsAllowed(char32_t character) {
     return character != kMalformedUtf8 && character != 0xFFFE && character != 0xFFFF;
 }
@@ -46,7 +46,7 @@ bool IsAllowed(char32_t character) {
 
 void AppendCharacters(std::string &out, std::string_view text) {
     std::string_view rest = text;
-    std::string_view kept = text; // from what is not in `out` yet
+    std::string_view kept = text; // the part not in `out` yet
     while (!rest.empty()) {
         const char first = rest.front();
         const ByteClass kind = kByteClasses[static_cast<std::uint8_t>(first)];

@@ -13,11 +13,11 @@ namespace drevix {
 namespace {
 
 constexpr OSErr kDamaged = -1;
-constexpr int kMostErrors = 1000; // that a recovering reading puts up with
+constexpr int kMostErrors = 1000; // tolerated by a recovering reading
 constexpr std::string_view kHead = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
 constexpr std::size_t kIndent = 4;
 
-// One reading of one document. Our tree is built from the parser's calls.
+// Reads one document, building our tree from the parser's calls.
 class XmlTreeReader final : public XmlParser {
   public:
     XmlTreeReader(std::string_view text, XmlReading reading) : fText(text), fReading(reading) {
@@ -26,7 +26,7 @@ class XmlTreeReader final : public XmlParser {
 
     OSErr Read(XmlNode *root, bool *isRootEnded, std::size_t *elements);
 
-    // What the parser calls.
+    // Called by the parser.
     void Start(XmlCharacters name, const XmlCharacters *attributes);
     void End();
     void AddText(std::string_view text);
@@ -40,7 +40,7 @@ class XmlTreeReader final : public XmlParser {
     void AddAttribute(XmlNode &node, std::string_view name, std::string_view value) const;
     void AddDefaults(XmlNode &node, std::string_view name);
 
-    std::string_view fText; // not yet given to the parser
+    std::string_view fText; // not yet passed to the parser
     XmlReading fReading;
     int fErrors = 0;
 
@@ -49,15 +49,15 @@ class XmlTreeReader final : public XmlParser {
     std::size_t fElements = 0;
     bool fHasRoot = false;
 
-    // An attribute's value where the tag has none; names with their prefixes.
+    // A default for an attribute; names include prefixes.
     struct Default {
         std::string element;
         std::string attribute;
         std::string value;
     };
     std::vector<Default> fDefaults;
-    std::size_t fDefaultBytes = 0;                          // that they have added
-    std::size_t fDocumentTypeLeft = std::string_view::npos; // bytes that may come before the root
+    std::size_t fDefaultBytes = 0;                          // bytes added by defaults
+    std::size_t fDocumentTypeLeft = std::string_view::npos; // bytes allowed before the root
 };
 
 std::string_view TextOf(XmlCharacters text) {
@@ -99,7 +99,7 @@ std::size_t XmlTreeReader::ReadBytes(std::span<char> buffer) {
     return moved;
 }
 
-// A recovering reading goes on behind what is malformed. (A text that uses an entity was mended before.)
+// A recovering reading continues after malformed parts. (Entity references were repaired before.)
 void XmlTreeReader::Notice(XmlProblem problem, const char * /*message*/) {
     const bool isMalformed = problem == XmlProblem::Malformed || problem == XmlProblem::WrongEndTag;
     const bool isPutUpWith = isMalformed ? fReading == XmlReading::Recovering && ++fErrors <= kMostErrors
@@ -109,7 +109,7 @@ void XmlTreeReader::Notice(XmlProblem problem, const char * /*message*/) {
     }
 }
 
-// The first one of an attribute counts (XML 1.0, 3.3).
+// An attribute's first default counts (XML 1.0, 3.3).
 void XmlTreeReader::AddDefault(XmlCharacters element, XmlCharacters attribute, XmlCharacters value) {
     const bool isKnown = std::ranges::any_of(fDefaults, [&](const Default &row) {
         return row.element == TextOf(element) && row.attribute == TextOf(attribute);
@@ -124,7 +124,7 @@ void XmlTreeReader::AddDefault(XmlCharacters element, XmlCharacters attribute, X
         {std::string(TextOf(element)), std::string(TextOf(attribute)), Mended(TextOf(value))});
 }
 
-// The parser, recovering, may go on in the middle of a character.
+// A recovering parser may continue in the middle of a character.
 std::string XmlTreeReader::Mended(std::string_view text) const {
     return fReading == XmlReading::Recovering && !text.empty() ? MendUtf8(text) : std::string(text);
 }
@@ -155,7 +155,7 @@ void XmlTreeReader::AddDefaults(XmlNode &node, std::string_view name) {
 
 void XmlTreeReader::Start(XmlCharacters name, const XmlCharacters *attributes) {
     if (fOpen.empty() && fHasRoot) {
-        return; // another element behind the root's end
+        return; // another element after the root's end
     }
     if (fOpen.size() == kXmlMaxDepth) {
         return Stop(kDamaged);
@@ -203,7 +203,7 @@ void XmlTreeReader::AddText(std::string_view text) {
     siblings.back().text += text;
 }
 
-// The first with that name, one without a prefix if there is any; null without one.
+// The first with that name, preferably without a prefix; null if none.
 template <typename Named>
 const Named *FindNamed(const std::vector<Named> &all, std::string_view name) {
     const auto is = [&](bool hasPrefix) {
@@ -220,7 +220,7 @@ void AppendAttributeValue(std::string &out, std::string_view value) {
     std::string text;
     AppendCharacters(text, value);
     for (const char c : text) {
-        // A reader would make a blank of each of these.
+        // A reader would turn each of these into a blank.
         if (c == '"' || c == '\t' || c == '\n') {
             out.append("&#").append(std::to_string(static_cast<int>(c))).append(";");
         } else {
@@ -239,7 +239,7 @@ void AppendStartTag(std::string &out, const XmlNode &element, std::string_view e
     out += end;
 }
 
-// Recurses as deep as the tree. With `depth` kInline nothing is added between the tags.
+// Recurses as deep as the tree. With `depth` kInline adds nothing between tags.
 constexpr std::size_t kInline = SIZE_MAX;
 void AppendNode(std::string &out, const XmlNode &node, std::size_t depth) {
     if (!node.IsElement()) {

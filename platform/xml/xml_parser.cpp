@@ -17,7 +17,7 @@ struct XmlParser::Library {
     Library &operator=(const Library &) = delete;
     ~Library() {
         if (parser != nullptr) {
-            // The parser keeps a document of its own when it meets an entity declaration.
+            // The parser creates its own document at an entity declaration.
             xmlFreeDoc(parser->myDoc);
             xmlFreeParserCtxt(parser);
         }
@@ -37,11 +37,12 @@ struct XmlParser::Library {
 // Without a callback for the external subset none is ever loaded.
 xmlSAXHandler XmlParser::Library::Handler(const Calls &calls) {
     xmlSAXHandler handler{};
-    handler.initialized = 1; // not XML_SAX2_MAGIC, which asks for name spaces
+    handler.initialized = 1; // not XML_SAX2_MAGIC, which enables namespaces
     handler.startElement = calls.start;
     handler.endElement = calls.end;
     handler.characters = calls.text;
-    handler.ignorableWhitespace = calls.text; // one and the same, which spares the parser telling them apart
+    handler.ignorableWhitespace =
+        calls.text; // the same function, so that the parser need not distinguish them
     handler.getEntity = OnEntity;
     handler.getParameterEntity = OnEntity;
     handler.internalSubset = OnDocumentType;
@@ -85,7 +86,7 @@ void XmlParser::Library::OnDocumentType(void *parser, const xmlChar * /*name*/, 
     Run<XmlParser>(parser, [](XmlParser &self) { self.BeginDocumentType(); });
 }
 
-// The list of values belongs to whoever is called.
+// The callee owns the list of values.
 void XmlParser::Library::OnAttribute(void *parser, const xmlChar *element, const xmlChar *name, int /*type*/,
                                      int /*kind*/, const xmlChar *value, xmlEnumerationPtr values) {
     xmlFreeEnumeration(values);
@@ -107,8 +108,7 @@ XmlParser::XmlParser() : fLibrary(std::make_unique<Library>()) {}
 XmlParser::~XmlParser() = default;
 
 OSErr XmlParser::Parse(XmlParsing parsing, const Calls &calls) {
-    // The thread's handler gets the errors that libxml2 ties to no parser too, such as those of a text
-    // encoding.
+    // The thread's handler also gets errors that libxml2 does not tie to a parser, such as encoding errors.
     const xmlStructuredErrorFunc before = xmlStructuredError;
     void *const beforeContext = xmlStructuredErrorContext;
     xmlSetStructuredErrorFunc(this, Library::OnError);
@@ -130,7 +130,7 @@ void XmlParser::ParseDocument(XmlParsing parsing, const Calls &calls) {
         return;
     }
     Run<XmlParser>(this, [](XmlParser &self) { self.Begin(); });
-    // There are no entities to replace, but without that option an attribute's "&amp;" comes as "&#38;".
+    // There are no entities to replace, but without this option "&amp;" in an attribute arrives as "&#38;".
     xmlCtxtUseOptions(fLibrary->parser, XML_PARSE_NONET | XML_PARSE_NOENT |
                                             (isUtf8 ? XML_PARSE_IGNORE_ENC : 0) |
                                             (parsing == XmlParsing::Utf8Recovering ? XML_PARSE_RECOVER : 0));
@@ -142,8 +142,8 @@ void XmlParser::KeepThrown() {
     Stop(memFullErr);
 }
 
-// OnRead gives no more bytes then. (The parser's own way to stop gives buffers up at once, at which it may
-// still look behind its error handler.)
+// OnRead returns no more bytes after this. (xmlStopParser frees buffers at once, which the parser may still
+// use after its error handler.)
 void XmlParser::Stop(OSErr status) {
     fStatus = status;
     if (fLibrary->parser != nullptr) {
@@ -164,7 +164,7 @@ bool XmlParser::IsWellFormed() const {
     return fLibrary->parser->wellFormed != 0;
 }
 
-// The parser takes a NUL byte behind the root for the end, and drops half a character there.
+// The parser takes a NUL byte after the root as the end, and drops an incomplete character there.
 bool XmlParser::IsAtEnd() const {
     const xmlParserInput *input = fLibrary->parser->input;
     return input != nullptr && input->cur == input->end &&

@@ -1,7 +1,6 @@
-// Parsing XML with libxml2, for the readers of XML in this folder. It pulls the bytes and calls back tag by
-// tag, which takes less memory than a tree of its own, and lets a document beyond the bounds be stopped in
-// time. There are no name spaces (whose lookups a hostile file could make slow), no network, no entities but
-// the five predefined ones, and no declarations.
+// Parses XML with libxml2 as a stream: pulls the bytes and calls back per tag. This takes less memory than
+// libxml2's tree and stops a document beyond the limits early. No namespaces (whose lookups a hostile file
+// could make slow), no network, no entities except the five predefined ones, no declarations.
 #pragma once
 
 #include "platform/base/status.h"
@@ -16,21 +15,21 @@
 
 namespace drevix {
 
-// UTF-8 that ends with a NUL, as libxml2 has it.
+// NUL-terminated UTF-8, as libxml2 uses it.
 using XmlCharacters = const unsigned char *;
 
-// What a document may not have, or may not everywhere. `Entity` is the use of one that is not predefined, the last is
-// that of an element, an attribute or a notation.
+// Problems in a document. `Entity` is the use of one that is not predefined; the last is the declaration of
+// an element, attribute or notation.
 enum class XmlProblem : std::uint8_t { Malformed, WrongEndTag, Entity, EntityDeclaration, Declaration };
 
-// How the bytes become text, and whether to go on behind what is malformed.
+// How to decode the bytes, and whether to continue after malformed parts.
 enum class XmlParsing : std::uint8_t {
     Strict,         // in the encoding that the document declares
-    Utf8Strict,     // in UTF-8, whatever is declared
+    Utf8Strict,     // as UTF-8, whatever is declared
     Utf8Recovering, // the same
 };
 
-// A reader derives from it. One object parses one document.
+// Base class of a reader. One object parses one document.
 class XmlParser {
   public:
     XmlParser(const XmlParser &) = delete;
@@ -40,39 +39,39 @@ class XmlParser {
   protected:
     XmlParser();
 
-    // Parses. `Reader` is the class derived, with three public functions more for the tags and the text:
-    //   Start(XmlCharacters name, const XmlCharacters *attributes): names and values in turn, then a null; or
-    //     null for no attributes
+    // Parses the document. `Reader` is the derived class, with three more public functions:
+    //   Start(XmlCharacters name, const XmlCharacters *attributes): alternating names and values, then a
+    //     null; or null for no attributes
     //   End()
     //   AddText(std::string_view text): the next part of a text, however short
-    // noErr, even for what is not well-formed; what Stop was given; or memFullErr. Throws what a function
-    // called has thrown.
+    // noErr, even for a malformed document; the status passed to Stop; or memFullErr. Rethrows what a called
+    // function threw.
     template <typename Reader>
     [[nodiscard]] OSErr Parse(XmlParsing parsing) {
         return Parse(parsing, Calls{OnStart<Reader>, OnEnd<Reader>, OnText<Reader>});
     }
 
-    // Called first, when names can be asked for.
+    // Called first; NameInParser works from here on.
     virtual void Begin() {}
-    // Gives the next bytes of the document. Returns their number, 0 at the end.
+    // Reads the next bytes of the document; returns their number, 0 at the end.
     virtual std::size_t ReadBytes(std::span<char> buffer) = 0;
-    // Called for each problem. The message is libxml2's about what is malformed, else null. Where nothing is
-    // stopped, the parse goes on if it recovers, and ends soon if not.
+    // Called for each problem, with libxml2's message for malformed parts, else null. Unless Stop is called,
+    // a recovering parse continues and a strict one soon ends.
     virtual void Notice(XmlProblem problem, const char *message) = 0;
 
-    // Called at a document type declaration, and for each attribute that it gives a value where a tag does not.
+    // Called at a document type declaration, and for each attribute default in it.
     virtual void BeginDocumentType() {}
     virtual void AddDefault(XmlCharacters /*element*/, XmlCharacters /*attribute*/, XmlCharacters /*value*/) {
     }
 
-    // From now on nothing is called any more, and the parse soon ends with that status.
+    // No more calls after this; the parse soon ends with that status.
     void Stop(OSErr status);
     [[nodiscard]] OSErr Status() const { return fStatus; }
-    // Where the parser keeps a name, with which Start is called then; null without memory.
+    // The parser's own pointer for a name, which it then passes to Start; null if out of memory.
     [[nodiscard]] XmlCharacters NameInParser(const char *name) const;
-    // Of what was parsed last, from 1; 0 when not known.
+    // The line parsed last, from 1; 0 if unknown.
     [[nodiscard]] int Line() const;
-    // After a parse that nothing has stopped: whether all was well-formed, and whether nothing follows.
+    // After a parse that was not stopped: whether it was well-formed, and whether nothing follows.
     [[nodiscard]] bool IsWellFormed() const;
     [[nodiscard]] bool IsAtEnd() const;
 
@@ -85,7 +84,7 @@ class XmlParser {
         void (*text)(void *parser, XmlCharacters text, int length);
     };
 
-    // Nothing may be thrown through libxml2: what is thrown in a callback is kept and thrown again behind it.
+    // Exceptions must not cross libxml2: one thrown in a callback is stored and rethrown afterwards.
     template <typename Reader, typename Step>
     static void Run(void *parser, const Step &step) noexcept {
         auto *self = static_cast<XmlParser *>(parser);
@@ -100,8 +99,7 @@ class XmlParser {
     }
     void KeepThrown();
 
-    // libxml2's callbacks for what comes most often. They are made for each reader, so that its functions are
-    // compiled into them.
+    // libxml2's most frequent callbacks, instantiated per reader so that its functions are inlined.
     template <typename Reader>
     static void OnStart(void *parser, XmlCharacters name, XmlCharacters *attributes) {
         Run<Reader>(parser, [&](Reader &reader) { reader.Start(name, attributes); });

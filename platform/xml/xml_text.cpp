@@ -21,7 +21,7 @@ constexpr OSErr kDamaged = -1;
 constexpr std::string_view kReplacement = "\uFFFD";
 constexpr std::string_view kMacRoman = "macintosh";
 
-// What a document's first bytes say of its encoding, XML 1.0, appendix F. The longer rows come first.
+// A document's encoding by its first bytes (XML 1.0, appendix F). Longer rows come first.
 struct FirstBytes {
     std::string_view bytes;
     std::size_t skipped;
@@ -35,7 +35,7 @@ constexpr auto kFirstBytes = std::to_array<FirstBytes>({
     {{"<\0", 2}, 0, "UTF-16LE"},
 });
 
-// Mac OS Roman's names. It is not left to the C library, whose table has the old currency sign for the euro.
+// Names of Mac OS Roman. The C library's table is not used: it has the old currency sign instead of the euro.
 constexpr auto kMacRomanNames = std::to_array<std::string_view>({kMacRoman, "x-mac-roman", "mac"});
 
 std::string SmallLetters(std::string_view text) {
@@ -44,7 +44,7 @@ std::string SmallLetters(std::string_view text) {
     return small;
 }
 
-// The name that the declaration gives; empty without one. The iconv library takes a '/' for a wish.
+// The declared encoding; empty if none. iconv treats what follows a '/' as an option.
 std::string DeclaredEncoding(std::string_view bytes) {
     constexpr std::string_view kEncoding = "encoding";
     constexpr std::string_view kNameCharacters =
@@ -74,7 +74,7 @@ std::string EncodingOf(std::string_view &bytes) {
     if (std::ranges::find(kMacRomanNames, small) != kMacRomanNames.end()) {
         return std::string(kMacRoman);
     }
-    // A text in single bytes cannot be what it says then.
+    // A text of single bytes cannot be UTF-16.
     return name.empty() || small.starts_with("utf-16") ? "UTF-8" : name;
 }
 
@@ -97,13 +97,13 @@ class Converter {
 
     [[nodiscard]] bool IsKnown() const { return fHandle != reinterpret_cast<iconv_t>(-1); }
 
-    // False at bytes that are wrong, or cut off, and are refused.
+    // False at invalid or truncated bytes that are refused.
     bool Convert(std::string_view bytes, BadBytes badBytes, std::string *text) {
         std::array<char, 4096> piece{};
         const char *beyond = BeyondUnicode(bytes);
         while (!bytes.empty()) {
             beyond = beyond < bytes.data() ? BeyondUnicode(bytes) : beyond;
-            char *in = const_cast<char *>(bytes.data()); // the interface is older than const
+            char *in = const_cast<char *>(bytes.data()); // iconv's interface lacks const
             const auto known = static_cast<std::size_t>(beyond - bytes.data());
             std::size_t inLeft = known;
             char *out = piece.data();
@@ -125,8 +125,8 @@ class Converter {
     }
 
   private:
-    // Where the first sequence begins that would be a character above U+10FFFF, which the C library lets pass.
-    // In UTF-8; the end of the bytes when none does.
+    // The start of the first UTF-8 sequence above U+10FFFF, which the C library accepts; the end of the bytes
+    // if there is none.
     [[nodiscard]] const char *BeyondUnicode(std::string_view bytes) const {
         for (std::size_t i = 0; fIsUtf8 && i < bytes.size(); ++i) {
             const auto first = static_cast<std::uint8_t>(bytes[i]);
@@ -147,7 +147,7 @@ bool IsNameStart(char c) {
            static_cast<unsigned char>(c) >= 0x80;
 }
 
-// XML 1.0, production 2, for what a reference may name.
+// XML 1.0, production 2, for character references.
 bool IsAllowedCharacter(std::uint32_t code) {
     return code == '\t' || code == '\n' || code == '\r' || (code >= 0x20 && code <= 0xD7FF) ||
            (code >= 0xE000 && code <= 0xFFFD) || (code >= 0x10000 && code <= 0x10FFFF);
@@ -162,7 +162,7 @@ bool IsCharacterNumber(std::string_view digits) {
     return error == std::errc() && stopped == end && IsAllowedCharacter(code);
 }
 
-// The references that need no declaration, and the numeric ones for the same characters.
+// The predefined references, and the numeric ones for the same characters.
 struct Reference {
     std::string_view name;
     std::string_view number;
@@ -183,18 +183,18 @@ std::string WithoutControls(std::string_view text) {
     return result;
 }
 
-// What has other rules inside than tags and text have. A declaration has no '>' before its end.
+// Sections with their own rules inside. A declaration has no '>' before its end.
 struct Section {
     std::string_view start;
     std::string_view end;
-    bool isText = false; // not left out
+    bool isText = false; // kept as text
 };
 constexpr auto kSections =
     std::to_array<Section>({{"<!--", "-->"}, {"<![CDATA[", "]]>", true}, {"<?xml ", ">"}, {"<?", "?>"}});
 
 constexpr std::string_view kDocumentType = "<!DOCTYPE";
 
-// The length of the document type declaration that the text begins with; 0 when its end is not found.
+// The length of the document type declaration at the start of the text; 0 if its end is missing.
 std::size_t DocumentTypeLength(std::string_view text) {
     text = text.substr(0, kXmlMaxDocumentType);
     char quote = 0;
@@ -225,8 +225,8 @@ std::size_t DocumentTypeLength(std::string_view text) {
     return 0;
 }
 
-// Makes one mended text. Behind the first error the parser drops the predefined references, and the text before a
-// bare "]]>", but never a numeric reference: so what is text is written with no other.
+// Builds one repaired text. After the first error the parser drops predefined references, and the text before
+// a bare "]]>", but never numeric references; so only numeric references are written.
 class Mender {
   public:
     explicit Mender(std::string_view text) : fRest(text) {
@@ -273,7 +273,7 @@ class Mender {
         return mark == '>' && !isTag ? TakeAs("&#62;") : Take(1);
     }
 
-    // A section without an end is looked for once, not at each of its beginnings.
+    // Search for a missing end once, not at each start.
     bool TakeSection() {
         for (std::size_t i = 0; i < kSections.size(); ++i) {
             const Section &section = kSections[i];
@@ -301,8 +301,8 @@ class Mender {
         }
     }
 
-    // In its place it is kept: what it declares is not for us to say. Elsewhere it is none. One without an end is
-    // looked through once, too.
+    // Kept in its proper place, so that the parser judges its declarations; elsewhere it is not one. A
+    // missing end is searched for once, too.
     bool TakeDocumentType() {
         if (!fHasDocumentType || !fRest.starts_with(kDocumentType)) {
             return false;
@@ -343,11 +343,10 @@ class Mender {
     std::array<bool, kSections.size()> fHasEnd{};
     bool fHasDocumentType = true;
     bool fInTag = false;
-    char fQuote = 0; // in which the place in the tag lies; 0: in none
+    char fQuote = 0; // the open quote at this place in the tag; 0: none
 };
 
-// The attributes of what may be a tag, and more text. A parser gives up where quotes are missing, so it finds
-// no more than these.
+// Counts the attributes of a possible tag. The parser stops where quotes are missing, so it never finds more.
 std::size_t AttributesIn(std::string_view tag) {
     std::size_t count = 0;
     char quote = 0;

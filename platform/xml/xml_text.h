@@ -1,4 +1,4 @@
-// What comes before an XML parser: the bytes as UTF-8, and a malformed text mended as far as can be told.
+// Prepares text for an XML parser: decodes it to UTF-8 and repairs malformed parts where possible.
 #pragma once
 
 #include "platform/base/types.h"
@@ -9,23 +9,23 @@
 
 namespace drevix {
 
-// What to do with a byte that the encoding does not allow.
+// What to do with an invalid byte.
 enum class BadBytes { Refuse, TakeAsMacRoman };
 
-// The document as UTF-8, without a byte order mark, by its first bytes and its declaration. noErr; -1 for an
-// encoding that is not known, or bytes that are refused; memFullErr.
+// Decodes the document to UTF-8 without a byte order mark, using its first bytes and declaration. noErr; -1
+// for an unknown encoding or refused bytes; memFullErr.
 [[nodiscard]] OSErr DecodeXml(std::string_view bytes, BadBytes badBytes, std::string *text);
 
-// From a document type declaration's start to the root's, or a document is refused: what is within may take the
-// parser time that grows with its square.
+// The longest allowed distance from the start of a document type declaration to the root element, since the
+// parser may need quadratic time for it.
 inline constexpr std::size_t kXmlMaxDocumentType = std::size_t{64} << 10; // bytes
 
-// Makes text of each '&' and '<' that begins nothing, and U+FFFD of control characters. Comments, processing
-// instructions, and declarations in the middle are left out; what is in a CDATA section becomes text. All references
-// become numeric. *startTags gets the number of start tags. May throw std::bad_alloc.
+// Turns each stray '&' and '<' into text and control characters into U+FFFD. Drops comments, processing
+// instructions and misplaced declarations; turns CDATA sections into text and all references into numeric
+// ones. *startTags gets the number of start tags. May throw std::bad_alloc.
 [[nodiscard]] std::string MendXml(std::string_view text, std::size_t *startTags);
 
-// UTF-8 with each byte that is wrong in it taken as Mac OS Roman. May throw std::bad_alloc.
+// Repairs UTF-8: takes each invalid byte as Mac OS Roman. May throw std::bad_alloc.
 [[nodiscard]] std::string MendUtf8(std::string_view text);
 
 // The most attributes that any one tag has.
