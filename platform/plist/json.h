@@ -1,4 +1,4 @@
-// Property-list values as JSON, for programs that read what the command line prints.
+// Property-list values as JSON, for programs that read the command line's output.
 #pragma once
 
 #include "platform/plist/property_list.h"
@@ -7,8 +7,8 @@
 
 namespace drevix {
 
-// The value as JSON text, indented by two blanks, without a line end. Entries keep their order; text is
-// UTF-8, malformed parts replaced; data is base64 text, a date its seconds. May throw std::bad_alloc.
+// The value as JSON text, indented by two blanks, without a final line end. Keeps the order of entries; text
+// is UTF-8 with malformed parts replaced; data is base64 text, a date its seconds. May throw std::bad_alloc.
 [[nodiscard]] std::string JsonText(const PropertyList &value);
 
 } // namespace drevix

@@ -30,7 +30,7 @@ OSErr ReadList(ListBytes &bytes, HandOver what, const PropertyListElementHandler
                            : ReadXmlList(bytes, what, handler, problem);
 }
 
-// Tells the caller of a failure what it was, in words too.
+// Reports a failure to the caller as status and text.
 OSErr Report(OSErr status, PropertyListProblem *found, PropertyListProblem *problem) {
     if (status != noErr && problem != nullptr) {
         if (found->text.empty()) {
@@ -41,7 +41,7 @@ OSErr Report(OSErr status, PropertyListProblem *found, PropertyListProblem *prob
     return status;
 }
 
-// Calls `read`, and turns a lack of memory into its status.
+// Calls `read` and turns std::bad_alloc into memFullErr.
 template <typename Read>
 OSErr ReadAndReport(PropertyListProblem *problem, const Read &read) try {
     PropertyListProblem found;
@@ -54,7 +54,7 @@ OSErr ReadAndReport(PropertyListProblem *problem, const Read &read) try {
     }
     return Report(status, &found, problem);
 } catch (const std::bad_alloc &) {
-    return memFullErr; // there is not even room for its text
+    return memFullErr; // no memory even for its text
 }
 
 OSErr ReadListFile(const std::string &path, HandOver what, const PropertyListElementHandler &handler,
@@ -77,7 +77,7 @@ OSErr ParseList(std::span<const std::byte> bytes, HandOver what, const PropertyL
     });
 }
 
-// Calls `read` with a handler that keeps the root; a list can still turn out damaged behind it.
+// Calls `read` with a handler that keeps the root; the list can still turn out to be damaged after it.
 template <typename Read>
 OSErr TakeRoot(PropertyList *root, const Read &read) {
     PropertyList taken(false);
@@ -94,7 +94,7 @@ OSErr TakeRoot(PropertyList *root, const Read &read) {
 } // namespace
 
 const PropertyList *PropertyListDictionary::Find(std::string_view key) const {
-    // From the back, as the last of several entries counts.
+    // Backwards, because the last duplicate counts.
     const auto found = std::find_if(fEntries.rbegin(), fEntries.rend(),
                                     [key](const Entry &entry) { return entry.first == key; });
     return found == fEntries.rend() ? nullptr : &found->second;

@@ -20,19 +20,19 @@ class PropertyList;
 // The elements of an array, in order.
 using PropertyListArray = std::vector<PropertyList>;
 
-// The entries of a dictionary, in the order of the file. A key that occurs twice has its last value.
+// The entries of a dictionary, in file order. A duplicate key has its last value.
 class PropertyListDictionary {
   public:
     using Entry = std::pair<std::string, PropertyList>;
 
-    // The value of a key, null when absent. Cost linear in the number of entries.
+    // The value of a key, or null. Linear in the number of entries.
     [[nodiscard]] const PropertyList *Find(std::string_view key) const;
     [[nodiscard]] PropertyList *Find(std::string_view key);
-    // Adds an entry at the end; the value is anything that a PropertyList is made of. May throw
-    // std::bad_alloc, as the standard containers do.
+    // Appends an entry; the value is anything that converts to PropertyList. May throw std::bad_alloc, as the
+    // standard containers do.
     template <typename Value>
     void Add(std::string key, Value &&value);
-    // Adds an entry with an empty key and the value `false`, to be filled in. It stays where it is until the
+    // Appends an entry with an empty key and the value `false`, for the caller to fill in. Valid until the
     // next one is added.
     Entry &AddBlank();
     [[nodiscard]] const std::vector<Entry> &Entries() const { return fEntries; }
@@ -43,7 +43,7 @@ class PropertyListDictionary {
     std::vector<Entry> fEntries;
 };
 
-// Binary data; a type of its own so that it is not taken for text.
+// Binary data; its own type, to distinguish it from text.
 struct PropertyListData {
     std::string bytes;
 };
@@ -53,7 +53,8 @@ struct PropertyListDate {
     double seconds;
 };
 
-// One value. Text is UTF-8. An integer is an std::uint64_t from 2^63 on only; those come from others' lists alone.
+// One value. Text is UTF-8. An integer is an std::uint64_t only from 2^63 up, which occurs only in foreign
+// lists.
 class PropertyList {
   public:
     using Value = std::variant<bool, std::int64_t, std::uint64_t, double, std::string, PropertyListData,
@@ -69,7 +70,7 @@ class PropertyList {
     PropertyList(PropertyListDictionary value) : fValue(std::move(value)) {}
     PropertyList(const char *) = delete; // would become a bool
 
-    // The value as one of the alternatives of Value, null when it is another.
+    // The value as one of the alternatives of Value, or null if it is another.
     template <typename T>
     [[nodiscard]] const T *As() const {
         return std::get_if<T>(&fValue);
@@ -111,31 +112,30 @@ inline PropertyListDictionary::Entry &PropertyListDictionary::AddBlank() {
     return fEntries.emplace_back(std::string_view(), false);
 }
 
-// Bounds that keep a hostile list from exhausting time, memory or the stack; a list beyond them is refused as
-// damaged. An element is what is handed over at once: one of the root array, or the whole of another root.
-// What a binary list shares counts each time that it occurs; its values must not come to more than the file
-// has bytes either, as they do not where no array and no dictionary is shared.
+// Limits that keep a hostile list from exhausting time, memory or the stack; a list that exceeds them is
+// refused as damaged. An element is what is passed on at a time: one element of the root array, or the whole
+// of any other root. Shared objects of a binary list count each time they occur, and its values must not
+// outnumber the file's bytes, which they cannot unless arrays or dictionaries are shared.
 inline constexpr int kPropertyListMaxDepth = 64;
 inline constexpr std::size_t kPropertyListMaxBytes = std::size_t{2} << 30;         // of an XML file
 inline constexpr std::size_t kPropertyListMaxBinaryBytes = std::size_t{256} << 20; // in memory at once
-inline constexpr std::size_t kPropertyListMaxValues = std::size_t{64} << 10;       // of an element
-inline constexpr std::size_t kPropertyListMaxText = std::size_t{16} << 20;         // its texts and data
+inline constexpr std::size_t kPropertyListMaxValues = std::size_t{64} << 10;       // per element
+inline constexpr std::size_t kPropertyListMaxText = std::size_t{16} << 20; // per element: texts and data
 
-// What came of reading, for a message to a person.
+// Why reading failed, for a message.
 struct PropertyListProblem {
-    int line = 0;     // of an XML list, from 1; 0 when not known
+    int line = 0;     // of an XML list, from 1; 0 if unknown
     std::string text; // the end of a sentence, never empty after a failure ("an entity is declared")
 };
 
-// Called with each element of the root array, in order; it may move from the element. False stops the
-// reading.
+// Called with each element of the root array, in order; may move from it. Return false to stop reading.
 using PropertyListElementHandler = std::function<bool(PropertyList &element)>;
 
-// Reads a list whose root is an array, XML or binary as its first bytes tell. Elements are handed over while
-// the file is read, so that a long list is never in memory whole; when the list turns out damaged further on,
-// the handler has been called for the elements before, and the caller must drop what it made of them. noErr;
-// -1 for a damaged list, a root that is no array, or a list beyond the bounds (`problem`, if given, says
-// what); userCanceledErr when the handler stopped it; memFullErr; or the file's error.
+// Reads a list whose root is an array; its first bytes tell XML from binary. Passes on elements while
+// reading, so that a long list is never completely in memory. If the list turns out to be damaged, the
+// handler has already been called for earlier elements, and the caller must discard the results. noErr; -1
+// for a damaged list, a root that is not an array, or a list beyond the limits (*problem, if given, says
+// why); userCanceledErr if the handler stopped it; memFullErr; or the file's error.
 [[nodiscard]] OSErr ReadPropertyListArray(const std::string &path, const PropertyListElementHandler &handler,
                                           PropertyListProblem *problem = nullptr);
 
@@ -144,16 +144,16 @@ using PropertyListElementHandler = std::function<bool(PropertyList &element)>;
                                            const PropertyListElementHandler &handler,
                                            PropertyListProblem *problem = nullptr);
 
-// Reads a list with a root of any kind whole, as ReadPropertyListArray but that *root is set on success only.
-// Meant for small files: the root may not be larger than an element.
+// Reads a whole list with any root. As ReadPropertyListArray, but *root is set only on success. For small
+// files: the root may not exceed the limits of an element.
 [[nodiscard]] OSErr ReadPropertyList(const std::string &path, PropertyList *root,
                                      PropertyListProblem *problem = nullptr);
 [[nodiscard]] OSErr ParsePropertyList(std::span<const std::byte> bytes, PropertyList *root,
                                       PropertyListProblem *problem = nullptr);
 
 // Writes an XML list whose root is an array, element by element, to a file in place
-// ("platform/files/file_update.h"): until Finish has returned noErr, destroying the writer puts the file's old
-// bytes back.
+// ("platform/files/file_update.h"): destroying the writer before Finish has returned noErr restores the old
+// file.
 class PropertyListArrayWriter {
   public:
     PropertyListArrayWriter();
@@ -162,8 +162,8 @@ class PropertyListArrayWriter {
     ~PropertyListArrayWriter();
 
     [[nodiscard]] OSErr Open(const std::string &path);
-    // Adds an element at the end. Characters that XML 1.0 forbids are written as U+FFFD, dates to the whole
-    // second and in the years 1 to 9999. memFullErr or the file's error; nothing can be added after either.
+    // Appends an element. Characters that XML 1.0 forbids are written as U+FFFD, dates in whole seconds
+    // within the years 1 to 9999. noErr; after memFullErr or the file's error nothing more can be added.
     [[nodiscard]] OSErr Add(const PropertyList &element);
     [[nodiscard]] OSErr Finish();
 
@@ -172,8 +172,8 @@ class PropertyListArrayWriter {
     std::unique_ptr<State> fState;
 };
 
-// The XML text of a list whose root is the given array, as the writer makes it, or any value. May throw
-// std::bad_alloc.
+// The XML text of a list with the given array as root, as from the writer, or with any value as root. May
+// throw std::bad_alloc.
 [[nodiscard]] std::string PropertyListArrayText(const PropertyListArray &elements);
 [[nodiscard]] std::string PropertyListText(const PropertyList &root);
 

@@ -13,7 +13,7 @@ namespace drevix {
 namespace {
 
 // The layout of "bplist00": an 8-byte signature, the objects, a table of their offsets, and the trailer. All
-// numbers are big-endian. An object is a marker byte, whose high half is its type, and what the type says.
+// numbers are big-endian. An object is a marker byte, whose high half is its type, followed by its contents.
 constexpr std::string_view kSignature = "bplist00";
 constexpr std::size_t kTrailerSize = 32;
 constexpr std::size_t kOffsetSizeAt = 6;    // in the trailer: bytes of an offset in the table
@@ -23,8 +23,8 @@ constexpr std::size_t kTopObjectAt = 16;    // number of the root
 constexpr std::size_t kOffsetTableAt = 24;
 constexpr std::size_t kMostNumberSize = 8;
 
-// Types: the marker's high half. The low half of the first four says what precisely, or the binary logarithm
-// of a size in bytes; of the others it is the count, or kCountFollows, and the count is then the next object.
+// Types: the marker's high half. For the first four the low half is the exact value or the binary logarithm
+// of a size in bytes; for the others it is the count, or kCountFollows if the count is the next object.
 enum class Type : std::uint8_t {
     Truth = 0x0,
     Integer = 0x1,
@@ -41,7 +41,7 @@ constexpr unsigned kTrue = 0x9;
 constexpr unsigned kDateSize = 0x3; // 2^3 bytes
 constexpr unsigned kCountFollows = 0xF;
 
-constexpr std::size_t kMostTextBytes = std::size_t{1} << 30; // in all, shared ones counted each time
+constexpr std::size_t kMostTextBytes = std::size_t{1} << 30; // in total, counting shared ones each time
 
 using Bytes = std::span<const std::uint8_t>;
 
@@ -53,7 +53,7 @@ std::uint64_t BigEndian(Bytes bytes) {
     return value;
 }
 
-// Two's complement of 16 bytes, where it lies from -2^63 to 2^64 - 1.
+// A 16-byte two's complement integer, if within -2^63 to 2^64 - 1.
 std::optional<PropertyList> WideInteger(Bytes bytes) {
     const std::uint64_t high = BigEndian(bytes.first(8));
     const std::uint64_t low = BigEndian(bytes.last(8));
@@ -68,7 +68,7 @@ std::string Characters(Bytes bytes) {
     return {reinterpret_cast<const char *>(bytes.data()), bytes.size()};
 }
 
-// Nothing comes of a surrogate without its other half.
+// nullopt for an unpaired surrogate.
 std::optional<std::string> Utf8FromUtf16(Bytes bytes) {
     std::string text;
     text.reserve(bytes.size());
@@ -87,9 +87,9 @@ std::optional<std::string> Utf8FromUtf16(Bytes bytes) {
     return text;
 }
 
-// Reads objects straight from the bytes, each value only when its turn comes, so that a list takes its own
-// bytes and one element in memory, not a tree of all values. Nothing is allocated for a count that the bytes
-// do not bear out; what shared objects and cycles would multiply ends at the bounds.
+// Reads objects directly from the bytes, one element at a time, so that memory holds the list's bytes and one
+// element instead of a tree of all values. Never allocates for a count that the bytes do not back; the limits
+// stop shared objects and cycles from multiplying.
 class BinaryListReader {
   public:
     BinaryListReader(Bytes bytes, PropertyListProblem *problem) : fBytes(bytes), fProblem(*problem) {}
@@ -100,7 +100,7 @@ class BinaryListReader {
     struct Object {
         Type type;
         unsigned low;      // the marker's low half
-        Bytes content;     // all it consists of, without marker and count
+        Bytes content;     // contents, without marker and count
         std::size_t count; // of bytes, UTF-16 units, elements or entries
     };
 
@@ -112,8 +112,8 @@ class BinaryListReader {
     std::size_t UnitSize(Type type) const;
     std::uint64_t Reference(const Object &object, std::size_t index) const;
 
-    // The value of an object that lies in `depth` arrays and dictionaries; nothing when it is damaged, and
-    // the problem is then set. Recurses up to kPropertyListMaxDepth.
+    // The value of an object nested in `depth` arrays and dictionaries; nullopt, with the problem set, if it
+    // is damaged. Recurses up to kPropertyListMaxDepth.
     std::optional<PropertyList> ReadValue(std::uint64_t number, int depth);
     std::optional<PropertyList> ReadInteger(const Object &object);
     std::optional<PropertyList> ReadReal(const Object &object);
@@ -132,8 +132,8 @@ class BinaryListReader {
     std::size_t fReferenceSize = 0;
     std::uint64_t fObjectCount = 0;
     std::uint64_t fTopObject = 0;
-    std::size_t fOffsetTable = 0; // where it starts, and the objects end
-    // Shared ones counted each time; of the element that is being read, and of those before it.
+    std::size_t fOffsetTable = 0; // its start, and the end of the objects
+    // Counting shared ones each time; in the current element, and in those before it.
     std::size_t fValues = 0;
     std::size_t fTextBytes = 0;
     std::size_t fValuesBefore = 0;
@@ -219,7 +219,7 @@ std::size_t BinaryListReader::UnitSize(Type type) const {
     }
 }
 
-// The count behind a marker, itself an integer object. `at` moves behind it.
+// Reads the count after a marker, itself an integer object. Advances *at past it.
 bool BinaryListReader::ReadCount(std::size_t *at, std::size_t *count) {
     if (*at >= fOffsetTable) {
         return false;

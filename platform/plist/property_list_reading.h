@@ -1,5 +1,4 @@
-// What the XML and the binary reader of property lists share: where the bytes come from, and the status of
-// damage.
+// Shared by the XML and binary readers of property lists: the source of bytes and the status for damage.
 #pragma once
 
 #include "platform/files/files.h"
@@ -10,21 +9,21 @@
 
 namespace drevix {
 
-// The status of a damaged list, or of one beyond the bounds.
+// The status for a damaged list or one beyond the limits.
 inline constexpr OSErr kDamagedList = -1;
 
-// What is handed over: the elements of a root that must be an array, one by one, or the root, whatever it is.
+// What to pass on: the elements of a root array one by one, or a root of any kind.
 enum class HandOver : std::uint8_t { Elements, Root };
 
-// The bytes of a list, piece by piece. Not more than kPropertyListMaxBytes in all.
+// The bytes of a list, in pieces; at most kPropertyListMaxBytes in total.
 class ListBytes {
   public:
     explicit ListBytes(std::span<const std::byte> bytes) : fAhead(bytes), fTotal(bytes.size()) {}
-    // From the mark of an open file on, which stays the caller's.
+    // Starts at the mark of an open file, which the caller owns.
     explicit ListBytes(FileRef file) : fFile(file) {}
 
-    // The bytes that come next, none at the end. They are valid until they have all been skipped and Ahead is
-    // called again. noErr, kDamagedList when the list is too large, memFullErr, or the file's error.
+    // The next bytes; none at the end. Valid until all have been skipped and Ahead is called again. noErr,
+    // kDamagedList if the list is too large, memFullErr, or the file's error.
     [[nodiscard]] OSErr Ahead(std::span<const std::byte> *bytes);
     void Skip(std::size_t count) { fAhead = fAhead.subspan(count); }
 
@@ -37,14 +36,14 @@ class ListBytes {
     std::string fPiece;
 };
 
-// The readers. As ReadPropertyListArray; `problem` is not null, and its text may stay empty for a status
-// other than kDamagedList. Both may throw std::bad_alloc and what the handler throws.
+// The readers. As ReadPropertyListArray; `problem` must not be null, and its text may stay empty for a status
+// other than kDamagedList. Both may throw std::bad_alloc and anything the handler throws.
 [[nodiscard]] OSErr ReadXmlList(ListBytes &bytes, HandOver what, const PropertyListElementHandler &handler,
                                 PropertyListProblem *problem);
 [[nodiscard]] OSErr ReadBinaryList(ListBytes &bytes, HandOver what, const PropertyListElementHandler &handler,
                                    PropertyListProblem *problem);
 
-// What they say of a list beyond the bounds.
+// Their message for a list that is too large.
 inline constexpr const char *kListTooLarge = "it is larger than 2 GB";
 inline constexpr const char *kBinaryListTooLarge = "it is a binary list of more than 256 MB";
 inline constexpr const char *kListTooDeep = "arrays and dictionaries are nested more than 64 deep";

@@ -39,7 +39,7 @@ using Seconds = std::chrono::seconds;
 constexpr sys_seconds kEpoch = sys_days(std::chrono::year(2001) / 1 / 1);
 constexpr sys_seconds kFirstSecond = sys_days(std::chrono::year(1) / 1 / 1);
 constexpr sys_seconds kLastSecond = sys_days(std::chrono::year(10000) / 1 / 1) - Seconds(1);
-constexpr std::string_view kDatePattern = "0000-00-00T00:00:00Z"; // 0 stands for a digit
+constexpr std::string_view kDatePattern = "0000-00-00T00:00:00Z"; // 0: any digit
 
 bool FitsDatePattern(std::string_view text) {
     return std::ranges::equal(text, kDatePattern, [](char character, char wanted) {
@@ -109,7 +109,7 @@ std::optional<double> ParseRealText(std::string_view text) {
     double value = 0;
     const char *end = text.data() + text.size();
     const auto [stopped, error] = std::from_chars(text.data(), end, value);
-    // "nan(...)" is C's, not ours.
+    // "nan(...)" is C syntax, not ours.
     if (error != std::errc() || stopped != end || text.ends_with(')')) {
         return std::nullopt;
     }
@@ -160,7 +160,7 @@ std::optional<PropertyListData> ParseBase64Text(std::string_view text) {
         }
         group = (group << 6) | value;
         ++digits;
-        // From the second digit of a group on, each completes a byte.
+        // From a group's second digit on, each completes a byte.
         if (const std::size_t place = digits % 4; place != 1) {
             const std::size_t spare = place == 0 ? 0 : 8 - 2 * place;
             data.bytes.push_back(static_cast<char>(group >> spare));

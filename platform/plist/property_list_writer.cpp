@@ -21,7 +21,7 @@ constexpr std::string_view kTail = "</plist>\n";
 constexpr std::string_view kArrayHead = "<array>\n";
 constexpr std::string_view kArrayTail = "</array>\n";
 
-// Writes values as XML, each on a line of its own behind `depth` tabs. Recurses as deep as the value is
+// Writes values as XML, each on its own line, indented by `depth` tabs. Recurses as deep as the value is
 // nested.
 class XmlAppender {
   public:
@@ -115,12 +115,12 @@ struct PropertyListArrayWriter::State {
     std::string pending; // not yet in the file
     OSErr status = rfNumErr;
 
-    // Writes what is pending. A failure is kept: nothing may follow what is missing.
+    // Writes what is pending. Remembers a failure: nothing may follow missing bytes.
     OSErr Flush() {
         for (std::string_view rest = pending; status == noErr && !rest.empty();) {
             const auto count = static_cast<std::int32_t>(
                 std::min<std::size_t>(rest.size(), std::numeric_limits<std::int32_t>::max()));
-            // The transfer's buffer serves reading too; writing leaves it alone.
+            // const_cast: the buffer is also used for reading; writing does not change it.
             IOParam transfer = {update.File(), const_cast<char *>(rest.data()), count, 0, fsAtMark, 0};
             status = PBWriteSync(&transfer);
             rest.remove_prefix(static_cast<std::size_t>(transfer.ioActCount));

@@ -13,25 +13,25 @@
 namespace drevix {
 namespace {
 
-// The elements of the document type, the most frequent first, as each name is looked up from the front.
+// The elements of the document type, most frequent first, because lookup is linear.
 enum class Element : std::uint8_t { Key, Integer, String, Dict, True, False, Array, Real, Data, Date, Plist };
 constexpr auto kElementNames = std::to_array(
     {"key", "integer", "string", "dict", "true", "false", "array", "real", "data", "date", "plist"});
 static_assert(kElementNames.size() == static_cast<std::size_t>(Element::Plist) + 1);
 
-// An array or a dictionary whose end has not come yet: one of both, or none for a root whose elements are
-// handed over.
+// An array or dictionary that is still open: one of the two, or neither for a root whose elements are passed
+// on.
 struct OpenContainer {
     PropertyListArray *array;
     PropertyListDictionary *dictionary;
 };
 
-// The parser lets no other character up to the blank pass than those that XML counts as white space.
+// The parser accepts no character up to the blank except XML white space.
 bool IsBlank(char character) {
     return static_cast<unsigned char>(character) <= ' ';
 }
 
-// Of four characters: zero when all are blank. The sum sets the highest bit of each byte above the blank.
+// For four characters: zero if all are blank. The sum sets the high bit of each byte above the blank.
 std::uint32_t NotBlank(const char *characters) {
     constexpr std::uint32_t kEach = 0x01010101;
     std::uint32_t four = 0;
@@ -39,8 +39,8 @@ std::uint32_t NotBlank(const char *characters) {
     return ((four + kEach * (0x7F - ' ')) | four) & (kEach * 0x80);
 }
 
-// Four at a time, the last ones maybe twice: blanks stand between any two tags, and one at a time they would
-// take a twentieth of all reading.
+// Four at a time, the last ones maybe twice: there are blanks between any two tags, and one at a time they
+// would take 5 % of all reading.
 bool IsBlank(std::string_view text) {
     constexpr std::size_t kStep = sizeof(std::uint32_t);
     if (text.size() < kStep) {
@@ -54,7 +54,7 @@ bool IsBlank(std::string_view text) {
     return found == 0;
 }
 
-// What the parser says, cut to one line of plain ASCII: it may quote bytes of the file.
+// The parser's message, cut to one line of plain ASCII: it may quote bytes of the file.
 std::string PlainLine(const char *message) {
     constexpr std::size_t kMostCharacters = 200;
     std::string line(message == nullptr ? "" : message);
@@ -64,8 +64,8 @@ std::string PlainLine(const char *message) {
     return line;
 }
 
-// One reading of one list. A value is made where it stays, within the element that is being read: nothing is
-// added to a container, which could move the values in it, before the end of the one that is open in it.
+// Reads one list. Values are built in place within the current element: nothing is added to a container,
+// which could move its values, while a nested one is open.
 class XmlListReader final : public XmlParser {
   public:
     XmlListReader(ListBytes *bytes, HandOver what, const PropertyListElementHandler *handler,
@@ -77,7 +77,7 @@ class XmlListReader final : public XmlParser {
 
     OSErr Read();
 
-    // What the parser calls.
+    // Called by the parser.
     void Start(XmlCharacters name, const XmlCharacters *attributes);
     void End();
     void AddText(std::string_view text);
@@ -106,17 +106,17 @@ class XmlListReader final : public XmlParser {
     ListBytes &fBytes;
     const PropertyListElementHandler &fHandler;
     PropertyListProblem &fProblem;
-    const std::size_t fHandOverDepth; // what lies in so many open containers is handed over
-    std::array<XmlCharacters, kElementNames.size()> fNames{}; // as the parser holds them
+    const std::size_t fHandOverDepth;                         // pass on values nested in this many containers
+    std::array<XmlCharacters, kElementNames.size()> fNames{}; // the parser's own pointers
 
     bool fInPlist = false;
     bool fHasRoot = false;
     std::vector<OpenContainer> fOpen;
     PropertyList fElement{false};                    // that is being read
-    PropertyListDictionary::Entry *fEntry = nullptr; // whose key waits for its value
+    PropertyListDictionary::Entry *fEntry = nullptr; // a key waiting for its value
     PropertyList *fValue = nullptr;                  // that is being read
     Element fLeaf{};                                 // the open element that holds text
-    std::string *fText = nullptr;                    // where its text goes, null if there is none
+    std::string *fText = nullptr;                    // destination of its text, or null
     std::string fPlainText;                          // the text of a value other than a string
     std::size_t fValues = 0;                         // of the element
     std::size_t fTextBytes = 0;
@@ -273,7 +273,7 @@ void XmlListReader::StartContainer(Element element) {
     fOpen.push_back(container);
 }
 
-// Where the value that starts has its place. It holds `false` yet.
+// The place for the value that starts; holds `false` so far.
 PropertyList &XmlListReader::NewPlace() {
     if (fEntry != nullptr) {
         return std::exchange(fEntry, nullptr)->second;
@@ -303,7 +303,7 @@ void XmlListReader::EndContainer() {
 void XmlListReader::EndLeaf() {
     switch (fLeaf) {
     case Element::Key:
-        return; // its value is still to come
+        return; // its value follows
     case Element::String:
         break;
     case Element::Integer:
@@ -329,7 +329,7 @@ void XmlListReader::PutInteger() {
     std::int64_t value = 0;
     const char *const end = fPlainText.data() + fPlainText.size();
     const auto [stopped, error] = std::from_chars(fPlainText.data(), end, value);
-    if (error == std::errc() && stopped == end) { // a sign at most and digits, as most integers are
+    if (error == std::errc() && stopped == end) { // an optional sign and digits, like most integers
         fValue->Get().emplace<std::int64_t>(value);
     } else if (auto parsed = ParseIntegerText(fPlainText)) {
         *fValue = std::move(*parsed);
