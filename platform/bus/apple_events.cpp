@@ -18,7 +18,7 @@ struct InstalledHandler {
 };
 using HandlerTable = std::map<std::pair<AEEventClass, AEEventID>, InstalledHandler>;
 
-// Lives as long as the program, so that an event at its very end still finds it.
+// Lives as long as the program, so that an event during exit still finds it.
 HandlerTable &Handlers() {
     static auto &handlers = *new HandlerTable;
     return handlers;

@@ -1,5 +1,5 @@
-// Events between processes, and the handlers that take them: addressed by process serial number, carried by
-// the session bus, handed over by the event loop. Main thread only. Nothing here waits.
+// Events between processes and their handlers: addressed by process serial number, sent over the session bus,
+// delivered by the event loop. Main thread only. Never blocks.
 #pragma once
 
 #include "platform/base/types.h"
@@ -20,71 +20,71 @@ inline constexpr DescType typeNull = FourCharCode("null");     // no data
 inline constexpr DescType typeWildCard = FourCharCode("****"); // bytes of any type
 inline constexpr DescType typeProcessSerialNumber = FourCharCode("psn ");
 inline constexpr AEEventClass kCoreEventClass = FourCharCode("aevt");
-inline constexpr AEEventID kAnswerEvent = FourCharCode("ansr"); // as which a queued answer arrives
+inline constexpr AEEventID kAnswerEvent = FourCharCode("ansr"); // the event id of a queued answer
 inline constexpr AEKeyword keyDirectObject = FourCharCode("----");
 inline constexpr std::int16_t kAutoGenerateReturnID = -1;
 inline constexpr std::int32_t kAnyTransactionID = 0;
 inline constexpr std::int32_t kAEDefaultTimeout = -1;
 
-// Typed bytes. Releases itself.
+// Typed bytes; releases itself.
 struct AEDesc {
     DescType descriptorType = typeNull;
     std::vector<std::uint8_t> data;
 };
 
-// An event: to be sent, received, or the answer that a handler fills in.
+// An event to send, a received one, or the answer that a handler fills in.
 struct AppleEvent {
     AEEventClass eventClass = 0;
     AEEventID eventID = 0;
-    ProcessSerialNumber address{}; // whom it goes to; of an answer, who sent it
+    ProcessSerialNumber address{}; // the recipient; for an answer, its sender
     AEDesc directObject;
 };
 
 enum class AESendMode : std::int32_t {
     NoReply = 1,
-    QueueReply =
-        2, // the answer comes as an event 'aevt'/'ansr' from the process that was asked, or not at all
+    QueueReply = 2, // the answer comes as an event 'aevt'/'ansr' from that process, or not at all
 };
 inline constexpr AESendMode kAENoReply = AESendMode::NoReply;
 inline constexpr AESendMode kAEQueueReply = AESendMode::QueueReply;
 
-// More of an event's direct object than this is cut off on arrival.
+// A longer direct object is truncated on arrival.
 inline constexpr std::size_t kMostDirectObjectBytes = std::size_t{64} * 1024;
 
-// Makes a descriptor with a copy of the bytes. noErr or memFullErr.
+// Creates a descriptor with a copy of the bytes. noErr or memFullErr.
 [[nodiscard]] OSErr AECreateDesc(DescType type, const void *bytes, std::size_t size, AEDesc *result);
 
-// Makes an event without a direct object for the process that a descriptor of type typeProcessSerialNumber
-// names. noErr; errAECoercionFail for another descriptor; paramErr for a return id or transaction other than
-// the two above.
+// Creates an event without a direct object, addressed by a descriptor of type typeProcessSerialNumber. noErr;
+// errAECoercionFail for another descriptor type; paramErr for a return id or transaction other than the two
+// above.
 [[nodiscard]] OSErr AECreateAppleEvent(AEEventClass eventClass, AEEventID eventID, const AEDesc &target,
                                        std::int16_t returnID, std::int32_t transactionID, AppleEvent *result);
 
-// Sends an event. noErr; procNotFound when the process does not run; memFullErr; ioErr. Of one kind of event
-// with a queued reply a process owes at most one answer: while it does, another is not sent and gives noErr
-// all the same, until the process has been silent for 5 s, then 10 s, 20 s, ... up to a minute. An answer to
-// the event before is then no longer taken.
+// Sends an event. noErr; procNotFound if the process is not running; memFullErr; ioErr. A process owes at
+// most one answer per kind of event with a queued reply: while one is pending, another event is not sent
+// (still noErr), until the process has been silent for 5 s, then 10 s, 20 s, ... up to a minute. An answer to
+// the earlier event is then ignored.
 [[nodiscard]] OSStatus AESendMessage(const AppleEvent &event, AESendMode mode, std::int32_t timeout);
 
-// Takes an event. What a handler puts into *reply is the answer for whoever waits for one; a status other
-// than noErr tells him that there is none.
+// Handles an event. What it puts into *reply is the answer if the sender wants one; a status other than noErr
+// means no answer.
 using AEEventHandler = OSErr (*)(const AppleEvent *event, AppleEvent *reply, std::uint32_t refcon);
 
-// Installs the handler for an event class and id, replacing any earlier one. memFullErr: the earlier one stays.
+// Installs the handler for an event class and id, replacing any earlier one. memFullErr, with the
+// earlier one kept.
 [[nodiscard]] OSErr AEInstallEventHandler(AEEventClass eventClass, AEEventID eventID, AEEventHandler handler,
                                           std::uint32_t refcon);
-// Removes the handler. errAEEventNotHandled when there is none.
+// Removes the handler. errAEEventNotHandled if there is none.
 [[nodiscard]] OSErr AERemoveEventHandler(AEEventClass eventClass, AEEventID eventID);
 
-// Copies the first `maximumSize` bytes of a parameter, of which keyDirectObject is the only one. The type it
-// has and its whole size are stored where a pointer is given. errAEDescNotFound when there is none,
-// errAECoercionFail when it is of another type than `wanted`; nothing is copied or stored then.
+// Copies the first `maximumSize` bytes of a parameter; the only one is keyDirectObject. Stores its type and
+// full size if the pointers are given. errAEDescNotFound if there is none, errAECoercionFail if its type is
+// not `wanted`; nothing is copied or stored then.
 [[nodiscard]] OSErr AEGetParamPtr(const AppleEvent &event, AEKeyword keyword, DescType wanted,
                                   DescType *actualType, void *bytes, std::size_t maximumSize,
                                   std::size_t *actualSize);
 
-// Hands an event to its handler, as the event loop does. errAEEventNotHandled when there is none; else what
-// the handler gives.
+// Dispatches an event to its handler, as the event loop does. errAEEventNotHandled if there is none; else the
+// handler's status.
 [[nodiscard]] OSErr AEProcessEvent(const AppleEvent &event, AppleEvent *reply);
 
 } // namespace drevix

@@ -1,4 +1,4 @@
-// Member functions as callbacks of the bus library. For the other files of this folder.
+// Member functions as callbacks of the bus library. Internal to this folder.
 #pragma once
 
 #include <new>
@@ -11,8 +11,8 @@ Object ObjectOf(int (Object::*)(sd_bus_message *));
 template <typename Object>
 const Object ObjectOf(int (Object::*)(sd_bus_message *) const);
 
-// A callback that hands the message to a member function of the library's user data. Memory that is missing
-// there loses the message, not the program: no exception may cross the library.
+// A callback that passes the message to a member function of the user data object. If memory runs out there,
+// the message is lost: no exception may cross the library.
 template <auto kMember>
 int BusCallback(sd_bus_message *message, void *object, sd_bus_error * /*error*/) try {
     return (static_cast<decltype(ObjectOf(kMember)) *>(object)->*kMember)(message);

@@ -1,4 +1,4 @@
-// What the two sides of an event share. For the other files of this folder.
+// Shared by sender and receiver of an event. Internal to this folder.
 #pragma once
 
 #include "platform/bus/apple_events.h"
@@ -9,7 +9,7 @@ struct sd_bus_message;
 
 namespace drevix {
 
-// The bytes "ay" that come next in a message, cut to kMostDirectObjectBytes. False when there are none.
+// Reads the next byte array ("ay") of a message, cut to kMostDirectObjectBytes. False if there is none.
 [[nodiscard]] bool ReadEventBytes(sd_bus_message *message, std::vector<std::uint8_t> *bytes);
 
 } // namespace drevix

@@ -35,7 +35,7 @@ BusMessage NewMessage(sd_bus *bus, const std::string &busName, const AppleEvent 
     return message;
 }
 
-// Nobody has to handle an answer.
+// There may be no handler for answers.
 void HandleAnswer(const AppleEvent &answer) {
     AppleEvent unused;
     std::ignore = AEProcessEvent(answer, &unused);
@@ -68,7 +68,7 @@ OSErr EventRequests::Send(const AppleEvent &event, AESendMode mode) {
         sd_bus_message_set_expect_reply(message.get(), 0);
         status = StatusFromBus(sd_bus_send(fBus, message.get(), nullptr));
     }
-    // What could not be written at once leaves with the event loop.
+    // The event loop sends what could not be written at once.
     SessionBus::Instance().TakeMessages();
     return status;
 }
@@ -103,13 +103,13 @@ bool EventRequests::Question::IsFrom(const char *sender) const {
     if (!owner.empty()) {
         return sender != nullptr && owner == sender;
     }
-    // The bus had not yet told whose the name is. It has by now: it answers in order.
+    // The bus had not yet reported the name's owner. It has by now, because it answers in order.
     const ProcessList::Process *process = ProcessList::Instance().Connection(asked.low);
     return sender != nullptr && process != nullptr && process->owner == sender;
 }
 
 int EventRequests::Question::TakeAnswer(sd_bus_message *message) {
-    // An error is no answer, but nothing is owed any more; so is an answer of another form.
+    // An error is not an answer, but nothing is pending any more; likewise an answer in another format.
     slot.reset();
     AppleEvent answer{kCoreEventClass, kAnswerEvent, asked, {}};
     if (sd_bus_message_is_method_error(message, nullptr) != 0 ||

@@ -1,5 +1,4 @@
-// Events on their way to other processes, and their answers on the way back.
-// For the other files of this folder.
+// Events sent to other processes, and their answers. Internal to this folder.
 #pragma once
 
 #include "platform/bus/apple_events.h"
@@ -26,18 +25,18 @@ class EventRequests final : public BusClient {
     }
 
   private:
-    // What a process was asked.
+    // A pending or past request to a process.
     struct Question {
-        BusSlot slot; // none: it owes nothing
+        BusSlot slot; // none: no answer pending
         ProcessSerialNumber asked{};
-        std::string owner; // the connection that may answer; empty: whoever owns the name by then
+        std::string owner; // the connection that may answer; empty: the name's owner at that time
         std::chrono::steady_clock::time_point since;
         std::chrono::milliseconds patience{0};
 
         int TakeAnswer(sd_bus_message *message);
         [[nodiscard]] bool IsFrom(const char *sender) const;
     };
-    // Process, class and id. The questions stay where they are: the library knows their addresses.
+    // Process, class and id. A map, because the library keeps the addresses of the questions.
     using Key = std::tuple<std::uint32_t, AEEventClass, AEEventID>;
 
     EventRequests();

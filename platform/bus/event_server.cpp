@@ -54,7 +54,7 @@ EventServer &EventServer::Instance() {
 }
 
 EventServer::EventServer() {
-    // The list of processes is to be asked for before the name is taken.
+    // Request the process list before taking the name.
     ProcessList::Instance();
     SessionBus::Instance().AddClient(this);
 }
@@ -85,7 +85,7 @@ int EventServer::TakeRegistered(sd_bus_message *message) {
     if (sd_bus_message_is_method_error(message, nullptr) != 0) {
         return 0;
     }
-    // The bus reports in order: whoever is in the list now was there before this process, and nobody else was.
+    // The bus reports in order: exactly those in the list now were there before this process.
     const NamedProcess *namesake = ProcessList::Instance().Namesake(fSelf);
     const auto earlier =
         namesake != nullptr ? std::optional(ProcessSerialNumber{0, namesake->id}) : std::nullopt;
@@ -97,7 +97,7 @@ int EventServer::TakeMessage(sd_bus_message *message) {
     if (sd_bus_message_is_method_call(message, kIntrospectable, "Introspect") > 0) {
         return sd_bus_reply_method_return(message, "s", kDescription);
     }
-    // What is not taken here the library refuses in its own words.
+    // The library rejects anything not accepted here.
     const bool isEvent = sd_bus_message_is_method_call(message, kProcessInterface, kHandleEventMethod) > 0 &&
                          sd_bus_message_has_signature(message, "uuay") > 0;
     return isEvent ? TakeEvent(message) : 0;
@@ -110,7 +110,7 @@ int EventServer::TakeEvent(sd_bus_message *message) {
         return 0;
     }
     if (event.eventClass == kCoreEventClass && event.eventID == kAnswerEvent) {
-        // Answers are taken from those who were asked, and from nobody else.
+        // Accept answers only from processes that were asked.
         return sd_bus_reply_method_errorf(message, kNotHandled, "nothing was asked");
     }
     if (!event.directObject.data.empty()) {

@@ -1,4 +1,4 @@
-// This process as one that others can find and send events to. For the other files of this folder.
+// Makes this process visible to others and receives their events. Internal to this folder.
 #pragma once
 
 #include "platform/bus/apple_events.h"
@@ -16,7 +16,7 @@ class EventServer final : public BusClient {
     // As RegisterProcess.
     OSErr Register(std::string_view name, RegisteredFunction registered);
 
-    // Takes no new connection as one to register on.
+    // Stops registering on new connections.
     void Forget() { fRegistered = nullptr; }
 
     void BusOpened(sd_bus *bus) override;

@@ -31,7 +31,7 @@ ProcessList::ProcessList() {
 
 void ProcessList::BringUpToDate() {
     SessionBus &bus = SessionBus::Instance();
-    // Twice: only what comes from a connection tells that it is dead, and there may be a new bus already.
+    // Twice: a dead connection is noticed only on reading, and there may already be a new bus.
     for (int attempt = 0; attempt < 2 && bus.Connection() != nullptr; ++attempt) {
         if (fIsKnown || fHasWaited) {
             bus.TakeMessages();
@@ -78,8 +78,8 @@ const NamedProcess *ProcessList::Namesake(const NamedProcess &own) const {
 void ProcessList::BusOpened(sd_bus *bus) {
     fBus = bus;
     fHasWaited = false;
-    // The bus answers in order: no change can fall between the list and the reports. Slots that are not asked
-    // for live as long as the connection. A call that cannot be made leaves the list empty, as without a bus.
+    // The bus answers in order, so no change is lost between the list and the reports. Slots that are not
+    // requested live as long as the connection. If the call fails the list stays empty, as without a bus.
     sd_bus_add_match_async(bus, nullptr, kNameChanges, BusCallback<&ProcessList::TakeOwnerChange>, nullptr,
                            this);
     if (const BusMessage call = SessionBus::NewCallToBus(bus, "ListNames")) {
@@ -134,8 +134,8 @@ void ProcessList::SetOwner(const std::string &busName, const std::string &owner)
     }
 }
 
-// Which connection a name belongs to is asked for each name of the first list; the answer does not repeat the
-// name, so it is kept with the question.
+// Asks which connection owns a name, for each name in the first list. The answer does not repeat the name, so
+// the question keeps it.
 struct ProcessList::OwnerQuestion {
     ProcessList *list;
     std::string busName;
@@ -158,10 +158,10 @@ void ProcessList::AskForOwner(const std::string &busName) {
     if (call && sd_bus_call_async(fBus, &slot, call.get(), BusCallback<&OwnerQuestion::TakeOwner>,
                                   question.get(), 0) >= 0) {
         sd_bus_slot_set_destroy_callback(slot, OwnerQuestion::Forget);
-        // Floating, the slot belongs to the connection, beside the reference that is given up here.
+        // A floating slot is owned by the connection; this drops our reference.
         sd_bus_slot_set_floating(slot, 1);
         sd_bus_slot_unref(slot);
-        std::ignore = question.release(); // the slot forgets it
+        std::ignore = question.release(); // the slot frees it
     }
 }
 

@@ -1,5 +1,4 @@
-// The processes of the session that can be found, as the bus reports them.
-// For the other files of this folder. Main thread only.
+// The session's processes, as the bus reports them. Internal to this folder. Main thread only.
 #pragma once
 
 #include "platform/bus/process_names.h"
@@ -15,14 +14,15 @@ class ProcessList final : public BusClient {
   public:
     struct Process {
         std::string busName;
-        std::string owner; // the unique name of the connection; empty until the bus has told
+        std::string owner; // the connection's unique name; empty until the bus reports it
     };
 
     static ProcessList &Instance();
 
-    // Connects if need be, and takes what the bus has reported; waits for the list only after connecting.
+    // Connects if necessary and processes what the bus has reported; waits for the list only after
+    // connecting.
     void BringUpToDate();
-    // The first process with a greater id, or the one with this id; null if there is none.
+    // The first process with a greater id; the process with this id. Null if there is none.
     [[nodiscard]] const NamedProcess *After(std::uint32_t id) const;
     [[nodiscard]] const NamedProcess *Find(std::uint32_t id) const;
     [[nodiscard]] const Process *Connection(std::uint32_t id) const;
@@ -46,7 +46,7 @@ class ProcessList final : public BusClient {
     void AskForOwner(const std::string &busName);
     const Entry *EntryOf(std::uint32_t id) const;
 
-    // By process id; of a process with two names, the one that sorts first counts.
+    // By process id; if a process has two names, the first in sort order counts.
     std::map<std::pair<std::uint32_t, std::string>, Entry> fEntries;
     sd_bus *fBus = nullptr;
     bool fIsKnown = false;

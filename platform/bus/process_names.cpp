@@ -23,7 +23,7 @@ bool IsPlain(char c) {
 std::string LabelOf(std::string_view name) {
     std::string label;
     for (const char c : name) {
-        // The bus lets no part of a name begin with a digit.
+        // No part of a bus name may start with a digit.
         if (IsPlain(c) && !(label.empty() && IsDigit(c))) {
             label += c;
         } else {
@@ -34,7 +34,7 @@ std::string LabelOf(std::string_view name) {
     return label;
 }
 
-// Forgiving: the caller compares with the label that the name would have.
+// Lenient: the caller compares with the label that the name would have.
 std::string NameOf(std::string_view label) {
     std::string name;
     for (std::size_t i = 0; i < label.size(); ++i) {

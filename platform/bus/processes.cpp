@@ -11,7 +11,7 @@ namespace drevix {
 
 OSErr GetNextProcess(ProcessSerialNumber *psn) try {
     ProcessList &list = ProcessList::Instance();
-    // A walk through the list sees one state of it.
+    // A walk through the list sees a single state.
     if (psn->low == kNoProcess) {
         list.BringUpToDate();
     }
@@ -51,7 +51,7 @@ OSErr RegisterProcess(std::string_view name, RegisteredFunction registered) try 
 void WaitForAppleEvents(std::chrono::milliseconds timeout, std::span<const int> descriptors) try {
     SessionBus::Instance().RunOnce(timeout, descriptors);
 } catch (const std::bad_alloc &) {
-    // What was in hand is lost, as if it had never come.
+    // The current message is lost, as if it had never arrived.
     return;
 }
 

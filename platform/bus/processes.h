@@ -1,5 +1,5 @@
-// The programs of the user's session that can be sent events, found on the session bus by the names they own.
-// A search asks the bus at most, never a process. Main thread only. docs/driver-messages.md has the names.
+// The programs of the user's session that accept events, found by the names they own on the session bus. A
+// search may query the bus, never a process. Main thread only. docs/driver-messages.md has the names.
 #pragma once
 
 #include "platform/base/types.h"
@@ -11,7 +11,7 @@
 
 namespace drevix {
 
-// A process by its number: {0, process id}. {0, kNoProcess} stands before the first one.
+// A process by its number: {0, process id}. {0, kNoProcess} is before the first one.
 struct ProcessSerialNumber {
     std::uint32_t high;
     std::uint32_t low;
@@ -19,7 +19,7 @@ struct ProcessSerialNumber {
 };
 inline constexpr std::uint32_t kNoProcess = 0;
 
-// What is known of a process. The caller sets both fields.
+// Information about a process. The caller sets both fields.
 struct ProcessInfoRec {
     std::uint32_t processInfoLength; // kProcessInfoLength
     StringPtr processName;           // room for a Str255, or null
@@ -27,34 +27,34 @@ struct ProcessInfoRec {
 inline constexpr std::uint32_t kProcessInfoLength = 68;
 
 // Steps *psn to the next running process, in ascending order of process ids. procNotFound, with *psn
-// unchanged, after the last one and when there is no session bus. The list is kept current by the bus, so this
-// costs next to nothing. Only the first call after connecting waits for the list: up to 250 ms before the
-// program's event loop runs, up to 25 ms within it; without a list by then, it is empty until it comes. A bus
-// that was lost is looked for again, once a second at most.
+// unchanged, after the last one and without a session bus. The bus keeps the list current, so this costs
+// almost nothing. Only the first call after connecting waits for the list: up to 250 ms before the program's
+// event loop runs, up to 25 ms within it; after that it is empty until it arrives. A lost bus is tried again
+// at most once a second.
 [[nodiscard]] OSErr GetNextProcess(ProcessSerialNumber *psn);
 
-// The process's name, in Mac OS Roman with '?' for what that lacks. procNotFound for a process that does not
-// run (any more), paramErr for a record of another length.
+// The process's name in Mac OS Roman, with '?' for unsupported characters. procNotFound if the process is not
+// running, paramErr for a record of another length.
 [[nodiscard]] OSErr GetProcessInformation(const ProcessSerialNumber &psn, ProcessInfoRec *info);
 
-// Called once this process can be found: with null, or with the process of the same name, letter case ignored,
-// that could be found before it. Of two that register at the same time exactly one gets null.
+// Called once this process can be found: with null, or with an earlier process of the same name (ignoring
+// letter case). If two register at the same time, exactly one gets null.
 using RegisteredFunction = std::function<void(const ProcessSerialNumber *earlier)>;
 
-// Makes this process known under a name (UTF-8), so that events reach its handlers, and keeps it known: when
-// the bus is lost and comes back, it registers again, and calls again. noErr, or procNotFound when there is no
-// session bus now; it is looked for once a second from then on in either case.
+// Registers this process under a name (UTF-8), so that events reach its handlers. If the bus is lost and
+// comes back, registers and calls again. noErr, or procNotFound if there is no session bus now; either way it
+// keeps trying once a second.
 OSErr RegisterProcess(std::string_view name, RegisteredFunction registered);
 
-// For a program without an event loop of the application kit: waits up to `timeout` for something to happen,
-// and hands what came to its handlers. Returns early once something was handed over or one of `descriptors` can
-// be read. With an application object its loop does all this, and this is not needed.
+// For programs without an event loop: waits up to `timeout` for events and dispatches them to their handlers.
+// Returns early once something was dispatched or one of `descriptors` is readable. Not needed if an event
+// loop runs.
 void WaitForAppleEvents(std::chrono::milliseconds timeout, std::span<const int> descriptors = {});
 
-// Whether this process is on the session bus, as far as it has noticed.
+// Whether this process is connected to the session bus, as far as it knows.
 [[nodiscard]] bool HasSessionBus();
 
-// Leaves the session bus and forgets the name of this process and whom it asked; the next use connects anew.
+// Leaves the session bus and forgets this process's name and its pending requests; the next use reconnects.
 void LeaveSessionBus();
 
 } // namespace drevix

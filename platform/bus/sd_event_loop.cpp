@@ -13,14 +13,14 @@ namespace {
 
 constexpr std::uint64_t kNever = ~std::uint64_t{0};
 
-// sd-event takes the events of epoll, whose values are those of poll.
+// sd-event uses epoll's event bits, which equal poll's.
 class SdPlace : public EventLoop::Place {
   public:
     SdPlace(sd_event *event, std::function<void()> function)
         : fEvent(event), fFunction(std::move(function)) {}
     SdPlace(const SdPlace &) = delete;
     SdPlace &operator=(const SdPlace &) = delete;
-    // The library keeps a source alive while it calls it, and calls it no more.
+    // The library keeps a source alive during its callback and does not call it again.
     ~SdPlace() override {
         sd_event_source_disable_unref(fSource);
         sd_event_source_disable_unref(fTimer);
@@ -61,7 +61,7 @@ class SdPlace : public EventLoop::Place {
         }
     }
 
-    // Copied first: the function may destroy its place.
+    // Copy first: the function may destroy its place.
     static int CallForDescriptor(sd_event_source * /*source*/, int /*descriptor*/, std::uint32_t /*events*/,
                                  void *place) {
         const std::function<void()> function = static_cast<SdPlace *>(place)->fFunction;
@@ -112,7 +112,7 @@ void SdEventLoop::RunOnce(std::optional<std::chrono::microseconds> wait) {
     const std::uint64_t longest =
         wait ? static_cast<std::uint64_t>(std::max<std::int64_t>(wait->count(), 0)) : kNever;
     fIsRunning = true;
-    // Nothing is lost by a wait that fails: what is ready is ready the next time.
+    // A failed wait loses nothing: what is ready stays ready.
     static_cast<void>(sd_event_run(fEvent, longest));
     fIsRunning = false;
 }

@@ -9,22 +9,22 @@ namespace drevix {
 
 class SdEventLoop : public EventLoop {
   public:
-    // Makes this loop that of the program until its destruction. Check IsOpen.
+    // Makes this the program's loop until destruction. Check IsOpen.
     SdEventLoop();
     SdEventLoop(const SdEventLoop &) = delete;
     SdEventLoop &operator=(const SdEventLoop &) = delete;
     ~SdEventLoop() override;
 
-    // False when the kernel had no descriptor left for the loop: nothing would be called.
+    // False if the kernel had no descriptor for the loop: nothing would be called.
     [[nodiscard]] bool IsOpen() const { return fEvent != nullptr; }
 
-    // Serves watches until End is called by one. False when waiting failed.
+    // Serves watches until one calls End. False if waiting failed.
     bool Run();
-    // Serves what is ready, and waits at most that long for the first of it; for ever when no time is given.
+    // Serves what is ready, waiting at most that long for the first event; forever if no time is given.
     void RunOnce(std::optional<std::chrono::microseconds> wait);
     void End();
 
-    // Places that the loop may not have (out of memory or of descriptors) are watched from the next Watch on.
+    // If the loop cannot have a place (out of memory or descriptors), the next Watch call tries again.
     [[nodiscard]] std::unique_ptr<Place> MakePlace(std::function<void()> function) override;
     [[nodiscard]] bool IsRunning() const override { return fIsRunning; }
 

@@ -16,17 +16,17 @@ BusTimes gBusTimes;
 
 namespace {
 
-// Keeps one turn of the event loop short however much comes at once.
+// Keeps each event loop iteration short however much arrives.
 constexpr int kMostMessagesAtOnce = 64;
 
-// The bus library's times are microseconds of the clock behind std::chrono::steady_clock.
+// The bus library's times are microseconds on the clock of std::chrono::steady_clock.
 milliseconds UntilBusTime(std::uint64_t time) {
     const auto now = std::chrono::duration_cast<std::chrono::microseconds>(Clock::now().time_since_epoch());
     const auto wait = std::chrono::microseconds(static_cast<std::int64_t>(time)) - now;
     return std::max(std::chrono::ceil<milliseconds>(wait), milliseconds(0));
 }
 
-// The earlier of two times to wait, of which none means for ever.
+// The shorter of two waits; nullopt means forever.
 std::optional<milliseconds> Earlier(std::optional<milliseconds> a, std::optional<milliseconds> b) {
     return a && b ? std::min(*a, *b) : a ? a : b;
 }
@@ -38,7 +38,7 @@ milliseconds Until(Clock::time_point time) {
 } // namespace
 
 void BusRelease::operator()(sd_bus *bus) const {
-    // Without a flush, which would wait for a bus that hangs.
+    // No flush, which would block on a hung bus.
     sd_bus_close_unref(bus);
 }
 
@@ -150,7 +150,7 @@ BusMessage SessionBus::NewCall(sd_bus *bus, const std::string &destination, cons
         return nullptr;
     }
     BusMessage result(message);
-    // The bus must not start a program to deliver to.
+    // The bus must not start a program to deliver the message.
     sd_bus_message_set_auto_start(message, 0);
     return result;
 }
@@ -171,12 +171,12 @@ void SessionBus::Turn() try {
     TakeMessages();
     RunPosted();
 } catch (const std::bad_alloc &) {
-    // What was in hand is lost, as if it had never come; its sender is asked again at the next tick.
+    // The current message is lost, as if it had never arrived; its sender is asked again at the next tick.
     Rearm();
 }
 
 void SessionBus::RunPosted() {
-    // What a handler posts waits for the next turn.
+    // Functions posted by a handler wait for the next iteration.
     for (std::size_t count = fPosted.size(); count > 0 && !fPosted.empty(); --count) {
         const std::function<void()> function = std::move(fPosted.front());
         fPosted.pop_front();
@@ -185,7 +185,7 @@ void SessionBus::RunPosted() {
     Rearm();
 }
 
-// The time until something must be done though no descriptor says so.
+// The time until something is due without a descriptor becoming ready.
 std::optional<milliseconds> SessionBus::TimeToWait() const {
     if (!fPosted.empty()) {
         return milliseconds(0);

@@ -1,5 +1,5 @@
-// The connection to the session bus. It is made, used and given up without ever waiting, but for WaitUntil.
-// For the other files of this folder. Main thread only.
+// The connection to the session bus. Never blocks, except in WaitUntil. Internal to this folder. Main thread
+// only.
 #pragma once
 
 #include "platform/base/loop_watch.h"
@@ -20,17 +20,17 @@ struct sd_bus_slot;
 
 namespace drevix {
 
-// How long things take. A test may be in more of a hurry.
+// Timeouts; tests may shorten them.
 struct BusTimes {
     std::chrono::milliseconds betweenAttempts{1000}; // to connect
     std::chrono::milliseconds firstListInLoop{25};   // for the list of processes after connecting
-    std::chrono::milliseconds firstListOutside{250}; // the same when no event loop runs yet
-    std::chrono::milliseconds firstSilence{5000};    // after which a silent process is asked again
-    std::chrono::milliseconds longestSilence{60000}; // it is doubled up to this
+    std::chrono::milliseconds firstListOutside{250}; // the same before an event loop runs
+    std::chrono::milliseconds firstSilence{5000};    // before a silent process is asked again
+    std::chrono::milliseconds longestSilence{60000}; // doubles up to this
 };
 extern BusTimes gBusTimes;
 
-// Releases what the bus library counts references of.
+// Releases the bus library's reference-counted objects.
 struct BusRelease {
     void operator()(sd_bus *bus) const;
     void operator()(sd_bus_message *message) const;
@@ -39,13 +39,13 @@ struct BusRelease {
 using BusMessage = std::unique_ptr<sd_bus_message, BusRelease>;
 using BusSlot = std::unique_ptr<sd_bus_slot, BusRelease>;
 
-// Who uses the connection and must know when there is a new one.
+// A user of the connection that must know about new ones.
 class BusClient {
   public:
     BusClient() = default;
     BusClient(const BusClient &) = delete;
     BusClient &operator=(const BusClient &) = delete;
-    // Messages may be sent at once. A slot must not outlive BusLost.
+    // Messages may be sent from here on. A slot must not outlive BusLost.
     virtual void BusOpened(sd_bus *bus) = 0;
     virtual void BusLost() = 0;
 
@@ -55,34 +55,34 @@ class BusClient {
 
 class SessionBus {
   public:
-    // Lives as long as the program, so that nothing is left to release at its end.
+    // Lives as long as the program, so that nothing needs releasing at exit.
     static SessionBus &Instance();
 
-    // The client lives as long, or until it is removed. Tells it of a connection that is there already.
+    // The client must live as long, or until it is removed. Notifies it if already connected.
     void AddClient(BusClient *client);
     // The client must have no slots left.
     void RemoveClient(BusClient *client) { std::erase(fClients, client); }
 
-    // The connection; made now when there is none and the last attempt is long enough ago. Null when it cannot
-    // be. It takes messages from the start, before the bus has answered at all.
+    // The connection; connects now if there is none and the last attempt is long enough ago. Null if that
+    // fails. Accepts messages at once, even before the bus has answered.
     sd_bus *Connection();
     [[nodiscard]] bool IsConnected() const { return fBus != nullptr; }
-    // Connects again by itself whenever the connection is lost.
+    // Reconnects automatically when the connection is lost.
     void KeepConnected() { fKeepsConnected = true; }
 
-    // Takes a bounded number of the messages that have come, without waiting; their callbacks run.
+    // Processes a bounded number of received messages without blocking; runs their callbacks.
     void TakeMessages();
-    // The same until `isDone` or the time is over. Nothing that was posted runs meanwhile.
+    // The same until `isDone` or the timeout. Posted functions do not run meanwhile.
     void WaitUntil(std::chrono::milliseconds timeout, const std::function<bool()> &isDone);
-    // Has the event loop call a function, in the order of the posts.
+    // Queues a function for the event loop to call, in order.
     void Post(std::function<void()> function);
-    // One turn of a program without an event loop: as WaitForAppleEvents.
+    // One iteration for a program without an event loop: as WaitForAppleEvents.
     void RunOnce(std::chrono::milliseconds timeout, std::span<const int> descriptors);
 
-    // Gives the connection up, forgets what was posted, and stops connecting by itself.
+    // Closes the connection, drops posted functions, and stops reconnecting.
     void Leave();
 
-    // A call of a method; null without memory or for names that are none.
+    // A method call message; null if out of memory or for invalid names.
     [[nodiscard]] static BusMessage NewCall(sd_bus *bus, const std::string &destination, const char *object,
                                             const char *interface, const char *method);
     static BusMessage NewCallToBus(sd_bus *bus, const char *method, const std::string &argument = {});
