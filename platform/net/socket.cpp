@@ -26,10 +26,10 @@ struct OpenSocket {
     SystemDescriptor descriptor;
     SocketCallBack callback;
     void *context;
-    std::unique_ptr<LoopWatch> watch; // while it waits in the run loop; goes before the descriptor
+    std::unique_ptr<LoopWatch> watch; // while in the run loop; destroyed before the descriptor
 };
 
-std::vector<OpenSocket> gSockets; // those that wait, in the order in which they began to
+std::vector<OpenSocket> gSockets; // in the order in which they started waiting
 SocketRef gLastRef = 0;
 
 OpenSocket *FindSocket(SocketRef ref) {
@@ -37,8 +37,8 @@ OpenSocket *FindSocket(SocketRef ref) {
     return found == gSockets.end() ? nullptr : &*found;
 }
 
-// Closed with bytes that nobody has read, a socket tells its peer that the connection broke. One that never ends is
-// not listened to for ever.
+// Closing a socket with unread bytes resets the connection, so read them first; not forever, in case the peer
+// never stops.
 void DropWhatArrived(int descriptor) {
     constexpr std::size_t kMost = std::size_t{1} << 20;
     std::array<char, 4096> dropped{};
@@ -50,7 +50,7 @@ void DropWhatArrived(int descriptor) {
     }
 }
 
-// The callback may invalidate this socket, and so move all others.
+// The callback may invalidate this socket, which moves the others.
 void CallBack(SocketRef ref) {
     if (const OpenSocket *socket = FindSocket(ref)) {
         DropWhatArrived(socket->descriptor.Get());
@@ -100,7 +100,7 @@ void ServeWaitingSockets() {
 
 OSErr ResolveHost(const char *host, std::array<std::uint8_t, 4> *address) {
     constexpr std::array<std::uint8_t, 4> kLocalHost = {127, 0, 0, 1};
-    if (host == nullptr || ::strcasecmp(host, "localhost") == 0) { // never to be asked for: RFC 6761, 6.3
+    if (host == nullptr || ::strcasecmp(host, "localhost") == 0) { // never looked up: RFC 6761, 6.3
         *address = kLocalHost;
         return noErr;
     }
