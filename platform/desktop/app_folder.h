@@ -1,4 +1,4 @@
-// Application folders: "NAME.app" with "Contents/Info.plist", which describes the application, and its
+// Application folders: "NAME.app" with "Contents/Info.plist", which describes the application, and the
 // program for this system, "Contents/Linux/NAME".
 #pragma once
 
@@ -9,21 +9,21 @@
 
 namespace drevix {
 
-// What an information list says. A text is empty when the list does not have it.
+// Data from an Info.plist. Missing texts are empty.
 struct AppFolderInfo {
     std::string version;   // CFBundleVersion
     std::string signature; // CFBundleSignature, whatever its length
 };
 
-// Reads an information list, "Info.plist", in XML or binary. noErr, though a text may be empty; -1 for a list
-// that is damaged or no dictionary; memFullErr; or the file's error. *info is set on success only.
+// Reads an Info.plist, XML or binary. noErr, though texts may be empty; -1 if it is damaged or not a
+// dictionary; memFullErr; or the file's error. *info is set only on success.
 [[nodiscard]] OSErr ReadInfoList(const std::string &path, AppFolderInfo *info);
 
-// Where the information list of an application folder lies.
+// The path of an application folder's Info.plist.
 [[nodiscard]] std::string InfoListOfAppFolder(std::string_view folder);
 
-// NAME of a path that ends in "/NAME.app", with slashes behind it or none, and where the folder's program
-// lies; both empty for another path. No check of the disk is made.
+// NAME of a path that ends in "/NAME.app", with or without trailing slashes, and the path of the folder's
+// program; both empty for another path. Does not access the disk.
 [[nodiscard]] std::string NameOfAppFolder(std::string_view folder);
 [[nodiscard]] std::string ProgramOfAppFolder(std::string_view folder);
 

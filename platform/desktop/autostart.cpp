@@ -48,7 +48,7 @@ std::string QuotedArgument(std::string_view text) {
         }
         argument += character;
         if (character == '%') {
-            argument += '%'; // one alone would start a field code
+            argument += '%'; // a single % would start a field code
         }
     }
     return argument + '"';
@@ -72,7 +72,7 @@ bool IsOurs(std::string_view text) {
     return FindEntryLine(text, &ignored, [](const EntryLine &line) { return line.key == kOurMark; });
 }
 
-// Gives a key of the entry's group, which must be there, a value: in its line, else in a new line at its end.
+// Sets a key in the entry's group, which must exist: in its line, else in a new line at the group's end.
 void SetKey(std::string &text, std::string_view key, std::string_view value) {
     const std::string wanted = std::string(key) + '=' + std::string(value);
     std::size_t groupEnd = 0;
@@ -98,8 +98,8 @@ std::string NewEntry(std::string_view name) {
 
 std::string ExecOfProgram(std::string_view program) {
     const std::string argument = QuotedArgument(program);
-    // A program's own path may hold no "=", and some desktops look for it before they make "%%" one; what a
-    // shell is given may hold both.
+    // A program's path must not contain "=", and some desktops look it up before turning "%%" into "%"; a
+    // shell's argument may contain both.
     const bool needsShell = program.find_first_of("=%") != std::string_view::npos;
     return EscapedValue(needsShell ? R"(/bin/sh -c "exec \"\$0\"" )" + argument : argument);
 }
@@ -116,7 +116,7 @@ OSErr WriteAutostartEntry(std::string_view name, std::string_view program) try {
     }
     std::string text = status == fnfErr ? NewEntry(name) : before;
     SetKey(text, "Exec", ExecOfProgram(program));
-    SetKey(text, "TryExec", EscapedValue(program)); // a panel that was removed is passed over
+    SetKey(text, "TryExec", EscapedValue(program)); // skipped if the panel was uninstalled
     return text == before ? OSErr{noErr} : ReplaceWholeFile(path, text);
 } catch (const std::bad_alloc &) {
     return memFullErr;

@@ -24,7 +24,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr OSErr kNoApplication = -1;
-constexpr int kMaxFolderDepth = 8; // a link can make a circle
+constexpr int kMaxFolderDepth = 8; // links can form a cycle
 constexpr std::string_view kExtension = ".desktop";
 
 std::string_view Trimmed(std::string_view text) {
@@ -34,7 +34,7 @@ std::string_view Trimmed(std::string_view text) {
                                            : text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
 }
 
-// A string value with its escapes undone; an unknown one stays as it is.
+// A string value, unescaped; unknown escapes stay.
 std::string Unescaped(std::string_view value) {
     constexpr std::string_view kLetters = "sntr\\";
     constexpr std::string_view kMeanings = " \n\t\r\\";
@@ -49,8 +49,8 @@ std::string Unescaped(std::string_view value) {
     return text;
 }
 
-// The languages in which a name is looked for, best first: of "de_AT.UTF-8@euro" these are "de_AT@euro",
-// "de_AT", "de@euro" and "de".
+// The languages for a name, best first: for "de_AT.UTF-8@euro" these are "de_AT@euro", "de_AT", "de@euro" and
+// "de".
 std::vector<std::string> LanguagesOf(std::string_view locale) {
     const std::size_t at = std::min(locale.find('@'), locale.size());
     const std::string modifier(locale.substr(at));
@@ -62,20 +62,21 @@ std::vector<std::string> LanguagesOf(std::string_view locale) {
     return languages;
 }
 
-// What is read of an entry.
+// The data read from an entry.
 struct EntryText {
     std::string_view type;
     std::string_view icon;
     std::string_view exec;
     std::string_view name;
-    std::size_t nameRank = 0; // the smaller, the better its language fits
+    std::size_t nameRank = 0; // lower: better language match
     bool isHidden = false;
     bool isInTerminal = false;
     std::string_view startupClass;
     std::string_view categories;
 };
 
-// How well the language of "Name[LANGUAGE]" fits; nothing for a key that is no name in a wanted language.
+// How well the language of "Name[LANGUAGE]" matches; nullopt for a key that is not a name in a wanted
+// language.
 std::optional<std::size_t> RankOfNameKey(std::string_view key, const std::vector<std::string> &languages) {
     if (key == "Name") {
         return languages.size();
@@ -123,8 +124,8 @@ EntryText ParseEntry(std::string_view text, const std::vector<std::string> &lang
     return entry;
 }
 
-// The words of a command line. Between double quotes a blank is a character as any other, and a backslash
-// takes the next character's meaning away.
+// The words of a command line. Within double quotes, blanks are ordinary and a backslash escapes the next
+// character.
 std::vector<std::string> QuotedWords(std::string_view line) {
     std::vector<std::string> words(1);
     bool isQuoted = false;
@@ -143,7 +144,7 @@ std::vector<std::string> QuotedWords(std::string_view line) {
     return words;
 }
 
-// A word with its field codes filled in; those that stand for files are dropped.
+// A word with its field codes expanded; those for files are dropped.
 std::string WithoutFieldCodes(std::string_view word, const DesktopEntry &entry) {
     std::string text;
     for (std::size_t i = 0; i < word.size(); ++i) {
@@ -162,7 +163,7 @@ std::string Variable(const char *name) {
     return value == nullptr ? std::string() : value;
 }
 
-// The absolute paths of a list "/a:/b", of which the second text is taken when the first is empty.
+// The absolute paths in a list "/a:/b"; uses `otherwise` if the list is empty.
 std::vector<std::string> PathsOf(const std::string &list, std::string_view otherwise) {
     std::vector<std::string> paths;
     for (std::string_view rest = list.empty() ? otherwise : std::string_view(list); !rest.empty();) {
@@ -263,7 +264,7 @@ std::vector<std::string> DefaultsIn(std::string_view text, std::string_view type
 
 bool FindEntryLine(std::string_view text, std::size_t *groupEnd,
                    const std::function<bool(const EntryLine &)> &visit) {
-    bool isInGroup = false; // the other groups describe further actions of the application
+    bool isInGroup = false; // other groups describe additional actions
     for (std::size_t start = 0, end = 0; start < text.size(); start = end + 1) {
         end = std::min(text.find('\n', start), text.size());
         const std::string_view line = Trimmed(text.substr(start, end - start));

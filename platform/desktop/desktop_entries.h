@@ -1,5 +1,5 @@
-// The applications that are installed, as their desktop entries describe them. The form is the Desktop Entry
-// Specification 1.5, the folders are those of the XDG Base Directory Specification.
+// The installed applications, from their desktop entries (Desktop Entry Specification 1.5) in the folders of
+// the XDG Base Directory Specification.
 #pragma once
 
 #include "platform/base/types.h"
@@ -12,13 +12,13 @@
 
 namespace drevix {
 
-// One application. Texts are UTF-8 as the entry has them: well-formed only if its author took care.
+// One application. Texts are the entry's UTF-8, possibly malformed.
 struct DesktopEntry {
     std::string id;   // path below the applications folder with "-" for "/": "org.kde.krita.desktop"
     std::string path; // absolute
-    std::string name; // in the user's language where the entry has it
+    std::string name; // in the user's language, if available
     std::string icon; // a name in the icon theme or an absolute path; may be empty
-    bool isHidden;    // is not to be offered: removed, or kept out of menus
+    bool isHidden;    // not to be offered: removed, or hidden from menus
     std::string exec; // its command line, with field codes; may be empty
     bool isInTerminal;
     std::string startupClass = {}; // the class that its windows have (StartupWMClass); may be empty
@@ -28,7 +28,7 @@ struct DesktopEntry {
 // The longest file that is read as an entry.
 inline constexpr std::size_t kDesktopEntryMaxBytes = std::size_t{1} << 20;
 
-// One line "KEY=VALUE" of an entry's own group: what it says, and where it lies in the text.
+// One line "KEY=VALUE" of the entry's main group: its contents and its position in the text.
 struct EntryLine {
     std::string_view key;
     std::string_view value;
@@ -37,28 +37,27 @@ struct EntryLine {
 };
 inline constexpr std::string_view kDesktopEntryGroup = "[Desktop Entry]";
 
-// Calls `visit` with each such line, blanks around key and value taken off, until it says true; false when it
-// never does. *groupEnd becomes the place behind the last line of the group that is not empty, of those that
-// were come to; it stays as it is where there is no group.
+// Calls `visit` with each such line, key and value trimmed, until it returns true; false if it never does.
+// *groupEnd gets the position after the last non-empty line visited in the group; unchanged if there is no
+// group.
 bool FindEntryLine(std::string_view text, std::size_t *groupEnd,
                    const std::function<bool(const EntryLine &)> &visit);
 
-// The language of messages, such as "de_AT.UTF-8": the first of $LC_ALL, $LC_MESSAGES and $LANG that is not
-// empty.
+// The locale for messages, such as "de_AT.UTF-8": the first non-empty of $LC_ALL, $LC_MESSAGES and $LANG.
 [[nodiscard]] std::string MessagesLocale();
 
-// Reads the entry of an application; `id` is the file's own name. Invalid lines are skipped.
-// noErr; -1, with *entry unchanged, for a file that describes no application (another type, or without a
-// name) or is no regular file of a sensible size; memFullErr; or the file's error.
+// Reads an application's entry; `id` is the file's name. Skips invalid lines. noErr; -1, with *entry
+// unchanged, for a file that does not describe an application (another type, or no name), is too large or not
+// a regular file; memFullErr; or the file's error.
 [[nodiscard]] OSErr ReadDesktopEntry(const std::string &path, std::string_view locale, DesktopEntry *entry);
 
-// The words of the command that starts an entry's application without a file: quotes and field codes are done
-// with, and a terminal is put before a program that needs one. Empty for an entry without a command.
+// The words of the command that starts an entry's application without a file: quotes and field codes
+// resolved, preceded by a terminal if the program needs one. Empty if the entry has no command.
 [[nodiscard]] std::vector<std::string> CommandOfEntry(const DesktopEntry &entry);
 
-// Every application that is to be offered, in no particular order: the folders "applications" in
-// $XDG_DATA_HOME and $XDG_DATA_DIRS with their subfolders. Of two entries with one id the first counts, and a
-// hidden one hides those behind it. Folders and files that cannot be read are left out. Empty without memory.
+// All applications to offer, unordered, from "applications" and its subfolders in $XDG_DATA_HOME and
+// $XDG_DATA_DIRS. If ids clash the first counts, even a hidden one. Skips unreadable folders and files. Empty
+// if out of memory.
 [[nodiscard]] std::vector<DesktopEntry> InstalledApplications(std::string_view locale);
 
 // The entry of an id, ".desktop" included, in the folder that counts for it, hidden or not. False, with *entry

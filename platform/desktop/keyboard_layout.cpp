@@ -32,18 +32,18 @@ using KeyState = std::unique_ptr<xkb_state, Releaser<xkb_state_unref>>;
 using Connection = std::unique_ptr<xcb_connection_t, Releaser<xcb_disconnect>>;
 
 constexpr const char *kKeyboardFile = "/etc/default/keyboard";
-constexpr xkb_keycode_t kKeycodeOffset = 8; // X11 keeps the key codes 0 to 7 for itself
+constexpr xkb_keycode_t kKeycodeOffset = 8; // X11 reserves key codes 0 to 7
 constexpr xkb_keycode_t kEscapeKey = kKeycodeOffset + 1;
-constexpr std::chrono::milliseconds kLongestWait{200}; // for a compositor, at the start of a program
+constexpr std::chrono::milliseconds kLongestWait{200}; // for a compositor, at program start
 constexpr std::size_t kKeys = std::tuple_size_v<KeyboardCharacters>;
 
-// A keymap, null for none, and the one of its groups of symbols that is in force.
+// A keymap, or null, and its current group.
 struct Layout {
     Keymap keymap;
     xkb_layout_index_t group = 0;
 };
 
-// What each key of one group gives without modifiers, by scan code.
+// The unmodified symbol of each key in one group, by scan code.
 struct Symbols {
     std::array<xkb_keysym_t, kKeys> ofKey{};
     std::bitset<kKeys> isOnKeypad;
@@ -54,7 +54,7 @@ struct DeadKey {
     xkb_keysym_t accent;
 };
 // clang-format off
-// Those whose accents Mac OS Roman has.
+// The dead keys whose accents Mac OS Roman has.
 constexpr auto kDeadKeys = std::to_array<DeadKey>({
     {XKB_KEY_dead_grave, XKB_KEY_grave},
     {XKB_KEY_dead_acute, XKB_KEY_acute},
@@ -64,7 +64,7 @@ constexpr auto kDeadKeys = std::to_array<DeadKey>({
     {XKB_KEY_dead_breve, XKB_KEY_breve},
     {XKB_KEY_dead_abovedot, XKB_KEY_abovedot},
     {XKB_KEY_dead_diaeresis, XKB_KEY_diaeresis},
-    {XKB_KEY_dead_abovering, 0x010002DA}, // the symbol of U+02DA, which has no name
+    {XKB_KEY_dead_abovering, 0x010002DA}, // the keysym for U+02DA, which has no name
     {XKB_KEY_dead_doubleacute, XKB_KEY_doubleacute},
     {XKB_KEY_dead_caron, XKB_KEY_caron},
     {XKB_KEY_dead_cedilla, XKB_KEY_cedilla},
@@ -88,8 +88,7 @@ bool IsOfKeypad(xkb_keysym_t symbol) {
     return symbol >= XKB_KEY_KP_Space && symbol <= XKB_KEY_KP_Equal;
 }
 
-// `symbol` is that of the first level, the one without modifiers. Keypad keys print on the second, with Num
-// Lock on.
+// `symbol` is that of the first level (no modifiers). Keypad keys print on the second, with Num Lock.
 xkb_keysym_t PrintedSymbol(xkb_keymap *keymap, xkb_keycode_t key, xkb_layout_index_t group,
                            xkb_keysym_t symbol) {
     const auto *dead = std::ranges::find(kDeadKeys, symbol, &DeadKey::symbol);
@@ -112,7 +111,7 @@ Symbols SymbolsOf(xkb_keymap *keymap, xkb_layout_index_t group) {
     return symbols;
 }
 
-// Latin layouts differ in where the letters are, and some leave out a few; all others have none.
+// Latin layouts place letters differently, and some lack a few; all others have none.
 bool IsLatin(const Symbols &symbols) {
     std::bitset<XKB_KEY_z - XKB_KEY_a + 1> letters;
     for (const xkb_keysym_t symbol : symbols.ofKey) {
@@ -129,18 +128,18 @@ std::string Utf8Of(xkb_keysym_t symbol) {
     return text.data();
 }
 
-// 0 for a character that Mac OS Roman lacks.
+// 0 if Mac OS Roman lacks the character.
 std::uint8_t MacRomanOf(xkb_keysym_t symbol) {
     const std::string text = Utf8Of(symbol);
     return FitsMacRoman(text) ? static_cast<std::uint8_t>(MacRomanFromUtf8(text)[0]) : 0;
 }
 
-// Characters being gathered, the first layer that has a say about a key deciding it. No later layer has one
-// about a character that a key has already: it would lead to the wrong key.
+// Collects characters layer by layer; the first layer that defines a key decides it. A later layer never
+// assigns a character that a key already has, which would lead to the wrong key.
 struct Gathering {
     KeyboardCharacters characters{};
     std::bitset<kKeys> decided;
-    std::bitset<256> taken; // of the characters, those of keys beside the keypad
+    std::bitset<256> taken; // characters already on a key outside the keypad
 
     void TakeUp(const Symbols &symbols) {
         const std::bitset<256> takenBefore = taken;
@@ -160,7 +159,7 @@ struct Gathering {
     }
 };
 
-// The keys that print what no character stands for.
+// The keys that print something without a character here.
 std::vector<UnnamedKey> UnnamedKeysOf(const Symbols &symbols, const KeyboardCharacters &characters) {
     std::vector<UnnamedKey> keys;
     for (std::size_t key = 0; key < kKeys; ++key) {
@@ -182,7 +181,7 @@ const KeyboardLayoutNames &UsLayout() {
     return names;
 }
 
-// The groups that write the Latin script, the one in force first.
+// The Latin groups, the current one first.
 std::vector<Symbols> LatinGroups(const Layout &layout) {
     std::vector<Symbols> latin;
     const xkb_layout_index_t groups = xkb_keymap_num_layouts(layout.keymap.get());
@@ -205,7 +204,7 @@ bool GatherCharacters(xkb_context *context, const Layout &layout, KeyboardCharac
     for (const Symbols &symbols : latin) {
         gathering.TakeUp(symbols);
     }
-    if (!gathering.decided.all()) { // rare, and a keymap takes milliseconds to make
+    if (!gathering.decided.all()) { // rare, and building a keymap takes milliseconds
         const Keymap us = KeymapOfNames(context, UsLayout());
         if (us == nullptr && latin.empty()) {
             return false;
@@ -222,8 +221,8 @@ bool GatherCharacters(xkb_context *context, const Layout &layout, KeyboardCharac
     return true;
 }
 
-// Without a keymap when the compositor gives none or one that an on-screen keyboard, which numbers its keys as
-// it likes, has made: no layout has a character on Escape.
+// Empty if the compositor sends no keymap, or one from an on-screen keyboard, which numbers its keys freely:
+// no real layout has a character on Escape.
 Layout LayoutOf(xkb_context *context, const WaylandKeymap &read) {
     Keymap keymap(xkb_keymap_new_from_buffer(context, read.text.data(), read.text.size(),
                                              XKB_KEYMAP_FORMAT_TEXT_V1, XKB_KEYMAP_COMPILE_NO_FLAGS));
@@ -264,7 +263,7 @@ Layout LayoutOfXServer(xkb_context *context) {
     return {std::move(keymap), group};
 }
 
-// The library's default is to print what it does not like of a layout, which no user could mend.
+// Keeps the library from printing warnings about layouts, which users cannot fix.
 Context MakeContext() {
     Context context(xkb_context_new(XKB_CONTEXT_NO_ENVIRONMENT_NAMES));
     if (context != nullptr) {
@@ -284,7 +283,7 @@ std::string_view WithoutLeadingBlanks(std::string_view text) {
     return text.substr(std::min(text.find_first_not_of(kBlanks), text.size()));
 }
 
-// The value of a line NAME=VALUE as a shell reads it, as far as such files go: quoted, or up to a blank.
+// The value of a shell line NAME=VALUE, as far as such files need: quoted, or up to a blank.
 std::string ShellValue(std::string_view text) {
     const bool isQuoted = !text.empty() && (text.front() == '"' || text.front() == '\'');
     const std::size_t start = isQuoted ? 1 : 0;
@@ -327,7 +326,7 @@ KeyboardLayoutNames ConfiguredKeyboardLayout() {
     }
     std::string text;
     if (ReadWholeFile(kKeyboardFile, &text) != noErr) {
-        return UsLayout(); // most systems without a console have no such file
+        return UsLayout(); // many systems have no such file
     }
     KeyboardLayoutNames names = ParseKeyboardFile(text);
     return names.layout.empty() ? UsLayout() : names;
