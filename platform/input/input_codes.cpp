@@ -17,7 +17,7 @@ struct NamedCode {
 };
 
 // clang-format off
-// Dials, axes, keys and buttons in the order of the kernel's list, the second names of some of them at the end.
+// Dials, axes, keys and buttons in the kernel's order; alternative names at the end.
 #define R(name) {#name, {EV_REL, name}},
 #define A(name) {#name, {EV_ABS, name}},
 #define K(name) {#name, {EV_KEY, name}},

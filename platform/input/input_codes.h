@@ -1,5 +1,4 @@
-// The kernel's names of the events that input devices send (linux/input-event-codes.h), as maps of devices and
-// listings have them.
+// The kernel's names for input events (linux/input-event-codes.h), used in device maps and listings.
 #pragma once
 
 #include <cstdint>
@@ -7,14 +6,14 @@
 
 namespace drevix {
 
-// Types of events, the kernel's EV_ numbers.
+// Event types: the kernel's EV_ numbers.
 inline constexpr std::uint16_t kSyncEvents = 0;
 inline constexpr std::uint16_t kKeyEvents = 1;  // keys and buttons: 1 down, 0 up, 2 repeated by the kernel
-inline constexpr std::uint16_t kDialEvents = 2; // relative axes: how far it has moved
-inline constexpr std::uint16_t kAxisEvents = 3; // absolute axes: where it stands
+inline constexpr std::uint16_t kDialEvents = 2; // relative axes: movement
+inline constexpr std::uint16_t kAxisEvents = 3; // absolute axes: position
 
 // Codes of sync events.
-inline constexpr std::uint16_t kSyncReport = 0;  // what has come since the last one happened together
+inline constexpr std::uint16_t kSyncReport = 0;  // what came since the last report happened together
 inline constexpr std::uint16_t kSyncDropped = 3; // events were lost
 
 struct EventCode {
@@ -23,12 +22,12 @@ struct EventCode {
     friend bool operator==(const EventCode &, const EventCode &) = default;
 };
 
-// The event of a name such as "ABS_X", "REL_DIAL", "KEY_F13" or "BTN_0", in this spelling. False, with *event
-// unchanged, for a name that the kernel does not give.
+// Looks up a name such as "ABS_X", "REL_DIAL", "KEY_F13" or "BTN_0" (case-sensitive). False, with *event
+// unchanged, for an unknown name.
 [[nodiscard]] bool FindEventCode(std::string_view name, EventCode *event);
 
-// The name of an event, static storage; empty for one that has none. Of several names the one that stands first in
-// the kernel's own list.
+// The name of an event, in static storage; empty if it has none. If there are several, the first in the
+// kernel's list.
 [[nodiscard]] std::string_view EventCodeName(EventCode event);
 
 } // namespace drevix

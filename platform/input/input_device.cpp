@@ -18,10 +18,10 @@ namespace {
 
 static_assert(kKeyCodes == KEY_CNT && kDialCodes == REL_CNT);
 
-constexpr std::size_t kEventsAtATime = 64; // the kernel's queue for a reader holds about as many
+constexpr std::size_t kEventsAtATime = 64; // about the size of the kernel's queue per reader
 constexpr int kMostReads = 32;
 
-// The kernel's sets of bits are arrays of longs.
+// The kernel's bit sets are arrays of longs.
 using LongBits = std::array<unsigned long, kKeyCodes / (8 * sizeof(unsigned long))>;
 static_assert(kKeyCodes % (8 * sizeof(unsigned long)) == 0);
 
@@ -39,7 +39,7 @@ std::bitset<count> SetOf(const LongBits &bits) {
     return set;
 }
 
-// What a request for a text fills in; empty for a device that has none.
+// The text that a request returns; empty if the device has none.
 std::string AskText(int descriptor, unsigned long request, std::size_t size) {
     std::string text(size, '\0');
     const int length = ::ioctl(descriptor, request, text.data());
@@ -56,7 +56,7 @@ bool AskAxis(int descriptor, std::uint16_t code, InputAxis *axis) {
     return true;
 }
 
-// False for a descriptor of something else.
+// False if the descriptor is not an input device.
 bool AskDescription(int descriptor, InputDescription *description) {
     input_id id{};
     LongBits keys{};

@@ -1,4 +1,4 @@
-// Input devices as the kernel shows them (its evdev interface): what a device is, and what it sends.
+// Input devices through the kernel's evdev interface: their description and their events.
 #pragma once
 
 #include "platform/base/types.h"
@@ -23,7 +23,7 @@ struct RawEvent {
     friend bool operator==(const RawEvent &, const RawEvent &) = default;
 };
 
-// An absolute axis, or a counter: the least and the most that it can send, and what it stood at when it was asked.
+// An absolute axis or a counter: its range, and its value when queried.
 struct InputAxis {
     std::uint16_t code;
     std::int32_t least;
@@ -34,9 +34,9 @@ struct InputAxis {
 inline constexpr std::size_t kKeyCodes = 0x300; // the kernel's KEY_CNT
 inline constexpr std::size_t kDialCodes = 0x10; // REL_CNT
 
-// A device: who it is and what it can send. One piece of hardware may be several devices of the kernel.
+// A device's identity and capabilities. One piece of hardware may be several kernel devices.
 struct InputDescription {
-    std::string name; // as the kernel has it, bytes of any kind
+    std::string name; // as the kernel reports it, arbitrary bytes
     std::uint16_t vendor = 0;
     std::uint16_t product = 0;
     std::uint16_t version = 0;
@@ -46,39 +46,41 @@ struct InputDescription {
     std::vector<InputAxis> axes;
 };
 
-// The name of the device that we make ourselves to type with, so that it is never taken for one to listen to.
+// The name of the virtual device that we create for typing, so that we never listen to it.
 inline constexpr std::string_view kOwnInputDeviceName = "Drevix virtual keyboard";
 
-// How a device stands at a moment.
+// A device's state at one moment.
 struct InputState {
-    std::bitset<kKeyCodes> keys; // those that are down
-    std::vector<InputAxis> axes; // those of the description, with their values
+    std::bitset<kKeyCodes> keys; // the keys that are down
+    std::vector<InputAxis> axes; // the axes of the description, with their values
 };
-// Asks for it. False, with *state unchanged, when the device does not say, as when it is gone.
+// Queries the state. False, with *state unchanged, if the device does not answer, for example because it is
+// gone.
 using InputStateQuestion = std::function<bool(InputState *state)>;
 
 enum class InputStatus : std::uint8_t {
-    Open, // all that was sent so far has been taken, or as much as is taken at a time
-    Gone, // unplugged, or it cannot be read any more; nothing more will come
+    Open, // everything sent so far was taken, or as much as is taken at a time
+    Gone, // unplugged or no longer readable; nothing more will come
 };
 
-// One device behind a descriptor, from which only read(2) reads, so that a pipe can stand in for it.
+// One device behind a descriptor. Uses only read(2), so that a pipe can stand in for it in tests.
 class InputDevice {
   public:
-    // Takes the descriptor over; it must not block. `question` is for a stand-in; without one the kernel is asked.
+    // Takes ownership of the descriptor, which must be nonblocking. `question` is for a stand-in; without one
+    // the kernel is queried.
     InputDevice(SystemDescriptor descriptor, InputDescription description, InputStateQuestion question = {});
 
     [[nodiscard]] int Descriptor() const { return fDescriptor.Get(); }
     [[nodiscard]] const InputDescription &Description() const { return fDescription; }
 
-    // Appends what the device has sent to *events, without waiting: some thousand events at most, so that one device
-    // cannot keep the others waiting. Where the kernel has dropped events, what is left of the report around them is
-    // replaced by kSyncDropped and the state as it is asked anew: each key, each axis, and the end of a report. After
-    // Gone no release is sent for what was down.
+    // Appends what the device has sent to *events, without blocking: at most a few thousand events, so that
+    // one device cannot starve the others. If the kernel dropped events, the rest of the report around them
+    // is replaced by kSyncDropped and the newly queried state: each key, each axis, and the end of a report.
+    // After Gone, no release is sent for what was down.
     [[nodiscard]] InputStatus Take(std::vector<RawEvent> *events);
 
-    // Keeps the device's events from every other reader until this ends. False when it cannot be had, as when another
-    // program has it.
+    // Grabs the device, hiding its events from all other readers, until destruction. False if that fails, for
+    // example because another program has grabbed it.
     [[nodiscard]] bool Grab() const;
 
   private:
@@ -88,12 +90,12 @@ class InputDevice {
     SystemDescriptor fDescriptor;
     InputDescription fDescription;
     InputStateQuestion fQuestion;
-    std::string fPart;     // of an event that has not come whole
-    bool fHasLost = false; // events, up to the end of this report
+    std::string fPart;     // of an event read only in part
+    bool fHasLost = false; // events were lost, up to the end of this report
 };
 
-// Opens the device at a path such as /dev/input/event3 and asks what it is. noErr; fnfErr or permErr as for a file;
-// paramErr, with *device unchanged, for a file that is no input device.
+// Opens the device at a path such as /dev/input/event3 and queries its description. noErr; fnfErr or permErr
+// as for a file; paramErr for a file that is not an input device. *device is set only on success.
 [[nodiscard]] OSErr OpenInputDevice(const std::string &path, std::unique_ptr<InputDevice> *device);
 
 } // namespace drevix
