@@ -28,7 +28,7 @@ inline constexpr auto kIllustratorName = PascalLiteral("Adobe Illustrator CS2");
 inline constexpr auto kInDesignName = PascalLiteral("Adobe InDesign CS2");
 
 // clang-format off
-// The companion's applications, in the order in which they are looked through and announced.
+// The companion's applications, in the order in which they are searched and announced.
 inline constexpr auto kKorvaneApps = std::to_array<KorvaneApp>({
     {kGlobalSignature,     nullptr,                 "_System_"},
     {FourCharCode("8BIM"), kPhotoshopName.data(),   "Photoshop"},

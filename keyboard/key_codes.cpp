@@ -38,7 +38,7 @@ struct Key {
 };
 
 // clang-format off
-// Every key, by virtual key code. A key that prints is named by what it prints in the US layout.
+// Every key, by virtual key code. A printing key is named by its character in the US layout.
 constexpr auto kKeyTable = std::to_array<Key>({
     {0x00,  30, kPrinted},       // A
     {0x01,  31, kPrinted},       // S
@@ -50,7 +50,7 @@ constexpr auto kKeyTable = std::to_array<Key>({
     {0x07,  45, kPrinted},       // X
     {0x08,  46, kPrinted},       // C
     {0x09,  47, kPrinted},       // V
-    {0x0A,  86, kPrinted}, // on ISO keyboards only: KEY_102ND
+    {0x0A,  86, kPrinted},       // on ISO keyboards only: KEY_102ND
     {0x0B,  48, kPrinted},       // B
     {0x0C,  16, kPrinted},       // Q
     {0x0D,  17, kPrinted},       // W

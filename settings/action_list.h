@@ -8,8 +8,8 @@
 namespace drevix {
 
 // clang-format off
-// A title says what a user of any Linux desktop sees happen; which program or key brings it about is the
-// device helper's business.
+// A title says what the user of any Linux desktop sees happen; the device helper decides which program or key
+// does it.
 inline constexpr auto kActions = std::to_array<ActionInfo>({
     {0,   ActionGroup::ActionNone,       0,                                    "No action"},
     {4,   ActionGroup::ActionUseGlobal,  kNotInGlobalRecord,                   "Use the global setting"},

@@ -114,8 +114,7 @@ struct ControlSlot {
 };
 
 // clang-format off
-// The slot-key table: the control slots in the order in which a dictionary lists them. The other 17 slots are
-// never shown.
+// The control slots and their keys, in dictionary order. The other 17 slots are never shown.
 inline constexpr auto kControlSlots = std::to_array<ControlSlot>({
     {0,  "ringLeft",   Axis::X,    ControlGroup::Ring},
     {1,  "ringRight",  Axis::X,    ControlGroup::Ring},
