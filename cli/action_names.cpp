@@ -28,8 +28,8 @@ struct RefusalRow {
     std::string_view text;
 };
 constexpr auto kRefusals = std::to_array<RefusalRow>({
-    {ActionRefusal::UnknownCommand,    "there is no such action"},
-    {ActionRefusal::NoControl,         "there is no such control"},
+    {ActionRefusal::UnknownCommand,    "unknown action"},
+    {ActionRefusal::NoControl,         "unknown control"},
     {ActionRefusal::NotInGlobalRecord, "the global record cannot hold it; name an application with --app"},
     {ActionRefusal::NotInThisRecord,   "the application does not support it"},
     {ActionRefusal::NotOnThisControl,  "it does not work on this control"},
@@ -43,7 +43,7 @@ std::string ItemName(const Str31 &stored) {
         return item.path + (item.exists ? "" : " (gone)");
     }
     Str31 name{};
-    PStringCopy(stored.data(), name.data(), kMaxAppNameLength); // a damaged length must not lead beyond
+    PStringCopy(stored.data(), name.data(), kMaxAppNameLength); // a damaged length must not overrun
     return stringWithPascalString(name.data()) + " (gone)";
 }
 
@@ -53,7 +53,7 @@ std::string MainDetail(const ActionSlot &slot, const MenuTitles &titles, KeyName
                                       : LabelledKeystrokeText(slot.keyCode, slot.modifiers);
     }
     if (slot.command == kActionToolMenu) {
-        const std::string *title = titles.Find(slot.crc); // a record holds none
+        const std::string *title = titles.Find(slot.crc); // records store no titles
         return title != nullptr ? QuotedText(*title) : "number " + std::to_string(slot.crc);
     }
     if (slot.command == kActionOpenItem) {

@@ -1,4 +1,4 @@
-// Names of actions: shown to people, and looked up when they type them.
+// Names of actions, for display and for lookup when typed.
 #pragma once
 
 #include "cli/menu_titles.h"
@@ -15,22 +15,22 @@ namespace drevix {
 
 // "Scroll up"; "Action 50" for an unknown code.
 [[nodiscard]] std::string ActionTitle(ActionCommand code);
-// What a slot holds besides its command: the keystroke, modifiers, the item to open, the companion's menu entry
-// (by title if it is among `titles`), the repeat choice. JSON has the system's own names of keys alone.
+// What a slot holds besides its command: the keystroke, modifiers, the item to open, the companion's menu
+// entry (by title if it is among `titles`), the repeat choice. JSON uses only the system's own key names.
 enum class KeyNames { Own, Labelled };
 [[nodiscard]] std::string ActionDetails(const ActionSlot &slot, const MenuTitles &titles,
                                         KeyNames names = KeyNames::Labelled);
 
 // A restriction on where an action can be assigned.
 struct RestrictionInfo {
-    std::uint8_t bit;         // of ActionInfo::restrictions
+    std::uint8_t bit;         // bit of ActionInfo::restrictions
     std::string_view key;     // in JSON
     std::string_view summary; // in a table
 };
 [[nodiscard]] std::vector<const RestrictionInfo *> RestrictionsOf(const ActionInfo &action);
 
-// The action with this title, or the only one whose title begins with it; case is ignored. Null when there is
-// none, or more than one; *several, if given, is then set to true.
+// The action with this title, or the only one whose title begins with it; case is ignored. Null if there is
+// none, or if there are several; *several, if given, is then set to true.
 enum class TitleMatch { Whole, Beginning };
 [[nodiscard]] const ActionInfo *FindActionByTitle(std::string_view title, TitleMatch match,
                                                   bool *several = nullptr);

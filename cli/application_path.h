@@ -8,9 +8,8 @@
 
 namespace drevix {
 
-// Looks at an ".app" folder, a desktop entry ("platform/desktop/desktop_entries.h"), or an
-// executable file. `language` picks a desktop entry's translated name. Failed when the path leads to none of
-// these.
+// Describes an ".app" folder, a desktop entry ("platform/desktop/desktop_entries.h") or an executable file.
+// `language` selects a desktop entry's translated name. Failed if the path is none of these.
 Outcome DescribeApplication(const std::string &path, const std::string &language,
                             NewApplication *application);
 

@@ -59,7 +59,7 @@ Outcome ParseOpen(const std::string &rest, Choice *choice) {
     return Done();
 }
 
-// The words that begin an action with a parameter.
+// The words that start an action with a parameter.
 struct ActionKeyword {
     std::string_view word;
     std::string_view parameter;
@@ -141,7 +141,7 @@ Outcome ParseAction(std::span<const std::string> words, Choice *choice) {
     const auto *keyword = std::ranges::find(kKeywords, words[0], &ActionKeyword::word);
     const std::string name = Joined(words);
     const ActionInfo *named = FindActionByTitle(name, TitleMatch::Whole);
-    // "open mail" is an action, but "open" alone is none: only "Open", just as it is listed.
+    // "open mail" is an action, but "open" alone is not: only "Open", exactly as listed.
     const bool isNamed = named != nullptr && (name != words[0] || name == named->title);
     if (keyword == kKeywords.end() || isNamed) {
         return ParseNamedAction(words, choice);
@@ -151,7 +151,7 @@ Outcome ParseAction(std::span<const std::string> words, Choice *choice) {
                                                        : keyword->parse(rest, choice);
 }
 
-// The delay that --repeat gives, in ticks. The tuner repeats by being turned.
+// Parses --repeat, a delay in ticks. The tuner does not repeat: it is turned.
 Outcome ParseRepeat(const std::string &text, const ControlSlot &control, Choice *choice) {
     constexpr std::int32_t kMostTicks = 65534; // the one above means that the key stays pressed
     const bool isKeystroke = choice->command == kActionKeystroke;
@@ -170,8 +170,8 @@ Outcome ParseRepeat(const std::string &text, const ControlSlot &control, Choice 
     return Done();
 }
 
-// The CRC of the named entry. Where the companion has no file for the application, as on a machine without it,
-// any title is accepted.
+// The CRC of the named entry. If the companion has no file for the application, or is not installed, any
+// title is accepted.
 Outcome FindMenuEntry(const std::string &title, const MenuTitles &titles, std::uint32_t *crc) {
     const std::string *found = titles.Find(title);
     if (found == nullptr && titles.HasFile()) {
@@ -207,7 +207,7 @@ Outcome ApplyChoice(const ControlSlot &control, const Choice &choice, const Menu
 }
 
 // Makes the alias file through which the slot refers to the item. The panel cleans up the items folder by the
-// user's own settings, so the items of any other settings file would be lost.
+// user's own settings, so it would remove the items of any other settings file.
 Outcome StoreItem(const Session &session, const std::string &path, ActionSlot &slot) {
     if (!session.IsUsersOwn()) {
         return Failed("cannot assign open " + path +

@@ -18,7 +18,7 @@
 namespace drevix {
 namespace {
 
-constexpr std::size_t kShownProblems = 20; // of a file that has more; JSON has them all
+constexpr std::size_t kShownProblems = 20; // the rest is left out; JSON has them all
 
 bool IsDamage(const FileProblem &problem) {
     return problem.kind == FileProblem::Kind::Damage;
@@ -58,8 +58,8 @@ void SayFindings(const Request &request, const std::string &path, const FileFind
     }
 }
 
-// The stamp of the version before this one: the next read then restores the factory records that were lost,
-// without the repairs that are meant for much older files.
+// The stamp of the version before this one: the next read then restores lost factory records, without the
+// repairs for much older files.
 constexpr std::uint32_t kStampAfterLoss = kPanelVersion - 1;
 
 // Fills the base with the intact records among the bytes, and with the file's user part if its header can be

@@ -18,7 +18,7 @@ constexpr auto kOptions = std::to_array<OptionInfo>({
     {"--json",    "",     0,              "print JSON for other programs to read",             &Line::json, nullptr},
     {"--prefs",   "FILE", 0,              "use this settings file instead of your own",  nullptr, &Line::prefs},
     {"--help",    "",     0,              "print help",                                        &Line::help, nullptr},
-    {"--verbose", "",     0,              "tell on standard error what is done",               &Line::verbose, nullptr},
+    {"--verbose", "",     0,              "log what is done to standard error",               &Line::verbose, nullptr},
     {"--version", "",     0,              "print the version",                                 &Line::version, nullptr},
 });
 // clang-format on
@@ -49,7 +49,7 @@ Outcome ParseOption(std::span<const std::string> arguments, std::size_t &i, Comm
         return NeedsValue(*option);
     }
     const std::string value(equals == argument.npos ? arguments[i] : argument.substr(equals + 1));
-    // A record may have an empty name, a file may not: a script's variable was not set.
+    // A record's name may be empty, a file's may not: a script's variable was not set.
     if (value.empty() && option->value == "FILE") {
         return NeedsValue(*option);
     }

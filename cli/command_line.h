@@ -12,7 +12,7 @@
 
 namespace drevix {
 
-// The options that only some commands take; bits of Command::options.
+// Options that only some commands take; bits of Command::options.
 using OptionSet = std::uint8_t;
 inline constexpr OptionSet kAppOption = 0x01;
 inline constexpr OptionSet kAllOption = 0x02;
@@ -29,8 +29,8 @@ struct CommandLine {
     bool version = false;
     bool all = false;
     bool replace = false;
-    std::optional<std::string> prefs; // the settings file; absent: the user's
-    std::optional<std::string> app;   // a record, as Session::Find takes it; absent: the global record
+    std::optional<std::string> prefs; // the settings file; nullopt: the user's
+    std::optional<std::string> app;   // a record, as for Session::Find; nullopt: the global record
     std::optional<std::string> to;
     std::optional<std::string> repeat;
     OptionSet given = 0; // which of the options above were given
@@ -39,20 +39,20 @@ struct CommandLine {
 // One option.
 struct OptionInfo {
     std::string_view name;  // "--app"
-    std::string_view value; // what its value is called in help ("APP"); empty for an option without one
+    std::string_view value; // its value's name in help ("APP"); empty if it takes none
     OptionSet bit;          // 0: every command takes it
     std::string_view help;
-    bool CommandLine::*flag;                            // what it sets, or
-    std::optional<std::string> CommandLine::*parameter; // what its value becomes
+    bool CommandLine::*flag;                            // the flag it sets, or
+    std::optional<std::string> CommandLine::*parameter; // the parameter it sets
 };
 
-// All options, in the order in which help lists them. Static storage.
+// All options, in the order of help. Static storage.
 [[nodiscard]] std::span<const OptionInfo> AllOptions();
-// The option of that name, null if there is none.
+// The option of that name, or null.
 [[nodiscard]] const OptionInfo *FindOption(std::string_view name);
 
-// Parses the arguments, without the program's name. WrongUsage for an unknown option, a missing value, an empty
-// file name, or a value that the option does not take. The last of repeated options counts.
+// Parses the arguments, without the program's name. WrongUsage for an unknown option, a missing value, an
+// empty file name, or an unexpected value. If an option is repeated, the last counts.
 Outcome ParseCommandLine(std::span<const std::string> arguments, CommandLine *line);
 
 } // namespace drevix

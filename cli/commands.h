@@ -20,8 +20,8 @@ namespace drevix {
 struct Surroundings {
     std::ostream &out;
     std::ostream &err;
-    FSRef resources;                        // with the factory defaults
-    std::size_t columns = kTerminalColumns; // of what `out` is shown on
+    FSRef resources;                        // contains the factory defaults
+    std::size_t columns = kTerminalColumns; // width of the terminal for `out`
 };
 
 struct Command;
@@ -30,7 +30,7 @@ struct Command;
 struct Request {
     const Command &command;
     const CommandLine &line;
-    std::span<const std::string> arguments; // the words behind the command's name
+    std::span<const std::string> arguments; // the words after the command's name
     const Surroundings &surroundings;
 
     [[nodiscard]] std::ostream &Out() const { return surroundings.out; }
@@ -48,21 +48,21 @@ inline constexpr std::size_t kAnyNumber = SIZE_MAX;
 // One command.
 struct Command {
     std::string_view name;
-    std::string_view arguments; // as usage shows them
+    std::string_view arguments; // as shown in usage
     std::string_view summary;   // in one line
     std::string_view help;      // paragraphs of at most 80 columns, each line ended
     std::size_t minArguments;
     std::size_t maxArguments;
-    OptionSet options; // it takes
-    OptionSet needs;   // of these, all
+    OptionSet options; // accepted
+    OptionSet needs;   // required
     std::array<ArgumentKind, 2>
-        completes; // the first two arguments; the last kind stands for all further ones
+        completes; // completion of the first two arguments; the last kind also applies to further ones
     Outcome (*run)(const Request &request);
 };
 
-// All commands, in the order in which help lists them. Static storage.
+// All commands, in the order of help. Static storage.
 [[nodiscard]] std::span<const Command> AllCommands();
-// The command of that name, null if there is none.
+// The command of that name, or null.
 [[nodiscard]] const Command *FindCommand(std::string_view name);
 
 // Runs the program with the arguments after its name. A failure prints one line to `err`, wrong usage a second
@@ -95,7 +95,7 @@ Outcome ShowFront(const Request &request);
 Outcome CheckMaps(const Request &request);
 Outcome PrintHelp(const Request &request);
 
-// The first word with which the shell's completion asks for PrintCompletions.
+// The first word that makes the program print completions for the shell.
 inline constexpr std::string_view kCompletionCommand = "__complete";
 
 // Prints the completions of the last word of a command line, one per line; ":" means file names.

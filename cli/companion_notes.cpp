@@ -9,7 +9,7 @@ namespace {
 
 struct Sentence {
     KorvaneFileState state;
-    std::string_view what; // behind the file's path
+    std::string_view what; // follows the file's path
     std::string_view next;
 };
 constexpr auto kReading = std::to_array<Sentence>({
@@ -23,15 +23,15 @@ constexpr auto kReading = std::to_array<Sentence>({
      "; close other programs and try again"},
 });
 constexpr std::string_view kSaved =
-    "; the settings are saved, but buttons I, II and III get back what that file says when it is next read";
+    "; the settings are saved, but buttons I, II and III revert to that file when it is next read";
 constexpr auto kWriting = std::to_array<Sentence>({
     {KorvaneFileState::InUse, "another program kept writing it", "; try again"},
-    {KorvaneFileState::TooLong, "it has become too long",
+    {KorvaneFileState::TooLong, "it is too long",
      "; remove entries with the companion dial's own program and try again"},
-    {KorvaneFileState::NotWritten, "", "; see to it that it can be written and try again"},
+    {KorvaneFileState::NotWritten, "", "; fix this and try again"},
 });
 
-// The table's sentence for what came of a file; null without one.
+// The table's message for a file's result, or null.
 template <std::size_t kCount>
 const Sentence *SentenceFor(const std::array<Sentence, kCount> &table, const KorvaneFileResult &result) {
     const auto *const found = std::ranges::find(table, result.state, &Sentence::state);

@@ -1,4 +1,4 @@
-// What a person is told of the companion dial's hotkey files.
+// Messages about the companion dial's hotkey files.
 #pragma once
 
 #include "cli/outcome.h"
@@ -8,10 +8,10 @@
 
 namespace drevix {
 
-// A line on `err` for each file that was read only in part, or not at all.
+// Writes a line to `err` for each file that was read only in part or not at all.
 void NoteKorvaneReading(const KorvaneResults &results, std::ostream &err);
 
-// Done, or Failed for the first file that does not say what the saved settings do.
+// Done, or Failed for the first file that does not match the saved settings.
 Outcome OutcomeOfKorvaneWriting(const KorvaneResults &results);
 
 } // namespace drevix

@@ -63,10 +63,10 @@ Words WordsForKind(ArgumentKind kind) {
     return row == kKindWords.end() ? Words() : row->words();
 }
 
-// The file names of the records in the settings file that the line names, with the signature for all but the first
-// of a name; none when the file cannot be read.
+// The file names of the records in the line's settings file, with the signature for all but the first of a
+// name; none if the file cannot be read.
 Words RecordWords(const CommandLine &line, const Surroundings &surroundings) {
-    std::ostringstream ignored; // a note about a damaged file would spoil the line being typed
+    std::ostringstream ignored; // a note about a damaged file would disturb the line being typed
     const Surroundings silent{ignored, ignored, surroundings.resources};
     const Request request{*FindCommand("list"), line, {}, silent};
     Session session(request);
@@ -83,7 +83,7 @@ Words RecordWords(const CommandLine &line, const Surroundings &surroundings) {
     return words;
 }
 
-// The companion's menu entries of the record that the line names.
+// The companion's menu entries for the line's record.
 Words MenuWords(const CommandLine &line, const Surroundings &surroundings) {
     std::ostringstream ignored;
     const Surroundings silent{ignored, ignored, surroundings.resources};
@@ -115,12 +115,12 @@ Words WordsFor(std::span<const std::string> typed, const Surroundings &surroundi
     const OptionInfo *waiting = before.empty() ? nullptr : FindOption(before.back());
     const bool isValue = waiting != nullptr && waiting->parameter != nullptr;
     CommandLine line;
-    // An incomplete line is completed from what could be parsed.
+    // Completes an incomplete line from what could be parsed.
     std::ignore = ParseCommandLine(before.first(before.size() - (isValue ? 1 : 0)), &line);
     const Command *command = line.words.empty() ? nullptr : FindCommand(line.words[0]);
     if (isValue) {
         return waiting->bit == kAppOption      ? RecordWords(line, surroundings)
-               : waiting->bit == kRepeatOption ? Words{"-1", "0", "3", "6", "15", "30"} // as the panel offers
+               : waiting->bit == kRepeatOption ? Words{"-1", "0", "3", "6", "15", "30"} // the panel's choices
                                                : Words{std::string(kFileNames)};
     }
     if (last.starts_with('-')) {

@@ -15,11 +15,11 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr std::uint16_t kUnanswered = UINT16_MAX; // no helper counts as many devices
+constexpr std::uint16_t kUnanswered = UINT16_MAX; // no helper reports that many devices
 constexpr std::chrono::milliseconds kPatience{2000};
 constexpr std::chrono::milliseconds kBetweenQuestions{1000};
 
-// Takes answers into a list while it lives.
+// Receives answers in a list during its lifetime.
 class AnswersInto {
   public:
     explicit AnswersInto(DeviceList *list) { InstallAppleEventHandlers(list); }
@@ -32,15 +32,15 @@ Outcome AskHelper(DeviceList *list) {
     const AnswersInto answers(list);
     const Clock::time_point end = Clock::now() + kPatience;
     list->count = kUnanswered;
-    // One that answers something else, and at once, is not asked again and again.
+    // Limits how often a helper that answers something else at once is asked.
     for (Clock::time_point next = Clock::now(); list->count == kUnanswered;) {
         const Clock::time_point now = Clock::now();
         if (now >= end) {
-            return Failed("the device helper runs but gives no list of its devices; end it and try again");
+            return Failed("the device helper does not list its devices; stop it and try again");
         }
         if (now >= next) {
             if (GetConnectedDevices(list) != noErr) {
-                return Failed("the device helper does not run; start the settings panel or DrevixHelper");
+                return Failed("the device helper is not running; start the settings panel or DrevixHelper");
             }
             next = now + kBetweenQuestions;
         }

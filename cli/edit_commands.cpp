@@ -19,7 +19,7 @@
 namespace drevix {
 namespace {
 
-// What can be set: the record's name, whether it is in force, and its device's values.
+// What can be set: the record's name, whether it is active, and its device's values.
 constexpr std::string_view kNameKey = "configName";
 constexpr std::string_view kActiveKey = "active";
 
@@ -44,7 +44,7 @@ constexpr auto kDefaultsGroups = std::to_array<DefaultsGroup>({
 });
 // clang-format on
 
-// The key of a device's value; null for the record's own.
+// The key of a device value; null for the record's own keys.
 const DeviceKey *FindDeviceKey(std::string_view name) {
     const auto *key = std::ranges::find(kDeviceKeys, name, &DeviceKey::key);
     return key == kDeviceKeys.end() ? nullptr : key;

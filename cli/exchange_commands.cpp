@@ -47,7 +47,7 @@ void PrintRecords(const Request &request, const std::vector<const AppPrefs *> &r
 struct ImportCounts {
     std::size_t added = 0;
     std::size_t replaced = 0;
-    std::size_t skipped = 0;       // for want of memory
+    std::size_t skipped = 0;       // out of memory
     std::vector<std::string> left; // names of records that were left unchanged
 };
 

@@ -16,7 +16,7 @@ namespace {
 
 using Problem = QBaseFileProblem;
 
-// %1, %2 and %3 are the finding's numbers, %t the first of them as a type.
+// %1, %2 and %3 are the finding's numbers, %t is the first as a type.
 struct ProblemText {
     Problem problem;
     std::string_view text;
@@ -24,14 +24,14 @@ struct ProblemText {
 constexpr auto kProblemTexts = std::to_array<ProblemText>({
     {Problem::Empty, "the file is empty; factory settings are used"},
     {Problem::NoHeader, "the file has %1 bytes, fewer than its header"},
-    {Problem::OtherByteOrder, "the file was written on a machine of the other byte order"},
-    {Problem::OtherKind, "this is another kind of file"},
-    {Problem::UnknownVersion, "the file has format version %1, which is not known"},
+    {Problem::OtherByteOrder, "the file has the other byte order"},
+    {Problem::OtherKind, "this is not a settings file"},
+    {Problem::UnknownVersion, "unknown format version %1"},
     {Problem::OtherRecords, "the file has records of another kind: type %t version %2"},
-    {Problem::NegativeCount, "the header announces a negative count of records"},
+    {Problem::NegativeCount, "the record count in the header is negative"},
     {Problem::WrongLength, "the header announces %1 records in %2 bytes, but the file has %3"},
-    {Problem::IndexOutside, "index entry %1 leads outside the record data"},
-    {Problem::IndexTwice, "index entries %1 and %2 lead to one record"},
+    {Problem::IndexOutside, "index entry %1 points outside the record data"},
+    {Problem::IndexTwice, "index entries %1 and %2 point to the same record"},
     {Problem::DataEnd, "the record data end after %1 of %2 records"},
     {Problem::BadSize, "record %1 at byte %2 of the record data is damaged: its size is %3 bytes"},
     {Problem::BadLength,
@@ -54,14 +54,14 @@ std::string TextOf(const QBaseFileFinding &finding) {
     return text;
 }
 
-// Looks through the settings in the records of a file.
+// Checks the settings in a file's records.
 class SettingsChecker {
   public:
     explicit SettingsChecker(FileFindings &findings) : fFindings(findings) {}
 
-    // Records are numbered in the order of the data, from 0.
+    // Records are numbered in data order, from 0.
     void CheckRecord(std::size_t number, std::string_view data);
-    // To be called behind the last record.
+    // Call after the last record.
     void CheckGlobals();
 
   private:
@@ -80,7 +80,7 @@ void SettingsChecker::CheckGlobals() {
     }
     for (std::size_t i = 1; i < fGlobals.size(); ++i) {
         Tell("record " + fGlobals[i] + " is a second global record; the first, record " + fGlobals[0] +
-             ", is the one that counts");
+             ", is used");
     }
 }
 
@@ -102,13 +102,13 @@ void SettingsChecker::CheckRecord(std::size_t number, std::string_view data) {
     }
     name += " (" + RecordName(record) + ")";
     if (record.active > 1 || record.factory > 1 || record.device[0].click > 1) {
-        Tell(name + " has a mark that is neither on nor off");
+        Tell(name + " has a flag that is neither on nor off");
     }
     CheckCommands(name, record);
 }
 
-// The record of a new application begins with the global one's actions, the companion's menu entries among
-// them, which the application may not know.
+// A new application's record starts with the global one's actions, which may include companion menu entries
+// that the application does not have.
 bool IsCopiedMenuEntry(const ControlSlot &control, const ActionSlot &slot) {
     return slot.command == kActionToolMenu && IsToolMenuSlot(control.slot);
 }
@@ -119,7 +119,7 @@ void SettingsChecker::CheckCommands(const std::string &name, const AppPrefs &rec
         const std::string place = name + ", " + std::string(control.key) + ": ";
         const ActionRefusal refusal = CheckAction(record, control.slot, slot.command);
         if (refusal == ActionRefusal::UnknownCommand) {
-            Tell(place + "there is no action " + std::to_string(slot.command));
+            Tell(place + "unknown action " + std::to_string(slot.command));
         } else if (refusal != ActionRefusal::None && !IsCopiedMenuEntry(control, slot)) {
             Tell(place + "action " + std::to_string(slot.command) + " does not belong there");
         }

@@ -1,4 +1,4 @@
-// What is wrong with a settings file, in words. docs/record-base-file.md has the format.
+// Describes the damage in a settings file as text. docs/record-base-file.md has the format.
 #pragma once
 
 #include "platform/base/types.h"
@@ -13,21 +13,21 @@ namespace drevix {
 // One finding.
 struct FileProblem {
     enum class Kind : std::uint8_t {
-        Damage, // the file is refused for it
-        Oddity, // the file is read all the same
+        Damage, // the file is refused because of it
+        Oddity, // the file can still be read
     };
     Kind kind;
     std::string text; // a sentence without its full stop
 };
 
-// What a file holds.
+// The results for a file.
 struct FileFindings {
-    OSErr status = 0;         // what reading the file gives; 0: it is valid
-    std::int32_t records = 0; // as many as the header announces; 0 when it is not a settings file's
+    OSErr status = 0;         // the status of reading the file; 0: valid
+    std::int32_t records = 0; // the header's record count; 0 if it is not a settings file
     std::vector<FileProblem> problems;
 };
 
-// Looks through the bytes of a file, as reading them as a settings file would. `status` is what that gave.
+// Checks a file's bytes as reading them as a settings file would; `status` is the status of that read.
 [[nodiscard]] FileFindings CheckFileBytes(std::string_view bytes, OSErr status);
 
 } // namespace drevix

@@ -10,7 +10,7 @@
 int main(int argc, char **argv) {
     drevix::Surroundings surroundings{std::cout, std::cerr, {}};
     surroundings.columns = drevix::TerminalColumns(drevix::kTerminalColumns);
-    // Without the folder the settings file alone has to do; a command that needs factory values says so.
+    // Without the folder only the settings file is used; a command that needs factory values reports it.
     std::ignore = drevix::FindResourceFolder(&surroundings.resources);
     const std::vector<std::string> arguments(argv + (argc > 0 ? 1 : 0), argv + argc);
     return static_cast<int>(drevix::RunDrevixctl(arguments, surroundings));

@@ -12,7 +12,7 @@
 namespace drevix {
 namespace {
 
-// The key of the button that runs the entry; empty when none does.
+// The key of the button that runs the entry, or empty.
 std::string ControlOf(const AppPrefs &record, const std::string &title) {
     const std::uint32_t crc = KorvaneStringCRC(title);
     for (const ControlSlot &control : kControlSlots) {

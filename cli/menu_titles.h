@@ -18,8 +18,8 @@ class MenuTitles {
     [[nodiscard]] bool HasFile() const { return fHasFile; }
     // The titles in the file's order, UTF-8.
     [[nodiscard]] const std::vector<std::string> &All() const { return fTitles; }
-    // The first entry with that CRC; with that title, or if there is none, with that title but for the case
-    // of ASCII letters. Null for none.
+    // The first entry with that CRC; the first with that title, else with that title ignoring ASCII letter
+    // case. Null if there is none.
     [[nodiscard]] const std::string *Find(std::uint32_t crc) const;
     [[nodiscard]] const std::string *Find(std::string_view title) const;
 

@@ -13,7 +13,7 @@ namespace drevix {
 enum class ExitStatus : int {
     Done = 0,
     Failed = 1,     // the command failed
-    WrongUsage = 2, // the command line is invalid, whatever the settings are
+    WrongUsage = 2, // the command line is invalid
 };
 
 // The status and, unless it is Done, the message for standard error: what failed, what was left unchanged, what
@@ -37,7 +37,7 @@ inline Outcome WrongUsage(std::string message) {
     return {ExitStatus::WrongUsage, std::move(message)};
 }
 
-// A name or a word within a sentence.
+// Quotes a name or word for a message.
 inline std::string QuotedText(std::string_view text) {
     return "\"" + std::string(text) + "\"";
 }

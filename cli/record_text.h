@@ -1,4 +1,4 @@
-// A record in words, and as JSON has it.
+// A record as text and as JSON.
 #pragma once
 
 #include "cli/commands.h"
@@ -11,7 +11,7 @@
 namespace drevix {
 
 // All in UTF-8.
-[[nodiscard]] std::string RecordName(const AppPrefs &record); // the shown name; "Global Settings"
+[[nodiscard]] std::string RecordName(const AppPrefs &record); // the display name, or "Global Settings"
 [[nodiscard]] std::string FileName(const AppPrefs &record);
 // "yes" or "no".
 [[nodiscard]] std::string YesOrNo(std::uint8_t flag);

@@ -32,7 +32,7 @@ std::string UsageOf(const Command &command) {
     std::string options;
     for (const OptionInfo &option : AllOptions()) {
         if ((command.options & option.bit) != 0) {
-            // "--all" takes the place of "--app".
+            // "--all" is an alternative to "--app".
             const std::string_view between = option.bit == kAllOption ? "|" : "] [";
             options.append(options.empty() ? "" : between).append(Spelled(option));
         }
@@ -71,7 +71,7 @@ std::string HelpOfProgram() {
            "\n'drevixctl help COMMAND' explains a command.\n";
 }
 
-// Whether the command takes these words and options.
+// Checks that the command accepts these words and options.
 Outcome CheckUsage(const Command &command, const CommandLine &line) {
     const std::size_t count = line.words.size() - 1;
     if (count < command.minArguments) {

@@ -11,7 +11,7 @@ namespace {
 
 constexpr std::string_view kUnchanged = "nothing was changed";
 
-// For another program that changes settings at this moment.
+// For another program that is changing settings.
 constexpr std::chrono::seconds kLongestWait{5};
 
 std::string PathForPeople(const std::string &path) {
@@ -152,7 +152,7 @@ Outcome Session::Save() {
                                   : SaveFailure(result, StampOfFile(Path()) == before);
 }
 
-// The lock keeps programs of ours away, but a file can be changed by any.
+// The lock keeps our programs away, but any program can change the file.
 void Session::SayWhatElseCame(const SaveResult &result) const {
     if (result.outside.cameIn) {
         Note("another program changed " + Path() + " meanwhile; its changes are kept");
@@ -171,13 +171,13 @@ Outcome Session::SaveFailure(const SaveResult &result, bool isAsItWas) const {
     if (result.keptAside != noErr) {
         return FailedFile("cannot keep aside the damaged", Path(), result.keptAside, "it was not changed");
     }
-    // What is missing when a file is to be made is its folder.
+    // When creating a file, only its folder can be missing.
     const OSErr status = result.status == fnfErr ? dirNFErr : result.status;
     if (!result.wasTried) {
         return FailedFile("cannot write", PathForPeople(Path()), status, kUnchanged);
     }
-    // A folder that cannot be flushed is found out only after the new file has taken the old one's place. The
-    // companion's files are written before.
+    // A failure to flush the folder comes after the new file has replaced the old one. The companion's files
+    // are written before that.
     std::string unchanged = isAsItWas ? "the settings file is as it was"
                                       : "the settings file is intact, with the old settings or the new ones";
     if (IsUsersOwn()) {

@@ -9,44 +9,44 @@
 
 namespace drevix {
 
-// A settings document with its failures in words. The one of the user's own file unless --prefs names another.
+// A settings document whose failures are messages. Uses the user's own file unless --prefs names another.
 class Session {
   public:
     // The request must outlive the session.
     explicit Session(const Request &request);
     explicit Session(const Request &&) = delete;
 
-    // Reads the settings and writes nothing at all, not even a refused file's kept copy. A file that is
-    // missing stands for the factory settings; so does one that is refused, which a line on standard error
-    // then says. Failed when the file is there but cannot be read, or there are no factory settings either.
+    // Reads the settings without writing anything, not even a copy of a refused file. A missing file gives
+    // the factory settings; so does a refused one, with a note on standard error. Failed if the file exists
+    // but cannot be read, or the factory settings are missing too.
     Outcome OpenForReading();
-    // The same, and a copy of the record that --app names. Failed as OpenForReading or Find.
+    // The same, plus a copy of the record that --app names. Failed as OpenForReading or Find.
     Outcome OpenForReading(AppPrefs *record);
-    // As the first, to Save later: other programs that change settings wait until the session ends. A refused
-    // file is kept aside; Failed when that is not possible.
+    // Like OpenForReading, but for a later Save: other programs that change settings wait until the session
+    // ends. Copies a refused file aside; Failed if that is not possible.
     Outcome OpenForChanging();
 
     [[nodiscard]] QBaseHandle Base() const { return fDocument.Base(); }
-    // Where the settings file is or would be; empty when there is no preferences folder.
+    // Where the settings file is or would be; empty if there is no preferences folder.
     [[nodiscard]] const std::string &Path() const { return fDocument.Path(); }
-    // Whether the file is the one that the panel uses, and not another that --prefs names.
+    // Whether the file is the one that the panel uses, not another named by --prefs.
     [[nodiscard]] bool IsUsersOwn() const { return fDocument.Owner() == Ownership::UsersOwn; }
 
-    // The number of the record that --app names ("settings/prefs_list.h": FindAppPrefsByText), or of the global
-    // record. Failed when there is none.
+    // The number of the record that --app names ("settings/prefs_list.h": FindAppPrefsByText), or of the
+    // global record. Failed if there is none.
     Outcome Find(RecordNumber *number) const;
     // A copy of that record.
     Outcome Find(RecordNumber *number, AppPrefs *record) const;
-    // All settings records, in list order. Valid until the base is changed.
+    // All settings records, in list order. Valid until the base changes.
     [[nodiscard]] std::vector<const AppPrefs *> Records() const;
 
-    // Puts the record back, or adds it for kNoRecord. Failed without memory.
+    // Stores the record, or adds it for kNoRecord. Failed if out of memory.
     Outcome Store(const AppPrefs &record, RecordNumber number);
-    // Takes the record away. Failed without memory.
+    // Removes the record. Failed if out of memory.
     Outcome Remove(RecordNumber number);
-    // Sorts the records and writes the file. The user's own goes to the companion's files too: Failed, with the
-    // settings saved, when one of those was to change and could not be written. What came of
-    // another program's changes, or of a damaged file, meanwhile is said on standard error.
+    // Sorts the records and writes the file. The user's own settings are also written to the companion's
+    // files: Failed, with the settings saved, if one of those could not be updated. Reports merged changes of
+    // other programs, or a file damaged meanwhile, on standard error.
     Outcome Save();
 
   private:
@@ -59,11 +59,11 @@ class Session {
     SettingsDocument fDocument;
 };
 
-// The settings file that a request means: --prefs, or the user's. noErr, or why there is no preferences
+// The settings file for a request: --prefs, or the user's. noErr, or the error finding the preferences
 // folder.
 [[nodiscard]] OSErr SettingsPath(const Request &request, std::string *path);
-// What reading the file as a settings file gives: noErr, -1 or eofErr for a damaged one, or why it cannot be
-// read.
+// The status of reading the file as a settings file: noErr, -1 or eofErr for a damaged one, or the read
+// error.
 [[nodiscard]] OSErr ReadAsSettings(const std::string &path);
 
 } // namespace drevix

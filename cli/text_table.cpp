@@ -10,7 +10,7 @@ namespace {
 
 constexpr std::string_view kEllipsis = "\u2026";
 constexpr std::string_view kColumnGap = "  ";
-constexpr std::size_t kNarrowestColumn = 8; // below that a name says nothing any more
+constexpr std::size_t kNarrowestColumn = 8; // narrower names are useless
 
 bool StartsCharacter(char byte) {
     return (static_cast<unsigned char>(byte) & 0xC0) != 0x80; // not a UTF-8 continuation byte
@@ -60,7 +60,7 @@ std::string CutText(std::string_view text, std::size_t columns) {
     std::size_t end = 0;
     for (std::size_t kept = 0; end < text.size(); ++end) {
         if (StartsCharacter(text[end]) && ++kept == columns) {
-            break; // the ellipsis stands here
+            break; // the ellipsis goes here
         }
     }
     return std::string(text.substr(0, end)).append(kEllipsis);

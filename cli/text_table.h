@@ -1,4 +1,4 @@
-// Text for a terminal: tables as wide as that.
+// Tables that fit the terminal.
 #pragma once
 
 #include <span>
@@ -8,17 +8,17 @@
 
 namespace drevix {
 
-inline constexpr std::size_t kTerminalColumns = 80; // where it is not known
+inline constexpr std::size_t kTerminalColumns = 80; // if unknown
 
-// Columns that UTF-8 text takes. One a character: all the text that is shown comes from Mac OS Roman, which
-// has neither wide characters nor combining ones.
+// The columns that UTF-8 text takes: one per character, because all text shown comes from Mac OS Roman, which
+// has no wide or combining characters.
 [[nodiscard]] std::size_t TextColumns(std::string_view text);
-// The text in at most that many columns, one or more; what is cut off shows as an ellipsis.
+// The text cut to at most that many columns (1 or more), with an ellipsis for what is cut off.
 [[nodiscard]] std::string CutText(std::string_view text, std::size_t columns);
 
-// The rows as lines, under a line of headings if there are any, each column as wide as its widest cell. Where
-// that passes `columns` the widest columns are cut until it fits. Missing cells are empty; no line ends in
-// blanks.
+// The rows as lines, under a line of headings if there are any, each column as wide as its widest cell. If
+// the table exceeds `columns`, the widest columns are cut until it fits. Missing cells are empty; no line
+// ends in blanks.
 using TableRow = std::vector<std::string>;
 [[nodiscard]] std::string TableText(const TableRow &headings, std::span<const TableRow> rows,
                                     std::size_t columns = kTerminalColumns);

@@ -212,7 +212,7 @@ TEST_F(DamagedFile, Check_SaysWhatIsWrongInWords) {
              {0, "QBSE", "other byte order"},
              {8, {9, 0}, "format version 9"},
              {12, {9}, "announces 9 records"},
-             {64, {-1, -1, -1, -1}, "index entry 0 leads outside"},
+             {64, {-1, -1, -1, -1}, "index entry 0 points outside"},
              {global - 10, {3, 0}, "record 0 at byte 0 of the record data is damaged: its size is 3"},
              {64, {2}, "record 0 at byte 0 of the record data is damaged, or it is not in the index"},
          }) {
@@ -241,7 +241,7 @@ TEST_F(DamagedFile, Check_SaysWhatIsWrongInWords) {
     const std::string says = Do("check --json " + Path());
     EXPECT_THAT(says, HasSubstr("\"valid\": true"));
     EXPECT_THAT(says, HasSubstr("neither on nor off"));
-    EXPECT_THAT(says, HasSubstr("buttonV: there is no action 50"));
+    EXPECT_THAT(says, HasSubstr("buttonV: unknown action 50"));
 }
 
 // Neither form was ever looked at.

@@ -104,7 +104,7 @@ class Helper(unittest.TestCase):
             helper = self.start("/usr/bin/python3", PEER, "DrevixHelper", mode, output="peer")
             self.until(lambda: "ready\n" in (self.path / "peer").read_text())
             result = self.run_ctl("devices")
-            self.assertEqual((result.returncode, result.stderr.count("gives no list")), (1, 1), result.stderr)
+            self.assertEqual((result.returncode, result.stderr.count("does not list")), (1, 1), result.stderr)
             self.assertLessEqual((self.path / "peer").read_text().count("PLZWPLZD"), 3, mode)
             helper.kill()
             helper.wait()
@@ -189,7 +189,7 @@ class Helper(unittest.TestCase):
             (HELPER, ["--device", "version=x"], "cannot use --device version=x: version must be"),
             (HELPER, ["--nonsense"], "unknown option"),
             (HELPER, ["--front"], "--front needs APP"),
-            (DREVIXCTL, ["devices"], "the device helper does not run"),
+            (DREVIXCTL, ["devices"], "the device helper is not running"),
         ]:
             result = subprocess.run([program, *arguments], env=self.environment, capture_output=True, text=True,
                                     timeout=60, check=False)
@@ -203,7 +203,7 @@ class Helper(unittest.TestCase):
         helper.send_signal(signal.SIGSTOP)
         start = time.monotonic()
         result = self.run_ctl("devices")
-        self.assertEqual((result.returncode, result.stderr.count("gives no list")), (1, 1), result.stderr)
+        self.assertEqual((result.returncode, result.stderr.count("does not list")), (1, 1), result.stderr)
         self.assertLess(time.monotonic() - start, 10)
         self.ctl("set", "ringSpeed", "9")
         helper.send_signal(signal.SIGCONT)
