@@ -74,7 +74,7 @@ constexpr auto kPlans = std::to_array<PlanRow>({
     {4,   DoNothing{}}, // the global record's was already looked up
     {7,   SwitchRingMode{}},
     {32,  SlotKeystroke{}},
-    {34,  DoNothing{"the companion takes no menu commands"}},
+    {34,  DoNothing{"the companion does not accept menu commands"}},
     {35,  Typed{'['}},
     {36,  Typed{']'}},
     {37,  SlotScroll{Left}},

@@ -83,7 +83,7 @@ bool ReadLine(std::string_view text, Line *line, std::string *problem) {
             return false;
         }
         if (line->control.empty() && word.value) {
-            *problem = "a line begins with \"device\" or a control, not with " + QuotedWord(word.name) + "=";
+            *problem = "a line starts with \"device\" or a control, not with " + QuotedWord(word.name) + "=";
             return false;
         }
         if (line->control.empty()) {
@@ -105,7 +105,7 @@ bool ReadLine(std::string_view text, Line *line, std::string *problem) {
 }
 
 std::string UnknownWord(std::string_view word) {
-    return "there is no field " + QuotedWord(word);
+    return "unknown field " + QuotedWord(word);
 }
 
 bool TakeIdentifier(const FieldWord &word, std::optional<std::uint16_t> *field, std::string *problem) {
@@ -225,7 +225,7 @@ bool IsOnRing(const MappedInput &input) {
 bool ReadInput(const Line &line, MappedInput *input, std::string *problem) {
     const std::uint8_t kinds = SlotsOfControl(line.control, &input->low, &input->high);
     if (kinds == 0) {
-        *problem = "there is no control " + QuotedWord(line.control);
+        *problem = "unknown control " + QuotedWord(line.control);
         return false;
     }
     input->countsPerStep = 1;
@@ -299,7 +299,7 @@ class MapReader {
                  std::string(EventCodeName(input.event)) + " has a control already, in line " +
                      std::to_string(fLines[static_cast<std::size_t>(earlier - fMap.inputs.begin())])});
         } else if (fDeviceLine == 0) {
-            fProblems->push_back({number, "a line that begins with \"device\" must stand before this"});
+            fProblems->push_back({number, "a \"device\" line must come before this"});
         } else {
             fMap.inputs.push_back(input);
             fLines.push_back(number);
@@ -310,7 +310,7 @@ class MapReader {
         if (!fMap.devices.empty() && !fMap.inputs.empty()) {
             fMaps.push_back(std::move(fMap));
         } else if (fDeviceLine != 0 && !fHasControls) {
-            fProblems->push_back({fDeviceLine, "no control follows this device"});
+            fProblems->push_back({fDeviceLine, "this device has no controls"});
         }
         fMap = {};
         fLines.clear();

@@ -69,7 +69,7 @@ TEST(ActionPlan, Slots_BecomeSteps) {
         const char *plan;
     } rows[] = {
         {Slot(7), "ring mode"},
-        {Slot(34), "nothing: the companion takes no menu commands"},
+        {Slot(34), "nothing: the companion does not accept menu commands"},
         {Slot(37, 0, kShiftModifier, 9), "scroll 2 "},
         {Slot(41), "CTRL+MINUS"},
         {Slot(50), "nothing: "},

@@ -13,8 +13,8 @@ TEST(DeviceMap, LinesThatMakeNoSense_AreToldAndLeftOut) {
     static const struct {
         const char *line, *problem;
     } kRows[] = {
-        {"ringx axis=ABS_X", R"(there is no control "ringx")"},
-        {"ringXYRest key=BTN_1", R"(there is no control "ringXYRest")"},
+        {"ringx axis=ABS_X", R"(unknown control "ringx")"},
+        {"ringXYRest key=BTN_1", R"(unknown control "ringXYRest")"},
         {"ringX axis=ABS_FOO", R"(axis must be an axis such as ABS_X, not "ABS_FOO")"},
         {"ringX axis=REL_X", R"(axis must be an axis such as ABS_X, not "REL_X")"},
         {"buttonV key=ABS_X", R"(key must be a key or button such as KEY_F13 or BTN_0, not "ABS_X")"},
@@ -25,14 +25,14 @@ TEST(DeviceMap, LinesThatMakeNoSense_AreToldAndLeftOut) {
         {"tuner dial=REL_DIAL wraps=256",
          "wraps is for a counter such as ABS_WHEEL: REL_DIAL tells how far it was turned"},
         {"tuner dial=REL_DIAL rest=150", "rest is for the ring: the tuner has none"},
-        {"ringX axis=ABS_X colour=red", R"(there is no field "colour")"},
+        {"ringX axis=ABS_X colour=red", R"(unknown field "colour")"},
         {"ringX axis=ABS_X axis=ABS_Y", "axis is given twice"},
         {"ringX axis", R"("axis" needs a value: axis=...)"},
-        {"axis=ABS_X", R"(a line begins with "device" or a control, not with "axis"=)"},
+        {"axis=ABS_X", R"(a line starts with "device" or a control, not with "axis"=)"},
         {"ringX axis=\"ABS_X", "the quote of axis is not closed"},
         {"buttonV key=BTN_0", "BTN_0 has a control already, in line 2"},
         {"device", "a device needs vendor=, product= or name="},
-        {"device name=x", "no control follows this device"},
+        {"device name=x", "this device has no controls"},
     };
     for (const auto &row : kRows) {
         std::vector<MapProblem> problems;
@@ -46,7 +46,7 @@ TEST(DeviceMap, LinesThatMakeNoSense_AreToldAndLeftOut) {
     std::vector<MapProblem> problems;
     EXPECT_TRUE(ParseDeviceMaps("ringX axis=ABS_X", &problems).empty());
     ASSERT_EQ(problems.size(), 1U);
-    EXPECT_EQ(problems.front().text, "a line that begins with \"device\" must stand before this");
+    EXPECT_EQ(problems.front().text, "a \"device\" line must come before this");
 }
 
 TEST(DeviceMap, AllWordsOfADeviceMustFit) {
