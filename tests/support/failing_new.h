@@ -1,4 +1,4 @@
-// Replaces a whole program's `new`, so that it can fail. To be included by one source of a test program.
+// Replaces a program's `new`, so that it can fail. Include it in one source of a test program.
 #pragma once
 
 #include <cstdlib>
@@ -6,7 +6,7 @@
 
 namespace drevix::test {
 
-// The n-th `new` from now on fails, once; 0 for none.
+// The n-th `new` from now on fails once; 0: none.
 inline int gNewFailsIn = 0;
 
 } // namespace drevix::test
@@ -19,7 +19,7 @@ void *operator new(std::size_t size) {
     }
     return memory;
 }
-// Not inlined: the compiler would else see malloc's memory freed where it knows only of a `new`.
+// Not inlined, or the compiler would warn that memory from malloc is freed after a `new`.
 [[gnu::noinline]] void operator delete(void *memory) noexcept {
     std::free(memory);
 }

@@ -1,4 +1,4 @@
-// Faults for tests, installed through the same interfaces as the real allocator and the real disk.
+// Faults for tests, injected through the interfaces of the allocator and the disk.
 #pragma once
 
 #include "platform/base/block.h"
@@ -13,8 +13,7 @@ namespace drevix::test {
 // How long a fault lasts.
 enum class Lasts { Once, ForEver };
 
-// Counts the calls of an interface: the n-th (from 1) fails, and later ones too when the fault lasts for
-// ever.
+// Counts the calls of an interface: the n-th (from 1) fails, and with Lasts::ForEver all later ones.
 class Fault {
   public:
     [[nodiscard]] bool WasHit() const { return fCalls >= fFailAt; }
@@ -34,7 +33,7 @@ class Fault {
     int fCalls = 0;
 };
 
-// Makes a block allocation fail while it lives.
+// Makes a block allocation fail, until destruction.
 class FaultyAllocator : public BlockAllocator, public Fault {
   public:
     FaultyAllocator(int failAt, Lasts lasts) : Fault(failAt, lasts), fBefore(SetBlockAllocator(this)) {}
@@ -48,16 +47,16 @@ class FaultyAllocator : public BlockAllocator, public Fault {
     BlockAllocator *fBefore;
 };
 
-// The real disk, with a call that reads, writes or changes something failing while it lives. A failing
-// transfer moves half of its bytes first when `error` is 0 (a short transfer, followed by an error if it
-// lasts).
+// The real disk with one failing call that reads, writes or changes something, until destruction. If `error`
+// is 0, the failing transfer first moves half of its bytes (a short transfer, followed by an error if the
+// fault lasts).
 class FaultyDisk : public Disk, public Fault {
   public:
     // `error` is the errno to report, such as ENOSPC.
     FaultyDisk(int failAt, Lasts lasts, int error)
         : Fault(failAt, lasts), fError(error), fBefore(SetDisk(this)) {}
     ~FaultyDisk() override { SetDisk(fBefore); }
-    // Called instead of failing, when set; for a process that is to die at its n-th call.
+    // If set, called instead of failing; for a process that must die at its n-th call.
     std::function<void()> onFault;
     // Called, when set, after half of the bytes of the transfer that meets the fault have been moved.
     std::function<void()> onHalf;
@@ -105,17 +104,16 @@ class FaultyDisk : public Disk, public Fault {
 
   private:
     bool Fails();
-    // Whether a transfer moves anything; the count of a short one is halved.
+    // Whether a transfer moves anything; halves the count of a short one.
     bool Moves(std::size_t *count);
 
     int fError;
     Disk *fBefore;
 };
 
-inline constexpr int kNoFault = 1'000'000; // a step that no test comes to
+inline constexpr int kNoFault = 1'000'000; // a step that no test reaches
 
-// Runs `work` with one fault of the disk, or of the memory for an `error` of ENOMEM. Tells whether it was
-// met.
+// Runs `work` with one disk fault, or a memory fault for ENOMEM. Returns whether it was hit.
 template <class Work>
 bool MeetsFault(int failAt, Lasts lasts, int error, const Work &work) {
     const bool ofMemory = error == ENOMEM;
@@ -125,7 +123,7 @@ bool MeetsFault(int failAt, Lasts lasts, int error, const Work &work) {
     return memory.WasHit() || disk.WasHit();
 }
 
-// Calls `run(failAt, lasts)`, which tells whether it met the fault, with 1, 2, ... until it does not. Fewer
+// Calls `run(failAt, lasts)`, which returns whether it hit the fault, with 1, 2, ... until it does not. Fewer
 // than `least` faults fail the running test.
 void ForEachFault(int least, const std::function<bool(int failAt, Lasts lasts)> &run,
                   std::initializer_list<Lasts> lengths = {Lasts::Once, Lasts::ForEver});

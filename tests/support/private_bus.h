@@ -1,4 +1,4 @@
-// A session bus of a test's own, and other processes on it.
+// A private session bus for a test, and other processes on it.
 #pragma once
 
 #include "tests/support/scratch.h"
@@ -9,8 +9,8 @@
 
 namespace drevix::test {
 
-// A process that is killed at destruction, started with $DBUS_SESSION_BUS_ADDRESS as it is. Its constructor
-// returns when it has written its first line.
+// A process, started with the current $DBUS_SESSION_BUS_ADDRESS and killed at destruction. The constructor
+// returns once it has written its first line.
 class TestProcess {
   public:
     explicit TestProcess(const std::vector<std::string> &command);
@@ -20,7 +20,7 @@ class TestProcess {
 
     [[nodiscard]] pid_t Id() const { return fId; }
     void Signal(int number) const;
-    // What it has written since its first line, as far as that has come.
+    // What it has written after its first line so far.
     [[nodiscard]] std::string Output();
 
   private:
@@ -29,7 +29,7 @@ class TestProcess {
     std::string fText;
 };
 
-// Runs a dbus-daemon, to which $DBUS_SESSION_BUS_ADDRESS leads while it lives.
+// Runs a dbus-daemon with $DBUS_SESSION_BUS_ADDRESS set to it, until destruction.
 class PrivateBus {
   public:
     explicit PrivateBus(const std::string &folder);

@@ -1,4 +1,4 @@
-// A folder of a test's own, with the preferences folder inside it.
+// A scratch folder for a test, containing the preferences folder.
 #pragma once
 
 #include <string>
@@ -7,7 +7,7 @@
 
 namespace drevix::test {
 
-// An environment variable that has another value while this lives.
+// Sets an environment variable until destruction.
 class ScopedVariable {
   public:
     ScopedVariable(const char *name, const std::string &value);
@@ -20,8 +20,8 @@ class ScopedVariable {
     std::string fBefore;
 };
 
-// Makes an empty folder, removed with all that is in it at destruction. While it lives, $XDG_CONFIG_HOME,
-// $XDG_STATE_HOME and $HOME point into it, so that nothing of the user's is read or written.
+// Creates an empty folder, removed with its contents at destruction. Until then $XDG_CONFIG_HOME,
+// $XDG_STATE_HOME and $HOME point into it, so that no user file is read or written.
 class ScratchFolder {
   public:
     ScratchFolder();
@@ -41,13 +41,13 @@ class ScratchFolder {
     ScopedVariable fHome;
 };
 
-// A whole file, and writing one; a failure fails the running test.
+// Read and write a whole file; a failure fails the running test.
 std::string ReadWhole(const std::string &path);
 void WriteWhole(const std::string &path, std::string_view bytes);
-// The first block of a page that is fenced as of this kind ("```xml"), without the fences.
+// The first fenced block of this kind ("```xml") in a page, without the fences.
 std::string FencedBlock(const std::string &path, const std::string &kind);
 
-// The bytes of a text of hexadecimal digits; blanks and line ends are skipped.
+// The bytes for hexadecimal digits; ignores blanks and line ends.
 std::string FromHex(std::string_view digits);
 
 } // namespace drevix::test
