@@ -1,4 +1,4 @@
-# bash completion for drevixctl. The program itself says what may stand where; this asks it and quotes the answer.
+# bash completion for drevixctl. The program computes the completions; this asks it and quotes the answer.
 
 _drevixctl() {
     local cur prev words cword split

@@ -31,7 +31,7 @@ OSErr StatusOfPath(const std::string &path, struct stat *status) {
     return CurrentDisk().StatusAt(path.c_str(), status) == 0 ? noErr : LastError();
 }
 
-// The status for a missing folder when looking something up in it.
+// nsvErr for an unknown volume, dirNFErr for an unknown folder, else noErr.
 OSErr FolderStatus(std::int16_t volume, std::int32_t folder) {
     return RootOfVolume(volume).empty() ? nsvErr : FolderPath(volume, folder).empty() ? dirNFErr : noErr;
 }

@@ -57,7 +57,7 @@ OSErr ReadAll(FileRef file, std::size_t most, std::string *bytes) try {
     auto count = static_cast<std::int32_t>(read.size());
     const OSErr status = FSRead(file, &count, read.data());
     if (status != eofErr) {
-        return status == noErr ? fBsyErr : status; // the size has changed
+        return status == noErr ? fBsyErr : status; // it has grown
     }
     read.resize(static_cast<std::size_t>(count));
     *bytes = std::move(read);

@@ -10,7 +10,7 @@
 namespace drevix {
 
 // Reads a regular file of at most `most` bytes. noErr; -1 if it is longer or not a regular file (does not
-// block on a pipe); fBsyErr if its size changed meanwhile; memFullErr; or the file's error.
+// block on a pipe); fBsyErr if it grew meanwhile; memFullErr; or the file's error.
 [[nodiscard]] OSErr ReadSharedFile(const std::string &path, std::size_t most, std::string *bytes);
 
 // Writes the bytes to the file itself, so that its links, owner and mode stay, or makes it. Before the first byte its

@@ -10,7 +10,7 @@ import subprocess
 import tempfile
 import time
 
-SHIFT, LOCK, CONTROL, ALT, SUPER, ALT_GR = 1, 2, 4, 8, 64, 128  # the modifiers that every XKB keymap has at the same places
+SHIFT, LOCK, CONTROL, ALT, SUPER, ALT_GR = 1, 2, 4, 8, 64, 128  # the modifiers at the same bits in every XKB keymap
 MODIFIER_KEYS = {SHIFT: 42, CONTROL: 29, ALT: 56, SUPER: 125, ALT_GR: 100}  # by their evdev codes
 CAPS_LOCK_KEY = 58
 LEFT_BUTTON = 0x110
@@ -42,7 +42,7 @@ def start_compositor(run_folder, configuration, log_path):
 
 
 class Connection:
-    """Requests out, events in. An event calls what `on` has for its object and number, with its arguments."""
+    """Requests out, events in. An event calls the handler that `on` has for its object and number."""
 
     def __init__(self, path):
         self.socket = socket.socket(socket.AF_UNIX)
@@ -89,7 +89,7 @@ class Connection:
         self.socket.sendmsg([message], rights)
 
     def sync(self):
-        """Waits until the compositor has done what it was asked."""
+        """Waits until the compositor has handled all requests."""
         done = []
         callback = self.make(1, 0)  # wl_display.sync
         self.on(callback, 0, "u", done.append)
@@ -103,7 +103,7 @@ class Connection:
             self.listen(0.02)
 
     def listen(self, seconds):
-        """Takes in the events that come within the time."""
+        """Handles the events that arrive within the time."""
         if not select.select([self.socket], [], [], seconds)[0]:
             return
         data, files, _, _ = socket.recv_fds(self.socket, 65536, 16)
@@ -141,7 +141,7 @@ def memory_file(data):
 
 
 class Hands:
-    """A keyboard with a keymap of the caller's, and a mouse."""
+    """A keyboard with the caller's keymap, and a mouse."""
 
     def __init__(self, connection, size):
         self.connection, self.size = connection, size
@@ -155,12 +155,12 @@ class Hands:
         self.group = self.locked = 0
 
     def use_layouts(self, symbols):
-        """The keys as XKB's symbol files have them, such as pc+us; keys keep the codes of a real keyboard."""
+        """Keys from XKB's symbol files, such as pc+us, with the codes of a real keyboard."""
         parts = {"keycodes": "evdev+aliases(qwerty)", "types": "complete", "compat": "complete", "symbols": symbols + "+inet(evdev)"}
         self._use_keymap("".join(f'xkb_{part} {{ include "{name}" }};' for part, name in parts.items()))
 
     def use_letter(self, letter, code):
-        """One key that types a letter, with a code that some other key has on a real keyboard."""
+        """One key that types a letter, with another key's code on a real keyboard."""
         self._use_keymap(f"xkb_keycodes {{ minimum = 8; maximum = 255; <KEY> = {code + 8}; }};"
                          'xkb_types { include "complete" }; xkb_compat { include "complete" };'
                          f"xkb_symbols {{ key <KEY> {{ [ {letter} ] }}; }};")
@@ -220,7 +220,7 @@ class Hands:
 
 
 class DragWindow:
-    """A window that a file is dragged from as soon as a button is pressed in it, when it has a `uri`."""
+    """A window. If it has a `uri`, pressing a button in it starts dragging that file."""
 
     def __init__(self, connection, seat, name, side):
         self.connection, self.seat, self.uri = connection, seat, None
@@ -270,7 +270,7 @@ class DragWindow:
             pipe.write(self.uri.encode() + b"\r\n")
 
     def activation_token(self):
-        """What a launcher gives a program that it starts for a click in this window."""
+        """The activation token that a launcher gives a program started by a click in this window."""
         token = self.connection.make(self.connection.bind("xdg_activation_v1", 1), 1)
         given = []
         self.connection.on(token, 0, "s", given.append)
