@@ -231,7 +231,7 @@ TEST_F(DamagedFile, Check_SaysWhatIsWrongInWords) {
         bytes.replace(global + (isGlobal ? sizeof(AppPrefs) + 10 : 0), 4, signature);
         WriteWhole(Path(), bytes);
         EXPECT_THAT(Do("check " + Path()),
-                    HasSubstr(isGlobal ? "record 1 is a second global record; the first, record 0, is the one"
+                    HasSubstr(isGlobal ? "record 1 is a second global record; the first, record 0, is used"
                                        : "there is no global record; the factory's is used"));
     }
     std::string odd = fWhole;
