@@ -14,6 +14,7 @@ constexpr auto kOptions = std::to_array<OptionInfo>({
     {"--all",     "",     kAllOption,     "every record",                                      &Line::all, nullptr},
     {"--replace", "",     kReplaceOption, "replace existing records",              &Line::replace, nullptr},
     {"--repeat",  "TICKS", kRepeatOption, "repeat every TICKS/60 second while held; 0: once", nullptr, &Line::repeat},
+    {"--raw",     "",     kRawOption,     "what devices send, whether they have a map or not",  &Line::raw, nullptr},
     {"--to",      "FILE", kToOption,      "the file to write; it must not exist yet",           nullptr, &Line::to},
     {"--json",    "",     0,              "print JSON for other programs to read",             &Line::json, nullptr},
     {"--prefs",   "FILE", 0,              "use this settings file instead of your own",  nullptr, &Line::prefs},

@@ -19,6 +19,7 @@ inline constexpr OptionSet kAllOption = 0x02;
 inline constexpr OptionSet kReplaceOption = 0x04;
 inline constexpr OptionSet kToOption = 0x08;
 inline constexpr OptionSet kRepeatOption = 0x10;
+inline constexpr OptionSet kRawOption = 0x20;
 
 // A command line: options, which may appear anywhere before "--", and the other words in order.
 struct CommandLine {
@@ -29,6 +30,7 @@ struct CommandLine {
     bool version = false;
     bool all = false;
     bool replace = false;
+    bool raw = false;
     std::optional<std::string> prefs; // the settings file; nullopt: the user's
     std::optional<std::string> app;   // a record, as for Session::Find; nullopt: the global record
     std::optional<std::string> to;

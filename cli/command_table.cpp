@@ -105,8 +105,9 @@ constexpr auto kCommands = std::to_array<Command>({
      1, 2, 0, 0, {Control, None}, TurnControl},
     {"watch", "", "show what the controls do",
      "Shows each action, a line each, until the device helper ends or you press\n"
-     "ctrl+c.\n",
-     0, 0, 0, 0, {None, None}, WatchControls},
+     "ctrl+c. With --raw, shows what each device sends that you may read, in the words\n"
+     "of a map; one that the device helper has taken shows nothing while it runs.\n",
+     0, 0, kRawOption, 0, {None, None}, WatchControls},
     {"front", "", "show which window is in front",
      "Shows what the device helper knows of the window in front, whose settings are in\n"
      "force there, and whether the desktop can be reached.\n",

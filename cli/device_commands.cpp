@@ -1,6 +1,7 @@
 // The commands for the device and its maps: press, hold, release, turn, watch, front, maps.
 
 #include "cli/commands.h"
+#include "cli/raw_watch.h"
 #include "cli/text_table.h"
 #include "device/control_state.h"
 #include "device/device_map.h"
@@ -66,6 +67,9 @@ Outcome TurnControl(const Request &request) {
 }
 
 Outcome WatchControls(const Request &request) {
+    if (request.line.raw) {
+        return WatchRawEvents(request.Out());
+    }
     DeviceClient client;
     if (Outcome outcome = Connect(&client); !outcome.IsDone()) {
         return outcome;
