@@ -189,8 +189,8 @@ QSize DevicePicture::sizeHint() const {
 }
 
 QSize DevicePicture::minimumSizeHint() const {
-    const int side = 11 * fontMetrics().height();
-    return {side, side};
+    const QSizeF least = MinimumStage(EmOf(font()));
+    return {static_cast<int>(std::ceil(least.width())), static_cast<int>(std::ceil(least.height()))};
 }
 
 ControlState DevicePicture::StateOf(int index) const {

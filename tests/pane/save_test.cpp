@@ -178,7 +178,7 @@ TEST_F(Saving, FailedSave_CanBeTriedAgainAndClosingAsks) {
         EXPECT_EQ(std::filesystem::exists(fFolder.Path("all.veltrana")), row.exports);
         std::filesystem::remove(fFolder.Path("all.veltrana"));
         if (!row.closes) {
-            QTest::keyClick(fWindow.get(), Qt::Key_S, Qt::ControlModifier);
+            Click("uiPaneButtonSave");
             EXPECT_TRUE(IsSaved() && SaveOffer().isEmpty() && fProblem.isEmpty()) << fProblem;
         }
         EXPECT_TRUE(fPane->mayClose()) << "there is nothing to ask, or no panel to leave";
