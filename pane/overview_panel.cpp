@@ -140,12 +140,12 @@ void OverviewPanel::Copy() {
     for (const SheetContents &sheet : fSheets) {
         text += SheetText(sheet) + QLatin1Char('\n');
     }
-    auto *const data = new QMimeData;
-    data->setText(text);
+    auto *const copied = new QMimeData;
+    copied->setText(text);
     if (fSheets.size() == 1) {
-        data->setImageData(ImageOf(fSheets.front()));
+        copied->setImageData(ImageOf(fSheets.front()));
     }
-    QGuiApplication::clipboard()->setMimeData(data);
+    QGuiApplication::clipboard()->setMimeData(copied);
 }
 
 } // namespace drevix
