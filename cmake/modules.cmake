@@ -66,11 +66,16 @@ function(drevix_check_headers name)
     endif()
 endfunction()
 
-# drevix_test(FOLDER [OPTIMIZED] [LIBRARIES ...]): the test program of every *_test.cpp in the calling folder, with the tests
+# drevix_test(FOLDER [OPTIMIZED] [SERIAL] [LIBRARIES ...]): the test program of every *_test.cpp in the calling folder, with the tests
 # of that folder's library. All of them are built: a test file cannot be forgotten. Where DREVIX_UNIT_TESTS is off only those
-# with OPTIMIZED are built and run: they have tests that the sanitizers' own memory or time would disturb.
+# with OPTIMIZED are built and run: they have tests that the sanitizers' own memory or time
+# would disturb. Those with SERIAL run alone, and not under the sanitizers.
 function(drevix_test folder)
-    cmake_parse_arguments(arg "OPTIMIZED" "" "LIBRARIES" ${ARGN})
+    cmake_parse_arguments(arg "OPTIMIZED;SERIAL" "" "LIBRARIES" ${ARGN})
+    set(labels)
+    if(arg_SERIAL)
+        set(labels LABELS serial RUN_SERIAL ON)
+    endif()
     string(REPLACE "/" "_" name "${folder}")
     string(REPLACE "/" "." prefix "${folder}")
     file(GLOB sources CONFIGURE_DEPENDS "${CMAKE_CURRENT_SOURCE_DIR}/*.cpp")
@@ -87,6 +92,6 @@ function(drevix_test folder)
         set_target_properties(${name}_test PROPERTIES EXCLUDE_FROM_ALL ON)
         return()
     endif()
-    gtest_discover_tests(${name}_test TEST_PREFIX "${prefix}." DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 300
+    gtest_discover_tests(${name}_test TEST_PREFIX "${prefix}." DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 300 ${labels}
         ENVIRONMENT "ASAN_OPTIONS=allocator_may_return_null=1:detect_stack_use_after_return=1")
 endfunction()

@@ -129,13 +129,15 @@ OSErr Replace(const OpenedFile &opened, std::string_view bytes) {
 
 } // namespace
 
-OSErr ReadSharedFile(const std::string &path, std::size_t most, std::string *bytes) {
+OSErr ReadSharedFile(const std::string &path, std::size_t most, std::string *bytes) try {
     OpenedFile opened;
     const OSErr status = OpenRegular(path, fsRdPerm, &opened);
     return status == noErr ? ReadAll(opened.file.Get(), most, bytes) : status;
+} catch (const std::bad_alloc &) {
+    return memFullErr;
 }
 
-OSErr WriteSharedFile(const std::string &path, std::string_view bytes) {
+OSErr WriteSharedFile(const std::string &path, std::string_view bytes) try {
     OpenedFile opened;
     OSErr status = OpenRegular(path, fsRdWrPerm, &opened);
     if (status != fnfErr) {
@@ -156,6 +158,8 @@ OSErr WriteSharedFile(const std::string &path, std::string_view bytes) {
         CurrentDisk().Remove(path.c_str());
     }
     return status;
+} catch (const std::bad_alloc &) {
+    return memFullErr;
 }
 
 } // namespace drevix

@@ -131,7 +131,7 @@ TEST_F(Actions, GoByTheWindowInFront) {
         {"front:org.gimp.GIMP +18", "+29 +30", "keys ctrl+KEY_A"},
         {"-18", "-30 -29", "keys ctrl+KEY_A"},
         {"front:gimp 7", "+29 up*1 -29", "scroll up with ctrl"},
-        {"+20 -20", "", "nothing: the companion takes no menu commands"},
+        {"+20 -20", "", "nothing: the companion does not accept menu commands"},
         {"+17", "", "nothing: this desktop cannot"},
         {"+0 ~50 ~100 -0 ~200", "+30 -30 +30 -30", "keys KEY_A"},
         {"+16 -16 +0 -0", "up*1", "scroll up"}, // in the ring mode of the global record
