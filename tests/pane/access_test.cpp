@@ -153,7 +153,7 @@ TEST_F(Access, Picture_IsWorkedByMouseKeysAndAssistiveTechnology) {
     };
     auto *const group = QAccessible::queryAccessibleInterface(picture);
     ASSERT_EQ(group->childCount(), 15);
-    for (const QSize size : {QSize(900, 700), QSize(1700, 1100), QSize(700, 560)}) {
+    for (const QSize size : {QSize(900, 700), QSize(1700, 1100), QSize(800, 640)}) {
         fWindow->resize(size);
         for (int i = 0; i < 15; ++i) {
             click(i);
