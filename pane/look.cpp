@@ -48,8 +48,8 @@ QColor Blend(const QColor &from, const QColor &to, qreal share) {
 }
 
 bool IsHighContrast(const QPalette &palette) {
-    const auto [darker, lighter] = std::minmax({Luminance(palette.color(QPalette::Window)),
-                                                Luminance(palette.color(QPalette::WindowText))});
+    const auto [darker, lighter] = std::minmax(
+        {Luminance(palette.color(QPalette::Window)), Luminance(palette.color(QPalette::WindowText))});
     return (lighter + 0.05) / (darker + 0.05) > kHighContrast;
 }
 
