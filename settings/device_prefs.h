@@ -26,9 +26,12 @@ inline constexpr const char *kRefusedSuffix = ".refused";
 
 // The project's version as stamped into files, in the platform's format: major version in the first byte,
 // minor version and revision as one digit each in the second, release stage in the third (80: final).
+constexpr std::uint32_t StampOfVersion(std::uint32_t major, std::uint32_t minor, std::uint32_t patch) {
+    return major << 24 | minor << 20 | patch << 16 | 0x8000;
+}
 inline constexpr std::uint32_t kPanelVersion =
-    DREVIX_VERSION_MAJOR << 24 | DREVIX_VERSION_MINOR << 20 | DREVIX_VERSION_PATCH << 16 | 0x8000;
-static_assert(DREVIX_VERSION_MAJOR < 10 && DREVIX_VERSION_MINOR < 10 && DREVIX_VERSION_PATCH < 10);
+    StampOfVersion(DREVIX_VERSION_MAJOR, DREVIX_VERSION_MINOR, DREVIX_VERSION_PATCH);
+static_assert((kPanelVersion & 0xFF000000) <= 0x09000000);
 
 // Creates an empty base for settings records; null if out of memory.
 [[nodiscard]] QBaseOwner NewDrevixBase();
