@@ -63,13 +63,20 @@ QPoint ControlMap::FindAnchor(const QSvgRenderer &drawing, int index) const {
     for (int y = light.top(); y <= light.bottom(); ++y) {
         for (int x = light.left(); x <= light.right(); ++x) {
             const QPoint away = QPoint(x, y) - middle;
-            if (At({x, y}) == index && QPoint::dotProduct(away, away) < shortest) {
+            if (IsWellWithin({x, y}, index) && QPoint::dotProduct(away, away) < shortest) {
                 shortest = QPoint::dotProduct(away, away);
                 nearest = {x, y};
             }
         }
     }
     return nearest;
+}
+
+// A picture that is drawn smaller rounds a point to a pixel, which may be some units away.
+bool ControlMap::IsWellWithin(const QPoint &point, int index) const {
+    constexpr int kMargin = 2;
+    return At(point + QPoint(kMargin, kMargin)) == index && At(point - QPoint(kMargin, kMargin)) == index &&
+           At(point + QPoint(kMargin, -kMargin)) == index && At(point + QPoint(-kMargin, kMargin)) == index;
 }
 
 int ControlMap::At(const QPoint &point) const {

@@ -21,11 +21,12 @@ class ControlMap {
 
     // The control at a point of the drawing, -1 for none.
     [[nodiscard]] int At(const QPoint &point) const;
-    // A point in the middle of a control.
+    // A point in the middle of a control, away from its edges.
     [[nodiscard]] QPoint Anchor(int index) const { return fAnchors[static_cast<std::size_t>(index)]; }
 
   private:
     void DrawArea(QSvgRenderer &drawing, int index);
+    [[nodiscard]] bool IsWellWithin(const QPoint &point, int index) const;
     [[nodiscard]] QPoint FindAnchor(const QSvgRenderer &drawing, int index) const;
 
     std::vector<std::int8_t> fControls; // row by row
