@@ -85,13 +85,7 @@ bool TakeName(std::string_view text, ConnectedDevice *device) {
     return true;
 }
 
-struct Field {
-    std::string_view name;
-    std::string_view form; // what it must be, for people
-    bool (*take)(std::string_view text, ConnectedDevice *device);
-};
-
-constexpr auto kFields = std::to_array<Field>({
+constexpr auto kFields = std::to_array<Field<ConnectedDevice>>({
     {"version", "such as 1.05", TakeVersion},
     {"serial", "14 hexadecimal digits", TakeSerial},
     {"vendor", "a number up to 65535 or 0xFFFF", TakeVendor},
@@ -100,24 +94,6 @@ constexpr auto kFields = std::to_array<Field>({
     {"vendorName", "at most 127 bytes", TakeName<&ConnectedDevice::vendorName>},
     {"productName", "at most 127 bytes", TakeName<&ConnectedDevice::productName>},
 });
-
-// Takes the next "field=value" off the front of a line.
-bool TakeField(std::string_view *line, ConnectedDevice *device, std::string *problem) {
-    FieldWord word;
-    if (!TakeFieldWord(line, &word, problem)) {
-        return false;
-    }
-    const auto *field = std::ranges::find(kFields, word.name, &Field::name);
-    if (!word.value || field == kFields.end()) {
-        *problem = "unknown field " + QuotedWord(word.name);
-        return false;
-    }
-    if (!field->take(*word.value, device)) {
-        *problem = std::string(field->name) + " must be " + std::string(field->form);
-        return false;
-    }
-    return true;
-}
 
 } // namespace
 
@@ -128,7 +104,7 @@ bool AddDevice(std::string_view line, DeviceList *list, std::string *problem) {
     }
     ConnectedDevice device{};
     while (!rest.empty()) {
-        if (!TakeField(&rest, &device, problem)) {
+        if (!TakeField(kFields, &rest, &device, problem)) {
             return false;
         }
     }

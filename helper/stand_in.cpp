@@ -68,13 +68,7 @@ bool TakeAxis(std::string_view text, StandIn *standIn) {
     return true;
 }
 
-struct Field {
-    std::string_view name;
-    std::string_view form; // what it must be, for people
-    bool (*take)(std::string_view text, StandIn *standIn);
-};
-
-constexpr auto kFields = std::to_array<Field>({
+constexpr auto kFields = std::to_array<Field<StandIn>>({
     {"file", "the path of a pipe", TakeFile},
     {"name", "a text", TakeName},
     {"vendor", "a number up to 65535 or 0xFFFF", TakeNumber<&InputDescription::vendor>},
@@ -85,29 +79,12 @@ constexpr auto kFields = std::to_array<Field>({
     {"key", "such as BTN_0", TakeKey},
 });
 
-bool TakeField(std::string_view *line, StandIn *standIn, std::string *problem) {
-    FieldWord word;
-    if (!TakeFieldWord(line, &word, problem)) {
-        return false;
-    }
-    const auto *field = std::ranges::find(kFields, word.name, &Field::name);
-    if (!word.value || field == kFields.end()) {
-        *problem = "unknown field " + QuotedWord(word.name);
-        return false;
-    }
-    if (!field->take(*word.value, standIn)) {
-        *problem = std::string(field->name) + " must be " + std::string(field->form);
-        return false;
-    }
-    return true;
-}
-
 } // namespace
 
 bool ParseStandIn(std::string_view text, StandIn *standIn, std::string *problem) {
     StandIn found;
     for (std::string_view rest = TrimmedText(text); !rest.empty();) {
-        if (!TakeField(&rest, &found, problem)) {
+        if (!TakeField(kFields, &rest, &found, problem)) {
             return false;
         }
     }

@@ -2,6 +2,9 @@
 // in double quotes.
 #pragma once
 
+#include <algorithm>
+#include <array>
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -32,5 +35,34 @@ struct FieldWord {
 // else.
 [[nodiscard]] std::optional<std::int64_t> FieldNumber(std::string_view text, std::int64_t least,
                                                       std::int64_t most);
+
+// A field of a line "FIELD=VALUE ...", by its name.
+template <class Object>
+struct Field {
+    std::string_view name;
+    std::string_view form; // what its value must be, for people
+    bool (*take)(std::string_view text, Object *object);
+};
+
+// Takes the next field off the front of a trimmed line that is not empty and stores its value in the object. False,
+// with the reason in *problem, for a field that is none of the rows or a value that its row does not take.
+template <class Object, std::size_t kRows>
+[[nodiscard]] bool TakeField(const std::array<Field<Object>, kRows> &rows, std::string_view *line,
+                             Object *object, std::string *problem) {
+    FieldWord word;
+    if (!TakeFieldWord(line, &word, problem)) {
+        return false;
+    }
+    const auto row = std::ranges::find(rows, word.name, &Field<Object>::name);
+    if (!word.value || row == rows.end()) {
+        *problem = "unknown field " + QuotedWord(word.name);
+        return false;
+    }
+    if (!row->take(*word.value, object)) {
+        *problem = std::string(row->name) + " must be " + std::string(row->form);
+        return false;
+    }
+    return true;
+}
 
 } // namespace drevix
