@@ -8,6 +8,7 @@
 #include <QPainterPath>
 
 #include <algorithm>
+#include <utility>
 
 namespace drevix {
 namespace {
@@ -37,8 +38,8 @@ qreal WidestName(const QFont &font, const QStringList &names) {
     return widest;
 }
 
-CalloutPainter::CalloutPainter(const QFont &font, const QPalette &palette, CalloutForm form)
-    : fNameFont(ScaledFont(font, kNameSize)), fActionFont(font), fPalette(palette), fForm(form),
+CalloutPainter::CalloutPainter(const QFont &font, QPalette palette, CalloutForm form)
+    : fNameFont(ScaledFont(font, kNameSize)), fActionFont(font), fPalette(std::move(palette)), fForm(form),
       fUnit(UnitOf(EmOf(font))) {}
 
 void CalloutPainter::PaintLeader(QPainter &painter, const Callout &callout, const ControlState &state) const {

@@ -34,7 +34,7 @@ struct ControlState {
 
 class CalloutPainter {
   public:
-    CalloutPainter(const QFont &font, const QPalette &palette, CalloutForm form);
+    CalloutPainter(const QFont &font, QPalette palette, CalloutForm form);
 
     void PaintLeader(QPainter &painter, const Callout &callout, const ControlState &state) const;
     void PaintCallout(QPainter &painter, const Callout &callout, const ControlText &text,

@@ -50,7 +50,7 @@ QPalette PaperPalette() {
 
 QPageSize PageOfLocale() {
     const bool isLetter = QLocale().measurementSystem() == QLocale::ImperialUSSystem;
-    return QPageSize(isLetter ? QPageSize::Letter : QPageSize::A4);
+    return {isLetter ? QPageSize::Letter : QPageSize::A4};
 }
 
 void PaintHead(QPainter &painter, const QSizeF &size, const SheetContents &sheet) {

@@ -14,7 +14,7 @@ constexpr const char *kBusName = "org.freedesktop.DBus";
 constexpr const char *kBusObject = "/org/freedesktop/DBus";
 
 struct ErrorOwner {
-    sd_bus_error error = SD_BUS_ERROR_NULL;
+    sd_bus_error error{}; // holds nothing
     ErrorOwner() = default;
     ErrorOwner(const ErrorOwner &) = delete;
     ErrorOwner &operator=(const ErrorOwner &) = delete;
