@@ -148,7 +148,26 @@ FrontWindow ActingHelper::FrontNow() const {
 }
 
 void ActingHelper::TakeControl(ControlSource source, const ControlEvent &event) {
+    TellPressed(source, event);
     fActions.Take(source, event, Clock::now());
+}
+
+// Watchers see a control that is down as long as one source holds it.
+void ActingHelper::TellPressed(ControlSource source, const ControlEvent &event) {
+    const ControlSlot *control = FindControlSlot(event.slot);
+    if (control == nullptr || event.phase == ControlPhase::Step) {
+        return;
+    }
+    const bool isDown = event.phase == ControlPhase::Down;
+    std::erase(fDown, std::pair(event.slot, source));
+    if (isDown) {
+        fDown.emplace_back(event.slot, source);
+    }
+    const bool isHeld =
+        std::ranges::any_of(fDown, [&](const auto &down) { return down.first == event.slot; });
+    if (fBus && isHeld == isDown) {
+        fBus->TellPressed(std::string(control->key), isDown);
+    }
 }
 
 void ActingHelper::TakeTold(SlotIndex slot, const std::string &what, int times) {

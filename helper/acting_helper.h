@@ -20,6 +20,7 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace drevix {
@@ -58,6 +59,7 @@ class ActingHelper {
     void TakeDesktop();
     void LoseDesktop();
     void TakeControl(ControlSource source, const ControlEvent &event);
+    void TellPressed(ControlSource source, const ControlEvent &event);
     void TakeTold(SlotIndex slot, const std::string &what, int times);
     void ComplainOnce(const std::string &problem);
     [[nodiscard]] FrontWindow FrontNow() const;
@@ -89,6 +91,7 @@ class ActingHelper {
     std::optional<FrontWindow> fReported; // by a program that knows better than the desktop tells
     std::set<std::string> fComplaints;    // that were told
     std::string fLastTold;                // what the last control did
+    std::vector<std::pair<SlotIndex, ControlSource>> fDown;
 };
 
 } // namespace drevix

@@ -1,6 +1,7 @@
 #include "helper/control_actions.h"
 
 #include "helper/step_text.h"
+#include "helperlink/acted_texts.h"
 
 #include <utility>
 
@@ -13,11 +14,11 @@ ControlActions::ControlActions(FrontSettings &settings, ActionSender &sender, La
 void ControlActions::Take(ControlSource source, const ControlEvent &event, SteadyTime now) {
     const bool isUp = event.phase == ControlPhase::Up;
     if (fIsQuiet && !isUp) {
-        fTold(event.slot, "nothing: the settings panel is in front", event.times);
+        fTold(event.slot, StepText(DoNothing{kPanelIsInFront}), event.times);
         return;
     }
     if (!fSettings.InForce().AreActive() && !isUp) {
-        fTold(event.slot, "nothing: the device is switched off here", event.times);
+        fTold(event.slot, StepText(DoNothing{kIsSwitchedOff}), event.times);
         return;
     }
     const ActionPlan plan = isUp ? ActionPlan{} : PlanFor(event.slot);
@@ -87,7 +88,7 @@ ActionPlan ControlActions::PlanFor(SlotIndex slot) {
     }
     ActionPlan plan = PlanAction(*action, *fLayout, fFront);
     if (fIsLocked && !plan.worksLocked) {
-        plan = {DoNothing{"the session is locked"}};
+        plan = {DoNothing{kIsLocked}};
     }
     return plan;
 }

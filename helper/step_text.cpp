@@ -1,5 +1,6 @@
 #include "helper/step_text.h"
 
+#include "helperlink/acted_texts.h"
 #include "keyboard/key_names.h"
 #include "platform/base/plain_text.h"
 #include "platform/input/input_codes.h"
@@ -35,7 +36,7 @@ std::string NameOf(const Names &names, Value value) {
 
 struct TextMaker {
     std::string operator()(const DoNothing &step) const {
-        return step.reason.empty() ? "nothing" : "nothing: " + std::string(step.reason);
+        return step.reason.empty() ? "nothing" : std::string(kNothingBecause) + std::string(step.reason);
     }
     std::string operator()(const SendKeys &step) const { return "keys " + ChordText(step.chord); }
     std::string operator()(const SendScroll &step) const {

@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <array>
+#include <utility>
 
 namespace drevix {
 namespace {
@@ -66,6 +67,7 @@ QList<QCommandLineOption> PictureOptions() {
         option("app", Host::tr("Show the settings of the application APP."), "APP"),
         option("page", Host::tr("Show page N, from 0."), "N"),
         option("control", Host::tr("Show the control KEY, such as buttonII."), "KEY"),
+        option("pressed", Host::tr("Show the control KEY as pressed on the device."), "KEY"),
         option("size", Host::tr("Make the picture's window this large."), "WIDTHxHEIGHT"),
         option("scale", Host::tr("Draw FACTOR times as large."), "FACTOR"),
         QCommandLineOption(QStringLiteral("dark"), Host::tr("Draw light text on dark ground.")),
@@ -77,6 +79,7 @@ PictureRequest ReadPictureRequest(const QCommandLineParser &options, QString *pr
     request.file = options.value(QStringLiteral("picture"));
     request.app = options.value(QStringLiteral("app"));
     request.control = options.value(QStringLiteral("control"));
+    request.pressed = options.value(QStringLiteral("pressed"));
     request.isDark = options.isSet(QStringLiteral("dark"));
     if (options.isSet(QStringLiteral("page"))) {
         bool isNumber = false;
@@ -122,9 +125,14 @@ bool ShowRequested(PreferencePane &panel, const PictureRequest &request, QString
         *problem = Host::tr("There is no page %1.").arg(*request.page);
         return false;
     }
-    if (!request.control.isEmpty() && !panel.showControl(request.control)) {
-        *problem = Host::tr("There is no control \"%1\".").arg(request.control);
-        return false;
+    using Show = bool (PreferencePane::*)(const QString &key);
+    for (const auto &[key, show] :
+         {std::pair<const QString &, Show>{request.control, &PreferencePane::showControl},
+          {request.pressed, &PreferencePane::showPressed}}) {
+        if (!key.isEmpty() && !(panel.*show)(key)) {
+            *problem = Host::tr("There is no control \"%1\".").arg(key);
+            return false;
+        }
     }
     return true;
 }

@@ -16,6 +16,7 @@ struct PictureRequest {
     QString file;    // PNG
     QString app;     // a record's application file name; empty: the global record
     QString control; // a control's key; empty: the page's first
+    QString pressed; // a control's key; empty: none
     std::optional<int> page;
     std::optional<QSize> size; // of the window, in device-independent pixels
     bool isDark = false;       // light text on dark ground, whatever the desktop has

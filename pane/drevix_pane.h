@@ -53,6 +53,7 @@ struct RecordTrace {
 };
 
 class FindPanel;
+class LiveView;
 struct SearchEntry;
 struct TypedKeystroke;
 
@@ -78,6 +79,7 @@ class DrevixPane : public QObject,
     bool showRecord(const QString &appFileName) override;
     bool showPage(int page) override;
     bool showControl(const QString &key) override;
+    bool showPressed(const QString &key) override;
     void openFile(const QString &path) override;
 
     // KeystrokeReceiver
@@ -230,6 +232,11 @@ class DrevixPane : public QObject,
     void actInfoButtonMainURL();
     void actInfoButtonSupportURL();
 
+    // The device as it is used (pane_live.cpp)
+    void BuildLiveView();
+    void actControlTouched(SlotIndex slot);
+    void TellOfDevice(const QString &line);
+
     // The item to open (pane_items.cpp)
     void BuildItemControls();
     void actSettingsButtonChooseItem();
@@ -261,7 +268,10 @@ class DrevixPane : public QObject,
 
     QPointer<QWidget> fMainView;     // made by mainView; its owner is the host
     FindPanel *fFindPanel = nullptr; // made when it is first asked for; belongs to the main view
+    LiveView *fLiveView = nullptr;   // belongs to the main view
     ProblemHandler fProblemHandler;
+    QString fTold;       // what was told last; empty when all is well
+    QString fDeviceLine; // the same, where it is about what a control did
     bool fIsSelected = false;
     bool fIsDrawnOnly = false;
     bool fIsHostActive = true; // while selected: edits wait for Apply

@@ -7,6 +7,7 @@
 #include "keyboard/qt/keystroke_capture.h"
 #include "keyboard/qt/layout_of_windows.h"
 #include "pane/editor_tables.h"
+#include "pane/live_view.h"
 #include "pane/pane_text.h"
 #include "pane/qt_event_loop.h"
 #include "platform/base/status.h"
@@ -64,6 +65,7 @@ QWidget *DrevixPane::mainView() {
         BuildMenus();
         BuildKeystrokeControls();
         BuildDeviceControls();
+        BuildLiveView();
         BuildItemControls();
         BuildControlMenu();
         BuildShortcuts();
@@ -85,6 +87,7 @@ void DrevixPane::Report(OSErr status, const QString &doing) {
 
 void DrevixPane::Tell(const QString &problem) {
     fIsConflictShown = false;
+    fTold = problem;
     if (!problem.isEmpty()) {
         qCWarning(gPaneLog).noquote() << problem;
     }
@@ -123,6 +126,7 @@ void DrevixPane::didSelect() {
         SwapNSAppMethods();
         InstallAppleEventHandlers(&fDeviceList);
         fDeviceCheckTimer.start();
+        fLiveView->Begin(fIsHostActive);
         connect(qGuiApp, &QGuiApplication::applicationStateChanged, this,
                 &DrevixPane::applicationStateChanged);
     }
@@ -132,6 +136,7 @@ void DrevixPane::willUnselect() {
     if (fIsSelected) {
         fIsSelected = false;
         fDeviceCheckTimer.stop();
+        fLiveView->End();
         RemoveAppleEventHandlers();
         SwapNSAppMethods();
         disconnect(qGuiApp, nullptr, this, nullptr);
@@ -141,6 +146,7 @@ void DrevixPane::willUnselect() {
 
 void DrevixPane::applicationStateChanged(Qt::ApplicationState state) {
     fIsHostActive = state == Qt::ApplicationActive;
+    fLiveView->SetInFront(fIsHostActive);
     if (fIsHostActive) {
         appDidBecomeActive();
     } else {

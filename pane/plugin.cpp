@@ -5,7 +5,7 @@ namespace drevix {
 
 class DrevixPanePlugin : public DrevixPane {
     Q_OBJECT
-    Q_PLUGIN_METADATA(IID "com.halcyra.drevix.PreferencePane/3")
+    Q_PLUGIN_METADATA(IID "com.halcyra.drevix.PreferencePane/4")
 };
 
 } // namespace drevix

@@ -39,6 +39,8 @@ class PreferencePane {
     virtual bool showRecord(const QString &appFileName) = 0;
     virtual bool showPage(int page) = 0;
     virtual bool showControl(const QString &key) = 0;
+    // Shows a control as if it were down on the device. False when there is none such.
+    virtual bool showPressed(const QString &key) = 0;
 
     // The user has opened a file of settings from elsewhere, such as the file manager: asks, and imports it as the
     // panel's own command does.
@@ -47,4 +49,4 @@ class PreferencePane {
 
 } // namespace drevix
 
-Q_DECLARE_INTERFACE(drevix::PreferencePane, "com.halcyra.drevix.PreferencePane/3")
+Q_DECLARE_INTERFACE(drevix::PreferencePane, "com.halcyra.drevix.PreferencePane/4")

@@ -1017,6 +1017,122 @@
         <source>one of its elements holds more than 16 MB of text and data</source>
         <translation>eines ihrer Elemente enthält mehr als 16 MB Text und Daten</translation>
     </message>
+    <message>
+        <source>hold the control down for a second</source>
+        <translation>das Bedienelement eine Sekunde lang gedrückt halten</translation>
+    </message>
+    <message>
+        <source>the companion does not accept menu commands</source>
+        <translation>das Begleitgerät nimmt keine Menübefehle an</translation>
+    </message>
+    <message>
+        <source>no item has been chosen</source>
+        <translation>kein Objekt ist gewählt</translation>
+    </message>
+    <message>
+        <source>no key has been chosen</source>
+        <translation>keine Taste ist gewählt</translation>
+    </message>
+    <message>
+        <source>this key cannot be sent</source>
+        <translation>diese Taste kann nicht gesendet werden</translation>
+    </message>
+    <message>
+        <source>this terminal has no key for it</source>
+        <translation>dieses Terminal hat keine Taste dafür</translation>
+    </message>
+    <message>
+        <source>the keyboard layout has no key for it</source>
+        <translation>die Tastaturbelegung hat keine Taste dafür</translation>
+    </message>
+    <message>
+        <source>there is no desktop to send it to</source>
+        <translation>es gibt keinen Desktop, an den es gesendet werden könnte</translation>
+    </message>
+    <message>
+        <source>keys cannot be sent: see DrevixHelper(1)</source>
+        <translation>Tasten können nicht gesendet werden: siehe DrevixHelper(1)</translation>
+    </message>
+    <message>
+        <source>this desktop cannot</source>
+        <translation>dieser Desktop kann das nicht</translation>
+    </message>
+    <message>
+        <source>no player runs</source>
+        <translation>kein Player läuft</translation>
+    </message>
+    <message>
+        <source>the item is gone</source>
+        <translation>das Objekt ist nicht mehr da</translation>
+    </message>
+    <message>
+        <source>no file manager is installed</source>
+        <translation>keine Dateiverwaltung ist installiert</translation>
+    </message>
+    <message>
+        <source>no web browser is installed</source>
+        <translation>kein Webbrowser ist installiert</translation>
+    </message>
+    <message>
+        <source>no mail program is installed</source>
+        <translation>kein E-Mail-Programm ist installiert</translation>
+    </message>
+    <message>
+        <source>no calendar is installed</source>
+        <translation>kein Kalender ist installiert</translation>
+    </message>
+    <message>
+        <source>no contacts program is installed</source>
+        <translation>kein Adressbuch ist installiert</translation>
+    </message>
+    <message>
+        <source>no messages program is installed</source>
+        <translation>kein Nachrichtenprogramm ist installiert</translation>
+    </message>
+    <message>
+        <source>no terminal is installed</source>
+        <translation>kein Terminal ist installiert</translation>
+    </message>
+    <message>
+        <source>no text editor is installed</source>
+        <translation>kein Texteditor ist installiert</translation>
+    </message>
+    <message>
+        <source>no calculator is installed</source>
+        <translation>kein Taschenrechner ist installiert</translation>
+    </message>
+    <message>
+        <source>no image viewer is installed</source>
+        <translation>kein Bildbetrachter ist installiert</translation>
+    </message>
+    <message>
+        <source>no document viewer is installed</source>
+        <translation>kein Dokumentbetrachter ist installiert</translation>
+    </message>
+    <message>
+        <source>no music player is installed</source>
+        <translation>kein Musikplayer ist installiert</translation>
+    </message>
+    <message>
+        <source>no video player is installed</source>
+        <translation>kein Videoplayer ist installiert</translation>
+    </message>
+    <message>
+        <source>no screenshot tool is installed</source>
+        <translation>kein Bildschirmfotoprogramm ist installiert</translation>
+    </message>
+    <message>
+        <source>no software manager is installed</source>
+        <translation>keine Softwareverwaltung ist installiert</translation>
+    </message>
+    <message>
+        <source>no system monitor is installed</source>
+        <translation>keine Systemüberwachung ist installiert</translation>
+    </message>
+    <message>
+        <source>no settings program is installed</source>
+        <translation>keine Systemeinstellungen sind installiert</translation>
+    </message>
 </context>
 <context>
     <name>Menus</name>
@@ -1693,6 +1809,10 @@
         <translation>Zeigt das Bedienelement KEY, zum Beispiel buttonII.</translation>
     </message>
     <message>
+        <source>Show the control KEY as pressed on the device.</source>
+        <translation>Zeigt das Bedienelement KEY als am Gerät gedrückt.</translation>
+    </message>
+    <message>
         <source>Make the picture&apos;s window this large.</source>
         <translation>Macht das Fenster des Bildes so groß.</translation>
     </message>
@@ -2069,6 +2189,13 @@
     <message>
         <source>Menu</source>
         <translation>Menü</translation>
+    </message>
+</context>
+<context>
+    <name>drevix::LiveView</name>
+    <message>
+        <source>%1: %2.</source>
+        <translation>%1: %2.</translation>
     </message>
 </context>
 </TS>

@@ -22,6 +22,7 @@ constexpr const char *kDescription = R"(<node><interface name="com.halcyra.drevi
 <arg name="name" type="s" direction="in"/><arg name="process" type="u" direction="in"/></method>
 <method name="Front"><arg name="front" type="a{ss}" direction="out"/></method>
 <method name="Watch"><arg name="quiet" type="b" direction="in"/></method>
+<signal name="Pressed"><arg name="control" type="s"/><arg name="down" type="b"/></signal>
 <signal name="Acted"><arg name="control" type="s"/><arg name="what" type="s"/><arg name="times" type="u"/></signal>
 </interface></node>)";
 
@@ -142,7 +143,8 @@ int DeviceBus::TakeWatch(sd_bus_message *message) {
     }
     const std::string sender = sd_bus_message_get_sender(message);
     const auto known = std::ranges::find(fWatchers, sender, &Watcher::name);
-    if (known != fWatchers.end()) {
+    const bool isNew = known == fWatchers.end();
+    if (!isNew) {
         known->isQuiet = isQuiet != 0;
     } else if (Track track = fWatchers.size() < kMostWatchers ? TrackSender(message) : nullptr) {
         fWatchers.push_back({sender, isQuiet != 0, std::move(track)});
@@ -151,7 +153,15 @@ int DeviceBus::TakeWatch(sd_bus_message *message) {
                                           "there are too many watchers");
     }
     TellQuiet();
-    return sd_bus_reply_method_return(message, "");
+    const int result = sd_bus_reply_method_return(message, "");
+    if (isNew) {
+        for (const auto &[control, told] : fTold) {
+            if (told.isToldDown) {
+                SendPressed(fWatchers.back(), control, true);
+            }
+        }
+    }
+    return result;
 }
 
 DeviceBus::Track DeviceBus::TrackSender(sd_bus_message *message) {
@@ -191,48 +201,78 @@ void DeviceBus::TellActed(const std::string &control, const std::string &what, i
     if (fWatchers.empty()) {
         return;
     }
-    const Clock::time_point now = Clock::now();
-    const auto [told, isNew] = fTold.try_emplace(control);
-    told->second.what = what;
-    told->second.waiting += times;
-    if (isNew || now - told->second.last >= kBetweenSignals) {
-        Send(control, &told->second, now);
-    }
+    Told &told = fTold[control];
+    told.what = what;
+    told.waiting += times;
+    SendDue(control, &told, Clock::now());
 }
 
-std::optional<Clock::time_point> DeviceBus::NextTime() const {
-    std::optional<Clock::time_point> next;
-    for (const auto &[control, told] : fTold) {
-        if (told.waiting > 0 && (!next || told.last + kBetweenSignals < *next)) {
-            next = told.last + kBetweenSignals;
+void DeviceBus::TellPressed(const std::string &control, bool isDown) {
+    Told &told = fTold[control];
+    told.isDown = isDown;
+    SendDue(control, &told, Clock::now());
+}
+
+std::optional<DeviceBus::Time> DeviceBus::NextTime() const {
+    std::optional<Time> next;
+    const auto take = [&](bool isWaiting, Time last) {
+        if (isWaiting && (!next || last + kBetweenSignals < *next)) {
+            next = last + kBetweenSignals;
         }
+    };
+    for (const auto &[control, told] : fTold) {
+        take(told.waiting > 0, told.last);
+        take(told.isDown != told.isToldDown, told.lastPressed);
     }
     return next;
 }
 
-void DeviceBus::TakeTime(Clock::time_point now) {
+void DeviceBus::TakeTime(Time now) {
     for (auto &[control, told] : fTold) {
-        if (told.waiting > 0 && told.last + kBetweenSignals <= now) {
-            Send(control, &told, now);
-        }
+        SendDue(control, &told, now);
     }
 }
 
-void DeviceBus::Send(const std::string &control, Told *told, Clock::time_point now) const {
-    for (const Watcher &watcher : fWatchers) {
-        sd_bus_message *created = nullptr;
-        if (sd_bus_message_new_signal(fBus, &created, kDeviceObject, kDeviceInterface, "Acted") < 0) {
-            continue; // a picture that does not light up once
+void DeviceBus::SendDue(const std::string &control, Told *told, Time now) const {
+    if (told->isDown != told->isToldDown && now - told->lastPressed >= kBetweenSignals) {
+        for (const Watcher &watcher : fWatchers) {
+            SendPressed(watcher, control, told->isDown);
         }
-        const BusMessage signal(created);
-        sd_bus_message_set_destination(created, watcher.name.c_str());
-        if (sd_bus_message_append(created, "ssu", control.c_str(), told->what.c_str(),
-                                  static_cast<std::uint32_t>(told->waiting)) >= 0) {
-            sd_bus_send(fBus, created, nullptr);
-        }
+        told->isToldDown = told->isDown;
+        told->lastPressed = now;
     }
-    told->waiting = 0;
-    told->last = now;
+    if (told->waiting > 0 && now - told->last >= kBetweenSignals) {
+        for (const Watcher &watcher : fWatchers) {
+            SendActed(watcher, control, *told);
+        }
+        told->waiting = 0;
+        told->last = now;
+    }
+}
+
+BusMessage DeviceBus::NewSignal(const Watcher &watcher, const char *name) const {
+    sd_bus_message *created = nullptr;
+    if (sd_bus_message_new_signal(fBus, &created, kDeviceObject, kDeviceInterface, name) < 0) {
+        return nullptr; // a picture that does not light up once
+    }
+    BusMessage signal(created);
+    sd_bus_message_set_destination(created, watcher.name.c_str());
+    return signal;
+}
+
+void DeviceBus::SendPressed(const Watcher &watcher, const std::string &control, bool isDown) const {
+    const BusMessage signal = NewSignal(watcher, "Pressed");
+    if (signal && sd_bus_message_append(signal.get(), "sb", control.c_str(), isDown ? 1 : 0) >= 0) {
+        sd_bus_send(fBus, signal.get(), nullptr);
+    }
+}
+
+void DeviceBus::SendActed(const Watcher &watcher, const std::string &control, const Told &told) const {
+    const BusMessage signal = NewSignal(watcher, "Acted");
+    if (signal && sd_bus_message_append(signal.get(), "ssu", control.c_str(), told.what.c_str(),
+                                        static_cast<std::uint32_t>(told.waiting)) >= 0) {
+        sd_bus_send(fBus, signal.get(), nullptr);
+    }
 }
 
 } // namespace drevix

@@ -55,6 +55,9 @@ class DeviceBus final : public BusClient {
     // Tells the watchers what a control has done, so many times: at once, but for one control at most 30 times a
     // second; what comes in between is added up and told with its last text by TakeTime.
     void TellActed(const std::string &control, const std::string &what, int times);
+    // Tells the watchers that a control is down or up; as often at most, and what is back at once is not told. New
+    // watchers are told what is down.
+    void TellPressed(const std::string &control, bool isDown);
     // When something that was held back is due; nothing while nothing is.
     [[nodiscard]] std::optional<std::chrono::steady_clock::time_point> NextTime() const;
     void TakeTime(std::chrono::steady_clock::time_point now);
@@ -76,6 +79,9 @@ class DeviceBus final : public BusClient {
         std::string what;
         int waiting = 0; // times that have not been told
         std::chrono::steady_clock::time_point last;
+        bool isDown = false;
+        bool isToldDown = false;
+        std::chrono::steady_clock::time_point lastPressed;
     };
 
     int TakeMessage(sd_bus_message *message);
@@ -86,7 +92,11 @@ class DeviceBus final : public BusClient {
     void TakeLeft(sd_bus_track *track);
     static int CallTakeLeft(sd_bus_track *track, void *object);
     Track TrackSender(sd_bus_message *message);
-    void Send(const std::string &control, Told *told, std::chrono::steady_clock::time_point now) const;
+    using Time = std::chrono::steady_clock::time_point;
+    void SendDue(const std::string &control, Told *told, Time now) const;
+    BusMessage NewSignal(const Watcher &watcher, const char *name) const;
+    void SendPressed(const Watcher &watcher, const std::string &control, bool isDown) const;
+    void SendActed(const Watcher &watcher, const std::string &control, const Told &told) const;
     void TellQuiet();
 
     DeviceBusTasks fTasks;

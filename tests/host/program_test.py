@@ -42,6 +42,8 @@ for words, size in [(["--size", "800x600"], (800, 600)), (["--size=800x600", "--
 light = picture.read_bytes()
 run("--picture", str(picture), "--app", "GIMP", "--control", "buttonII", "--size=800x600", "--scale", "2", "--dark")
 expect("a dark picture is the light one", picture.read_bytes() == light, False)
+run("--picture", str(picture), "--app", "GIMP", "--control", "buttonII", "--size=800x600", "--scale", "2", "--pressed", "ringLeft")
+expect("a picture with a pressed control is the one without", picture.read_bytes() == light, False)
 expect("settings file after a picture", settings.exists(), False)
 
 # A machine where nobody is logged in has no folder for a session's sockets, and Qt complained of that.
@@ -58,6 +60,7 @@ for words, status in [
     (["one", "two"], 2),
     (["--picture", str(picture), "--app", "nobody"], 1),
     (["--picture", str(picture), "--control", "buttonX"], 1),
+    (["--picture", str(picture), "--pressed", "buttonX"], 1),
     (["--picture", str(picture), "--page", "9"], 1),
     (["--picture", str(folder / "nowhere/x.png")], 1),
 ]:

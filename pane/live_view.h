@@ -1,0 +1,60 @@
+// The device as it is used: a touched control lights up in the picture as long as it is down, and for a moment where
+// it only moves on by a step. With the panel in front the device does nothing else.
+#pragma once
+
+#include "platform/bus/device_watch.h"
+#include "settings/app_prefs.h"
+
+#include <QDeadlineTimer>
+#include <QObject>
+#include <QString>
+#include <QTimer>
+
+#include <array>
+#include <string>
+
+namespace drevix {
+
+class DevicePicture;
+
+class LiveView : public QObject {
+    Q_OBJECT
+
+  public:
+    // Lights up the controls of a picture, which must outlive this. Watches nothing before Begin.
+    LiveView(DevicePicture *picture, QObject *parent);
+
+    // Watches the helper's device until End, as soon as it is there. At the end nothing is lit.
+    void Begin(bool isInFront);
+    void SetInFront(bool isInFront);
+    void End();
+    // To be called once a second: the helper may have come or gone.
+    void Look();
+
+  Q_SIGNALS:
+    // With the panel in front, a control was touched.
+    void touched(int slot);
+    // What a control could not do and why, as a line for people; empty once a control does something again.
+    void told(const QString &line);
+
+  private:
+    void TakePressed(const std::string &control, bool isDown);
+    void TakeActed(const std::string &control, const std::string &what);
+    void Touch(int index);
+    void ForgetTouches();
+    void ShowLights();
+
+    struct Light {
+        bool isDown = false;
+        QDeadlineTimer moment{0};
+    };
+
+    DevicePicture *fPicture;
+    DeviceWatch fWatch;
+    std::array<Light, kControlSlots.size()> fLights; // by the picture's index
+    QTimer fMoments;                                 // until the next moment is over
+    bool fIsWatching = false;
+    bool fIsInFront = false;
+};
+
+} // namespace drevix
