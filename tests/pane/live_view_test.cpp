@@ -99,6 +99,7 @@ TEST_F(LiveView, InFront_TheControlIsChosenAndDoesNothing) {
 
 TEST_F(LiveView, InTheBackground_ItActsAndIsOnlyLit) {
     SelectControl(2, 2);
+    ASSERT_TRUE(WaitForQuiet(true)) << "it is watched";
     GoAway();
     ASSERT_TRUE(WaitForQuiet(false));
     const std::string what = Act("buttonII", "press");
