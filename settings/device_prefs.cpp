@@ -231,7 +231,7 @@ OSErr SaveDevicePrefsToPath(QBaseHandle base, const std::string &path) {
     const bool recordsChanged = QBaseGetRecordsChanged(base);
     const bool userFieldsChanged = QBaseGetUserFieldsChanged(base);
     FileUpdate update;
-    OSErr status = update.Open(path, UpdateMethod::Replace);
+    OSErr status = update.Open(path, UpdateMethod::Replace, kPrivateFile);
     if (status == noErr) {
         status = QBaseWrite(base, update.File(), true, true);
     }

@@ -49,7 +49,7 @@ static_assert((kPanelVersion & 0xFF000000) <= 0x09000000);
 
 // Writes the base to the settings file of that name in the Preferences folder, creating the folder if
 // missing, through "platform/files/file_update.h": after a failure or a kill at any point, either the old or
-// the new file is intact. `fileType` and `creator` are ignored: this disk does not store them. noErr, also
+// the new file is intact. A new file may be read by the user only. `fileType` and `creator` are ignored: this disk does not store them. noErr, also
 // for a null base or empty name (nothing is written then); wrPermErr for a read-only base; else the file's
 // error.
 [[nodiscard]] OSErr SaveDevicePrefs(QBaseHandle base, StringPtr fileName, OSType fileType, OSType creator);

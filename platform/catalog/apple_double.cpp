@@ -141,7 +141,7 @@ OSErr ReadAppleDouble(const std::string &path, AppleDouble *file) try {
 }
 
 OSErr WriteAppleDouble(const std::string &path, const AppleDouble &file) try {
-    return ReplaceWholeFile(AppleDoublePath(path), AppleDoubleBytes(file));
+    return ReplaceWholeFile(AppleDoublePath(path), AppleDoubleBytes(file), kPrivateFile);
 } catch (const std::bad_alloc &) {
     return memFullErr;
 }

@@ -6,11 +6,8 @@
 #include "platform/files/paths.h"
 #include "platform/files/shared_file.h"
 #include "platform/files/temporary_file.h"
-#include "platform/files/user_lock.h"
 
-#include <array>
 #include <cerrno>
-#include <chrono>
 #include <climits>
 #include <cstdlib>
 #include <fcntl.h>
@@ -22,14 +19,16 @@
 namespace drevix {
 namespace {
 
-constexpr mode_t kNewFileMode = 0666; // less the user's umask
 constexpr mode_t kPermissionBits = 07777;
-constexpr int kMostKept = 1000;                           // numbered copies beside a kept file
-constexpr std::chrono::milliseconds kLongestUpdate{1000}; // for another program with the same file
+constexpr int kMostKept = 1000; // numbered copies beside a kept file
 constexpr std::size_t kChunk = std::size_t{1} << 20;
 constexpr std::int64_t kMostInMemory = std::numeric_limits<std::int32_t>::max();
 
-constexpr mode_t kStageMode = 0600;
+constexpr mode_t kPrivateMode = 0600;
+constexpr mode_t kUsersDefault = 0666; // less the umask
+constexpr std::string_view kBesideSuffix = ".new";
+constexpr std::size_t kLongestLeaf =
+    200; // of the file, in the name of the one beside it; a name has 255 bytes
 
 OSErr WriteAll(FileRef file, const void *bytes, std::size_t count) {
     IOParam transfer = {file, const_cast<void *>(bytes), static_cast<std::int32_t>(count), 0, fsAtMark, 0};
@@ -82,21 +81,6 @@ bool IsCopyOf(const std::string &path, const std::string &other) {
            bytes == otherBytes;
 }
 
-// Whether the open file is still the one at the path.
-OSErr IsFileAt(const std::string &path, int descriptor, bool *result) {
-    struct stat opened {};
-    struct stat named {};
-    if (CurrentDisk().StatusOf(descriptor, &opened) != 0) {
-        return LastError();
-    }
-    if (CurrentDisk().StatusAt(path.c_str(), &named) != 0) {
-        *result = false;
-        return errno == ENOENT ? noErr : LastError();
-    }
-    *result = named.st_ino == opened.st_ino && named.st_dev == opened.st_dev;
-    return noErr;
-}
-
 // Moves the file at `path` to the first free of `path`.1, `path`.2, ...
 OSErr MoveToFreeName(const std::string &path) {
     for (int i = 1; i <= kMostKept; ++i) {
@@ -108,6 +92,16 @@ OSErr MoveToFreeName(const std::string &path) {
         return CurrentDisk().Rename(path.c_str(), free.c_str()) == 0 ? noErr : LastError();
     }
     return dirFulErr;
+}
+
+// permErr where the owner cannot be kept.
+OSErr KeepOwner(int descriptor, const struct stat &old) {
+    struct stat made {};
+    if (CurrentDisk().StatusOf(descriptor, &made) != 0) {
+        return LastError();
+    }
+    const bool isSame = old.st_uid == made.st_uid && old.st_gid == made.st_gid;
+    return isSame || CurrentDisk().SetOwner(descriptor, old.st_uid, old.st_gid) == 0 ? noErr : OSErr{permErr};
 }
 
 } // namespace
@@ -130,7 +124,7 @@ FileUpdate::~FileUpdate() {
     Discard();
 }
 
-OSErr FileUpdate::Open(const std::string &path, UpdateMethod method, const std::string &modeOf) try {
+OSErr FileUpdate::Open(const std::string &path, UpdateMethod method, const NewFile &newFile) try {
     if (fFile) {
         return fBsyErr;
     }
@@ -143,7 +137,7 @@ OSErr FileUpdate::Open(const std::string &path, UpdateMethod method, const std::
     struct stat found {};
     fExisted = CurrentDisk().StatusAt(fTarget.c_str(), &found) == 0 || errno != ENOENT;
     if (method == UpdateMethod::Replace || !fExisted) {
-        const OSErr status = OpenBeside(modeOf);
+        const OSErr status = OpenBeside(newFile);
         // A read-only folder may still contain a writable file. Other failures, above all a full disk, would
         // hit an in-place write just the same, and do more harm.
         const bool folderClosed = status == permErr || status == wPrErr;
@@ -157,42 +151,42 @@ OSErr FileUpdate::Open(const std::string &path, UpdateMethod method, const std::
     return memFullErr;
 }
 
-OSErr FileUpdate::OpenBeside(const std::string &modeOf) {
+// The file that is to be replaced, or else the one whose mode the new one is to have.
+OSErr FileUpdate::FindModel(const NewFile &newFile, struct stat *model) {
     Disk &disk = CurrentDisk();
-    struct stat old {};
-    DiskDescriptor oldFile(disk.Open(fTarget.c_str(), O_RDWR | O_NOCTTY, 0));
+    const DiskDescriptor oldFile(disk.Open(fTarget.c_str(), O_RDWR | O_NOCTTY, 0));
     fExisted = static_cast<bool>(oldFile);
-    if (!fExisted && errno != ENOENT) {
+    if (!fExisted) {
+        const bool isMissing = errno == ENOENT;
+        const bool isNew = isMissing && newFile.modeOf.empty();
+        return isNew || (isMissing && disk.StatusAt(newFile.modeOf.c_str(), model) == 0) ? noErr
+                                                                                         : LastError();
+    }
+    if (disk.StatusOf(oldFile.Get(), model) != 0) {
         return LastError();
     }
-    if (fExisted && disk.StatusOf(oldFile.Get(), &old) != 0) {
-        return LastError();
-    }
-    if (fExisted && !S_ISREG(old.st_mode)) {
-        return permErr; // never replace a device by a file
-    }
-    oldFile.Reset();
-    const bool hasMode = fExisted || !modeOf.empty();
-    if (!fExisted && hasMode && disk.StatusAt(modeOf.c_str(), &old) != 0) {
-        return LastError();
-    }
-    DiskDescriptor owned;
-    if (const OSErr status = MakeBeside(&owned); status != noErr) {
+    return S_ISREG(model->st_mode) ? noErr : permErr; // never replace a device by a file
+}
+
+OSErr FileUpdate::OpenBeside(const NewFile &newFile) {
+    struct stat model {};
+    OSErr status = FindModel(newFile, &model);
+    if (status != noErr) {
         return status;
     }
-    const int descriptor = owned.Get();
-    struct stat made {};
-    OSErr status =
-        disk.StatusOf(descriptor, &made) == 0 && disk.SetSize(descriptor, 0) == 0 ? noErr : LastError();
-    const bool sameOwner = old.st_uid == made.st_uid && old.st_gid == made.st_gid;
-    if (status == noErr && fExisted && !sameOwner && disk.SetOwner(descriptor, old.st_uid, old.st_gid) != 0) {
-        status = permErr;
+    const bool isLikeModel = fExisted || !newFile.modeOf.empty();
+    const mode_t mode = isLikeModel ? model.st_mode & kPermissionBits : newFile.mode;
+    const bool hasMode = isLikeModel || mode != 0;
+    DiskDescriptor made;
+    status = MakeBeside(hasMode ? kPrivateMode : kUsersDefault, &made);
+    if (status == noErr && fExisted) {
+        status = KeepOwner(made.Get(), model);
     }
-    if (status == noErr && hasMode && disk.SetMode(descriptor, old.st_mode & kPermissionBits) != 0) {
+    if (status == noErr && hasMode && CurrentDisk().SetMode(made.Get(), mode) != 0) {
         status = LastError();
     }
     if (status == noErr) {
-        status = AdoptDescriptor(owned.Release(), fsRdWrPerm, fFile.Out());
+        status = AdoptDescriptor(made.Release(), fsRdWrPerm, fFile.Out());
     }
     if (status != noErr) {
         Discard();
@@ -200,38 +194,12 @@ OSErr FileUpdate::OpenBeside(const std::string &modeOf) {
     return status;
 }
 
-// Creates the new file beside the old one, or takes over the one a crashed program left. A lock on it keeps
-// writers apart; the fixed name keeps leftovers from piling up.
-OSErr FileUpdate::MakeBeside(DiskDescriptor *result) {
-    Disk &disk = CurrentDisk();
-    std::string beside = FolderOfPath(fTarget) + "/." + LeafOfPath(fTarget) + ".new";
-    constexpr int kFlags = O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK;
-    using std::chrono::steady_clock;
-    const auto end = steady_clock::now() + kLongestUpdate;
-    for (auto left = kLongestUpdate; left.count() > 0;
-         left = std::chrono::duration_cast<std::chrono::milliseconds>(end - steady_clock::now())) {
-        DiskDescriptor opened(disk.Open(beside.c_str(), kFlags, kNewFileMode));
-        if (!opened) {
-            return LastError();
-        }
-        OSErr status = LockDescriptor(opened.Get(), left);
-        if (status != noErr) { // another program's: leave it
-            return status;
-        }
-        bool current = false;
-        status = IsFileAt(beside, opened.Get(), &current);
-        if (status == noErr && current) {
-            fBeside = std::move(beside);
-            *result = std::move(opened);
-            return noErr;
-        }
-        // The lock's previous holder has renamed or removed the file: this is no longer the one to write.
-        if (status != noErr) {
-            disk.Remove(beside.c_str());
-            return status;
-        }
-    }
-    return fBsyErr;
+// Creates the new file beside the old one, where a rename can move it, and clears what died programs left there.
+OSErr FileUpdate::MakeBeside(mode_t mode, DiskDescriptor *result) {
+    const std::string folder = FolderOfPath(fTarget);
+    const std::string prefix = "." + LeafOfPath(fTarget).substr(0, kLongestLeaf) + ".";
+    ClearTemporaryFiles(folder, prefix, kBesideSuffix);
+    return MakeLockedTemporaryFile(folder, prefix, kBesideSuffix, mode, &fBeside, result);
 }
 
 OSErr FileUpdate::OpenInPlace() {
@@ -251,7 +219,7 @@ OSErr FileUpdate::OpenStage() {
     DiskDescriptor opened;
     OSErr status = KeptFolder(kCreateFolder, &folder);
     if (status == noErr) {
-        status = MakeTemporaryFile(folder, {}, kStageSuffix, kStageMode, &stage, &opened);
+        status = MakeTemporaryFile(folder, {}, kStageSuffix, kPrivateMode, &stage, &opened);
     }
     if (status != noErr) {
         return status;
@@ -311,9 +279,9 @@ void FileUpdate::Discard() {
     fIsStaged = false;
 }
 
-OSErr ReplaceWholeFile(const std::string &path, std::string_view bytes, const std::string &modeOf) {
+OSErr ReplaceWholeFile(const std::string &path, std::string_view bytes, const NewFile &newFile) {
     FileUpdate update;
-    OSErr status = update.Open(path, UpdateMethod::Replace, modeOf);
+    OSErr status = update.Open(path, UpdateMethod::Replace, newFile);
     if (status == noErr) {
         status = WriteAll(update.File(), bytes.data(), bytes.size());
     }
@@ -339,7 +307,7 @@ OSErr KeepFileAside(const std::string &path, const std::string &keptPath) try {
             return status;
         }
     }
-    return ReplaceWholeFile(keptPath, bytes, original);
+    return ReplaceWholeFile(keptPath, bytes, {original});
 } catch (const std::bad_alloc &) {
     return memFullErr;
 }

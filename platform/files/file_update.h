@@ -5,6 +5,8 @@
 
 #include <string>
 #include <string_view>
+#include <sys/stat.h>
+#include <sys/types.h>
 
 namespace drevix {
 
@@ -20,8 +22,17 @@ enum class UpdateMethod {
     InPlace,
 };
 
+// How a file that does not exist yet is made.
+struct NewFile {
+    std::string modeOf =
+        {};          // with the mode of the file at this path, if given, before anything is written to it
+    mode_t mode = 0; // else with this one, whatever the umask; 0: the user's default
+};
+// Only the user may read it.
+inline const NewFile kPrivateFile = {{}, 0600};
+
 // One update of one file. Write to File(), then Commit(). A FileUpdate destroyed before that restores the old
-// state and leaves nothing behind. Two programs that replace the same file wait for each other.
+// state and leaves nothing behind. Of two programs that replace the same file the later one holds.
 class FileUpdate {
   public:
     FileUpdate() = default;
@@ -31,11 +42,10 @@ class FileUpdate {
 
     // Starts an update of the file at an absolute or relative path; the file need not exist. The status is
     // that of opening the file for writing: permErr for a file that may not be written even if its folder
-    // may, notAFileErr, dirNFErr, ...; fBsyErr when another program holds the same file's update for longer
-    // than a second. A device or pipe is written directly, and cannot be put back. A new file that replaces
-    // none has the mode of the file at `modeOf`, if given, before anything is written to it, else the user's
-    // default. Where nothing can be put into the state folder, a file to be written in place is refused.
-    [[nodiscard]] OSErr Open(const std::string &path, UpdateMethod method, const std::string &modeOf = {});
+    // may, notAFileErr, dirNFErr, ... A device or pipe is written directly, and cannot be put back. The new file
+    // beside the old one has a name that nobody can foresee, ".NAME.DIGITS.new"; those that programs which died left
+    // are cleared first. Where nothing can be put into the state folder, a file to be written in place is refused.
+    [[nodiscard]] OSErr Open(const std::string &path, UpdateMethod method, const NewFile &newFile = {});
 
     // The empty file to write to (also readable); 0 before Open. Owned by the update: do not close it.
     [[nodiscard]] FileRef File() const { return fFile.Get(); }
@@ -46,8 +56,9 @@ class FileUpdate {
     [[nodiscard]] OSErr Commit();
 
   private:
-    OSErr OpenBeside(const std::string &modeOf);
-    OSErr MakeBeside(DiskDescriptor *result);
+    OSErr FindModel(const NewFile &newFile, struct stat *model);
+    OSErr OpenBeside(const NewFile &newFile);
+    OSErr MakeBeside(mode_t mode, DiskDescriptor *result);
     OSErr OpenInPlace();
     OSErr OpenStage();
     OSErr CommitStage();
@@ -65,7 +76,7 @@ class FileUpdate {
 
 // Replaces the file at a path by `bytes` in one FileUpdate. The status of Open, of writing, or of Commit.
 [[nodiscard]] OSErr ReplaceWholeFile(const std::string &path, std::string_view bytes,
-                                     const std::string &modeOf = {});
+                                     const NewFile &newFile = {});
 
 // Copies the file at `path`, with its mode, to `keptPath` in the same folder; the two are independent. An
 // existing file there, unless it has the same bytes, moves to the first free of `keptPath` plus ".1", ".2",

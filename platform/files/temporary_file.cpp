@@ -1,15 +1,20 @@
 #include "platform/files/temporary_file.h"
 
 #include "platform/base/status.h"
+#include "platform/files/disk.h"
 #include "platform/files/paths.h"
+#include "platform/files/user_lock.h"
 
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <chrono>
 #include <cstdint>
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
+#include <vector>
 
 namespace drevix {
 namespace {
@@ -28,6 +33,25 @@ bool AppendRandomDigits(std::string *out) {
         *out += kDigitSet[byte % kDigitSet.size()];
     }
     return true;
+}
+
+// For a program that just looks whether the file is a left-over.
+constexpr std::chrono::milliseconds kLongestLook{1000};
+
+// Whether the open file is still the one at the path.
+bool IsFileAt(const std::string &path, int descriptor) {
+    struct stat opened {};
+    struct stat named {};
+    return CurrentDisk().StatusOf(descriptor, &opened) == 0 &&
+           CurrentDisk().StatusAt(path.c_str(), &named) == 0 && named.st_ino == opened.st_ino &&
+           named.st_dev == opened.st_dev;
+}
+
+// The lock is asked for last: it shows that the program that made the file is gone.
+bool IsLeftOver(int descriptor) {
+    struct stat found {};
+    return CurrentDisk().StatusOf(descriptor, &found) == 0 && S_ISREG(found.st_mode) &&
+           found.st_uid == ::geteuid() && found.st_nlink == 1 && CurrentDisk().Lock(descriptor) == 0;
 }
 
 } // namespace
@@ -52,6 +76,48 @@ OSErr MakeTemporaryFile(std::string_view folder, std::string_view prefix, std::s
         }
     }
     return LastError();
+}
+
+OSErr MakeLockedTemporaryFile(std::string_view folder, std::string_view prefix, std::string_view suffix,
+                              mode_t mode, std::string *path, DiskDescriptor *file) {
+    for (int tries = 0; tries < kMostTries; ++tries) {
+        std::string name;
+        DiskDescriptor made;
+        OSErr status = MakeTemporaryFile(folder, prefix, suffix, mode, &name, &made);
+        if (status != noErr) {
+            return status;
+        }
+        status = LockDescriptor(made.Get(), kLongestLook);
+        if (status != noErr) {
+            CurrentDisk().Remove(name.c_str());
+            return status;
+        }
+        if (IsFileAt(name, made.Get())) {
+            *file = std::move(made);
+            *path = std::move(name);
+            return noErr;
+        }
+        CurrentDisk().Remove(name.c_str()); // cleared before we had the lock
+    }
+    return fBsyErr;
+}
+
+void ClearTemporaryFiles(const std::string &folder, std::string_view prefix, std::string_view suffix) {
+    std::vector<std::string> names;
+    if (CurrentDisk().ListFolder(folder.c_str(), &names) != 0) {
+        return;
+    }
+    constexpr int kFlags = O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY;
+    for (const std::string &name : names) {
+        if (!IsTemporaryName(name, prefix, suffix)) {
+            continue;
+        }
+        const std::string path = JoinPath(folder, name);
+        const DiskDescriptor opened(CurrentDisk().Open(path.c_str(), kFlags, 0));
+        if (opened && IsLeftOver(opened.Get())) {
+            CurrentDisk().Remove(path.c_str());
+        }
+    }
 }
 
 bool IsTemporaryName(std::string_view name, std::string_view prefix, std::string_view suffix) {

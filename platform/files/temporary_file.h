@@ -16,6 +16,16 @@ namespace drevix {
                                       std::string_view suffix, mode_t mode, std::string *path,
                                       DiskDescriptor *file);
 
+// As MakeTemporaryFile, and locked until its descriptor is closed, so that ClearTemporaryFiles leaves it alone.
+[[nodiscard]] OSErr MakeLockedTemporaryFile(std::string_view folder, std::string_view prefix,
+                                            std::string_view suffix, mode_t mode, std::string *path,
+                                            DiskDescriptor *file);
+
+// Removes what programs that died have left under such names in a folder: regular files of this user that have no
+// other name and are not locked. Anything else stays: other users' files, links, folders, and all of them on a file
+// system without locks. May throw std::bad_alloc.
+void ClearTemporaryFiles(const std::string &folder, std::string_view prefix, std::string_view suffix);
+
 // Whether a name is PREFIX, 16 lower-case hexadecimal digits and SUFFIX.
 [[nodiscard]] bool IsTemporaryName(std::string_view name, std::string_view prefix, std::string_view suffix);
 

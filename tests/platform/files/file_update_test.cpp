@@ -1,12 +1,14 @@
 #include "platform/files/file_update.h"
 
 #include "platform/base/status.h"
+#include "platform/files/owners.h"
 #include "tests/support/faults.h"
 #include "tests/support/scratch.h"
 
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <fcntl.h>
 #include <filesystem>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -129,6 +131,49 @@ TEST(FileUpdate, TwoWriters_TakeTurns) {
     const std::string now = ReadWhole(path);
     EXPECT_EQ(now, std::string(100'000, now[0])) << "two writers mixed";
     EXPECT_EQ(ScratchFolder::Names(scratch.Preferences()), Names{"f"});
+}
+
+// A stranger's file under the fixed name ".f.new" was once taken as our own.
+TEST(FileUpdate, FilesUnderTemporaryNames_GoOnlyIfLeftByADeadProgramOfThisUser) {
+    ScratchFolder scratch;
+    const std::string folder = scratch.Preferences() + "/";
+    const std::string digits = ".0123456789abcde";
+    const Names stay = {".f" + digits + "1.new", ".f" + digits + "2.new",
+                        ".f" + digits + "3.new", ".f" + digits + "4.new",
+                        ".f" + digits + "X.new", ".f.new",
+                        ".g" + digits + "5.new", "f"};
+    fs::create_directory(folder + stay[0]);
+    fs::create_symlink(scratch.Path("elsewhere"), folder + stay[1]);
+    WriteWhole(scratch.Path("elsewhere"), "stays");
+    fs::create_hard_link(scratch.Path("elsewhere"), folder + stay[2]);
+    for (std::size_t i = 3; i + 1 < stay.size(); ++i) {
+        WriteWhole(folder + stay[i], "stays");
+    }
+    const DiskDescriptor alive(CurrentDisk().Open((folder + stay[3]).c_str(), O_RDWR, 0));
+    ASSERT_EQ(CurrentDisk().Lock(alive.Get()), 0);
+    const std::string dead = folder + ".f" + digits + "f.new";
+    WriteWhole(dead, "half");
+    EXPECT_EQ(Update(folder + "f", UpdateMethod::Replace, "new"), noErr);
+    EXPECT_EQ(ScratchFolder::Names(folder), stay);
+    for (std::size_t i = 1; i + 1 < stay.size(); ++i) {
+        EXPECT_EQ(ReadWhole(folder + stay[i]), "stays") << stay[i];
+    }
+    WriteWhole(dead, "a stranger's");
+    if (::geteuid() == 0 && ::chown(dead.c_str(), 65534, 65534) == 0) {
+        EXPECT_EQ(Update(folder + "f", UpdateMethod::Replace, "new"), noErr);
+        EXPECT_EQ(ReadWhole(dead), "a stranger's");
+    }
+}
+
+TEST(FileUpdate, PrivateFile_IsSoWhateverTheUmask) {
+    ScratchFolder scratch;
+    for (const mode_t mask : {0U, 022U, 0377U}) {
+        const mode_t before = ::umask(mask);
+        const std::string path = scratch.Path("config/" + std::to_string(mask));
+        EXPECT_EQ(ReplaceWholeFile(path, "bytes", kPrivateFile), noErr);
+        ::umask(before);
+        EXPECT_EQ(fs::status(path).permissions(), fs::perms(0600)) << mask;
+    }
 }
 
 // Runs a check as a user without the superuser's rights, in a child, so that permissions count.
