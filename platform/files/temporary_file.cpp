@@ -107,17 +107,26 @@ void ClearTemporaryFiles(const std::string &folder, std::string_view prefix, std
     if (CurrentDisk().ListFolder(folder.c_str(), &names) != 0) {
         return;
     }
-    constexpr int kFlags = O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY;
     for (const std::string &name : names) {
         if (!IsTemporaryName(name, prefix, suffix)) {
             continue;
         }
         const std::string path = JoinPath(folder, name);
-        const DiskDescriptor opened(CurrentDisk().Open(path.c_str(), kFlags, 0));
-        if (opened && IsLeftOver(opened.Get())) {
+        DiskDescriptor opened;
+        if (OpenLeftOver(path, &opened)) {
             CurrentDisk().Remove(path.c_str());
         }
     }
+}
+
+bool OpenLeftOver(const std::string &path, DiskDescriptor *file) {
+    constexpr int kFlags = O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY;
+    DiskDescriptor opened(CurrentDisk().Open(path.c_str(), kFlags, 0));
+    if (!opened || !IsLeftOver(opened.Get())) {
+        return false;
+    }
+    *file = std::move(opened);
+    return true;
 }
 
 bool IsTemporaryName(std::string_view name, std::string_view prefix, std::string_view suffix) {

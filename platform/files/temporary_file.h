@@ -26,6 +26,10 @@ namespace drevix {
 // system without locks. May throw std::bad_alloc.
 void ClearTemporaryFiles(const std::string &folder, std::string_view prefix, std::string_view suffix);
 
+// Opens a file that a dead program of this user may have left, as ClearTemporaryFiles tells them, for reading, and
+// locks it. False for any other.
+[[nodiscard]] bool OpenLeftOver(const std::string &path, DiskDescriptor *file);
+
 // Whether a name is PREFIX, 16 lower-case hexadecimal digits and SUFFIX.
 [[nodiscard]] bool IsTemporaryName(std::string_view name, std::string_view prefix, std::string_view suffix);
 

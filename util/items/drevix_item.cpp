@@ -7,22 +7,26 @@
 #include "platform/files/file_update.h"
 #include "platform/files/owners.h"
 #include "platform/files/paths.h"
+#include "platform/files/user_lock.h"
 #include "util/items/alias_file.h"
 #include "util/items/file_references.h"
 #include "util/items/items_folder.h"
 
 #include <algorithm>
 #include <array>
+#include <chrono>
 #include <climits>
 #include <fcntl.h>
 #include <new>
 #include <span>
+#include <tuple>
 
 namespace drevix {
 namespace {
 
 constexpr std::size_t kLongestName = std::tuple_size_v<Str31> - 1;
 constexpr int kMostNumbers = 100; // tried before giving up
+constexpr std::chrono::milliseconds kLongestTurn{1000};
 
 struct Place {
     std::int16_t volume = 0;
@@ -162,6 +166,7 @@ OSErr MakeDrevixItem(const std::string &path, Str31 *storedName) try {
     if (path.find('\0') != std::string::npos) {
         return bdNamErr;
     }
+    ClearHalfMadeItems(kDrevixItemsFolderName.data());
     Place place;
     FSSpec item{};
     OSErr status = GetFSSpecFromNSString(path.c_str(), &item, MissingItem::Refused);
@@ -173,6 +178,8 @@ OSErr MakeDrevixItem(const std::string &path, Str31 *storedName) try {
     }
     std::string name;
     if (status == noErr) {
+        UserLock turn;
+        std::ignore = turn.Acquire(kItemsLockName, kLongestTurn); // where nobody can have it, nobody clears
         status = MakeItem(place, item, &name);
     }
     if (status == noErr) {

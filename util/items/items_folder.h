@@ -7,6 +7,7 @@
 #include "settings/app_prefs.h"
 
 #include <string>
+#include <string_view>
 
 namespace drevix {
 
@@ -26,6 +27,13 @@ inline constexpr auto kDrevixItemsFolderName = PascalLiteral("com.halcyra.drevix
 // Linear in records plus files.
 OSErr CleanupDrevixItems(ConstStringPtr name, QBaseHandle base);
 
+// Removes what is left of alias files of that folder whose making or removal was cut short by a death: "._NAME" without
+// "NAME", and the temporary files of its writing. Only regular files of this user that begin as we write them, and
+// only while no program of ours makes an item. A failure leaves them for the next time.
+void ClearHalfMadeItems(ConstStringPtr name);
+// The lock that a program holds while it makes an item ("platform/files/user_lock.h").
+inline constexpr std::string_view kItemsLockName = "items.lock";
+
 // The target of an alias file in the items folder.
 struct DrevixItem {
     std::string path; // absolute, raw file system bytes; empty: no such alias file
@@ -38,7 +46,7 @@ struct DrevixItem {
 // Creates an alias file in the items folder for the item at an absolute or relative path. *storedName gets
 // the name to store in a slot: the item's name, cut to 31 characters. If Mac OS Roman cannot represent the
 // name, or it is taken by anything but an alias file of this very item, a number distinguishes it
-// (DistinctName), so that no slot's item is ever replaced by another. An alias file that is already right is
+// (DistinctName), so that no slot's item is ever replaced by another. Clears half-made items first. An alias file that is already right is
 // kept. If the path is an alias file in the items folder, its target is used. noErr; fnfErr if there is no
 // such item, dirFulErr if no name was free, or the status of the step that failed, with *storedName
 // unchanged.

@@ -3,13 +3,18 @@
 
 #include "platform/base/mac_roman.h"
 #include "platform/catalog/named_files.h"
+#include "platform/files/user_lock.h"
 #include "settings/action_commands.h"
 #include "settings/device_prefs.h"
 #include "settings/pascal_strings.h"
+#include "tests/support/faults.h"
 #include "tests/util/items/items.h"
 
+#include <algorithm>
 #include <ctime>
 #include <sys/stat.h>
+#include <sys/wait.h>
+#include <tuple>
 #include <unistd.h>
 
 namespace drevix::test {
@@ -123,6 +128,62 @@ TEST_F(Items, Cleanup_LeavesAllThatIsNoAliasFile) {
     Names after = before;
     std::erase_if(after, [](const std::string &name) { return name == "real" || name == "._real"; });
     EXPECT_EQ(CleanupDrevixItems(kName, nullptr), noErr);
+    EXPECT_EQ(ScratchFolder::Names(ItemsFolder()), after);
+}
+
+// 51 of 271 kills once left half an alias file in the folder for good.
+TEST_F(Items, HalfMade_IsClearedAfterADeathAtAnyCall) {
+    const std::string item = File("item", "contents");
+    Alias("other");
+    const Names whole = ScratchFolder::Names(ItemsFolder());
+    ForEachFault(10,
+                 [&](int dieAt, Lasts) {
+                     const pid_t child = ::fork();
+                     if (child == 0) {
+                         FaultyDisk disk(dieAt, Lasts::Once, EIO);
+                         disk.onFault = [] { ::_exit(1); };
+                         disk.onHalf = disk.onFault;
+                         Str31 name{};
+                         std::ignore = MakeDrevixItem(item, &name);
+                         ::_exit(disk.WasHit() ? 1 : 0);
+                     }
+                     int status = 0;
+                     ::waitpid(child, &status, 0);
+                     ClearHalfMadeItems(kName);
+                     const Names now = ScratchFolder::Names(ItemsFolder());
+                     if (std::ranges::find(now, "item") == now.end()) {
+                         EXPECT_EQ(now, whole) << dieAt;
+                     } else {
+                         EXPECT_EQ(now.size(), whole.size() + 2) << dieAt;
+                         EXPECT_EQ(Make(item), "item");
+                         std::filesystem::remove(Item("item")); // as a death in its removal does
+                     }
+                     return WEXITSTATUS(status) != 0;
+                 },
+                 {Lasts::Once});
+    ClearHalfMadeItems(kName);
+    EXPECT_EQ(ScratchFolder::Names(ItemsFolder()), whole);
+}
+
+TEST_F(Items, HalfMade_ClearsNothingThatIsNotOurs) {
+    Alias("real");
+    const std::string ours = ReadWhole(Item("._real"));
+    WriteWhole(Item("._foreign"), ours + "more than we write");
+    WriteWhole(Item("._text"), "a text of that name");
+    WriteWhole(Item(".._text.new"), "another");
+    WriteWhole(Item("other.new"), ours.substr(0, 40));
+    std::filesystem::create_symlink("._real", Item("._link"));
+    WriteWhole(Item("._made"), ours);
+    const Names stay = ScratchFolder::Names(ItemsFolder());
+    UserLock making;
+    ASSERT_EQ(making.Acquire(kItemsLockName, {}), noErr);
+    ClearHalfMadeItems(kName);
+    EXPECT_EQ(ScratchFolder::Names(ItemsFolder()), stay) << "a program is making the item";
+    making.Release();
+    WriteWhole(Item(".._older.new"), ours.substr(0, 40));
+    ClearHalfMadeItems(kName);
+    Names after = stay;
+    std::erase(after, "._made");
     EXPECT_EQ(ScratchFolder::Names(ItemsFolder()), after);
 }
 
