@@ -55,6 +55,16 @@ constexpr auto kCommands = std::to_array<Command>({
      "Restores the factory defaults of the ring: actions, sensitivities and speeds;\n"
      "of the tuner: actions, sensitivity and click sound; or of the buttons: actions.\n",
      1, 1, kAppOption, 0, {Group, None}, RestoreDefaults},
+    {"history", "", "list earlier settings",
+     "Lists what saves have replaced, the newest first, with when that was and what the\n"
+     "save changed. Kept are the last ten that differ and the first of each day for a\n"
+     "month.\n",
+     0, 0, 0, 0, {None, None}, ShowHistory},
+    {"restore", "N", "bring earlier settings back",
+     "Restores the settings that 'drevixctl history' shows as number N; 1 is what the\n"
+     "last save replaced. With --app, restores one application's record only. What\n"
+     "this replaces is kept in the history too: 'drevixctl restore 1' takes it back.\n",
+     1, 1, kAppOption, 0, {None, None}, RestoreEarlier},
     {"export", "FILE", "write records to a property list",
      "Writes the global record, the record that --app names, or with --all every\n"
      "record. FILE - is standard output.\n",

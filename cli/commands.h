@@ -81,6 +81,8 @@ Outcome SetValue(const Request &request);
 Outcome AddApplication(const Request &request);
 Outcome DeleteApplication(const Request &request);
 Outcome RestoreDefaults(const Request &request);
+Outcome ShowHistory(const Request &request);
+Outcome RestoreEarlier(const Request &request);
 Outcome ExportRecords(const Request &request);
 Outcome ImportRecords(const Request &request);
 Outcome CheckSettingsFile(const Request &request);

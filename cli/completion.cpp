@@ -5,12 +5,15 @@
 #include "cli/edit_commands.h"
 #include "cli/record_text.h"
 #include "cli/session.h"
+#include "document/history.h"
 #include "platform/base/ascii.h"
 #include "platform/base/plain_text.h"
+#include "settings/device_prefs.h"
 
 #include <algorithm>
 #include <array>
 #include <sstream>
+#include <tuple>
 
 namespace drevix {
 namespace {
@@ -95,6 +98,21 @@ Words MenuWords(const CommandLine &line, const Surroundings &surroundings) {
     return isFound ? WordsOf(MenuTitles(record).All(), kAsItIs) : Words();
 }
 
+// The numbers of the earlier settings of the line's settings file.
+Words EarlierWords(const CommandLine &line) {
+    std::string path = line.prefs.value_or("");
+    std::vector<EarlierSettings> history;
+    if (!line.prefs && FindDevicePrefsPath(&path) != noErr) {
+        return {};
+    }
+    std::ignore = ListHistory(path, &history); // none can be offered then
+    Words words;
+    for (std::size_t number = 1; number <= history.size(); ++number) {
+        words.push_back(std::to_string(number));
+    }
+    return words;
+}
+
 Words OptionWords(const Command *command) {
     Words words;
     for (const OptionInfo &option : AllOptions()) {
@@ -128,6 +146,9 @@ Words WordsFor(std::span<const std::string> typed, const Surroundings &surroundi
     }
     if (line.words.empty()) {
         return WordsForKind(ArgumentKind::CommandName);
+    }
+    if (command != nullptr && command->run == RestoreEarlier && line.words.size() == 1) {
+        return EarlierWords(line);
     }
     if (command != nullptr && command->run == AssignAction && line.words.size() > 2) {
         if (line.words[2] == "menu") {

@@ -143,6 +143,14 @@ Outcome Session::Remove(RecordNumber number) {
     return fDocument.Remove(number) ? Done() : Failed("there is not enough memory; nothing was changed");
 }
 
+Outcome Session::TakeAll(QBaseHandle earlier) {
+    return fDocument.TakeAll(earlier) ? Done() : Failed("there is not enough memory; nothing was changed");
+}
+
+Outcome Session::Take(const AppPrefs &earlier) {
+    return fDocument.TakeOne(earlier) ? Done() : Failed("there is not enough memory; nothing was changed");
+}
+
 Outcome Session::Save() {
     SortDrevixBase(Base());
     const FileStamp before = StampOfFile(Path());
@@ -154,13 +162,19 @@ Outcome Session::Save() {
 
 // The lock keeps our programs away, but any program can change the file.
 void Session::SayWhatElseCame(const SaveResult &result) const {
+    const bool isSaved = result.status == noErr;
     if (result.outside.cameIn) {
         Note("another program changed " + Path() + " meanwhile; its changes are kept");
     }
     for (const RecordConflict &conflict : result.outside.conflicts) {
         Note("another program changed the settings for " +
              (conflict.name.empty() ? "all applications" : QuotedText(conflict.name)) +
-             " meanwhile; this command's took their place");
+             " meanwhile; this command's took their place" +
+             (isSaved && result.history == noErr ? "; 'drevixctl history' lists the others" : ""));
+    }
+    if (isSaved && result.history != noErr) {
+        Note("what " + Path() +
+             " held before could not be kept in the history: " + std::string(StatusText(result.history)));
     }
     if (result.replacedDamaged) {
         Note(Path() + " was damaged meanwhile; what it held is kept as " + Path() + kRefusedSuffix);

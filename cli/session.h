@@ -44,6 +44,9 @@ class Session {
     Outcome Store(const AppPrefs &record, RecordNumber number);
     // Removes the record. Failed if out of memory.
     Outcome Remove(RecordNumber number);
+    // Take all records, or one, from earlier settings. Failed if out of memory.
+    Outcome TakeAll(QBaseHandle earlier);
+    Outcome Take(const AppPrefs &earlier);
     // Sorts the records and writes the file. The user's own settings are also written to the companion's
     // files: Failed, with the settings saved, if one of those could not be updated. Reports merged changes of
     // other programs, or a file damaged meanwhile, on standard error.

@@ -1,4 +1,5 @@
-// The records whose items must stay: those of the base and of damaged files copied aside.
+// The records whose items must stay: those of the base, of what saves have replaced, and of damaged files copied aside.
+#include "document/history.h"
 #include "document/merge.h"
 #include "document/settings_document.h"
 #include "platform/files/disk.h"
@@ -71,9 +72,27 @@ QBaseOwner SettingsDocument::RecordsWithItems() const try {
             return nullptr;
         }
     }
-    return records;
+    std::vector<EarlierSettings> history;
+    const bool isListed = ListHistory(fPath, &history) == noErr;
+    const bool areAdded = std::ranges::all_of(history, [&](const EarlierSettings &earlier) {
+        return AddKeptCopy(earlier.path, records.get()) == noErr;
+    });
+    return isListed && areAdded ? std::move(records) : nullptr;
 } catch (const std::bad_alloc &) {
     return nullptr;
+}
+
+void SettingsDocument::CleanUpItems(std::chrono::milliseconds wait,
+                                    const std::function<void(QBaseHandle)> &cleanUp) try {
+    const LockForNow lock(fLock);
+    if (Lock(wait) == noErr) {
+        TakeOutsideChanges();
+        if (const QBaseOwner records = IsSaved() ? RecordsWithItems() : nullptr; records != nullptr) {
+            cleanUp(records.get());
+        }
+    }
+} catch (const std::bad_alloc &) {
+    return; // nothing was cleaned up; the next one does it
 }
 
 } // namespace drevix

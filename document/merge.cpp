@@ -153,6 +153,30 @@ QBaseOwner CopyBase(QBaseHandle base) {
     return isDone ? std::move(copy) : nullptr;
 }
 
+bool CopyRecords(const BaseWithKeys &from, const BaseWithKeys &to) {
+    for (const auto &[key, number] : from.records) {
+        const AppPrefs *record = GetAppPrefs(from.base, number);
+        const auto found = to.records.find(key);
+        if (record == nullptr) {
+            continue;
+        }
+        const RecordNumber done = found == to.records.end()
+                                      ? QBaseAddRecord(to.base, record, sizeof *record)
+                                      : QBaseReplaceRecord(to.base, found->second, record, sizeof *record);
+        if (done == kNoRecord) {
+            return false;
+        }
+    }
+    // Last, because a base with marked records allows nothing else.
+    for (const auto &[key, number] : to.records) {
+        if (!from.records.contains(key) && GetAppPrefs(to.base, number) != nullptr) {
+            QBaseMarkRecordForRemoval(to.base, number);
+        }
+    }
+    QBaseRemoveMarkedRecords(to.base);
+    return true;
+}
+
 bool HaveSameRecords(QBaseHandle a, QBaseHandle b) {
     const KeyedRecords recordsOfA = RecordsByKey(a);
     const KeyedRecords recordsOfB = RecordsByKey(b);

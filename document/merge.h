@@ -14,6 +14,14 @@ namespace drevix {
 // Whether both hold the same records, in any order.
 [[nodiscard]] bool HaveSameRecords(QBaseHandle a, QBaseHandle b);
 
+// Makes the settings records of one base those of another, whatever else that one holds. False, with the other base
+// changed in part, if out of memory.
+struct BaseWithKeys {
+    QBaseHandle base;
+    const KeyedRecords &records;
+};
+[[nodiscard]] bool CopyRecords(const BaseWithKeys &from, const BaseWithKeys &to);
+
 // Records as they were before being edited; nullopt: added since.
 using RecordsBefore = std::map<RecordKey, std::optional<AppPrefs>>;
 

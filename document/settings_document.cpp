@@ -1,6 +1,7 @@
 #include "document/settings_document.h"
 
 #include "companion/korvane_sync.h"
+#include "document/history.h"
 #include "document/merge.h"
 #include "helperlink/driver_messages.h"
 #include "platform/base/log.h"
@@ -32,23 +33,6 @@ bool IsOld(const FileStamp &stamp) {
 bool IsMissing(OSErr fileStatus) {
     return fileStatus == fnfErr || fileStatus == dirNFErr;
 }
-
-// Releases a lock that was not held before.
-class LockForNow {
-  public:
-    explicit LockForNow(UserLock &lock) : fLock(lock), fWasHeld(lock.IsHeld()) {}
-    LockForNow(const LockForNow &) = delete;
-    LockForNow &operator=(const LockForNow &) = delete;
-    ~LockForNow() {
-        if (!fWasHeld) {
-            fLock.Release();
-        }
-    }
-
-  private:
-    UserLock &fLock;
-    bool fWasHeld;
-};
 
 } // namespace
 
@@ -154,6 +138,7 @@ OpenResult SettingsDocument::Open(Access access) try {
     fAsOnDisk = std::move(asOnDisk);
     fMayBeOnDisk = nullptr;
     fStamp = reading.stamp;
+    fHeldSettings = reading.IsUsable();
     fIsSettled = reading.isSettled;
     fBeforeEdits.clear();
     TakeCompanionChanges();
@@ -219,6 +204,42 @@ void SettingsDocument::NoteAlike(const AppPrefs &record, bool isAdded) {
     if (isAdded) {
         fBeforeEdits.try_emplace(KeyOfNth(name, alike.size()), std::nullopt);
     }
+}
+
+bool SettingsDocument::TakeAll(QBaseHandle earlier) try {
+    const KeyedRecords ours = RecordsByKey(fBase.get());
+    const KeyedRecords theirs = RecordsByKey(earlier);
+    QBaseOwner base = CopyBase(fBase.get());
+    if (base == nullptr || !CopyRecords({earlier, theirs}, {base.get(), ours})) {
+        return false;
+    }
+    auto before = fBeforeEdits;
+    for (const auto &[key, number] : ours) {
+        if (const AppPrefs *record = GetAppPrefs(fBase.get(), number)) {
+            before.try_emplace(key, *record);
+        }
+    }
+    for (const auto &[key, number] : theirs) {
+        before.try_emplace(key, std::nullopt);
+    }
+    SortDrevixBase(base.get());
+    fBase = std::move(base);
+    fBeforeEdits = std::move(before);
+    fCountUnsaved.reset();
+    return true;
+} catch (const std::bad_alloc &) {
+    return false;
+}
+
+bool SettingsDocument::TakeOne(const AppPrefs &earlier) try {
+    const std::vector<RecordNumber> alike = RecordsAlike(fBase.get(), NameInKey(earlier));
+    const bool isDone = alike.empty() ? Store(earlier, kNoRecord) != kNoRecord : Replace(alike[0], earlier);
+    if (isDone) {
+        SortDrevixBase(fBase.get());
+    }
+    return isDone;
+} catch (const std::bad_alloc &) {
+    return false;
 }
 
 // Alike records cannot be told apart here, so one stands for all.
@@ -321,6 +342,7 @@ bool SettingsDocument::Merge(Reading &theirs, OutsideChanges *outside) {
     fBeforeEdits = std::move(merged->before);
     fCountUnsaved.reset();
     fStamp = theirs.stamp;
+    fHeldSettings = true;
     fIsSettled = theirs.isSettled;
     QBaseSetReadOnly(fBase.get(), false);
     *outside = std::move(merged->outside);
@@ -357,7 +379,7 @@ SaveResult SettingsDocument::Save(std::chrono::milliseconds wait) try {
     }
     if (result.status == noErr) {
         result.wasTried = true;
-        result.status = Write();
+        result.status = Write(&result.history);
     }
     result.replacedDamaged = result.replacedDamaged && result.status == noErr;
     LogStep("document", "saved", fPath, result.status);
@@ -378,6 +400,7 @@ OSErr SettingsDocument::LookBeforeSave(SaveResult *result) {
         return Merge(theirs, &result->outside) ? noErr : memFullErr;
     }
     OSErr status = theirs.WhyUnknown();
+    fHeldSettings = false;
     if (IsDamaged(status)) {
         status = result->keptAside = KeepRefusedFile(fPath);
         result->replacedDamaged = theirs.stamp != fStamp; // else it was reported on opening
@@ -388,7 +411,7 @@ OSErr SettingsDocument::LookBeforeSave(SaveResult *result) {
 
 // After a failure the new file may still be in place but not flushed. It then is our own write, not another
 // program's change.
-OSErr SettingsDocument::Write() {
+OSErr SettingsDocument::Write(OSErr *history) {
     QBaseOwner written = CopyBase(fBase.get());
     if (written == nullptr) {
         return memFullErr;
@@ -398,7 +421,11 @@ OSErr SettingsDocument::Write() {
     if (isOwn) {
         std::ignore = SyncToKorvane(fBase.get(), &fCompanion); // the companion may not be installed
     }
-    const OSErr status = SaveDevicePrefsToPath(fBase.get(), fPath);
+    Forerunner forerunner;
+    const OSErr prepared = fHeldSettings ? forerunner.Prepare(fPath) : OSErr{noErr};
+    const OSErr status = SaveDevicePrefsToPath(fBase.get(), fPath, forerunner.Path(), history);
+    *history = prepared != noErr ? prepared : *history;
+    forerunner.Finish();
     fIsSettled = false; // the file may already be another program's
     if (status != noErr) {
         fMayBeOnDisk = std::move(written);
@@ -406,6 +433,7 @@ OSErr SettingsDocument::Write() {
     }
     fMayBeOnDisk = nullptr;
     fAsOnDisk = std::move(written);
+    fHeldSettings = true;
     fBeforeEdits.clear();
     fHasMore = false;
     if (isOwn) {

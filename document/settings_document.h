@@ -14,6 +14,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <optional>
 #include <string>
@@ -57,6 +58,8 @@ struct SaveResult {
     OutsideChanges outside;
     OSErr keptAside = noErr; // of copying aside a damaged file before replacing it
     bool replacedDamaged = false;
+    OSErr history =
+        noErr; // of keeping what the file held before ("document/history.h"); does not stop a save
 };
 
 class SettingsDocument {
@@ -98,6 +101,11 @@ class SettingsDocument {
     // Removes the record; false if there is no such record or memory is out.
     [[nodiscard]] bool Remove(RecordNumber number);
 
+    // Takes the records of an earlier base as edits: all of them, with those that it has not removed here, or one.
+    // False, with nothing changed, if memory is out. Base() may be another one afterwards, and is sorted.
+    [[nodiscard]] bool TakeAll(QBaseHandle earlier);
+    [[nodiscard]] bool TakeOne(const AppPrefs &earlier);
+
     // Whether this record (one that is or was in the base) differs from the last read or save, and how many
     // records do.
     [[nodiscard]] bool IsUnsaved(const AppPrefs &record) const;
@@ -126,15 +134,19 @@ class SettingsDocument {
     [[nodiscard]] OSErr Lock(std::chrono::milliseconds wait);
 
     // Under the lock (waits at most `wait` for it unless held): merges outside changes; for the user's own
-    // file, writes the companion's files and notifies the companion; writes the file; asks the helper to
-    // reload. Copies aside a file damaged meanwhile before replacing it. On failure keeps the base and its
+    // file, writes the companion's files and notifies the companion; writes the file, keeping in the history what it
+    // held; asks the helper to reload. Copies aside a file damaged meanwhile before replacing it. On failure keeps the base and its
     // edits for the next save. wrPermErr with Access::Read.
     SaveResult Save(std::chrono::milliseconds wait);
 
-    // The records whose items must not be cleaned up: this document's and those of every kept copy of the
-    // file (only intact records of damaged copies). Null, meaning no cleanup at all, if a kept copy cannot be
-    // read or memory is out.
+    // The records whose items must not be cleaned up: this document's, those of the file's history, and those of
+    // every kept copy of it (only intact records of damaged ones). Null, meaning no cleanup at all, if one of them
+    // cannot be read or memory is out.
     [[nodiscard]] QBaseOwner RecordsWithItems() const;
+    // Calls `cleanUp` with them under the user's lock, with what others have saved taken in: no program can be making
+    // an item for settings that it has not saved yet. Does nothing without the lock (waits for it at most `wait`),
+    // with unsaved edits, or without the records.
+    void CleanUpItems(std::chrono::milliseconds wait, const std::function<void(QBaseHandle)> &cleanUp);
 
   private:
     // Identifies a record of a base while its contents change ("document/record_keys.h").
@@ -148,7 +160,7 @@ class SettingsDocument {
     [[nodiscard]] bool MayHaveChanged() const;
     bool Merge(Reading &theirs, OutsideChanges *outside);
     OSErr LookBeforeSave(SaveResult *result);
-    OSErr Write();
+    OSErr Write(OSErr *history);
     void NoteAlike(const AppPrefs &record, bool isAdded);
 
     FSRef fResources;
@@ -159,11 +171,12 @@ class SettingsDocument {
     Access fAccess = Access::Read;
     UserLock fLock;
     QBaseOwner fBase;
-    QBaseOwner fAsOnDisk;    // the file's records as last read or written; for Access::Change only
-    QBaseOwner fMayBeOnDisk; // what a failed save may have written; null: none
-    FileStamp fStamp;        // taken before the file was read
-    bool fIsSettled = false; // any later change of the file will change fStamp
-    bool fHasMore = false;   // reading added repairs or factory records that the file lacks
+    QBaseOwner fAsOnDisk;       // the file's records as last read or written; for Access::Change only
+    QBaseOwner fMayBeOnDisk;    // what a failed save may have written; null: none
+    FileStamp fStamp;           // taken before the file was read
+    bool fHeldSettings = false; // the file did when it was last read or written
+    bool fIsSettled = false;    // any later change of the file will change fStamp
+    bool fHasMore = false;      // reading added repairs or factory records that the file lacks
     KorvaneResults fCompanion = {};
     mutable std::optional<int> fCountUnsaved;                  // nullopt: count again
     std::map<RecordKey, std::optional<AppPrefs>> fBeforeEdits; // records before edits; nullopt: added here

@@ -221,7 +221,8 @@ OSErr SaveDevicePrefs(QBaseHandle base, StringPtr fileName, OSType /*fileType*/,
     return memFullErr;
 }
 
-OSErr SaveDevicePrefsToPath(QBaseHandle base, const std::string &path) {
+OSErr SaveDevicePrefsToPath(QBaseHandle base, const std::string &path, const std::string &keepOldAs,
+                            OSErr *oldKept) {
     if (base == nullptr || path.empty()) {
         return noErr;
     }
@@ -236,7 +237,11 @@ OSErr SaveDevicePrefsToPath(QBaseHandle base, const std::string &path) {
         status = QBaseWrite(base, update.File(), true, true);
     }
     if (status == noErr) {
+        update.KeepOldAs(keepOldAs);
         status = update.Commit();
+    }
+    if (oldKept != nullptr) {
+        *oldKept = update.OldKept();
     }
     if (status != noErr) { // the new file was discarded
         QBaseSetRecordsChanged(base, recordsChanged);

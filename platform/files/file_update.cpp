@@ -114,6 +114,18 @@ OSErr FlushFolder(const std::string &folder) {
     return CurrentDisk().Flush(opened.Get()) == 0 || errno == EINVAL ? noErr : LastError();
 }
 
+OSErr WriteAllAt(int descriptor, std::string_view bytes, off_t offset) {
+    while (!bytes.empty()) {
+        const ssize_t count = CurrentDisk().WriteAt(descriptor, bytes.data(), bytes.size(), offset);
+        if (count <= 0) {
+            return count == 0 ? OSErr{dskFulErr} : LastError();
+        }
+        bytes.remove_prefix(static_cast<std::size_t>(count));
+        offset += count;
+    }
+    return noErr;
+}
+
 OSErr ReadWholeFile(const std::string &path, std::string *bytes) {
     OwnedFile file;
     const OSErr status = OpenFile(path, fsRdPerm, file.Out());
@@ -239,34 +251,73 @@ OSErr FileUpdate::CommitStage() {
     return status == noErr ? WriteSharedFile(fTarget, bytes) : status;
 }
 
+OSErr FileUpdate::CommitBeside() {
+    OSErr status = PBFlushFileSync(File());
+    if (status != noErr) {
+        return status;
+    }
+    fOldKept = KeepOld();
+    if (CurrentDisk().Rename(fBeside.c_str(), fTarget.c_str()) != 0) {
+        status = LastError();
+        RemoveKept();
+        return status;
+    }
+    fBeside.clear();
+    return FlushFolder(FolderOfPath(fTarget));
+}
+
+OSErr FileUpdate::CommitInPlace() {
+    if (!fIsStaged) {
+        const OSErr status = PBFlushFileSync(File());
+        return status == paramErr ? OSErr{noErr}
+                                  : status; // a device or pipe cannot be flushed (fsync(2), EINVAL)
+    }
+    fOldKept = KeepOld();
+    return CommitStage(); // after a failure it is not sure what the file holds, so the kept copy stays
+}
+
 OSErr FileUpdate::Commit() try {
     if (!fFile) {
         return rfNumErr;
     }
-    if (fIsStaged) {
-        const OSErr status = CommitStage();
-        Discard();
-        return status;
-    }
-    OSErr status = PBFlushFileSync(File());
-    if (status == paramErr && fBeside.empty()) {
-        status = noErr; // a device or pipe cannot be flushed (fsync(2), EINVAL)
-    }
-    const bool renames = !fBeside.empty();
-    if (status == noErr && renames && CurrentDisk().Rename(fBeside.c_str(), fTarget.c_str()) != 0) {
-        status = LastError();
-    }
-    if (status != noErr) {
-        Discard();
-        return status;
-    }
-    fBeside.clear();
-    status = renames ? FlushFolder(FolderOfPath(fTarget)) : noErr;
+    const OSErr status = fBeside.empty() ? CommitInPlace() : CommitBeside();
     Discard();
     return status;
 } catch (const std::bad_alloc &) {
     Discard();
     return memFullErr;
+}
+
+// A link costs next to nothing, and what is renamed over a file leaves it whole under its other name.
+OSErr FileUpdate::KeepOld() {
+    if (fKeepAs.empty() || !fExisted) {
+        return noErr;
+    }
+    if (!fIsStaged && CurrentDisk().MakeLink(fTarget.c_str(), fKeepAs.c_str()) == 0) {
+        return noErr;
+    }
+    std::string bytes;
+    OSErr status = ReadWholeFile(fTarget, &bytes);
+    const DiskDescriptor copy(
+        status == noErr
+            ? CurrentDisk().Open(fKeepAs.c_str(), O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW, kPrivateMode)
+            : -1);
+    if (!copy) {
+        fKeepAs.clear(); // not ours
+        return status == noErr ? LastError() : status;
+    }
+    status = WriteAllAt(copy.Get(), bytes, 0);
+    if (status != noErr) {
+        RemoveKept();
+    }
+    return status;
+}
+
+void FileUpdate::RemoveKept() {
+    if (fExisted && !fKeepAs.empty()) {
+        CurrentDisk().Remove(fKeepAs.c_str());
+        fKeepAs.clear();
+    }
 }
 
 // Lets go of the file; what was not committed goes.

@@ -1,12 +1,14 @@
 // Writes a whole file so that a failure or a crash midway leaves the old one.
 #pragma once
 
+#include "platform/base/status.h"
 #include "platform/files/owners.h"
 
 #include <string>
 #include <string_view>
 #include <sys/stat.h>
 #include <sys/types.h>
+#include <utility>
 
 namespace drevix {
 
@@ -50,6 +52,12 @@ class FileUpdate {
     // The empty file to write to (also readable); 0 before Open. Owned by the update: do not close it.
     [[nodiscard]] FileRef File() const { return fFile.Get(); }
 
+    // Has Commit give what the file held before this name too, if nothing has it yet: as a link where the file is
+    // replaced, as a copy otherwise. It goes again if the file was surely not changed, and may be lost to a power cut. That it could
+    // not be made does not stop Commit; OldKept says so afterwards: noErr, also for a file that did not exist.
+    void KeepOldAs(std::string path) { fKeepAs = std::move(path); }
+    [[nodiscard]] OSErr OldKept() const { return fOldKept; }
+
     // Flushes what was written and makes it the file. On failure the old file is back, but for two cases. When a
     // folder could not be flushed after the rename, the new one is in place and its safety against a power cut is
     // not known. When the old bytes could not be written back in place, "FindKeptCopy" says where they are.
@@ -62,14 +70,23 @@ class FileUpdate {
     OSErr OpenInPlace();
     OSErr OpenStage();
     OSErr CommitStage();
+    OSErr CommitBeside();
+    OSErr CommitInPlace();
+    OSErr KeepOld();
+    void RemoveKept();
     void Discard();
 
     std::string fTarget; // where the file lies; links followed when it is to be replaced
     std::string fBeside; // the new file beside it; empty when writing in place
+    std::string fKeepAs; // empty: what was there before is not kept
+    OSErr fOldKept = noErr;
     OwnedFile fFile;
     bool fExisted = false;
     bool fIsStaged = false; // fFile is to be written over fTarget
 };
+
+// Writes all of the bytes at an offset of an open descriptor.
+[[nodiscard]] OSErr WriteAllAt(int descriptor, std::string_view bytes, off_t offset);
 
 // Reads the whole file at a path. memFullErr if it does not fit in memory; else as OpenFile and FSRead.
 [[nodiscard]] OSErr ReadWholeFile(const std::string &path, std::string *bytes);

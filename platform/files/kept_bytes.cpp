@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <chrono>
 #include <cstdint>
 #include <cstring>
 #include <fcntl.h>
@@ -29,6 +30,7 @@ constexpr std::string_view kNoteSuffix = ".note";
 constexpr std::string_view kOldSuffix = ".old";
 constexpr mode_t kMode = 0600;
 constexpr std::chrono::milliseconds kLongestTurn{1000};
+constexpr std::chrono::hours kMonth{24 * 31};
 
 // How a note begins; the path and the new bytes follow. Read by the same machine only.
 struct NoteHead {
@@ -62,25 +64,12 @@ void Forget(const std::string &kept) {
     std::erase_if(AllLeft(), [&](const Left &left) { return left.kept == kept; });
 }
 
-// Writes all at an offset of an open file.
-OSErr WriteAt(int descriptor, std::string_view bytes, off_t offset) {
-    while (!bytes.empty()) {
-        const ssize_t count = CurrentDisk().WriteAt(descriptor, bytes.data(), bytes.size(), offset);
-        if (count <= 0) {
-            return count == 0 ? OSErr{dskFulErr} : LastError();
-        }
-        bytes.remove_prefix(static_cast<std::size_t>(count));
-        offset += count;
-    }
-    return noErr;
-}
-
 OSErr Flush(int descriptor) {
     return CurrentDisk().Flush(descriptor) == 0 ? noErr : LastError();
 }
 
 OSErr WriteFlushed(int descriptor, std::string_view bytes) {
-    const OSErr status = WriteAt(descriptor, bytes, 0);
+    const OSErr status = WriteAllAt(descriptor, bytes, 0);
     return status == noErr ? Flush(descriptor) : status;
 }
 
@@ -130,12 +119,25 @@ OSErr PutBack(const std::string &path, std::string_view old) {
 // What is to become of a kept copy.
 enum class Fate { Stays, Goes, IsOld };
 
+// A kept copy that gets the name of an old one gets a new time by that.
+bool IsOlderThanAMonth(const std::string &path) {
+    struct stat status {};
+    return CurrentDisk().StatusAt(path.c_str(), &status) == 0 &&
+           std::chrono::system_clock::now() - std::chrono::system_clock::from_time_t(status.st_ctim.tv_sec) >
+               kMonth;
+}
+
 Fate MendFile(const Note &note, const std::string &kept) {
     std::string old;
     std::string found;
     struct stat status {};
-    if (ReadWholeFile(kept, &old) != noErr || CurrentDisk().StatusAt(note.path.c_str(), &status) != 0) {
+    if (ReadWholeFile(kept, &old) != noErr) {
         return Fate::Stays;
+    }
+    if (CurrentDisk().StatusAt(note.path.c_str(), &status) != 0) {
+        const bool isRemoved =
+            errno == ENOENT && CurrentDisk().StatusAt(FolderOfPath(note.path).c_str(), &status) == 0;
+        return isRemoved && IsOlderThanAMonth(kept) ? Fate::IsOld : Fate::Stays;
     }
     if (!S_ISREG(status.st_mode) || status.st_ino != note.head.inode || old.size() != note.head.oldLength) {
         return Fate::IsOld;
@@ -193,7 +195,8 @@ void MendAll(const std::string &folder) {
     for (const std::string &name : names) {
         const bool isKept = IsTemporaryName(name, {}, kKeptSuffix);
         const std::string note = name.substr(0, name.find('.')) + std::string(kNoteSuffix);
-        if (IsTemporaryName(name, {}, kStageSuffix) ||
+        const bool isOld = IsTemporaryName(name, {}, kOldSuffix) && IsOlderThanAMonth(JoinPath(folder, name));
+        if (isOld || IsTemporaryName(name, {}, kStageSuffix) ||
             (isKept && std::ranges::find(names, note) == names.end())) {
             CurrentDisk().Remove(JoinPath(folder, name).c_str());
         }

@@ -42,8 +42,9 @@ class KeptBytes {
 };
 
 // Puts back the old bytes of every file that a program of ours was writing in place when it died. A file that is
-// whole, or that somebody has written since, is left alone; of the latter the copy becomes "DIGITS.old", which nothing
-// of ours looks at again. One that cannot be reached now is looked at again next time. Nothing is done while another
+// whole, or that somebody has written since, is left alone; of the latter the copy becomes "DIGITS.old", which a person
+// may look at for a month; then it goes. A file that is not there now is looked at again next time: for a month where its
+// folder is there, and for ever where that is not either, as on a disk that is away. Nothing is done while another
 // program writes.
 void MendFilesCutShort();
 

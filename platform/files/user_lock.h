@@ -32,6 +32,23 @@ class UserLock {
     DiskDescriptor fFile;
 };
 
+// Releases a lock that was not held before.
+class LockForNow {
+  public:
+    explicit LockForNow(UserLock &lock) : fLock(lock), fWasHeld(lock.IsHeld()) {}
+    LockForNow(const LockForNow &) = delete;
+    LockForNow &operator=(const LockForNow &) = delete;
+    ~LockForNow() {
+        if (!fWasHeld) {
+            fLock.Release();
+        }
+    }
+
+  private:
+    UserLock &fLock;
+    bool fWasHeld;
+};
+
 // Locks an open file until its descriptor is closed; fBsyErr after `wait`, else as UserLock.
 [[nodiscard]] OSErr LockDescriptor(int descriptor, std::chrono::milliseconds wait);
 

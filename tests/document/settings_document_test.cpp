@@ -1,4 +1,5 @@
 // The life of a settings file: opened, edited, saved, while it is damaged or fails.
+#include "document/history.h"
 #include "tests/companion/companion_folder.h"
 #include "tests/document/documents.h"
 #include "tests/support/failing_new.h"
@@ -231,6 +232,11 @@ TEST(SettingsDocument, SaveWithEveryFault_KeepsEditsAndFile) {
             EXPECT_TRUE(now == "a=2 b=2 global=1" || (result.status != noErr && now == "a=1 b=2 global=1"))
                 << now;
             EXPECT_EQ(document.IsSaved(), result.status == noErr);
+            std::vector<EarlierSettings> history;
+            EXPECT_EQ(ListHistory(folder.file, &history), noErr);
+            for (const EarlierSettings &earlier : history) {
+                EXPECT_EQ(TextOfBase(ReadEarlierSettings(earlier).get()), "a=1 b=2 global=1");
+            }
             EXPECT_EQ(OpenFileCount(), 0);
             EXPECT_TRUE(document.Put("a=3"));
             const SaveResult second = document.Save(kNoWait);

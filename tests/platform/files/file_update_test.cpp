@@ -2,6 +2,7 @@
 
 #include "platform/base/status.h"
 #include "platform/files/owners.h"
+#include "platform/files/user_lock.h"
 #include "tests/support/faults.h"
 #include "tests/support/scratch.h"
 
@@ -75,6 +76,33 @@ TEST_P(FileUpdateBothWays, Abandoned_LeavesWhatWas) {
     }
     EXPECT_EQ(ReadWhole(path), "old bytes");
     EXPECT_EQ(ScratchFolder::Names(scratch.Preferences()), Names{"f"});
+}
+
+TEST_P(FileUpdateBothWays, OldBytes_AreKeptUnderTheNameAskedForWhateverFails) {
+    test::ForEachFault(5, [](int failAt, Lasts lasts) {
+        ScratchFolder scratch;
+        const std::string path = scratch.Preferences() + "/f";
+        const std::string kept = scratch.Path("kept");
+        WriteWhole(path, "old");
+        OSErr status = noErr;
+        OSErr oldKept = noErr;
+        const bool wasHit = test::MeetsFault(failAt, lasts, ENOSPC, [&] {
+            FileUpdate update;
+            status = update.Open(path, GetParam());
+            update.KeepOldAs(kept);
+            status = status == noErr ? Put(update, "new") : status;
+            status = status == noErr ? update.Commit() : status;
+            oldKept = update.OldKept();
+        });
+        if (ReadWhole(path) == "new") {
+            EXPECT_EQ(oldKept == noErr, fs::exists(kept)) << failAt;
+        } else if (GetParam() == UpdateMethod::Replace) {
+            EXPECT_FALSE(fs::exists(kept)) << failAt;
+        }
+        EXPECT_TRUE(!fs::exists(kept) || ReadWhole(kept) == "old") << failAt;
+        EXPECT_TRUE(!fs::exists(kept) || !fs::equivalent(kept, path)) << failAt;
+        return wasHit;
+    });
 }
 
 TEST_P(FileUpdateBothWays, Links_StayLinks) {
@@ -190,6 +218,26 @@ bool HoldsForAPlainUser(const Check &check) {
     int status = -1;
     ::waitpid(child, &status, 0);
     return status == 0;
+}
+
+// Another user's lock on a file that he could read once stopped every save.
+TEST(UserLock, FileCannotBeOpenedByOthers) {
+    if (::geteuid() != 0) {
+        GTEST_SKIP() << "only the superuser can try it as another user";
+    }
+    ScratchFolder scratch;
+    ::chmod(scratch.Path().c_str(), 0755);
+    const mode_t before = ::umask(0);
+    UserLock lock;
+    EXPECT_EQ(lock.Acquire("settings.lock", {}), noErr);
+    ::umask(before);
+    const std::string folder = scratch.Path("state/com.halcyra.drevix");
+    EXPECT_TRUE(HoldsForAPlainUser(
+        [&] { return ::open((folder + "/settings.lock").c_str(), O_RDONLY) < 0 && errno == EACCES; }));
+    lock.Release();
+    // A state folder that another user could have made is not used.
+    ASSERT_EQ(::chown(folder.c_str(), 65534, 65534), 0);
+    EXPECT_EQ(lock.Acquire("settings.lock", {}), permErr);
 }
 
 TEST(FileUpdate, ClosedFolder_IsWrittenInPlaceAndClosedFileRefused) {

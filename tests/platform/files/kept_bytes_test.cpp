@@ -181,6 +181,41 @@ TEST_F(KeptBytesTest, FileThatIsAway_IsMendedWhenItIsBack) {
     ExpectNothingKept();
 }
 
+// Shows files as they will be after so many days.
+struct LaterDisk : Disk {
+    explicit LaterDisk(int days) : fSeconds(days * 86400), fBefore(SetDisk(this)) {}
+    ~LaterDisk() override { SetDisk(fBefore); }
+    int StatusAt(const char *path, struct stat *status) override {
+        const int result = Disk::StatusAt(path, status);
+        status->st_ctim.tv_sec -= fSeconds;
+        return result;
+    }
+
+  private:
+    int fSeconds;
+    Disk *fBefore;
+};
+
+TEST_F(KeptBytesTest, CopiesOfNoUse_GoAfterAMonth) {
+    const auto countAfter = [&](int days) {
+        const LaterDisk later(days);
+        MendFilesCutShort();
+        return ScratchFolder::Names(KeptFolder()).size();
+    };
+    WriteWhole(fPath, kTexts[0].old);
+    CutShort(fPath, kTexts[0]);
+    WriteWhole(fPath, "of another");
+    EXPECT_EQ(countAfter(0), 1U);
+    EXPECT_EQ(countAfter(30), 1U);
+    EXPECT_EQ(countAfter(32), 0U);
+    WriteWhole(fPath, kTexts[0].old);
+    CutShort(fPath, kTexts[0]);
+    fs::remove(fPath);
+    EXPECT_EQ(countAfter(30), 2U);
+    EXPECT_EQ(countAfter(32), 1U) << "the file will not come back; what it held stays for another month";
+    EXPECT_EQ(countAfter(32), 0U);
+}
+
 TEST_P(KeptBytesTest, NoRoomForTheCopy_TouchesNothing) {
     WriteWhole(fPath, "old");
     const fs::file_time_type before = fs::last_write_time(fPath);

@@ -1,0 +1,54 @@
+// What saves have replaced: the settings file as it was before each, in the user's state folder. Kept are the last ten
+// that differ, and the first one of each day of the last month, which is how the day before left the settings.
+#pragma once
+
+#include "qbase/qbase.h"
+
+#include <chrono>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace drevix {
+
+// A settings file as it was once.
+struct EarlierSettings {
+    std::string path; // of the kept file, readable by the user only
+    std::chrono::system_clock::time_point replaced;
+};
+
+// The history of the settings file at a path, the newest first. Empty, with noErr, if there is none; else the error of
+// the state folder. May list one that a power cut has damaged.
+[[nodiscard]] OSErr ListHistory(const std::string &settings, std::vector<EarlierSettings> *history);
+
+// The records of one; null if it cannot be read, or memory is out.
+[[nodiscard]] QBaseOwner ReadEarlierSettings(const EarlierSettings &earlier);
+
+// The history's part in one save.
+class Forerunner {
+  public:
+    // Looks at the file that the save is to replace and finds a name for it. noErr, also if there is nothing to keep;
+    // or why the history cannot be used.
+    [[nodiscard]] OSErr Prepare(const std::string &settings);
+    // The name that the save is to give it ("settings/device_prefs.h": SaveDevicePrefsToPath). Empty: none.
+    [[nodiscard]] const std::string &Path() const { return fPath; }
+    // After the save: lets it go if the file is still the same, else takes others' access away, and removes what is
+    // too old.
+    void Finish() const;
+
+  private:
+    std::string fSettings;
+    std::string fBytes;
+    std::string fFolder;
+    std::string fPath;
+};
+
+// Of kept files' times and contents, the newest first, those that stay: see above. For tests.
+struct KeptTime {
+    std::chrono::system_clock::time_point replaced;
+    std::uint64_t contents; // equal for equal contents
+};
+[[nodiscard]] std::vector<bool> ChooseKept(const std::vector<KeptTime> &kept,
+                                           std::chrono::system_clock::time_point now);
+
+} // namespace drevix
