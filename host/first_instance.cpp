@@ -2,17 +2,15 @@
 
 #include <QStandardPaths>
 
-#include <unistd.h>
-
 namespace drevix {
 namespace {
 
 constexpr int kAnswerMilliseconds = 1000;
 
+// Empty without a folder of the user's own: elsewhere another user could be the one who answers.
 QString SocketPath() {
     const QString folder = QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation);
-    return folder.isEmpty() ? QStringLiteral("drevix-settings-%1").arg(::getuid())
-                            : folder + QStringLiteral("/drevix-settings");
+    return folder.isEmpty() ? QString() : folder + QStringLiteral("/drevix-settings");
 }
 
 // The environment variable by which a launcher on Wayland lets the program that it starts take the keyboard.
@@ -23,6 +21,9 @@ constexpr qint64 kLongestGreeting = 16384; // bytes: a token of a few dozen, and
 
 bool FirstInstance::Acquire(const QString &file) {
     const QString path = SocketPath();
+    if (path.isEmpty()) {
+        return true;
+    }
     QLocalSocket first;
     first.connectToServer(path);
     if (first.waitForConnected(kAnswerMilliseconds)) {

@@ -98,10 +98,10 @@ std::string NewEntry(std::string_view name) {
 
 std::string ExecOfProgram(std::string_view program) {
     const std::string argument = QuotedArgument(program);
-    // A program's path must not contain "=", and some desktops look it up before turning "%%" into "%"; a
-    // shell's argument may contain both.
-    const bool needsShell = program.find_first_of("=%") != std::string_view::npos;
-    return EscapedValue(needsShell ? R"(/bin/sh -c "exec \"\$0\"" )" + argument : argument);
+    // A program's path must not contain "=", and some desktops look it up before turning "%%" into "%"; the argument of
+    // a program that starts another may contain both. "nice" changes nothing with 0, and no shell reads the path.
+    const bool needsStarter = program.find_first_of("=%") != std::string_view::npos;
+    return EscapedValue(needsStarter ? "nice -n 0 " + argument : argument);
 }
 
 OSErr WriteAutostartEntry(std::string_view name, std::string_view program) try {

@@ -156,6 +156,21 @@ TEST_F(DriverMessages, AnswersThatNobodyAskedForAreNotTaken) {
     EXPECT_TRUE(Until([&] { return fList.count == 1; })) << "the helper's own answer must still count";
 }
 
+// 30 MB in one answer: no turn of the event loop is long, and the rest of the program's life goes on as before.
+TEST_F(DriverMessages, HugeAnswer_HoldsNobodyUp) {
+    Peer helper("huge");
+    ASSERT_TRUE(IsAsked(helper));
+    milliseconds longest{0};
+    for (const Clock::time_point start = Clock::now(); Clock::now() - start < milliseconds(2000);) {
+        const Clock::time_point before = Clock::now();
+        WaitForAppleEvents(milliseconds(20));
+        longest = std::max(longest, std::chrono::duration_cast<milliseconds>(Clock::now() - before));
+    }
+    EXPECT_LT(longest, milliseconds(1000));
+    EXPECT_EQ(fList.count, 0);
+    EXPECT_EQ(Find("DrevixHelper"), noErr);
+}
+
 TEST_F(DriverMessages, RequestsReachTheProcessOfThatNameOnly) {
     Peer helper("nothing");
     Peer companion("nothing", "Drevix tarnix Helper");

@@ -51,6 +51,16 @@ bare = {name: value for name, value in environment.items() if name != "XDG_RUNTI
 drawn = subprocess.run([PROGRAM, "--picture", str(picture)], env=bare, capture_output=True, text=True, timeout=60)
 expect("a picture without a session", (drawn.returncode, drawn.stderr), (0, ""))
 
+# The panel comes from the program's own installation, whatever lies where the program is started.
+planted = folder / "lib/drevix-settings"
+planted.mkdir(parents=True)
+(folder / "bin").mkdir()
+for place in (planted, folder, folder / "bin"):
+    (place / "libdrevixpane.so").write_bytes(b"no plug-in")
+drawn = subprocess.run([PROGRAM, "--picture", str(picture)], env=environment, cwd=folder / "bin", capture_output=True,
+                       timeout=60)
+expect("a picture beside planted plug-ins", drawn.returncode, 0)
+
 # Wrong words: one line, nothing written.
 for words, status in [
     (["--size", "big"], 2),

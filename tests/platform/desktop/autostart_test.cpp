@@ -1,5 +1,7 @@
-#include "platform/base/status.h"
 #include "platform/desktop/autostart.h"
+
+#include "platform/base/status.h"
+#include "platform/desktop/program_starter.h"
 #include "tests/support/scratch.h"
 
 #include <gtest/gtest.h>
@@ -42,6 +44,17 @@ TEST_F(Autostart, AnyPath_IsStartedByTheDesktop) {
         }
         ASSERT_TRUE(std::filesystem::remove(started)) << name << ": " << ReadWhole(fPath);
     }
+}
+
+TEST(ProgramStarter, Arguments_ReachTheProgramAsTheyAre) {
+    const ScratchFolder scratch;
+    const std::string name = "two words$(id);`id`|x>y'\"&\\";
+    ProgramStarter starter;
+    ASSERT_EQ(starter.Start({"touch", scratch.Path(name)}, nullptr), noErr);
+    for (int i = 0; i < 500 && !std::filesystem::exists(scratch.Path(name)); ++i) {
+        ::usleep(10'000);
+    }
+    EXPECT_EQ(ScratchFolder::Names(scratch.Path()), (std::vector<std::string>{"config", name}));
 }
 
 TEST_F(Autostart, EntryOfOurs_FollowsTheProgramAndKeepsTheUsersLines) {
