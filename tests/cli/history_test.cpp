@@ -70,9 +70,8 @@ TEST_F(History, ControlCharacters_AreNeverPrinted) {
     WriteWhole(SettingsFile(), bytes);
     Do("set ringSpeed 21 --app 1");
     std::string all;
-    for (const char *line :
-         {"list", "list --json", "show --app 1", "show --app 1 --json", "history", "history --json",
-          "restore 1 --app 1", "delete --app 1", "menu", "check"}) {
+    for (const char *line : {"list", "list --json", "show --app 1", "show --app 1 --json", "history",
+                             "history --json", "restore 1 --app 1", "delete --app 1", "menu", "check"}) {
         const Result result = Run(line);
         all += result.out + result.err;
     }
