@@ -189,6 +189,7 @@ Outcome ShowHistory(const Request &request) {
         return Done();
     }
     std::vector<TableRow> table;
+    table.reserve(rows.size());
     for (const HistoryRow &row : rows) {
         table.push_back({std::to_string(table.size() + 1), TimeText(row.earlier.replaced, kTimeForPeople),
                          PlainText(row.isWhole ? TextOf(row.changes) : "damaged; cannot be restored")});

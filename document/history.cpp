@@ -16,6 +16,7 @@
 #include <cstdio>
 #include <ctime>
 #include <fcntl.h>
+#include <iterator>
 #include <new>
 #include <optional>
 #include <set>
@@ -123,27 +124,19 @@ bool AreOneFile(const std::string &a, const std::string &b) {
            first.st_dev == second.st_dev;
 }
 
-void MakePrivate(const std::string &path) {
+// False if there is no such file.
+bool MakePrivate(const std::string &path) {
     struct stat found {};
-    if (CurrentDisk().StatusAt(path.c_str(), &found) != 0 || (found.st_mode & kAnyRights) == kMode) {
-        return;
+    if (CurrentDisk().StatusAt(path.c_str(), &found) != 0) {
+        return false;
     }
-    const DiskDescriptor opened(CurrentDisk().Open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK, 0));
-    if (opened) {
-        CurrentDisk().SetMode(opened.Get(), kMode); // the folder is closed to others all the same
-    }
-}
-
-void RemoveOld(const std::string &folder) {
-    const std::vector<Kept> all = ListFolder(folder);
-    std::vector<KeptTime> times(all.size());
-    std::ranges::transform(all, times.begin(), &Kept::time);
-    const std::vector<bool> stays = ChooseKept(times, system_clock::now());
-    for (std::size_t i = 0; i < all.size(); ++i) {
-        if (!stays[i]) {
-            CurrentDisk().Remove(JoinPath(folder, all[i].name).c_str());
+    if ((found.st_mode & kAnyRights) != kMode) {
+        const DiskDescriptor opened(CurrentDisk().Open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK, 0));
+        if (opened) {
+            CurrentDisk().SetMode(opened.Get(), kMode); // the folder is closed to others all the same
         }
     }
+    return true;
 }
 
 // The local day, as one number.
@@ -203,16 +196,19 @@ OSErr Forerunner::Prepare(const std::string &settings) try {
     if (status != noErr) {
         return status;
     }
-    const std::vector<Kept> all = ListFolder(fFolder);
+    std::vector<Kept> all = ListFolder(fFolder);
     KeptTime time = {system_clock::now(), ContentsOf(fBytes)};
     if (!all.empty()) {
+        const auto afterNewest = all[0].time.replaced + nanoseconds(1);
         const std::string newest = JoinPath(fFolder, all[0].name);
         if (AreOneFile(settings, newest)) { // left by a death just before the save
             CurrentDisk().Remove(newest.c_str());
+            all.erase(all.begin());
         }
-        time.replaced =
-            std::max(time.replaced, all[0].time.replaced + nanoseconds(1)); // a clock may be put back
+        time.replaced = std::max(time.replaced, afterNewest); // a clock may be put back
     }
+    fTimes.push_back(time);
+    std::ranges::transform(all, std::back_inserter(fTimes), &Kept::time);
     fSettings = settings;
     fPath = JoinPath(fFolder, NameOf(time));
     return noErr;
@@ -229,8 +225,15 @@ void Forerunner::Finish() const try {
         CurrentDisk().Remove(fPath.c_str());
         return;
     }
-    MakePrivate(fPath);
-    RemoveOld(fFolder);
+    if (!MakePrivate(fPath)) {
+        return; // it could not be kept, so nothing goes for it
+    }
+    const std::vector<bool> stays = ChooseKept(fTimes, system_clock::now());
+    for (std::size_t i = 0; i < fTimes.size(); ++i) {
+        if (!stays[i]) {
+            CurrentDisk().Remove(JoinPath(fFolder, NameOf(fTimes[i])).c_str());
+        }
+    }
 } catch (const std::bad_alloc &) {
     return; // the next save does it
 }

@@ -24,6 +24,15 @@ struct EarlierSettings {
 // The records of one; null if it cannot be read, or memory is out.
 [[nodiscard]] QBaseOwner ReadEarlierSettings(const EarlierSettings &earlier);
 
+// A kept file's part in what stays.
+struct KeptTime {
+    std::chrono::system_clock::time_point replaced;
+    std::uint64_t contents; // equal for equal contents
+};
+// Of kept files, the newest first, those that stay: see above. For tests.
+[[nodiscard]] std::vector<bool> ChooseKept(const std::vector<KeptTime> &kept,
+                                           std::chrono::system_clock::time_point now);
+
 // The history's part in one save.
 class Forerunner {
   public:
@@ -41,14 +50,7 @@ class Forerunner {
     std::string fBytes;
     std::string fFolder;
     std::string fPath;
+    std::vector<KeptTime> fTimes; // of all in the folder, this one first
 };
-
-// Of kept files' times and contents, the newest first, those that stay: see above. For tests.
-struct KeptTime {
-    std::chrono::system_clock::time_point replaced;
-    std::uint64_t contents; // equal for equal contents
-};
-[[nodiscard]] std::vector<bool> ChooseKept(const std::vector<KeptTime> &kept,
-                                           std::chrono::system_clock::time_point now);
 
 } // namespace drevix

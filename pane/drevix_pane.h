@@ -29,6 +29,8 @@
 #include <array>
 #include <chrono>
 
+class QAction;
+
 namespace drevix {
 
 // What comes with the panel.
@@ -54,6 +56,7 @@ struct RecordTrace {
 
 class FindPanel;
 class LiveView;
+struct EarlierSettings;
 struct SearchEntry;
 struct TypedKeystroke;
 
@@ -126,11 +129,17 @@ class DrevixPane : public QObject,
     void SaveSoonIfInactive();
     void TellConflicts(const std::vector<RecordConflict> &conflicts);
     [[nodiscard]] QStringList SaveProblems(const SaveResult &result) const;
+    void TellCompanionProblems(const KorvaneResults &results);
     bool ExportBeforeClosing();
     void ShowSaveButton(SaveState state);
     [[nodiscard]] QString SaveStateText(SaveState state, int unsaved) const;
     [[nodiscard]] QString UnsavedName() const;
     void LookForOutsideChanges();
+
+    // Earlier settings (pane_history.cpp)
+    QAction *BuildHistoryAction(); // with its shortcut in the view; for a menu too
+    void actHistory();
+    void TakeEarlier(const EarlierSettings &earlier, RecordNumber record);
 
     // The list of applications (pane_list.cpp)
     void UpdateTargetMenu();

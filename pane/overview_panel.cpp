@@ -104,9 +104,12 @@ void OverviewPanel::Show() {
 }
 
 // A file that was there stays as it was until the new one is whole.
-bool OverviewPanel::WriteTo(const QString &path) {
+bool OverviewPanel::WriteTo(const QString &path, Readers readers) {
     QSaveFile file(path);
-    const bool isWritten = file.open(QIODevice::WriteOnly) && WriteSheets(file, fSheets) && file.commit();
+    const bool isOpen = file.open(QIODevice::WriteOnly) &&
+                        (readers == Readers::ByUmask ||
+                         file.setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner));
+    const bool isWritten = isOpen && WriteSheets(file, fSheets) && file.commit();
     fProblem->setText(isWritten ? QString() : tr("Couldn't write “%1”: %2").arg(path, file.errorString()));
     fProblem->setVisible(!isWritten);
     return isWritten;
@@ -119,7 +122,7 @@ void OverviewPanel::Save() {
     panel.setDefaultSuffix(QStringLiteral("pdf"));
     panel.selectFile(fAll->isChecked() ? QStringLiteral("Veltrana") : fSheets.front().title);
     if (panel.exec() == QDialog::Accepted) {
-        std::ignore = WriteTo(panel.Path()); // told in the panel
+        std::ignore = WriteTo(panel.Path(), Readers::ByUmask); // told in the panel
     }
 }
 
@@ -128,7 +131,7 @@ void OverviewPanel::Print() {
     const QDir folder(QStandardPaths::writableLocation(QStandardPaths::CacheLocation)); // nobody else's
     std::ignore = folder.mkpath(QStringLiteral("."));                                   // writing tells
     const QString path = folder.filePath(QStringLiteral("overview.pdf"));
-    if (WriteTo(path) && !OpenAddress(QUrl::fromLocalFile(path))) {
+    if (WriteTo(path, Readers::UserOnly) && !OpenAddress(QUrl::fromLocalFile(path))) {
         fProblem->setText(
             tr("There is no program that shows PDF documents. The sheet is in “%1”.").arg(path));
         fProblem->show();

@@ -27,7 +27,8 @@ class OverviewPanel : public QDialog {
     void Save();
     void Print();
     void Copy();
-    bool WriteTo(const QString &path);
+    enum class Readers { ByUmask, UserOnly };
+    bool WriteTo(const QString &path, Readers readers);
 
     MakeSheets fMakeSheets;
     std::vector<SheetContents> fSheets;

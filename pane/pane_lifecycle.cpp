@@ -69,6 +69,7 @@ QWidget *DrevixPane::mainView() {
         BuildItemControls();
         BuildControlMenu();
         BuildShortcuts();
+        BuildHistoryAction();
         BuildSaveControls();
         BuildLooks();
         ConnectControls();
@@ -231,7 +232,9 @@ void DrevixPane::GetPrefsFromBase() {
 
 void DrevixPane::SavePrefsToBase() {
     KeepEdits();
-    std::ignore = SyncToKorvane(fDrevixBase); // the companion may not be there
+    KorvaneResults results = {};
+    std::ignore = SyncToKorvane(fDrevixBase, &results); // nobody may listen
+    TellCompanionProblems(results);
 }
 
 void DrevixPane::KeepEdits() {

@@ -7,6 +7,7 @@
 #include "pane/file_panels.h"
 #include "pane/pane_text.h"
 #include "platform/base/status.h"
+#include "platform/files/kept_bytes.h"
 #include "settings/pascal_strings.h"
 #include "settings/prefs_dictionary.h"
 #include "settings/prefs_list.h"
@@ -293,7 +294,15 @@ OSErr DrevixPane::ExportCurrentAppPrefs(const QString &path, bool all) {
         return prefs;
     };
     const OSErr status = WriteAppPrefsFile(path.toStdString(), nextRecord);
-    Report(status, tr("The settings could not be exported"));
+    const std::string kept = status == noErr ? std::string() : FindKeptCopy(path.toStdString());
+    if (kept.empty()) {
+        Report(status, tr("The settings could not be exported"));
+    } else {
+        Tell(tr("The settings could not be exported: %1. What %2 held is kept in %3, and comes back when it "
+                "can be "
+                "written again.")
+                 .arg(StatusSentence(status), path, TextOf(kept)));
+    }
     return status;
 }
 

@@ -6,6 +6,7 @@
 #include "pane/file_panels.h"
 #include "pane/pane_text.h"
 #include "pane/unsaved_panel.h"
+#include "platform/base/plain_text.h"
 #include "platform/base/status.h"
 #include "settings/device_prefs.h"
 #include "settings/prefs_list.h"
@@ -48,7 +49,7 @@ constexpr auto kConflictTexts = std::to_array<ConflictText>({
 // As the list of applications calls it.
 QString NameOf(const RecordConflict &conflict) {
     const QString name = conflict.name.empty() ? QCoreApplication::translate("Controls", "Global Settings")
-                                               : TextOf(conflict.name);
+                                               : TextOf(PlainText(conflict.name));
     return DrevixPane::tr("\"%1\"").arg(name);
 }
 
@@ -60,6 +61,30 @@ QString Listed(QStringList names) {
     }
     names = names.mid(0, kMostNames);
     return DrevixPane::tr("%1 and %2 more").arg(names.join(QLatin1String(", "))).arg(more);
+}
+
+QString HistoryKeys() {
+    return QKeySequence(Qt::CTRL | Qt::Key_H).toString(QKeySequence::NativeText);
+}
+
+// Which files of the companion a write has left other than the buttons, and that they win.
+QStringList CompanionProblems(const KorvaneResults &results) {
+    QStringList problems;
+    for (std::size_t row = 0; row < results.size(); ++row) {
+        const KorvaneFileState state = results[row].state;
+        const bool isInUse = state == KorvaneFileState::InUse;
+        const bool isTooLong = state == KorvaneFileState::TooLong;
+        if (isInUse || isTooLong || state == KorvaneFileState::NotWritten) {
+            const QString why = isInUse     ? DrevixPane::tr("another program kept writing it")
+                                : isTooLong ? DrevixPane::tr("it is too long")
+                                            : StatusSentence(results[row].status);
+            problems +=
+                DrevixPane::tr("The companion dial's file %1 could not be written: %2. Its entries hold "
+                               "again for buttons I, II and III when it is next read.")
+                    .arg(TextOf(FindKorvaneFileForApp(kKorvaneApps[row].folder)), why);
+        }
+    }
+    return problems;
 }
 
 QStringList ConflictTexts(const std::vector<RecordConflict> &conflicts) {
@@ -140,7 +165,9 @@ OSErr DrevixPane::SaveBaseToFile(std::chrono::milliseconds wait) {
     if (!isTriedAgain && !(fSaveProblem.isEmpty() && fIsConflictShown)) {
         Tell(fSaveProblem);
     }
-    fIsConflictShown = fIsConflictShown || !result.outside.conflicts.empty();
+    const bool isOtherFileLeft =
+        result.status == noErr && !CompanionProblems(fDocument.Companion()).isEmpty();
+    fIsConflictShown = fIsConflictShown || isOtherFileLeft || !result.outside.conflicts.empty();
     return result.status;
 }
 
@@ -161,7 +188,24 @@ QStringList DrevixPane::SaveProblems(const SaveResult &result) const {
         problems += tr("The settings file had been damaged; it is kept as %1, and was written anew.")
                         .arg(TextOf(kDrevixPrefsName) + QLatin1String(kRefusedSuffix));
     }
-    return problems + ConflictTexts(result.outside.conflicts);
+    if (result.status == noErr && fDocument.Owner() == Ownership::UsersOwn) {
+        problems += CompanionProblems(fDocument.Companion());
+    }
+    QStringList conflicts = ConflictTexts(result.outside.conflicts);
+    if (!conflicts.isEmpty() && result.status == noErr && result.history == noErr) {
+        conflicts += tr("What was replaced is under Earlier Settings (%1).").arg(HistoryKeys());
+    }
+    if (result.status == noErr && result.history != noErr) {
+        problems += tr("The settings are saved, but what was replaced could not be kept: %1.")
+                        .arg(StatusSentence(result.history));
+    }
+    return problems + conflicts;
+}
+
+void DrevixPane::TellCompanionProblems(const KorvaneResults &results) {
+    if (const QStringList problems = CompanionProblems(results); !problems.isEmpty()) {
+        Tell(problems.join(QLatin1Char(' ')));
+    }
 }
 
 void DrevixPane::TellConflicts(const std::vector<RecordConflict> &conflicts) {
@@ -175,10 +219,11 @@ void DrevixPane::SaveForLeaving() {
     if (!SaveEverything(kLongestWait)) {
         return; // the file may name items that the base names no more
     }
-    if (const QBaseOwner named = fDocument.RecordsWithItems(); named != nullptr) {
-        std::ignore =
-            CleanupDrevixItems(kDrevixItemsFolderName.data(), named.get()); // the next one removes it
-    }
+    fDocument.CleanUpItems({}, [](QBaseHandle named) {
+        std::ignore = CleanupDrevixItems(kDrevixItemsFolderName.data(), named); // the next one removes it
+        ClearHalfMadeItems(kDrevixItemsFolderName.data());
+    });
+    fDrevixBase = fDocument.Base();
 }
 
 // An edit while the host is inactive has missed the save that going to the background made.

@@ -1760,6 +1760,62 @@
         <source>%1 can&apos;t do the same in %2 and stay as they are.</source>
         <translation>%1: Das geht in %2 nicht; hier bleibt es, wie es ist.</translation>
     </message>
+    <message>
+        <source>What was replaced is under Earlier Settings (%1).</source>
+        <translation>Was ersetzt wurde, steht unter „Frühere Einstellungen“ (%1).</translation>
+    </message>
+    <message>
+        <source>The settings are saved, but what was replaced could not be kept: %1.</source>
+        <translation>Die Einstellungen sind gesichert, aber was ersetzt wurde, konnte nicht aufbewahrt werden: %1.</translation>
+    </message>
+    <message>
+        <source>another program kept writing it</source>
+        <translation>ein anderes Programm schreibt sie gerade</translation>
+    </message>
+    <message>
+        <source>it is too long</source>
+        <translation>sie ist zu lang</translation>
+    </message>
+    <message>
+        <source>The companion dial&apos;s file %1 could not be written: %2. Its entries hold again for buttons I, II and III when it is next read.</source>
+        <translation>Die Datei %1 des Begleitgeräts konnte nicht geschrieben werden: %2. Ihre Einträge gelten für die Tasten I, II und III wieder, sobald sie das nächste Mal gelesen wird.</translation>
+    </message>
+    <message>
+        <source>The settings could not be exported: %1. What %2 held is kept in %3, and comes back when it can be written again.</source>
+        <translation>Die Einstellungen konnten nicht exportiert werden: %1. Der bisherige Inhalt von %2 ist in %3 aufbewahrt und kommt zurück, sobald die Datei wieder geschrieben werden kann.</translation>
+    </message>
+    <message>
+        <source>%1 added</source>
+        <translation>%1 hinzugefügt</translation>
+    </message>
+    <message>
+        <source>%1 deleted</source>
+        <translation>%1 gelöscht</translation>
+    </message>
+    <message>
+        <source>other values</source>
+        <translation>andere Werte</translation>
+    </message>
+    <message>
+        <source>damaged</source>
+        <translation>beschädigt</translation>
+    </message>
+    <message>
+        <source>Earlier Settings…</source>
+        <translation>Frühere Einstellungen …</translation>
+    </message>
+    <message>
+        <source>The earlier settings could not be listed</source>
+        <translation>Die früheren Einstellungen konnten nicht aufgelistet werden</translation>
+    </message>
+    <message>
+        <source>There are no earlier settings yet; each save keeps what it replaces.</source>
+        <translation>Es gibt noch keine früheren Einstellungen; jedes Sichern bewahrt auf, was es ersetzt.</translation>
+    </message>
+    <message>
+        <source>The earlier settings could not be read; nothing was changed.</source>
+        <translation>Die früheren Einstellungen konnten nicht gelesen werden; es wurde nichts geändert.</translation>
+    </message>
 </context>
 <context>
     <name>drevix::ExportPanel</name>
@@ -2196,6 +2252,33 @@
     <message>
         <source>%1: %2.</source>
         <translation>%1: %2.</translation>
+    </message>
+</context>
+<context>
+    <name>drevix::HistoryPanel</name>
+    <message>
+        <source>&amp;Restore</source>
+        <translation>&amp;Wiederherstellen</translation>
+    </message>
+    <message>
+        <source>Earlier Settings</source>
+        <translation>Frühere Einstellungen</translation>
+    </message>
+    <message>
+        <source>Replaced</source>
+        <translation>Ersetzt</translation>
+    </message>
+    <message>
+        <source>What changed then</source>
+        <translation>Was sich da änderte</translation>
+    </message>
+    <message>
+        <source>&amp;Bring back:</source>
+        <translation>&amp;Zurückholen:</translation>
+    </message>
+    <message>
+        <source>All settings</source>
+        <translation>Alle Einstellungen</translation>
     </message>
 </context>
 </TS>

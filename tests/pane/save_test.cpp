@@ -95,7 +95,8 @@ TEST_F(Saving, WhatIsTold_IsWhatEachSideDid) {
     Save({MakeFullRecord(0, ""), MakeFullRecord(kPhoto, "photo"), alpha});
     Click("uiPaneButtonApply");
     EXPECT_EQ(fProblem, u"Another program deleted \"beta\", which was changed here; it is kept. "
-                        u"Another program changed \"Alpha\", which was deleted here; it stays deleted."_s);
+                        u"Another program changed \"Alpha\", which was deleted here; it stays deleted. "
+                        u"What was replaced is under Earlier Settings (Ctrl+H)."_s);
     EXPECT_EQ(fFolder.SavedNames(), Names({"", "photo", "beta"}));
     GoAway();
     EXPECT_FALSE(fProblem.isEmpty()) << "it stays to be read";

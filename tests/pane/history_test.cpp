@@ -1,0 +1,97 @@
+// Earlier settings in the panel, and what is told of files beside the settings file that could not be written.
+#include "tests/pane/panel.h"
+
+#include "companion/korvane_files.h"
+#include "pane/history_panel.h"
+#include "platform/files/kept_bytes.h"
+
+namespace drevix::test {
+namespace {
+
+class Earlier : public PanelTest {
+  protected:
+    void Ask(const std::function<void(QDialog *)> &answer) {
+        fWindow->activateWindow(); // after another dialog
+        ASSERT_TRUE(QTest::qWaitForWindowActive(fWindow.get()));
+        AnswerNext(answer);
+        QTest::keyClick(fWindow.get(), Qt::Key_H, Qt::ControlModifier);
+    }
+    static QComboBox *What(const QDialog *panel) { return panel->findChild<QComboBox *>(); }
+};
+
+TEST_F(Earlier, ComeBackWholeOrForOneApplication) {
+    QTest::keyClick(fWindow.get(), Qt::Key_H, Qt::ControlModifier);
+    EXPECT_TRUE(fProblem.startsWith(u"There are no earlier settings"_s)) << fProblem;
+    const AppPrefs global = fPane->WorkingCopy();
+    Edit();
+    Click("uiPaneButtonApply");
+    ASSERT_TRUE(Choose(Targets(), 4)); // beta
+    Edit();
+    Click("uiPaneButtonApply");
+    const AppPrefs changed = Saved(3);
+    Ask([&](QDialog *panel) {
+        auto *const list = panel->findChild<QTreeWidget *>();
+        ASSERT_EQ(list->topLevelItemCount(), 2);
+        EXPECT_EQ(list->topLevelItem(0)->text(1), u"beta: other values"_s);
+        EXPECT_EQ(list->topLevelItem(1)->text(1), u"Global Settings: other values"_s);
+        list->setCurrentItem(list->topLevelItem(1));
+        EXPECT_EQ(What(panel)->count(), 5);
+        What(panel)->setCurrentIndex(1);
+        Press(panel, u"Restore"_s);
+    });
+    EXPECT_TRUE(SameBytes(Saved(0), global) && SameBytes(fPane->WorkingCopy(), global));
+    EXPECT_TRUE(SameBytes(Saved(3), changed)) << "the others stay";
+    Ask([&](QDialog *panel) { Press(panel, u"Restore"_s); }); // the newest: what the restoring replaced
+    EXPECT_FALSE(SameBytes(Saved(0), global));
+    EXPECT_TRUE(SameBytes(fPane->WorkingCopy(), Saved(0)));
+    Ask([&](QDialog *panel) { Press(panel, u"Cancel"_s); });
+    EXPECT_FALSE(SameBytes(Saved(0), global));
+}
+
+// A companion's file that could not be written was told of by nobody, 12 times of 12.
+TEST_F(Earlier, CompanionsFileThatIsNotWritten_IsTold) {
+    const std::string file = FindKorvaneFileForApp("_System_");
+    std::filesystem::create_directories(std::filesystem::path(file).parent_path());
+    WriteWhole(file, R"(<HotKeys TargetApp="System"><HotKey><Menu>Empty Trash</Menu></HotKey></HotKeys>)");
+    const std::string before = ReadWhole(file);
+    Start();
+    // Its old bytes have nowhere to be kept, so it is not touched; the settings themselves can be saved.
+    std::filesystem::create_directories(fFolder.Path("state/com.halcyra.drevix"));
+    WriteWhole(fFolder.Path("state/com.halcyra.drevix/kept"), "a file in the way");
+    ASSERT_TRUE(fPane->showControl(u"buttonII"_s));
+    ASSERT_TRUE(Choose("uiSettingsMenuAction", 3));
+    ASSERT_TRUE(Choose("uiSettingsMenuToolMenu", 1));
+    Click("uiPaneButtonApply");
+    EXPECT_EQ(Saved(0).device[0].action[19].command, kActionToolMenu);
+    EXPECT_EQ(ReadWhole(file), before);
+    EXPECT_TRUE(fProblem.contains(TextOf(file)) && fProblem.contains(u"hold again"_s)) << fProblem;
+    EXPECT_FALSE(fPane->mayClose()) << "it is to be read";
+}
+
+TEST_F(Earlier, KeptCopyOfAFailedExport_IsNamed) {
+    const std::string path = fFolder.Path("all.veltrana");
+    WriteWhole(path, std::string(200'000, 'x'));
+    struct BreakingDisk : FullDisk { // when the first bytes are in the file
+        std::string path;
+        int file = -1;
+        int left = 1;
+        int Open(const char *opened, int flags, mode_t mode) override {
+            const int descriptor = Disk::Open(opened, flags, mode);
+            file = opened == path ? descriptor : file;
+            return descriptor;
+        }
+        ssize_t WriteAt(int fd, const void *bytes, std::size_t count, off_t offset) override {
+            return fd == file && left-- < 1 ? FullDisk::WriteAt(fd, bytes, count, offset)
+                                            : Disk::WriteAt(fd, bytes, count, offset);
+        }
+    } disk;
+    disk.path = path;
+    EXPECT_NE(fPane->ExportCurrentAppPrefs(TextOf(path), true), noErr);
+    const std::string kept = FindKeptCopy(path);
+    ASSERT_FALSE(kept.empty());
+    EXPECT_TRUE(fProblem.contains(TextOf(kept))) << fProblem;
+    EXPECT_EQ(ReadWhole(kept), std::string(200'000, 'x'));
+}
+
+} // namespace
+} // namespace drevix::test
