@@ -38,7 +38,8 @@ TEST_F(History, RestoreBringsBackAndIsItselfUndone) {
     Do("restore 1");
     EXPECT_EQ(Record("Painter").device[0].navSpeed, 20);
     EXPECT_EQ(Record("Browser").device[0].navSpeed, 40);
-    EXPECT_EQ(Run(std::vector<std::string>{"__complete", "restore", ""}).out, "1\n2\n3\n4\n5\n");
+    EXPECT_EQ(Run(std::vector<std::string>{"__complete", "restore", ""}).out,
+              "1\n2\n3\n4\n"); // what is there twice counts once
 }
 
 TEST_F(History, WhatCannotBeRestored_ChangesNothing) {
