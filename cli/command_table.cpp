@@ -56,8 +56,8 @@ constexpr auto kCommands = std::to_array<Command>({
      "of the tuner: actions, sensitivity and click sound; or of the buttons: actions.\n",
      1, 1, kAppOption, 0, {Group, None}, RestoreDefaults},
     {"history", "", "list earlier settings",
-     "Lists what saves have replaced, the newest first, with when that was and what the\n"
-     "save changed. Kept are the last ten that differ and the first of each day for a\n"
+     "Lists what saves have replaced, the newest first: when, and what the save\n"
+     "changed. Kept are the last ten that differ, and the first of each day for a\n"
      "month.\n",
      0, 0, 0, 0, {None, None}, ShowHistory},
     {"restore", "N", "bring earlier settings back",

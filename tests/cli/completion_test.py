@@ -47,7 +47,7 @@ class Completion(unittest.TestCase):
     def test_words(self):
         for line, expected in [
             ("drevixctl ex", ["export"]),
-            ("drevixctl --json re", ["recover", "release"]),
+            ("drevixctl --json re", ["restore", "recover", "release"]),
             ("drevixctl dev", ["devices"]),
             ("drevixctl assign tuner", ["tunerCCW", "tunerCW"]),
             ("drevixctl assign buttonI Scroll\\ u", ["Scroll\\ up"]),
