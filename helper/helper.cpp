@@ -56,13 +56,14 @@ void TellDevices(const DeviceList &list) {
 
 } // namespace
 
-Helper::Helper(const HelperOptions &options, const FSRef &resources)
+Helper::Helper(const HelperOptions &options, const FSRef &resources, const std::string &program)
     : fOptions(options), fResources(resources), fFileWatch([this] {
           if (fFile->TakeChange()) {
               ReadDevicesAgain();
           }
       }),
-      fEndWatch([this] { fIsToEnd = true; }) {
+      fEndWatch([this] { fIsToEnd = true; }), fProgram(program),
+      fProgramWatch([this] { fProgram.TakeChange(); }) {
     gHelper = this;
 }
 
@@ -147,6 +148,7 @@ void Helper::ReadDevicesAgain() {
 
 void Helper::Serve(int endDescriptor) {
     fEndWatch.Watch(endDescriptor, POLLIN, std::nullopt);
+    fProgramWatch.Watch(fProgram.Descriptor(), POLLIN, std::nullopt);
     // Ends with the session too, whose bus does not come back.
     Clock::time_point deadline = Clock::now() + kTimeWithoutBus;
     while (!fHasFailed && !fIsToEnd && Clock::now() < deadline) {
@@ -155,7 +157,12 @@ void Helper::Serve(int endDescriptor) {
         if (!isServing) {
             wait = std::min<std::chrono::microseconds>(wait.value_or(kTimeWithoutBus), kTimeWithoutBus / 5);
         }
+        if (const auto untilLook = fProgram.Wait(); untilLook) {
+            wait = std::min(wait.value_or(*untilLook), *untilLook);
+        }
         fLoop.RunOnce(wait);
+        fProgramFile = fProgram.Look();
+        fIsToEnd = fIsToEnd || fProgramFile != ProgramFile::Same;
         if (isServing) {
             deadline = Clock::now() + kTimeWithoutBus;
         }

@@ -4,6 +4,7 @@
 
 #include "helper/acting_helper.h"
 #include "helper/options.h"
+#include "helper/program_watch.h"
 #include "helperlink/driver_messages.h"
 #include "platform/base/loop_watch.h"
 #include "platform/bus/sd_event_loop.h"
@@ -17,7 +18,7 @@ namespace drevix {
 
 class Helper {
   public:
-    Helper(const HelperOptions &options, const FSRef &resources);
+    Helper(const HelperOptions &options, const FSRef &resources, const std::string &program);
     Helper(const Helper &) = delete;
     Helper &operator=(const Helper &) = delete;
     ~Helper();
@@ -25,7 +26,10 @@ class Helper {
     // Serves until `endDescriptor` can be read or the session bus has been gone for five seconds. The
     // program's exit status: 0; 1, with a line on standard error, when another helper serves this session, when
     // there is no session bus, or for devices that make no sense.
+    // Ends with 0 too when its own program was replaced or removed.
     [[nodiscard]] int Run(int endDescriptor);
+    // Whether the program should be started anew, as an upgrade has replaced it.
+    [[nodiscard]] bool IsReplaced() const { return fProgramFile == ProgramFile::Replaced; }
 
   private:
     [[nodiscard]] bool FindFiles();
@@ -50,6 +54,9 @@ class Helper {
     std::optional<FileWatch> fFile;
     LoopWatch fFileWatch;
     LoopWatch fEndWatch;
+    ProgramWatch fProgram;
+    LoopWatch fProgramWatch;
+    ProgramFile fProgramFile = ProgramFile::Same;
     std::optional<ActingHelper>
         fActing; // nothing before another helper is ruled out, and for one that only describes
     bool fIsRegistered = false;

@@ -20,10 +20,7 @@ constexpr int kWrongUsage = 2;
 
 // The folder that the application's own folder, NAME.app/Contents/Linux, lies in. An installed program lies in
 // PREFIX/lib/drevix-settings, and only a link to it in the application's folder, since PREFIX/share is for all machines.
-FSRef ResourcesAround() {
-    std::string program;
-    // Without it the factory's settings are not found, and the settings file has to do.
-    std::ignore = FollowLinks("/proc/self/exe", &program);
+FSRef ResourcesAround(const std::string &program) {
     const std::string above = FolderOfPath(FolderOfPath(FolderOfPath(program)));
     return {above.ends_with(".app") ? FolderOfPath(above) : above + "/share/drevix-settings"};
 }
@@ -41,7 +38,9 @@ int OpenEndRequests() {
     return ::signalfd(-1, &requests, SFD_CLOEXEC | SFD_NONBLOCK);
 }
 
-int Start(std::span<const std::string> arguments) {
+enum class Next : std::uint8_t { Exit, StartAnew };
+
+int Start(std::span<const std::string> arguments, const std::string &program, Next *next) {
     HelperOptions options;
     std::string problem;
     if (!ParseHelperOptions(arguments, &options, &problem)) {
@@ -54,16 +53,28 @@ int Start(std::span<const std::string> arguments) {
     }
     const int endRequests = OpenEndRequests();
     GetKeyboardInformation();
-    const FSRef resources = ResourcesAround();
-    Helper helper(options, resources);
-    return helper.Run(endRequests);
+    const FSRef resources = ResourcesAround(program);
+    Helper helper(options, resources, program);
+    const int status = helper.Run(endRequests);
+    *next = helper.IsReplaced() ? Next::StartAnew : Next::Exit;
+    return status;
 }
 
 } // namespace
 
 int main(int argc, char **argv) try {
     const std::vector<std::string> arguments(argv + (argc > 0 ? 1 : 0), argv + argc);
-    return Start(arguments);
+    std::string program;
+    // Without it the factory's settings are not found, and the settings file has to do.
+    std::ignore = FollowLinks("/proc/self/exe", &program);
+    Next next = Next::Exit;
+    const int status = Start(arguments, program, &next);
+    if (next == Next::StartAnew) {
+        ::execv(program.c_str(), argv);
+        std::cerr << "DrevixHelper: its new version could not be started\n";
+        return 1;
+    }
+    return status;
 } catch (const std::exception &) {
     std::cerr << "DrevixHelper: there is not enough memory\n";
     return 1;

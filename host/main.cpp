@@ -58,6 +58,21 @@ void TakeScale(int argc, char **argv) {
     }
 }
 
+// Words that are answered without a window, and so without a display.
+void DoWithoutDisplay(int argc, char **argv) {
+    static constexpr auto kWords =
+        std::to_array<std::string_view>({"--help", "-h", "--help-all", "--version", "-v", "--picture"});
+    const auto isOne = [](std::string_view word) {
+        return std::ranges::find(kWords, word.substr(0, word.find('='))) != kWords.end();
+    };
+    const bool hasDisplay =
+        qEnvironmentVariableIsSet("DISPLAY") || qEnvironmentVariableIsSet("WAYLAND_DISPLAY");
+    if (!hasDisplay && !qEnvironmentVariableIsSet("QT_QPA_PLATFORM") &&
+        std::any_of(argv, argv + argc, isOne)) {
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    }
+}
+
 // A picture is drawn where nobody is logged in, too. There Qt complains that a session's folders are missing and
 // of what cannot be done for a window on a screen, as hints for its size.
 void DrawInSilence(int argc, char **argv) {
@@ -117,6 +132,7 @@ void ObeyEndRequests(QApplication &application) {
 
 int main(int argc, char **argv) {
     TakeScale(argc, argv);
+    DoWithoutDisplay(argc, argv);
     DrawInSilence(argc, argv);
     ObeyVerbose(argc, argv);
     QApplication application(argc, argv);
@@ -124,12 +140,14 @@ int main(int argc, char **argv) {
     QApplication::setApplicationName(QStringLiteral("drevix-settings"));
     QApplication::setApplicationDisplayName(QStringLiteral("Drevix Veltrana"));
     QApplication::setDesktopFileName(QStringLiteral("com.halcyra.drevix.settings"));
+    QApplication::setApplicationVersion(QStringLiteral(DREVIX_VERSION));
     LoadTranslations(application);
 
     QCommandLineParser options;
     options.setApplicationDescription(
         Host::tr("Decides, application by application, what every control of the device does."));
     options.addHelpOption();
+    options.addVersionOption();
     options.addOption({QStringLiteral("verbose"), Host::tr("Tell on standard error what is done.")});
     options.addOptions(PictureOptions());
     options.addPositionalArgument(QStringLiteral("file"),

@@ -61,6 +61,12 @@ drawn = subprocess.run([PROGRAM, "--picture", str(picture)], env=environment, cw
                        timeout=60)
 expect("a picture beside planted plug-ins", drawn.returncode, 0)
 
+# Without a display, as over ssh, these stopped the program with Qt's list of platforms.
+headless = {name: value for name, value in environment.items() if name not in ("QT_QPA_PLATFORM", "DISPLAY", "WAYLAND_DISPLAY")}
+for word, start in [("--version", "drevix-settings "), ("--help", "Usage: "), (f"--picture={picture}", "")]:
+    said = subprocess.run([PROGRAM, word], env=headless, capture_output=True, text=True, timeout=60)
+    expect(f"{word} without a display", (said.returncode, said.stdout.startswith(start), said.stderr), (0, True, ""))
+
 # Wrong words: one line, nothing written.
 for words, status in [
     (["--size", "big"], 2),
