@@ -18,8 +18,6 @@
 namespace drevix {
 namespace {
 
-constexpr std::string_view kUnchanged = "nothing was changed";
-
 // The action to put into a slot.
 struct Choice {
     ActionCommand command = kActionNone;

@@ -9,6 +9,9 @@
 
 namespace drevix {
 
+// The end of a message about a change that was not made.
+inline constexpr std::string_view kUnchanged = "nothing was changed";
+
 // The program's exit statuses.
 enum class ExitStatus : int {
     Done = 0,

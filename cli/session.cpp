@@ -9,8 +9,6 @@
 namespace drevix {
 namespace {
 
-constexpr std::string_view kUnchanged = "nothing was changed";
-
 // For another program that is changing settings.
 constexpr std::chrono::seconds kLongestWait{5};
 

@@ -2,6 +2,7 @@
 
 #include "keyboard/key_codes.h"
 #include "platform/base/ascii.h"
+#include "platform/base/marked_text.h"
 #include "settings/action_list.h"
 
 #include <algorithm>
@@ -74,7 +75,7 @@ constexpr auto kPlans = std::to_array<PlanRow>({
     {4,   DoNothing{}}, // the global record's was already looked up
     {7,   SwitchRingMode{}},
     {32,  SlotKeystroke{}},
-    {34,  DoNothing{"the companion does not accept menu commands"}},
+    {34,  DoNothing{Marked("Engine", "the companion does not accept menu commands")}},
     {35,  Typed{'['}},
     {36,  Typed{']'}},
     {37,  SlotScroll{Left}},
@@ -88,25 +89,25 @@ constexpr auto kPlans = std::to_array<PlanRow>({
     {67,  Window{Request::ShowDesktop}},
     {68,  Window{Request::ShowApplicationWindows}},
     {69,  Window{Request::ShowAllWindows}},
-    {80,  ProgramKind{"file manager", "inode/directory", "", "FileManager;"}},
-    {81,  ProgramKind{"web browser", "x-scheme-handler/https", "", "WebBrowser;"}},
-    {82,  ProgramKind{"mail program", "x-scheme-handler/mailto", "", "Email;"}},
-    {83,  ProgramKind{"calendar", "text/calendar", "", "Calendar;"}},
-    {84,  ProgramKind{"contacts program", "text/vcard", "", "ContactManagement;"}},
-    {85,  ProgramKind{"messages program", "x-scheme-handler/xmpp", "", "InstantMessaging;"}},
-    {86,  ProgramKind{"terminal", "", "", "TerminalEmulator;"}},
-    {87,  ProgramKind{"text editor", "text/plain", "", "TextEditor;"}},
-    {88,  ProgramKind{"calculator", "", "", "Calculator;"}},
-    {89,  ProgramKind{"image viewer", "image/jpeg", "", "Graphics;Viewer;"}},
-    {90,  ProgramKind{"document viewer", "application/pdf", "", "Office;Viewer;"}},
-    {91,  ProgramKind{"music player", "audio/mpeg", "", "Audio;Player;"}},
-    {92,  ProgramKind{"video player", "video/mp4", "", "Video;Player;"}},
-    {93,  ProgramKind{"screenshot tool", "", // no category is specific to these
+    {80,  ProgramKind{Marked("Engine", "no file manager is installed"), "inode/directory", "", "FileManager;"}},
+    {81,  ProgramKind{Marked("Engine", "no web browser is installed"), "x-scheme-handler/https", "", "WebBrowser;"}},
+    {82,  ProgramKind{Marked("Engine", "no mail program is installed"), "x-scheme-handler/mailto", "", "Email;"}},
+    {83,  ProgramKind{Marked("Engine", "no calendar is installed"), "text/calendar", "", "Calendar;"}},
+    {84,  ProgramKind{Marked("Engine", "no contacts program is installed"), "text/vcard", "", "ContactManagement;"}},
+    {85,  ProgramKind{Marked("Engine", "no messages program is installed"), "x-scheme-handler/xmpp", "", "InstantMessaging;"}},
+    {86,  ProgramKind{Marked("Engine", "no terminal is installed"), "", "", "TerminalEmulator;"}},
+    {87,  ProgramKind{Marked("Engine", "no text editor is installed"), "text/plain", "", "TextEditor;"}},
+    {88,  ProgramKind{Marked("Engine", "no calculator is installed"), "", "", "Calculator;"}},
+    {89,  ProgramKind{Marked("Engine", "no image viewer is installed"), "image/jpeg", "", "Graphics;Viewer;"}},
+    {90,  ProgramKind{Marked("Engine", "no document viewer is installed"), "application/pdf", "", "Office;Viewer;"}},
+    {91,  ProgramKind{Marked("Engine", "no music player is installed"), "audio/mpeg", "", "Audio;Player;"}},
+    {92,  ProgramKind{Marked("Engine", "no video player is installed"), "video/mp4", "", "Video;Player;"}},
+    {93,  ProgramKind{Marked("Engine", "no screenshot tool is installed"), "", // no category is specific to these
                       "org.gnome.Screenshot;org.kde.spectacle;xfce4-screenshooter;mate-screenshot;"
                       "org.flameshot.Flameshot;lximage-qt-screenshot;", ""}},
-    {94,  ProgramKind{"software manager", "x-scheme-handler/appstream", "", "PackageManager;"}},
-    {95,  ProgramKind{"system monitor", "", "", "System;Monitor;"}},
-    {96,  ProgramKind{"settings program", "", // the category also contains each settings page
+    {94,  ProgramKind{Marked("Engine", "no software manager is installed"), "x-scheme-handler/appstream", "", "PackageManager;"}},
+    {95,  ProgramKind{Marked("Engine", "no system monitor is installed"), "", "", "System;Monitor;"}},
+    {96,  ProgramKind{Marked("Engine", "no settings program is installed"), "", // the category also contains each settings page
                       "org.gnome.Settings;gnome-control-center;systemsettings;kdesystemsettings;"
                       "xfce-settings-manager;matecc;cinnamon-settings;lxqt-config;", "Settings;DesktopSettings;"}},
     {102, AskSession{Session::Lock}},
@@ -257,15 +258,16 @@ struct StepMaker {
         return SendScroll{scroll.direction, isScroll ? slot.modifiers : std::uint16_t{0}};
     }
     ActionStep operator()(const SlotItem & /*item*/) const {
-        return slot.data[0] != 0 ? ActionStep{OpenItem{slot.data}} : DoNothing{"no item has been chosen"};
+        return slot.data[0] != 0 ? ActionStep{OpenItem{slot.data}}
+                                 : DoNothing{Marked("Engine", "no item has been chosen")};
     }
     ActionStep operator()(const SlotKeystroke & /*keystroke*/) const {
         if (slot.keyCode == kNoKeyCode) {
-            return DoNothing{"no key has been chosen"};
+            return DoNothing{Marked("Engine", "no key has been chosen")};
         }
         const std::uint16_t scanCode = ScanCodeToSend(slot.keyCode);
         if (scanCode == 0 || scanCode > kMostScanCode) {
-            return DoNothing{"this key cannot be sent"};
+            return DoNothing{Marked("Engine", "this key cannot be sent")};
         }
         return SendKeys{{scanCode, slot.modifiers}};
     }
@@ -275,13 +277,14 @@ struct StepMaker {
         const TerminalKind terminal = isForProgram ? TerminalOf(front) : TerminalKind::None;
         if (terminal == TerminalKind::Old) {
             return typed.character == 'v' ? ActionStep{SendKeys{{KEY_INSERT, kShift}}}
-                                          : DoNothing{"this terminal has no key for it"};
+                                          : DoNothing{Marked("Engine", "this terminal has no key for it")};
         }
         if (terminal == TerminalKind::Usual) {
             typed.modifiers |= kShift;
         }
         const std::optional<KeyChord> chord = ChordOf(typed, layout);
-        return chord ? ActionStep{SendKeys{*chord}} : DoNothing{"the keyboard layout has no key for it"};
+        return chord ? ActionStep{SendKeys{*chord}}
+                     : DoNothing{Marked("Engine", "the keyboard layout has no key for it")};
     }
 };
 

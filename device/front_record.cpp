@@ -55,7 +55,7 @@ std::string ProgramOf(std::span<const std::string> command) {
     return command.empty() ? std::string() : LeafOf(command.front());
 }
 
-bool IsOnRing(SlotIndex slot) {
+bool IsRingSlot(SlotIndex slot) {
     const ControlSlot *control = FindControlSlot(slot);
     return control != nullptr && control->group == ControlGroup::Ring;
 }
@@ -122,7 +122,7 @@ const ActionSlot *RecordsInForce::SlotOf(SlotIndex slot, RingMode mode) const {
     }
     const ActionSlot *own = &fOwn->device[0].action[slot];
     const bool isOfGlobalRing =
-        mode == RingMode::Global && IsOnRing(slot) && own->command != kActionModeSwitch;
+        mode == RingMode::Global && IsRingSlot(slot) && own->command != kActionModeSwitch;
     if (own->command != kActionUseGlobal && !isOfGlobalRing) {
         return own;
     }
@@ -144,7 +144,7 @@ Sensitivities RecordsInForce::SensitivitiesOf(RingMode mode) const {
 }
 
 int RecordsInForce::SpeedOf(SlotIndex slot, RingMode mode) const {
-    if (!IsOnRing(slot)) {
+    if (!IsRingSlot(slot)) {
         return kUsualSpeed;
     }
     const DevicePrefs &ring = RingPrefs(mode);

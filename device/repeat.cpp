@@ -32,7 +32,7 @@ SteadyTime NextRepetition(SteadyTime pressed, std::uint16_t ticks, int speed, St
 }
 
 Deed TooShort(ActionPlan plan, SlotIndex slot) {
-    plan.step = DoNothing{"hold the control down for a second"};
+    plan.step = DoNothing{Marked("Engine", "hold the control down for a second")};
     return {DeedKind::Act, plan, 1, slot};
 }
 

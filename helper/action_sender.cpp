@@ -1,6 +1,7 @@
 #include "helper/action_sender.h"
 
 #include "helper/program_choice.h"
+#include "platform/base/marked_text.h"
 #include "platform/base/status.h"
 #include "platform/desktop/program_starter.h"
 #include "util/items/items_folder.h"
@@ -10,9 +11,9 @@
 namespace drevix {
 namespace {
 
-constexpr const char *kNoDesktop = "there is no desktop to send it to";
-constexpr const char *kNoKeys = "keys cannot be sent: see DrevixHelper(1)";
-constexpr const char *kDesktopCannot = "this desktop cannot";
+constexpr const char *kNoDesktop = Marked("Engine", "there is no desktop to send it to");
+constexpr const char *kNoKeys = Marked("Engine", "keys cannot be sent: see DrevixHelper(1)");
+constexpr const char *kDesktopCannot = Marked("Engine", "this desktop cannot");
 
 } // namespace
 
@@ -47,7 +48,7 @@ struct ActionSender::Doer {
         }
         return isDone           ? std::string()
                : step.otherwise ? sender.Tap(*step.otherwise, times)
-                                : "no player runs";
+                                : Marked("Engine", "no player runs");
     }
     std::string operator()(const SwitchRingMode & /*step*/) const {
         return {};
@@ -127,7 +128,7 @@ std::string ActionSender::Scroll(const SendScroll &scroll, int times) {
 std::string ActionSender::Open(const Str31 &item) const {
     const DrevixItem found = ResolveDrevixItem(item);
     if (!found.exists) {
-        return "the item is gone";
+        return Marked("Engine", "the item is gone");
     }
     const std::vector<std::string> command = CommandToOpen(found.path);
     const std::vector<std::string> opener{kOpener, found.path};
@@ -148,7 +149,7 @@ std::string ActionSender::Open(const Str31 &item) const {
 std::string ActionSender::Start(const ProgramKind &kind) const {
     const std::vector<std::string> command = CommandOfKind(kind);
     if (command.empty()) {
-        return "no " + std::string(kind.name) + " is installed";
+        return std::string(kind.missing);
     }
     const OSErr status = fOutlets.start(command, [](int /*exitStatus*/) {});
     return status == noErr ? std::string()

@@ -85,7 +85,7 @@ bool TakeName(std::string_view text, ConnectedDevice *device) {
     return true;
 }
 
-constexpr auto kFields = std::to_array<Field<ConnectedDevice>>({
+constexpr auto kDeviceFields = std::to_array<Field<ConnectedDevice>>({
     {"version", "such as 1.05", TakeVersion},
     {"serial", "14 hexadecimal digits", TakeSerial},
     {"vendor", "a number up to 65535 or 0xFFFF", TakeVendor},
@@ -104,7 +104,7 @@ bool AddDevice(std::string_view line, DeviceList *list, std::string *problem) {
     }
     ConnectedDevice device{};
     while (!rest.empty()) {
-        if (!TakeField(kFields, &rest, &device, problem)) {
+        if (!TakeField(kDeviceFields, &rest, &device, problem)) {
             return false;
         }
     }

@@ -21,7 +21,7 @@ bool TakeFile(std::string_view text, StandIn *standIn) {
     return !text.empty();
 }
 
-bool TakeName(std::string_view text, StandIn *standIn) {
+bool TakeStandInName(std::string_view text, StandIn *standIn) {
     standIn->description.name = text;
     return true;
 }
@@ -68,9 +68,9 @@ bool TakeAxis(std::string_view text, StandIn *standIn) {
     return true;
 }
 
-constexpr auto kFields = std::to_array<Field<StandIn>>({
+constexpr auto kStandInFields = std::to_array<Field<StandIn>>({
     {"file", "the path of a pipe", TakeFile},
-    {"name", "a text", TakeName},
+    {"name", "a text", TakeStandInName},
     {"vendor", "a number up to 65535 or 0xFFFF", TakeNumber<&InputDescription::vendor>},
     {"product", "a number up to 65535 or 0xFFFF", TakeNumber<&InputDescription::product>},
     {"version", "a number up to 65535 or 0xFFFF", TakeNumber<&InputDescription::version>},
@@ -84,7 +84,7 @@ constexpr auto kFields = std::to_array<Field<StandIn>>({
 bool ParseStandIn(std::string_view text, StandIn *standIn, std::string *problem) {
     StandIn found;
     for (std::string_view rest = TrimmedText(text); !rest.empty();) {
-        if (!TakeField(kFields, &rest, &found, problem)) {
+        if (!TakeField(kStandInFields, &rest, &found, problem)) {
             return false;
         }
     }

@@ -19,7 +19,7 @@ struct ModifierWord {
     std::string_view word;
     std::uint16_t modifier;
 };
-constexpr std::uint16_t kKeypad = 1; // no classic modifier has a bit in the low byte
+constexpr std::uint16_t kKeypadBit = 1; // no classic modifier has a bit in the low byte
 constexpr auto kModifierWords = std::to_array<ModifierWord>({
     {"cmd", kCommandModifier},
     {"command", kCommandModifier},
@@ -34,7 +34,7 @@ constexpr auto kModifierWords = std::to_array<ModifierWord>({
     {"altgr", kOptionModifier},
     {"ctrl", kControlModifier},
     {"control", kControlModifier},
-    {"num", kKeypad},
+    {"num", kKeypadBit},
 });
 
 // A key's label on a Linux keyboard, or another common spelling.
@@ -126,7 +126,7 @@ std::optional<std::uint8_t> FindKey(const std::string &text, bool onKeypad) {
 } // namespace
 
 const AmbiguousKeyName *FindAmbiguousKeyName(std::string_view text) {
-    const bool saysWhich = (TakeModifiers(&text) & kKeypad) != 0; // as in "num+enter"
+    const bool saysWhich = (TakeModifiers(&text) & kKeypadBit) != 0; // as in "num+enter"
     const auto *row =
         std::ranges::find(kAmbiguousKeys, WithSmallLetters(Trimmed(text)), &AmbiguousKeyName::name);
     return row == kAmbiguousKeys.end() || saysWhich ? nullptr : row;
@@ -135,12 +135,13 @@ const AmbiguousKeyName *FindAmbiguousKeyName(std::string_view text) {
 bool ParseKeyCombination(std::string_view text, std::uint8_t *keyCode, std::uint16_t *modifiers) try {
     const bool isAmbiguous = FindAmbiguousKeyName(text) != nullptr;
     const std::uint16_t found = TakeModifiers(&text);
-    const std::optional<std::uint8_t> key = FindKey(WithSmallLetters(Trimmed(text)), (found & kKeypad) != 0);
+    const std::optional<std::uint8_t> key =
+        FindKey(WithSmallLetters(Trimmed(text)), (found & kKeypadBit) != 0);
     if (!key || isAmbiguous) {
         return false;
     }
     *keyCode = *key;
-    *modifiers = static_cast<std::uint16_t>(found & ~kKeypad);
+    *modifiers = static_cast<std::uint16_t>(found & ~kKeypadBit);
     return true;
 } catch (const std::bad_alloc &) {
     return false;
@@ -165,7 +166,7 @@ bool ParseModifiers(std::string_view text, std::uint16_t *modifiers) {
         text.remove_prefix(text.front() == '+' ? 1 : 0);
         const std::string_view word = text.substr(0, text.find('+'));
         const ModifierWord *row = FindModifierWord(word);
-        if (row == nullptr || row->modifier == kKeypad) {
+        if (row == nullptr || row->modifier == kKeypadBit) {
             return false;
         }
         found |= row->modifier;

@@ -10,7 +10,6 @@
 namespace drevix {
 namespace {
 
-constexpr int kControls = static_cast<int>(kPictureSlots.size());
 constexpr QRect kWhole(0, 0, ControlMap::kSide, ControlMap::kSide);
 
 std::size_t PlaceOf(const QPoint &point) {
@@ -26,10 +25,10 @@ QString ElementOfControl(const char *kind, int index) {
 
 // Each area is drawn alone, since edges are blended; later ones lie on top.
 ControlMap::ControlMap(QSvgRenderer &drawing) : fControls(static_cast<std::size_t>(kSide) * kSide, -1) {
-    for (int i = 0; i < kControls; ++i) {
+    for (int i = 0; i < kPictureControls; ++i) {
         DrawArea(drawing, i);
     }
-    for (int i = 0; i < kControls; ++i) {
+    for (int i = 0; i < kPictureControls; ++i) {
         fAnchors.push_back(FindAnchor(drawing, i));
     }
 }

@@ -21,9 +21,6 @@
 namespace drevix {
 namespace {
 
-constexpr int kSide = ControlMap::kSide;
-constexpr int kControls = static_cast<int>(kPictureSlots.size());
-
 // The direction of an arrow key, null for another.
 QPoint WayOfKey(int key) {
     switch (key) {
@@ -108,13 +105,14 @@ QRectF DevicePicture::DrawnRect() const {
 }
 
 int DevicePicture::controlAt(const QPoint &point) const {
-    for (int i = 0; i < kControls; ++i) {
+    for (int i = 0; i < kPictureControls; ++i) {
         if (calloutRect(i).contains(point)) {
             return i;
         }
     }
     const QRectF drawn = DrawnRect();
-    const QPointF onMap = (QPointF(point) + QPointF(0.5, 0.5) - drawn.topLeft()) * kSide / drawn.width();
+    const QPointF onMap =
+        (QPointF(point) + QPointF(0.5, 0.5) - drawn.topLeft()) * ControlMap::kSide / drawn.width();
     const QPoint at(static_cast<int>(std::floor(onMap.x())), static_cast<int>(std::floor(onMap.y())));
     return Map().At(at);
 }
@@ -127,7 +125,7 @@ QRect DevicePicture::calloutRect(int index) const {
 QRectF DevicePicture::AreaOf(int index) const {
     const QRectF area = fDrawing.boundsOnElement(ElementOfControl("lit-", index));
     const QRectF drawn = DrawnRect();
-    const qreal scale = drawn.width() / kSide;
+    const qreal scale = drawn.width() / ControlMap::kSide;
     return {drawn.topLeft() + area.topLeft() * scale, area.size() * scale};
 }
 
@@ -137,7 +135,7 @@ QRect DevicePicture::controlRect(int index) const {
 
 QPoint DevicePicture::controlPoint(int index) const {
     const QRectF drawn = DrawnRect();
-    return (drawn.topLeft() + QPointF(Map().Anchor(index)) * drawn.width() / kSide).toPoint();
+    return (drawn.topLeft() + QPointF(Map().Anchor(index)) * drawn.width() / ControlMap::kSide).toPoint();
 }
 
 void DevicePicture::UpdateControl(int index) {
@@ -223,7 +221,7 @@ void DevicePicture::PaintDevice(QPainter &painter) const {
         fDevice.setDevicePixelRatio(scale);
         fDevice.fill(Qt::transparent);
         QPainter device(&fDevice);
-        device.scale(drawn.width() / kSide, drawn.width() / kSide);
+        device.scale(drawn.width() / ControlMap::kSide, drawn.width() / ControlMap::kSide);
         const QString element = QStringLiteral("device");
         fDrawing.render(&device, element, fDrawing.boundsOnElement(element));
     }
@@ -231,7 +229,7 @@ void DevicePicture::PaintDevice(QPainter &painter) const {
 }
 
 void DevicePicture::PaintLights(QPainter &painter) const {
-    for (int i = 0; i < kControls; ++i) {
+    for (int i = 0; i < kPictureControls; ++i) {
         const ControlState state = StateOf(i);
         if (state.isChosen || state.isPressed || state.isPointedAt) {
             painter.setOpacity(state.isChosen || state.isPressed ? 1.0 : kOfPointedAt);
@@ -256,7 +254,7 @@ void DevicePicture::PaintCallouts(QPainter &painter) const {
     const CalloutPainter callouts(font(), palette(), Layout().form);
     const auto paint = [&](auto &&part) {
         for (const bool isFront : {false, true}) {
-            for (int i = 0; i < kControls; ++i) {
+            for (int i = 0; i < kPictureControls; ++i) {
                 const ControlState state = StateOf(i);
                 if ((state.isChosen || state.isFocused) == isFront) {
                     part(Layout().callouts[static_cast<std::size_t>(i)], i, state);
@@ -374,7 +372,7 @@ QPointF DevicePicture::PlaceOf(int index) const {
 int DevicePicture::NextControl(int from, const QPoint &way) const {
     int nearest = from;
     qreal shortest = 0;
-    for (int i = 0; i < kControls; ++i) {
+    for (int i = 0; i < kPictureControls; ++i) {
         const QPointF step = PlaceOf(i) - PlaceOf(from);
         const qreal along = QPointF::dotProduct(step, way);
         const qreal distance = along + 2 * std::abs(step.x() * way.y() + step.y() * way.x());

@@ -22,6 +22,7 @@ namespace drevix {
 // The slots of the picture's controls, in the order of its states.
 inline constexpr auto kPictureSlots =
     std::to_array<SlotIndex>({5, 4, 9, 0, 1, 2, 3, 8, 7, 6, 18, 20, 19, 16, 17});
+inline constexpr int kPictureControls = static_cast<int>(kPictureSlots.size());
 static_assert(kPictureSlots.size() == kControlSlots.size());
 static_assert(kPictureSlots.size() == kCallouts);
 

@@ -1,5 +1,7 @@
 #include "pane/hyperlink.h"
 
+#include "pane/look.h"
+
 #include <QPainter>
 #include <QStyle>
 #include <QStyleOptionFocusRect>
@@ -17,26 +19,7 @@ QColor ColorOf(LinkLook look) {
                             static_cast<float>(color.blue));
 }
 
-// The relative luminance, 0 to 1.
-double Luminance(const QColor &color) {
-    const auto linear = [](double part) {
-        return part <= 0.03928 ? part / 12.92 : std::pow((part + 0.055) / 1.055, 2.4);
-    };
-    return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF()) + 0.0722 * linear(color.blueF());
-}
-
-QColor Mixed(const QColor &from, const QColor &to, float part) {
-    return QColor::fromRgbF(std::lerp(from.redF(), to.redF(), part),
-                            std::lerp(from.greenF(), to.greenF(), part),
-                            std::lerp(from.blueF(), to.blueF(), part));
-}
-
 } // namespace
-
-double ContrastOf(const QColor &a, const QColor &b) {
-    const auto [darker, lighter] = std::minmax({Luminance(a), Luminance(b)});
-    return (lighter + 0.05) / (darker + 0.05);
-}
 
 QColor HyperlinkColor(LinkLook look, const QColor &background) {
     const QColor color = ColorOf(look);
@@ -44,8 +27,7 @@ QColor HyperlinkColor(LinkLook look, const QColor &background) {
     const bool isDark = ContrastOf(background, Qt::white) > ContrastOf(background, Qt::black);
     constexpr int kShades = 20;
     for (int i = 0; i < kShades; ++i) {
-        const QColor shade =
-            Mixed(color, isDark ? Qt::white : Qt::black, static_cast<float>(i) / static_cast<float>(kShades));
+        const QColor shade = Blend(color, isDark ? Qt::white : Qt::black, qreal{1} * i / kShades);
         if (ContrastOf(shade, background) >= leastContrast) {
             return shade;
         }

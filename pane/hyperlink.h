@@ -11,9 +11,6 @@ namespace drevix {
 // A link's colour on a background: the look's own where that can be read there, else its nearest shade that
 // can.
 [[nodiscard]] QColor HyperlinkColor(LinkLook look, const QColor &background);
-// How much two colours stand out against each other, 1 to 21, as the Web Content Accessibility Guidelines 2.1
-// define it.
-[[nodiscard]] double ContrastOf(const QColor &a, const QColor &b);
 
 // A button with a link's look. A disabled one is drawn as disabled text.
 class LinkButton : public QPushButton {

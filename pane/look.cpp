@@ -47,10 +47,13 @@ QColor Blend(const QColor &from, const QColor &to, qreal share) {
     return {mix(from.red(), to.red()), mix(from.green(), to.green()), mix(from.blue(), to.blue())};
 }
 
+qreal ContrastOf(const QColor &a, const QColor &b) {
+    const auto [darker, lighter] = std::minmax({Luminance(a), Luminance(b)});
+    return (lighter + 0.05) / (darker + 0.05);
+}
+
 bool IsHighContrast(const QPalette &palette) {
-    const auto [darker, lighter] = std::minmax(
-        {Luminance(palette.color(QPalette::Window)), Luminance(palette.color(QPalette::WindowText))});
-    return (lighter + 0.05) / (darker + 0.05) > kHighContrast;
+    return ContrastOf(palette.color(QPalette::Window), palette.color(QPalette::WindowText)) > kHighContrast;
 }
 
 QColor DimColor(const QPalette &palette) {

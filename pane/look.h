@@ -16,6 +16,9 @@ namespace drevix {
 
 // One colour on its way to another: all `from` at 0, all `to` at 1.
 [[nodiscard]] QColor Blend(const QColor &from, const QColor &to, qreal share);
+// How much two colours stand out against each other, 1 to 21, as the Web Content Accessibility Guidelines 2.1
+// define it.
+[[nodiscard]] qreal ContrastOf(const QColor &a, const QColor &b);
 // Whether text stands out from the window so far that the user wants all contrast there is.
 [[nodiscard]] bool IsHighContrast(const QPalette &palette);
 // The colour of names and hints, and of thin lines.

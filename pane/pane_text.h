@@ -31,8 +31,6 @@ template <std::size_t N>
 
 // The English of the libraries below the panel in the user's language; unknown texts stay as they are.
 [[nodiscard]] QString TranslatedText(std::string_view english);
-// Every text of the libraries that is translated, for the tools that look for them.
-[[nodiscard]] std::span<const char *const> EngineTexts();
 // What a status means, as the end of a sentence.
 [[nodiscard]] QString StatusSentence(OSErr status);
 // A title of the panel's menus.

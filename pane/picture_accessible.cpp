@@ -8,8 +8,6 @@
 namespace drevix {
 namespace {
 
-constexpr int kControls = static_cast<int>(kPictureSlots.size());
-
 // One control of the picture.
 class ControlAccessible : public QAccessibleInterface, public QAccessibleActionInterface {
   public:
@@ -81,7 +79,7 @@ class PictureAccessible : public QAccessibleWidget {
   public:
     explicit PictureAccessible(DevicePicture *picture)
         : QAccessibleWidget(picture, QAccessible::List), fPicture(picture) {
-        for (int i = 0; i < kControls; ++i) {
+        for (int i = 0; i < kPictureControls; ++i) {
             fChildren[static_cast<std::size_t>(i)] =
                 QAccessible::registerAccessibleInterface(new ControlAccessible(picture, i));
         }
@@ -89,9 +87,9 @@ class PictureAccessible : public QAccessibleWidget {
     PictureAccessible(const PictureAccessible &) = delete;
     PictureAccessible &operator=(const PictureAccessible &) = delete;
 
-    [[nodiscard]] int childCount() const override { return kControls; }
+    [[nodiscard]] int childCount() const override { return kPictureControls; }
     [[nodiscard]] QAccessibleInterface *child(int index) const override {
-        return index < 0 || index >= kControls
+        return index < 0 || index >= kPictureControls
                    ? nullptr
                    : QAccessible::accessibleInterface(fChildren[static_cast<std::size_t>(index)]);
     }
@@ -102,7 +100,7 @@ class PictureAccessible : public QAccessibleWidget {
         return child(fPicture->focusedIndex());
     }
     int indexOfChild(const QAccessibleInterface *wanted) const override {
-        for (int i = 0; i < kControls; ++i) {
+        for (int i = 0; i < kPictureControls; ++i) {
             if (child(i) == wanted) {
                 return i;
             }

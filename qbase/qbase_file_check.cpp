@@ -10,8 +10,7 @@ namespace drevix {
 namespace {
 
 constexpr std::uint32_t kOtherOrderMagic = 0x45534251; // kQBaseMagic in the other byte order
-constexpr std::uint16_t kOldVersion = 1;
-constexpr std::size_t kOldHeaderSize = 48; // version 1: count at 28, records' size at 32
+constexpr std::size_t kOldHeaderSize = 48;             // version 1: count at 28, records' size at 32
 constexpr std::size_t kOldCountOffset = 28;
 constexpr std::size_t kOldSizeOffset = 32;
 constexpr std::size_t kIndexSlotSize = sizeof(std::int32_t);

@@ -9,6 +9,7 @@
 namespace drevix {
 
 inline constexpr OSErr kRefused = -1; // not a valid base of this type
+inline constexpr std::uint16_t kOldVersion = 1;
 
 // A transfer's byte count is a signed 32-bit number.
 inline constexpr std::size_t kMaxTransfer = std::numeric_limits<std::int32_t>::max();

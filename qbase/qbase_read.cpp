@@ -13,7 +13,6 @@
 namespace drevix {
 namespace {
 
-constexpr std::uint16_t kOldVersion = 1;
 constexpr std::uint32_t kFlippedMagic = FourCharCode("ESBQ");
 // The most records that fit into the largest record data.
 constexpr std::size_t kMaxCount = kMaxRecordsSize / kQBaseRecordHeaderSize;

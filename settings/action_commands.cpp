@@ -1,5 +1,6 @@
 #include "settings/action_commands.h"
 
+#include "platform/base/marked_text.h"
 #include "settings/action_list.h"
 
 #include <algorithm>
@@ -13,8 +14,19 @@ using enum ActionGroup;
 // clang-format off
 // In the order of the enumeration.
 constexpr auto kGroupTitles = std::to_array<std::string_view>({
-    "No action", "Global setting", "Ring mode", "Keystroke", "Companion menu", "Application tool",
-    "Application navigation", "Open item", "Desktop", "Special key", "Media player", "Shortcut", "Scroll",
+    Marked("Engine", "No action"),
+    Marked("Engine", "Global setting"),
+    Marked("Engine", "Ring mode"),
+    Marked("Engine", "Keystroke"),
+    Marked("Engine", "Companion menu"),
+    Marked("Engine", "Application tool"),
+    Marked("Engine", "Application navigation"),
+    Marked("Engine", "Open item"),
+    Marked("Engine", "Desktop"),
+    Marked("Engine", "Special key"),
+    Marked("Engine", "Media player"),
+    Marked("Engine", "Shortcut"),
+    Marked("Engine", "Scroll"),
 });
 static_assert(kGroupTitles.size() == static_cast<std::size_t>(ActionScroll) + 1);
 
@@ -52,23 +64,23 @@ struct ActionMenuRow {
 constexpr auto kActionMenu = std::to_array<ActionMenuRow>({
     {0,    Tab::Empty,       {}},
     {4,    Tab::Empty,       {}},
-    {37,   Tab::AppNav,      "Application command"},
+    {37,   Tab::AppNav,      Marked("Engine", "Application command")},
     {34,   Tab::ToolMenu,    {}},
     {7,    Tab::Empty,       {}},
     {kSep, Tab::Empty,       {}},
     {32,   Tab::Keystroke,   {}},
-    {176,  Tab::Shortcuts,   "Shortcut"},
-    {128,  Tab::SpecialKeys, "Special key"},
+    {176,  Tab::Shortcuts,   Marked("Engine", "Shortcut")},
+    {128,  Tab::SpecialKeys, Marked("Engine", "Special key")},
     {kSep, Tab::Empty,       {}},
     {224,  Tab::Scroll,      {}},
     {225,  Tab::Scroll,      {}},
     {226,  Tab::Scroll,      {}},
     {227,  Tab::Scroll,      {}},
     {kSep, Tab::Empty,       {}},
-    {69,   Tab::Predefined,  "Desktop"},
+    {69,   Tab::Predefined,  Marked("Engine", "Desktop")},
     {64,   Tab::OpenItem,    {}},
     {kSep, Tab::Empty,       {}},
-    {144,  Tab::ITunes,      "Media player"},
+    {144,  Tab::ITunes,      Marked("Engine", "Media player")},
 });
 // clang-format on
 static_assert(kActionMenu.size() == kActionMenuPositions);

@@ -1,5 +1,7 @@
 #include "platform/base/status.h"
 
+#include "platform/base/marked_text.h"
+
 #include <algorithm>
 #include <cerrno>
 
@@ -43,36 +45,36 @@ struct TextRow {
 };
 
 constexpr auto kTextRows = std::to_array<TextRow>({
-    {noErr, "nothing went wrong"},
-    {-1, "the file is damaged or holds no settings"},
-    {dirFulErr, "the folder is full"},
-    {dskFulErr, "the disk is full"},
-    {nsvErr, "the disk isn't there"},
-    {ioErr, "the disk reported an error"},
-    {bdNamErr, "the name cannot be used"},
-    {eofErr, "the file is incomplete"},
-    {posErr, "the file is damaged"},
-    {tmfoErr, "too many files are open"},
-    {fnfErr, "there is no such file"},
-    {wPrErr, "the disk is write-protected"},
-    {fBsyErr, "the file is in use by another program"},
-    {dupFNErr, "the name is already taken"},
-    {paramErr, "invalid argument"},
-    {rfNumErr, "the file is not open"},
-    {permErr, "you don't have permission"},
-    {wrPermErr, "the file is not open for writing"},
-    {memFullErr, "there is not enough memory"},
-    {dirNFErr, "there is no such folder"},
-    {userCanceledErr, "it was cancelled"},
-    {resNotFound, "no settings were found"},
-    {addResFailed, "a resource could not be added"},
-    {mapReadErr, "the file beside it that describes it is damaged"},
-    {procNotFound, "the program isn't running"},
-    {notAFileErr, "it is a folder, pipe or device, not a file"},
-    {gestaltUndefSelectorErr, "this system can't do that"},
-    {errAECoercionFail, "a message holds another kind of data"},
-    {errAEDescNotFound, "a message holds no data"},
-    {errAEEventNotHandled, "the program does not understand the message"},
+    {noErr, Marked("Engine", "nothing went wrong")},
+    {-1, Marked("Engine", "the file is damaged or holds no settings")},
+    {dirFulErr, Marked("Engine", "the folder is full")},
+    {dskFulErr, Marked("Engine", "the disk is full")},
+    {nsvErr, Marked("Engine", "the disk isn't there")},
+    {ioErr, Marked("Engine", "the disk reported an error")},
+    {bdNamErr, Marked("Engine", "the name cannot be used")},
+    {eofErr, Marked("Engine", "the file is incomplete")},
+    {posErr, Marked("Engine", "the file is damaged")},
+    {tmfoErr, Marked("Engine", "too many files are open")},
+    {fnfErr, Marked("Engine", "there is no such file")},
+    {wPrErr, Marked("Engine", "the disk is write-protected")},
+    {fBsyErr, Marked("Engine", "the file is in use by another program")},
+    {dupFNErr, Marked("Engine", "the name is already taken")},
+    {paramErr, Marked("Engine", "invalid argument")},
+    {rfNumErr, Marked("Engine", "the file is not open")},
+    {permErr, Marked("Engine", "you don't have permission")},
+    {wrPermErr, Marked("Engine", "the file is not open for writing")},
+    {memFullErr, Marked("Engine", "there is not enough memory")},
+    {dirNFErr, Marked("Engine", "there is no such folder")},
+    {userCanceledErr, Marked("Engine", "it was cancelled")},
+    {resNotFound, Marked("Engine", "no settings were found")},
+    {addResFailed, Marked("Engine", "a resource could not be added")},
+    {mapReadErr, Marked("Engine", "the file beside it that describes it is damaged")},
+    {procNotFound, Marked("Engine", "the program isn't running")},
+    {notAFileErr, Marked("Engine", "it is a folder, pipe or device, not a file")},
+    {gestaltUndefSelectorErr, Marked("Engine", "this system can't do that")},
+    {errAECoercionFail, Marked("Engine", "a message holds another kind of data")},
+    {errAEDescNotFound, Marked("Engine", "a message holds no data")},
+    {errAEEventNotHandled, Marked("Engine", "the program does not understand the message")},
 });
 
 } // namespace
@@ -88,7 +90,7 @@ OSErr LastError() {
 
 std::string_view StatusText(OSErr status) {
     const auto *row = std::ranges::find(kTextRows, status, &TextRow::status);
-    return row == kTextRows.end() ? "an unknown error occurred" : row->text;
+    return row == kTextRows.end() ? Marked("Engine", "an unknown error occurred") : row->text;
 }
 
 } // namespace drevix

@@ -13,9 +13,8 @@ using Clock = std::chrono::steady_clock;
 
 constexpr Clock::duration kBetweenSignals = std::chrono::microseconds(1'000'000 / 30);
 constexpr std::size_t kMostWatchers = 32; // whoever watches more often than that has lost count
-constexpr const char *kIntrospectable = "org.freedesktop.DBus.Introspectable";
 constexpr const char *kWrongCall = "org.freedesktop.DBus.Error.InvalidArgs";
-constexpr const char *kDescription = R"(<node><interface name="com.halcyra.drevix.Device1">
+constexpr const char *kDeviceDescription = R"(<node><interface name="com.halcyra.drevix.Device1">
 <method name="Act"><arg name="control" type="s" direction="in"/><arg name="how" type="s" direction="in"/>
 <arg name="times" type="u" direction="in"/><arg name="what" type="s" direction="out"/></method>
 <method name="SetFront"><arg name="entry" type="s" direction="in"/><arg name="class" type="s" direction="in"/>
@@ -74,7 +73,7 @@ int DeviceBus::TakeMessage(sd_bus_message *message) {
         {"Watch", "b", &DeviceBus::TakeWatch},
     });
     if (sd_bus_message_is_method_call(message, kIntrospectable, "Introspect") > 0) {
-        return sd_bus_reply_method_return(message, "s", kDescription);
+        return sd_bus_reply_method_return(message, "s", kDeviceDescription);
     }
     for (const Method &method : kMethods) {
         if (sd_bus_message_is_method_call(message, kDeviceInterface, method.name) > 0 &&

@@ -13,8 +13,7 @@
 namespace drevix {
 namespace {
 
-constexpr const char *kIntrospectable = "org.freedesktop.DBus.Introspectable";
-constexpr const char *kDescription = R"(<node><interface name="com.halcyra.drevix.Process1">
+constexpr const char *kProcessDescription = R"(<node><interface name="com.halcyra.drevix.Process1">
 <method name="HandleEvent"><arg name="class" type="u" direction="in"/><arg name="id" type="u" direction="in"/>
 <arg name="direct" type="ay" direction="in"/><arg name="type" type="u" direction="out"/>
 <arg name="direct" type="ay" direction="out"/></method></interface></node>)";
@@ -95,7 +94,7 @@ int EventServer::TakeRegistered(sd_bus_message *message) {
 
 int EventServer::TakeMessage(sd_bus_message *message) {
     if (sd_bus_message_is_method_call(message, kIntrospectable, "Introspect") > 0) {
-        return sd_bus_reply_method_return(message, "s", kDescription);
+        return sd_bus_reply_method_return(message, "s", kProcessDescription);
     }
     // The library rejects anything not accepted here.
     const bool isEvent = sd_bus_message_is_method_call(message, kProcessInterface, kHandleEventMethod) > 0 &&

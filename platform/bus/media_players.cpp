@@ -12,7 +12,6 @@ namespace {
 constexpr std::string_view kNames = "org.mpris.MediaPlayer2.";
 constexpr const char *kObject = "/org/mpris/MediaPlayer2";
 constexpr const char *kPlayer = "org.mpris.MediaPlayer2.Player";
-constexpr const char *kProperties = "org.freedesktop.DBus.Properties";
 constexpr const char *kStatus = "PlaybackStatus";
 constexpr const char *kOwnerMatch = "type='signal',sender='org.freedesktop.DBus',member='NameOwnerChanged',"
                                     "arg0namespace='org.mpris.MediaPlayer2'";

@@ -20,6 +20,10 @@ struct sd_bus_slot;
 
 namespace drevix {
 
+// Interfaces that every object may have.
+inline constexpr const char *kIntrospectable = "org.freedesktop.DBus.Introspectable";
+inline constexpr const char *kProperties = "org.freedesktop.DBus.Properties";
+
 // Timeouts; tests may shorten them.
 struct BusTimes {
     std::chrono::milliseconds betweenAttempts{1000}; // to connect

@@ -14,7 +14,6 @@ constexpr const char *kLoginObject = "/org/freedesktop/login1";
 constexpr const char *kOwnSession = "/org/freedesktop/login1/session/auto";
 constexpr const char *kManagerInterface = "org.freedesktop.login1.Manager";
 constexpr const char *kSessionInterface = "org.freedesktop.login1.Session";
-constexpr const char *kProperties = "org.freedesktop.DBus.Properties";
 constexpr const char *kHint = "LockedHint";
 
 // Screen savers tell ActiveChanged(b), each under a name of its own.

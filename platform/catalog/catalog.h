@@ -19,6 +19,9 @@
 
 namespace drevix {
 
+// The script of a name that is in the system's own.
+inline constexpr std::int16_t kSystemScript = -1;
+
 // A file's Finder information, as stored in an AppleDouble file.
 struct FInfo {
     OSType fdType;

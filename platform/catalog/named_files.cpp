@@ -10,7 +10,6 @@
 namespace drevix {
 namespace {
 
-constexpr mode_t kNewFileMode = 0666; // less the user's umask
 
 } // namespace
 

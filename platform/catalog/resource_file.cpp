@@ -15,14 +15,14 @@ namespace {
 
 using Bytes = std::span<const std::byte>;
 
-constexpr std::size_t kHeaderSize = 16;    // offset of the data, of the map, length of the data, of the map
-constexpr std::size_t kDataStart = 256;    // where the data start; the space before is the Finder's
-constexpr std::size_t kMapHeaderSize = 28; // followed by the types
-constexpr std::size_t kTypeListField = 24; // position in the map of the types' offset
-constexpr std::size_t kNameListField = 26; // and of the names' offset
-constexpr std::size_t kTypeSize = 8;       // type, count less one, offset of its references
-constexpr std::size_t kReferenceSize = 12; // id, offset of the name, attributes, offset of the data, 4 spare
-constexpr std::size_t kLengthSize = 4;     // before a resource's data
+constexpr std::size_t kForkHeaderSize = 16; // offset of the data, of the map, length of the data, of the map
+constexpr std::size_t kDataStart = 256;     // where the data start; the space before is the Finder's
+constexpr std::size_t kMapHeaderSize = 28;  // followed by the types
+constexpr std::size_t kTypeListField = 24;  // position in the map of the types' offset
+constexpr std::size_t kNameListField = 26;  // and of the names' offset
+constexpr std::size_t kTypeSize = 8;        // type, count less one, offset of its references
+constexpr std::size_t kReferenceSize = 12;  // id, offset of the name, attributes, offset of the data, 4 spare
+constexpr std::size_t kLengthSize = 4;      // before a resource's data
 constexpr std::uint16_t kNoName = 0xFFFF;
 constexpr std::size_t kMostData = 0xFFFFFF; // 24 bits
 constexpr std::size_t kMostMap = 0xFFFF;
@@ -65,7 +65,7 @@ class Reader {
   private:
     bool ReadHeader() {
         Bytes map;
-        if (fFork.size() < kHeaderSize || !Part(fFork, Get32(fFork, 0), Get32(fFork, 8), &fData) ||
+        if (fFork.size() < kForkHeaderSize || !Part(fFork, Get32(fFork, 0), Get32(fFork, 8), &fData) ||
             !Part(fFork, Get32(fFork, 4), Get32(fFork, 12), &map) || map.size() < kMapHeaderSize + 2) {
             return false;
         }

@@ -8,7 +8,7 @@
 namespace drevix {
 namespace {
 
-constexpr std::string_view kExtension = ".app";
+constexpr std::string_view kAppExtension = ".app";
 constexpr OSErr kNoInfoList = -1;
 
 std::string TextOf(const PropertyListDictionary &entries, std::string_view key) {
@@ -48,10 +48,10 @@ std::string InfoListOfAppFolder(std::string_view folder) {
 std::string NameOfAppFolder(std::string_view folder) {
     std::string_view name = WithoutSlashes(folder);
     name.remove_prefix(name.rfind('/') + 1); // npos + 1 is 0
-    if (name.size() <= kExtension.size() || !name.ends_with(kExtension)) {
+    if (name.size() <= kAppExtension.size() || !name.ends_with(kAppExtension)) {
         return {};
     }
-    return std::string(name.substr(0, name.size() - kExtension.size()));
+    return std::string(name.substr(0, name.size() - kAppExtension.size()));
 }
 
 std::string ProgramOfAppFolder(std::string_view folder) {

@@ -25,7 +25,7 @@ namespace fs = std::filesystem;
 
 constexpr OSErr kNoApplication = -1;
 constexpr int kMaxFolderDepth = 8; // links can form a cycle
-constexpr std::string_view kExtension = ".desktop";
+constexpr std::string_view kEntryExtension = ".desktop";
 
 std::string_view Trimmed(std::string_view text) {
     constexpr std::string_view kBlanks = " \t\r";
@@ -210,7 +210,7 @@ void FindInFolder(const fs::path &folder, const std::string &idStart, int depth,
                 FindInFolder(found->path(), idStart + name + '-', depth + 1, search);
             }
         } else if (DesktopEntry entry;
-                   name.ends_with(kExtension) && search.ids.insert(idStart + name).second &&
+                   name.ends_with(kEntryExtension) && search.ids.insert(idStart + name).second &&
                    ReadDesktopEntry(found->path(), search.locale, &entry) == noErr && !entry.isHidden) {
             entry.id = idStart + name;
             search.entries.push_back(std::move(entry));
@@ -342,7 +342,7 @@ std::vector<DesktopEntry> InstalledApplications(std::string_view locale) try {
 }
 
 bool FindDesktopEntry(const std::string &id, std::string_view locale, DesktopEntry *entry) try {
-    if (!id.ends_with(kExtension) || id.find('/') != std::string::npos) {
+    if (!id.ends_with(kEntryExtension) || id.find('/') != std::string::npos) {
         return false;
     }
     // An id's first "-" may stand for the folder that the entry lies in.

@@ -10,6 +10,9 @@
 
 namespace drevix {
 
+// What a new file is made with, less the user's umask.
+inline constexpr mode_t kNewFileMode = 0666;
+
 // Every operation follows the system call in its comment: -1 with errno set on failure. The base class is the
 // real disk.
 class Disk {

@@ -1,6 +1,7 @@
 #include "platform/files/shared_file.h"
 
 #include "platform/base/status.h"
+#include "platform/files/disk.h"
 #include "platform/files/kept_bytes.h"
 #include "platform/files/owners.h"
 
@@ -15,18 +16,17 @@
 namespace drevix {
 namespace {
 
-constexpr OSErr kUnfit = -1;          // too long, or not a regular file
-constexpr mode_t kNewFileMode = 0666; // less the user's umask
+constexpr OSErr kUnfit = -1; // too long, or not a regular file
 constexpr std::size_t kMostOldBytes = std::numeric_limits<std::int32_t>::max() - 1;
 
-struct OpenedFile {
+struct RegularFile {
     std::string path;
     int descriptor = -1; // of `file`
     OwnedFile file;
 };
 
 // Opens a regular file without waiting for the other end of a pipe.
-OSErr OpenRegular(const std::string &path, Permission permission, OpenedFile *result) {
+OSErr OpenRegular(const std::string &path, Permission permission, RegularFile *result) {
     if (path.find('\0') != std::string::npos) {
         return bdNamErr;
     }
@@ -97,13 +97,13 @@ OSErr WriteOver(FileRef file, std::string_view old, std::string_view bytes) {
     return status == noErr ? Cut(file, bytes.size()) : status;
 }
 
-OSErr PutBack(FileRef file, std::string_view old) {
+OSErr WriteBack(FileRef file, std::string_view old) {
     const OSErr status = WriteThrough(file, 0, old);
     return status == noErr ? Cut(file, old.size()) : status;
 }
 
 // Writes the bytes over those of an open file. A copy that could not be put back stays for the next program.
-OSErr Replace(const OpenedFile &opened, std::string_view bytes) {
+OSErr Replace(const RegularFile &opened, std::string_view bytes) {
     KeptBytes kept;
     OSErr status = kept.TakeTurn();
     std::string old; // read only now: what another program had left may have been put right just before
@@ -121,7 +121,7 @@ OSErr Replace(const OpenedFile &opened, std::string_view bytes) {
         return status;
     }
     status = WriteOver(opened.file.Get(), old, bytes);
-    if (status == noErr || PutBack(opened.file.Get(), old) == noErr) {
+    if (status == noErr || WriteBack(opened.file.Get(), old) == noErr) {
         kept.Drop();
     }
     return status;
@@ -130,7 +130,7 @@ OSErr Replace(const OpenedFile &opened, std::string_view bytes) {
 } // namespace
 
 OSErr ReadSharedFile(const std::string &path, std::size_t most, std::string *bytes) try {
-    OpenedFile opened;
+    RegularFile opened;
     const OSErr status = OpenRegular(path, fsRdPerm, &opened);
     return status == noErr ? ReadAll(opened.file.Get(), most, bytes) : status;
 } catch (const std::bad_alloc &) {
@@ -138,7 +138,7 @@ OSErr ReadSharedFile(const std::string &path, std::size_t most, std::string *byt
 }
 
 OSErr WriteSharedFile(const std::string &path, std::string_view bytes) try {
-    OpenedFile opened;
+    RegularFile opened;
     OSErr status = OpenRegular(path, fsRdWrPerm, &opened);
     if (status != fnfErr) {
         return status == noErr ? Replace(opened, bytes) : status;

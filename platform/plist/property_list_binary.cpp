@@ -1,3 +1,4 @@
+#include "platform/base/marked_text.h"
 #include "platform/base/status.h"
 #include "platform/base/utf8.h"
 #include "platform/plist/property_list_reading.h"
@@ -148,11 +149,11 @@ std::nullopt_t BinaryListReader::Damaged(const char *text) {
 OSErr BinaryListReader::Read(HandOver what, const PropertyListElementHandler &handler) {
     if (fBytes.size() < kSignature.size() ||
         std::memcmp(fBytes.data(), kSignature.data(), kSignature.size()) != 0) {
-        Damaged("it is a binary list of an unknown version");
+        Damaged(Marked("Engine", "it is a binary list of an unknown version"));
         return kDamagedList;
     }
     if (!ReadTrailer()) {
-        Damaged("it is cut short, or its trailer is invalid");
+        Damaged(Marked("Engine", "it is cut short, or its trailer is invalid"));
         return kDamagedList;
     }
     return what == HandOver::Root ? GiveOver(fTopObject, 0, handler) : ReadElements(handler);
@@ -164,7 +165,7 @@ OSErr BinaryListReader::ReadElements(const PropertyListElementHandler &handler) 
         return kDamagedList;
     }
     if (root->type != Type::Array) {
-        Damaged("the root is not an array");
+        Damaged(Marked("Engine", "the root is not an array"));
         return kDamagedList;
     }
     for (std::size_t i = 0; i < root->count; ++i) {
@@ -237,7 +238,7 @@ bool BinaryListReader::ReadCount(std::size_t *at, std::size_t *count) {
 }
 
 std::optional<BinaryListReader::Object> BinaryListReader::FindObject(std::uint64_t number) {
-    constexpr const char *kOutside = "an object lies outside the list";
+    constexpr const char *kOutside = Marked("Engine", "an object lies outside the list");
     if (number >= fObjectCount) {
         return Damaged(kOutside);
     }
@@ -252,7 +253,7 @@ std::optional<BinaryListReader::Object> BinaryListReader::FindObject(std::uint64
     if (object.type <= Type::Date) {
         object.count = object.type == Type::Truth ? 0 : std::size_t{1} << object.low;
     } else if (object.count = object.low; object.low == kCountFollows && !ReadCount(&at, &object.count)) {
-        return Damaged("a count is damaged");
+        return Damaged(Marked("Engine", "a count is damaged"));
     }
     const std::size_t unit = UnitSize(object.type);
     if (object.count > (fOffsetTable - at) / unit) {
@@ -270,7 +271,7 @@ bool BinaryListReader::CountValue() {
     if (++fValues > kPropertyListMaxValues) {
         Damaged(kListTooManyValues);
     } else if (fValuesBefore + fValues > std::max(fBytes.size(), kPropertyListMaxValues)) {
-        Damaged("its shared values add up to more than its bytes");
+        Damaged(Marked("Engine", "its shared values add up to more than its bytes"));
     } else {
         return true;
     }
@@ -283,7 +284,7 @@ bool BinaryListReader::CountText(const Object &object) {
     if (fTextBytes > kPropertyListMaxText) {
         Damaged(kListTooMuchText);
     } else if (fTextBytesBefore + fTextBytes > kMostTextBytes) {
-        Damaged("its shared texts add up to more than 1 GB");
+        Damaged(Marked("Engine", "its shared texts add up to more than 1 GB"));
     } else {
         return true;
     }
@@ -317,7 +318,7 @@ std::optional<PropertyList> BinaryListReader::ReadValue(std::uint64_t number, in
     case Type::Dictionary:
         return ReadDictionary(*object, depth + 1);
     }
-    return Damaged("a value has a type that no list may hold");
+    return Damaged(Marked("Engine", "a value has a type that no list may hold"));
 }
 
 // One, two and four bytes are unsigned, eight and sixteen signed.
@@ -327,7 +328,7 @@ std::optional<PropertyList> BinaryListReader::ReadInteger(const Object &object) 
         return static_cast<std::int64_t>(BigEndian(object.content));
     }
     std::optional<PropertyList> value = size == 16 ? WideInteger(object.content) : std::nullopt;
-    return value.has_value() ? std::move(value) : Damaged("an integer is too large");
+    return value.has_value() ? std::move(value) : Damaged(Marked("Engine", "an integer is too large"));
 }
 
 std::optional<PropertyList> BinaryListReader::ReadReal(const Object &object) {
@@ -338,14 +339,14 @@ std::optional<PropertyList> BinaryListReader::ReadReal(const Object &object) {
     case sizeof(double):
         return std::bit_cast<double>(bits);
     default:
-        return Damaged("a real number has an unknown size");
+        return Damaged(Marked("Engine", "a real number has an unknown size"));
     }
 }
 
 std::optional<PropertyList> BinaryListReader::ReadDate(const Object &object) {
     const auto seconds = std::bit_cast<double>(BigEndian(object.content));
     if (object.low != kDateSize || !std::isfinite(seconds)) {
-        return Damaged("a date is malformed");
+        return Damaged(Marked("Engine", "a date is malformed"));
     }
     return PropertyListDate{seconds};
 }
@@ -353,10 +354,10 @@ std::optional<PropertyList> BinaryListReader::ReadDate(const Object &object) {
 std::optional<std::string> BinaryListReader::ReadText(const Object &object) {
     if (object.type == Type::Utf16) {
         std::optional<std::string> text = Utf8FromUtf16(object.content);
-        return text.has_value() ? std::move(text) : Damaged("a text is malformed UTF-16");
+        return text.has_value() ? std::move(text) : Damaged(Marked("Engine", "a text is malformed UTF-16"));
     }
     if (std::ranges::any_of(object.content, [](std::uint8_t byte) { return byte >= 0x80; })) {
-        return Damaged("a text that should be ASCII is not");
+        return Damaged(Marked("Engine", "a text that should be ASCII is not"));
     }
     return Characters(object.content);
 }
@@ -401,7 +402,7 @@ std::optional<std::string> BinaryListReader::ReadKey(std::uint64_t number) {
         return std::nullopt;
     }
     if (object->type != Type::Ascii && object->type != Type::Utf16) {
-        return Damaged("a key is not a text");
+        return Damaged(Marked("Engine", "a key is not a text"));
     }
     return ReadText(*object);
 }

@@ -1,6 +1,7 @@
 // Shared by the XML and binary readers of property lists: the source of bytes and the status for damage.
 #pragma once
 
+#include "platform/base/marked_text.h"
 #include "platform/files/files.h"
 #include "platform/plist/property_list.h"
 
@@ -44,11 +45,15 @@ class ListBytes {
                                    PropertyListProblem *problem);
 
 // Their message for a list that is too large.
-inline constexpr const char *kListTooLarge = "it is larger than 2 GB";
-inline constexpr const char *kBinaryListTooLarge = "it is a binary list of more than 256 MB";
-inline constexpr const char *kListTooDeep = "arrays and dictionaries are nested more than 64 deep";
-inline constexpr const char *kListTooManyValues = "one of its elements holds more than 65,536 values";
-inline constexpr const char *kListTooMuchText = "one of its elements holds more than 16 MB of text and data";
+inline constexpr const char *kListTooLarge = Marked("Engine", "it is larger than 2 GB");
+inline constexpr const char *kBinaryListTooLarge =
+    Marked("Engine", "it is a binary list of more than 256 MB");
+inline constexpr const char *kListTooDeep =
+    Marked("Engine", "arrays and dictionaries are nested more than 64 deep");
+inline constexpr const char *kListTooManyValues =
+    Marked("Engine", "one of its elements holds more than 65,536 values");
+inline constexpr const char *kListTooMuchText =
+    Marked("Engine", "one of its elements holds more than 16 MB of text and data");
 static_assert(kPropertyListMaxBytes == std::size_t{2} << 30 && kPropertyListMaxBinaryBytes == 256 << 20 &&
               kPropertyListMaxDepth == 64 && kPropertyListMaxValues == 65'536 &&
               kPropertyListMaxText == 16 << 20);

@@ -1,3 +1,4 @@
+#include "platform/base/marked_text.h"
 #include "platform/base/status.h"
 #include "platform/plist/property_list_reading.h"
 #include "platform/plist/property_list_text.h"
@@ -27,7 +28,7 @@ struct OpenContainer {
 };
 
 // The parser accepts no character up to the blank except XML white space.
-bool IsBlank(char character) {
+bool IsBlankOrControl(char character) {
     return static_cast<unsigned char>(character) <= ' ';
 }
 
@@ -44,7 +45,7 @@ std::uint32_t NotBlank(const char *characters) {
 bool IsBlank(std::string_view text) {
     constexpr std::size_t kStep = sizeof(std::uint32_t);
     if (text.size() < kStep) {
-        return std::ranges::all_of(text, [](char character) { return IsBlank(character); });
+        return std::ranges::all_of(text, [](char character) { return IsBlankOrControl(character); });
     }
     const char *const last = text.data() + text.size() - kStep;
     std::uint32_t found = NotBlank(last);
@@ -127,9 +128,9 @@ OSErr XmlListReader::Read() {
         return status;
     }
     if (!IsWellFormed()) {
-        Damaged("it is not well-formed");
+        Damaged(Marked("Engine", "it is not well-formed"));
     } else if (!IsAtEnd()) {
-        Damaged("unexpected data after the list");
+        Damaged(Marked("Engine", "unexpected data after the list"));
     }
     return Status();
 }
@@ -163,12 +164,12 @@ void XmlListReader::Notice(XmlProblem problem, const char *message) {
     case XmlProblem::Malformed:
         return Damaged("it is not well-formed: " + PlainLine(message));
     case XmlProblem::WrongEndTag:
-        return Damaged("it is not well-formed: an element ends with another's end tag");
+        return Damaged(Marked("Engine", "it is not well-formed: an element ends with another's end tag"));
     case XmlProblem::Entity:
-        return Damaged("an entity is used that is not predefined");
+        return Damaged(Marked("Engine", "an entity is used that is not predefined"));
     case XmlProblem::EntityDeclaration:
     case XmlProblem::Declaration:
-        return Damaged("its document type makes declarations");
+        return Damaged(Marked("Engine", "its document type makes declarations"));
     }
 }
 
@@ -176,7 +177,7 @@ void XmlListReader::AddText(std::string_view text) {
     if (fText != nullptr) {
         AddLeafText(text);
     } else if (!IsBlank(text)) {
-        Damaged("text stands outside a value");
+        Damaged(Marked("Engine", "text stands outside a value"));
     }
 }
 
@@ -191,34 +192,34 @@ void XmlListReader::AddLeafText(std::string_view text) {
 void XmlListReader::Start(XmlCharacters name, const XmlCharacters * /*attributes*/) {
     const auto found = std::ranges::find(fNames, name);
     if (found == fNames.end()) {
-        return Damaged("an element is unknown");
+        return Damaged(Marked("Engine", "an element is unknown"));
     }
     const auto element = static_cast<Element>(found - fNames.begin());
     if (fText != nullptr) {
-        return Damaged("an element stands inside a value");
+        return Damaged(Marked("Engine", "an element stands inside a value"));
     }
     if (element == Element::Plist) {
         return StartPlist();
     }
     if (!fInPlist) {
-        return Damaged("the root is not <plist>");
+        return Damaged(Marked("Engine", "the root is not <plist>"));
     }
     return element == Element::Key ? StartKey() : StartValue(element);
 }
 
 void XmlListReader::StartPlist() {
     if (fInPlist) {
-        return Damaged("a <plist> stands inside the list");
+        return Damaged(Marked("Engine", "a <plist> stands inside the list"));
     }
     fInPlist = true;
 }
 
 void XmlListReader::StartKey() {
     if (fOpen.empty() || fOpen.back().dictionary == nullptr) {
-        return Damaged("a key stands outside a dictionary");
+        return Damaged(Marked("Engine", "a key stands outside a dictionary"));
     }
     if (fEntry != nullptr) {
-        return Damaged("a key has no value");
+        return Damaged(Marked("Engine", "a key has no value"));
     }
     fEntry = &fOpen.back().dictionary->AddBlank();
     fLeaf = Element::Key;
@@ -247,11 +248,11 @@ void XmlListReader::StartValue(Element element) {
 
 bool XmlListReader::MayStandWithoutKey(Element element) {
     if (fOpen.empty() && fHasRoot) {
-        Damaged("there is more than one root");
+        Damaged(Marked("Engine", "there is more than one root"));
     } else if (fOpen.size() < fHandOverDepth && element != Element::Array) {
-        Damaged("the root is not an array");
+        Damaged(Marked("Engine", "the root is not an array"));
     } else if (!fOpen.empty() && fOpen.back().dictionary != nullptr) {
-        Damaged("a value has no key");
+        Damaged(Marked("Engine", "a value has no key"));
     }
     fHasRoot = true;
     return Status() == noErr;
@@ -288,13 +289,13 @@ void XmlListReader::End() {
     } else if (!fOpen.empty()) {
         EndContainer();
     } else if (!fHasRoot) {
-        Damaged(fHandOverDepth == 0 ? "it holds no value" : "it holds no array");
+        Damaged(fHandOverDepth == 0 ? "it holds no value" : Marked("Engine", "it holds no array"));
     }
 }
 
 void XmlListReader::EndContainer() {
     if (fEntry != nullptr) {
-        return Damaged("a key has no value");
+        return Damaged(Marked("Engine", "a key has no value"));
     }
     fOpen.pop_back();
     EndValue();
@@ -310,17 +311,17 @@ void XmlListReader::EndLeaf() {
         PutInteger();
         break;
     case Element::Real:
-        PutParsed(ParseRealText(fPlainText), "a real number is malformed or too large");
+        PutParsed(ParseRealText(fPlainText), Marked("Engine", "a real number is malformed or too large"));
         break;
     case Element::Data:
         PutParsed(ParseBase64Text(fPlainText), "data is not base64");
         break;
     case Element::Date:
-        PutParsed(ParseDateText(fPlainText), "a date is malformed");
+        PutParsed(ParseDateText(fPlainText), Marked("Engine", "a date is malformed"));
         break;
     default:
         PutParsed(IsBlank(fPlainText) ? std::optional(fLeaf == Element::True) : std::nullopt,
-                  "a truth value holds text");
+                  Marked("Engine", "a truth value holds text"));
     }
     EndValue();
 }
@@ -334,7 +335,7 @@ void XmlListReader::PutInteger() {
     } else if (auto parsed = ParseIntegerText(fPlainText)) {
         *fValue = std::move(*parsed);
     } else {
-        Damaged("an integer is malformed or too large");
+        Damaged(Marked("Engine", "an integer is malformed or too large"));
     }
 }
 

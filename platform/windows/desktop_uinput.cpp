@@ -20,8 +20,8 @@ namespace drevix {
 namespace {
 
 constexpr const char *kMaker = "/dev/uinput";
-constexpr std::size_t kKeys = 248; // as on X11
-constexpr int kPartsOfNotch = 120; // in which a fine wheel counts
+constexpr std::size_t kUinputKeys = 248; // as on X11
+constexpr int kPartsOfNotch = 120;       // in which a fine wheel counts
 
 // A notch of the wheel, in whole and in fine steps.
 struct WheelMove {
@@ -42,7 +42,7 @@ class UinputDesktop final : public Desktop {
     UinputDesktop(SystemDescriptor keyboard, SystemDescriptor compositor)
         : fKeyboard(std::move(keyboard)), fCompositor(std::move(compositor)) {}
     ~UinputDesktop() override {
-        for (std::size_t key = 0; key < kKeys; ++key) {
+        for (std::size_t key = 0; key < kUinputKeys; ++key) {
             if (fDown.test(key)) {
                 std::ignore = Key(static_cast<std::uint16_t>(key), false);
             }
@@ -59,7 +59,7 @@ class UinputDesktop final : public Desktop {
     }
     [[nodiscard]] const FrontWindow &Front() const override { return fFront; }
     [[nodiscard]] bool Key(std::uint16_t scanCode, bool down) override {
-        if (scanCode == KEY_RESERVED || scanCode >= kKeys) {
+        if (scanCode == KEY_RESERVED || scanCode >= kUinputKeys) {
             return false;
         }
         fDown.set(scanCode, down);
@@ -94,7 +94,7 @@ class UinputDesktop final : public Desktop {
     SystemDescriptor fKeyboard;
     SystemDescriptor fCompositor;
     FrontWindow fFront; // never any
-    std::bitset<kKeys> fDown;
+    std::bitset<kUinputKeys> fDown;
     std::vector<input_event> fUnsent;
     bool fIsLost = false;
 };
@@ -105,7 +105,7 @@ bool Allow(int maker, unsigned long kind, std::size_t code) {
 
 bool MakeKeyboard(int maker) {
     bool isMade = Allow(maker, UI_SET_EVBIT, EV_KEY) && Allow(maker, UI_SET_EVBIT, EV_REL);
-    for (std::size_t key = KEY_RESERVED + 1; key < kKeys; ++key) {
+    for (std::size_t key = KEY_RESERVED + 1; key < kUinputKeys; ++key) {
         isMade = isMade && Allow(maker, UI_SET_KEYBIT, key);
     }
     for (const WheelMove &move : kWheelMoves) {

@@ -27,9 +27,9 @@ using Clock = std::chrono::steady_clock;
 constexpr std::chrono::milliseconds kTimeToStart{3000};
 constexpr std::chrono::milliseconds kTimeToRead{200}; // for a compositor that is slow to take what we send
 constexpr std::uint32_t kToplevelVersion = 3;         // since when dialogs name their owners
-constexpr std::size_t kKeys = 248;                    // as on X11
+constexpr std::size_t kVirtualKeys = 248;             // as on X11
 constexpr int kNotch = 15;                            // what a notch of a wheel moves, as libinput has it
-constexpr std::size_t kLongestChain = 8;              // of dialogs of dialogs
+constexpr std::size_t kDeepestDialog = 8;             // of dialogs of dialogs
 
 // The modifiers have these bits in every keymap; the compositor is told them beside the keys.
 struct ModifierKey {
@@ -118,11 +118,11 @@ class WlrootsDesktop final : public Desktop {
     Toplevel *fActive = nullptr;
     FrontWindow fFront;
     std::string fKeymap; // the keyboard has one when it is not empty
-    std::bitset<kKeys> fDown;
+    std::bitset<kVirtualKeys> fDown;
 };
 
 WlrootsDesktop::~WlrootsDesktop() {
-    for (std::size_t key = 0; key < kKeys; ++key) {
+    for (std::size_t key = 0; key < kVirtualKeys; ++key) {
         if (fDown.test(key)) {
             std::ignore = Key(static_cast<std::uint16_t>(key), false);
         }
@@ -268,7 +268,7 @@ void WlrootsDesktop::FindFront() {
     fActive = found == fToplevels.end() ? nullptr : found->get();
     fFront = {};
     const Toplevel *window = fActive;
-    for (std::size_t depth = 0; window != nullptr && depth < kLongestChain; ++depth) {
+    for (std::size_t depth = 0; window != nullptr && depth < kDeepestDialog; ++depth) {
         if (depth == 0 || !window->state.id.empty()) {
             fFront.entryId = window->state.id;
         }
@@ -311,7 +311,7 @@ bool WlrootsDesktop::Settle(Clock::time_point end) {
 }
 
 bool WlrootsDesktop::Key(std::uint16_t scanCode, bool down) {
-    if (fKeymap.empty() || scanCode >= kKeys) {
+    if (fKeymap.empty() || scanCode >= kVirtualKeys) {
         return false;
     }
     fDown.set(scanCode, down);

@@ -18,8 +18,8 @@ namespace drevix {
 namespace {
 
 constexpr unsigned kKeycodeOffset = 8; // X11 keeps the key codes 0 to 7 for itself
-constexpr std::size_t kKeys = 256 - kKeycodeOffset;
-using KeySet = std::bitset<kKeys>;
+constexpr std::size_t kX11Keys = 256 - kKeycodeOffset;
+using KeySet = std::bitset<kX11Keys>;
 
 // Below the library's own buffer, which it would send when full, in the middle of a keystroke.
 constexpr int kMostUnsent = 200;
@@ -51,7 +51,7 @@ bool HasTestExtension(const X11Link &link) {
 
 std::vector<std::uint16_t> ListOf(const KeySet &keys) {
     std::vector<std::uint16_t> list;
-    for (std::size_t key = 0; key < kKeys; ++key) {
+    for (std::size_t key = 0; key < kX11Keys; ++key) {
         if (keys.test(key)) {
             list.push_back(static_cast<std::uint16_t>(key));
         }
@@ -132,7 +132,7 @@ bool X11Desktop::Take() {
 }
 
 bool X11Desktop::Key(std::uint16_t scanCode, bool down) {
-    if (!fHasTest || scanCode >= kKeys) {
+    if (!fHasTest || scanCode >= kX11Keys) {
         return false;
     }
     SendKey(*fLink, scanCode, down ? KeyState::Down : KeyState::Up);

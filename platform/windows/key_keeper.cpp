@@ -20,7 +20,7 @@ namespace {
 constexpr std::size_t kMostKeys = 255;
 
 // How many keys there are, then their scan codes. Never empty, which would read like the end.
-using Message = std::array<std::uint16_t, 1 + kMostKeys>;
+using KeysMessage = std::array<std::uint16_t, 1 + kMostKeys>;
 
 void KeepOnly(int end) {
     const auto kept = static_cast<unsigned>(end);
@@ -47,9 +47,9 @@ void StayAlive() {
 [[noreturn]] void Keep(int end, const KeyKeeper::LetGo &letGo) {
     StayAlive();
     KeepOnly(end);
-    Message last{};
+    KeysMessage last{};
     for (;;) {
-        Message message{};
+        KeysMessage message{};
         const ssize_t size = recv(end, message.data(), sizeof message, 0);
         if (size > 0) {
             last = message;
@@ -92,7 +92,7 @@ bool KeyKeeper::Start() {
 }
 
 bool KeyKeeper::Send(const std::vector<std::uint16_t> &keys) const {
-    Message message{static_cast<std::uint16_t>(std::min(keys.size(), kMostKeys))};
+    KeysMessage message{static_cast<std::uint16_t>(std::min(keys.size(), kMostKeys))};
     std::ranges::copy(std::span(keys).first(message.front()), message.begin() + 1);
     const std::size_t size = (1U + message.front()) * sizeof message.front();
     return send(fEnd.Get(), message.data(), size, MSG_DONTWAIT | MSG_NOSIGNAL) == static_cast<ssize_t>(size);

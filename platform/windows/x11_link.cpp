@@ -10,7 +10,7 @@
 namespace drevix {
 namespace {
 
-constexpr std::chrono::milliseconds kTimeToStart{5000};
+constexpr std::chrono::milliseconds kTimeToConnect{5000};
 constexpr std::uint32_t kLongestProperty = 16384; // in words of four bytes
 
 // In the order of X11Name.
@@ -46,7 +46,7 @@ X11Link::X11Link(xcb_connection_t *connection, int screen) : fConnection(connect
         xcb_screen_next(&screens);
     }
     fRoot = screens.rem > 0 ? screens.data->root : XCB_NONE;
-    GiveTime(kTimeToStart);
+    GiveTime(kTimeToConnect);
     std::array<xcb_intern_atom_cookie_t, kNames.size()> questions{};
     std::ranges::transform(kNames, questions.begin(), [connection](std::string_view name) {
         return xcb_intern_atom(connection, 0, static_cast<std::uint16_t>(name.size()), name.data());

@@ -8,8 +8,6 @@
 namespace drevix {
 namespace {
 
-constexpr std::string_view kReplacement = "\xEF\xBF\xBD"; // U+FFFD
-
 enum class ByteClass : std::uint8_t { Plain, Markup, Forbidden, Sequence };
 
 constexpr std::array<ByteClass, 256> kByteClasses = [] {

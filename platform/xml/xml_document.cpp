@@ -12,7 +12,6 @@
 namespace drevix {
 namespace {
 
-constexpr OSErr kDamaged = -1;
 constexpr int kMostErrors = 1000; // tolerated by a recovering reading
 constexpr std::string_view kHead = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
 constexpr std::size_t kIndent = 4;
@@ -77,7 +76,7 @@ OSErr XmlTreeReader::Read(XmlNode *root, bool *isRootEnded, std::size_t *element
         return status;
     }
     if (!fHasRoot || (!recovers && !(IsWellFormed() && IsAtEnd() && fText.empty()))) {
-        return kDamaged;
+        return kDamagedXml;
     }
     *isRootEnded = fOpen.empty();
     while (!fOpen.empty()) {
@@ -94,7 +93,7 @@ std::size_t XmlTreeReader::ReadBytes(std::span<char> buffer) {
     fText.remove_prefix(moved);
     fDocumentTypeLeft -= most == fText.npos ? 0 : moved;
     if (most == 0) {
-        Stop(kDamaged);
+        Stop(kDamagedXml);
     }
     return moved;
 }
@@ -105,7 +104,7 @@ void XmlTreeReader::Notice(XmlProblem problem, const char * /*message*/) {
     const bool isPutUpWith = isMalformed ? fReading == XmlReading::Recovering && ++fErrors <= kMostErrors
                                          : problem == XmlProblem::Declaration;
     if (!isPutUpWith) {
-        Stop(kDamaged);
+        Stop(kDamagedXml);
     }
 }
 
@@ -118,7 +117,7 @@ void XmlTreeReader::AddDefault(XmlCharacters element, XmlCharacters attribute, X
         return;
     }
     if (fDefaults.size() == kXmlMaxAttributes) {
-        return Stop(kDamaged);
+        return Stop(kDamagedXml);
     }
     fDefaults.push_back(
         {std::string(TextOf(element)), std::string(TextOf(attribute)), Mended(TextOf(value))});
@@ -147,7 +146,7 @@ void XmlTreeReader::AddDefaults(XmlNode &node, std::string_view name) {
         }
         fDefaultBytes += row.value.size();
         if (fDefaultBytes > kXmlMaxBytes) {
-            return Stop(kDamaged);
+            return Stop(kDamagedXml);
         }
         AddAttribute(node, row.attribute, row.value);
     }
@@ -158,10 +157,10 @@ void XmlTreeReader::Start(XmlCharacters name, const XmlCharacters *attributes) {
         return; // another element after the root's end
     }
     if (fOpen.size() == kXmlMaxDepth) {
-        return Stop(kDamaged);
+        return Stop(kDamagedXml);
     }
     if (++fElements > kXmlMaxElements) {
-        return Stop(kDamaged);
+        return Stop(kDamagedXml);
     }
     fHasRoot = true;
     XmlNode &node = fOpen.emplace_back();
@@ -263,7 +262,7 @@ void AppendNode(std::string &out, const XmlNode &node, std::size_t depth) {
 
 OSErr ParseXmlDocument(std::string_view bytes, XmlReading reading, XmlDocument *document) try {
     if (bytes.size() > kXmlMaxBytes) {
-        return kDamaged;
+        return kDamagedXml;
     }
     const bool recovers = reading == XmlReading::Recovering;
     std::string text;
@@ -276,7 +275,7 @@ OSErr ParseXmlDocument(std::string_view bytes, XmlReading reading, XmlDocument *
         text = MendXml(text, &startTags);
     }
     if (MostAttributes(text) > kXmlMaxAttributes) {
-        return kDamaged;
+        return kDamagedXml;
     }
     XmlNode root;
     bool isRootEnded = false;

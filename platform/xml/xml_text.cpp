@@ -2,6 +2,7 @@
 
 #include "platform/base/mac_roman.h"
 #include "platform/base/status.h"
+#include "platform/xml/xml_characters.h"
 
 #include <algorithm>
 #include <array>
@@ -17,8 +18,6 @@
 namespace drevix {
 namespace {
 
-constexpr OSErr kDamaged = -1;
-constexpr std::string_view kReplacement = "\uFFFD";
 constexpr std::string_view kMacRoman = "macintosh";
 
 // A document's encoding by its first bytes (XML 1.0, appendix F). Longer rows come first.
@@ -374,12 +373,12 @@ OSErr DecodeXml(std::string_view bytes, BadBytes badBytes, std::string *text) tr
     }
     Converter converter(encoding);
     if (!converter.IsKnown()) {
-        return kDamaged;
+        return kDamagedXml;
     }
     std::string converted;
     converted.reserve(bytes.size());
     if (!converter.Convert(bytes, badBytes, &converted)) {
-        return kDamaged;
+        return kDamagedXml;
     }
     *text = std::move(converted);
     return noErr;

@@ -9,6 +9,9 @@
 
 namespace drevix {
 
+// The status of text that is no document.
+inline constexpr OSErr kDamagedXml = -1;
+
 // What to do with an invalid byte.
 enum class BadBytes { Refuse, TakeAsMacRoman };
 

@@ -2,6 +2,7 @@
 #include "helperlink/driver_messages.h"
 #include "pane/help_pages.h"
 #include "pane/hyperlink.h"
+#include "pane/look.h"
 #include "tests/pane/panel.h"
 
 #include <QDesktopServices>

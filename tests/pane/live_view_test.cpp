@@ -13,7 +13,7 @@
 namespace drevix::test {
 namespace {
 
-constexpr SlotIndex kRingLeft = 0, kPushRest = 8, kTunerRight = 7, kButtonI = 18, kButtonII = 19;
+constexpr SlotIndex kRingLeft = 0, kPushRest = 8, kTunerRight = 7, kButtonI = 18, kTouched = 19;
 
 class LiveView : public PanelTest {
   protected:
@@ -69,12 +69,12 @@ class LiveView : public PanelTest {
 TEST_F(LiveView, InFront_TheControlIsChosenAndDoesNothing) {
     ASSERT_TRUE(WaitForQuiet(true));
     EXPECT_EQ(Act("buttonII", "hold"), "nothing: the settings panel is in front");
-    EXPECT_TRUE(Turns(kButtonII, true));
-    EXPECT_EQ(Chosen(), kButtonII);
+    EXPECT_TRUE(Turns(kTouched, true));
+    EXPECT_EQ(Chosen(), kTouched);
     QTest::qWait(600);
-    EXPECT_TRUE(IsLit(kButtonII)) << "as long as it is down";
+    EXPECT_TRUE(IsLit(kTouched)) << "as long as it is down";
     std::ignore = Act("buttonII", "release");
-    EXPECT_TRUE(Turns(kButtonII, false));
+    EXPECT_TRUE(Turns(kTouched, false));
 
     std::ignore = Act("tunerCW", "turn", 3);
     EXPECT_TRUE(Turns(kTunerRight, true));
@@ -93,7 +93,7 @@ TEST_F(LiveView, InFront_TheControlIsChosenAndDoesNothing) {
     QTest::mouseClick(Find<QWidget>("uiSettingsFieldKeystroke"), Qt::LeftButton);
     ASSERT_TRUE(fPane->OverrideKeysIsActive());
     std::ignore = Act("buttonII", "hold");
-    EXPECT_TRUE(Turns(kButtonII, true));
+    EXPECT_TRUE(Turns(kTouched, true));
     EXPECT_EQ(Chosen(), kButtonI) << "no other control comes under keys that are being taken";
 }
 
@@ -104,7 +104,7 @@ TEST_F(LiveView, InTheBackground_ItActsAndIsOnlyLit) {
     ASSERT_TRUE(WaitForQuiet(false));
     const std::string what = Act("buttonII", "press");
     EXPECT_EQ(what, "nothing: there is no desktop to send it to");
-    EXPECT_TRUE(Turns(kButtonII, true)) << "a press that is over at once is seen";
+    EXPECT_TRUE(Turns(kTouched, true)) << "a press that is over at once is seen";
     EXPECT_EQ(Chosen(), kButtonI);
     EXPECT_TRUE(QTest::qWaitFor([&] {
         return fProblem == u"Button II: there is no desktop to send it to."_s;

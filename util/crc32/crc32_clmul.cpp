@@ -14,7 +14,7 @@ namespace drevix {
 namespace {
 
 constexpr std::size_t kBlock = sizeof(__m128i);
-constexpr std::size_t kStride = 4 * kBlock;
+constexpr std::size_t kBlocksStride = 4 * kBlock;
 
 // x^exponent modulo the generator as a bit-reflected polynomial of degree below 64: bit 63 is x^0.
 constexpr std::uint64_t PowerOfX(int exponent) {
@@ -51,11 +51,12 @@ inline __m128i Load(const std::uint8_t *bytes, __m128i *sums) {
     return block;
 }
 
-// For kStride bytes or more.
+// For kBlocksStride bytes or more.
 template <LetterCase letters>
-[[gnu::target("pclmul")]] CrcState TakeUp(CrcState state, const std::uint8_t *bytes, std::size_t count) {
+[[gnu::target("pclmul")]] CrcState TakeUpBlocks(CrcState state, const std::uint8_t *bytes,
+                                                std::size_t count) {
     constexpr int kBlockBits = 8 * kBlock;
-    constexpr int kStrideBits = 8 * kStride;
+    constexpr int kStrideBits = 8 * kBlocksStride;
     const std::uint8_t *end = bytes + count;
     __m128i sums = _mm_cvtsi32_si128(static_cast<int>(state.sum));
     __m128i a = Load<letters>(bytes, &sums);
@@ -63,7 +64,8 @@ template <LetterCase letters>
     __m128i c = Load<letters>(bytes + 2 * kBlock, &sums);
     __m128i d = Load<letters>(bytes + 3 * kBlock, &sums);
     a = _mm_xor_si128(a, _mm_cvtsi32_si128(static_cast<int>(state.crc)));
-    for (bytes += kStride; static_cast<std::size_t>(end - bytes) >= kStride; bytes += kStride) {
+    for (bytes += kBlocksStride; static_cast<std::size_t>(end - bytes) >= kBlocksStride;
+         bytes += kBlocksStride) {
         a = Forward<kStrideBits>(a, Load<letters>(bytes, &sums));
         b = Forward<kStrideBits>(b, Load<letters>(bytes + kBlock, &sums));
         c = Forward<kStrideBits>(c, Load<letters>(bytes + 2 * kBlock, &sums));
@@ -85,11 +87,11 @@ template <LetterCase letters>
 
 CrcState TakeUpByMultiplication(CrcState state, const std::uint8_t *bytes, std::size_t count,
                                 LetterCase letters) {
-    if (count < kStride) {
+    if (count < kBlocksStride) {
         return TakeUpByTables(state, bytes, count, letters);
     }
-    return letters == LetterCase::Ignored ? TakeUp<LetterCase::Ignored>(state, bytes, count)
-                                          : TakeUp<LetterCase::Counts>(state, bytes, count);
+    return letters == LetterCase::Ignored ? TakeUpBlocks<LetterCase::Ignored>(state, bytes, count)
+                                          : TakeUpBlocks<LetterCase::Counts>(state, bytes, count);
 }
 
 } // namespace

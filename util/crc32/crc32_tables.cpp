@@ -7,7 +7,7 @@ namespace drevix {
 namespace {
 
 constexpr std::uint32_t kReflectedGenerator = 0xEDB88320;
-constexpr std::size_t kStride = 16; // bytes per step
+constexpr std::size_t kWordsStride = 16; // bytes per step
 constexpr std::size_t kWordBytes = sizeof(std::uint64_t);
 
 using CrcTable = std::array<std::uint32_t, 256>;
@@ -27,7 +27,7 @@ constexpr CrcTable MakeByteTable() {
 // Table k holds a byte's effect on the register when k zero bytes follow it, so that the lookups of a step
 // are independent.
 constexpr auto kTables = [] {
-    std::array<CrcTable, kStride> tables{MakeByteTable()};
+    std::array<CrcTable, kWordsStride> tables{MakeByteTable()};
     for (std::size_t k = 1; k < tables.size(); ++k) {
         for (std::size_t n = 0; n < tables[k].size(); ++n) {
             const std::uint32_t before = tables[k - 1][n];
@@ -72,9 +72,9 @@ std::uint32_t SumOfWord(std::uint64_t word) {
 }
 
 template <LetterCase letters>
-CrcState TakeUp(CrcState state, const std::uint8_t *bytes, std::size_t count) {
+CrcState TakeUpWords(CrcState state, const std::uint8_t *bytes, std::size_t count) {
     constexpr auto kBytesOfWord = std::make_index_sequence<kWordBytes>();
-    for (; count >= kStride; bytes += kStride, count -= kStride) {
+    for (; count >= kWordsStride; bytes += kWordsStride, count -= kWordsStride) {
         std::uint64_t first = LoadWord(bytes, kBytesOfWord);
         std::uint64_t second = LoadWord(bytes + kWordBytes, kBytesOfWord);
         if constexpr (letters == LetterCase::Ignored) {
@@ -101,8 +101,8 @@ CrcState TakeUp(CrcState state, const std::uint8_t *bytes, std::size_t count) {
 constinit const CrcTable gCrc32table = MakeByteTable();
 
 CrcState TakeUpByTables(CrcState state, const std::uint8_t *bytes, std::size_t count, LetterCase letters) {
-    return letters == LetterCase::Ignored ? TakeUp<LetterCase::Ignored>(state, bytes, count)
-                                          : TakeUp<LetterCase::Counts>(state, bytes, count);
+    return letters == LetterCase::Ignored ? TakeUpWords<LetterCase::Ignored>(state, bytes, count)
+                                          : TakeUpWords<LetterCase::Counts>(state, bytes, count);
 }
 
 } // namespace drevix

@@ -23,7 +23,6 @@ std::int16_t gAFAliasAndFSSAvailable = -1;
 
 namespace {
 
-constexpr std::int16_t kSystemScript = -1;
 constexpr Str255 kNoName{};
 
 bool HasBit(OSType selector, int bit) {

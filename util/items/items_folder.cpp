@@ -17,8 +17,6 @@
 namespace drevix {
 namespace {
 
-constexpr std::int16_t kSystemScript = -1;
-
 // The folded names of all items that slots open, so that each file needs one lookup instead of a comparison
 // with every slot.
 std::unordered_set<std::string> NamesInUse(QBaseHandle base) {

@@ -32,7 +32,7 @@ OSErr Put(const FileUpdate &update, std::string text) {
 }
 
 // Opens, writes and commits, as every caller does.
-OSErr Update(const std::string &path, UpdateMethod method, const std::string &text) {
+OSErr UpdateFile(const std::string &path, UpdateMethod method, const std::string &text) {
     FileUpdate update;
     OSErr status = update.Open(path, method);
     if (status == noErr) {
@@ -48,10 +48,10 @@ INSTANTIATE_TEST_SUITE_P(Methods, FileUpdateBothWays,
 TEST_P(FileUpdateBothWays, Committed_IsTheWholeNewFile) {
     ScratchFolder scratch;
     const std::string path = scratch.Preferences() + "/f";
-    EXPECT_EQ(Update(path, GetParam(), "first, which is longer"), noErr);
+    EXPECT_EQ(UpdateFile(path, GetParam(), "first, which is longer"), noErr);
     EXPECT_EQ(ReadWhole(path), "first, which is longer");
     ::chmod(path.c_str(), 0640);
-    EXPECT_EQ(Update(path, GetParam(), "second"), noErr);
+    EXPECT_EQ(UpdateFile(path, GetParam(), "second"), noErr);
     EXPECT_EQ(ReadWhole(path), "second");
     EXPECT_EQ(fs::status(path).permissions(), fs::perms(0640));
     EXPECT_EQ(ScratchFolder::Names(scratch.Preferences()), Names{"f"});
@@ -112,13 +112,13 @@ TEST_P(FileUpdateBothWays, Links_StayLinks) {
     fs::create_symlink("../real/f", scratch.Path("config/a"));
     fs::create_symlink("a", scratch.Path("config/b"));
     for (const char *text : {"made through a dangling link", "and changed"}) {
-        EXPECT_EQ(Update(scratch.Path("config/b"), GetParam(), text), noErr);
+        EXPECT_EQ(UpdateFile(scratch.Path("config/b"), GetParam(), text), noErr);
         EXPECT_EQ(ReadWhole(folder + "/f"), text);
     }
     EXPECT_TRUE(fs::is_symlink(scratch.Path("config/b")));
     EXPECT_EQ(ScratchFolder::Names(folder), Names{"f"});
     fs::create_symlink("loop", scratch.Path("config/loop"));
-    EXPECT_EQ(Update(scratch.Path("config/loop"), GetParam(), ""), bdNamErr);
+    EXPECT_EQ(UpdateFile(scratch.Path("config/loop"), GetParam(), ""), bdNamErr);
 }
 
 TEST_P(FileUpdateBothWays, EveryFault_LeavesTheOldOrTheNewFile) {
@@ -128,7 +128,7 @@ TEST_P(FileUpdateBothWays, EveryFault_LeavesTheOldOrTheNewFile) {
         WriteWhole(path, "old");
         OSErr status = noErr;
         const bool wasHit =
-            test::MeetsFault(failAt, lasts, ENOSPC, [&] { status = Update(path, GetParam(), "new"); });
+            test::MeetsFault(failAt, lasts, ENOSPC, [&] { status = UpdateFile(path, GetParam(), "new"); });
         EXPECT_EQ(OpenFileCount(), 0);
         EXPECT_TRUE(wasHit || status == noErr);
         EXPECT_EQ(ScratchFolder::Names(scratch.Preferences()), Names{"f"}) << failAt;
@@ -148,7 +148,7 @@ TEST(FileUpdate, TwoWriters_TakeTurns) {
     for (int i = 0; i < kWriters; ++i) {
         if (::fork() == 0) {
             const std::string text(100'000, static_cast<char>('a' + i));
-            ::_exit(Update(path, UpdateMethod::Replace, text) == noErr ? 0 : 1);
+            ::_exit(UpdateFile(path, UpdateMethod::Replace, text) == noErr ? 0 : 1);
         }
     }
     for (int i = 0; i < kWriters; ++i) {
@@ -252,16 +252,16 @@ TEST(FileUpdate, ClosedFolder_IsWrittenInPlaceAndClosedFileRefused) {
     fs::create_directory(scratch.Path("state")); // where the old bytes are kept meanwhile
     ::chmod(scratch.Path("state").c_str(), 0777);
     EXPECT_TRUE(HoldsForAPlainUser([&] {
-        return Update(folder + "/open", UpdateMethod::Replace, "new") == noErr &&
-               Update(folder + "/closed", UpdateMethod::Replace, "new") == permErr &&
-               Update(folder + "/none", UpdateMethod::Replace, "new") == permErr;
+        return UpdateFile(folder + "/open", UpdateMethod::Replace, "new") == noErr &&
+               UpdateFile(folder + "/closed", UpdateMethod::Replace, "new") == permErr &&
+               UpdateFile(folder + "/none", UpdateMethod::Replace, "new") == permErr;
     }));
     EXPECT_EQ(ReadWhole(folder + "/open"), "new");
     EXPECT_EQ(ReadWhole(folder + "/closed"), "old");
     // A file that may not be written is refused even where its folder would allow to replace it.
     ::chmod(folder.c_str(), 0777);
     EXPECT_TRUE(HoldsForAPlainUser(
-        [&] { return Update(folder + "/closed", UpdateMethod::Replace, "new") == permErr; }));
+        [&] { return UpdateFile(folder + "/closed", UpdateMethod::Replace, "new") == permErr; }));
     EXPECT_EQ(ScratchFolder::Names(folder), (Names{"closed", "open"}));
 }
 
