@@ -1,9 +1,6 @@
 #include "cli/action_names.h"
 
-#include "keyboard/key_names.h"
 #include "platform/base/ascii.h"
-#include "settings/pascal_strings.h"
-#include "util/items/items_folder.h"
 
 #include <algorithm>
 #include <array>
@@ -36,50 +33,7 @@ constexpr auto kRefusals = std::to_array<RefusalRow>({
 });
 // clang-format on
 
-// The path of the slot's item, marked when it no longer exists.
-std::string ItemName(const Str31 &stored) {
-    const DrevixItem item = ResolveDrevixItem(stored);
-    if (!item.path.empty()) {
-        return item.path + (item.exists ? "" : " (gone)");
-    }
-    Str31 name{};
-    PStringCopy(stored.data(), name.data(), kMaxAppNameLength); // a damaged length must not overrun
-    return stringWithPascalString(name.data()) + " (gone)";
-}
-
-std::string MainDetail(const ActionSlot &slot, const MenuTitles &titles, KeyNames names) {
-    if (slot.command == kActionKeystroke) {
-        return names == KeyNames::Own ? KeystrokeText(slot.keyCode, slot.modifiers)
-                                      : LabelledKeystrokeText(slot.keyCode, slot.modifiers);
-    }
-    if (slot.command == kActionToolMenu) {
-        const std::string *title = titles.Find(slot.crc); // records store no titles
-        return title != nullptr ? QuotedText(*title) : "number " + std::to_string(slot.crc);
-    }
-    if (slot.command == kActionOpenItem) {
-        return ItemName(slot.data);
-    }
-    const bool scrolls = IsScrolling(slot.command);
-    const std::string modifiers = scrolls ? ModifiersText(slot.modifiers) : "";
-    return modifiers.empty() ? "" : "with " + modifiers;
-}
-
 } // namespace
-
-std::string ActionTitle(ActionCommand code) {
-    const ActionInfo *action = FindAction(code);
-    return action != nullptr ? std::string(action->title) : "Action " + std::to_string(code);
-}
-
-std::string ActionDetails(const ActionSlot &slot, const MenuTitles &titles, KeyNames names) {
-    std::string details = MainDetail(slot, titles, names);
-    if (slot.delay != 0) {
-        const bool isHeld = IsHeldKeystroke(slot.command, slot.delay);
-        const std::string repeat = isHeld ? "-1" : std::to_string(slot.delay);
-        details += (details.empty() ? "repeat " : ", repeat ") + repeat;
-    }
-    return details;
-}
 
 std::vector<const RestrictionInfo *> RestrictionsOf(const ActionInfo &action) {
     std::vector<const RestrictionInfo *> found;

@@ -1,7 +1,6 @@
-// Names of actions, for display and for lookup when typed.
+// Actions by their titles, and where each may go.
 #pragma once
 
-#include "cli/menu_titles.h"
 #include "cli/outcome.h"
 #include "platform/plist/property_list.h"
 #include "settings/action_commands.h"
@@ -12,14 +11,6 @@
 #include <vector>
 
 namespace drevix {
-
-// "Scroll up"; "Action 50" for an unknown code.
-[[nodiscard]] std::string ActionTitle(ActionCommand code);
-// What a slot holds besides its command: the keystroke, modifiers, the item to open, the companion's menu
-// entry (by title if it is among `titles`), the repeat choice. JSON uses only the system's own key names.
-enum class KeyNames { Own, Labelled };
-[[nodiscard]] std::string ActionDetails(const ActionSlot &slot, const MenuTitles &titles,
-                                        KeyNames names = KeyNames::Labelled);
 
 // A restriction on where an action can be assigned.
 struct RestrictionInfo {

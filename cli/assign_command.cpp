@@ -2,6 +2,7 @@
 
 #include "cli/action_names.h"
 #include "cli/commands.h"
+#include "cli/menu_titles.h"
 #include "cli/session.h"
 #include "companion/korvane_crc.h"
 #include "companion/korvane_files.h"
@@ -10,6 +11,7 @@
 #include "platform/catalog/named_files.h"
 #include "platform/plist/json.h"
 #include "util/items/items_folder.h"
+#include "wording/action_text.h"
 
 #include <algorithm>
 #include <array>
@@ -236,9 +238,9 @@ void SayAssignments(const Request &request, const ControlSlot &chosen, const App
     PropertyListArray entries;
     const auto say = [&](const ControlSlot &control) {
         const ActionSlot &slot = after.device[0].action[control.slot];
-        entries.emplace_back(AssignmentEntry(control, slot, ActionDetails(slot, titles, KeyNames::Own)));
+        entries.emplace_back(AssignmentEntry(control, slot, ActionDetails(slot, titles.Find(slot.crc), KeyNames::Own)));
         if (!request.line.json) {
-            const std::string details = ActionDetails(slot, titles);
+            const std::string details = ActionDetails(slot, titles.Find(slot.crc));
             request.Out() << control.key << ": " << ActionTitle(slot.command) << (details.empty() ? "" : " ")
                           << PlainText(details) << "\n";
         }

@@ -3,12 +3,14 @@
 #include "cli/action_names.h"
 #include "cli/commands.h"
 #include "cli/record_text.h"
+#include "cli/menu_titles.h"
 #include "cli/session.h"
 #include "cli/text_table.h"
 #include "keyboard/key_names.h"
 #include "platform/base/plain_text.h"
 #include "platform/plist/json.h"
 #include "settings/prefs_dictionary.h"
+#include "wording/action_text.h"
 
 namespace drevix {
 namespace {
@@ -68,7 +70,7 @@ std::vector<TableRow> ControlRows(const AppPrefs &record) {
         const ActionSlot &slot = record.device[0].action[control.slot];
         if (slot.command != kActionNone) {
             rows.push_back(
-                {std::string(control.key), ActionTitle(slot.command), ActionDetails(slot, titles)});
+                {std::string(control.key), ActionTitle(slot.command), ActionDetails(slot, titles.Find(slot.crc))});
         }
     }
     return rows;

@@ -32,6 +32,7 @@ struct KeyChord {
 
 // A kind of program, opened by its purpose. All texts are in static storage.
 struct ProgramKind {
+    std::string_view name;       // display name: "mail program"
     std::string_view missing;    // what to say when there is none: "no mail program is installed"
     std::string_view type;       // open the default application for this MIME type; may be empty
     std::string_view entries;    // else the first installed of these desktop entries; "a;b;", may be empty

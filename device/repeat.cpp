@@ -1,5 +1,7 @@
 #include "device/repeat.h"
 
+#include "platform/base/marked_text.h"
+
 #include <algorithm>
 
 namespace drevix {

@@ -2,51 +2,19 @@
 
 #include "document/settings_document.h"
 #include "helper/front_settings.h"
-#include "keyboard/key_names.h"
 #include "platform/base/plain_text.h"
 #include "platform/base/status.h"
-#include "settings/action_commands.h"
 #include "settings/device_prefs.h"
 #include "settings/pascal_strings.h"
 #include "settings/prefs_list.h"
-#include "util/items/items_folder.h"
+#include "wording/action_text.h"
 
 namespace drevix {
 namespace {
 
-std::string ItemText(const ActionSlot &slot) {
-    const DrevixItem item = ResolveDrevixItem(slot.data);
-    return item.path.empty() ? "(gone)" : PlainText(item.path) + (item.exists ? "" : " (gone)");
-}
-
-// What goes with the command.
-std::string DetailText(const ActionSlot &slot) {
-    if (slot.command == kActionKeystroke) {
-        return " " + KeystrokeText(slot.keyCode, slot.modifiers);
-    }
-    if (slot.command == kActionOpenItem) {
-        return " " + ItemText(slot);
-    }
-    if (slot.command == kActionToolMenu) {
-        return " number " + std::to_string(slot.crc);
-    }
-    const bool scrolls = IsScrolling(slot.command);
-    const std::string modifiers = scrolls ? ModifiersText(slot.modifiers) : "";
-    return modifiers.empty() ? "" : " with " + modifiers;
-}
-
-std::string RepeatText(const ActionSlot &slot) {
-    const bool isHeld = IsHeldKeystroke(slot.command, slot.delay);
-    return slot.delay == 0 ? ""
-           : isHeld        ? ", kept pressed"
-                           : ", every " + std::to_string(slot.delay) + "/60 s";
-}
-
 std::string ActionText(const ActionSlot &slot) {
-    const ActionInfo *action = FindAction(slot.command);
-    const std::string title =
-        action != nullptr ? std::string(action->title) : "action " + std::to_string(slot.command);
-    return title + DetailText(slot) + RepeatText(slot);
+    const std::string details = ActionDetails(slot, nullptr, KeyNames::Own);
+    return ActionTitle(slot.command) + (details.empty() ? "" : " ") + PlainText(details);
 }
 
 // Null when it is missing or damaged.

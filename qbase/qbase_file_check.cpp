@@ -1,6 +1,6 @@
 #include "qbase/qbase_file_check.h"
 
-#include "qbase/qbase.h"
+#include "qbase/qbase_file_internal.h"
 
 #include <cstring>
 #include <map>

@@ -1,6 +1,5 @@
 // What each command does to the settings file and says.
 
-#include "cli/action_names.h"
 #include "cli/text_table.h"
 #include "settings/action_commands.h"
 #include "settings/device_prefs.h"
@@ -8,6 +7,7 @@
 #include "settings/prefs_list.h"
 #include "tests/cli/program.h"
 #include "tests/support/faults.h"
+#include "wording/action_text.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -157,7 +157,7 @@ TEST_F(Commands, Assign_StoresTheActionAndAppliesTheRules) {
             << row.line;
     }
     // Was shown as -1.
-    EXPECT_EQ(ActionDetails(slot(227, 0, kNoKeyCode, 0xFFFF), MenuTitles(Record())), "repeat 65535");
+    EXPECT_EQ(ActionDetails(slot(227, 0, kNoKeyCode, 0xFFFF)), "repeat 65535");
 }
 
 TEST_F(Commands, OpenItem_IsKeptByAnAliasAndShownByItsPath) {

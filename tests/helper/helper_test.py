@@ -123,7 +123,7 @@ class Helper(unittest.TestCase):
         self.until(lambda: self.said().count("settings for Painter:") == 2)
         report = self.said().rpartition("settings for Painter:")[2]
         self.assertIn("  buttonII: Keystroke cmd+shift+esc\n", report)
-        self.assertIn("  ringCW: Scroll up with shift+ctrl, every 6/60 s\n", report)
+        self.assertIn("  ringCW: Scroll up with shift+ctrl, repeat 6\n", report)
         self.assertRegex(report, r"  tunerCW: .* \(as everywhere\)\n")
         before = self.said()
         self.ctl("--prefs", str(self.path / "elsewhere.prefs"), "set", "ringSpeed", "9")
