@@ -1,7 +1,6 @@
 #include "wording/action_text.h"
 
 #include "keyboard/key_names.h"
-#include "platform/base/plain_text.h"
 #include "settings/pascal_strings.h"
 #include "util/items/items_folder.h"
 
@@ -25,7 +24,7 @@ std::string MainDetail(const ActionSlot &slot, const std::string *menuTitle, Key
                                       : LabelledKeystrokeText(slot.keyCode, slot.modifiers);
     }
     if (slot.command == kActionToolMenu) {
-        return menuTitle != nullptr ? QuotedText(*menuTitle) : "number " + std::to_string(slot.crc);
+        return menuTitle != nullptr ? '"' + *menuTitle + '"' : "number " + std::to_string(slot.crc);
     }
     if (slot.command == kActionOpenItem) {
         return ItemName(slot.data);
