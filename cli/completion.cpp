@@ -3,6 +3,7 @@
 #include "cli/action_names.h"
 #include "cli/commands.h"
 #include "cli/edit_commands.h"
+#include "cli/menu_titles.h"
 #include "cli/record_text.h"
 #include "cli/session.h"
 #include "document/history.h"
