@@ -238,7 +238,8 @@ void SayAssignments(const Request &request, const ControlSlot &chosen, const App
     PropertyListArray entries;
     const auto say = [&](const ControlSlot &control) {
         const ActionSlot &slot = after.device[0].action[control.slot];
-        entries.emplace_back(AssignmentEntry(control, slot, ActionDetails(slot, titles.Find(slot.crc), KeyNames::Own)));
+        entries.emplace_back(
+            AssignmentEntry(control, slot, ActionDetails(slot, titles.Find(slot.crc), KeyNames::Own)));
         if (!request.line.json) {
             const std::string details = ActionDetails(slot, titles.Find(slot.crc));
             request.Out() << control.key << ": " << ActionTitle(slot.command) << (details.empty() ? "" : " ")

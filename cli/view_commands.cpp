@@ -2,8 +2,8 @@
 
 #include "cli/action_names.h"
 #include "cli/commands.h"
-#include "cli/record_text.h"
 #include "cli/menu_titles.h"
+#include "cli/record_text.h"
 #include "cli/session.h"
 #include "cli/text_table.h"
 #include "keyboard/key_names.h"
@@ -69,8 +69,8 @@ std::vector<TableRow> ControlRows(const AppPrefs &record) {
     for (const ControlSlot &control : kControlSlots) {
         const ActionSlot &slot = record.device[0].action[control.slot];
         if (slot.command != kActionNone) {
-            rows.push_back(
-                {std::string(control.key), ActionTitle(slot.command), ActionDetails(slot, titles.Find(slot.crc))});
+            rows.push_back({std::string(control.key), ActionTitle(slot.command),
+                            ActionDetails(slot, titles.Find(slot.crc))});
         }
     }
     return rows;

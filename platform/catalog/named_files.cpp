@@ -8,10 +8,7 @@
 #include <new>
 
 namespace drevix {
-namespace {
-
-
-} // namespace
+namespace {} // namespace
 
 OSErr FSpCreate(const FSSpec &spec, OSType /*creator*/, OSType /*fileType*/, std::int16_t /*script*/) try {
     const std::string path = PathFromSpec(spec);
