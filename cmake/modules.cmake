@@ -17,14 +17,15 @@ endforeach()
 string(REPLACE "/" "_" DREVIX_MODULES_FOR_PROGRAMS "${DREVIX_MODULES}")
 list(REMOVE_ITEM DREVIX_MODULES_FOR_PROGRAMS keyboard_qt helper cli pane host)
 
-# What every target of this project is compiled with.
+# What every target of this project is compiled with. Where the sources of a folder are compiled together, GCC takes what is
+# local to one for a header's.
 add_library(drevix_options INTERFACE)
 target_include_directories(drevix_options INTERFACE "${PROJECT_SOURCE_DIR}")
 # The one version number, which a settings file is stamped with.
 target_compile_definitions(drevix_options INTERFACE DREVIX_VERSION_MAJOR=${PROJECT_VERSION_MAJOR}
     DREVIX_VERSION_MINOR=${PROJECT_VERSION_MINOR} DREVIX_VERSION_PATCH=${PROJECT_VERSION_PATCH})
 target_compile_options(drevix_options INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor
-    -Woverloaded-virtual $<$<BOOL:${DREVIX_WERROR}>:-Werror>)
+    -Woverloaded-virtual $<$<BOOL:${DREVIX_WERROR}>:-Werror> $<$<BOOL:${CMAKE_UNITY_BUILD}>:-Wno-subobject-linkage>)
 
 # drevix_module(FOLDER [LIBRARIES ...] [EXCEPT ...]): the static library of that folder, with every source in it but those
 # after EXCEPT. It links what layers.txt lets it include; LIBRARIES are third-party libraries (platform/ has some, and pane/).
