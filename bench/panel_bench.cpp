@@ -15,15 +15,16 @@
 #include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
+#include <QListView>
 #include <QProcess>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QSlider>
+#include <QSplitter>
 #include <QStackedWidget>
 #include <QTabWidget>
 #include <QTemporaryDir>
 #include <QToolButton>
-#include <QTreeWidget>
 #include <QVBoxLayout>
 
 #include <algorithm>
@@ -111,7 +112,8 @@ constexpr auto kWidgetKinds = std::to_array<WidgetKind>({
     {"QComboBox", Make<QComboBox>},
     {"QLineEdit", Make<QLineEdit>},
     {"QSlider", Make<QSlider>},
-    {"QTreeWidget", Make<QTreeWidget>},
+    {"QListView", Make<QListView>},
+    {"QSplitter", Make<QSplitter>},
     {"QGroupBox", Make<QGroupBox>},
     {"QTabWidget", Make<QTabWidget>},
     {"QStackedWidget", Make<QStackedWidget>},

@@ -1,4 +1,5 @@
 // drevix-settings: the window in which a person decides what the device's controls do.
+#include "host/contrast_style.h"
 #include "host/first_instance.h"
 #include "host/host_text.h"
 #include "host/panel_window.h"
@@ -170,6 +171,7 @@ int main(int argc, char **argv) {
         return 0;
     }
     UsePictureColors(picture);
+    UseContrastStyle();
     PanelWindow window;
     const PanelUse use = picture.file.isEmpty() ? PanelUse::Work : PanelUse::Picture;
     if (!window.LoadPanel(use, &problem)) {

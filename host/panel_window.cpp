@@ -4,8 +4,10 @@
 #include <QCloseEvent>
 #include <QCoreApplication>
 #include <QDir>
+#include <QEvent>
+#include <QScreen>
+#include <QScrollArea>
 #include <QSettings>
-#include <QStyle>
 #include <QTimer>
 #include <QVBoxLayout>
 
@@ -26,21 +28,41 @@ QString PlaceKey() {
 
 constexpr std::chrono::milliseconds kQuestionWait{300}; // between looks whether a question is answered
 
+constexpr int kFrame = 40; // pixels that a window's frame and a desktop's bars take
+
+// Holds the view, which scrolls where it needs more than the whole screen has.
+class ViewScroller : public QScrollArea {
+  public:
+    ViewScroller(QWidget *view, QWidget *parent) : QScrollArea(parent) {
+        setFrameShape(QFrame::NoFrame);
+        setWidgetResizable(true);
+        setWidget(view);
+        view->installEventFilter(this);
+    }
+    [[nodiscard]] QSize minimumSizeHint() const override {
+        const QSize room = screen()->availableSize() - QSize(0, kFrame);
+        return widget()->minimumSizeHint().boundedTo(room);
+    }
+    [[nodiscard]] QSize sizeHint() const override {
+        return widget()->sizeHint().boundedTo(screen()->availableSize() - QSize(0, kFrame));
+    }
+
+  protected:
+    bool eventFilter(QObject *watched, QEvent *event) override {
+        if (watched == widget() && event->type() == QEvent::LayoutRequest) {
+            updateGeometry();
+        }
+        return QScrollArea::eventFilter(watched, event);
+    }
+};
+
 } // namespace
 
-PanelWindow::PanelWindow() : fStatusLine(new QLabel(this)) {
+PanelWindow::PanelWindow() {
     setWindowTitle(tr("Drevix Veltrana"));
     auto *const layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
-    fStatusLine->setAccessibleName(tr("Status"));
-    fStatusLine->setTextFormat(Qt::PlainText);
-    fStatusLine->setWordWrap(true);
-    const QStyle *const look = style();
-    fStatusLine->setContentsMargins(look->pixelMetric(QStyle::PM_LayoutLeftMargin), 0,
-                                    look->pixelMetric(QStyle::PM_LayoutRightMargin),
-                                    look->pixelMetric(QStyle::PM_LayoutBottomMargin));
-    fStatusLine->hide();
     QCoreApplication::instance()->installEventFilter(this);
 }
 
@@ -60,9 +82,7 @@ bool PanelWindow::LoadPanel(PanelUse use, QString *problem) {
         *problem = fLoader.errorString();
         return false;
     }
-    fPanel->setProblemHandler([this](const QString &text) { ShowProblem(text); });
-    layout()->addWidget(fPanel->mainView());
-    layout()->addWidget(fStatusLine);
+    layout()->addWidget(new ViewScroller(fPanel->mainView(), this));
     if (use == PanelUse::Picture) {
         fPanel->setDrawnOnly();
     }
@@ -139,12 +159,6 @@ void PanelWindow::SaveForSession() {
         fPanel->willUnselect();
         fPanel->didSelect();
     }
-}
-
-// One quiet line until the next success.
-void PanelWindow::ShowProblem(const QString &problem) {
-    fStatusLine->setText(problem);
-    fStatusLine->setVisible(!problem.isEmpty());
 }
 
 } // namespace drevix

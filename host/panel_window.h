@@ -3,7 +3,6 @@
 
 #include "pane/preference_pane.h"
 
-#include <QLabel>
 #include <QPluginLoader>
 #include <QWidget>
 
@@ -44,11 +43,8 @@ class PanelWindow : public QWidget {
     bool eventFilter(QObject *watched, QEvent *event) override;
 
   private:
-    void ShowProblem(const QString &problem);
-
     QPluginLoader fLoader;
     PreferencePane *fPanel = nullptr; // belongs to the loader
-    QLabel *fStatusLine;
     PanelUse fUse = PanelUse::Work;
     bool fMayAsk = true; // whether somebody is there to answer when the window closes
 };

@@ -50,6 +50,23 @@ constexpr auto kDarkColors = std::to_array<DarkColor>({
     {QPalette::ToolTipText, 0xFFECEDEE, 0xFFECEDEE},
 });
 
+void UseContrast(const QColor &ground, const QColor &text) {
+    QPalette palette(ground, ground);
+    for (const QPalette::ColorRole role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText,
+                                           QPalette::ToolTipText, QPalette::PlaceholderText}) {
+        palette.setColor(role, text);
+        palette.setColor(QPalette::Disabled, role, Qt::gray);
+    }
+    for (const QPalette::ColorRole role : {QPalette::Window, QPalette::Base, QPalette::AlternateBase,
+                                           QPalette::Button, QPalette::ToolTipBase}) {
+        palette.setColor(role, ground);
+    }
+    palette.setColor(QPalette::Highlight, text);
+    palette.setColor(QPalette::HighlightedText, ground);
+    palette.setColor(QPalette::Link, text);
+    QApplication::setPalette(palette);
+}
+
 } // namespace
 
 std::optional<double> ScaleFromText(const QString &text) {
@@ -71,6 +88,7 @@ QList<QCommandLineOption> PictureOptions() {
         option("size", Host::tr("Make the picture's window this large."), "WIDTHxHEIGHT"),
         option("scale", Host::tr("Draw FACTOR times as large."), "FACTOR"),
         QCommandLineOption(QStringLiteral("dark"), Host::tr("Draw light text on dark ground.")),
+        QCommandLineOption(QStringLiteral("contrast"), Host::tr("Draw in black and white.")),
     };
 }
 
@@ -81,6 +99,7 @@ PictureRequest ReadPictureRequest(const QCommandLineParser &options, QString *pr
     request.control = options.value(QStringLiteral("control"));
     request.pressed = options.value(QStringLiteral("pressed"));
     request.isDark = options.isSet(QStringLiteral("dark"));
+    request.isContrast = options.isSet(QStringLiteral("contrast"));
     if (options.isSet(QStringLiteral("page"))) {
         bool isNumber = false;
         request.page = options.value(QStringLiteral("page")).toInt(&isNumber);
@@ -105,6 +124,10 @@ PictureRequest ReadPictureRequest(const QCommandLineParser &options, QString *pr
 }
 
 void UsePictureColors(const PictureRequest &request) {
+    if (request.isContrast) {
+        UseContrast(request.isDark ? Qt::black : Qt::white, request.isDark ? Qt::white : Qt::black);
+        return;
+    }
     if (!request.isDark) {
         return;
     }

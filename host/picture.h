@@ -20,6 +20,7 @@ struct PictureRequest {
     std::optional<int> page;
     std::optional<QSize> size; // of the window, in device-independent pixels
     bool isDark = false;       // light text on dark ground, whatever the desktop has
+    bool isContrast = false;   // black and white
 };
 
 // A scale that a picture can have: a number from 0.5 to 8.

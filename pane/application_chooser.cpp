@@ -1,6 +1,7 @@
 #include "pane/application_chooser.h"
 
 #include "pane/pane_text.h"
+#include "pane/second_column.h"
 
 #include <QCollator>
 #include <QCoreApplication>
@@ -66,7 +67,7 @@ class ProgramPanel : public QFileDialog {
 
 } // namespace
 
-ApplicationChooser::ApplicationChooser(QWidget *window)
+ApplicationChooser::ApplicationChooser(QWidget *window, const SettingsTest &hasSettings)
     : QDialog(window), fSearch(new QLineEdit), fList(new QListView) {
     setObjectName(QStringLiteral("uiApplicationPanel"));
     setWindowModality(Qt::WindowModal);
@@ -85,14 +86,23 @@ ApplicationChooser::ApplicationChooser(QWidget *window)
     fList->setIconSize({iconSize, iconSize});
     fMatches.setSourceModel(&fApplications);
     fMatches.setFilterCaseSensitivity(Qt::CaseInsensitive);
-    FillList();
+    fList->setItemDelegate(new SecondColumnDelegate(fList));
+    FillList(hasSettings);
 
     auto *const buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
     fOk = buttons->button(QDialogButtonBox::Ok);
     fOk->setText(tr("&Add"));
-    QPushButton *other = buttons->addButton(tr("&Other..."), QDialogButtonBox::ActionRole);
+    fShow = buttons->addButton(tr("&Show Settings"), QDialogButtonBox::ActionRole);
+    fShow->setVisible(static_cast<bool>(hasSettings));
+    QPushButton *other = buttons->addButton(tr("&Other…"), QDialogButtonBox::ActionRole);
     connect(buttons, &QDialogButtonBox::accepted, this, &ApplicationChooser::ChooseSelected);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+    connect(fShow, &QPushButton::clicked, this, [this] {
+        fIsToShow = true;
+        ChooseSelected();
+    });
+    connect(fList->selectionModel(), &QItemSelectionModel::currentChanged, this,
+            &ApplicationChooser::ShowButtons);
     connect(other, &QPushButton::clicked, this, &ApplicationChooser::actOther);
     connect(fSearch, &QLineEdit::textChanged, this, &ApplicationChooser::ShowMatches);
     connect(fList, &QListView::doubleClicked, this, &ApplicationChooser::ChooseSelected);
@@ -106,7 +116,7 @@ ApplicationChooser::ApplicationChooser(QWidget *window)
     ShowMatches({});
 }
 
-void ApplicationChooser::FillList() {
+void ApplicationChooser::FillList(const SettingsTest &hasSettings) {
     std::vector<DesktopEntry> entries = InstalledApplications(MessagesLocale());
     QCollator order;
     order.setCaseSensitivity(Qt::CaseInsensitive);
@@ -125,6 +135,10 @@ void ApplicationChooser::FillList() {
         item->setToolTip(PlainToolTip(TextOf(entry->path)));
         item->setData(QByteArray::fromStdString(fileName), kFileNameRole);
         item->setData(QByteArray::fromStdString(entry->name), kFileNameRole + 1);
+        if (hasSettings && hasSettings(fileName)) {
+            item->setData(tr("has settings"), kSecondColumnRole);
+            item->setData(tr("has settings"), Qt::AccessibleDescriptionRole);
+        }
         fApplications.appendRow(item);
     }
 }
@@ -133,7 +147,13 @@ void ApplicationChooser::FillList() {
 void ApplicationChooser::ShowMatches(const QString &text) {
     fMatches.setFilterFixedString(text);
     fList->setCurrentIndex(fMatches.index(0, 0));
-    fOk->setEnabled(fMatches.rowCount() > 0);
+    ShowButtons();
+}
+
+void ApplicationChooser::ShowButtons() {
+    const QModelIndex selected = fList->currentIndex();
+    fOk->setEnabled(selected.isValid());
+    fShow->setEnabled(selected.data(kSecondColumnRole).isValid());
 }
 
 void ApplicationChooser::ChooseSelected() {

@@ -8,6 +8,9 @@
 #include <QSortFilterProxyModel>
 #include <QStandardItemModel>
 
+#include <functional>
+#include <string>
+
 class QLineEdit;
 class QPushButton;
 
@@ -18,14 +21,20 @@ class ApplicationChooser : public QDialog {
     Q_OBJECT
 
   public:
-    explicit ApplicationChooser(QWidget *window);
+    // Those that have settings already, by `hasSettings` of a file name, are marked, and their settings can be shown
+    // instead; not offered without it.
+    using SettingsTest = std::function<bool(const std::string &fileName)>;
+    explicit ApplicationChooser(QWidget *window, const SettingsTest &hasSettings = {});
     [[nodiscard]] const NewApplication &Chosen() const { return fChosen; }
+    // Whether the settings that the chosen one has are to be shown.
+    [[nodiscard]] bool IsToShow() const { return fIsToShow; }
 
   protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
 
   private:
-    void FillList();
+    void FillList(const SettingsTest &hasSettings);
+    void ShowButtons();
     void ShowMatches(const QString &text);
     void ChooseSelected();
     void actOther();
@@ -36,6 +45,8 @@ class ApplicationChooser : public QDialog {
     QLineEdit *fSearch;
     QListView *fList;
     QPushButton *fOk;
+    QPushButton *fShow;
+    bool fIsToShow = false;
 };
 
 } // namespace drevix

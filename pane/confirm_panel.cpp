@@ -22,16 +22,16 @@ struct ConfirmTexts {
     const char *refuse;
 };
 constexpr auto kTexts = std::to_array<ConfirmTexts>({
-    {"uiRemovePanel", "uiRemoveTextName", QT_TRANSLATE_NOOP("drevix::ConfirmPanel", "Delete Settings"),
-     QT_TRANSLATE_NOOP("drevix::ConfirmPanel", "Delete the settings of this application?"),
-     QT_TRANSLATE_NOOP("drevix::ConfirmPanel", "The global settings will then apply in it."),
+    {"uiRemovePanel", "uiRemoveTextName", QT_TRANSLATE_NOOP("drevix::ConfirmPanel", "Delete Settings?"),
+     QT_TRANSLATE_NOOP("drevix::ConfirmPanel", "Delete these settings?"),
+     QT_TRANSLATE_NOOP("drevix::ConfirmPanel", "Global Settings will be used instead."),
      QT_TRANSLATE_NOOP("drevix::ConfirmPanel", "&Delete"),
-     QT_TRANSLATE_NOOP("drevix::ConfirmPanel", "&Keep")},
+     QT_TRANSLATE_NOOP("drevix::ConfirmPanel", "Cancel")},
     {"uiReplacePanel", "uiReplaceTextName", QT_TRANSLATE_NOOP("drevix::ConfirmPanel", "Replace Settings"),
-     QT_TRANSLATE_NOOP("drevix::ConfirmPanel", "Replace the settings that are there already?"),
-     QT_TRANSLATE_NOOP("drevix::ConfirmPanel", "The new ones will take their place."),
+     QT_TRANSLATE_NOOP("drevix::ConfirmPanel", "Replace these settings?"),
+     QT_TRANSLATE_NOOP("drevix::ConfirmPanel", "The new settings replace the old ones."),
      QT_TRANSLATE_NOOP("drevix::ConfirmPanel", "&Replace"),
-     QT_TRANSLATE_NOOP("drevix::ConfirmPanel", "&Keep")},
+     QT_TRANSLATE_NOOP("drevix::ConfirmPanel", "&Keep Old")},
     {"uiImportPanel", "uiImportTextName", QT_TRANSLATE_NOOP("drevix::ConfirmPanel", "Import Settings"),
      QT_TRANSLATE_NOOP("drevix::ConfirmPanel", "Import the settings in this file?"),
      QT_TRANSLATE_NOOP("drevix::ConfirmPanel", "You are asked again before any of yours are replaced."),
@@ -48,7 +48,7 @@ QLabel *MakeLabel(const QString &text) {
 } // namespace
 
 ConfirmPanel::ConfirmPanel(Kind kind, const QString &name, QWidget *window)
-    : QDialog(window), fForAll(new QCheckBox(tr("Do this for &all of them"))) {
+    : QDialog(window), fForAll(new QCheckBox(tr("Do the same for &all"))), fEffect(nullptr) {
     const ConfirmTexts &texts = kTexts[static_cast<std::size_t>(kind)];
     setObjectName(QLatin1String(texts.panel));
     setWindowModality(Qt::WindowModal);
@@ -78,12 +78,19 @@ ConfirmPanel::ConfirmPanel(Kind kind, const QString &name, QWidget *window)
     layout->addWidget(icon, 0, 0, 4, 1, Qt::AlignTop);
     layout->addWidget(question, 0, 1);
     layout->addWidget(nameLabel, 1, 1);
-    layout->addWidget(MakeLabel(tr(texts.effect)), 2, 1);
+    fEffect = MakeLabel(tr(texts.effect));
+    layout->addWidget(fEffect, 2, 1);
     layout->addWidget(fForAll, 3, 1);
     layout->addWidget(buttons, 4, 0, 1, 2);
-    QPushButton *preset = kind == Kind::Remove ? refuse : agree;
+    QPushButton *preset = kind == Kind::Import ? agree : refuse;
     preset->setDefault(true); // now that it is in a dialog that can know of it
     preset->setFocus();
+}
+
+void ConfirmPanel::NameReplaced(const QString &name) {
+    if (!name.isEmpty()) {
+        fEffect->setText(tr("They replace the settings of %1, which has the same stored name.").arg(name));
+    }
 }
 
 void ConfirmPanel::OfferAll(bool isOffered) {

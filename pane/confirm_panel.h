@@ -6,6 +6,8 @@
 
 #include <cstdint>
 
+class QLabel;
+
 namespace drevix {
 
 // Modal to its window. exec gives 1 when the user agreed, else 0.
@@ -17,6 +19,8 @@ class ConfirmPanel : public QDialog {
     // `name` is that of the record, or of the file, for people.
     ConfirmPanel(Kind kind, const QString &name, QWidget *window);
 
+    // Names the application whose settings would be replaced; nothing for an empty name.
+    void NameReplaced(const QString &name);
     // Offers to answer for all records of one operation; not offered at first.
     void OfferAll(bool isOffered);
     // Whether the answer is meant for all.
@@ -27,6 +31,7 @@ class ConfirmPanel : public QDialog {
     void actModalButtonCancel();
 
     QCheckBox *fForAll;
+    QLabel *fEffect;
 };
 
 } // namespace drevix

@@ -11,6 +11,7 @@
 #include "helperlink/driver_messages.h"
 #include "keyboard/qt/key_events.h"
 #include "keyboard/qt/keystroke_receiver.h"
+#include "pane/application_icons.h"
 #include "pane/preference_pane.h"
 #include "pane/save_bar.h"
 #include "pane/sheet.h"
@@ -21,6 +22,7 @@
 #include "settings/app_prefs.h"
 #include "ui_pane.h"
 
+#include <QMap>
 #include <QPointer>
 #include <QString>
 #include <QTimer>
@@ -28,6 +30,8 @@
 
 #include <array>
 #include <chrono>
+#include <optional>
+#include <vector>
 
 class QAction;
 
@@ -45,6 +49,8 @@ struct PaneBundle {
 // The answer to "replace this one?" while several records are taken over.
 enum class ReplaceAnswer : std::uint8_t { Ask, All, None };
 
+inline constexpr const char *kHelperApplication = "DrevixHelper.app";
+
 // How long leaving the panel, and going to the background, wait for another program that is saving.
 inline constexpr std::chrono::milliseconds kLongestWait{2000};
 
@@ -57,6 +63,8 @@ struct RecordTrace {
 class FindPanel;
 class LiveView;
 struct EarlierSettings;
+class StepBadge;
+struct TargetState;
 struct SearchEntry;
 struct TypedKeystroke;
 
@@ -119,6 +127,7 @@ class DrevixPane : public QObject,
     void UpdateRevertApplyButtons();
     void Report(OSErr status, const QString &doing);
     void Tell(const QString &problem);
+    void TellOfSaving(const QString &problem);
 
     // Saving, and what becomes of settings that cannot be saved (pane_save.cpp)
     void BuildSaveControls();
@@ -127,11 +136,14 @@ class DrevixPane : public QObject,
     bool SaveEverything(std::chrono::milliseconds wait);
     void SaveForLeaving();
     void SaveSoonIfInactive();
+    void AskAbout(const std::vector<RecordConflict> &conflicts);
     void TellConflicts(const std::vector<RecordConflict> &conflicts);
     [[nodiscard]] QStringList SaveProblems(const SaveResult &result) const;
+    [[nodiscard]] static QStringList SaveConflicts(const SaveResult &result);
     void TellCompanionProblems(const KorvaneResults &results);
     bool ExportBeforeClosing();
     void ShowSaveButton(SaveState state);
+    void ShowSaveState(SaveState state, const QString &text);
     [[nodiscard]] QString SaveStateText(SaveState state, int unsaved) const;
     [[nodiscard]] QString UnsavedName() const;
     void LookForOutsideChanges();
@@ -143,13 +155,15 @@ class DrevixPane : public QObject,
 
     // The list of applications (pane_list.cpp)
     void UpdateTargetMenu();
-    [[nodiscard]] QString TargetTitle(RecordNumber number) const;
+    [[nodiscard]] TargetState TargetStateOf(RecordNumber number) const;
+    [[nodiscard]] QString NameOf(const AppPrefs &prefs) const;
     void ShowTargetTitle(RecordNumber number);
     void ShowTargetTitles();
     void SelectTarget();
     void actSettingsMenuTarget(int item);
     void PerformListCommand(int tag);
     void actSettingsButtonNew();
+    void AddApplication(const NewApplication &application);
     void actSettingsButtonDelete();
     void actSettingsRadioDisable();
     void actExport();
@@ -158,11 +172,33 @@ class DrevixPane : public QObject,
     void SelectMarkedDrevixPrefs();
     RecordNumber AddOrReplaceAppPrefs(const AppPrefs &record);
     [[nodiscard]] bool MayReplace(const AppPrefs &record, ReplaceAnswer &answer, bool isOneOfMany);
+    [[nodiscard]] QString NameOfReplaced(const AppPrefs &record, const QString &name) const;
     RecordNumber StoreConfirmed(const AppPrefs &record, ReplaceAnswer &answer, bool isOneOfMany);
     void ShowStored(RecordNumber number);
     void ShowRecord(RecordNumber number);
     [[nodiscard]] RecordTrace TraceEdited() const;
     void ShowTraced(const RecordTrace &trace);
+
+    // The side bar, the header and the commands in them (pane_side_bar.cpp)
+    void BuildTargets();
+    void BuildTargetActions();
+    void BuildSideBar();
+    void ShowHeader();
+    void ShowSide(bool isShown);
+    void GoToNextArea(int way);
+    void StartIcons();
+    void ShowNames();
+
+    // The strip of messages (pane_strip.cpp)
+    void BuildStrip();
+    void ShowProblem(const QString &problem);
+    void ShowHelperState();
+    void ShowIntroduction();
+    void EndIntroduction();
+    void PlaceBadges();
+    void ShowConflict();
+    void actShowTheirs();
+    void actKeepMine();
 
     // Making the view (pane_controls.cpp)
     struct ModifierBox {
@@ -171,10 +207,11 @@ class DrevixPane : public QObject,
     };
     void BuildMenus();
     void BuildLooks();
+    void BuildAreas();
     void ConnectControls();
     void ConnectActionControls();
     [[nodiscard]] std::array<ModifierBox, 10> ModifierBoxes() const;
-    [[nodiscard]] std::array<QTreeWidget *, 3> ControlLists() const; // by page
+    [[nodiscard]] std::array<PopUpMenu *, 3> ControlMenus() const; // by page
     [[nodiscard]] QComboBox *MenuOf(const GroupMenu &group) const;
 
     // Drawing the view from the working copy (pane_redraw.cpp)
@@ -184,6 +221,7 @@ class DrevixPane : public QObject,
     void ShowRingSliders();
     void ShowControlActions();
     void ShowDefaultsButton();
+    void ShowFactoryButton();
     [[nodiscard]] QStringList DefaultValueTexts(ControlGroup group) const;
     void EnableMenus();
     void ShowAction();
@@ -231,6 +269,10 @@ class DrevixPane : public QObject,
     void BuildDeviceControls();
     void StartHelper();
     void CheckDevices();
+    void ShowDevices();
+    void FitSaveBar();
+    [[nodiscard]] bool HasDevice() const;
+    [[nodiscard]] bool IsHelperMissing() const;
     [[nodiscard]] std::int32_t RegisterHelpBooks() const;
     void OpenHelpPage(const char *page);
     void OpenWebPage(const char *address);
@@ -284,6 +326,16 @@ class DrevixPane : public QObject,
     bool fIsSelected = false;
     bool fIsDrawnOnly = false;
     bool fIsHostActive = true; // while selected: edits wait for Apply
+
+    ApplicationIcons fIcons;
+    QMap<int, QAction *> fTargetActions; // by tag
+    std::array<StepBadge *, 3> fBadges = {};
+    std::vector<RecordConflict> fConflicts; // not answered yet
+    bool fIsFirstRun = false;               // there was no settings file
+    bool fIsPainted = false;
+    QString fAddedName;                   // of the application that is being added
+    std::optional<QString> fHeaderIconOf; // the application whose icon the header shows
+    int fTicksWithoutHelper = 0;          // of the device timer, one after the other
 
     PaneBundle fPrefPaneBundle;
     SettingsDocument fDocument;

@@ -54,15 +54,15 @@ struct ExtraKey {
 // clang-format off
 inline constexpr auto kTargetCommands = std::to_array<TargetCommand>({
     {0,               nullptr},
-    {kTagNew,         QT_TRANSLATE_NOOP("Menus", "New Application...")},
-    {kTagDelete,      QT_TRANSLATE_NOOP("Menus", "Delete...")},
+    {kTagNew,         QT_TRANSLATE_NOOP("Menus", "Add Application…")},
+    {kTagDelete,      QT_TRANSLATE_NOOP("Menus", "Delete…")},
     {0,               nullptr},
-    {kTagExport,      QT_TRANSLATE_NOOP("Menus", "Export...")},
-    {kTagImport,      QT_TRANSLATE_NOOP("Menus", "Import...")},
+    {kTagExport,      QT_TRANSLATE_NOOP("Menus", "Export…")},
+    {kTagImport,      QT_TRANSLATE_NOOP("Menus", "Import…")},
     {0,               nullptr},
-    {kTagInstall,     QT_TRANSLATE_NOOP("Menus", "Install Plug-ins...")},
+    {kTagInstall,     QT_TRANSLATE_NOOP("Menus", "Install Plug-ins…")},
     {0,               nullptr},
-    {kTagInformation, QT_TRANSLATE_NOOP("Menus", "Information...")},
+    {kTagInformation, QT_TRANSLATE_NOOP("Menus", "About Veltrana…")},
 });
 
 // The slots of the three pages' controls, by position.
@@ -71,17 +71,17 @@ inline constexpr auto kTunerPageSlots = std::to_array<SlotIndex>({7, 6});
 inline constexpr auto kButtonPageSlots = std::to_array<SlotIndex>({16, 17, 18, 20, 19});
 
 inline constexpr auto kKeyRepeatItems = std::to_array<RepeatItem>({
-    {-1, QT_TRANSLATE_NOOP("Menus", "Keep the key pressed")},
+    {-1, QT_TRANSLATE_NOOP("Menus", "Hold the keys down")},
     {0,  QT_TRANSLATE_NOOP("Menus", "Press once")},
-    {6,  QT_TRANSLATE_NOOP("Menus", "Repeat fast (10 per second)")},
-    {15, QT_TRANSLATE_NOOP("Menus", "Repeat (4 per second)")},
-    {30, QT_TRANSLATE_NOOP("Menus", "Repeat slowly (2 per second)")},
+    {6,  QT_TRANSLATE_NOOP("Menus", "Repeat 10 times a second")},
+    {15, QT_TRANSLATE_NOOP("Menus", "Repeat 4 times a second")},
+    {30, QT_TRANSLATE_NOOP("Menus", "Repeat twice a second")},
 });
 inline constexpr auto kAutoRepeatItems = std::to_array<RepeatItem>({
     {0,  QT_TRANSLATE_NOOP("Menus", "Scroll once")},
-    {3,  QT_TRANSLATE_NOOP("Menus", "Scroll fast (20 per second)")},
-    {6,  QT_TRANSLATE_NOOP("Menus", "Scroll (10 per second)")},
-    {15, QT_TRANSLATE_NOOP("Menus", "Scroll slowly (4 per second)")},
+    {3,  QT_TRANSLATE_NOOP("Menus", "Scroll 20 times a second")},
+    {6,  QT_TRANSLATE_NOOP("Menus", "Scroll 10 times a second")},
+    {15, QT_TRANSLATE_NOOP("Menus", "Scroll 4 times a second")},
 });
 
 // The items that the two menus show for the tuner, which has no repeat of its own.
@@ -89,7 +89,7 @@ inline constexpr int kTunerKeyRepeatItem = 1;
 inline constexpr int kTunerAutoRepeatItem = 0;
 
 inline constexpr auto kExtraKeys = std::to_array<ExtraKey>({
-    {kNoKeyCode, QT_TRANSLATE_NOOP("Menus", "Choose a key")}, {kNoKeyCode, nullptr},
+    {kNoKeyCode, QT_TRANSLATE_NOOP("Menus", "Other key")}, {kNoKeyCode, nullptr},
     {kNoKeyCode, QT_TRANSLATE_NOOP("Menus", "No key")},
     {0x35, QT_TRANSLATE_NOOP("Menus", "Escape")},      {0x33, QT_TRANSLATE_NOOP("Menus", "Backspace")},
     {0x24, QT_TRANSLATE_NOOP("Menus", "Enter")},      {0x30, QT_TRANSLATE_NOOP("Menus", "Tab")},

@@ -51,7 +51,7 @@ SettingsFilePanel::SettingsFilePanel(const QString &title, QFileDialog::AcceptMo
 
 ExportPanel::ExportPanel(QWidget *window)
     : SettingsFilePanel(tr("Export Settings"), QFileDialog::AcceptSave, window),
-      fExportAll(new QCheckBox(tr("E&xport all applications"))) {
+      fExportAll(new QCheckBox(tr("A&ll applications"))) {
     fExportAll->setObjectName(QStringLiteral("uiSaveBoxExportAll"));
     selectFile(QStringLiteral("Veltrana Config"));
     if (auto *const grid = qobject_cast<QGridLayout *>(layout()); grid != nullptr) {

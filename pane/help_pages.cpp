@@ -15,7 +15,8 @@ struct HelpPage {
 
 // clang-format off
 constexpr auto kHelpPages = std::to_array<HelpPage>({
-    {"uiSettingsMenuTarget",      "applications.html"},
+    {"uiTargetSideBar",           "applications.html"},
+    {"uiPaneHeader",              "applications.html"},
     {"uiSettingsRadioDisable",    "applications.html"},
     {"uiSettingsTabsImages",      "controls.html"},
     {"uiPaneTabs",                "controls.html"},

@@ -53,7 +53,9 @@ void LinkButton::paintEvent(QPaintEvent * /*event*/) {
     const QColor background = palette().color(backgroundRole());
     painter.setPen(isEnabled() ? HyperlinkColor(isDown() ? LinkLook::Alternate : LinkLook::Normal, background)
                                : palette().color(QPalette::Disabled, QPalette::WindowText));
-    painter.drawText(rect(), Qt::AlignCenter | Qt::TextHideMnemonic, text());
+    const QString shown =
+        painter.fontMetrics().elidedText(text(), Qt::ElideRight, width(), Qt::TextShowMnemonic);
+    painter.drawText(rect(), Qt::AlignCenter | Qt::TextHideMnemonic, shown);
     if (hasFocus()) {
         QStyleOptionFocusRect frame;
         frame.initFrom(this);

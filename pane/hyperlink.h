@@ -12,11 +12,12 @@ namespace drevix {
 // can.
 [[nodiscard]] QColor HyperlinkColor(LinkLook look, const QColor &background);
 
-// A button with a link's look. A disabled one is drawn as disabled text.
+// A button with a link's look. A disabled one is drawn as disabled text. A title that has not the room is cut.
 class LinkButton : public QPushButton {
     Q_OBJECT
 
   public:
+    explicit LinkButton(QWidget *parent = nullptr) : LinkButton(QString(), parent) {}
     explicit LinkButton(const QString &title, QWidget *parent = nullptr);
     [[nodiscard]] QSize sizeHint() const override;
     [[nodiscard]] QSize minimumSizeHint() const override { return sizeHint(); }

@@ -45,12 +45,12 @@ InformationPanel::InformationPanel(const std::optional<QString> &version, bool h
     QFont large = title->font();
     large.setPointSizeF(large.pointSizeF() * kTitlePercent / 100);
     title->setFont(large);
-    AddField(layout, "uiInfoTextDriverVers", tr("Version of the settings panel: ##"), version);
+    AddField(layout, "uiInfoTextDriverVers", tr("Settings panel ##"), version);
     layout->addSpacing(fontMetrics().height() / 2);
 
-    uiInfoButtonManual = AddLink(layout, "uiInfoButtonManual", tr("&Help book"));
+    uiInfoButtonManual = AddLink(layout, "uiInfoButtonManual", tr("&Help"));
     uiInfoButtonTrainer = AddLink(layout, "uiInfoButtonTrainer", tr("&Trainer"));
-    uiInfoButtonMainURL = AddLink(layout, "uiInfoButtonMainURL", tr("&Web page"));
+    uiInfoButtonMainURL = AddLink(layout, "uiInfoButtonMainURL", tr("&Website"));
     uiInfoButtonSupportURL = AddLink(layout, "uiInfoButtonSupportURL", tr("&Support"));
     uiInfoButtonTrainer->setEnabled(hasTrainer);
     if (!hasTrainer) {

@@ -1,9 +1,11 @@
 #include "pane/look.h"
 
 #include <QFontMetricsF>
+#include <QPainter>
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace drevix {
 namespace {
@@ -12,6 +14,12 @@ constexpr qreal kSmallestPoints = 8;
 constexpr qreal kHighContrast = 19.5; // of 21, black on white; the ratio is that of WCAG 2
 constexpr qreal kDimShare = 0.36;
 constexpr qreal kHairlineShare = 0.17;
+constexpr qreal kGroundShare = 0.16;
+constexpr QRgb kNewsColor = 0xFFD98A00;
+constexpr QRgb kFailureColor = 0xFFD04030;
+constexpr qreal kRingWidth = 2;    // pixels
+constexpr qreal kGroundOfRing = 4; // below it, seen on both sides
+constexpr qreal kRadius = 4;
 
 qreal Linear(int channel) {
     const qreal share = channel / 255.0;
@@ -64,6 +72,35 @@ QColor DimColor(const QPalette &palette) {
 QColor HairlineColor(const QPalette &palette) {
     const QColor text = palette.color(QPalette::WindowText);
     return IsHighContrast(palette) ? text : Blend(palette.color(QPalette::Window), text, kHairlineShare);
+}
+
+QColor StripeColor(const QPalette &palette, Tint tint) {
+    switch (tint) {
+    case Tint::Unsaved:
+        return palette.color(QPalette::Highlight);
+    case Tint::News:
+        return QColor::fromRgb(kNewsColor);
+    case Tint::Failure:
+        return QColor::fromRgb(kFailureColor);
+    case Tint::None:
+        break;
+    }
+    return palette.color(QPalette::Window);
+}
+
+// All contrast there is means black or white under the text.
+QColor GroundColor(const QPalette &palette, Tint tint) {
+    const QColor ground = palette.color(QPalette::Window);
+    return IsHighContrast(palette) ? ground : Blend(ground, StripeColor(palette, tint), kGroundShare);
+}
+
+void PaintFocusRing(QPainter &painter, const QRectF &around, const QPalette &palette) {
+    painter.setBrush(Qt::NoBrush);
+    for (const auto &[role, width] :
+         {std::pair(QPalette::Base, kGroundOfRing), {QPalette::Text, kRingWidth}}) {
+        painter.setPen(QPen(palette.color(role), width));
+        painter.drawRoundedRect(around, kRadius, kRadius);
+    }
 }
 
 } // namespace drevix

@@ -5,6 +5,11 @@
 #include <QFont>
 #include <QPalette>
 
+#include <cstdint>
+
+class QPainter;
+class QRectF;
+
 namespace drevix {
 
 // The em, the height of a line of the font, in device-independent pixels, and the unit u of all small
@@ -24,5 +29,14 @@ namespace drevix {
 // The colour of names and hints, and of thin lines.
 [[nodiscard]] QColor DimColor(const QPalette &palette);
 [[nodiscard]] QColor HairlineColor(const QPalette &palette);
+
+// What a bar across the panel is about.
+enum class Tint : std::uint8_t { None, Unsaved, News, Failure };
+// The colour of its stripe, and of its ground; None has the window's ground and no stripe.
+[[nodiscard]] QColor StripeColor(const QPalette &palette, Tint tint);
+[[nodiscard]] QColor GroundColor(const QPalette &palette, Tint tint);
+
+// The ring around what has the keyboard. Its two colours stand out on every ground.
+void PaintFocusRing(QPainter &painter, const QRectF &around, const QPalette &palette);
 
 } // namespace drevix

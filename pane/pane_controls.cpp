@@ -3,18 +3,31 @@
 
 #include "companion/korvane_crc.h"
 #include "pane/editor_tables.h"
+#include "pane/look.h"
 #include "pane/pane_text.h"
 
 #include <QEvent>
 #include <QFormLayout>
-#include <QHeaderView>
 
+#include <algorithm>
 #include <cmath>
 #include <span>
 #include <utility>
 
 namespace drevix {
 namespace {
+
+// Sizes in lines of the font, and sizes of type.
+constexpr qreal kPagesEms = 15.5;
+constexpr qreal kActionEms = 42;
+constexpr qreal kTitleSize = 1.3;
+constexpr qreal kControlSize = 1.15;
+constexpr qreal kSmallSize = 0.9;
+
+// What is clicked is high enough to be hit.
+constexpr int kLeastTarget = 24; // pixels
+constexpr auto kTargetClasses =
+    std::to_array<const char *>({"QAbstractButton", "QComboBox", "QLineEdit", "QSlider"});
 
 // Fills a menu from rows, of which those without a title are separators.
 template <class Rows>
@@ -44,13 +57,11 @@ void FillGroupMenu(QComboBox *menu, const GroupMenu &group) {
     }
 }
 
-void FillControls(QTreeWidget *list, std::span<const SlotIndex> slots_) {
+void FillControls(PopUpMenu *menu, std::span<const SlotIndex> slots_) {
     for (const SlotIndex slot : slots_) {
-        auto *const item = new QTreeWidgetItem(list, {ControlTitle(slot), QString()});
-        item->setData(0, Qt::UserRole, slot);
-        item->setSizeHint(0, {0, list->fontMetrics().height() * 4 / 3});
+        menu->addItem(ControlTitle(slot), slot);
     }
-    list->setCurrentItem(list->topLevelItem(0));
+    menu->ShowSecondColumn();
 }
 
 // Makes titles of fields as wide as the widest of them.
@@ -66,7 +77,7 @@ void AlignTitles(const QList<QWidget *> &titles) {
 
 } // namespace
 
-std::array<QTreeWidget *, 3> DrevixPane::ControlLists() const {
+std::array<PopUpMenu *, 3> DrevixPane::ControlMenus() const {
     return {uiSettingsMenuNavRing, uiSettingsMenuToolTuner, uiSettingsMenuTriggerPoints};
 }
 
@@ -90,9 +101,7 @@ std::array<DrevixPane::ModifierBox, 10> DrevixPane::ModifierBoxes() const {
 }
 
 void DrevixPane::BuildMenus() {
-    uiSettingsMenuTarget->addItem(QCoreApplication::translate("Controls", "Global Settings"));
-    uiSettingsMenuTarget->insertSeparator(1);
-    FillMenu(uiSettingsMenuTarget, kTargetCommands);
+    BuildTargets();
     FillControls(uiSettingsMenuNavRing, kRingPageSlots);
     FillControls(uiSettingsMenuToolTuner, kTunerPageSlots);
     FillControls(uiSettingsMenuTriggerPoints, kButtonPageSlots);
@@ -125,20 +134,52 @@ void DrevixPane::BuildLooks() {
     }
     AlignTitles(titles);
     AlignTitles({uiSettingsSliderNavSensLabel, uiSettingsSliderNavSpeedLabel, uiSettingsSliderToolSensLabel});
-    int widest = 0;
-    for (QTreeWidget *list : ControlLists()) {
-        for (int i = 0; i < list->topLevelItemCount(); ++i) {
-            widest = std::max(widest, list->fontMetrics().horizontalAdvance(list->topLevelItem(i)->text(0)));
-        }
-    }
-    for (QTreeWidget *list : ControlLists()) {
-        list->header()->resizeSection(0, widest + 2 * list->fontMetrics().height());
-    }
     for (QLabel *value : {uiSettingsTextNavSens, uiSettingsTextNavSpeed, uiSettingsTextToolSens}) {
         QFont bold = value->font();
         bold.setBold(true);
         value->setMinimumWidth(QFontMetrics(bold).horizontalAdvance(tr("%1 %").arg(255)));
     }
+    BuildAreas();
+}
+
+// The sizes of the areas, in lines of the font.
+void DrevixPane::BuildAreas() {
+    const qreal em = EmOf(fMainView->font());
+    const int unit = static_cast<int>(UnitOf(em));
+    uiPaneTabs->setFixedWidth(static_cast<int>(kPagesEms * em));
+    uiSettingsGroupAction->setMaximumWidth(static_cast<int>(kActionEms * em));
+    uiSettingsGroupAction->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
+    editorLayout->setContentsMargins(3 * unit, 2 * unit, 3 * unit, 2 * unit);
+    editorLayout->setSpacing(4 * unit);
+    editorLayout->setStretchFactor(uiSettingsGroupAction, 1);
+    headerLayout->setContentsMargins(3 * unit, unit, 3 * unit, unit);
+    headerLayout->setSpacing(2 * unit);
+    saveBarLayout->setContentsMargins(4 * unit, unit, 3 * unit, unit);
+    saveBarLayout->setSpacing(2 * unit);
+    statusLayout->setSpacing(2 * unit);
+    uiPaneHeader->SetLines(Qt::BottomEdge);
+    uiPaneEditor->SetLines(Qt::TopEdge);
+    uiPaneSaveBar->SetLines(Qt::TopEdge);
+    const auto scale = [](QWidget *widget, qreal factor, bool isSemibold) {
+        QFont font = ScaledFont(widget->font(), factor);
+        font.setWeight(isSemibold ? QFont::DemiBold : QFont::Normal);
+        widget->setFont(font);
+    };
+    scale(uiHeaderTextName, kTitleSize, true);
+    scale(uiHeaderTextNote, kSmallSize, false);
+    scale(uiSettingsTextControl, kControlSize, true);
+    scale(uiSettingsTextButtons, kSmallSize, false);
+    scale(uiSettingsTextAxis, kSmallSize, false);
+    scale(uiSettingsTextKeystroke, kSmallSize, false);
+    uiSettingsButtonFactory->setMinimumWidth(static_cast<int>(4 * em));
+    for (QWidget *target : fMainView->findChildren<QWidget *>()) {
+        const bool isTarget = std::ranges::any_of(
+            kTargetClasses, [target](const char *name) { return target->inherits(name); });
+        if (isTarget && target->objectName().startsWith(QLatin1String("ui"))) {
+            target->setMinimumHeight(kLeastTarget);
+        }
+    }
+    uiSettingsMenuExtraKeys->setMinimumContentsLength(6);
 }
 
 // Handlers are called by what the user does alone: menus tell of choices, boxes of clicks; redrawing blocks
@@ -150,8 +191,8 @@ void DrevixPane::ConnectControls() {
     connect(uiPaneButtonRevert, &QPushButton::clicked, this, &DrevixPane::actPaneButtonRevert);
 
     connect(uiPaneTabs, &QTabWidget::currentChanged, this, &DrevixPane::actSettingsMenuControls);
-    for (const QTreeWidget *list : ControlLists()) {
-        connect(list, &QTreeWidget::currentItemChanged, this, &DrevixPane::actSettingsMenuControls);
+    for (const PopUpMenu *menu : ControlMenus()) {
+        connect(menu, &QComboBox::activated, this, &DrevixPane::actSettingsMenuControls);
     }
     connect(uiSettingsTabsImages, &DevicePicture::activated, this,
             [this](int index) { SelectControl(kPictureSlots[static_cast<std::size_t>(index)]); });
@@ -174,17 +215,9 @@ void DrevixPane::ConnectControls() {
     }
 }
 
-// The key of the action box leads to its menu, and not to what had the keyboard last in the box.
-bool DrevixPane::eventFilter(QObject *watched, QEvent *event) {
-    if (watched == uiSettingsGroupAction && event->type() == QEvent::Shortcut) {
-        uiSettingsMenuAction->setFocus(Qt::ShortcutFocusReason);
-        return true;
-    }
-    return QObject::eventFilter(watched, event);
-}
-
 void DrevixPane::ConnectActionControls() {
-    uiSettingsGroupAction->installEventFilter(this);
+    connect(uiSettingsButtonFactory, &QPushButton::clicked, this, &DrevixPane::actBackToFactory);
+    connect(uiSettingsButtonFind, &QPushButton::clicked, this, &DrevixPane::actFindAction);
     connect(uiSettingsMenuAction, &QComboBox::activated, this, &DrevixPane::actSettingsMenuAction);
     for (const GroupMenu &group : GroupMenus()) {
         connect(MenuOf(group), &QComboBox::activated, this,

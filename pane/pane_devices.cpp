@@ -5,6 +5,7 @@
 #include "helperlink/login_items.h"
 #include "pane/help_pages.h"
 #include "pane/information_panel.h"
+#include "pane/look.h"
 #include "pane/pane_text.h"
 #include "pane/workspace.h"
 #include "platform/base/ascii.h"
@@ -12,18 +13,23 @@
 #include "platform/desktop/app_folder.h"
 
 #include <QFileInfo>
+#include <QPainter>
 #include <QShortcut>
 
+#include <algorithm>
+#include <iterator>
 #include <tuple>
 
 namespace drevix {
 namespace {
 
-constexpr const char *kHelperApplication = "DrevixHelper.app";
 constexpr const char *kTrainerApplication = "Drevix Trainer.app";
 constexpr const char *kMainAddress = "https://www.halcyra.example/veltrana";
 constexpr const char *kSupportAddress = "https://www.halcyra.example/veltrana/support";
 constexpr int kDeviceCheckInterval = 1000; // milliseconds
+constexpr int kTicksToMiss = 2;            // a helper that is just being started is no news
+constexpr QRgb kConnectedColor = 0xFF2E9E5B;
+constexpr qreal kDotEms = 0.6;
 
 // A page of the help book "Drevix veltrana Help".
 QString HelpPagePath(const FSRef &resources, const char *page) {
@@ -40,6 +46,8 @@ void DrevixPane::BuildDeviceControls() {
     uiPaneButtonInfo->setSign(QLatin1Char('i'));
     connect(uiPaneButtonManual, &QToolButton::clicked, this, &DrevixPane::actPaneButtonManual);
     connect(uiPaneButtonInfo, &QToolButton::clicked, this, &DrevixPane::actPaneButtonInfo);
+    connect(uiPaneButtonOverview, &QToolButton::clicked, this, &DrevixPane::actOverview);
+    uiPaneButtonOverview->setIcon(QIcon::fromTheme(QStringLiteral("document-print")));
     auto *const help = new QShortcut(QKeySequence::HelpContents, fMainView);
     connect(help, &QShortcut::activated, this,
             [this] { OpenHelpPage(HelpPageOf(fMainView->window()->focusWidget())); });
@@ -56,23 +64,28 @@ void DrevixPane::StartHelper() {
         return; // a panel without one works on the settings all the same
     }
     if (FindNamedProcess(kDrevixHelperName.data(), nullptr) != noErr && !LaunchApplication(helper)) {
-        Tell(tr("The device helper could not be started."));
+        Tell(tr("Couldn't start the device helper."));
     }
     if (!IsAscii(helper)) { // which the list of login items has as a lack of memory
-        Tell(tr("The device helper will not start at the next login: move the program to a folder whose path "
-                "has no "
-                "letters but those of English."));
+        Tell(tr(
+            "The device helper won't start when you log in: move the program to a folder whose path has no "
+            "letters but those of English."));
         return;
     }
     if (const std::int32_t status = AddLoginItem(helper.c_str(), nullptr, 0, 1, nullptr); status != noErr) {
-        Report(static_cast<OSErr>(status), tr("The device helper will not start at the next login"));
+        Report(static_cast<OSErr>(status), tr("The device helper won't start when you log in"));
     }
 }
 
 // What is shown is what the answer to an earlier request has brought; this one's comes later.
 void DrevixPane::CheckDevices() {
-    std::ignore = GetConnectedDevices(&fDeviceList); // without a helper the last state stays shown
+    const OSStatus status = GetConnectedDevices(&fDeviceList); // without a helper the last state stays shown
+    if (!fIsDrawnOnly) {
+        fTicksWithoutHelper = status == procNotFound ? fTicksWithoutHelper + 1 : 0;
+        ShowHelperState();
+    }
     if (fDeviceList.count == fDeviceCount) {
+        ShowDevices();
         return;
     }
     fDeviceCount = fDeviceList.count;
@@ -83,8 +96,53 @@ void DrevixPane::CheckDevices() {
         version = TextOf(DeviceVersionText(fDeviceList.device[0].productVers));
         serialNumber = TextOf(DeviceSerialText(fDeviceList.device[0]));
     }
+    QStringList all; // the texts tell of the first, this of each
+    const int listed = std::min(fDeviceCount, static_cast<int>(std::size(fDeviceList.device)));
+    for (int i = 0; i < listed; ++i) {
+        const ConnectedDevice &device = fDeviceList.device[i];
+        all += tr("Version %1, serial %2")
+                   .arg(TextOf(DeviceVersionText(device.productVers)), TextOf(DeviceSerialText(device)));
+    }
+    uiInfoTextStatus->setToolTip(PlainToolTip(all.join(QLatin1Char('\n'))));
+    uiInfoTextStatus->setAccessibleDescription(all.join(QLatin1String("; ")));
     uiInfoTextFirmwareVers->replaceMarkWith(version);
     uiInfoTextSerialNumber->replaceMarkWith(serialNumber);
+    ShowDevices();
+}
+
+bool DrevixPane::HasDevice() const {
+    return fDeviceCount > 0 && !IsHelperMissing();
+}
+
+bool DrevixPane::IsHelperMissing() const {
+    return fTicksWithoutHelper >= kTicksToMiss;
+}
+
+// A dot and a text: which device there is, or why there is none.
+void DrevixPane::ShowDevices() {
+    const bool isMissed = IsHelperMissing();
+    const QString text = isMissed ? tr("Helper not running") : tr("No device connected");
+    const QColor color = HasDevice() ? QColor::fromRgb(kConnectedColor)
+                         : isMissed  ? StripeColor(fMainView->palette(), Tint::News)
+                                     : HairlineColor(fMainView->palette());
+    const QString state = text + color.name();
+    if (uiInfoDot->property("state").toString() == state) {
+        return;
+    }
+    uiInfoDot->setProperty("state", state);
+    uiInfoTextNone->setText(text);
+    const int side = static_cast<int>(EmOf(fMainView->font()) * kDotEms);
+    QPixmap dot(QSize(side, side) * fMainView->devicePixelRatioF());
+    dot.setDevicePixelRatio(fMainView->devicePixelRatioF());
+    dot.fill(Qt::transparent);
+    QPainter painter(&dot);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(color);
+    painter.drawEllipse(QRectF(0, 0, side, side));
+    painter.end();
+    uiInfoDot->setPixmap(dot);
+    FitSaveBar();
 }
 
 void DrevixPane::actPaneButtonInfo() {
@@ -110,7 +168,7 @@ std::int32_t DrevixPane::RegisterHelpBooks() const {
 void DrevixPane::OpenHelpPage(const char *page) {
     const QString path = HelpPagePath(fPrefPaneBundle.resources, page);
     const bool isOpen = QFileInfo(path).isFile() && OpenAddress(QUrl::fromLocalFile(path));
-    Tell(isOpen ? QString() : tr("The help could not be opened."));
+    Tell(isOpen ? QString() : tr("Couldn't open the help."));
 }
 
 void DrevixPane::actPaneButtonManual() {
@@ -124,7 +182,7 @@ void DrevixPane::actInfoButtonManual() {
 void DrevixPane::actInfoButtonTrainer() {
     const std::string trainer = FindApplication(fPrefPaneBundle.resources.path, kTrainerApplication);
     const bool isStarted = !trainer.empty() && LaunchApplication(trainer);
-    Tell(isStarted ? QString() : tr("The trainer could not be started."));
+    Tell(isStarted ? QString() : tr("Couldn't start the trainer."));
 }
 
 void DrevixPane::actInfoButtonMainURL() {
@@ -137,7 +195,7 @@ void DrevixPane::actInfoButtonSupportURL() {
 
 void DrevixPane::OpenWebPage(const char *address) {
     const bool isOpen = OpenAddress(QUrl(QLatin1String(address)));
-    Tell(isOpen ? QString() : tr("The page %1 could not be opened.").arg(QLatin1String(address)));
+    Tell(isOpen ? QString() : tr("Couldn't open %1.").arg(QLatin1String(address)));
 }
 
 } // namespace drevix

@@ -15,18 +15,18 @@ ActionSlot *DrevixPane::EditedSlot() {
     return fDrevixActionIndex < 0 ? nullptr : &fDrevixPrefs.device[0].action[fDrevixActionIndex];
 }
 
-// Brings up the page and the list item of a slot.
+// Brings up the page and the menu position of a slot.
 void DrevixPane::SelectControl(SlotIndex slot) {
     int page = 0;
-    for (QTreeWidget *list : ControlLists()) {
-        for (int i = 0; i < list->topLevelItemCount(); ++i) {
-            if (list->topLevelItem(i)->data(0, Qt::UserRole).toInt() == slot) {
-                list->setCurrentItem(list->topLevelItem(i));
-                uiPaneTabs->setCurrentIndex(page);
-            }
+    for (PopUpMenu *menu : ControlMenus()) {
+        if (const int position = menu->findData(slot); position >= 0) {
+            const QSignalBlocker quiet(uiPaneTabs); // drawn once, below
+            menu->setCurrentIndex(position);
+            uiPaneTabs->setCurrentIndex(page);
         }
         ++page;
     }
+    GetUIFromPrefs();
 }
 
 void DrevixPane::actSettingsMenuControls() {
@@ -142,7 +142,7 @@ void DrevixPane::UpdateToolMenu() {
     }
     uiSettingsTextToolMenu->setText(uiSettingsMenuToolMenu->count() > 1
                                         ? QString()
-                                        : tr("The companion has no menu for these settings."));
+                                        : tr("The companion has no menu for this application."));
 }
 
 // The first item is no entry of the companion's, whatever its own title's checksum is.

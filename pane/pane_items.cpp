@@ -60,7 +60,7 @@ void DrevixPane::chooseItemDidEnd(const QString &path) {
 void DrevixPane::SetOpenItem(SlotIndex slot, const QString &path) {
     Str31 name{};
     const OSErr status = MakeDrevixItem(QFile::encodeName(path).toStdString(), &name);
-    Report(status, tr("The item could not be chosen"));
+    Report(status, tr("Couldn't use this item"));
     if (status != noErr) {
         return;
     }
@@ -93,8 +93,8 @@ void DrevixPane::ShowOpenItem(const ActionSlot &slot) {
     uiSettingsFieldOpenItem->setToolTip(PlainToolTip(PathText(item)));
     uiSettingsButtonOpenItem->setEnabled(item.exists);
     uiSettingsTextOpenItem->setText(!isChosen ? tr("Choose a file, folder or application, or drop one here.")
-                                    : item.path.empty() ? tr("It is not known any more where this item is.")
-                                    : !item.exists      ? tr("There is no %1 any more.").arg(PathText(item))
+                                    : item.path.empty() ? tr("This item can't be found any more.")
+                                    : !item.exists      ? tr("%1 no longer exists.").arg(PathText(item))
                                                         : PathText(item));
 }
 

@@ -31,10 +31,12 @@ QString KeyLabel(std::uint16_t modifier, CommandKey commandKey) {
                                                                                : DrevixPane::tr("Ctrl");
 }
 
+QString StoredModifier(std::uint16_t modifier) {
+    return QLatin1String(modifier == kOptionModifier ? "opt" : modifier == kCommandModifier ? "cmd" : "ctrl");
+}
+
 QString LegendOf(CommandKey commandKey) {
-    return DrevixPane::tr("cmd is %1, opt is %2, ctrl is %3")
-        .arg(KeyLabel(kCommandModifier, commandKey), KeyLabel(kOptionModifier, commandKey),
-             KeyLabel(kControlModifier, commandKey));
+    return DrevixPane::tr("%1 is stored as cmd").arg(KeyLabel(kCommandModifier, commandKey));
 }
 
 } // namespace
@@ -62,9 +64,8 @@ void DrevixPane::UseCommandKey(CommandKey key) {
     SetCommandKey(key);
     for (const auto &[box, mask] : ModifierBoxes()) {
         if (mask == kCommandModifier || mask == kOptionModifier || mask == kControlModifier) {
-            const QString tip = tr("The %1 key of this keyboard").arg(KeyLabel(mask, key));
-            box->setToolTip(PlainToolTip(tip));
-            box->setAccessibleDescription(tip);
+            box->setText(KeyLabel(mask, key));
+            box->setAccessibleDescription(tr("Stored as %1").arg(StoredModifier(mask)));
         }
     }
 }
@@ -110,11 +111,11 @@ void DrevixPane::ShowKeystrokeHint() {
         return;
     }
     const QString sharing = SharingText(*slot);
-    uiSettingsTextKeystroke->setText(
-        uiSettingsFieldKeystroke->IsDesktopFirst() ? tr("The desktop keeps its own combinations.")
-        : slot->keyCode == kNoKeyCode              ? tr("Click the field, then press the keys.")
-        : sharing.isEmpty()                        ? LegendOf(GetCommandKey())
-                                                   : sharing);
+    uiSettingsTextKeystroke->setText(uiSettingsFieldKeystroke->IsDesktopFirst()
+                                         ? tr("The desktop keeps its own combinations.")
+                                     : slot->keyCode == kNoKeyCode ? tr("Click, then press the keys.")
+                                     : sharing.isEmpty()           ? LegendOf(GetCommandKey())
+                                                                   : sharing);
 }
 
 // Which other controls of the record have the keystroke. Two controls may well share one, so it is only told.

@@ -63,16 +63,17 @@ QWidget *DrevixPane::mainView() {
         fMainView = new QWidget;
         setupUi(fMainView);
         BuildMenus();
+        BuildStrip();
         BuildKeystrokeControls();
         BuildDeviceControls();
         BuildLiveView();
         BuildItemControls();
         BuildControlMenu();
         BuildShortcuts();
-        BuildHistoryAction();
         BuildSaveControls();
         BuildLooks();
         ConnectControls();
+        BuildSideBar();
     }
     return fMainView;
 }
@@ -87,6 +88,12 @@ void DrevixPane::Report(OSErr status, const QString &doing) {
 }
 
 void DrevixPane::Tell(const QString &problem) {
+    TellOfSaving(problem);
+    ShowProblem(problem);
+}
+
+// What a save came to stands in the save bar.
+void DrevixPane::TellOfSaving(const QString &problem) {
     fIsConflictShown = false;
     fTold = problem;
     if (!problem.isEmpty()) {
@@ -114,10 +121,12 @@ void DrevixPane::mainViewDidLoad() {
         GetUIFromPrefs();
     }
     CheckDevices();
+    ShowIntroduction();
 }
 
 void DrevixPane::setDrawnOnly() {
     fIsDrawnOnly = true;
+    fIcons.LookUpAtOnce();
 }
 
 void DrevixPane::didSelect() {
@@ -191,6 +200,8 @@ void DrevixPane::TakeOutsideChanges() {
 void DrevixPane::actPaneButtonRevert() {
     const RecordTrace edited = TraceEdited();
     if (GetBaseFromFile() == noErr) { // else everything is as it was, and it was reported
+        fConflicts.clear();           // what is in the file is shown now
+        ShowConflict();
         ShowTraced(edited);
     }
 }
@@ -200,9 +211,10 @@ OSErr DrevixPane::GetBaseFromFile() {
     const OpenResult opened = fDocument.Open(fIsDrawnOnly ? Access::Read : Access::Change);
     fDrevixBase = fDocument.Base(); // without records when that failed at first, but an import can bring some
     if (opened.status != noErr) {
-        Report(opened.status, tr("The settings could not be loaded"));
+        Report(opened.status, tr("Couldn't load your settings"));
         return opened.status;
     }
+    fIsFirstRun = isFirst && opened.fileStatus == fnfErr;
     fSaveStatus = noErr;
     fRetryTimer.stop();
     if (!IsUnusable(opened.fileStatus)) {
@@ -210,13 +222,10 @@ OSErr DrevixPane::GetBaseFromFile() {
             Tell({});
         }
     } else if (fDocument.IsReadOnly()) {
-        Report(opened.fileStatus,
-               tr("The settings file could not be read and is left alone; changes cannot be saved"));
+        Tell(tr("Couldn't read the settings file, so changes can't be saved. It was left as it is."));
     } else {
-        Report(opened.fileStatus,
-               tr("The settings file could not be used; it is kept as %1, and the factory's settings "
-                  "are shown")
-                   .arg(TextOf(kDrevixPrefsName) + QLatin1String(kRefusedSuffix)));
+        Tell(tr("The settings file was damaged. It was kept as %1; these are the factory settings.")
+                 .arg(TextOf(kDrevixPrefsName) + QLatin1String(kRefusedSuffix)));
     }
     return noErr;
 }
@@ -242,7 +251,7 @@ void DrevixPane::KeepEdits() {
         return;
     }
     if (!fDocument.Replace(fDrevixPrefsIndex, fDrevixPrefs)) {
-        Report(memFullErr, tr("The changes could not be kept"));
+        Report(memFullErr, tr("Couldn't keep the changes"));
         return;
     }
     ShowTargetTitle(fDrevixPrefsIndex);
@@ -279,11 +288,11 @@ void DrevixPane::UpdateRevertApplyButtons() {
     ShowSaveButton(state);
     if (!canApply && (uiPaneButtonApply->hasFocus() || uiPaneButtonRevert->hasFocus())) {
         // A button that dims would give the focus to whatever comes next.
-        ControlLists()[static_cast<std::size_t>(uiPaneTabs->currentIndex())]->setFocus(Qt::OtherFocusReason);
+        ControlMenus()[static_cast<std::size_t>(uiPaneTabs->currentIndex())]->setFocus(Qt::OtherFocusReason);
     }
     uiPaneButtonApply->setEnabled(canApply);
     uiPaneButtonRevert->setEnabled(canApply);
-    uiPaneTextDifferences->setText(SaveStateText(state, unsaved));
+    ShowSaveState(state, SaveStateText(state, unsaved));
 }
 
 } // namespace drevix

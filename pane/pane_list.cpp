@@ -6,6 +6,7 @@
 #include "pane/editor_tables.h"
 #include "pane/file_panels.h"
 #include "pane/pane_text.h"
+#include "pane/target_item.h"
 #include "platform/base/status.h"
 #include "platform/files/kept_bytes.h"
 #include "settings/pascal_strings.h"
@@ -15,6 +16,7 @@
 #include <QFileInfo>
 #include <QStandardItemModel>
 
+#include <algorithm>
 #include <tuple>
 #include <vector>
 
@@ -49,23 +51,26 @@ void DrevixPane::UpdateTargetMenu() {
     const std::int32_t count = CountListedPrefs(fDrevixBase);
     items.reserve(count);
     for (RecordNumber i = 1; i < count; ++i) {
-        items.append(new QStandardItem(TargetTitle(i)));
+        items.append(new TargetItem(TargetStateOf(i), &fIcons));
     }
     model->invisibleRootItem()->insertRows(kFirstRecordItem, items);
     ShowTargetTitle(0);
     SelectTarget();
 }
 
-// A record's title says whether it is disabled and whether it differs from the settings file.
-QString DrevixPane::TargetTitle(RecordNumber number) const {
+// What the list says of a record; nothing of one that is not there.
+TargetState DrevixPane::TargetStateOf(RecordNumber number) const {
     const bool isShown = number == fDrevixPrefsIndex;
     const AppPrefs *prefs = isShown ? &fDrevixPrefs : GetAppPrefs(fDrevixBase, number);
     if (prefs == nullptr) {
         return {};
     }
-    const QString title = prefs->active != 0 ? ShownName(*prefs) : tr("%1 (disabled)").arg(ShownName(*prefs));
     const bool isUnsaved = fDocument.IsUnsaved(*prefs) || (isShown && IsEdited());
-    return isUnsaved ? tr("%1 *").arg(title) : title;
+    const bool isGlobal = number == 0;
+    return {NameOf(*prefs), isGlobal ? QString() : FileNameKey(prefs->appFileName),
+            kTargetIsRecord | (isGlobal ? kTargetIsGlobal : 0) |
+                (prefs->factory != 0 && !isGlobal ? kTargetIsFactory : 0) |
+                (prefs->active == 0 ? kTargetIsOff : 0) | (isUnsaved ? kTargetIsUnsaved : 0)};
 }
 
 void DrevixPane::ShowTargetTitle(RecordNumber number) {
@@ -73,9 +78,8 @@ void DrevixPane::ShowTargetTitle(RecordNumber number) {
     if (position >= uiSettingsMenuTarget->count() - kTargetFixedItems) {
         return; // one that is being imported, and not in the list yet
     }
-    QStandardItem *item = ModelOf(uiSettingsMenuTarget)->item(position);
-    if (const QString title = TargetTitle(number); !title.isEmpty() && item->text() != title) {
-        item->setText(title);
+    if (const TargetState state = TargetStateOf(number); state.marks != 0) {
+        static_cast<TargetItem *>(ModelOf(uiSettingsMenuTarget)->item(position))->SetState(state);
     }
 }
 
@@ -124,14 +128,29 @@ void DrevixPane::PerformListCommand(int tag) {
 }
 
 void DrevixPane::actSettingsButtonNew() {
-    ApplicationChooser chooser(fMainView->window());
+    const auto hasSettings = [this](const std::string &fileName) {
+        return FindAppPrefs(fDrevixBase, StoredFileName(fileName).data()) != kNoRecord;
+    };
+    ApplicationChooser chooser(fMainView->window(), hasSettings);
     if (chooser.exec() != QDialog::Accepted || chooser.Chosen().fileName.empty()) {
         return;
     }
+    if (chooser.IsToShow()) {
+        const RecordNumber number =
+            FindAppPrefs(fDrevixBase, StoredFileName(chooser.Chosen().fileName).data());
+        uiSettingsMenuTarget->setCurrentIndex(TargetItemOfRecord(std::max(0, number)));
+        actSettingsMenuTarget(uiSettingsMenuTarget->currentIndex());
+        return;
+    }
+    AddApplication(chooser.Chosen());
+}
+
+void DrevixPane::AddApplication(const NewApplication &application) {
     SavePrefsToBase();
-    const NewApplication &chosen = chooser.Chosen();
-    std::ignore = AddOrReplaceAppPrefs( // shown or reported there
-        MakeAppPrefs(fDrevixBase, chosen.signature, chosen.fileName, chosen.shownName));
+    fAddedName = TextOf(application.shownName); // in full, for the question that may come
+    std::ignore = AddOrReplaceAppPrefs(         // shown or reported there
+        MakeAppPrefs(fDrevixBase, application.signature, application.fileName, application.shownName));
+    fAddedName.clear();
 }
 
 void DrevixPane::actSettingsButtonDelete() {
@@ -145,7 +164,7 @@ void DrevixPane::actSettingsButtonDelete() {
         return; // refused, or another program took the record away meanwhile
     }
     if (!fDocument.Remove(fDrevixPrefsIndex)) {
-        Report(memFullErr, tr("The settings of %1 could not be deleted").arg(asked.second));
+        Report(memFullErr, tr("Couldn't delete settings for %1").arg(asked.second));
         return;
     }
     ShowRecord(fDrevixPrefsIndex - 1);
@@ -181,13 +200,30 @@ bool DrevixPane::MayReplace(const AppPrefs &record, ReplaceAnswer &answer, bool 
     if (answer != ReplaceAnswer::Ask) {
         return answer == ReplaceAnswer::All;
     }
-    ConfirmPanel panel(ConfirmPanel::Kind::Replace, ShownName(record), fMainView->window());
+    const QString name = fAddedName.isEmpty() ? NameOf(record) : fAddedName;
+    ConfirmPanel panel(ConfirmPanel::Kind::Replace, name, fMainView->window());
+    panel.NameReplaced(NameOfReplaced(record, name));
     panel.OfferAll(isOneOfMany);
     const bool agreed = panel.exec() == QDialog::Accepted;
     if (panel.IsForAll()) {
         answer = agreed ? ReplaceAnswer::All : ReplaceAnswer::None;
     }
     return agreed;
+}
+
+// Whose settings would go, where that is another application: two names may come to one in Mac OS Roman.
+QString DrevixPane::NameOfReplaced(const AppPrefs &record, const QString &name) const {
+    const AppPrefs *replaced = GetAppPrefs(fDrevixBase, FindReplacedAppPrefs(fDrevixBase, record));
+    const QString old = replaced == nullptr ? name : NameOf(*replaced);
+    if (old != name) {
+        return old;
+    }
+    for (const InstalledApplication &application : fIcons.Installed()) {
+        if (application.name != name && application.fileName == FileNameKey(record.appFileName)) {
+            return application.name;
+        }
+    }
+    return {};
 }
 
 // Adds the record, or replaces the one with its name once the user agrees.
@@ -202,7 +238,7 @@ RecordNumber DrevixPane::StoreConfirmed(const AppPrefs &record, ReplaceAnswer &a
     }
     const RecordNumber number = fDocument.Store(record, replaced);
     if (number == kNoRecord) {
-        Report(memFullErr, tr("The settings of %1 could not be added").arg(ShownName(record)));
+        Report(memFullErr, tr("Couldn't add settings for %1").arg(ShownName(record)));
         return kNoRecord;
     }
     if (const AppPrefs *stored = StoredPrefs(); number == fDrevixPrefsIndex && stored != nullptr) {
@@ -296,11 +332,10 @@ OSErr DrevixPane::ExportCurrentAppPrefs(const QString &path, bool all) {
     const OSErr status = WriteAppPrefsFile(path.toStdString(), nextRecord);
     const std::string kept = status == noErr ? std::string() : FindKeptCopy(path.toStdString());
     if (kept.empty()) {
-        Report(status, tr("The settings could not be exported"));
+        Report(status, tr("Couldn't export"));
     } else {
-        Tell(tr("The settings could not be exported: %1. What %2 held is kept in %3, and comes back when it "
-                "can be "
-                "written again.")
+        Tell(tr("Couldn't export: %1. What %2 held is kept in %3, and comes back when it "
+                "can be written again.")
                  .arg(StatusSentence(status), path, TextOf(kept)));
     }
     return status;
@@ -313,7 +348,7 @@ OSErr DrevixPane::ImportAppPrefs(const QString &path) {
     const OSErr status = ReadAppPrefsFile(
         path.toStdString(), [&](const AppPrefs &record) { records.push_back(record); }, &problem, &skipped);
     if (status != noErr) {
-        Tell(tr("The file could not be imported: %1.").arg(ImportProblem(status, problem)));
+        Tell(tr("Couldn't import this file: %1.").arg(ImportProblem(status, problem)));
         return status;
     }
     Tell(skipped == 0 ? QString()

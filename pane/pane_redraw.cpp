@@ -36,8 +36,7 @@ void SetBold(QWidget *widget, bool isBold) {
 
 // Tells on a control whether its value is another than the factory's.
 void Explain(QWidget *widget, bool isChanged, const QString &factoryValue) {
-    const QString text =
-        isChanged ? DrevixPane::tr("Changed; the factory's value is %1.").arg(factoryValue) : QString();
+    const QString text = isChanged ? DrevixPane::tr("Changed. Factory: %1").arg(factoryValue) : QString();
     widget->setToolTip(PlainToolTip(text));
     widget->setAccessibleDescription(text);
 }
@@ -67,11 +66,11 @@ QString WithModifiers(const QString &modifiers, const QString &title) {
 QString AxisText(Axis axis) {
     switch (axis) {
     case Axis::X:
-        return DrevixPane::tr("These are the values for left and right.");
+        return DrevixPane::tr("For left and right");
     case Axis::Y:
-        return DrevixPane::tr("These are the values for up and down.");
+        return DrevixPane::tr("For up and down");
     case Axis::Z:
-        return DrevixPane::tr("These are the values for turning.");
+        return DrevixPane::tr("For turning");
     case Axis::None:
         break;
     }
@@ -89,21 +88,22 @@ void DrevixPane::GetUIFromPrefs() {
     ShowDeviceValues();
     ShowControlActions();
     ShowDefaultsButton();
+    ShowFactoryButton();
     ShowAction();
     ShowTargetTitle(fDrevixPrefsIndex);
+    ShowHeader();
     UpdateRevertApplyButtons();
     SaveSoonIfInactive();
 }
 
 // The slot of the control that is selected on the page shown.
 SlotIndex DrevixPane::SelectedSlot() const {
-    const auto lists = ControlLists();
+    const auto menus = ControlMenus();
     const int page = uiPaneTabs->currentIndex();
-    if (page < 0 || page >= static_cast<int>(lists.size())) {
+    if (page < 0 || page >= static_cast<int>(menus.size())) {
         return fDrevixActionIndex;
     }
-    const QTreeWidgetItem *item = lists[static_cast<std::size_t>(page)]->currentItem();
-    return item == nullptr ? kNoSlot : static_cast<SlotIndex>(item->data(0, Qt::UserRole).toInt());
+    return static_cast<SlotIndex>(menus[static_cast<std::size_t>(page)]->currentData().toInt());
 }
 
 void DrevixPane::EnableMenus() {
@@ -159,19 +159,11 @@ ControlText DrevixPane::ControlTextOf(SlotIndex slot, const AppPrefs &prefs, con
 
 // Beside each control stands what it does, bold where that is not the factory's choice.
 void DrevixPane::ShowControlActions() {
-    for (const QTreeWidget *list : ControlLists()) {
-        for (int i = 0; i < list->topLevelItemCount(); ++i) {
-            QTreeWidgetItem *item = list->topLevelItem(i);
-            const auto slot = static_cast<SlotIndex>(item->data(0, Qt::UserRole).toInt());
+    for (PopUpMenu *menu : ControlMenus()) {
+        for (int i = 0; i < menu->count(); ++i) {
+            const auto slot = static_cast<SlotIndex>(menu->itemData(i).toInt());
             const ControlText text = ControlTextOf(slot, fDrevixPrefs, fDefaultAppPrefs);
-            QFont font = list->font();
-            font.setBold(text.isChanged);
-            item->setText(1, text.action);
-            item->setFont(1, font);
-            item->setToolTip(1,
-                             PlainToolTip(text.note.isEmpty() ? text.action
-                                                              : text.action + QLatin1Char('\n') + text.note));
-            item->setData(1, Qt::AccessibleDescriptionRole, text.note);
+            menu->SetSecondColumn(i, {text.action, text.isChanged});
             uiSettingsTabsImages->setControlText(PictureIndexOf(slot), text);
         }
     }
@@ -183,7 +175,7 @@ void DrevixPane::ShowDefaultsButton() {
     if (control == nullptr) {
         return;
     }
-    QStringList lines = {tr("Restores the factory's settings:")};
+    QStringList lines = {tr("Back to factory settings:")};
     QStringList markedLines = lines;
     for (const ControlSlot &other : kControlSlots) {
         if (other.group == control->group) {
@@ -202,6 +194,24 @@ void DrevixPane::ShowDefaultsButton() {
     button->setAccessibleDescription((lines + values).join(QLatin1Char('\n')));
 }
 
+// The link that undoes what was chosen for a control. It is there only when there is something to go back to.
+void DrevixPane::ShowFactoryButton() {
+    const ActionSlot *slot = EditedSlot();
+    const ActionSlot *factory =
+        slot == nullptr ? nullptr : &fDefaultAppPrefs.device[0].action[fDrevixActionIndex];
+    const bool isChanged = slot != nullptr && !DoTheSame(*slot, *factory);
+    if (!isChanged && uiSettingsButtonFactory->hasFocus()) {
+        uiSettingsMenuAction->setFocus(Qt::OtherFocusReason);
+    }
+    if (isChanged) {
+        const QString title = tr("Back to Factory: %1").arg(ActionText(*factory));
+        uiSettingsButtonFactory->setText(QString(title).replace(QLatin1Char('&'), QLatin1String("&&")));
+        uiSettingsButtonFactory->setToolTip(PlainToolTip(title));
+        uiSettingsButtonFactory->setAccessibleName(title);
+    }
+    uiSettingsButtonFactory->setVisible(isChanged);
+}
+
 // What a defaults button restores beside the actions.
 QStringList DrevixPane::DefaultValueTexts(ControlGroup group) const {
     const DevicePrefs &factory = fDefaultAppPrefs.device[0];
@@ -209,7 +219,7 @@ QStringList DrevixPane::DefaultValueTexts(ControlGroup group) const {
     case ControlGroup::Ring:
         return {tr("Sensitivity: %1").arg(PercentText(factory.navSensitivity)),
                 tr("Speed: %1").arg(PercentText(factory.navSpeed)),
-                tr("Same values for all axes: %1").arg(OnOffText(factory.useSeparateNavSens == 0))};
+                tr("Same for all directions: %1").arg(OnOffText(factory.useSeparateNavSens == 0))};
     case ControlGroup::Tuner:
         return {tr("Sensitivity: %1").arg(PercentText(factory.toolSensitivity)),
                 tr("Click sound: %1").arg(OnOffText(factory.click != 0))};
@@ -244,8 +254,8 @@ QString DrevixPane::ActionText(const ActionSlot &slot) const {
 void DrevixPane::ShowAction() {
     const ActionSlot *slot = EditedSlot();
     const ActionPlace place = ClassifyAction(slot == nullptr ? kActionNone : slot->command);
-    uiSettingsGroupAction->setTitle(
-        slot == nullptr ? tr("A&ction") : tr("A&ction: %1").arg(ControlTitle(fDrevixActionIndex)));
+    uiSettingsTextControl->setText(ControlTitle(fDrevixActionIndex));
+    uiSettingsButtonFind->setEnabled(slot != nullptr);
     uiSettingsMenuAction->setCurrentIndex(place.actionMenuPosition);
     uiSettingsTabsAction->setCurrentIndex(static_cast<int>(place.tab));
     if (slot == nullptr) {
@@ -279,15 +289,14 @@ void DrevixPane::ShowAction() {
 QString DrevixPane::PlainActionText(ActionCommand command) const {
     switch (command) {
     case kActionNone:
-        return tr("This control does nothing. Choose an action for it above.");
+        return tr("Nothing happens. Choose an action above.");
     case kActionUseGlobal:
         if (const AppPrefs *global = GetAppPrefs(fDrevixBase, 0); global != nullptr) {
-            return tr("In the Global Settings: %1")
-                .arg(ActionText(global->device[0].action[fDrevixActionIndex]));
+            return tr("Global Settings: %1").arg(ActionText(global->device[0].action[fDrevixActionIndex]));
         }
         return {};
     case kActionModeSwitch:
-        return tr("Changes what the ring does while you work.");
+        return tr("Changes what the ring does.");
     default:
         return {};
     }
@@ -303,7 +312,7 @@ void DrevixPane::ShowScroll(const ActionSlot &slot) {
 
 // Selects the item of a delay, and shows the delay itself when no item has it.
 void DrevixPane::ShowDelay(QComboBox *menu, int item, int delay, bool isEnabled) {
-    menu->setPlaceholderText(tr("Every %1/60 second").arg(delay));
+    menu->setPlaceholderText(tr("Every %1/60 of a second").arg(delay));
     menu->setCurrentIndex(item);
     menu->setEnabled(isEnabled);
 }

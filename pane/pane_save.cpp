@@ -4,6 +4,7 @@
 
 #include "helperlink/driver_messages.h"
 #include "pane/file_panels.h"
+#include "pane/look.h"
 #include "pane/pane_text.h"
 #include "pane/unsaved_panel.h"
 #include "platform/base/plain_text.h"
@@ -12,6 +13,7 @@
 #include "settings/prefs_list.h"
 #include "util/items/items_folder.h"
 
+#include <QAccessible>
 #include <QApplication>
 #include <QShortcut>
 
@@ -130,7 +132,9 @@ void DrevixPane::BuildSaveControls() {
 }
 
 void DrevixPane::actPaneButtonApply() {
-    fIsConflictShown = false;         // it was seen
+    fIsConflictShown = false; // it was seen, and what is here is kept
+    fConflicts.clear();
+    ShowConflict();
     std::ignore = SaveEverything({}); // reported there; the base keeps the edits for the next save
 }
 
@@ -160,46 +164,53 @@ OSErr DrevixPane::SaveBaseToFile(std::chrono::milliseconds wait) {
     } else if (fDocument.CountUnsaved() != unsaved) {
         ShowTargetTitles();
     }
-    const QString toldBefore = std::exchange(fSaveProblem, SaveProblems(result).join(QLatin1Char(' ')));
+    const QStringList problems = SaveProblems(result);
+    const QString toldBefore =
+        std::exchange(fSaveProblem, (problems + SaveConflicts(result)).join(QLatin1Char(' ')));
     const bool isTriedAgain = result.status == fBsyErr && fSaveProblem == toldBefore;
     if (!isTriedAgain && !(fSaveProblem.isEmpty() && fIsConflictShown)) {
-        Tell(fSaveProblem);
+        TellOfSaving(fSaveProblem);
+        ShowProblem(result.status == noErr ? problems.join(QLatin1Char(' ')) : QString());
     }
+    AskAbout(result.outside.conflicts);
     const bool isOtherFileLeft =
         result.status == noErr && !CompanionProblems(fDocument.Companion()).isEmpty();
-    fIsConflictShown = fIsConflictShown || isOtherFileLeft || !result.outside.conflicts.empty();
+    fIsConflictShown = fIsConflictShown || isOtherFileLeft;
     return result.status;
 }
 
 QStringList DrevixPane::SaveProblems(const SaveResult &result) const {
     QStringList problems;
     if (result.status == fBsyErr) {
-        problems += fIsSelected ? tr("Another program is saving settings; these are saved when it is done.")
-                                : tr("The settings could not be saved: another program is saving its own.");
+        problems += fIsSelected ? tr("Another program is saving; your changes will be saved after it.")
+                                : tr("Not saved: another program is saving.");
     } else if (result.keptAside != noErr) {
-        problems += tr("The settings were not saved, since the damaged settings file could not be kept: %1.")
+        problems += tr("Not saved: couldn't keep a copy of the damaged settings file: %1.")
                         .arg(StatusSentence(result.keptAside));
     } else if (result.status != noErr && fDocument.IsReadOnly()) {
-        problems += tr("The settings were not saved, since the settings file could not be read: %1.")
-                        .arg(StatusSentence(result.status));
+        problems += tr("Not saved: the settings file couldn't be read.");
     } else if (result.status != noErr) {
-        problems += tr("%1: %2.").arg(tr("The settings could not be saved"), StatusSentence(result.status));
+        problems += tr("Not saved: %1.").arg(StatusSentence(result.status));
     } else if (result.replacedDamaged) {
-        problems += tr("The settings file had been damaged; it is kept as %1, and was written anew.")
+        problems += tr("The settings file was damaged. It was kept as %1, and a new one was written.")
                         .arg(TextOf(kDrevixPrefsName) + QLatin1String(kRefusedSuffix));
     }
     if (result.status == noErr && fDocument.Owner() == Ownership::UsersOwn) {
         problems += CompanionProblems(fDocument.Companion());
     }
-    QStringList conflicts = ConflictTexts(result.outside.conflicts);
-    if (!conflicts.isEmpty() && result.status == noErr && result.history == noErr) {
-        conflicts += tr("What was replaced is under Earlier Settings (%1).").arg(HistoryKeys());
-    }
     if (result.status == noErr && result.history != noErr) {
         problems += tr("The settings are saved, but what was replaced could not be kept: %1.")
                         .arg(StatusSentence(result.history));
     }
-    return problems + conflicts;
+    return problems;
+}
+
+QStringList DrevixPane::SaveConflicts(const SaveResult &result) {
+    QStringList conflicts = ConflictTexts(result.outside.conflicts);
+    if (!conflicts.isEmpty() && result.status == noErr && result.history == noErr) {
+        conflicts += tr("What was replaced is under Earlier Settings (%1).").arg(HistoryKeys());
+    }
+    return conflicts;
 }
 
 void DrevixPane::TellCompanionProblems(const KorvaneResults &results) {
@@ -210,8 +221,20 @@ void DrevixPane::TellCompanionProblems(const KorvaneResults &results) {
 
 void DrevixPane::TellConflicts(const std::vector<RecordConflict> &conflicts) {
     if (!conflicts.empty()) {
-        Tell(ConflictTexts(conflicts).join(QLatin1Char(' ')));
+        TellOfSaving(ConflictTexts(conflicts).join(QLatin1Char(' ')));
+        AskAbout(conflicts);
+    }
+}
+
+// The newest word of a record is the one that counts.
+void DrevixPane::AskAbout(const std::vector<RecordConflict> &conflicts) {
+    for (const RecordConflict &conflict : conflicts) {
+        std::erase_if(fConflicts, [&](const RecordConflict &old) { return old.name == conflict.name; });
+        fConflicts.push_back(conflict);
         fIsConflictShown = true;
+    }
+    if (!conflicts.empty()) {
+        ShowConflict();
     }
 }
 
@@ -238,21 +261,64 @@ void DrevixPane::SaveSoonIfInactive() {
 void DrevixPane::ShowSaveButton(SaveState state) {
     const bool isShown = OffersSave(state);
     if (!isShown && uiPaneButtonSave->hasFocus()) {
-        ControlLists()[static_cast<std::size_t>(uiPaneTabs->currentIndex())]->setFocus(Qt::OtherFocusReason);
+        ControlMenus()[static_cast<std::size_t>(uiPaneTabs->currentIndex())]->setFocus(Qt::OtherFocusReason);
     }
-    uiPaneButtonSave->setText(state == SaveState::Failed ? tr("Retry") : tr("Save Now"));
-    // Of the two one alone is alight. A new title takes the shortcut away.
-    uiPaneButtonSave->setShortcut(uiPaneButtonApply->shortcut());
+    uiPaneButtonSave->setText(state == SaveState::Failed ? tr("Retr&y") : tr("&Save Now"));
     uiPaneButtonSave->setVisible(isShown);
 }
 
-// Why a save failed stands in the window's status line.
+// The bar's tint never tells alone: what it is about stands there too, and is told when it changes.
+void DrevixPane::ShowSaveState(SaveState state, const QString &text) {
+    const bool isFailed = state == SaveState::Failed;
+    uiPaneSaveBar->SetTint(isFailed ? Tint::Failure : state == SaveState::Saved ? Tint::None : Tint::Unsaved);
+    uiSaveIcon->setVisible(isFailed);
+    if (isFailed && uiSaveIcon->pixmap().isNull()) {
+        const int side = static_cast<int>(EmOf(fMainView->font()));
+        uiSaveIcon->setPixmap(
+            QIcon::fromTheme(QStringLiteral("dialog-error"),
+                             fMainView->style()->standardIcon(QStyle::SP_MessageBoxCritical))
+                .pixmap({side, side}, fMainView->devicePixelRatioF()));
+    }
+    QFont font = uiPaneTextDifferences->font();
+    font.setWeight(state == SaveState::Saved ? QFont::Normal : QFont::DemiBold);
+    uiPaneTextDifferences->setFont(font);
+    uiPaneTextDifferences->SetShortText(isFailed ? fSaveProblem : QString());
+    if (uiPaneTextDifferences->text() != text) {
+        uiPaneTextDifferences->setText(text);
+        uiPaneSaveBar->setAccessibleName(text);
+        QAccessibleEvent alert(uiPaneSaveBar, QAccessible::Alert);
+        QAccessible::updateAccessibility(&alert);
+    }
+    uiPaneButtonApply->setDefault(CanApply(state));
+    uiPaneButtonSave->setDefault(isFailed);
+    FitSaveBar();
+}
+
+// Where the state needs the room, the device's texts give theirs, the last first.
+void DrevixPane::FitSaveBar() {
+    const std::array<QWidget *, 4> device = {uiInfoTextNone, uiInfoTextCount, uiInfoTextFirmwareVers,
+                                             uiInfoTextSerialNumber};
+    const int spacing = saveBarLayout->spacing();
+    int needed = saveBarLayout->contentsMargins().left() + saveBarLayout->contentsMargins().right() +
+                 uiInfoDot->sizeHint().width();
+    for (const QWidget *widget : uiPaneSaveBar->findChildren<QWidget *>(Qt::FindDirectChildrenOnly)) {
+        needed += widget == uiInfoTextStatus || widget->isHidden() ? 0 : widget->sizeHint().width() + spacing;
+    }
+    for (QWidget *widget : device) {
+        const bool isTold = widget == uiInfoTextNone ? !HasDevice() : HasDevice();
+        needed += isTold ? widget->sizeHint().width() + spacing : 0;
+        widget->setVisible(isTold && needed <= uiPaneSaveBar->width());
+    }
+}
+
 QString DrevixPane::SaveStateText(SaveState state, int unsaved) const {
     switch (state) {
     case SaveState::Saved:
         return tr("All changes saved");
     case SaveState::Failed:
-        return unsaved > 0 ? tr("Not saved. Your changes are kept here.") : tr("Not saved");
+        return unsaved == 0 || fSaveStatus == fBsyErr
+                   ? fSaveProblem
+                   : tr("%1 Your changes are kept here.").arg(fSaveProblem);
     case SaveState::Edited:
     case SaveState::Kept:
         break;
@@ -267,23 +333,24 @@ QString DrevixPane::SaveStateText(SaveState state, int unsaved) const {
 // The one record that differs from the file; empty when that is one that was deleted.
 QString DrevixPane::UnsavedName() const {
     if (IsEdited() || fDocument.IsUnsaved(fDrevixPrefs)) {
-        return ShownName(fDrevixPrefs);
+        return NameOf(fDrevixPrefs);
     }
     for (RecordNumber i = 0; i < QBaseCountRecords(fDrevixBase); ++i) {
         const AppPrefs *prefs = GetAppPrefs(fDrevixBase, i);
         if (prefs != nullptr && fDocument.IsUnsaved(*prefs)) {
-            return ShownName(*prefs);
+            return NameOf(*prefs);
         }
     }
     return {};
 }
 
-// What another program has saved is taken at once where nothing here could be lost by it. Edits wait for the
-// merge of the next save, and nothing changes under an open menu, a question or a field that takes keys.
+// What another program has saved is taken at once, and the user is asked where both sides changed a record. An edit
+// that waits for Apply waits for the merge of its save, as Apply and Revert would dim; and nothing changes under an
+// open menu, a question or a field that takes keys.
 void DrevixPane::LookForOutsideChanges() {
     const bool isBusy = QApplication::activePopupWidget() != nullptr ||
                         QApplication::activeModalWidget() != nullptr || uiSettingsFieldKeystroke->IsWaiting();
-    if (!isBusy && CountUnsaved() == 0) {
+    if (!isBusy && !IsEdited()) {
         TakeOutsideChanges();
     }
 }
@@ -314,7 +381,7 @@ bool DrevixPane::mayClose() {
     }
     if (fIsConflictShown) { // nobody would read it in a window that is gone
         Tell(fSaveProblem + QLatin1Char(' ') +
-             tr("The settings are saved; close the window again to leave."));
+             tr("Your settings are saved. Close the window again to leave."));
         didSelect();
         return false;
     }

@@ -5,6 +5,7 @@
 #include "platform/base/mac_roman.h"
 #include "platform/base/status.h"
 #include "settings/action_commands.h"
+#include "settings/pascal_strings.h"
 
 #include <QCoreApplication>
 
@@ -24,10 +25,10 @@ constexpr auto kControlTitles = std::to_array<ControlTitleRow>({
     {1,  QT_TRANSLATE_NOOP("Controls", "Push right")},
     {2,  QT_TRANSLATE_NOOP("Controls", "Push up")},
     {3,  QT_TRANSLATE_NOOP("Controls", "Push down")},
-    {8,  QT_TRANSLATE_NOOP("Controls", "Back at rest from a push")},
+    {8,  QT_TRANSLATE_NOOP("Controls", "Push released")},
     {4,  QT_TRANSLATE_NOOP("Controls", "Turn left")},
     {5,  QT_TRANSLATE_NOOP("Controls", "Turn right")},
-    {9,  QT_TRANSLATE_NOOP("Controls", "Back at rest from a turn")},
+    {9,  QT_TRANSLATE_NOOP("Controls", "Turn released")},
     {6,  QT_TRANSLATE_NOOP("Controls", "Tuner left")},
     {7,  QT_TRANSLATE_NOOP("Controls", "Tuner right")},
     {16, QT_TRANSLATE_NOOP("Controls", "Button V")},
@@ -75,6 +76,16 @@ QString ShownName(const AppPrefs &prefs) {
 
 std::string FoldedName(const AppPrefs &prefs) {
     return WithSmallLetters(PascalCharacters(prefs.appFileName));
+}
+
+Str63 StoredFileName(const std::string &fileName) {
+    Str63 stored{};
+    getPascalString(fileName, stored.data(), kMaxFileNameLength);
+    return stored;
+}
+
+QString FileNameKey(const Str63 &appFileName) {
+    return QString::fromStdString(WithSmallLetters(Utf8FromMacRoman(CharactersOf(appFileName))));
 }
 
 QString ControlTitle(SlotIndex slot) {

@@ -41,6 +41,10 @@ template <std::size_t N>
 // The application file name with capitals folded: the same for two records exactly if they are the same
 // application's.
 [[nodiscard]] std::string FoldedName(const AppPrefs &prefs);
+// The application file name as text, with the letters A to Z small: what the list of applications finds it by.
+// An application file name as a record stores it.
+[[nodiscard]] Str63 StoredFileName(const std::string &fileName);
+[[nodiscard]] QString FileNameKey(const Str63 &appFileName);
 // A control's name for people ("Button II"), by its slot.
 [[nodiscard]] QString ControlTitle(SlotIndex slot);
 

@@ -1,8 +1,11 @@
 #include "pane/pop_up_menu.h"
 
+#include "pane/second_column.h"
+
 #include <QAbstractItemView>
 #include <QCoreApplication>
 #include <QKeyEvent>
+#include <QScrollBar>
 
 namespace drevix {
 namespace {
@@ -14,6 +17,30 @@ bool IsLetter(const QKeyEvent &event) {
 }
 
 } // namespace
+
+void PopUpMenu::ShowSecondColumn() {
+    fHasSecondColumn = true;
+    setItemDelegate(new SecondColumnDelegate(this));
+}
+
+void PopUpMenu::SetSecondColumn(int item, const SecondColumn &column) {
+    if (itemData(item, kSecondColumnRole).toString() != column.text) {
+        setItemData(item, column.text, kSecondColumnRole);
+        setItemData(item, column.text, Qt::AccessibleDescriptionRole);
+    }
+    if (itemData(item, kSecondBoldRole).toBool() != column.isBold) {
+        setItemData(item, column.isBold, kSecondBoldRole);
+    }
+}
+
+// Wide enough for what its items say.
+void PopUpMenu::showPopup() {
+    if (fHasSecondColumn) {
+        view()->setMinimumWidth(view()->sizeHintForColumn(0) +
+                                view()->verticalScrollBar()->sizeHint().width());
+    }
+    QComboBox::showPopup();
+}
 
 void PopUpMenu::keyPressEvent(QKeyEvent *event) {
     switch (event->key()) {

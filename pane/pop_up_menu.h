@@ -14,9 +14,21 @@ class PopUpMenu : public QComboBox {
   public:
     using QComboBox::QComboBox;
 
+    // A second column in the open menu: what an item stands for now, bold where that is not the usual.
+    struct SecondColumn {
+        QString text;
+        bool isBold = false;
+    };
+    void ShowSecondColumn();
+    void SetSecondColumn(int item, const SecondColumn &column);
+    void showPopup() override;
+
   protected:
     void keyPressEvent(QKeyEvent *event) override;
     void wheelEvent(QWheelEvent *event) override;
+
+  private:
+    bool fHasSecondColumn = false;
 };
 
 } // namespace drevix

@@ -16,7 +16,7 @@ struct AnswerButton {
 constexpr auto kAnswers = std::to_array<AnswerButton>({
     {UnsavedPanel::Answer::Retry, QT_TRANSLATE_NOOP("drevix::UnsavedPanel", "&Retry"),
      QMessageBox::AcceptRole},
-    {UnsavedPanel::Answer::ExportAll, QT_TRANSLATE_NOOP("drevix::UnsavedPanel", "&Export All..."),
+    {UnsavedPanel::Answer::ExportAll, QT_TRANSLATE_NOOP("drevix::UnsavedPanel", "&Export All…"),
      QMessageBox::ActionRole},
     {UnsavedPanel::Answer::Discard, QT_TRANSLATE_NOOP("drevix::UnsavedPanel", "&Discard"),
      QMessageBox::DestructiveRole},

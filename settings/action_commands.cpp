@@ -21,11 +21,11 @@ constexpr auto kGroupTitles = std::to_array<std::string_view>({
     Marked("Engine", "Companion menu"),
     Marked("Engine", "Application tool"),
     Marked("Engine", "Application navigation"),
-    Marked("Engine", "Open item"),
+    Marked("Engine", "Open file or application"),
     Marked("Engine", "Desktop"),
     Marked("Engine", "Special key"),
     Marked("Engine", "Media player"),
-    Marked("Engine", "Shortcut"),
+    Marked("Engine", "Standard command"),
     Marked("Engine", "Scroll"),
 });
 static_assert(kGroupTitles.size() == static_cast<std::size_t>(ActionScroll) + 1);
@@ -69,7 +69,7 @@ constexpr auto kActionMenu = std::to_array<ActionMenuRow>({
     {7,    Tab::Empty,       {}},
     {kSep, Tab::Empty,       {}},
     {32,   Tab::Keystroke,   {}},
-    {176,  Tab::Shortcuts,   Marked("Engine", "Shortcut")},
+    {176,  Tab::Shortcuts,   Marked("Engine", "Standard command")},
     {128,  Tab::SpecialKeys, Marked("Engine", "Special key")},
     {kSep, Tab::Empty,       {}},
     {224,  Tab::Scroll,      {}},

@@ -74,7 +74,7 @@ struct ActionInfo {
 [[nodiscard]] std::span<const ActionInfo> AllActions();
 // The row of a code; null for an unknown code.
 [[nodiscard]] const ActionInfo *FindAction(ActionCommand code);
-// The group's display name ("Shortcut"). Static storage.
+// The group's display name ("Standard command"). Static storage.
 [[nodiscard]] std::string_view ActionGroupTitle(ActionGroup group);
 
 // Menus. A menu lists its commands by position; these two values are not commands.

@@ -2,6 +2,17 @@
 <!DOCTYPE TS>
 <TS version="2.1" language="de_DE">
 <context>
+    <name>Callout</name>
+    <message>
+        <source>%1 · pressed</source>
+        <translation>%1 · gedrückt</translation>
+    </message>
+    <message>
+        <source>Pressed.</source>
+        <translation>Gedrückt.</translation>
+    </message>
+</context>
+<context>
     <name>Controls</name>
     <message>
         <source>Global Settings</source>
@@ -24,8 +35,8 @@
         <translation>Nach unten drücken</translation>
     </message>
     <message>
-        <source>Back at rest from a push</source>
-        <translation>In Ruhe nach dem Drücken</translation>
+        <source>Push released</source>
+        <translation>Druck losgelassen</translation>
     </message>
     <message>
         <source>Turn left</source>
@@ -36,8 +47,8 @@
         <translation>Nach rechts drehen</translation>
     </message>
     <message>
-        <source>Back at rest from a turn</source>
-        <translation>In Ruhe nach dem Drehen</translation>
+        <source>Turn released</source>
+        <translation>Drehung losgelassen</translation>
     </message>
     <message>
         <source>Tuner left</source>
@@ -71,108 +82,112 @@
 <context>
     <name>DrevixPaneView</name>
     <message>
-        <source>The program whose settings are shown; others are added at the end of the list</source>
-        <translation>Das Programm, dessen Einstellungen gezeigt werden; weitere kommen am Ende der Liste hinzu</translation>
-    </message>
-    <message>
-        <source>Click a control to choose what it does.</source>
-        <translation>Klicken Sie auf ein Bedienelement.</translation>
-    </message>
-    <message>
-        <source>Pushing and turning the ring</source>
-        <translation>Drücken und Drehen des Rings</translation>
-    </message>
-    <message>
-        <source>Turning the dial</source>
-        <translation>Drehen des Tuners</translation>
-    </message>
-    <message>
-        <source>The five buttons</source>
-        <translation>Die fünf Tasten</translation>
-    </message>
-    <message>
-        <source>Click here, then press the keys that the control is to press</source>
-        <translation>Hier klicken, dann die Tasten drücken, die das Bedienelement drücken soll</translation>
-    </message>
-    <message>
-        <source>C&amp;hoose...</source>
-        <translation>Wä&amp;hlen ...</translation>
-    </message>
-    <message>
-        <source>&amp;Open Now</source>
-        <translation>&amp;Jetzt öffnen</translation>
-    </message>
-    <message>
-        <source>Try what the control will open</source>
-        <translation>Ausprobieren, was das Bedienelement öffnet</translation>
-    </message>
-    <message>
         <source>Drevix Veltrana</source>
         <translation>Drevix Veltrana</translation>
-    </message>
-    <message>
-        <source>Settings &amp;for:</source>
-        <translation>Einstellungen &amp;für:</translation>
     </message>
     <message>
         <source>Application</source>
         <translation>Anwendung</translation>
     </message>
     <message>
-        <source>Act&amp;ive</source>
-        <translation>Akt&amp;iv</translation>
+        <source>Choose whose settings to edit.</source>
+        <translation>Wählen, wessen Einstellungen bearbeitet werden.</translation>
     </message>
     <message>
-        <source>Disa&amp;bled</source>
-        <translation>Ab&amp;geschaltet</translation>
+        <source>Use these settings:</source>
+        <translation>Diese Einstellungen:</translation>
     </message>
     <message>
-        <source>Picture of the device</source>
-        <translation>Bild des Geräts</translation>
+        <source>Use these settings</source>
+        <translation>Diese Einstellungen</translation>
     </message>
     <message>
-        <source>Navigation &amp;Ring</source>
-        <translation>Navigations&amp;ring</translation>
+        <source>On</source>
+        <translation>Ein</translation>
+    </message>
+    <message>
+        <source>Off</source>
+        <translation>Aus</translation>
+    </message>
+    <message>
+        <source>Off: The device does nothing in this application.</source>
+        <translation>Aus: Das Gerät tut in dieser Anwendung nichts.</translation>
+    </message>
+    <message>
+        <source>Overview…</source>
+        <translation>Übersicht …</translation>
+    </message>
+    <message>
+        <source>Show what all controls do, to print or to keep (Ctrl+P)</source>
+        <translation>Zeigen, was alle Bedienelemente tun, zum Drucken oder Aufheben (Strg+P)</translation>
+    </message>
+    <message>
+        <source>Help</source>
+        <translation>Hilfe</translation>
+    </message>
+    <message>
+        <source>Open the help (F1 explains the part of the window in use)</source>
+        <translation>Die Hilfe öffnen (F1 erklärt, woran man gerade arbeitet)</translation>
+    </message>
+    <message>
+        <source>About Veltrana</source>
+        <translation>Über Veltrana</translation>
+    </message>
+    <message>
+        <source>Version of the panel, help and website</source>
+        <translation>Version der Einstellungen, Hilfe und Website</translation>
+    </message>
+    <message>
+        <source>Device</source>
+        <translation>Gerät</translation>
+    </message>
+    <message>
+        <source>R&amp;ing</source>
+        <translation>R&amp;ing</translation>
+    </message>
+    <message>
+        <source>Pushing and turning the ring</source>
+        <translation>Drücken und Drehen des Rings</translation>
+    </message>
+    <message>
+        <source>C&amp;ontrol:</source>
+        <translation>E&amp;lement:</translation>
     </message>
     <message>
         <source>Controls of the ring</source>
         <translation>Bedienelemente des Rings</translation>
     </message>
     <message>
-        <source>Control</source>
-        <translation>Bedienelement</translation>
-    </message>
-    <message>
-        <source>Action</source>
-        <translation>Aktion</translation>
-    </message>
-    <message>
         <source>S&amp;ensitivity:</source>
-        <translation>&amp;Empfindlichkeit:</translation>
+        <translation>Empfin&amp;dlichkeit:</translation>
     </message>
     <message>
         <source>Ring sensitivity</source>
         <translation>Empfindlichkeit des Rings</translation>
     </message>
     <message>
-        <source>Spee&amp;d:</source>
-        <translation>Gesch&amp;windigkeit:</translation>
+        <source>S&amp;peed:</source>
+        <translation>Tem&amp;po:</translation>
     </message>
     <message>
         <source>Ring speed</source>
         <translation>Geschwindigkeit des Rings</translation>
     </message>
     <message>
-        <source>Same va&amp;lues for all axes</source>
-        <translation>G&amp;leiche Werte für alle Achsen</translation>
+        <source>Same for all &amp;directions</source>
+        <translation>In allen &amp;Richtungen gleich</translation>
     </message>
     <message>
-        <source>Rin&amp;g Defaults</source>
-        <translation>Stan&amp;dard für den Ring</translation>
+        <source>Restore Ri&amp;ng</source>
+        <translation>Ri&amp;ng zurücksetzen</translation>
     </message>
     <message>
-        <source>Tool T&amp;uner</source>
-        <translation>Werkzeug-T&amp;uner</translation>
+        <source>&amp;Tuner</source>
+        <translation>&amp;Tuner</translation>
+    </message>
+    <message>
+        <source>Turning the dial</source>
+        <translation>Drehen des Tuners</translation>
     </message>
     <message>
         <source>Controls of the tuner</source>
@@ -184,83 +199,91 @@
     </message>
     <message>
         <source>C&amp;lick sound</source>
-        <translation>K&amp;lickgeräusch</translation>
+        <translation>Klick&amp;geräusch</translation>
     </message>
     <message>
-        <source>Tuner &amp;Defaults</source>
-        <translation>Stan&amp;dard für den Tuner</translation>
+        <source>Restore Tu&amp;ner</source>
+        <translation>Tu&amp;ner zurücksetzen</translation>
     </message>
     <message>
-        <source>Trigger Poi&amp;nts</source>
-        <translation>Taste&amp;n</translation>
+        <source>&amp;Buttons</source>
+        <translation>T&amp;asten</translation>
+    </message>
+    <message>
+        <source>The five buttons</source>
+        <translation>Die fünf Tasten</translation>
     </message>
     <message>
         <source>Buttons</source>
         <translation>Tasten</translation>
     </message>
     <message>
-        <source>Button &amp;Defaults</source>
-        <translation>Stan&amp;dard für die Tasten</translation>
+        <source>The buttons have no sensitivity or speed.</source>
+        <translation>Die Tasten haben keine Empfindlichkeit und kein Tempo.</translation>
     </message>
     <message>
-        <source>Ke&amp;ystroke:</source>
-        <translation>&amp;Tastendruck:</translation>
+        <source>Restore Butto&amp;ns</source>
+        <translation>Taste&amp;n zurücksetzen</translation>
     </message>
     <message>
-        <source>Keystroke</source>
-        <translation>Tastendruck</translation>
+        <source>&amp;Action:</source>
+        <translation>A&amp;ktion:</translation>
+    </message>
+    <message>
+        <source>Action</source>
+        <translation>Aktion</translation>
+    </message>
+    <message>
+        <source>&amp;Find Action…</source>
+        <translation>Aktion &amp;suchen …</translation>
+    </message>
+    <message>
+        <source>Search all actions by name (Ctrl+K)</source>
+        <translation>Alle Aktionen nach Namen durchsuchen (Strg+K)</translation>
+    </message>
+    <message>
+        <source>&amp;Keys:</source>
+        <translation>Tast&amp;en:</translation>
+    </message>
+    <message>
+        <source>Keys</source>
+        <translation>Tasten</translation>
+    </message>
+    <message>
+        <source>Click, then press the keys.</source>
+        <translation>Klicken, dann die Tasten drücken.</translation>
+    </message>
+    <message>
+        <source>Key without a character</source>
+        <translation>Taste ohne Zeichen</translation>
+    </message>
+    <message>
+        <source>Which key is stored as cmd</source>
+        <translation>Welche Taste als cmd gespeichert wird</translation>
     </message>
     <message>
         <source>With:</source>
         <translation>Mit:</translation>
     </message>
     <message>
-        <source>Control key</source>
-        <translation>Taste Control</translation>
+        <source>Ctrl</source>
+        <translation>Strg</translation>
     </message>
     <message>
-        <source>c&amp;trl</source>
-        <translation>&amp;ctrl</translation>
+        <source>Alt</source>
+        <translation>Alt</translation>
     </message>
     <message>
-        <source>Option key</source>
-        <translation>Taste Option</translation>
+        <source>Super</source>
+        <translation>Super</translation>
     </message>
     <message>
-        <source>&amp;opt</source>
-        <translation>&amp;opt</translation>
+        <source>Shift</source>
+        <translation>Umschalt</translation>
     </message>
     <message>
-        <source>Command key</source>
-        <translation>Taste Command</translation>
-    </message>
-    <message>
-        <source>c&amp;md</source>
-        <translation>c&amp;md</translation>
-    </message>
-    <message>
-        <source>Shift key</source>
-        <translation>Umschalttaste</translation>
-    </message>
-    <message>
-        <source>&amp;shift</source>
-        <translation>&amp;shift</translation>
-    </message>
-    <message>
-        <source>Caps lock</source>
-        <translation>Feststelltaste</translation>
-    </message>
-    <message>
-        <source>ca&amp;ps</source>
-        <translation>ca&amp;ps</translation>
-    </message>
-    <message>
-        <source>Other &amp;key:</source>
-        <translation>&amp;Zusatztaste:</translation>
-    </message>
-    <message>
-        <source>Key without a character</source>
-        <translation>Taste ohne Zeichen</translation>
+        <source>Caps Lock</source>
+        <translation>Feststell</translation>
     </message>
     <message>
         <source>&amp;When held:</source>
@@ -283,31 +306,27 @@
         <translation>Werkzeugbefehl</translation>
     </message>
     <message>
-        <source>&amp;Menu entry:</source>
+        <source>&amp;Menu item:</source>
         <translation>&amp;Menüeintrag:</translation>
     </message>
     <message>
-        <source>Companion menu entry</source>
+        <source>Companion menu item</source>
         <translation>Menüeintrag des Begleitgeräts</translation>
     </message>
     <message>
-        <source>S&amp;hortcut:</source>
-        <translation>Kür&amp;zel:</translation>
-    </message>
-    <message>
-        <source>Shortcut</source>
-        <translation>Kürzel</translation>
+        <source>Standard command</source>
+        <translation>Standardbefehl</translation>
     </message>
     <message>
         <source>&amp;Key:</source>
-        <translation>&amp;Taste:</translation>
+        <translation>Tast&amp;e:</translation>
     </message>
     <message>
         <source>Special key</source>
         <translation>Sondertaste</translation>
     </message>
     <message>
-        <source>Functi&amp;on:</source>
+        <source>Fun&amp;ction:</source>
         <translation>Funkti&amp;on:</translation>
     </message>
     <message>
@@ -323,6 +342,18 @@
         <translation>Zu öffnendes Objekt</translation>
     </message>
     <message>
+        <source>C&amp;hoose…</source>
+        <translation>Wä&amp;hlen …</translation>
+    </message>
+    <message>
+        <source>Try It</source>
+        <translation>Ausprobieren</translation>
+    </message>
+    <message>
+        <source>Try what the control will open</source>
+        <translation>Ausprobieren, was das Bedienelement öffnet</translation>
+    </message>
+    <message>
         <source>&amp;Media:</source>
         <translation>&amp;Medien:</translation>
     </message>
@@ -335,7 +366,27 @@
         <translation>Automatische Wiederholung</translation>
     </message>
     <message>
-        <source>Re&amp;vert</source>
+        <source>No device connected</source>
+        <translation>Kein Gerät angeschlossen</translation>
+    </message>
+    <message>
+        <source>Connected: ##</source>
+        <translation>Angeschlossen: ##</translation>
+    </message>
+    <message>
+        <source>Version ##</source>
+        <translation>Version ##</translation>
+    </message>
+    <message>
+        <source>Serial ##</source>
+        <translation>Seriennr. ##</translation>
+    </message>
+    <message>
+        <source>Write the changes to the settings file</source>
+        <translation>Die Änderungen in die Einstellungsdatei schreiben</translation>
+    </message>
+    <message>
+        <source>&amp;Revert</source>
         <translation>&amp;Verwerfen</translation>
     </message>
     <message>
@@ -343,84 +394,16 @@
         <translation>Zurück zu den Einstellungen in der Datei</translation>
     </message>
     <message>
-        <source>&amp;Apply</source>
-        <translation>&amp;Anwenden</translation>
+        <source>Appl&amp;y</source>
+        <translation>An&amp;wenden</translation>
     </message>
     <message>
         <source>Save the settings and put them in force</source>
         <translation>Die Einstellungen sichern und in Kraft setzen</translation>
     </message>
-    <message>
-        <source>Keys for cmd, opt and ctrl</source>
-        <translation>Tasten für cmd, opt und ctrl</translation>
-    </message>
-    <message>
-        <source>Which keys of this keyboard are cmd, opt and ctrl</source>
-        <translation>Welche Tasten dieser Tastatur cmd, opt und ctrl sind</translation>
-    </message>
-    <message>
-        <source>Connected device</source>
-        <translation>Angeschlossenes Gerät</translation>
-    </message>
-    <message>
-        <source>Connected devices: ##</source>
-        <translation>Angeschlossene Geräte: ##</translation>
-    </message>
-    <message>
-        <source>Device version: ##</source>
-        <translation>Geräteversion: ##</translation>
-    </message>
-    <message>
-        <source>Serial number: ##</source>
-        <translation>Seriennummer: ##</translation>
-    </message>
-    <message>
-        <source>Help</source>
-        <translation>Hilfe</translation>
-    </message>
-    <message>
-        <source>Open the help book (F1 explains the part of the panel in use)</source>
-        <translation>Das Hilfebuch öffnen (F1 erklärt, woran man gerade arbeitet)</translation>
-    </message>
-    <message>
-        <source>Information</source>
-        <translation>Information</translation>
-    </message>
-    <message>
-        <source>Version of the panel, help and web pages</source>
-        <translation>Version der Einstellungen, Hilfe und Webseiten</translation>
-    </message>
-    <message>
-        <source>Write the changes to the settings file</source>
-        <translation>Die Änderungen in die Einstellungsdatei schreiben</translation>
-    </message>
 </context>
 <context>
     <name>Engine</name>
-    <message>
-        <source>a resource could not be added</source>
-        <translation>ein Zusatz konnte nicht hinzugefügt werden</translation>
-    </message>
-    <message>
-        <source>the file beside it that describes it is damaged</source>
-        <translation>die Datei daneben, die sie beschreibt, ist beschädigt</translation>
-    </message>
-    <message>
-        <source>this system can&apos;t do that</source>
-        <translation>dieses System kann es nicht</translation>
-    </message>
-    <message>
-        <source>a message holds another kind of data</source>
-        <translation>eine Nachricht enthält Daten anderer Art</translation>
-    </message>
-    <message>
-        <source>a message holds no data</source>
-        <translation>eine Nachricht enthält keine Daten</translation>
-    </message>
-    <message>
-        <source>the program does not understand the message</source>
-        <translation>das Programm versteht die Nachricht nicht</translation>
-    </message>
     <message>
         <source>No action</source>
         <translation>Keine Aktion</translation>
@@ -450,8 +433,8 @@
         <translation>Navigation in der Anwendung</translation>
     </message>
     <message>
-        <source>Open item</source>
-        <translation>Objekt öffnen</translation>
+        <source>Open file or application</source>
+        <translation>Datei oder Anwendung öffnen</translation>
     </message>
     <message>
         <source>Desktop</source>
@@ -466,23 +449,23 @@
         <translation>Medienspieler</translation>
     </message>
     <message>
-        <source>Shortcut</source>
-        <translation>Kürzel</translation>
+        <source>Standard command</source>
+        <translation>Standardbefehl</translation>
     </message>
     <message>
         <source>Scroll</source>
-        <translation>Blättern</translation>
+        <translation>Scrollen</translation>
     </message>
     <message>
-        <source>Use the global setting</source>
-        <translation>Globale Einstellung verwenden</translation>
+        <source>Same as Global Settings</source>
+        <translation>Wie globale Einstellungen</translation>
     </message>
     <message>
         <source>Switch ring mode</source>
         <translation>Ringmodus umschalten</translation>
     </message>
     <message>
-        <source>Companion menu entry</source>
+        <source>Companion menu item</source>
         <translation>Menüeintrag des Begleitgeräts</translation>
     </message>
     <message>
@@ -526,8 +509,8 @@
         <translation>Schreibtisch anzeigen</translation>
     </message>
     <message>
-        <source>Show application windows</source>
-        <translation>Fenster der Anwendung anzeigen</translation>
+        <source>Show this application&apos;s windows</source>
+        <translation>Fenster dieser Anwendung zeigen</translation>
     </message>
     <message>
         <source>Show all windows</source>
@@ -751,19 +734,19 @@
     </message>
     <message>
         <source>Scroll up</source>
-        <translation>Nach oben blättern</translation>
+        <translation>Nach oben scrollen</translation>
     </message>
     <message>
         <source>Scroll down</source>
-        <translation>Nach unten blättern</translation>
+        <translation>Nach unten scrollen</translation>
     </message>
     <message>
         <source>Scroll left</source>
-        <translation>Nach links blättern</translation>
+        <translation>Nach links scrollen</translation>
     </message>
     <message>
         <source>Scroll right</source>
-        <translation>Nach rechts blättern</translation>
+        <translation>Nach rechts scrollen</translation>
     </message>
     <message>
         <source>Application command</source>
@@ -780,6 +763,30 @@
     <message>
         <source>the folder is full</source>
         <translation>der Ordner ist voll</translation>
+    </message>
+    <message>
+        <source>a resource could not be added</source>
+        <translation>ein Zusatz konnte nicht hinzugefügt werden</translation>
+    </message>
+    <message>
+        <source>the file beside it that describes it is damaged</source>
+        <translation>die Datei daneben, die sie beschreibt, ist beschädigt</translation>
+    </message>
+    <message>
+        <source>this system can&apos;t do that</source>
+        <translation>dieses System kann es nicht</translation>
+    </message>
+    <message>
+        <source>a message holds another kind of data</source>
+        <translation>eine Nachricht enthält Daten anderer Art</translation>
+    </message>
+    <message>
+        <source>a message holds no data</source>
+        <translation>eine Nachricht enthält keine Daten</translation>
+    </message>
+    <message>
+        <source>the program does not understand the message</source>
+        <translation>das Programm versteht die Nachricht nicht</translation>
     </message>
     <message>
         <source>the disk is full</source>
@@ -1135,719 +1142,23 @@
     </message>
 </context>
 <context>
-    <name>Menus</name>
-    <message>
-        <source>New Application...</source>
-        <translation>Neue Anwendung...</translation>
-    </message>
-    <message>
-        <source>Delete...</source>
-        <translation>Löschen...</translation>
-    </message>
-    <message>
-        <source>Export...</source>
-        <translation>Exportieren...</translation>
-    </message>
-    <message>
-        <source>Import...</source>
-        <translation>Importieren...</translation>
-    </message>
-    <message>
-        <source>Install Plug-ins...</source>
-        <translation>Zusatzmodule installieren...</translation>
-    </message>
-    <message>
-        <source>Information...</source>
-        <translation>Informationen...</translation>
-    </message>
-    <message>
-        <source>Keep the key pressed</source>
-        <translation>Taste gedrückt halten</translation>
-    </message>
-    <message>
-        <source>Press once</source>
-        <translation>Einmal drücken</translation>
-    </message>
-    <message>
-        <source>Repeat fast (10 per second)</source>
-        <translation>Schnell wiederholen (10 pro Sekunde)</translation>
-    </message>
-    <message>
-        <source>Repeat (4 per second)</source>
-        <translation>Wiederholen (4 pro Sekunde)</translation>
-    </message>
-    <message>
-        <source>Repeat slowly (2 per second)</source>
-        <translation>Langsam wiederholen (2 pro Sekunde)</translation>
-    </message>
-    <message>
-        <source>Scroll once</source>
-        <translation>Einmal blättern</translation>
-    </message>
-    <message>
-        <source>Scroll fast (20 per second)</source>
-        <translation>Schnell blättern (20 pro Sekunde)</translation>
-    </message>
-    <message>
-        <source>Scroll (10 per second)</source>
-        <translation>Blättern (10 pro Sekunde)</translation>
-    </message>
-    <message>
-        <source>Scroll slowly (4 per second)</source>
-        <translation>Langsam blättern (4 pro Sekunde)</translation>
-    </message>
-    <message>
-        <source>Choose a key</source>
-        <translation>Taste wählen</translation>
-    </message>
-    <message>
-        <source>No key</source>
-        <translation>Keine Taste</translation>
-    </message>
-    <message>
-        <source>Escape</source>
-        <translation>Escape</translation>
-    </message>
-    <message>
-        <source>Backspace</source>
-        <translation>Rücktaste</translation>
-    </message>
-    <message>
-        <source>Tab</source>
-        <translation>Tabulator</translation>
-    </message>
-    <message>
-        <source>Enter</source>
-        <translation>Enter</translation>
-    </message>
-    <message>
-        <source>Delete</source>
-        <translation>Entfernen</translation>
-    </message>
-    <message>
-        <source>Home</source>
-        <translation>Pos1</translation>
-    </message>
-    <message>
-        <source>End</source>
-        <translation>Ende</translation>
-    </message>
-    <message>
-        <source>Page Up</source>
-        <translation>Bild auf</translation>
-    </message>
-    <message>
-        <source>Page Down</source>
-        <translation>Bild ab</translation>
-    </message>
-    <message>
-        <source>(none)</source>
-        <translation>(keine)</translation>
-    </message>
-    <message>
-        <source>Insert</source>
-        <translation>Einfg</translation>
-    </message>
-    <message>
-        <source>Num Enter</source>
-        <translation>Num Enter</translation>
-    </message>
-    <message>
-        <source>Num Lock</source>
-        <translation>Num</translation>
-    </message>
-    <message>
-        <source>Print</source>
-        <translation>Druck</translation>
-    </message>
-    <message>
-        <source>Scroll Lock</source>
-        <translation>Rollen</translation>
-    </message>
-    <message>
-        <source>Pause</source>
-        <translation>Pause</translation>
-    </message>
-</context>
-<context>
-    <name>drevix::ApplicationChooser</name>
-    <message>
-        <source>Select an Application</source>
-        <translation>Anwendung auswählen</translation>
-    </message>
-    <message>
-        <source>Search</source>
-        <translation>Suchen</translation>
-    </message>
-    <message>
-        <source>Applications</source>
-        <translation>Anwendungen</translation>
-    </message>
-    <message>
-        <source>&amp;Add</source>
-        <translation>&amp;Hinzufügen</translation>
-    </message>
-    <message>
-        <source>&amp;Other...</source>
-        <translation>An&amp;dere...</translation>
-    </message>
-</context>
-<context>
-    <name>drevix::ConfirmPanel</name>
-    <message>
-        <source>Delete Settings</source>
-        <translation>Einstellungen löschen</translation>
-    </message>
-    <message>
-        <source>Delete the settings of this application?</source>
-        <translation>Die Einstellungen dieser Anwendung löschen?</translation>
-    </message>
-    <message>
-        <source>The global settings will then apply in it.</source>
-        <translation>Danach gelten in ihr die globalen Einstellungen.</translation>
-    </message>
-    <message>
-        <source>&amp;Delete</source>
-        <translation>&amp;Löschen</translation>
-    </message>
-    <message>
-        <source>&amp;Keep</source>
-        <translation>&amp;Behalten</translation>
-    </message>
-    <message>
-        <source>Replace Settings</source>
-        <translation>Einstellungen ersetzen</translation>
-    </message>
-    <message>
-        <source>Import Settings</source>
-        <translation>Einstellungen importieren</translation>
-    </message>
-    <message>
-        <source>Import the settings in this file?</source>
-        <translation>Die Einstellungen aus dieser Datei importieren?</translation>
-    </message>
-    <message>
-        <source>You are asked again before any of yours are replaced.</source>
-        <translation>Bevor vorhandene ersetzt werden, wird noch einmal gefragt.</translation>
-    </message>
-    <message>
-        <source>&amp;Import</source>
-        <translation>&amp;Importieren</translation>
-    </message>
-    <message>
-        <source>Cancel</source>
-        <translation>Abbrechen</translation>
-    </message>
-    <message>
-        <source>Replace the settings that are there already?</source>
-        <translation>Die vorhandenen Einstellungen ersetzen?</translation>
-    </message>
-    <message>
-        <source>The new ones will take their place.</source>
-        <translation>Die neuen treten an ihre Stelle.</translation>
-    </message>
-    <message>
-        <source>&amp;Replace</source>
-        <translation>&amp;Ersetzen</translation>
-    </message>
-    <message>
-        <source>Do this for &amp;all of them</source>
-        <translation>Für &amp;alle so verfahren</translation>
-    </message>
-</context>
-<context>
-    <name>drevix::DevicePicture</name>
-    <message>
-        <source>%1: %2</source>
-        <translation>%1: %2</translation>
-    </message>
-</context>
-<context>
-    <name>drevix::DrevixPane</name>
-    <message>
-        <source>This control does nothing. Choose an action for it above.</source>
-        <translation>Dieses Bedienelement tut nichts. Wählen Sie oben eine Aktion dafür.</translation>
-    </message>
-    <message>
-        <source>In the Global Settings: %1</source>
-        <translation>In den globalen Einstellungen: %1</translation>
-    </message>
-    <message>
-        <source>Changes what the ring does while you work.</source>
-        <translation>Wechselt während der Arbeit, was der Ring tut.</translation>
-    </message>
-    <message>
-        <source>The companion has no menu for these settings.</source>
-        <translation>Das Begleitgerät hat kein Menü für diese Einstellungen.</translation>
-    </message>
-    <message>
-        <source>The desktop keeps its own combinations.</source>
-        <translation>Der Desktop behält seine Kombinationen.</translation>
-    </message>
-    <message>
-        <source>Click the field, then press the keys.</source>
-        <translation>Auf das Feld klicken, dann die Tasten drücken.</translation>
-    </message>
-    <message>
-        <source>The item could not be chosen</source>
-        <translation>Das Objekt konnte nicht gewählt werden</translation>
-    </message>
-    <message>
-        <source>%1 could not be opened.</source>
-        <translation>%1 konnte nicht geöffnet werden.</translation>
-    </message>
-    <message>
-        <source>Choose a file, folder or application, or drop one here.</source>
-        <translation>Wählen Sie eine Datei, einen Ordner oder eine Anwendung, oder ziehen Sie sie hierher.</translation>
-    </message>
-    <message>
-        <source>It is not known any more where this item is.</source>
-        <translation>Wo dieses Objekt liegt, ist nicht mehr bekannt.</translation>
-    </message>
-    <message>
-        <source>There is no %1 any more.</source>
-        <translation>%1 gibt es nicht mehr.</translation>
-    </message>
-    <message>
-        <source>Open %1 (missing)</source>
-        <translation>Öffnen: %1 (fehlt)</translation>
-    </message>
-    <message>
-        <source>Choose a menu entry</source>
-        <translation>Menüeintrag wählen</translation>
-    </message>
-    <message>
-        <source>%1 %</source>
-        <translation>%1 %</translation>
-    </message>
-    <message>
-        <source>%1: %2.</source>
-        <translation>%1: %2.</translation>
-    </message>
-    <message>
-        <source>The settings could not be loaded</source>
-        <translation>Die Einstellungen konnten nicht geladen werden</translation>
-    </message>
-    <message>
-        <source>The settings file could not be read and is left alone; changes cannot be saved</source>
-        <translation>Die Einstellungsdatei konnte nicht gelesen werden und bleibt unangetastet; Änderungen können nicht gesichert werden</translation>
-    </message>
-    <message>
-        <source>The settings file could not be used; it is kept as %1, and the factory&apos;s settings are shown</source>
-        <translation>Die Einstellungsdatei war nicht zu gebrauchen; sie bleibt als %1 erhalten, und die Werkseinstellungen werden angezeigt</translation>
-    </message>
-    <message>
-        <source>The settings could not be saved</source>
-        <translation>Die Einstellungen konnten nicht gesichert werden</translation>
-    </message>
-    <message>
-        <source>The changes could not be kept</source>
-        <translation>Die Änderungen konnten nicht übernommen werden</translation>
-    </message>
-    <message>
-        <source>Unsaved changes</source>
-        <translation>Ungesicherte Änderungen</translation>
-    </message>
-    <message>
-        <source>line %1: %2</source>
-        <translation>Zeile %1: %2</translation>
-    </message>
-    <message>
-        <source>%1 (disabled)</source>
-        <translation>%1 (abgeschaltet)</translation>
-    </message>
-    <message>
-        <source>%1 *</source>
-        <translation>%1 *</translation>
-    </message>
-    <message>
-        <source>The settings of %1 could not be added</source>
-        <translation>Die Einstellungen von %1 konnten nicht hinzugefügt werden</translation>
-    </message>
-    <message>
-        <source>The settings could not be exported</source>
-        <translation>Die Einstellungen konnten nicht exportiert werden</translation>
-    </message>
-    <message>
-        <source>The file could not be imported: %1.</source>
-        <translation>Die Datei konnte nicht importiert werden: %1.</translation>
-    </message>
-    <message>
-        <source>Not enough memory for %1 of the %2 records in the file.</source>
-        <translation>Der Speicher reicht für %1 der %2 Einträge der Datei nicht.</translation>
-    </message>
-    <message>
-        <source>on</source>
-        <translation>ein</translation>
-    </message>
-    <message>
-        <source>off</source>
-        <translation>aus</translation>
-    </message>
-    <message>
-        <source>Changed; the factory&apos;s value is %1.</source>
-        <translation>Geändert; ab Werk: %1.</translation>
-    </message>
-    <message>
-        <source>Every %1/60 second</source>
-        <translation>Alle %1/60 Sekunden</translation>
-    </message>
-    <message>
-        <source>These are the values for left and right.</source>
-        <translation>Werte für links und rechts.</translation>
-    </message>
-    <message>
-        <source>These are the values for up and down.</source>
-        <translation>Werte für oben und unten.</translation>
-    </message>
-    <message>
-        <source>These are the values for turning.</source>
-        <translation>Werte für das Drehen.</translation>
-    </message>
-    <message>
-        <source>Restores the factory&apos;s settings:</source>
-        <translation>Stellt die Werkseinstellungen wieder her:</translation>
-    </message>
-    <message>
-        <source>%1: %2</source>
-        <translation>%1: %2</translation>
-    </message>
-    <message>
-        <source>Sensitivity: %1</source>
-        <translation>Empfindlichkeit: %1</translation>
-    </message>
-    <message>
-        <source>Speed: %1</source>
-        <translation>Geschwindigkeit: %1</translation>
-    </message>
-    <message>
-        <source>Same values for all axes: %1</source>
-        <translation>Gleiche Werte für alle Achsen: %1</translation>
-    </message>
-    <message>
-        <source>Click sound: %1</source>
-        <translation>Klickgeräusch: %1</translation>
-    </message>
-    <message>
-        <source>Unknown action %1</source>
-        <translation>Unbekannte Aktion %1</translation>
-    </message>
-    <message>
-        <source>Open %1</source>
-        <translation>Öffnen: %1</translation>
-    </message>
-    <message>
-        <source>A&amp;ction</source>
-        <translation>A&amp;ktion</translation>
-    </message>
-    <message>
-        <source>Unsaved changes in %1 applications</source>
-        <translation>Ungesichert in %1 Anwendungen</translation>
-    </message>
-    <message>
-        <source>Unsaved changes in %1</source>
-        <translation>Ungesichert: %1</translation>
-    </message>
-    <message>
-        <source>All changes saved</source>
-        <translation>Alles gesichert</translation>
-    </message>
-    <message>
-        <source>Not saved. Your changes are kept here.</source>
-        <translation>Nicht gesichert. Die Änderungen bleiben hier.</translation>
-    </message>
-    <message>
-        <source>Not saved</source>
-        <translation>Nicht gesichert</translation>
-    </message>
-    <message>
-        <source>A&amp;ction: %1</source>
-        <translation>A&amp;ktion: %1</translation>
-    </message>
-    <message>
-        <source>The settings were not saved, since the settings file could not be read: %1.</source>
-        <translation>Die Einstellungen wurden nicht gesichert, weil die Einstellungsdatei nicht gelesen werden konnte: %1.</translation>
-    </message>
-    <message>
-        <source>Alt</source>
-        <translation>Alt</translation>
-    </message>
-    <message>
-        <source>Super</source>
-        <translation>Super</translation>
-    </message>
-    <message>
-        <source>Ctrl</source>
-        <translation>Strg</translation>
-    </message>
-    <message>
-        <source>cmd is %1, opt is %2, ctrl is %3</source>
-        <translation>cmd ist %1, opt ist %2, ctrl ist %3</translation>
-    </message>
-    <message>
-        <source>The %1 key of this keyboard</source>
-        <translation>Die Taste %1 dieser Tastatur</translation>
-    </message>
-    <message>
-        <source>Also used by %1</source>
-        <translation>Auch bei: %1</translation>
-    </message>
-    <message>
-        <source>Also used by %1 and %2 more</source>
-        <translation>Auch bei: %1 und %2 weiteren</translation>
-    </message>
-    <message>
-        <source>The device helper could not be started.</source>
-        <translation>Das Hilfsprogramm des Geräts konnte nicht gestartet werden.</translation>
-    </message>
-    <message>
-        <source>The device helper will not start at the next login: move the program to a folder whose path has no letters but those of English.</source>
-        <translation>Das Hilfsprogramm des Geräts startet nicht bei der nächsten Anmeldung: Legen Sie das Programm in einen Ordner, dessen Pfad nur englische Buchstaben hat.</translation>
-    </message>
-    <message>
-        <source>The device helper will not start at the next login</source>
-        <translation>Das Hilfsprogramm des Geräts startet nicht bei der nächsten Anmeldung</translation>
-    </message>
-    <message>
-        <source>The help could not be opened.</source>
-        <translation>Die Hilfe konnte nicht geöffnet werden.</translation>
-    </message>
-    <message>
-        <source>The trainer could not be started.</source>
-        <translation>Der Trainer konnte nicht gestartet werden.</translation>
-    </message>
-    <message>
-        <source>The page %1 could not be opened.</source>
-        <translation>Die Seite %1 konnte nicht geöffnet werden.</translation>
-    </message>
-    <message>
-        <source>The settings of %1 could not be deleted</source>
-        <translation>Die Einstellungen von %1 konnten nicht gelöscht werden</translation>
-    </message>
-    <message>
-        <source>Another program changed %1 too; the changes made here are kept.</source>
-        <translation>Auch ein anderes Programm hat %1 geändert; die hier gemachten Änderungen bleiben.</translation>
-    </message>
-    <message>
-        <source>Another program deleted %1, which was changed here; it is kept.</source>
-        <translation>Ein anderes Programm hat %1 gelöscht, hier wurde es geändert; es bleibt erhalten.</translation>
-    </message>
-    <message>
-        <source>Another program changed %1, which was deleted here; it stays deleted.</source>
-        <translation>Ein anderes Programm hat %1 geändert, hier wurde es gelöscht; es bleibt gelöscht.</translation>
-    </message>
-    <message>
-        <source>&quot;%1&quot;</source>
-        <translation>„%1“</translation>
-    </message>
-    <message>
-        <source>%1 and %2 more</source>
-        <translation>%1 und %2 weiteren</translation>
-    </message>
-    <message>
-        <source>Another program is saving settings; these are saved when it is done.</source>
-        <translation>Ein anderes Programm sichert gerade Einstellungen; diese werden gesichert, sobald es fertig ist.</translation>
-    </message>
-    <message>
-        <source>The settings could not be saved: another program is saving its own.</source>
-        <translation>Die Einstellungen konnten nicht gesichert werden: Ein anderes Programm sichert gerade seine.</translation>
-    </message>
-    <message>
-        <source>The settings were not saved, since the damaged settings file could not be kept: %1.</source>
-        <translation>Die Einstellungen wurden nicht gesichert, weil die beschädigte Einstellungsdatei nicht aufbewahrt werden konnte: %1.</translation>
-    </message>
-    <message>
-        <source>The settings file had been damaged; it is kept as %1, and was written anew.</source>
-        <translation>Die Einstellungsdatei war beschädigt; sie bleibt als %1 erhalten und wurde neu geschrieben.</translation>
-    </message>
-    <message>
-        <source>Retry</source>
-        <translation>Wiederholen</translation>
-    </message>
-    <message>
-        <source>Save Now</source>
-        <translation>Jetzt sichern</translation>
-    </message>
-    <message>
-        <source>The settings are saved; close the window again to leave.</source>
-        <translation>Die Einstellungen sind gesichert; zum Beenden das Fenster nochmals schließen.</translation>
-    </message>
-    <message>
-        <source>Changed. Factory: %1</source>
-        <translation>Geändert. Ab Werk: %1</translation>
-    </message>
-    <message>
-        <source>No keys yet</source>
-        <translation>Noch keine Tasten</translation>
-    </message>
-    <message>
-        <source>%1 + %2</source>
-        <translation>%1 + %2</translation>
-    </message>
-    <message>
-        <source>only on buttons I, II and III</source>
-        <translation>nur auf den Tasten I, II und III</translation>
-    </message>
-    <message>
-        <source>not on %1</source>
-        <translation>nicht auf %1</translation>
-    </message>
-    <message>
-        <source>not in %1</source>
-        <translation>nicht in %1</translation>
-    </message>
-    <message>
-        <source>unknown action</source>
-        <translation>unbekannte Aktion</translation>
-    </message>
-    <message>
-        <source>Ring: sensitivity %1, speed %2, same for all directions</source>
-        <translation>Ring: Empfindlichkeit %1, Tempo %2, gleich für alle Richtungen</translation>
-    </message>
-    <message>
-        <source>Ring: sensitivity %1, %2, %3, speed %4, %5, %6 (left and right, up and down, turning)</source>
-        <translation>Ring: Empfindlichkeit %1, %2, %3, Tempo %4, %5, %6 (seitwärts, auf und ab, Drehen)</translation>
-    </message>
-    <message>
-        <source>Tuner: sensitivity %1, click sound on</source>
-        <translation>Tuner: Empfindlichkeit %1, mit Klickgeräusch</translation>
-    </message>
-    <message>
-        <source>Tuner: sensitivity %1, click sound off</source>
-        <translation>Tuner: Empfindlichkeit %1, ohne Klickgeräusch</translation>
-    </message>
-    <message>
-        <source>Off: the device does nothing in this application.</source>
-        <translation>Aus: In dieser Anwendung tut das Gerät nichts.</translation>
-    </message>
-    <message>
-        <source>&amp;Find Action…</source>
-        <translation>Aktion &amp;suchen …</translation>
-    </message>
-    <message>
-        <source>&amp;Copy Action</source>
-        <translation>Aktion &amp;kopieren</translation>
-    </message>
-    <message>
-        <source>&amp;Paste Action</source>
-        <translation>Aktion &amp;einfügen</translation>
-    </message>
-    <message>
-        <source>&amp;No Action</source>
-        <translation>Keine &amp;Aktion</translation>
-    </message>
-    <message>
-        <source>&amp;Back to Factory</source>
-        <translation>Ab &amp;Werk</translation>
-    </message>
-    <message>
-        <source>Copy &amp;All Actions</source>
-        <translation>A&amp;lle Aktionen kopieren</translation>
-    </message>
-    <message>
-        <source>Pas&amp;te All Actions</source>
-        <translation>Alle Aktionen ein&amp;fügen</translation>
-    </message>
-    <message>
-        <source>&amp;Duplicate for Another Application…</source>
-        <translation>Für andere Anwendung &amp;duplizieren …</translation>
-    </message>
-    <message>
-        <source>%1 was not taken: %2.</source>
-        <translation>%1 wurde nicht übernommen: %2.</translation>
-    </message>
-    <message>
-        <source>%1 can&apos;t do the same in %2 and stay as they are.</source>
-        <translation>%1: Das geht in %2 nicht; hier bleibt es, wie es ist.</translation>
-    </message>
-    <message>
-        <source>What was replaced is under Earlier Settings (%1).</source>
-        <translation>Was ersetzt wurde, steht unter „Frühere Einstellungen“ (%1).</translation>
-    </message>
-    <message>
-        <source>The settings are saved, but what was replaced could not be kept: %1.</source>
-        <translation>Die Einstellungen sind gesichert, aber was ersetzt wurde, konnte nicht aufbewahrt werden: %1.</translation>
-    </message>
-    <message>
-        <source>another program kept writing it</source>
-        <translation>ein anderes Programm schreibt sie gerade</translation>
-    </message>
-    <message>
-        <source>it is too long</source>
-        <translation>sie ist zu lang</translation>
-    </message>
-    <message>
-        <source>The companion dial&apos;s file %1 could not be written: %2. Its entries hold again for buttons I, II and III when it is next read.</source>
-        <translation>Die Datei %1 des Begleitgeräts konnte nicht geschrieben werden: %2. Ihre Einträge gelten für die Tasten I, II und III wieder, sobald sie das nächste Mal gelesen wird.</translation>
-    </message>
-    <message>
-        <source>The settings could not be exported: %1. What %2 held is kept in %3, and comes back when it can be written again.</source>
-        <translation>Die Einstellungen konnten nicht exportiert werden: %1. Der bisherige Inhalt von %2 ist in %3 aufbewahrt und kommt zurück, sobald die Datei wieder geschrieben werden kann.</translation>
-    </message>
-    <message>
-        <source>%1 added</source>
-        <translation>%1 hinzugefügt</translation>
-    </message>
-    <message>
-        <source>%1 deleted</source>
-        <translation>%1 gelöscht</translation>
-    </message>
-    <message>
-        <source>other values</source>
-        <translation>andere Werte</translation>
-    </message>
-    <message>
-        <source>damaged</source>
-        <translation>beschädigt</translation>
-    </message>
-    <message>
-        <source>Earlier Settings…</source>
-        <translation>Frühere Einstellungen …</translation>
-    </message>
-    <message>
-        <source>The earlier settings could not be listed</source>
-        <translation>Die früheren Einstellungen konnten nicht aufgelistet werden</translation>
-    </message>
-    <message>
-        <source>There are no earlier settings yet; each save keeps what it replaces.</source>
-        <translation>Es gibt noch keine früheren Einstellungen; jedes Sichern bewahrt auf, was es ersetzt.</translation>
-    </message>
-    <message>
-        <source>The earlier settings could not be read; nothing was changed.</source>
-        <translation>Die früheren Einstellungen konnten nicht gelesen werden; es wurde nichts geändert.</translation>
-    </message>
-</context>
-<context>
-    <name>drevix::ExportPanel</name>
-    <message>
-        <source>Export Settings</source>
-        <translation>Einstellungen exportieren</translation>
-    </message>
-    <message>
-        <source>E&amp;xport all applications</source>
-        <translation>Alle Anwendungen e&amp;xportieren</translation>
-    </message>
-</context>
-<context>
-    <name>drevix::ImportPanel</name>
-    <message>
-        <source>Import Settings</source>
-        <translation>Einstellungen importieren</translation>
-    </message>
-</context>
-<context>
-    <name>drevix::SettingsFilePanel</name>
-    <message>
-        <source>Veltrana settings (*.%1)</source>
-        <translation>Veltrana-Einstellungen (*.%1)</translation>
-    </message>
-    <message>
-        <source>All files (*)</source>
-        <translation>Alle Dateien (*)</translation>
-    </message>
-</context>
-<context>
     <name>Host</name>
+    <message>
+        <source>Decides, application by application, what every control of the device does.</source>
+        <translation>Bestimmt für jede Anwendung, was jedes Bedienelement des Gerätes tut.</translation>
+    </message>
+    <message>
+        <source>Tell on standard error what is done.</source>
+        <translation>Auf der Fehlerausgabe mitteilen, was getan wird.</translation>
+    </message>
+    <message>
+        <source>Import the settings in this file, after a question.</source>
+        <translation>Die Einstellungen aus dieser Datei importieren, nach einer Frage.</translation>
+    </message>
+    <message>
+        <source>It takes one file, and none with --picture; see --help.</source>
+        <translation>Es nimmt eine Datei, und keine mit --picture; siehe --help.</translation>
+    </message>
     <message>
         <source>Write a picture of the panel to FILE and exit.</source>
         <translation>Schreibt ein Bild des Fensters in die Datei FILE und endet.</translation>
@@ -1881,6 +1192,10 @@
         <translation>Zeichnet helle Schrift auf dunklem Grund.</translation>
     </message>
     <message>
+        <source>Draw in black and white.</source>
+        <translation>In Schwarz und Weiß zeichnen.</translation>
+    </message>
+    <message>
         <source>--page takes a number.</source>
         <translation>--page verlangt eine Zahl.</translation>
     </message>
@@ -1907,237 +1222,6 @@
     <message>
         <source>The picture could not be written to &quot;%1&quot;.</source>
         <translation>Das Bild konnte nicht nach „%1“ geschrieben werden.</translation>
-    </message>
-    <message>
-        <source>Decides, application by application, what every control of the device does.</source>
-        <translation>Bestimmt für jede Anwendung, was jedes Bedienelement des Gerätes tut.</translation>
-    </message>
-    <message>
-        <source>Import the settings in this file, after a question.</source>
-        <translation>Die Einstellungen aus dieser Datei importieren, nach einer Frage.</translation>
-    </message>
-    <message>
-        <source>Tell on standard error what is done.</source>
-        <translation>Auf der Fehlerausgabe mitteilen, was getan wird.</translation>
-    </message>
-    <message>
-        <source>It takes one file, and none with --picture; see --help.</source>
-        <translation>Es nimmt eine Datei, und keine mit --picture; siehe --help.</translation>
-    </message>
-</context>
-<context>
-    <name>drevix::PanelWindow</name>
-    <message>
-        <source>Drevix Veltrana</source>
-        <translation>Drevix Veltrana</translation>
-    </message>
-    <message>
-        <source>Status</source>
-        <translation>Status</translation>
-    </message>
-</context>
-<context>
-    <name>drevix::KeystrokeField</name>
-    <message>
-        <source>Waiting for a key combination. Those of the desktop do not arrive: press the key alone, then check its modifiers.</source>
-        <translation>Eine Tastenkombination wird erwartet. Die des Desktops kommen nicht an: die Taste allein drücken, dann ihre Zusatztasten ankreuzen.</translation>
-    </message>
-    <message>
-        <source>Waiting for a key combination.</source>
-        <translation>Eine Tastenkombination wird erwartet.</translation>
-    </message>
-    <message>
-        <source>Press the keys now</source>
-        <translation>Jetzt die Tasten drücken</translation>
-    </message>
-    <message>
-        <source>Press Enter, then the keys.</source>
-        <translation>Enter drücken, dann die Tasten.</translation>
-    </message>
-    <message>
-        <source>Stored as %1</source>
-        <translation>Gespeichert als %1</translation>
-    </message>
-    <message>
-        <source>%1, stored as %2</source>
-        <translation>%1, gespeichert als %2</translation>
-    </message>
-</context>
-<context>
-    <name>drevix::InformationPanel</name>
-    <message>
-        <source>Information</source>
-        <translation>Information</translation>
-    </message>
-    <message>
-        <source>Drevix Veltrana ##</source>
-        <translation>Drevix Veltrana ##</translation>
-    </message>
-    <message>
-        <source>Version of the settings panel: ##</source>
-        <translation>Version der Einstellungen: ##</translation>
-    </message>
-    <message>
-        <source>&amp;Help book</source>
-        <translation>&amp;Hilfebuch</translation>
-    </message>
-    <message>
-        <source>&amp;Trainer</source>
-        <translation>&amp;Trainer</translation>
-    </message>
-    <message>
-        <source>&amp;Web page</source>
-        <translation>&amp;Webseite</translation>
-    </message>
-    <message>
-        <source>&amp;Support</source>
-        <translation>&amp;Unterstützung</translation>
-    </message>
-    <message>
-        <source>The trainer is not installed.</source>
-        <translation>Der Trainer ist nicht installiert.</translation>
-    </message>
-    <message>
-        <source>&amp;Close</source>
-        <translation>&amp;Schließen</translation>
-    </message>
-</context>
-<context>
-    <name>drevix::ItemPanel</name>
-    <message>
-        <source>&amp;Item:</source>
-        <translation>&amp;Objekt:</translation>
-    </message>
-    <message>
-        <source>Choose an Item to Open</source>
-        <translation>Objekt zum Öffnen wählen</translation>
-    </message>
-    <message>
-        <source>Choose</source>
-        <translation>Wählen</translation>
-    </message>
-</context>
-<context>
-    <name>drevix::UnsavedPanel</name>
-    <message>
-        <source>&amp;Retry</source>
-        <translation>&amp;Wiederholen</translation>
-    </message>
-    <message>
-        <source>&amp;Export All...</source>
-        <translation>Alle &amp;exportieren ...</translation>
-    </message>
-    <message>
-        <source>&amp;Discard</source>
-        <translation>&amp;Verwerfen</translation>
-    </message>
-    <message>
-        <source>&amp;Cancel</source>
-        <translation>&amp;Abbrechen</translation>
-    </message>
-    <message>
-        <source>Unsaved Settings</source>
-        <translation>Ungesicherte Einstellungen</translation>
-    </message>
-    <message>
-        <source>If you discard the changes, the settings stay as they were saved last.</source>
-        <translation>Wenn Sie die Änderungen verwerfen, bleiben die Einstellungen, wie sie zuletzt gesichert wurden.</translation>
-    </message>
-</context>
-<context>
-    <name>Callout</name>
-    <message>
-        <source>%1 · pressed</source>
-        <translation>%1 · gedrückt</translation>
-    </message>
-    <message>
-        <source>Pressed.</source>
-        <translation>Gedrückt.</translation>
-    </message>
-</context>
-<context>
-    <name>drevix::FindPanel</name>
-    <message>
-        <source>Find Action</source>
-        <translation>Aktion suchen</translation>
-    </message>
-    <message>
-        <source>Search actions, or type a keystroke such as ctrl+s</source>
-        <translation>Aktion suchen, oder Tasten eingeben wie strg+s</translation>
-    </message>
-    <message>
-        <source>Search actions</source>
-        <translation>Aktionen suchen</translation>
-    </message>
-    <message>
-        <source>Actions</source>
-        <translation>Aktionen</translation>
-    </message>
-    <message>
-        <source>↑ ↓ choose · Enter assigns to %1 · Esc closes</source>
-        <translation>↑ ↓ wählt · Enter weist %1 zu · Esc schließt</translation>
-    </message>
-    <message>
-        <source>No action matches “%1”.</source>
-        <translation>Keine Aktion passt zu „%1“.</translation>
-    </message>
-    <message>
-        <source>Keystroke</source>
-        <translation>Tastendruck</translation>
-    </message>
-</context>
-<context>
-    <name>drevix::OverviewPanel</name>
-    <message>
-        <source>&amp;All applications</source>
-        <translation>&amp;Alle Anwendungen</translation>
-    </message>
-    <message>
-        <source>Overview</source>
-        <translation>Übersicht</translation>
-    </message>
-    <message>
-        <source>Sheets</source>
-        <translation>Blätter</translation>
-    </message>
-    <message>
-        <source>&amp;Copy</source>
-        <translation>&amp;Kopieren</translation>
-    </message>
-    <message>
-        <source>&amp;Save as PDF…</source>
-        <translation>Als PDF &amp;sichern …</translation>
-    </message>
-    <message>
-        <source>&amp;Print…</source>
-        <translation>&amp;Drucken …</translation>
-    </message>
-    <message>
-        <source>Couldn&apos;t write “%1”: %2</source>
-        <translation>„%1“ konnte nicht geschrieben werden: %2</translation>
-    </message>
-    <message>
-        <source>Save as PDF</source>
-        <translation>Als PDF sichern</translation>
-    </message>
-    <message>
-        <source>PDF documents (*.pdf)</source>
-        <translation>PDF-Dokumente (*.pdf)</translation>
-    </message>
-    <message>
-        <source>There is no program that shows PDF documents. The sheet is in “%1”.</source>
-        <translation>Es gibt kein Programm für PDF-Dokumente. Das Blatt liegt in „%1“.</translation>
-    </message>
-</context>
-<context>
-    <name>Sheet</name>
-    <message>
-        <source>Bold: changed from the factory settings.</source>
-        <translation>Fett: anders als ab Werk.</translation>
-    </message>
-    <message>
-        <source>%1: %2</source>
-        <translation>%1: %2</translation>
     </message>
 </context>
 <context>
@@ -2248,10 +1332,882 @@
     </message>
 </context>
 <context>
-    <name>drevix::LiveView</name>
+    <name>Menus</name>
+    <message>
+        <source>(none)</source>
+        <translation>(keine)</translation>
+    </message>
+    <message>
+        <source>Add Application…</source>
+        <translation>Anwendung hinzufügen …</translation>
+    </message>
+    <message>
+        <source>Delete…</source>
+        <translation>Löschen …</translation>
+    </message>
+    <message>
+        <source>Export…</source>
+        <translation>Exportieren …</translation>
+    </message>
+    <message>
+        <source>Import…</source>
+        <translation>Importieren …</translation>
+    </message>
+    <message>
+        <source>Install Plug-ins…</source>
+        <translation>Zusatzmodule installieren …</translation>
+    </message>
+    <message>
+        <source>About Veltrana…</source>
+        <translation>Über Veltrana …</translation>
+    </message>
+    <message>
+        <source>Hold the keys down</source>
+        <translation>Tasten gedrückt halten</translation>
+    </message>
+    <message>
+        <source>Press once</source>
+        <translation>Einmal drücken</translation>
+    </message>
+    <message>
+        <source>Repeat 10 times a second</source>
+        <translation>10-mal pro Sekunde wiederholen</translation>
+    </message>
+    <message>
+        <source>Repeat 4 times a second</source>
+        <translation>4-mal pro Sekunde wiederholen</translation>
+    </message>
+    <message>
+        <source>Repeat twice a second</source>
+        <translation>Zweimal pro Sekunde wiederholen</translation>
+    </message>
+    <message>
+        <source>Scroll once</source>
+        <translation>Einmal scrollen</translation>
+    </message>
+    <message>
+        <source>Scroll 20 times a second</source>
+        <translation>20-mal pro Sekunde scrollen</translation>
+    </message>
+    <message>
+        <source>Scroll 10 times a second</source>
+        <translation>10-mal pro Sekunde scrollen</translation>
+    </message>
+    <message>
+        <source>Scroll 4 times a second</source>
+        <translation>4-mal pro Sekunde scrollen</translation>
+    </message>
+    <message>
+        <source>Other key</source>
+        <translation>Andere Taste</translation>
+    </message>
+    <message>
+        <source>No key</source>
+        <translation>Keine Taste</translation>
+    </message>
+    <message>
+        <source>Escape</source>
+        <translation>Escape</translation>
+    </message>
+    <message>
+        <source>Backspace</source>
+        <translation>Rücktaste</translation>
+    </message>
+    <message>
+        <source>Enter</source>
+        <translation>Enter</translation>
+    </message>
+    <message>
+        <source>Tab</source>
+        <translation>Tabulator</translation>
+    </message>
+    <message>
+        <source>Num Enter</source>
+        <translation>Num Enter</translation>
+    </message>
+    <message>
+        <source>Insert</source>
+        <translation>Einfg</translation>
+    </message>
+    <message>
+        <source>Delete</source>
+        <translation>Entfernen</translation>
+    </message>
+    <message>
+        <source>Home</source>
+        <translation>Pos1</translation>
+    </message>
+    <message>
+        <source>End</source>
+        <translation>Ende</translation>
+    </message>
+    <message>
+        <source>Page Up</source>
+        <translation>Bild auf</translation>
+    </message>
+    <message>
+        <source>Page Down</source>
+        <translation>Bild ab</translation>
+    </message>
+    <message>
+        <source>Num Lock</source>
+        <translation>Num</translation>
+    </message>
+    <message>
+        <source>Print</source>
+        <translation>Druck</translation>
+    </message>
+    <message>
+        <source>Scroll Lock</source>
+        <translation>Rollen</translation>
+    </message>
+    <message>
+        <source>Pause</source>
+        <translation>Pause</translation>
+    </message>
+</context>
+<context>
+    <name>Sheet</name>
+    <message>
+        <source>Bold: changed from the factory settings.</source>
+        <translation>Fett: anders als ab Werk.</translation>
+    </message>
+    <message>
+        <source>%1: %2</source>
+        <translation>%1: %2</translation>
+    </message>
+</context>
+<context>
+    <name>Targets</name>
+    <message>
+        <source>Off</source>
+        <translation>Aus</translation>
+    </message>
+    <message>
+        <source>Add</source>
+        <translation>Hinzufügen</translation>
+    </message>
+    <message>
+        <source>Every other application</source>
+        <translation>Alle anderen Anwendungen</translation>
+    </message>
+    <message>
+        <source>factory settings</source>
+        <translation>Werkseinstellungen</translation>
+    </message>
+    <message>
+        <source>your settings</source>
+        <translation>eigene Einstellungen</translation>
+    </message>
+    <message>
+        <source>off</source>
+        <translation>aus</translation>
+    </message>
+    <message>
+        <source>unsaved changes</source>
+        <translation>ungesicherte Änderungen</translation>
+    </message>
+    <message>
+        <source>Yours</source>
+        <translation>Eigene</translation>
+    </message>
+    <message>
+        <source>From the factory</source>
+        <translation>Ab Werk</translation>
+    </message>
+    <message>
+        <source>Installed, without settings</source>
+        <translation>Installiert, ohne Einstellungen</translation>
+    </message>
+</context>
+<context>
+    <name>drevix::ApplicationChooser</name>
+    <message>
+        <source>Select an Application</source>
+        <translation>Anwendung auswählen</translation>
+    </message>
+    <message>
+        <source>Search</source>
+        <translation>Suchen</translation>
+    </message>
+    <message>
+        <source>Applications</source>
+        <translation>Anwendungen</translation>
+    </message>
+    <message>
+        <source>&amp;Add</source>
+        <translation>&amp;Hinzufügen</translation>
+    </message>
+    <message>
+        <source>&amp;Show Settings</source>
+        <translation>Einstellungen &amp;zeigen</translation>
+    </message>
+    <message>
+        <source>&amp;Other…</source>
+        <translation>An&amp;dere …</translation>
+    </message>
+    <message>
+        <source>has settings</source>
+        <translation>hat Einstellungen</translation>
+    </message>
+</context>
+<context>
+    <name>drevix::ConfirmPanel</name>
+    <message>
+        <source>Delete Settings?</source>
+        <translation>Einstellungen löschen?</translation>
+    </message>
+    <message>
+        <source>Delete these settings?</source>
+        <translation>Diese Einstellungen löschen?</translation>
+    </message>
+    <message>
+        <source>Global Settings will be used instead.</source>
+        <translation>Statt ihrer gelten dann die globalen Einstellungen.</translation>
+    </message>
+    <message>
+        <source>&amp;Delete</source>
+        <translation>&amp;Löschen</translation>
+    </message>
+    <message>
+        <source>Cancel</source>
+        <translation>Abbrechen</translation>
+    </message>
+    <message>
+        <source>Replace Settings</source>
+        <translation>Einstellungen ersetzen</translation>
+    </message>
+    <message>
+        <source>Replace these settings?</source>
+        <translation>Diese Einstellungen ersetzen?</translation>
+    </message>
+    <message>
+        <source>The new settings replace the old ones.</source>
+        <translation>Die neuen Einstellungen ersetzen die alten.</translation>
+    </message>
+    <message>
+        <source>&amp;Replace</source>
+        <translation>&amp;Ersetzen</translation>
+    </message>
+    <message>
+        <source>&amp;Keep Old</source>
+        <translation>&amp;Alte behalten</translation>
+    </message>
+    <message>
+        <source>Import Settings</source>
+        <translation>Einstellungen importieren</translation>
+    </message>
+    <message>
+        <source>Import the settings in this file?</source>
+        <translation>Die Einstellungen aus dieser Datei importieren?</translation>
+    </message>
+    <message>
+        <source>You are asked again before any of yours are replaced.</source>
+        <translation>Bevor vorhandene ersetzt werden, wird noch einmal gefragt.</translation>
+    </message>
+    <message>
+        <source>&amp;Import</source>
+        <translation>&amp;Importieren</translation>
+    </message>
+    <message>
+        <source>Do the same for &amp;all</source>
+        <translation>Mit a&amp;llen so verfahren</translation>
+    </message>
+    <message>
+        <source>They replace the settings of %1, which has the same stored name.</source>
+        <translation>Sie ersetzen die Einstellungen von %1, das unter demselben Namen gespeichert ist.</translation>
+    </message>
+</context>
+<context>
+    <name>drevix::DevicePicture</name>
+    <message>
+        <source>%1: %2</source>
+        <translation>%1: %2</translation>
+    </message>
+</context>
+<context>
+    <name>drevix::DrevixPane</name>
+    <message>
+        <source>Choose a menu entry</source>
+        <translation>Menüeintrag wählen</translation>
+    </message>
+    <message>
+        <source>%1 %</source>
+        <translation>%1 %</translation>
+    </message>
+    <message>
+        <source>&amp;Find Action…</source>
+        <translation>Aktion &amp;suchen …</translation>
+    </message>
+    <message>
+        <source>&amp;Copy Action</source>
+        <translation>Aktion &amp;kopieren</translation>
+    </message>
+    <message>
+        <source>&amp;Paste Action</source>
+        <translation>Aktion &amp;einfügen</translation>
+    </message>
+    <message>
+        <source>&amp;No Action</source>
+        <translation>Keine &amp;Aktion</translation>
+    </message>
+    <message>
+        <source>&amp;Back to Factory</source>
+        <translation>Ab &amp;Werk</translation>
+    </message>
+    <message>
+        <source>Copy &amp;All Actions</source>
+        <translation>A&amp;lle Aktionen kopieren</translation>
+    </message>
+    <message>
+        <source>Pas&amp;te All Actions</source>
+        <translation>Alle Aktionen ein&amp;fügen</translation>
+    </message>
+    <message>
+        <source>&amp;Duplicate for Another Application…</source>
+        <translation>Für andere Anwendung &amp;duplizieren …</translation>
+    </message>
+    <message>
+        <source>%1: %2</source>
+        <translation>%1: %2</translation>
+    </message>
+    <message>
+        <source>%1 was not taken: %2.</source>
+        <translation>%1 wurde nicht übernommen: %2.</translation>
+    </message>
+    <message>
+        <source>%1 can&apos;t do the same in %2 and stay as they are.</source>
+        <translation>%1: Das geht in %2 nicht; hier bleibt es, wie es ist.</translation>
+    </message>
+    <message>
+        <source>Couldn&apos;t start the device helper.</source>
+        <translation>Das Hilfsprogramm des Geräts konnte nicht gestartet werden.</translation>
+    </message>
+    <message>
+        <source>The device helper won&apos;t start when you log in: move the program to a folder whose path has no letters but those of English.</source>
+        <translation>Das Hilfsprogramm des Geräts startet nicht beim Anmelden: Legen Sie das Programm in einen Ordner, dessen Pfad nur englische Buchstaben hat.</translation>
+    </message>
+    <message>
+        <source>The device helper won&apos;t start when you log in</source>
+        <translation>Das Hilfsprogramm des Geräts startet nicht beim Anmelden</translation>
+    </message>
+    <message>
+        <source>Helper not running</source>
+        <translation>Hilfsprogramm läuft nicht</translation>
+    </message>
+    <message>
+        <source>No device connected</source>
+        <translation>Kein Gerät angeschlossen</translation>
+    </message>
+    <message>
+        <source>Couldn&apos;t open the help.</source>
+        <translation>Die Hilfe konnte nicht geöffnet werden.</translation>
+    </message>
+    <message>
+        <source>Couldn&apos;t start the trainer.</source>
+        <translation>Der Trainer konnte nicht gestartet werden.</translation>
+    </message>
+    <message>
+        <source>Couldn&apos;t open %1.</source>
+        <translation>%1 konnte nicht geöffnet werden.</translation>
+    </message>
+    <message>
+        <source>The companion has no menu for this application.</source>
+        <translation>Das Begleitgerät hat kein Menü für diese Anwendung.</translation>
+    </message>
+    <message>
+        <source>only on buttons I, II and III</source>
+        <translation>nur auf den Tasten I, II und III</translation>
+    </message>
+    <message>
+        <source>not on %1</source>
+        <translation>nicht auf %1</translation>
+    </message>
+    <message>
+        <source>not in %1</source>
+        <translation>nicht in %1</translation>
+    </message>
+    <message>
+        <source>unknown action</source>
+        <translation>unbekannte Aktion</translation>
+    </message>
+    <message>
+        <source>Ring: sensitivity %1, speed %2, same for all directions</source>
+        <translation>Ring: Empfindlichkeit %1, Tempo %2, gleich für alle Richtungen</translation>
+    </message>
+    <message>
+        <source>Ring: sensitivity %1, %2, %3, speed %4, %5, %6 (left and right, up and down, turning)</source>
+        <translation>Ring: Empfindlichkeit %1, %2, %3, Tempo %4, %5, %6 (seitwärts, auf und ab, Drehen)</translation>
+    </message>
+    <message>
+        <source>Tuner: sensitivity %1, click sound on</source>
+        <translation>Tuner: Empfindlichkeit %1, mit Klickgeräusch</translation>
+    </message>
+    <message>
+        <source>Tuner: sensitivity %1, click sound off</source>
+        <translation>Tuner: Empfindlichkeit %1, ohne Klickgeräusch</translation>
+    </message>
+    <message>
+        <source>Off: the device does nothing in this application.</source>
+        <translation>Aus: In dieser Anwendung tut das Gerät nichts.</translation>
+    </message>
+    <message>
+        <source>Couldn&apos;t use this item</source>
+        <translation>Das Objekt konnte nicht verwendet werden</translation>
+    </message>
+    <message>
+        <source>%1 could not be opened.</source>
+        <translation>%1 konnte nicht geöffnet werden.</translation>
+    </message>
+    <message>
+        <source>Choose a file, folder or application, or drop one here.</source>
+        <translation>Wählen Sie eine Datei, einen Ordner oder eine Anwendung, oder ziehen Sie sie hierher.</translation>
+    </message>
+    <message>
+        <source>This item can&apos;t be found any more.</source>
+        <translation>Dieses Objekt ist nicht mehr zu finden.</translation>
+    </message>
+    <message>
+        <source>%1 no longer exists.</source>
+        <translation>%1 gibt es nicht mehr.</translation>
+    </message>
+    <message>
+        <source>Open %1</source>
+        <translation>Öffnen: %1</translation>
+    </message>
+    <message>
+        <source>Open %1 (missing)</source>
+        <translation>Öffnen: %1 (fehlt)</translation>
+    </message>
+    <message>
+        <source>Alt</source>
+        <translation>Alt</translation>
+    </message>
+    <message>
+        <source>Super</source>
+        <translation>Super</translation>
+    </message>
+    <message>
+        <source>Ctrl</source>
+        <translation>Strg</translation>
+    </message>
+    <message>
+        <source>%1 is stored as cmd</source>
+        <translation>%1 wird als cmd gespeichert</translation>
+    </message>
+    <message>
+        <source>Stored as %1</source>
+        <translation>Gespeichert als %1</translation>
+    </message>
+    <message>
+        <source>The desktop keeps its own combinations.</source>
+        <translation>Der Desktop behält seine Kombinationen.</translation>
+    </message>
+    <message>
+        <source>Click, then press the keys.</source>
+        <translation>Klicken, dann die Tasten drücken.</translation>
+    </message>
+    <message>
+        <source>Also used by %1</source>
+        <translation>Auch bei: %1</translation>
+    </message>
+    <message>
+        <source>Also used by %1 and %2 more</source>
+        <translation>Auch bei: %1 und %2 weiteren</translation>
+    </message>
     <message>
         <source>%1: %2.</source>
         <translation>%1: %2.</translation>
+    </message>
+    <message>
+        <source>Couldn&apos;t load your settings</source>
+        <translation>Die Einstellungen konnten nicht geladen werden</translation>
+    </message>
+    <message>
+        <source>Couldn&apos;t read the settings file, so changes can&apos;t be saved. It was left as it is.</source>
+        <translation>Die Einstellungsdatei konnte nicht gelesen werden, daher können Änderungen nicht gesichert werden. Sie blieb, wie sie ist.</translation>
+    </message>
+    <message>
+        <source>The settings file was damaged. It was kept as %1; these are the factory settings.</source>
+        <translation>Die Einstellungsdatei war beschädigt. Sie wurde als %1 aufgehoben; dies sind die Werkseinstellungen.</translation>
+    </message>
+    <message>
+        <source>Couldn&apos;t keep the changes</source>
+        <translation>Die Änderungen konnten nicht behalten werden</translation>
+    </message>
+    <message>
+        <source>line %1: %2</source>
+        <translation>Zeile %1: %2</translation>
+    </message>
+    <message>
+        <source>Couldn&apos;t delete settings for %1</source>
+        <translation>Die Einstellungen für %1 konnten nicht gelöscht werden</translation>
+    </message>
+    <message>
+        <source>Couldn&apos;t add settings for %1</source>
+        <translation>Einstellungen für %1 konnten nicht hinzugefügt werden</translation>
+    </message>
+    <message>
+        <source>Couldn&apos;t export</source>
+        <translation>Das Exportieren ist nicht gelungen</translation>
+    </message>
+    <message>
+        <source>Couldn&apos;t import this file: %1.</source>
+        <translation>Diese Datei konnte nicht importiert werden: %1.</translation>
+    </message>
+    <message>
+        <source>Not enough memory for %1 of the %2 records in the file.</source>
+        <translation>Der Speicher reicht für %1 der %2 Einträge der Datei nicht.</translation>
+    </message>
+    <message>
+        <source>on</source>
+        <translation>ein</translation>
+    </message>
+    <message>
+        <source>off</source>
+        <translation>aus</translation>
+    </message>
+    <message>
+        <source>Changed. Factory: %1</source>
+        <translation>Geändert. Ab Werk: %1</translation>
+    </message>
+    <message>
+        <source>%1 + %2</source>
+        <translation>%1 + %2</translation>
+    </message>
+    <message>
+        <source>For left and right</source>
+        <translation>Für links und rechts</translation>
+    </message>
+    <message>
+        <source>For up and down</source>
+        <translation>Für oben und unten</translation>
+    </message>
+    <message>
+        <source>For turning</source>
+        <translation>Für das Drehen</translation>
+    </message>
+    <message>
+        <source>Back to factory settings:</source>
+        <translation>Zurück zu den Werkseinstellungen:</translation>
+    </message>
+    <message>
+        <source>Back to Factory: %1</source>
+        <translation>Ab Werk: %1</translation>
+    </message>
+    <message>
+        <source>Sensitivity: %1</source>
+        <translation>Empfindlichkeit: %1</translation>
+    </message>
+    <message>
+        <source>Speed: %1</source>
+        <translation>Geschwindigkeit: %1</translation>
+    </message>
+    <message>
+        <source>Same for all directions: %1</source>
+        <translation>In allen Richtungen gleich: %1</translation>
+    </message>
+    <message>
+        <source>Click sound: %1</source>
+        <translation>Klickgeräusch: %1</translation>
+    </message>
+    <message>
+        <source>Unknown action %1</source>
+        <translation>Unbekannte Aktion %1</translation>
+    </message>
+    <message>
+        <source>No keys yet</source>
+        <translation>Noch keine Tasten</translation>
+    </message>
+    <message>
+        <source>Nothing happens. Choose an action above.</source>
+        <translation>Nichts geschieht. Wählen Sie oben eine Aktion.</translation>
+    </message>
+    <message>
+        <source>Global Settings: %1</source>
+        <translation>Globale Einstellungen: %1</translation>
+    </message>
+    <message>
+        <source>Changes what the ring does.</source>
+        <translation>Wechselt, was der Ring tut.</translation>
+    </message>
+    <message>
+        <source>Every %1/60 of a second</source>
+        <translation>Alle %1/60 Sekunden</translation>
+    </message>
+    <message>
+        <source>Another program changed %1 too; the changes made here are kept.</source>
+        <translation>Auch ein anderes Programm hat %1 geändert; die hier gemachten Änderungen bleiben.</translation>
+    </message>
+    <message>
+        <source>Another program deleted %1, which was changed here; it is kept.</source>
+        <translation>Ein anderes Programm hat %1 gelöscht, hier wurde es geändert; es bleibt erhalten.</translation>
+    </message>
+    <message>
+        <source>Another program changed %1, which was deleted here; it stays deleted.</source>
+        <translation>Ein anderes Programm hat %1 geändert, hier wurde es gelöscht; es bleibt gelöscht.</translation>
+    </message>
+    <message>
+        <source>&quot;%1&quot;</source>
+        <translation>„%1“</translation>
+    </message>
+    <message>
+        <source>%1 and %2 more</source>
+        <translation>%1 und %2 weiteren</translation>
+    </message>
+    <message>
+        <source>Another program is saving; your changes will be saved after it.</source>
+        <translation>Ein anderes Programm sichert gerade; danach werden Ihre Änderungen gesichert.</translation>
+    </message>
+    <message>
+        <source>Not saved: another program is saving.</source>
+        <translation>Nicht gesichert: Ein anderes Programm sichert gerade.</translation>
+    </message>
+    <message>
+        <source>Not saved: couldn&apos;t keep a copy of the damaged settings file: %1.</source>
+        <translation>Nicht gesichert: Von der beschädigten Einstellungsdatei konnte keine Kopie aufgehoben werden: %1.</translation>
+    </message>
+    <message>
+        <source>Not saved: the settings file couldn&apos;t be read.</source>
+        <translation>Nicht gesichert: Die Einstellungsdatei konnte nicht gelesen werden.</translation>
+    </message>
+    <message>
+        <source>Not saved: %1.</source>
+        <translation>Nicht gesichert: %1.</translation>
+    </message>
+    <message>
+        <source>The settings file was damaged. It was kept as %1, and a new one was written.</source>
+        <translation>Die Einstellungsdatei war beschädigt. Sie wurde als %1 aufgehoben, und eine neue wurde geschrieben.</translation>
+    </message>
+    <message>
+        <source>Retr&amp;y</source>
+        <translation>&amp;Wiederholen</translation>
+    </message>
+    <message>
+        <source>&amp;Save Now</source>
+        <translation>Jet&amp;zt sichern</translation>
+    </message>
+    <message>
+        <source>All changes saved</source>
+        <translation>Alles gesichert</translation>
+    </message>
+    <message>
+        <source>%1 Your changes are kept here.</source>
+        <translation>%1 Ihre Änderungen bleiben hier.</translation>
+    </message>
+    <message>
+        <source>Unsaved changes in %1 applications</source>
+        <translation>Ungesichert in %1 Anwendungen</translation>
+    </message>
+    <message>
+        <source>Unsaved changes</source>
+        <translation>Ungesicherte Änderungen</translation>
+    </message>
+    <message>
+        <source>Unsaved changes in %1</source>
+        <translation>Ungesichert: %1</translation>
+    </message>
+    <message>
+        <source>Your settings are saved. Close the window again to leave.</source>
+        <translation>Ihre Einstellungen sind gesichert. Zum Beenden das Fenster nochmals schließen.</translation>
+    </message>
+    <message>
+        <source>Add…</source>
+        <translation>Hinzufügen …</translation>
+    </message>
+    <message>
+        <source>Add settings for another application (%1)</source>
+        <translation>Einstellungen für eine weitere Anwendung hinzufügen (%1)</translation>
+    </message>
+    <message>
+        <source>Delete these settings</source>
+        <translation>Diese Einstellungen löschen</translation>
+    </message>
+    <message>
+        <source>For every application without settings of its own</source>
+        <translation>Für alle Anwendungen ohne eigene Einstellungen</translation>
+    </message>
+    <message>
+        <source>Factory settings</source>
+        <translation>Werkseinstellungen</translation>
+    </message>
+    <message>
+        <source>Your settings</source>
+        <translation>Eigene Einstellungen</translation>
+    </message>
+    <message>
+        <source>1 control changed</source>
+        <translation>1 Bedienelement geändert</translation>
+    </message>
+    <message>
+        <source>%1 controls changed</source>
+        <translation>%1 Bedienelemente geändert</translation>
+    </message>
+    <message>
+        <source>Another program deleted %1</source>
+        <translation>Ein anderes Programm hat %1 gelöscht</translation>
+    </message>
+    <message>
+        <source>Another program changed %1 too</source>
+        <translation>Ein anderes Programm hat %1 auch geändert</translation>
+    </message>
+    <message>
+        <source>Another program changed %1, which you deleted</source>
+        <translation>Ein anderes Programm hat %1 geändert, das Sie gelöscht haben</translation>
+    </message>
+    <message>
+        <source>The device helper isn&apos;t running</source>
+        <translation>Das Hilfsprogramm des Geräts läuft nicht</translation>
+    </message>
+    <message>
+        <source>The device does nothing until it runs. Your settings are safe.</source>
+        <translation>Das Gerät tut nichts, bis es läuft. Ihre Einstellungen sind sicher.</translation>
+    </message>
+    <message>
+        <source>Start Helper</source>
+        <translation>Hilfsprogramm starten</translation>
+    </message>
+    <message>
+        <source>Welcome to your Veltrana</source>
+        <translation>Willkommen bei Ihrem Veltrana</translation>
+    </message>
+    <message>
+        <source>Open Help</source>
+        <translation>Hilfe öffnen</translation>
+    </message>
+    <message>
+        <source>Got It</source>
+        <translation>Verstanden</translation>
+    </message>
+    <message>
+        <source>Pick an application, or stay with Global Settings.</source>
+        <translation>Eine Anwendung wählen oder bei den globalen Einstellungen bleiben.</translation>
+    </message>
+    <message>
+        <source>Click a control in the picture.</source>
+        <translation>Ein Bedienelement im Bild anklicken.</translation>
+    </message>
+    <message>
+        <source>Choose what it does, then Apply.</source>
+        <translation>Wählen, was es tut, dann anwenden.</translation>
+    </message>
+    <message>
+        <source>Your settings replaced the ones another program had saved.</source>
+        <translation>Ihre Einstellungen haben die ersetzt, die ein anderes Programm gesichert hatte.</translation>
+    </message>
+    <message>
+        <source>You have changes here that it doesn&apos;t know of. Which should be kept?</source>
+        <translation>Hier gibt es Änderungen, die es nicht kennt. Was soll gelten?</translation>
+    </message>
+    <message>
+        <source>Show Theirs</source>
+        <translation>Die anderen zeigen</translation>
+    </message>
+    <message>
+        <source>Keep Mine</source>
+        <translation>Meine behalten</translation>
+    </message>
+    <message>
+        <source>Version %1, serial %2</source>
+        <translation>Version %1, Seriennummer %2</translation>
+    </message>
+    <message>
+        <source>%1 added</source>
+        <translation>%1 hinzugefügt</translation>
+    </message>
+    <message>
+        <source>%1 deleted</source>
+        <translation>%1 gelöscht</translation>
+    </message>
+    <message>
+        <source>other values</source>
+        <translation>andere Werte</translation>
+    </message>
+    <message>
+        <source>damaged</source>
+        <translation>beschädigt</translation>
+    </message>
+    <message>
+        <source>Earlier Settings…</source>
+        <translation>Frühere Einstellungen …</translation>
+    </message>
+    <message>
+        <source>The earlier settings could not be listed</source>
+        <translation>Die früheren Einstellungen konnten nicht aufgelistet werden</translation>
+    </message>
+    <message>
+        <source>There are no earlier settings yet; each save keeps what it replaces.</source>
+        <translation>Es gibt noch keine früheren Einstellungen; jedes Sichern bewahrt auf, was es ersetzt.</translation>
+    </message>
+    <message>
+        <source>The earlier settings could not be read; nothing was changed.</source>
+        <translation>Die früheren Einstellungen konnten nicht gelesen werden; es wurde nichts geändert.</translation>
+    </message>
+    <message>
+        <source>Couldn&apos;t export: %1. What %2 held is kept in %3, and comes back when it can be written again.</source>
+        <translation>Das Exportieren ist nicht gelungen: %1. Was %2 enthielt, ist in %3 aufgehoben und kommt zurück, sobald wieder geschrieben werden kann.</translation>
+    </message>
+    <message>
+        <source>another program kept writing it</source>
+        <translation>ein anderes Programm schreibt sie gerade</translation>
+    </message>
+    <message>
+        <source>it is too long</source>
+        <translation>sie ist zu lang</translation>
+    </message>
+    <message>
+        <source>The companion dial&apos;s file %1 could not be written: %2. Its entries hold again for buttons I, II and III when it is next read.</source>
+        <translation>Die Datei %1 des Begleitgeräts konnte nicht geschrieben werden: %2. Ihre Einträge gelten für die Tasten I, II und III wieder, sobald sie das nächste Mal gelesen wird.</translation>
+    </message>
+    <message>
+        <source>The settings are saved, but what was replaced could not be kept: %1.</source>
+        <translation>Die Einstellungen sind gesichert, aber was ersetzt wurde, konnte nicht aufbewahrt werden: %1.</translation>
+    </message>
+    <message>
+        <source>What was replaced is under Earlier Settings (%1).</source>
+        <translation>Was ersetzt wurde, steht unter „Frühere Einstellungen“ (%1).</translation>
+    </message>
+</context>
+<context>
+    <name>drevix::ExportPanel</name>
+    <message>
+        <source>Export Settings</source>
+        <translation>Einstellungen exportieren</translation>
+    </message>
+    <message>
+        <source>A&amp;ll applications</source>
+        <translation>A&amp;lle Anwendungen</translation>
+    </message>
+</context>
+<context>
+    <name>drevix::FindPanel</name>
+    <message>
+        <source>Find Action</source>
+        <translation>Aktion suchen</translation>
+    </message>
+    <message>
+        <source>Search actions, or type a keystroke such as ctrl+s</source>
+        <translation>Aktion suchen, oder Tasten eingeben wie strg+s</translation>
+    </message>
+    <message>
+        <source>Search actions</source>
+        <translation>Aktionen suchen</translation>
+    </message>
+    <message>
+        <source>Actions</source>
+        <translation>Aktionen</translation>
+    </message>
+    <message>
+        <source>↑ ↓ choose · Enter assigns to %1 · Esc closes</source>
+        <translation>↑ ↓ wählt · Enter weist %1 zu · Esc schließt</translation>
+    </message>
+    <message>
+        <source>No action matches “%1”.</source>
+        <translation>Keine Aktion passt zu „%1“.</translation>
+    </message>
+    <message>
+        <source>Keystroke</source>
+        <translation>Tastendruck</translation>
     </message>
 </context>
 <context>
@@ -2279,6 +2235,223 @@
     <message>
         <source>All settings</source>
         <translation>Alle Einstellungen</translation>
+    </message>
+</context>
+<context>
+    <name>drevix::ImportPanel</name>
+    <message>
+        <source>Import Settings</source>
+        <translation>Einstellungen importieren</translation>
+    </message>
+</context>
+<context>
+    <name>drevix::InformationPanel</name>
+    <message>
+        <source>Information</source>
+        <translation>Information</translation>
+    </message>
+    <message>
+        <source>Drevix Veltrana ##</source>
+        <translation>Drevix Veltrana ##</translation>
+    </message>
+    <message>
+        <source>Settings panel ##</source>
+        <translation>Einstellungen ##</translation>
+    </message>
+    <message>
+        <source>&amp;Help</source>
+        <translation>&amp;Hilfe</translation>
+    </message>
+    <message>
+        <source>&amp;Trainer</source>
+        <translation>&amp;Trainer</translation>
+    </message>
+    <message>
+        <source>&amp;Website</source>
+        <translation>&amp;Website</translation>
+    </message>
+    <message>
+        <source>&amp;Support</source>
+        <translation>&amp;Unterstützung</translation>
+    </message>
+    <message>
+        <source>The trainer is not installed.</source>
+        <translation>Der Trainer ist nicht installiert.</translation>
+    </message>
+    <message>
+        <source>&amp;Close</source>
+        <translation>&amp;Schließen</translation>
+    </message>
+</context>
+<context>
+    <name>drevix::ItemPanel</name>
+    <message>
+        <source>Choose an Item to Open</source>
+        <translation>Objekt zum Öffnen wählen</translation>
+    </message>
+    <message>
+        <source>Choose</source>
+        <translation>Wählen</translation>
+    </message>
+    <message>
+        <source>&amp;Item:</source>
+        <translation>&amp;Objekt:</translation>
+    </message>
+</context>
+<context>
+    <name>drevix::KeystrokeField</name>
+    <message>
+        <source>Stored as %1</source>
+        <translation>Gespeichert als %1</translation>
+    </message>
+    <message>
+        <source>Press the keys now</source>
+        <translation>Jetzt die Tasten drücken</translation>
+    </message>
+    <message>
+        <source>Waiting for a key combination. Those of the desktop do not arrive: press the key alone, then check its modifiers.</source>
+        <translation>Eine Tastenkombination wird erwartet. Die des Desktops kommen nicht an: die Taste allein drücken, dann ihre Zusatztasten ankreuzen.</translation>
+    </message>
+    <message>
+        <source>Waiting for a key combination.</source>
+        <translation>Eine Tastenkombination wird erwartet.</translation>
+    </message>
+    <message>
+        <source>Press Enter, then the keys.</source>
+        <translation>Enter drücken, dann die Tasten.</translation>
+    </message>
+    <message>
+        <source>%1, stored as %2</source>
+        <translation>%1, gespeichert als %2</translation>
+    </message>
+</context>
+<context>
+    <name>drevix::LiveView</name>
+    <message>
+        <source>%1: %2.</source>
+        <translation>%1: %2.</translation>
+    </message>
+</context>
+<context>
+    <name>drevix::MessageStrip</name>
+    <message>
+        <source>Close</source>
+        <translation>Schließen</translation>
+    </message>
+</context>
+<context>
+    <name>drevix::OverviewPanel</name>
+    <message>
+        <source>&amp;All applications</source>
+        <translation>&amp;Alle Anwendungen</translation>
+    </message>
+    <message>
+        <source>Overview</source>
+        <translation>Übersicht</translation>
+    </message>
+    <message>
+        <source>Sheets</source>
+        <translation>Blätter</translation>
+    </message>
+    <message>
+        <source>&amp;Copy</source>
+        <translation>&amp;Kopieren</translation>
+    </message>
+    <message>
+        <source>&amp;Save as PDF…</source>
+        <translation>Als PDF &amp;sichern …</translation>
+    </message>
+    <message>
+        <source>&amp;Print…</source>
+        <translation>&amp;Drucken …</translation>
+    </message>
+    <message>
+        <source>Couldn&apos;t write “%1”: %2</source>
+        <translation>„%1“ konnte nicht geschrieben werden: %2</translation>
+    </message>
+    <message>
+        <source>Save as PDF</source>
+        <translation>Als PDF sichern</translation>
+    </message>
+    <message>
+        <source>PDF documents (*.pdf)</source>
+        <translation>PDF-Dokumente (*.pdf)</translation>
+    </message>
+    <message>
+        <source>There is no program that shows PDF documents. The sheet is in “%1”.</source>
+        <translation>Es gibt kein Programm für PDF-Dokumente. Das Blatt liegt in „%1“.</translation>
+    </message>
+</context>
+<context>
+    <name>drevix::PanelWindow</name>
+    <message>
+        <source>Drevix Veltrana</source>
+        <translation>Drevix Veltrana</translation>
+    </message>
+</context>
+<context>
+    <name>drevix::SettingsFilePanel</name>
+    <message>
+        <source>Veltrana settings (*.%1)</source>
+        <translation>Veltrana-Einstellungen (*.%1)</translation>
+    </message>
+    <message>
+        <source>All files (*)</source>
+        <translation>Alle Dateien (*)</translation>
+    </message>
+</context>
+<context>
+    <name>drevix::TargetSideBar</name>
+    <message>
+        <source>Off</source>
+        <translation>Aus</translation>
+    </message>
+    <message>
+        <source>Every other application</source>
+        <translation>Alle anderen Anwendungen</translation>
+    </message>
+    <message>
+        <source>Search applications</source>
+        <translation>Anwendungen suchen</translation>
+    </message>
+    <message>
+        <source>Applications</source>
+        <translation>Anwendungen</translation>
+    </message>
+    <message>
+        <source>More</source>
+        <translation>Mehr</translation>
+    </message>
+    <message>
+        <source>No application is called “%1”.</source>
+        <translation>Keine Anwendung heißt „%1“.</translation>
+    </message>
+</context>
+<context>
+    <name>drevix::UnsavedPanel</name>
+    <message>
+        <source>&amp;Retry</source>
+        <translation>&amp;Wiederholen</translation>
+    </message>
+    <message>
+        <source>&amp;Export All…</source>
+        <translation>Alle &amp;exportieren …</translation>
+    </message>
+    <message>
+        <source>&amp;Discard</source>
+        <translation>&amp;Verwerfen</translation>
+    </message>
+    <message>
+        <source>&amp;Cancel</source>
+        <translation>&amp;Abbrechen</translation>
+    </message>
+    <message>
+        <source>Unsaved Settings</source>
+        <translation>Ungesicherte Einstellungen</translation>
+    </message>
+    <message>
+        <source>If you discard the changes, the settings stay as they were saved last.</source>
+        <translation>Wenn Sie die Änderungen verwerfen, bleiben die Einstellungen, wie sie zuletzt gesichert wurden.</translation>
     </message>
 </context>
 </TS>

@@ -146,9 +146,9 @@ TEST_F(Commands, Assign_StoresTheActionAndAppliesTheRules) {
              {"buttonII Open", 19, slot(177), "buttonII: Open\n"},
              {"buttonII 208", 19, slot(208), "buttonII: Redo\n"},
              {"buttonII brightness_u", 19, slot(134), "buttonII: Brightness up\n"},
-             {"buttonI menu 123456789", 18, menu, "buttonI: Companion menu entry number 3421780262\n"},
+             {"buttonI menu 123456789", 18, menu, "buttonI: Companion menu item number 3421780262\n"},
              {"buttonII menu 123456789", 19, menu,
-              "buttonII: Companion menu entry number 3421780262\nbuttonI: No action\n"},
+              "buttonII: Companion menu item number 3421780262\nbuttonI: No action\n"},
              {"ringLeft move_right", 0, slot(38), "ringLeft: Move right\nringRight: Move left\n"},
          }) {
         EXPECT_EQ(Do(std::string("assign --app Painter ") + row.line), row.says);
@@ -163,13 +163,14 @@ TEST_F(Commands, Assign_StoresTheActionAndAppliesTheRules) {
 TEST_F(Commands, OpenItem_IsKeptByAnAliasAndShownByItsPath) {
     const std::string photo = fFolder.Path("Caf\u00E9 \u5199\u771F.jpeg");
     WriteWhole(photo, "");
-    EXPECT_EQ(Run({"assign", "buttonI", "open", photo}).out, "buttonI: Open item " + photo + "\n");
+    EXPECT_EQ(Run({"assign", "buttonI", "open", photo}).out,
+              "buttonI: Open file or application " + photo + "\n");
     EXPECT_EQ(Record().device[0].action[18].command, kActionOpenItem);
-    EXPECT_THAT(Do("show"), HasSubstr("Open item  " + photo + "\n"));
+    EXPECT_THAT(Do("show"), HasSubstr("Open file or application  " + photo + "\n"));
     std::filesystem::remove(photo);
-    EXPECT_THAT(Do("show"), HasSubstr("Open item  " + photo + " (gone)\n"));
+    EXPECT_THAT(Do("show"), HasSubstr("Open file or application  " + photo + " (gone)\n"));
     std::filesystem::remove_all(fFolder.Preferences() + "/com.halcyra.drevix.stuff");
-    EXPECT_THAT(Do("show"), HasSubstr("Open item  Caf\u00E9 ?"));
+    EXPECT_THAT(Do("show"), HasSubstr("Open file or application  Caf\u00E9 ?"));
 }
 
 TEST_F(Commands, Set_ChangesThatValueOnly) {

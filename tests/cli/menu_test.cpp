@@ -40,14 +40,14 @@ TEST_F(Menu, Entries_AreListedWithTheirButtons) {
                           "FILTER\n"
                           "Sharpen More  buttonII\n");
     EXPECT_THAT(Do("menu --json"), HasSubstr("\"title\": \"Sharpen More\""));
-    EXPECT_THAT(Do("show"), HasSubstr("Companion menu entry  \"Sharpen More\""));
+    EXPECT_THAT(Do("show"), HasSubstr("Companion menu item  \"Sharpen More\""));
     EXPECT_THAT(Refused("menu --app Painter"), HasSubstr("no menu entries for \"Painter\""));
     EXPECT_EQ(test::ReadWhole(FindKorvaneFileForApp("_System_")), kHotKeys);
 }
 
 TEST_F(Menu, Assign_FindsTheTitleAndTellsTheCompanion) {
     EXPECT_EQ(Do("assign buttonI menu sharpen_MORE"),
-              "buttonI: Companion menu entry \"Sharpen More\"\nbuttonII: No action\n");
+              "buttonI: Companion menu item \"Sharpen More\"\nbuttonII: No action\n");
     EXPECT_EQ(Slot(18).crc, KorvaneStringCRC("Sharpen More"));
     Do("assign buttonIII menu FILTER");
     EXPECT_EQ(Slot(20).crc, KorvaneStringCRC("FILTER"));

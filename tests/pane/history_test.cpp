@@ -5,6 +5,8 @@
 #include "pane/history_panel.h"
 #include "platform/files/kept_bytes.h"
 
+#include <QTreeWidget>
+
 namespace drevix::test {
 namespace {
 

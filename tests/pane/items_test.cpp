@@ -47,7 +47,7 @@ TEST_F(Items, Drop_MakesTheControlOpenItWhileItIsThere) {
         SelectControl(2, 4);
         EXPECT_EQ(Find<QWidget>("uiSettingsButtonOpenItem")->isEnabled(), isThere);
         EXPECT_EQ(Text("uiSettingsTextOpenItem"),
-                  (isThere ? u"%1"_s : u"There is no %1 any more."_s).arg(TextOf(greek)));
+                  (isThere ? u"%1"_s : u"%1 no longer exists."_s).arg(TextOf(greek)));
         EXPECT_EQ(Text("uiSettingsFieldOpenItem"), u"λόγος.txt"_s);
         fs::remove(greek);
     }

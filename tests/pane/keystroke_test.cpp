@@ -143,7 +143,7 @@ TEST_F(KeystrokeOfControl, GoingElsewhere_LeavesTheKeystroke) {
 }
 
 TEST_F(KeystrokeOfControl, SharedKeystroke_IsTold) {
-    const QString legend = u"cmd is Super, opt is Alt, ctrl is Ctrl"_s;
+    const QString legend = u"Super is stored as cmd"_s;
     EXPECT_EQ(Line(), legend);
     Give(Qt::Key_G, Qt::ShiftModifier); // key 5: "Turn right"
     EXPECT_EQ(Line(), u"Also used by Turn right"_s);
@@ -157,7 +157,7 @@ TEST_F(KeystrokeOfControl, SharedKeystroke_IsTold) {
     for (const int control : {3, 4}) {
         SelectControl(2, control);
         ASSERT_TRUE(Choose("uiSettingsMenuExtraKeys", 2));
-        EXPECT_EQ(Line(), u"Click the field, then press the keys."_s) << "no key is nobody's";
+        EXPECT_EQ(Line(), u"Click, then press the keys."_s) << "no key is nobody's";
     }
 }
 
@@ -167,8 +167,8 @@ TEST_F(KeystrokeOfControl, CommandKey_IsTheUsersChoiceAndKept) {
         std::uint16_t ofCtrl, ofSuper;
         const char *line, *command;
     } kRows[] = {
-        {1, 0x0100, 0x1000, "cmd is Ctrl, opt is Alt, ctrl is Super", "The Ctrl key"},
-        {0, 0x1000, 0x0100, "cmd is Super, opt is Alt, ctrl is Ctrl", "The Super key"},
+        {1, 0x0100, 0x1000, "Ctrl is stored as cmd", "Ctrl"},
+        {0, 0x1000, 0x0100, "Super is stored as cmd", "Super"},
     };
     for (const auto &row : kRows) {
         const AppPrefs before = fPane->WorkingCopy();
@@ -176,7 +176,7 @@ TEST_F(KeystrokeOfControl, CommandKey_IsTheUsersChoiceAndKept) {
         EXPECT_TRUE(SameBytes(fPane->WorkingCopy(), before)) << "stored keystrokes stay";
         for (int start = 0; start < 2; ++start) {
             EXPECT_EQ(Line(), TextOf(row.line));
-            EXPECT_TRUE(Find<QWidget>("uiSettingsBoxKeyCommand")->toolTip().contains(TextOf(row.command)));
+            EXPECT_EQ(Text("uiSettingsBoxKeyCommand"), TextOf(row.command));
             EXPECT_TRUE(CommandKeys()[row.choice]->isChecked());
             Give(Qt::Key_7, Qt::ControlModifier);
             EXPECT_EQ(Slot(19).modifiers, row.ofCtrl);

@@ -15,7 +15,7 @@ TEST_F(Flow, ApplyAndRevert_DimAndLightWithTheDifference) {
     EXPECT_TRUE(CanApply());
     QTest::keyClick(Find<QSlider>("uiSettingsSliderToolSens"), Qt::Key_Left);
     EXPECT_FALSE(CanApply()) << "the old value again";
-    EXPECT_EQ(Targets()->currentText(), u"Global Settings"_s);
+    EXPECT_EQ(TitleOf(0), u"Global Settings"_s);
     Edit();
     auto *const apply = Find<QWidget>("uiPaneButtonApply");
     apply->setFocus();
@@ -84,8 +84,8 @@ TEST_F(Flow, FailedSave_KeepsTheFileAndTheEdits) {
         const AppPrefs &edited = fPane->WorkingCopy();
         // A new file is there when the last step alone failed.
         const bool isSaved = ReadWhole(fFolder.path) != before;
-        EXPECT_TRUE(isSaved || fProblem.startsWith(u"The settings "_s));
-        EXPECT_TRUE(isSaved || Targets()->currentText() == u"Global Settings *"_s);
+        EXPECT_TRUE(isSaved || fProblem.startsWith(u"Not saved: "_s));
+        EXPECT_TRUE(isSaved || TitleOf(0) == u"Global Settings *"_s);
         EXPECT_EQ(SaveOffer(), fProblem.isEmpty() ? QString() : u"Retry"_s);
         EXPECT_TRUE(wasHit || (isSaved && fProblem.isEmpty()));
         GoAway();
@@ -117,10 +117,10 @@ TEST_F(Flow, UnusableSettings_AreKeptAndTheUserIsTold) {
     std::filesystem::remove(fFolder.path);
     std::filesystem::create_directory(fFolder.path); // in the way: no file, and no access to one
     Start();
-    EXPECT_TRUE(fProblem.startsWith(u"The settings file could not be read"_s)) << fProblem;
+    EXPECT_TRUE(fProblem.startsWith(u"Couldn't read the settings file"_s)) << fProblem;
     Edit();
     Click("uiPaneButtonApply");
-    EXPECT_TRUE(fProblem.startsWith(u"The settings were not saved"_s)) << fProblem;
+    EXPECT_TRUE(fProblem.startsWith(u"Not saved: the settings file"_s)) << fProblem;
     EXPECT_TRUE(std::filesystem::is_directory(fFolder.path));
 }
 
@@ -128,7 +128,7 @@ TEST_F(Flow, WithoutAnySettings_ThePanelStillWorks) {
     std::filesystem::remove(fFolder.path);
     std::filesystem::remove(fFolder.Path(kDefaultsFileName));
     Start();
-    EXPECT_EQ(fProblem, u"The settings could not be loaded: no settings were found."_s);
+    EXPECT_EQ(fProblem, u"Couldn't load your settings: no settings were found."_s);
     EXPECT_FALSE(CanApply());
     Edit();
     SelectControl(2, 3);

@@ -3,16 +3,19 @@
 
 #include "pane/drevix_pane.h"
 #include "pane/pane_text.h"
+#include "pane/target_item.h"
+#include "pane/target_rows.h"
 #include "platform/files/disk.h"
 #include "tests/settings/settings_files.h"
 
+#include <QAction>
 #include <QApplication>
 #include <QDialog>
 #include <QDropEvent>
+#include <QListView>
 #include <QMimeData>
 #include <QTest>
 #include <QTimer>
-#include <QTreeWidget>
 #include <QUrl>
 #include <QVBoxLayout>
 
@@ -112,8 +115,32 @@ class PanelTest : public ::testing::Test {
     }
     [[nodiscard]] QComboBox *Targets() const { return Menu("uiSettingsMenuTarget"); }
 
+    // Chooses an item of the list of applications where its user finds it. False if it cannot be chosen.
+    bool ChooseInSideBar(int item) const {
+        const QVariant tag = Targets()->itemData(item, kTargetTagRole);
+        if (!tag.isNull()) {
+            auto *const command = Find<QAction>(qPrintable(u"uiTargetAction%1"_s.arg(tag.toInt())));
+            const bool isEnabled = command->isEnabled();
+            command->trigger();
+            return isEnabled;
+        }
+        QCoreApplication::processEvents(); // the rows are built
+        if (item == 0) {
+            Click("uiTargetGlobal");
+        } else {
+            auto *const list = Find<QListView>("uiTargetList");
+            const auto *rows = qobject_cast<const TargetRows *>(list->model());
+            const QModelIndex row = rows->index(rows->RowOfSource(item), 0);
+            list->scrollTo(row);
+            QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, list->visualRect(row).center());
+        }
+        return Targets()->currentIndex() == item;
+    }
     // Opens a menu with a key and goes down to the item. False if that cannot be reached.
-    static bool Choose(QComboBox *menu, int item) {
+    bool Choose(QComboBox *menu, int item) const {
+        if (menu == Targets() && !menu->isVisible()) {
+            return ChooseInSideBar(item);
+        }
         menu->setFocus();
         QTest::keyClick(menu, Qt::Key_Down);
         QAbstractItemView *list = menu->view();
@@ -162,14 +189,11 @@ class PanelTest : public ::testing::Test {
         const int index = static_cast<int>(std::ranges::find(kPictureSlots, slot) - kPictureSlots.begin());
         return Drop(picture, picture->controlPoint(index), path, offered, Qt::ShiftModifier);
     }
-    // Clicks the page's tab and the control's line in its list.
+    // Clicks the page's tab and chooses the control in its menu.
     void SelectControl(int page, int position) const {
         auto *const tabs = Find<QTabWidget>("uiPaneTabs");
         QTest::mouseClick(tabs->tabBar(), Qt::LeftButton, {}, tabs->tabBar()->tabRect(page).center());
-        auto *const list = tabs->widget(page)->findChild<QTreeWidget *>();
-        QTreeWidgetItem *item = list->topLevelItem(position);
-        list->scrollToItem(item);
-        QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, list->visualItemRect(item).center());
+        EXPECT_TRUE(Choose(tabs->widget(page)->findChild<QComboBox *>(), position));
     }
     // Answers the dialog that comes up next, within five seconds.
     static void AnswerNext(const std::function<void(QDialog *)> &answer, int tries = 1000) {
@@ -200,11 +224,17 @@ class PanelTest : public ::testing::Test {
         ADD_FAILURE() << "no button " << button;
     }
 
+    // An item's text with its marks.
+    [[nodiscard]] QString TitleOf(int item) const {
+        const int marks = Targets()->itemData(item, kTargetMarksRole).toInt();
+        return Targets()->itemText(item) + ((marks & kTargetIsOff) != 0 ? u" (off)"_s : QString()) +
+               ((marks & kTargetIsUnsaved) != 0 ? u" *"_s : QString());
+    }
     // The records' titles in the list of applications.
     [[nodiscard]] QStringList Titles() const {
         QStringList titles;
         for (int i = 0; i < Targets()->count() - 10; ++i) {
-            titles += i == 1 ? u"-"_s : Targets()->itemText(i);
+            titles += i == 1 ? u"-"_s : TitleOf(i);
         }
         return titles;
     }

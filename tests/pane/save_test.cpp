@@ -152,7 +152,7 @@ TEST_F(Saving, FailedSave_CanBeTriedAgainAndClosingAsks) {
         bool closes, isMended, saves, exports;
     } kRows[] = {{"Cancel", false, false, false, false},
                  {"Retry", true, true, true, false},
-                 {"Export All...", true, true, false, true},
+                 {"Export All…", true, true, false, true},
                  {"Discard", true, false, false, false}};
     for (const auto &row : kRows) {
         auto full = std::make_unique<FullDisk>();
@@ -160,7 +160,8 @@ TEST_F(Saving, FailedSave_CanBeTriedAgainAndClosingAsks) {
         Click("uiPaneButtonApply");
         EXPECT_FALSE(CanApply());
         EXPECT_EQ(SaveOffer(), u"Retry"_s);
-        EXPECT_EQ(Text("uiPaneTextDifferences"), u"Not saved. Your changes are kept here."_s);
+        EXPECT_EQ(Text("uiPaneTextDifferences"),
+                  u"Not saved: the disk is full. Your changes are kept here."_s);
         AnswerNext([&](QDialog *question) {
             if (row.isMended) {
                 full.reset();
@@ -171,7 +172,7 @@ TEST_F(Saving, FailedSave_CanBeTriedAgainAndClosingAsks) {
                     Press(panel, u"Save"_s);
                 });
             }
-            Press(question, QLatin1String(row.answer));
+            Press(question, QString::fromUtf8(row.answer));
         });
         EXPECT_EQ(fPane->mayClose(), row.closes) << row.answer;
         full.reset();

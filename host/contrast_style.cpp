@@ -1,0 +1,84 @@
+#include "host/contrast_style.h"
+
+#include "pane/look.h"
+
+#include <QApplication>
+#include <QPainter>
+#include <QStyleOption>
+
+#include <algorithm>
+#include <array>
+
+namespace drevix {
+namespace {
+
+constexpr auto kOutlined = std::to_array<QStyle::PrimitiveElement>({
+    QStyle::PE_PanelLineEdit,
+    QStyle::PE_IndicatorCheckBox,
+});
+
+void Outline(const QStyleOption &option, QPainter *painter) {
+    if (!IsHighContrast(option.palette)) {
+        return;
+    }
+    const bool isEnabled = option.state.testFlag(QStyle::State_Enabled);
+    painter->save();
+    painter->setRenderHint(QPainter::Antialiasing);
+    painter->setBrush(Qt::NoBrush);
+    painter->setPen(
+        option.palette.color(isEnabled ? QPalette::Active : QPalette::Disabled, QPalette::WindowText));
+    painter->drawRoundedRect(QRectF(option.rect).adjusted(0.5, 0.5, -0.5, -0.5), 2, 2);
+    painter->restore();
+}
+
+void OutlineCircle(const QStyleOption &option, QPainter *painter) {
+    if (IsHighContrast(option.palette)) {
+        painter->save();
+        painter->setRenderHint(QPainter::Antialiasing);
+        painter->setBrush(Qt::NoBrush);
+        painter->setPen(option.palette.color(QPalette::WindowText));
+        painter->drawEllipse(QRectF(option.rect).adjusted(0.5, 0.5, -0.5, -0.5));
+        painter->restore();
+    }
+}
+
+} // namespace
+
+void ContrastStyle::drawPrimitive(PrimitiveElement element, const QStyleOption *option, QPainter *painter,
+                                  const QWidget *widget) const {
+    QProxyStyle::drawPrimitive(element, option, painter, widget);
+    if (std::ranges::find(kOutlined, element) != kOutlined.end()) {
+        Outline(*option, painter);
+    } else if (element == PE_IndicatorRadioButton) {
+        OutlineCircle(*option, painter);
+    }
+}
+
+void ContrastStyle::drawControl(ControlElement element, const QStyleOption *option, QPainter *painter,
+                                const QWidget *widget) const {
+    QProxyStyle::drawControl(element, option, painter, widget);
+    if (element == CE_PushButtonBevel) {
+        Outline(*option, painter);
+    }
+}
+
+void ContrastStyle::drawComplexControl(ComplexControl control, const QStyleOptionComplex *option,
+                                       QPainter *painter, const QWidget *widget) const {
+    QProxyStyle::drawComplexControl(control, option, painter, widget);
+    if (control == CC_ComboBox) {
+        Outline(*option, painter);
+    }
+    if (control == CC_Slider && IsHighContrast(option->palette)) {
+        QStyleOption groove(*option);
+        groove.rect = subControlRect(CC_Slider, option, SC_SliderHandle, widget);
+        OutlineCircle(groove, painter);
+    }
+}
+
+void UseContrastStyle() {
+    if (QApplication::style()->name().compare(QLatin1String("fusion"), Qt::CaseInsensitive) == 0) {
+        QApplication::setStyle(new ContrastStyle); // the application's from now on
+    }
+}
+
+} // namespace drevix

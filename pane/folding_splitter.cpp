@@ -1,0 +1,101 @@
+#include "pane/folding_splitter.h"
+
+#include "pane/look.h"
+
+#include <QEvent>
+#include <QResizeEvent>
+#include <QSettings>
+
+#include <algorithm>
+#include <cmath>
+
+namespace drevix {
+namespace {
+
+constexpr qreal kLeastEms = 11;
+constexpr qreal kPresetEms = 12.5;
+constexpr qreal kMostEms = 20;
+
+QString WidthKey() {
+    return QStringLiteral("sideBar/width");
+}
+QString HiddenKey() {
+    return QStringLiteral("sideBar/hidden");
+}
+
+} // namespace
+
+FoldingSplitter::FoldingSplitter(QWidget *parent)
+    : QSplitter(parent), fIsHidden(QSettings().value(HiddenKey()).toBool()),
+      fEms(std::clamp(QSettings().value(WidthKey(), kPresetEms).toDouble(), kLeastEms, kMostEms)) {
+    setHandleWidth(1); // which can be taken hold of a little beside it too
+    setChildrenCollapsible(false);
+    connect(this, &QSplitter::splitterMoved, this, &FoldingSplitter::KeepWidth);
+}
+
+void FoldingSplitter::Start() {
+    setStretchFactor(0, 0);
+    setStretchFactor(1, 1);
+    SetLimits();
+    Fold(width());
+}
+
+void FoldingSplitter::SetLimits() {
+    if (count() == 2) {
+        const qreal em = EmOf(font());
+        widget(0)->setMinimumWidth(static_cast<int>(std::lround(kLeastEms * em)));
+        widget(0)->setMaximumWidth(static_cast<int>(std::lround(kMostEms * em)));
+        TakeWidth();
+    }
+}
+
+bool FoldingSplitter::IsSideShown() const {
+    return count() > 0 && !widget(0)->isHidden();
+}
+
+void FoldingSplitter::ToggleSide() {
+    fIsHidden = IsSideShown();
+    QSettings().setValue(HiddenKey(), fIsHidden);
+    Fold(width());
+}
+
+QSize FoldingSplitter::minimumSizeHint() const {
+    return count() == 2 ? widget(1)->minimumSizeHint() : QSplitter::minimumSizeHint();
+}
+
+void FoldingSplitter::Fold(int width) {
+    const int both = widget(0)->minimumWidth() + handleWidth() + widget(1)->minimumSizeHint().width();
+    const bool isShown = !fIsHidden && width >= both;
+    if (isShown == IsSideShown()) {
+        return;
+    }
+    widget(0)->setVisible(isShown);
+    TakeWidth();
+    Q_EMIT sideShown(isShown);
+}
+
+void FoldingSplitter::TakeWidth() {
+    const int side = static_cast<int>(std::lround(fEms * EmOf(font())));
+    setSizes({side, std::max(0, width() - side - handleWidth())});
+}
+
+void FoldingSplitter::KeepWidth() {
+    fEms = sizes().constFirst() / EmOf(font());
+    QSettings().setValue(WidthKey(), fEms);
+}
+
+void FoldingSplitter::resizeEvent(QResizeEvent *event) {
+    if (count() == 2) {
+        Fold(event->size().width());
+    }
+    QSplitter::resizeEvent(event);
+}
+
+void FoldingSplitter::changeEvent(QEvent *event) {
+    QSplitter::changeEvent(event);
+    if (event->type() == QEvent::FontChange) {
+        SetLimits();
+    }
+}
+
+} // namespace drevix

@@ -1,0 +1,67 @@
+// The side bar: the applications that have settings, a search for them and for others, and the list's commands.
+#pragma once
+
+#include "pane/target_rows.h"
+
+#include <QWidget>
+
+class QAbstractButton;
+class QAction;
+class QComboBox;
+class QLabel;
+class QLineEdit;
+class QListView;
+class QMenu;
+class QToolButton;
+
+namespace drevix {
+
+// Shows the list of applications that a pop-up menu holds, and chooses in it as its user would.
+class TargetSideBar : public QWidget {
+    Q_OBJECT
+
+  public:
+    explicit TargetSideBar(QWidget *parent = nullptr);
+
+    // Call once, when the list has its items. Both must outlive the side bar.
+    void UseList(QComboBox *list, ApplicationIcons *icons);
+    // The commands of the buttons below the list.
+    void SetActions(QAction *add, QAction *remove, QMenu *more);
+    void FocusSearch();
+    void FocusList();
+
+  Q_SIGNALS:
+    // A record's item of the list was chosen; it is the current one now.
+    void chosen(int item);
+    // An installed application is to get settings.
+    void addAsked(const drevix::NewApplication &application);
+
+  protected:
+    bool eventFilter(QObject *watched, QEvent *event) override;
+    void paintEvent(QPaintEvent *event) override;
+    void changeEvent(QEvent *event) override;
+
+  private:
+    void SetSizes();
+    void TakeSearch(const QString &text);
+    void ShowCurrent();
+    void ShowRebuilt();
+    void Choose(int item);
+    void ChooseRow(const QModelIndex &row);
+    void ClickRow(const QModelIndex &row);
+    bool TakeSearchKey(int key);
+    bool TakeListKey(int key);
+    void GoToFirst();
+
+    TargetRows fRows;
+    QComboBox *fList = nullptr;
+    QLineEdit *fSearch;
+    QAbstractButton *fGlobal;
+    QListView *fView;
+    QLabel *fNone;
+    QToolButton *fAdd;
+    QToolButton *fRemove;
+    QToolButton *fMore;
+};
+
+} // namespace drevix
