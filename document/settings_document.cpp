@@ -280,6 +280,21 @@ int SettingsDocument::CountUnsaved() const try {
     return static_cast<int>(fBeforeEdits.size());
 }
 
+std::vector<UnsavedRecord> SettingsDocument::Unsaved() const try {
+    std::vector<UnsavedRecord> unsaved;
+    const KeyedRecords records = RecordsByKey(fBase.get());
+    for (const auto &[key, before] : fBeforeEdits) {
+        if (IsChangedHere(fBeforeEdits, fBase.get(), records, key)) {
+            const auto found = records.find(key);
+            const AppPrefs *here = found == records.end() ? nullptr : GetAppPrefs(fBase.get(), found->second);
+            unsaved.push_back({before, here == nullptr ? std::nullopt : std::optional(*here)});
+        }
+    }
+    return unsaved;
+} catch (const std::bad_alloc &) {
+    return {};
+}
+
 bool SettingsDocument::IsSaved() const {
     return !fHasMore && CountUnsaved() == 0;
 }

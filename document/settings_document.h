@@ -38,6 +38,12 @@ struct RecordConflict {
     std::optional<AppPrefs> theirs; // nullopt: removed by the other program
 };
 
+// A record that differs from the last read or save.
+struct UnsavedRecord {
+    std::optional<AppPrefs> onDisk; // nullopt: added here
+    std::optional<AppPrefs> here;   // nullopt: removed here
+};
+
 // The result of checking for changes by other programs.
 struct OutsideChanges {
     bool cameIn = false;                   // the base has changed and is sorted; rebuild lists
@@ -110,6 +116,8 @@ class SettingsDocument {
     // records do.
     [[nodiscard]] bool IsUnsaved(const AppPrefs &record) const;
     [[nodiscard]] int CountUnsaved() const;
+    // Those records; none if out of memory.
+    [[nodiscard]] std::vector<UnsavedRecord> Unsaved() const;
     // Whether the file matches the base. False after an edit, or if reading added factory records.
     [[nodiscard]] bool IsSaved() const;
     // Whether the file must not be replaced: it could not be read, or is damaged and could not be copied

@@ -15,6 +15,7 @@
 #include "pane/preference_pane.h"
 #include "pane/save_bar.h"
 #include "pane/sheet.h"
+#include "pane/undo_steps.h"
 #include "platform/files/files.h"
 #include "qbase/qbase.h"
 #include "settings/action_commands.h"
@@ -152,6 +153,27 @@ class DrevixPane : public QObject,
     QAction *BuildHistoryAction(); // with its shortcut in the view; for a menu too
     void actHistory();
     void TakeEarlier(const EarlierSettings &earlier, RecordNumber record);
+
+    // Undo and Redo (pane_undo.cpp)
+    using StepSide = std::optional<AppPrefs> RecordChange::*;
+    class OneStep;
+    void BuildUndoControls();
+    [[nodiscard]] const AppPrefs *PrefsHere(RecordNumber number) const;
+    void CopyStoredPrefs();
+    void NoteEdit();
+    RecordNumber StoreRecord(const AppPrefs &record, RecordNumber number);
+    bool RemoveRecord(RecordNumber number);
+    void NoteReverted(const std::vector<UnsavedRecord> &unsaved);
+    [[nodiscard]] std::vector<AppPrefs> AllPrefsHere() const;
+    void NoteReplaced(const std::vector<AppPrefs> &before);
+    [[nodiscard]] std::vector<UnsavedRecord> UnsavedHere() const;
+    void DropStaleSteps();
+    void actPaneButtonUndo();
+    void actPaneButtonRedo();
+    bool TakeStep(const UndoStep &step, StepSide from, StepSide to, const AppPrefs &shown);
+    OSErr TakeEdit(const AppPrefs &from, const AppPrefs &to);
+    OSErr TakeChanges(const UndoStep &step, StepSide from, StepSide to, const AppPrefs &shown);
+    void ShowUndoButtons();
 
     // The list of applications (pane_list.cpp)
     void UpdateTargetMenu();
@@ -344,6 +366,9 @@ class DrevixPane : public QObject,
     SlotIndex fDrevixActionIndex = kNoSlot;
     AppPrefs fDrevixPrefs = gDefaultGlobalPrefs;     // the working copy
     AppPrefs fDefaultAppPrefs = gDefaultGlobalPrefs; // the factory's values for it
+    AppPrefs fNotedPrefs = gDefaultGlobalPrefs;      // the working copy as the steps of Undo know it
+    UndoSteps fUndoSteps;
+    int fOpenSteps = 0; // while one step is made of several edits
     QTimer fDeviceCheckTimer{this};
     std::int32_t fDeviceCount = -1; // as shown; -1 before the first check
     DeviceList fDeviceList = {};    // filled by the helper's answers
@@ -352,6 +377,22 @@ class DrevixPane : public QObject,
     bool fIsConflictShown = false;  // it stays to be read until the user saves again
     QTimer fRetryTimer{this};       // Apply's next try for the lock
     QTimer fRestTimer{this};        // since the last edit while the host is inactive
+};
+
+// While it lives, all edits are one step of Undo.
+class DrevixPane::OneStep {
+  public:
+    explicit OneStep(DrevixPane &pane) : fPane(pane) { ++fPane.fOpenSteps; }
+    OneStep(const OneStep &) = delete;
+    OneStep &operator=(const OneStep &) = delete;
+    ~OneStep() {
+        --fPane.fOpenSteps;
+        fPane.NoteEdit();
+        fPane.ShowUndoButtons();
+    }
+
+  private:
+    DrevixPane &fPane;
 };
 
 } // namespace drevix

@@ -41,6 +41,7 @@ void FilePanel::ShowPlaces(std::initializer_list<QStandardPaths::StandardLocatio
 // Not the desktop's own panel, which has no room for a check box.
 SettingsFilePanel::SettingsFilePanel(const QString &title, QFileDialog::AcceptMode mode, QWidget *window)
     : FilePanel(title, QDir::homePath(), window) {
+    setObjectName(QStringLiteral("uiSettingsFilePanel"));
     ShowPlaces({QStandardPaths::HomeLocation, QStandardPaths::DesktopLocation,
                 QStandardPaths::DocumentsLocation, QStandardPaths::DownloadLocation});
     setAcceptMode(mode);
@@ -68,6 +69,7 @@ void ExportPanel::InsistOnAll() {
 
 // Not the desktop's own panel: none of them lets a person choose files and folders alike.
 ItemPanel::ItemPanel(QWidget *window) : FilePanel(tr("Choose an Item to Open"), QStringLiteral("/"), window) {
+    setObjectName(QStringLiteral("uiItemPanel"));
     setOption(QFileDialog::ShowDirsOnly, false);
     setOption(QFileDialog::DontResolveSymlinks);
     setFileMode(QFileDialog::Directory);

@@ -23,6 +23,15 @@ constexpr auto kHelpPages = std::to_array<HelpPage>({
     {"uiSettingsTabToolMenu",     "companion.html"},
     {"uiSettingsGroupAction",     "actions.html"},
     {"uiInfoTextStatus",          "trouble.html"},
+    {"uiApplicationPanel",        "applications.html"},
+    {"uiRemovePanel",             "applications.html"},
+    {"uiReplacePanel",            "applications.html"},
+    {"uiImportPanel",             "import-export.html"},
+    {"uiSettingsFilePanel",       "import-export.html"},
+    {"uiItemPanel",               "actions.html"},
+    {"uiFindPanel",               "actions.html"},
+    {"uiOverviewPanel",           "controls.html"},
+    {"uiUnsavedPanel",            "trouble.html"},
 });
 // clang-format on
 

@@ -59,6 +59,7 @@ QImage ImageOf(const SheetContents &sheet) {
 OverviewPanel::OverviewPanel(const QString &application, MakeSheets makeSheets, QWidget *window)
     : QDialog(window), fMakeSheets(std::move(makeSheets)), fAll(new QRadioButton(tr("&All applications"))),
       fPages(new QWidget), fPageBox(new QVBoxLayout(fPages)), fProblem(new QLabel) {
+    setObjectName(QStringLiteral("uiOverviewPanel"));
     setWindowTitle(tr("Overview"));
     setWindowModality(Qt::WindowModal);
     auto *const one = new QRadioButton(QString(application).replace(QLatin1Char('&'), QLatin1String("&&")));

@@ -3,6 +3,7 @@
 
 #include "helperlink/device_text.h"
 #include "helperlink/login_items.h"
+#include "pane/help_key.h"
 #include "pane/help_pages.h"
 #include "pane/information_panel.h"
 #include "pane/look.h"
@@ -13,6 +14,7 @@
 #include "platform/desktop/app_folder.h"
 
 #include <QFileInfo>
+#include <QLocale>
 #include <QPainter>
 #include <QShortcut>
 
@@ -31,9 +33,20 @@ constexpr int kTicksToMiss = 2;            // a helper that is just being starte
 constexpr QRgb kConnectedColor = 0xFF2E9E5B;
 constexpr qreal kDotEms = 0.6;
 
-// A page of the help book "Drevix veltrana Help".
+// A page of the help book "Drevix veltrana Help": in the first of the user's languages that has it, else English.
 QString HelpPagePath(const FSRef &resources, const char *page) {
-    return TextOf(resources.path) + QLatin1String("/help/") + QLatin1String(page);
+    const QString book = TextOf(resources.path) + QLatin1String("/help/");
+    for (const QString &language : QLocale().uiLanguages()) {
+        const QString code = language.section(QLatin1Char('-'), 0, 0);
+        const QString path = book + code + QLatin1Char('/') + QLatin1String(page);
+        if (code == QLatin1String("en")) {
+            break;
+        }
+        if (QFileInfo(path).isFile()) {
+            return path;
+        }
+    }
+    return book + QLatin1String(page);
 }
 
 } // namespace
@@ -51,6 +64,7 @@ void DrevixPane::BuildDeviceControls() {
     auto *const help = new QShortcut(QKeySequence::HelpContents, fMainView);
     connect(help, &QShortcut::activated, this,
             [this] { OpenHelpPage(HelpPageOf(fMainView->window()->focusWidget())); });
+    new HelpKey(fMainView, [this](const char *page) { OpenHelpPage(page); });
 
     fDeviceCheckTimer.setObjectName(QStringLiteral("fDeviceCheckTimer"));
     fDeviceCheckTimer.setInterval(kDeviceCheckInterval);

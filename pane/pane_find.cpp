@@ -35,6 +35,7 @@ void DrevixPane::actFindAction() {
 }
 
 void DrevixPane::TakeFound(const SearchEntry &entry) {
+    const OneStep step(*this);
     actSettingsMenuAction(entry.position);
     if (entry.menu != nullptr) {
         actSettingsMenuGroup(*entry.menu, entry.menuPosition);
@@ -42,6 +43,7 @@ void DrevixPane::TakeFound(const SearchEntry &entry) {
 }
 
 void DrevixPane::TakeTyped(const TypedKeystroke &keystroke) {
+    const OneStep step(*this);
     actSettingsMenuAction(static_cast<int>(ActionMenuEntry::Keystroke));
     if (ActionSlot *slot = EditedSlot(); slot != nullptr) {
         slot->keyCode = keystroke.keyCode;

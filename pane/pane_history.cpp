@@ -124,6 +124,7 @@ void DrevixPane::actHistory() {
 void DrevixPane::TakeEarlier(const EarlierSettings &earlier, RecordNumber record) {
     KeepEdits();
     const RecordTrace edited = TraceEdited();
+    const std::vector<AppPrefs> before = AllPrefsHere();
     const QBaseOwner base = SortedBase(earlier);
     const AppPrefs *one = base != nullptr && record >= 0 ? GetAppPrefs(base.get(), record) : nullptr;
     const bool isTaken = base != nullptr && (record < 0       ? fDocument.TakeAll(base.get())
@@ -134,6 +135,7 @@ void DrevixPane::TakeEarlier(const EarlierSettings &earlier, RecordNumber record
         Tell(tr("The earlier settings could not be read; nothing was changed."));
         return;
     }
+    NoteReplaced(before);
     ShowTraced(one != nullptr ? RecordTrace{*one} : edited);
     std::ignore = SaveEverything({}); // reported there
 }

@@ -71,6 +71,7 @@ QWidget *DrevixPane::mainView() {
         BuildControlMenu();
         BuildShortcuts();
         BuildSaveControls();
+        BuildUndoControls();
         BuildLooks();
         ConnectControls();
         BuildSideBar();
@@ -177,6 +178,7 @@ void DrevixPane::appDidBecomeActive() {
     }
     GetPrefsFromBase();
     GetUIFromPrefs();
+    DropStaleSteps();
 }
 
 void DrevixPane::appDidResignActive() {
@@ -192,6 +194,7 @@ void DrevixPane::TakeOutsideChanges() {
     fDrevixBase = fDocument.Base();
     if (outside.cameIn) {
         ShowTraced(edited);
+        DropStaleSteps();
     }
     TellConflicts(outside.conflicts);
 }
@@ -199,10 +202,13 @@ void DrevixPane::TakeOutsideChanges() {
 // The records may be others than the list shows, so it is built again, and the edited record is found again.
 void DrevixPane::actPaneButtonRevert() {
     const RecordTrace edited = TraceEdited();
+    const std::vector<UnsavedRecord> unsaved = UnsavedHere();
     if (GetBaseFromFile() == noErr) { // else everything is as it was, and it was reported
         fConflicts.clear();           // what is in the file is shown now
         ShowConflict();
+        NoteReverted(unsaved);
         ShowTraced(edited);
+        DropStaleSteps();
     }
 }
 
@@ -232,9 +238,7 @@ OSErr DrevixPane::GetBaseFromFile() {
 
 void DrevixPane::GetPrefsFromBase() {
     fDrevixPrefsIndex = RecordOfTargetItem(uiSettingsMenuTarget->currentIndex());
-    if (const AppPrefs *stored = StoredPrefs(); stored != nullptr) {
-        fDrevixPrefs = *stored;
-    }
+    CopyStoredPrefs();
     LoadDefaultPrefs(); // the marks of changed values are held against them
     UpdateToolMenu();
 }

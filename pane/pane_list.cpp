@@ -163,7 +163,7 @@ void DrevixPane::actSettingsButtonDelete() {
         panel.exec() != QDialog::Accepted || fDrevixPrefsIndex < 1 || names() != asked) {
         return; // refused, or another program took the record away meanwhile
     }
-    if (!fDocument.Remove(fDrevixPrefsIndex)) {
+    if (!RemoveRecord(fDrevixPrefsIndex)) {
         Report(memFullErr, tr("Couldn't delete settings for %1").arg(asked.second));
         return;
     }
@@ -236,14 +236,13 @@ RecordNumber DrevixPane::StoreConfirmed(const AppPrefs &record, ReplaceAnswer &a
         // While the question stood, another program's settings may have been loaded.
         replaced = FindReplacedAppPrefs(fDrevixBase, record);
     }
-    const RecordNumber number = fDocument.Store(record, replaced);
+    const RecordNumber number = StoreRecord(record, replaced);
     if (number == kNoRecord) {
         Report(memFullErr, tr("Couldn't add settings for %1").arg(ShownName(record)));
         return kNoRecord;
     }
-    if (const AppPrefs *stored = StoredPrefs(); number == fDrevixPrefsIndex && stored != nullptr) {
-        // The program may go to the background at the next question, which stores the working copy.
-        fDrevixPrefs = *stored;
+    if (number == fDrevixPrefsIndex) {
+        CopyStoredPrefs(); // the program may go to the background at the next question, which stores it
     }
     return number;
 }
@@ -260,9 +259,7 @@ void DrevixPane::ShowStored(RecordNumber number) {
 // Rebuilds the list and makes a record the one that is edited. The working copy is not stored before.
 void DrevixPane::ShowRecord(RecordNumber number) {
     fDrevixPrefsIndex = number;
-    if (const AppPrefs *stored = StoredPrefs(); stored != nullptr) {
-        fDrevixPrefs = *stored;
-    }
+    CopyStoredPrefs();
     UpdateTargetMenu();
     GetPrefsFromBase();
     GetUIFromPrefs();
@@ -356,6 +353,7 @@ OSErr DrevixPane::ImportAppPrefs(const QString &path) {
                             .arg(skipped)
                             .arg(records.size() + skipped));
     SavePrefsToBase();
+    const OneStep step(*this);
     ReplaceAnswer answer = ReplaceAnswer::Ask;
     RecordNumber last = kNoRecord;
     for (const AppPrefs &record : records) {

@@ -84,6 +84,7 @@ void DrevixPane::GetUIFromPrefs() {
     if (const int index = PictureIndexOf(fDrevixActionIndex); index >= 0) {
         uiSettingsTabsImages->setCurrentIndex(index);
     }
+    NoteEdit();
     EnableMenus();
     ShowDeviceValues();
     ShowControlActions();
@@ -93,6 +94,7 @@ void DrevixPane::GetUIFromPrefs() {
     ShowTargetTitle(fDrevixPrefsIndex);
     ShowHeader();
     UpdateRevertApplyButtons();
+    ShowUndoButtons();
     SaveSoonIfInactive();
 }
 

@@ -144,6 +144,7 @@ bool DrevixPane::SaveEverything(std::chrono::milliseconds wait) {
     fRestTimer.stop();
     fRetryTimer.stop();
     KeepEdits();
+    fUndoSteps.EndJoining();
     std::ignore = SaveBaseToFile(wait);
     UpdateRevertApplyButtons();
     return fDocument.IsSaved() && !IsEdited();
@@ -161,6 +162,7 @@ OSErr DrevixPane::SaveBaseToFile(std::chrono::milliseconds wait) {
     }
     if (result.outside.cameIn) {
         ShowTraced(edited);
+        DropStaleSteps();
     } else if (fDocument.CountUnsaved() != unsaved) {
         ShowTargetTitles();
     }
@@ -242,6 +244,8 @@ void DrevixPane::SaveForLeaving() {
     if (!SaveEverything(kLongestWait)) {
         return; // the file may name items that the base names no more
     }
+    fUndoSteps = {}; // their items are removed
+    ShowUndoButtons();
     fDocument.CleanUpItems({}, [](QBaseHandle named) {
         std::ignore = CleanupDrevixItems(kDrevixItemsFolderName.data(), named); // the next one removes it
         ClearHalfMadeItems(kDrevixItemsFolderName.data());

@@ -200,7 +200,7 @@ void DrevixPane::GoToNextArea(int way) {
         {uiPaneStrip, FirstOf({uiPaneStrip})},
         {uiSettingsTabsImages, uiSettingsTabsImages},
         {uiPaneEditor, FirstOf({uiSettingsMenuAction, uiPaneTabs})},
-        {uiPaneSaveBar, FirstOf({uiPaneButtonSave, uiPaneButtonApply})},
+        {uiPaneSaveBar, FirstOf({uiPaneButtonSave, uiPaneButtonApply, uiPaneButtonUndo})},
     }};
     const QWidget *focus = QApplication::focusWidget();
     const auto *const at = std::ranges::find_if(areas, [focus](const Area &area) {

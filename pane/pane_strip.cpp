@@ -145,13 +145,13 @@ void DrevixPane::actShowTheirs() {
     const AppPrefs &either = conflict.theirs ? *conflict.theirs : *conflict.ours;
     const RecordNumber here = FindReplacedAppPrefs(fDrevixBase, either);
     if (conflict.theirs) {
-        const RecordNumber number = fDocument.Store(*conflict.theirs, here);
+        const RecordNumber number = StoreRecord(*conflict.theirs, here); // mine is one Undo away
         if (number == kNoRecord) {
             Report(memFullErr, tr("Couldn't keep the changes"));
             return;
         }
         ShowStored(number);
-    } else if (here > 0 && fDocument.Remove(here)) {
+    } else if (here > 0 && RemoveRecord(here)) {
         ShowRecord(here - 1);
     }
     actKeepMine();

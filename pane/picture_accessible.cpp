@@ -64,11 +64,17 @@ class ControlAccessible : public QAccessibleInterface, public QAccessibleActionI
     [[nodiscard]] QStringList keyBindingsForAction(const QString & /*action*/) const override { return {}; }
 
   private:
+    // With the action, as the bus of assistive technology passes on no list item's value.
     [[nodiscard]] QString Description() const {
-        const QString note = fPicture->controlText(fIndex).note;
-        const QString pressed =
-            fPicture->isPressed(fIndex) ? QCoreApplication::translate("Callout", "Pressed.") : QString();
-        return pressed.isEmpty() || note.isEmpty() ? pressed + note : pressed + QLatin1Char(' ') + note;
+        const ControlText &text = fPicture->controlText(fIndex);
+        QStringList parts = {text.action};
+        if (fPicture->isPressed(fIndex)) {
+            parts += QCoreApplication::translate("Callout", "Pressed.");
+        }
+        if (!text.note.isEmpty()) {
+            parts += text.note;
+        }
+        return parts.join(QLatin1Char('\n'));
     }
 
     DevicePicture *fPicture;

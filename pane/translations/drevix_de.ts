@@ -401,6 +401,22 @@
         <source>Save the settings and put them in force</source>
         <translation>Die Einstellungen sichern und in Kraft setzen</translation>
     </message>
+    <message>
+        <source>&amp;Undo</source>
+        <translation>Rü&amp;ckgängig</translation>
+    </message>
+    <message>
+        <source>Redo</source>
+        <translation>Wiederholen</translation>
+    </message>
+    <message>
+        <source>Take back the last change</source>
+        <translation>Die letzte Änderung zurücknehmen</translation>
+    </message>
+    <message>
+        <source>Do what was undone again</source>
+        <translation>Das Zurückgenommene wiederholen</translation>
+    </message>
 </context>
 <context>
     <name>Engine</name>
@@ -2166,6 +2182,10 @@
     <message>
         <source>What was replaced is under Earlier Settings (%1).</source>
         <translation>Was ersetzt wurde, steht unter „Frühere Einstellungen“ (%1).</translation>
+    </message>
+    <message>
+        <source>Couldn&apos;t undo or redo</source>
+        <translation>Zurücknehmen oder Wiederholen ging nicht</translation>
     </message>
 </context>
 <context>

@@ -179,6 +179,22 @@ TEST_F(Devices, Help_OpensThePageAboutTheFocus) {
         EXPECT_EQ(fOpened.addresses.constLast(), PageAddress(page)) << widget;
     }
     EXPECT_STREQ(HelpPageOf(Find<QWidget>("uiSettingsMenuToolMenu")), "companion.html");
+    // In front of the window too.
+    for (const auto &[open, page] : {std::pair{9, "applications.html"}, {6, "import-export.html"}}) {
+        WriteHelp(page);
+        AnswerNext([](QDialog *dialog) {
+            QTest::keyClick(dialog->focusWidget(), Qt::Key_F1);
+            dialog->reject();
+        });
+        EXPECT_TRUE(ChooseCommand(open));
+        EXPECT_EQ(fOpened.addresses.constLast(), PageAddress(page));
+    }
+    QLocale::setDefault(QLocale(QLocale::German));
+    std::filesystem::create_directories(fFolder.Path("help/de"));
+    WriteHelp("de/index.html");
+    Click("uiPaneButtonManual");
+    EXPECT_EQ(fOpened.addresses.constLast(), PageAddress("de/index.html"));
+    QLocale::setDefault(QLocale::c());
     EXPECT_STREQ(HelpPageOf(nullptr), kFirstHelpPage);
 }
 

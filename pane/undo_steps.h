@@ -1,0 +1,62 @@
+// The edits of a session, for Undo and Redo: each step has the records that it changed, as they were before and
+// after. Knows nothing of the base or the window; a record is found again by its bytes.
+#pragma once
+
+#include "settings/app_prefs.h"
+
+#include <deque>
+#include <functional>
+#include <optional>
+#include <vector>
+
+namespace drevix {
+
+inline constexpr std::size_t kMostUndoSteps = 100;
+// Of all steps together, so that large imports do not fill the memory; the latest step stays all the same.
+inline constexpr std::size_t kMostUndoChanges = 20'000; // 3.3 KB each
+
+struct RecordChange {
+    std::optional<AppPrefs> before; // nullopt: added
+    std::optional<AppPrefs> after;  // nullopt: deleted
+};
+
+struct UndoStep {
+    std::vector<RecordChange> changes; // each record once
+    AppPrefs shownBefore;              // the record in the window
+    AppPrefs shownAfter;
+    SlotIndex control = kNoSlot; // the control that was edited
+};
+
+class UndoSteps {
+  public:
+    // Adds a change to the step that is being made; null: no record. `shown` is the record in the window.
+    void Note(const AppPrefs *before, const AppPrefs *after, const AppPrefs &shown);
+    // Ends the step; without changes there is none. Drops what could be done again. A move of the slider that
+    // the step before moved is joined with it.
+    void EndStep(const AppPrefs &shown, SlotIndex control);
+    // The next move of a slider is a step of its own.
+    void EndJoining() { fMayJoin = false; }
+
+    // The step to take back, or to do again; null when there is none.
+    [[nodiscard]] const UndoStep *ToUndo() const;
+    [[nodiscard]] const UndoStep *ToRedo() const;
+    // Notes that this was done.
+    void WasUndone();
+    void WasRedone();
+
+    // Drops the changes of every record that another program has changed. `isThere` tells whether there is a
+    // record with these bytes, `isGone` whether none has its name.
+    using Question = std::function<bool(const AppPrefs &)>;
+    void DropChangedElsewhere(const Question &isThere, const Question &isGone);
+
+  private:
+    bool Join();
+    void DropOldest();
+
+    std::deque<UndoStep> fSteps;
+    std::size_t fDone = 0; // of the steps, those that are not undone
+    UndoStep fMaking{};
+    bool fMayJoin = false;
+};
+
+} // namespace drevix
