@@ -233,7 +233,7 @@ Outcome RestoreDefaults(const Request &request) {
     if (!outcome.IsDone()) {
         return outcome;
     }
-    if (!LoadDefaultPrefs(request.surroundings.resources, record, &defaults)) {
+    if (!LoadDefaultPrefs(FactoryOfLayout(request), record, &defaults)) {
         return Failed("cannot read the factory defaults; nothing was changed; install the program again");
     }
     CopyGroupFromDefaultPrefs(record, defaults, group->group);

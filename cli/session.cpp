@@ -1,8 +1,12 @@
 #include "cli/session.h"
 
 #include "cli/companion_notes.h"
+#include "keyboard/key_names.h"
+#include "keyboard/layout_family.h"
 #include "platform/base/plain_text.h"
 #include "platform/files/file_update.h"
+#include "platform/files/owners.h"
+#include "qbase/qbase_file.h"
 #include "settings/device_prefs.h"
 #include "settings/prefs_list.h"
 
@@ -34,10 +38,32 @@ OSErr SettingsPath(const Request &request, std::string *path) {
     return FindDevicePrefsPath(path);
 }
 
+namespace {
+
+// Whether factory records will be added: only then is the layout asked for, which takes longer than all the rest.
+bool NeedsFactory(const std::string &path) {
+    const QBaseOwner base = NewDrevixBase();
+    OwnedFile file;
+    return base == nullptr || OpenFile(path, fsRdPerm, file.Out()) != noErr ||
+           QBaseRead(base.get(), file.Get(), true, false, true, true) != noErr ||
+           QBaseGetUserLong(base.get()) < kPanelVersion;
+}
+
+} // namespace
+
+FSRef FactoryOfLayout(const Request &request) {
+    GetKeyboardInformation();
+    return FactoryFolder(request.surroundings.resources);
+}
+
 Session::Session(const Request &request)
     : fRequest(request), fDocument(request.surroundings.resources, kPanelVersion) {
     if (request.line.prefs) {
         fDocument.UseFile(*request.line.prefs);
+    }
+    std::string path;
+    if (SettingsPath(request, &path) != noErr || NeedsFactory(path)) {
+        fDocument.UseFactory(FactoryOfLayout(request));
     }
 }
 

@@ -9,6 +9,9 @@
 
 namespace drevix {
 
+// The folder of the factory settings for the keyboard layout in force, which it finds out (milliseconds).
+[[nodiscard]] FSRef FactoryOfLayout(const Request &request);
+
 // A settings document whose failures are messages. Uses the user's own file unless --prefs names another.
 class Session {
   public:

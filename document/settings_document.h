@@ -18,6 +18,7 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace drevix {
@@ -75,6 +76,9 @@ class SettingsDocument {
     SettingsDocument(const SettingsDocument &) = delete;
     SettingsDocument &operator=(const SettingsDocument &) = delete;
     ~SettingsDocument();
+
+    // Takes factory settings from here from the next read on, such as those for another keyboard layout.
+    void UseFactory(FSRef resources) { fResources = std::move(resources); }
 
     // Uses another file than the user's own. Call before Open. A path to the user's own file still means the
     // user's own.

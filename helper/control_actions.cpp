@@ -79,12 +79,13 @@ Sensitivities ControlActions::CurrentSensitivities() const {
 }
 
 ActionPlan ControlActions::PlanFor(SlotIndex slot) {
+    if (!fLayout) {
+        fLayout = fAskLayout();
+        fSettings.UseLayout(*fLayout);
+    }
     const ActionSlot *action = fSettings.InForce().SlotOf(slot, fMode);
     if (action == nullptr) {
         return {};
-    }
-    if (!fLayout) {
-        fLayout = fAskLayout();
     }
     ActionPlan plan = PlanAction(*action, *fLayout, fFront);
     if (fIsLocked && !plan.worksLocked) {

@@ -1,6 +1,8 @@
 #include "helper/front_settings.h"
 
 #include "document/settings_document.h"
+#include "keyboard/key_codes.h"
+#include "keyboard/layout_family.h"
 #include "platform/base/status.h"
 #include "platform/desktop/desktop_entries.h"
 #include "settings/device_prefs.h"
@@ -32,12 +34,12 @@ OSErr OpenSettings(SettingsDocument &document) {
 }
 
 FrontSettings::FrontSettings(std::string path, FSRef resources)
-    : fPath(std::move(path)), fResources(std::move(resources)) {}
+    : fPath(std::move(path)), fResources(std::move(resources)), fFactory(FactoryFolder(fResources)) {}
 
 FrontSettings::~FrontSettings() = default;
 
 bool FrontSettings::Load(std::string *problem) {
-    auto document = std::make_unique<SettingsDocument>(fResources, kPanelVersion);
+    auto document = std::make_unique<SettingsDocument>(fFactory, kPanelVersion);
     document->UseFileAlone(fPath);
     if (const OSErr status = OpenSettings(*document); status != noErr) {
         *problem = StatusText(status);
@@ -49,6 +51,15 @@ bool FrontSettings::Load(std::string *problem) {
     fDocument = std::move(document);
     SetFront(FrontWindow(fFront));
     return true;
+}
+
+void FrontSettings::UseLayout(const KeyboardCharacters &layout) {
+    FSRef factory = FactoryFolder(fResources, FamilyOfLayout(KeyCharacters(layout)));
+    if (factory.path != fFactory.path) {
+        fFactory = std::move(factory);
+        std::string unused;
+        std::ignore = Load(&unused); // which was told when it began to fail
+    }
 }
 
 void FrontSettings::SetFront(const FrontWindow &front) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "device/front_record.h"
+#include "platform/desktop/keyboard_layout.h"
 #include "platform/files/files.h"
 
 #include <memory>
@@ -22,6 +23,8 @@ class FrontSettings {
     // Reads the file anew; one that is missing or empty stands for the factory's settings. False, with the reason in
     // *problem and the settings as they were, for one that cannot be used.
     [[nodiscard]] bool Load(std::string *problem);
+    // The factory's settings are those for this layout from now on. Reads the file again where that makes a difference.
+    void UseLayout(const KeyboardCharacters &layout);
     // Puts the record for this window in force.
     void SetFront(const FrontWindow &front);
 
@@ -32,6 +35,7 @@ class FrontSettings {
   private:
     std::string fPath;
     FSRef fResources;
+    FSRef fFactory;                              // of the layout in force
     std::unique_ptr<SettingsDocument> fDocument; // null before the first Load
     FrontRecords fRecords;
     FrontWindow fFront;

@@ -3,6 +3,7 @@
 #include "helper/applied_settings.h"
 #include "helper/devices_file.h"
 #include "helperlink/device_text.h"
+#include "keyboard/layout_family.h"
 #include "platform/base/plain_text.h"
 #include "platform/base/status.h"
 #include "platform/catalog/named_files.h"
@@ -211,7 +212,7 @@ DeviceList Helper::AllDevices() const {
 
 void Helper::TellSettings() const {
     std::string text;
-    if (DescribeSettings(fPrefsPath, fResources, fOptions.front, &text)) {
+    if (DescribeSettings(fPrefsPath, FactoryFolder(fResources), fOptions.front, &text)) {
         std::cout << text << std::flush;
     } else {
         Complain("cannot use " + fPrefsPath + ": " + text + "; the settings stay as they were");

@@ -9,6 +9,7 @@
 
 #include "document/settings_document.h"
 #include "helperlink/driver_messages.h"
+#include "keyboard/layout_family.h"
 #include "keyboard/qt/key_events.h"
 #include "keyboard/qt/keystroke_receiver.h"
 #include "pane/application_icons.h"
@@ -62,6 +63,7 @@ struct RecordTrace {
 };
 
 class FindPanel;
+class LayoutWatch;
 class LiveView;
 struct EarlierSettings;
 class StepBadge;
@@ -253,8 +255,8 @@ class DrevixPane : public QObject,
     void ShowModifiers(const ActionSlot &slot);
     [[nodiscard]] QString ActionText(const ActionSlot &slot) const;
 
-    [[nodiscard]] ControlText ControlTextOf(SlotIndex slot, const AppPrefs &prefs,
-                                            const AppPrefs &factory) const;
+    [[nodiscard]] ControlText ControlTextOf(SlotIndex slot, const AppPrefs &prefs, const AppPrefs &factory,
+                                            const OtherFamilies &others) const;
 
     // The menu of a control, and the clipboard (pane_copy.cpp)
     void BuildControlMenu();
@@ -277,7 +279,8 @@ class DrevixPane : public QObject,
     [[nodiscard]] QString RefusalText(ActionRefusal refusal, ActionCommand command) const;
     void actOverview();
     [[nodiscard]] std::vector<SheetContents> MakeSheets(bool ofAll) const;
-    [[nodiscard]] SheetContents SheetOf(const AppPrefs &prefs, const AppPrefs &factory) const;
+    [[nodiscard]] SheetContents SheetOf(const AppPrefs &prefs, const AppPrefs &factory,
+                                        const OtherFamilies &others) const;
 
     // The keystroke (pane_keystroke.cpp)
     void BuildKeystrokeControls();
@@ -308,7 +311,10 @@ class DrevixPane : public QObject,
     // The device as it is used (pane_live.cpp)
     void BuildLiveView();
     void actControlTouched(SlotIndex slot);
-    void TellOfDevice(const QString &line);
+    void TellBeside(QString &told, const QString &line);
+    void UseLayout();
+    void LayoutRebuilt();
+    void LayoutSwitched(bool isOther);
 
     // The item to open (pane_items.cpp)
     void BuildItemControls();
@@ -342,9 +348,11 @@ class DrevixPane : public QObject,
     QPointer<QWidget> fMainView;     // made by mainView; its owner is the host
     FindPanel *fFindPanel = nullptr; // made when it is first asked for; belongs to the main view
     LiveView *fLiveView = nullptr;   // belongs to the main view
+    LayoutWatch *fLayoutWatch = nullptr;
     ProblemHandler fProblemHandler;
     QString fTold;       // what was told last; empty when all is well
     QString fDeviceLine; // the same, where it is about what a control did
+    QString fLayoutLine; // the same, about the keyboard layout
     bool fIsSelected = false;
     bool fIsDrawnOnly = false;
     bool fIsHostActive = true; // while selected: edits wait for Apply
@@ -369,6 +377,8 @@ class DrevixPane : public QObject,
     AppPrefs fNotedPrefs = gDefaultGlobalPrefs;      // the working copy as the steps of Undo know it
     UndoSteps fUndoSteps;
     int fOpenSteps = 0; // while one step is made of several edits
+    FSRef fFactory;                                  // its folder, for the layout in force
+    OtherFamilies fOtherFamilies{{}, gDefaultGlobalPrefs};
     QTimer fDeviceCheckTimer{this};
     std::int32_t fDeviceCount = -1; // as shown; -1 before the first check
     DeviceList fDeviceList = {};    // filled by the helper's answers

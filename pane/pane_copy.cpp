@@ -148,7 +148,7 @@ void DrevixPane::actBackToFactory() {
 }
 
 void DrevixPane::actCopyAssignments() {
-    PutOnClipboard(fDrevixPrefs, {}, SheetText(SheetOf(fDrevixPrefs, fDefaultAppPrefs)));
+    PutOnClipboard(fDrevixPrefs, {}, SheetText(SheetOf(fDrevixPrefs, fDefaultAppPrefs, fOtherFamilies)));
 }
 
 void DrevixPane::actPasteAssignments() {

@@ -80,7 +80,7 @@ void DrevixPane::actOverview() {
 std::vector<SheetContents> DrevixPane::MakeSheets(bool ofAll) const {
     std::vector<SheetContents> sheets;
     if (!ofAll) {
-        sheets.push_back(SheetOf(fDrevixPrefs, fDefaultAppPrefs));
+        sheets.push_back(SheetOf(fDrevixPrefs, fDefaultAppPrefs, fOtherFamilies));
         return sheets;
     }
     const RecordNumber count = CountListedPrefs(fDrevixBase);
@@ -89,18 +89,18 @@ std::vector<SheetContents> DrevixPane::MakeSheets(bool ofAll) const {
         const AppPrefs *stored = i == fDrevixPrefsIndex ? &fDrevixPrefs : GetAppPrefs(fDrevixBase, i);
         if (stored != nullptr) {
             AppPrefs factory = gDefaultGlobalPrefs;
-            std::ignore =
-                drevix::LoadDefaultPrefs(fPrefPaneBundle.resources, *stored, &factory); // none is bold
-            sheets.push_back(SheetOf(*stored, factory));
+            std::ignore = drevix::LoadDefaultPrefs(fFactory, *stored, &factory); // none is bold
+            sheets.push_back(SheetOf(*stored, factory, {fPrefPaneBundle.resources, *stored}));
         }
     }
     return sheets;
 }
 
-SheetContents DrevixPane::SheetOf(const AppPrefs &prefs, const AppPrefs &factory) const {
+SheetContents DrevixPane::SheetOf(const AppPrefs &prefs, const AppPrefs &factory,
+                                  const OtherFamilies &others) const {
     SheetContents sheet{ShownName(prefs), {}, {}};
     for (std::size_t i = 0; i < kPictureSlots.size(); ++i) {
-        sheet.controls[i] = ControlTextOf(kPictureSlots[i], prefs, factory);
+        sheet.controls[i] = ControlTextOf(kPictureSlots[i], prefs, factory, others);
     }
     const DevicePrefs &device = prefs.device[0];
     const auto percent = [](int value) { return tr("%1 %").arg(value); };

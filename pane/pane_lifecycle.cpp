@@ -6,6 +6,7 @@
 #include "keyboard/key_names.h"
 #include "keyboard/qt/keystroke_capture.h"
 #include "keyboard/qt/layout_of_windows.h"
+#include "keyboard/qt/layout_watch.h"
 #include "pane/editor_tables.h"
 #include "pane/live_view.h"
 #include "pane/pane_text.h"
@@ -108,7 +109,8 @@ void DrevixPane::TellOfSaving(const QString &problem) {
 void DrevixPane::mainViewDidLoad() {
     gDrevixPane = this;
     mainView();
-    GetKeyboardInformationOfWindows(this, [this] { GetUIFromPrefs(); });
+    GetKeyboardInformationOfWindows(this, [this] { LayoutRebuilt(); });
+    UseLayout();
     if (!fIsDrawnOnly) {
         StartHelper();
         std::ignore = RegisterHelpBooks(); // told of when a page is asked for
@@ -166,6 +168,8 @@ void DrevixPane::applicationStateChanged(Qt::ApplicationState state) {
 }
 
 void DrevixPane::appDidBecomeActive() {
+    QTimer::singleShot(0, fLayoutWatch,
+                       &LayoutWatch::Check); // a table that waits for the focus is built first
     if (fRestTimer.isActive()) {
         std::ignore = SaveEverything({}); // an edit that came while the host was inactive; reported there
     } else {
@@ -264,7 +268,8 @@ void DrevixPane::KeepEdits() {
 
 void DrevixPane::LoadDefaultPrefs() {
     // An unreadable file leaves the defaults as they were.
-    std::ignore = drevix::LoadDefaultPrefs(fPrefPaneBundle.resources, fDrevixPrefs, &fDefaultAppPrefs);
+    std::ignore = drevix::LoadDefaultPrefs(fFactory, fDrevixPrefs, &fDefaultAppPrefs);
+    fOtherFamilies = OtherFamilies(fPrefPaneBundle.resources, fDrevixPrefs);
 }
 
 // The record that the working copy was made of; null when there is none.

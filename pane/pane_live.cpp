@@ -1,6 +1,7 @@
-// The device as it is used: what a touch does in the window.
+// What happens beside the window: on the device as it is used, and with the keyboard's layout.
 #include "pane/drevix_pane.h"
 
+#include "keyboard/qt/layout_watch.h"
 #include "pane/live_view.h"
 
 #include <QApplication>
@@ -10,8 +11,10 @@ namespace drevix {
 void DrevixPane::BuildLiveView() {
     fLiveView = new LiveView(uiSettingsTabsImages, fMainView);
     connect(fLiveView, &LiveView::touched, this, &DrevixPane::actControlTouched);
-    connect(fLiveView, &LiveView::told, this, &DrevixPane::TellOfDevice);
+    connect(fLiveView, &LiveView::told, this, [this](const QString &line) { TellBeside(fDeviceLine, line); });
     connect(&fDeviceCheckTimer, &QTimer::timeout, fLiveView, &LiveView::Look);
+    fLayoutWatch = new LayoutWatch(fMainView);
+    connect(fLayoutWatch, &LayoutWatch::switched, this, &DrevixPane::LayoutSwitched);
 }
 
 bool DrevixPane::showPressed(const QString &key) {
@@ -30,12 +33,38 @@ void DrevixPane::actControlTouched(SlotIndex slot) {
     }
 }
 
-// Never in the place of what was told of the settings, which matters more and is told but once.
-void DrevixPane::TellOfDevice(const QString &line) {
-    if ((fTold.isEmpty() || fTold == fDeviceLine) && line != fTold) {
-        fDeviceLine = line;
+// Never in the place of what was told of the settings, which matters more and is told but once. What was told of the
+// same before is `told`.
+void DrevixPane::TellBeside(QString &told, const QString &line) {
+    if ((fTold.isEmpty() || fTold == told) && line != fTold) {
+        told = line;
         Tell(line);
     }
+}
+
+// The factory's settings are those for the layout in force.
+void DrevixPane::UseLayout() {
+    fFactory = FactoryFolder(fPrefPaneBundle.resources);
+    fDocument.UseFactory(fFactory);
+}
+
+// A compositor has told only now which layout is in force.
+void DrevixPane::LayoutRebuilt() {
+    const FSRef before = fFactory;
+    UseLayout();
+    if (fFactory.path != before.path && CountUnsaved() == 0) {
+        actPaneButtonRevert();
+    } else {
+        GetUIFromPrefs();
+    }
+}
+
+// Keys are places, and which characters they have was asked once.
+void DrevixPane::LayoutSwitched(bool isOther) {
+    TellBeside(fLayoutLine, isOther ? tr("The keyboard layout was switched. Close the settings and open them "
+                                         "again to see the keys of "
+                                         "the new one.")
+                                    : QString());
 }
 
 } // namespace drevix

@@ -151,10 +151,11 @@ void DrevixPane::ShowRingSliders() {
     uiSettingsTextAxis->setText(AxisText(EditedAxis(device, fDrevixActionIndex)));
 }
 
-ControlText DrevixPane::ControlTextOf(SlotIndex slot, const AppPrefs &prefs, const AppPrefs &factory) const {
+ControlText DrevixPane::ControlTextOf(SlotIndex slot, const AppPrefs &prefs, const AppPrefs &factory,
+                                      const OtherFamilies &others) const {
     const ActionSlot &action = prefs.device[0].action[slot];
     const ActionSlot &byFactory = factory.device[0].action[slot];
-    const bool isChanged = !DoTheSame(action, byFactory);
+    const bool isChanged = !DoTheSame(action, byFactory) && !others.Do(action, slot);
     const QString note = isChanged ? tr("Changed. Factory: %1").arg(ActionText(byFactory)) : QString();
     return {ControlTitle(slot), ActionText(action), note, isChanged, action.command == kActionNone};
 }
@@ -164,7 +165,7 @@ void DrevixPane::ShowControlActions() {
     for (PopUpMenu *menu : ControlMenus()) {
         for (int i = 0; i < menu->count(); ++i) {
             const auto slot = static_cast<SlotIndex>(menu->itemData(i).toInt());
-            const ControlText text = ControlTextOf(slot, fDrevixPrefs, fDefaultAppPrefs);
+            const ControlText text = ControlTextOf(slot, fDrevixPrefs, fDefaultAppPrefs, fOtherFamilies);
             menu->SetSecondColumn(i, {text.action, text.isChanged});
             uiSettingsTabsImages->setControlText(PictureIndexOf(slot), text);
         }

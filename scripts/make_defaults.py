@@ -1,7 +1,8 @@
 #!/usr/bin/python3
-"""Makes resources/Defaults.veltrana of the tables in docs/factory-defaults.md.
+"""Makes the files Defaults.veltrana in resources/ and its folders of the tables in docs/factory-defaults.md, one for each
+family of keyboard layouts.
 
-With --check nothing is written: exits 1 when the file is not what the page makes. A row that cannot be read ends
+With --check nothing is written: exits 1 when a file is not what the page makes. A row that cannot be read ends
 either with the row's line number. The page says what the names of keys mean; docs/property-list.md has the form of
 the file.
 """
@@ -12,7 +13,8 @@ import sys
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 PAGE = ROOT / "docs/factory-defaults.md"
-FILE = ROOT / "resources/Defaults.veltrana"
+RESOURCES = ROOT / "resources"
+NAME = "Defaults.veltrana"
 
 NO_KEY = 255
 REST = ("ringXYRest", "ringZRest")  # the controls without a row: no action
@@ -45,13 +47,31 @@ DEVICE = {
 }
 
 
-def read_keys(text):
+def read_families(lines):
+    """The rows of each family of layouts, by its folder: what stands where the first one, of a US keyboard, has its own."""
+    families = {}
+    for line in lines:
+        if re.match(r"\| [A-Z]\w+ +\| +(`|\|)", line):
+            _, folder, *rows, _ = (cell.strip().strip("`") for cell in line.strip("|").split("|"))
+            families[folder] = "".join(rows)
+    if {len(rows) for rows in families.values()} != {len(families[""])}:
+        raise KeyError("the families' rows")
+    return families
+
+
+def place_keys(families, folder):
+    """The key codes of one family: a character that the layout types elsewhere than a US keyboard has its place there."""
+    places = dict(zip(families[folder], families[""]))
+    return {**KEYS, **{character: KEYS[place] for character, place in places.items() if character != "·"}}
+
+
+def read_keys(text, keys):
     """The modifiers and the key code of "ctrl+num++"; without a key, those of "ctrl"."""
     bits = 0
     while text:
         word, _, rest = text.partition("+")
         if word not in MODIFIERS:
-            return bits, KEYS[text]
+            return bits, keys[text]
         bits, text = bits | MODIFIERS[word], rest
     return bits, NO_KEY
 
@@ -61,12 +81,12 @@ def slot(action=0, modifiers=0, key=NO_KEY):
     return {**used, "repeat": 0, "delay": 0, "menu": 0, "data": ""}
 
 
-def read_slot(action, keys):
+def read_slot(action, text, keys):
     code = re.search(r"\((\d+)\)$", action)
     command = int(code.group(1)) if code else ACTIONS[action]
-    modifiers, key = read_keys(keys)
+    modifiers, key = read_keys(text, keys)
     if (key != NO_KEY) != (command == ACTIONS["keystroke"]):
-        raise KeyError(f"{action} {keys}")
+        raise KeyError(f"{action} {text}")
     return slot(command, modifiers, key)
 
 
@@ -85,9 +105,9 @@ def read_record(name, line):
     }
 
 
-def read_page():
+def read_records(lines, key_codes):
     records, name, missing = [], "", set()
-    for number, line in enumerate(PAGE.read_text(encoding="utf-8").splitlines(), 1):
+    for number, line in enumerate(lines, 1):
         try:
             if line.startswith("#") and missing:
                 raise KeyError(f"{name} has no row for {', '.join(sorted(missing))}")
@@ -100,7 +120,7 @@ def read_page():
                 control, action, keys, _ = (cell.strip() for cell in line.strip("|").split("|"))
                 missing.remove(control)
                 assignments = records[-1]["devices"]["veltrana"]["assignments"]
-                assignments[control] = read_slot(action, keys.strip("`"))
+                assignments[control] = read_slot(action, keys.strip("`"), key_codes)
         except (KeyError, ValueError) as error:
             sys.exit(f"{PAGE.relative_to(ROOT)}:{number}: cannot read {error}")
     if missing or not records:
@@ -108,15 +128,24 @@ def read_page():
     return records
 
 
+def make_files():
+    lines = PAGE.read_text(encoding="utf-8").splitlines()
+    families = read_families(lines)
+    return {
+        RESOURCES / folder / NAME: plistlib.dumps(read_records(lines, place_keys(families, folder)), sort_keys=False)
+        for folder in families
+    }
+
+
 def main():
-    made = plistlib.dumps(read_page(), sort_keys=False)
-    if sys.argv[1:] == ["--check"]:
-        if not FILE.is_file() or FILE.read_bytes() != made:
-            sys.exit(f"{FILE} is not what {PAGE.name} makes: run scripts/make_defaults.py")
-    elif sys.argv[1:]:
+    if sys.argv[1:] not in ([], ["--check"]):
         sys.exit("usage: scripts/make_defaults.py [--check]")
-    else:
-        FILE.write_bytes(made)
+    for file, made in make_files().items():
+        if not sys.argv[1:]:
+            file.parent.mkdir(exist_ok=True)
+            file.write_bytes(made)
+        elif not file.is_file() or file.read_bytes() != made:
+            sys.exit(f"{file} is not what {PAGE.name} makes: run scripts/make_defaults.py")
 
 
 main()

@@ -37,20 +37,34 @@ class BuildOnFocus : public QObject {
     std::function<void()> fRebuilt;
 };
 
+// Qt's connection to the compositor, a wl_display; null elsewhere.
+void *ConnectionToCompositor() {
+    return QGuiApplication::platformName().startsWith(QLatin1String("wayland"))
+               ? QGuiApplication::platformNativeInterface()->nativeResourceForIntegration("wl_display")
+               : nullptr;
+}
+
+bool IsOnXServer() {
+    return QGuiApplication::platformName() == QLatin1String("xcb");
+}
+
 } // namespace
 
 void GetKeyboardInformationOfWindows(QObject *owner, std::function<void()> rebuilt) {
-    const QString platform = QGuiApplication::platformName();
-    void *const connection =
-        platform.startsWith(QLatin1String("wayland"))
-            ? QGuiApplication::platformNativeInterface()->nativeResourceForIntegration("wl_display")
-            : nullptr;
+    void *const connection = ConnectionToCompositor();
     if (connection == nullptr || !GetKeyboardInformationOver(connection)) {
-        GetKeyboardInformation(platform == QLatin1String("xcb") ? WindowSystem::X11 : WindowSystem::Wayland);
+        GetKeyboardInformation(IsOnXServer() ? WindowSystem::X11 : WindowSystem::Wayland);
     }
     if (connection != nullptr && QGuiApplication::focusWindow() == nullptr) {
         new BuildOnFocus(owner, connection, std::move(rebuilt));
     }
+}
+
+bool CharactersOfWindows(KeyboardCharacters *characters) {
+    if (void *const connection = ConnectionToCompositor(); connection != nullptr) {
+        return KeyboardCharactersOfCompositor(connection, characters);
+    }
+    return IsOnXServer() && CurrentKeyboardCharacters(characters, nullptr, WindowSystem::X11);
 }
 
 } // namespace drevix

@@ -1,6 +1,8 @@
 // Finds the keyboard layout for a program with windows.
 #pragma once
 
+#include "platform/desktop/keyboard_layout.h"
+
 #include <functional>
 
 class QObject;
@@ -13,5 +15,9 @@ namespace drevix {
 // if that changes a name. Does not follow later layout changes. `owner` must live as long as `rebuilt` may be
 // called.
 void GetKeyboardInformationOfWindows(QObject *owner, std::function<void()> rebuilt);
+
+// The layout in force, from the window system of the application's windows. False, with the output unchanged, where
+// that has none.
+[[nodiscard]] bool CharactersOfWindows(KeyboardCharacters *characters);
 
 } // namespace drevix

@@ -1644,6 +1644,10 @@
 <context>
     <name>drevix::DrevixPane</name>
     <message>
+        <source>The keyboard layout was switched. Close the settings and open them again to see the keys of the new one.</source>
+        <translation>Die Tastaturbelegung wurde gewechselt. Schließen und öffnen Sie die Einstellungen, um die Tasten der neuen zu sehen.</translation>
+    </message>
+    <message>
         <source>Choose a menu entry</source>
         <translation>Menüeintrag wählen</translation>
     </message>
