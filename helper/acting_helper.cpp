@@ -90,15 +90,14 @@ void ActingHelper::LoadSettings() {
 }
 
 std::optional<std::chrono::microseconds> ActingHelper::Turn() {
+    FlushDesktop(); // what devices have asked for is under way before anything else is done
     const SteadyTime now = Clock::now();
     LookForDesktop(now);
     TakeDesktop();
     fReaders->TakeTime(now);
     fActions.TakeTime(now);
     fBus->TakeTime(now);
-    if (fDesktop && !fDesktop->Flush()) {
-        LoseDesktop();
-    }
+    FlushDesktop();
     std::optional<SteadyTime> next = Earlier(fReaders->NextTime(), fActions.NextTime());
     next = Earlier(next, fBus->NextTime());
     next = Earlier(next, fDesktop ? std::nullopt : std::optional(fNextLook));
@@ -120,6 +119,9 @@ void ActingHelper::LookForDesktop(SteadyTime now) {
         fNoDesktop = problem.empty() ? "there is none" : problem;
         return;
     }
+    if (!problem.empty()) {
+        ComplainOnce(problem);
+    }
     fNoDesktop.clear();
     fSender.SetDesktop(fDesktop.get());
     fDesktopWatch.Watch(fDesktop->Descriptor(), POLLIN, std::nullopt);
@@ -130,7 +132,16 @@ void ActingHelper::TakeDesktop() {
     if (fDesktop && !fDesktop->Take()) {
         LoseDesktop();
     }
+    if (fDesktop && std::exchange(fLayoutChanges, fDesktop->LayoutChanges()) != fDesktop->LayoutChanges()) {
+        fActions.ForgetLayout();
+    }
     fActions.SetFront(FrontNow());
+}
+
+void ActingHelper::FlushDesktop() {
+    if (fDesktop && !fDesktop->Flush()) {
+        LoseDesktop();
+    }
 }
 
 void ActingHelper::LoseDesktop() {

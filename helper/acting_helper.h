@@ -57,6 +57,7 @@ class ActingHelper {
   private:
     void LookForDesktop(SteadyTime now);
     void TakeDesktop();
+    void FlushDesktop();
     void LoseDesktop();
     void TakeControl(ControlSource source, const ControlEvent &event);
     void TellPressed(ControlSource source, const ControlEvent &event);
@@ -86,6 +87,7 @@ class ActingHelper {
     std::optional<MediaPlayers> fPlayers;
     std::unique_ptr<Desktop> fDesktop;
     LoopWatch fDesktopWatch;
+    unsigned fLayoutChanges = 0; // of the desktop, as of the last look
     std::string fNoDesktop; // why there is none; empty while there is one
     SteadyTime fNextLook{};
     std::optional<FrontWindow> fReported; // by a program that knows better than the desktop tells

@@ -34,6 +34,8 @@ class ControlActions {
     // What is held ends where another window comes to the front, before the record changes.
     void SetFront(const FrontWindow &front);
     [[nodiscard]] const FrontWindow &Front() const { return fFront; }
+    // Another keyboard layout may be in force: it is asked for again.
+    void ForgetLayout() { fLayout.reset(); }
     // Ends what is held and reads the settings again. As FrontSettings::Load.
     [[nodiscard]] bool LoadSettings(std::string *problem);
     // A watcher wants to see controls, not actions.

@@ -153,7 +153,7 @@ void Helper::Serve(int endDescriptor) {
     // Ends with the session too, whose bus does not come back.
     Clock::time_point deadline = Clock::now() + kTimeWithoutBus;
     while (!fHasFailed && !fIsToEnd && Clock::now() < deadline) {
-        const bool isServing = fIsRegistered && HasSessionBus();
+        const bool isServing = IsServing();
         std::optional<std::chrono::microseconds> wait = fActing ? fActing->Turn() : std::nullopt;
         if (!isServing) {
             wait = std::min<std::chrono::microseconds>(wait.value_or(kTimeWithoutBus), kTimeWithoutBus / 5);
@@ -164,10 +164,14 @@ void Helper::Serve(int endDescriptor) {
         fLoop.RunOnce(wait);
         fProgramFile = fProgram.Look();
         fIsToEnd = fIsToEnd || fProgramFile != ProgramFile::Same;
-        if (isServing) {
+        if (isServing || IsServing()) { // registered meanwhile, and a slow desktop took longer than that
             deadline = Clock::now() + kTimeWithoutBus;
         }
     }
+}
+
+bool Helper::IsServing() const {
+    return fIsRegistered && HasSessionBus();
 }
 
 void Helper::TakeRegistered(const ProcessSerialNumber *earlier) {

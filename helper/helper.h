@@ -36,6 +36,7 @@ class Helper {
     [[nodiscard]] bool TakeFirstDevices();
     void ReadDevicesAgain();
     void Serve(int endDescriptor);
+    [[nodiscard]] bool IsServing() const;
     void TakeRegistered(const ProcessSerialNumber *earlier);
     void Begin();
     void TellSettings() const;

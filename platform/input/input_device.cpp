@@ -109,43 +109,39 @@ InputDevice::InputDevice(SystemDescriptor descriptor, InputDescription descripti
 
 InputStatus InputDevice::Take(std::vector<RawEvent> *events) {
     std::array<char, kEventsAtATime * sizeof(input_event)> bytes{};
-    for (int reads = 0; reads < kMostReads; ++reads) {
+    bool isEmpty = false; // a reader that gets less than it asks for has it all
+    for (int reads = 0; reads < kMostReads && !isEmpty; ++reads) {
         std::memcpy(bytes.data(), fPart.data(), fPart.size());
-        const ssize_t count = ::read(Descriptor(), bytes.data() + fPart.size(), bytes.size() - fPart.size());
+        const std::size_t space = bytes.size() - fPart.size();
+        const ssize_t count = ::read(Descriptor(), bytes.data() + fPart.size(), space);
         if (count < 0 && errno == EINTR) {
             continue;
         }
-        if (count <= 0) {
-            return count < 0 && errno == EAGAIN ? InputStatus::Open : InputStatus::Gone;
+        if (count == 0 || (count < 0 && errno != EAGAIN)) {
+            return InputStatus::Gone;
         }
-        const std::size_t size = fPart.size() + static_cast<std::size_t>(count);
-        std::size_t place = 0;
-        for (; size - place >= sizeof(input_event); place += sizeof(input_event)) {
-            input_event event{};
-            std::memcpy(&event, bytes.data() + place, sizeof event);
-            if (!TakeOne({event.type, event.code, event.value}, events)) {
-                return InputStatus::Gone;
-            }
-        }
-        fPart.assign(bytes.data() + place, size - place);
+        isEmpty = count < static_cast<ssize_t>(space);
+        TakeBytes({bytes.data(), fPart.size() + static_cast<std::size_t>(std::max<ssize_t>(count, 0))},
+                  events);
     }
-    return InputStatus::Open;
+    return !isEmpty || !fHasLost || TellState(events) ? InputStatus::Open : InputStatus::Gone;
 }
 
-bool InputDevice::TakeOne(const RawEvent &event, std::vector<RawEvent> *events) {
-    const bool isSync = event.type == kSyncEvents;
-    if (isSync && event.code == kSyncDropped) {
-        fHasLost = true;
-    } else if (!fHasLost) {
-        events->push_back(event);
-    } else if (isSync && event.code == kSyncReport) {
-        fHasLost = false;
-        return TellState(events);
+void InputDevice::TakeBytes(std::string_view bytes, std::vector<RawEvent> *events) {
+    for (; bytes.size() >= sizeof(input_event); bytes.remove_prefix(sizeof(input_event))) {
+        input_event event{};
+        std::memcpy(&event, bytes.data(), sizeof event);
+        fHasLost = fHasLost || (event.type == kSyncEvents && event.code == kSyncDropped);
+        if (!fHasLost) {
+            events->push_back({event.type, event.code, event.value});
+        }
     }
-    return true;
+    fPart = bytes;
 }
 
-bool InputDevice::TellState(std::vector<RawEvent> *events) const {
+// What is still queued behind the loss is older than the state, and would turn a counter back and forth: it is left out.
+bool InputDevice::TellState(std::vector<RawEvent> *events) {
+    fHasLost = false;
     InputState state;
     if (fQuestion ? !fQuestion(&state) : !AskState(Descriptor(), fDescription, &state)) {
         return false;

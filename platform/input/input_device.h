@@ -74,8 +74,8 @@ class InputDevice {
     [[nodiscard]] const InputDescription &Description() const { return fDescription; }
 
     // Appends what the device has sent to *events, without blocking: at most a few thousand events, so that
-    // one device cannot starve the others. If the kernel dropped events, the rest of the report around them
-    // is replaced by kSyncDropped and the newly queried state: each key, each axis, and the end of a report.
+    // one device cannot starve the others. If the kernel dropped events, all that is queued from there on is
+    // replaced by kSyncDropped and the newly queried state: each key, each axis, and the end of a report.
     // After Gone, no release is sent for what was down.
     [[nodiscard]] InputStatus Take(std::vector<RawEvent> *events);
 
@@ -84,14 +84,14 @@ class InputDevice {
     [[nodiscard]] bool Grab() const;
 
   private:
-    bool TakeOne(const RawEvent &event, std::vector<RawEvent> *events);
-    bool TellState(std::vector<RawEvent> *events) const;
+    void TakeBytes(std::string_view bytes, std::vector<RawEvent> *events);
+    bool TellState(std::vector<RawEvent> *events);
 
     SystemDescriptor fDescriptor;
     InputDescription fDescription;
     InputStateQuestion fQuestion;
     std::string fPart;     // of an event read only in part
-    bool fHasLost = false; // events were lost, up to the end of this report
+    bool fHasLost = false; // events were lost, and the queue is not empty since
 };
 
 // Opens the device at a path such as /dev/input/event3 and queries its description. noErr; fnfErr or permErr

@@ -21,7 +21,7 @@ std::string_view Setting(const char *name) {
 std::unique_ptr<Desktop> OpenDesktop(std::string *problem) {
     // X clients of a Wayland session are only some of its windows.
     if (!Setting("WAYLAND_DISPLAY").empty()) {
-        std::unique_ptr<Desktop> desktop = OpenWlrootsDesktop();
+        std::unique_ptr<Desktop> desktop = OpenWlrootsDesktop(problem);
         return desktop != nullptr ? std::move(desktop) : OpenUinputDesktop(problem);
     }
     if (Setting("DISPLAY").empty()) {

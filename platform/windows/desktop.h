@@ -27,6 +27,9 @@ class Desktop {
     // The window in front, as of the last Take.
     [[nodiscard]] virtual const FrontWindow &Front() const = 0;
 
+    // Grows when another keyboard layout may be in force, as far as the desktop tells.
+    [[nodiscard]] virtual unsigned LayoutChanges() const { return 0; }
+
     // Presses or releases a key by its place (Linux scan code, at most kMostScanCode).
     [[nodiscard]] virtual bool Key(std::uint16_t scanCode, bool down) = 0;
     // Turns the wheel by so many notches, 1 or more.
@@ -36,8 +39,10 @@ class Desktop {
     [[nodiscard]] virtual bool Flush() = 0;
 };
 
-// Connects to the session's desktop: to the Wayland compositor where $WAYLAND_DISPLAY is set, sending
-// through a keyboard of the kernel's where it takes no keys from programs, else to the X server of $DISPLAY. Null, with the reason for people in *problem, where there is none or it cannot be used.
+// Connects to the session's desktop: to the Wayland compositor where $WAYLAND_DISPLAY is set, sending through a keyboard of
+// the kernel's where it takes no keys from programs, else to the X server of $DISPLAY. Null, with the reason for people in
+// *problem, where there is none or it cannot be used. With a desktop, *problem is why keys or wheel cannot be sent there, or
+// empty; it must be empty before.
 [[nodiscard]] std::unique_ptr<Desktop> OpenDesktop(std::string *problem);
 
 } // namespace drevix

@@ -1,6 +1,9 @@
 #include "platform/windows/desktop_wlroots.h"
 
 #include "platform/files/owners.h"
+#include "platform/windows/kernel_keyboard.h"
+#include "platform/windows/key_keeper.h"
+#include "platform/windows/sway_layout.h"
 #include "platform/windows/wayland_link.h"
 
 #include <virtual-keyboard-client.h>
@@ -13,9 +16,11 @@
 #include <cerrno>
 #include <chrono>
 #include <linux/input-event-codes.h>
+#include <optional>
 #include <poll.h>
 #include <span>
 #include <string_view>
+#include <sys/epoll.h>
 #include <tuple>
 #include <utility>
 #include <vector>
@@ -78,12 +83,17 @@ class WlrootsDesktop final : public Desktop {
   public:
     explicit WlrootsDesktop(WaylandDisplay display) : fDisplay(std::move(display)) {}
     ~WlrootsDesktop() override;
-    // Asks what there is; false when that is of no use.
-    bool Start();
+    // Asks what there is; false when that is of no use. A problem may be left all the same.
+    bool Start(std::string *problem);
+    // From now on the modifiers of this program do not outlive it.
+    void KeepModifiers();
 
-    [[nodiscard]] int Descriptor() const override { return wl_display_get_fd(fDisplay.get()); }
+    [[nodiscard]] int Descriptor() const override {
+        return fBoth ? fBoth.Get() : wl_display_get_fd(fDisplay.get());
+    }
     [[nodiscard]] bool Take() override;
     [[nodiscard]] const FrontWindow &Front() const override { return fFront; }
+    [[nodiscard]] unsigned LayoutChanges() const override { return fLayoutChanges; }
     [[nodiscard]] bool Key(std::uint16_t scanCode, bool down) override;
     [[nodiscard]] bool Scroll(ScrollDirection direction, int steps) override;
     [[nodiscard]] bool Ask(WindowRequest request) override;
@@ -93,9 +103,16 @@ class WlrootsDesktop final : public Desktop {
     bool Settle(Clock::time_point end);
     void TakeGlobal(wl_registry *registry, std::uint32_t name, std::string_view interface,
                     std::uint32_t version);
-    void TakeKeymap(std::uint32_t format, const SystemDescriptor &file, std::uint32_t size);
+    bool MakeKeyboard(Clock::time_point end);
+    void SendKeymap();
+    void TakeKeymap(std::uint32_t format, SystemDescriptor file, std::uint32_t size);
     void TakeToplevel(zwlr_foreign_toplevel_handle_v1 *handle);
     void ListenToKeyboard();
+    void SendModifiers();
+    void SendModifiers(std::uint32_t held);
+    void TellKeeper(const std::bitset<kVirtualKeys> &keys);
+    void ListenToSway();
+    void TakeGroup();
     void FindFront();
     Toplevel *Find(zwlr_foreign_toplevel_handle_v1 *handle);
 
@@ -114,11 +131,22 @@ class WlrootsDesktop final : public Desktop {
     WaylandOwner<zwlr_virtual_pointer_manager_v1, zwlr_virtual_pointer_manager_v1_destroy> fPointers;
     WaylandOwner<zwlr_virtual_pointer_v1, zwlr_virtual_pointer_v1_destroy> fPointer;
     WaylandOwner<zwlr_foreign_toplevel_manager_v1, zwlr_foreign_toplevel_manager_v1_destroy> fWindows;
+    std::unique_ptr<KernelKeyboard> fKernelKeyboard;   // for what the compositor does not offer
     std::vector<std::unique_ptr<Toplevel>> fToplevels; // in place, since their events know them by address
     Toplevel *fActive = nullptr;
     FrontWindow fFront;
     std::string fKeymap; // the keyboard has one when it is not empty
+    SystemDescriptor fKeymapFile;
+    std::uint32_t fKeymapSize = 0;
+    bool fKeepsKeymap = false; // whatever comes
     std::bitset<kVirtualKeys> fDown;
+    std::bitset<kVirtualKeys> fFlushed; // that were down as of the last time
+    std::optional<KeyKeeper> fKeeper;
+    std::vector<std::uint16_t> fKept;  // the modifiers that the keeper knows of
+    std::unique_ptr<SwayLayout> fSway; // null where the compositor is another
+    SystemDescriptor fBoth;            // can be read when the display or sway can
+    std::uint32_t fGroup = 0;          // in force
+    unsigned fLayoutChanges = 0;
 };
 
 WlrootsDesktop::~WlrootsDesktop() {
@@ -155,7 +183,7 @@ void WlrootsDesktop::TakeGlobal(wl_registry *registry, std::uint32_t name, std::
     }
 }
 
-bool WlrootsDesktop::Start() {
+bool WlrootsDesktop::Start(std::string *problem) {
     static constexpr wl_registry_listener kListener = {
         .global =
             [](void *desktop, wl_registry *registry, std::uint32_t name, const char *interface,
@@ -170,19 +198,71 @@ bool WlrootsDesktop::Start() {
     if (!Settle(end) || (fWindows == nullptr && fKeyboards == nullptr)) {
         return false;
     }
-    if (fSeat != nullptr && fKeyboards != nullptr) {
-        fKeyboard.reset(
-            zwp_virtual_keyboard_manager_v1_create_virtual_keyboard(fKeyboards.get(), fSeat.get()));
-        ListenToKeyboard();
-    }
     if (fPointers != nullptr) {
         fPointer.reset(zwlr_virtual_pointer_manager_v1_create_virtual_pointer(fPointers.get(), fSeat.get()));
     }
+    if (fSeat != nullptr && fKeyboards != nullptr && !MakeKeyboard(end)) {
+        return false;
+    }
+    if (fKeyboard == nullptr || fPointer == nullptr) {
+        fKernelKeyboard = KernelKeyboard::Make(problem);
+        if (fKernelKeyboard == nullptr) {
+            const std::string what = fKeyboard == nullptr ? "keys" : "turns of the wheel";
+            *problem = "the Wayland compositor takes no " + what + " from programs, and " + *problem;
+        }
+    }
+    ListenToSway();
+    FindFront();
+    return true;
+}
+
+void WlrootsDesktop::ListenToSway() {
+    fSway = SwayLayout::Open();
+    fBoth.Reset(fSway == nullptr ? -1 : epoll_create1(EPOLL_CLOEXEC));
+    if (!fBoth) {
+        fSway.reset();
+        return;
+    }
+    for (const int end : {wl_display_get_fd(fDisplay.get()), fSway->Descriptor()}) {
+        epoll_event event{.events = EPOLLIN, .data = {}};
+        std::ignore = epoll_ctl(fBoth.Get(), EPOLL_CTL_ADD, end, &event); // fails for want of memory only
+    }
+    TakeGroup();
+}
+
+void WlrootsDesktop::TakeGroup() {
+    if (fSway != nullptr && !fSway->Take()) {
+        fSway.reset(); // the last group stays
+    }
+    if (fSway != nullptr && fSway->Group() != fGroup) {
+        fGroup = fSway->Group();
+        ++fLayoutChanges;
+        if (!fKeymap.empty()) {
+            SendModifiers(); // whoever asks sway then gets one answer for all keyboards
+        }
+    }
+}
+
+// The session's keymap is asked for first: a new keyboard comes with the compositor's own, of which every client is told.
+bool WlrootsDesktop::MakeKeyboard(Clock::time_point end) {
+    ListenToKeyboard();
     if (!Settle(end) || !Settle(end)) { // what the seat has, then its keymap
         return false;
     }
-    FindFront();
-    return true;
+    fKeyboard.reset(zwp_virtual_keyboard_manager_v1_create_virtual_keyboard(fKeyboards.get(), fSeat.get()));
+    fKeepsKeymap = !fKeymap.empty(); // else ours is the only keyboard
+    if (fKeepsKeymap) {
+        SendKeymap();
+    }
+    const bool isGood = Settle(end) && Settle(end);
+    fKeepsKeymap = false;
+    return isGood;
+}
+
+void WlrootsDesktop::SendKeymap() {
+    zwp_virtual_keyboard_v1_keymap(fKeyboard.get(), WL_KEYBOARD_KEYMAP_FORMAT_XKB_V1, fKeymapFile.Get(),
+                                   fKeymapSize);
+    SendModifiers();
 }
 
 // The keymap comes now, and anew whenever the session has another.
@@ -218,14 +298,20 @@ void WlrootsDesktop::ListenToKeyboard() {
 }
 
 // Ours is one of the session's keyboards, so the keymap that it has comes back to us.
-void WlrootsDesktop::TakeKeymap(std::uint32_t format, const SystemDescriptor &file, std::uint32_t size) {
-    if (format != WL_KEYBOARD_KEYMAP_FORMAT_XKB_V1) {
+void WlrootsDesktop::TakeKeymap(std::uint32_t format, SystemDescriptor file, std::uint32_t size) {
+    if (format != WL_KEYBOARD_KEYMAP_FORMAT_XKB_V1 || fKeepsKeymap) {
         return;
     }
     std::string text = ReadWaylandKeymapFile(file.Get(), size);
-    if (!text.empty() && text != fKeymap) {
-        fKeymap = std::move(text);
-        zwp_virtual_keyboard_v1_keymap(fKeyboard.get(), format, file.Get(), size);
+    if (text.empty() || text == fKeymap) {
+        return;
+    }
+    fKeymap = std::move(text);
+    fKeymapFile = std::move(file);
+    fKeymapSize = size;
+    ++fLayoutChanges;
+    if (fKeyboard != nullptr) {
+        SendKeymap();
     }
 }
 
@@ -288,6 +374,7 @@ bool WlrootsDesktop::Take() {
         return false;
     }
     const bool isGood = wl_display_dispatch_pending(fDisplay.get()) >= 0;
+    TakeGroup();
     FindFront();
     return isGood && wl_display_get_error(fDisplay.get()) == 0;
 }
@@ -311,28 +398,54 @@ bool WlrootsDesktop::Settle(Clock::time_point end) {
 }
 
 bool WlrootsDesktop::Key(std::uint16_t scanCode, bool down) {
+    if (fKeyboard == nullptr) {
+        return fKernelKeyboard != nullptr && fKernelKeyboard->Key(scanCode, down);
+    }
     if (fKeymap.empty() || scanCode >= kVirtualKeys) {
         return false;
     }
     fDown.set(scanCode, down);
     zwp_virtual_keyboard_v1_key(fKeyboard.get(), Now(), scanCode,
                                 down ? WL_KEYBOARD_KEY_STATE_PRESSED : WL_KEYBOARD_KEY_STATE_RELEASED);
-    std::uint32_t held = 0;
-    bool isModifier = false;
-    for (const ModifierKey &modifier : kModifierKeys) {
-        held |= fDown.test(modifier.scanCode) ? modifier.bit : 0;
-        isModifier = isModifier || modifier.scanCode == scanCode;
-    }
-    if (isModifier) {
-        zwp_virtual_keyboard_v1_modifiers(fKeyboard.get(), held, 0, 0, 0);
+    if (std::ranges::count(kModifierKeys, scanCode, &ModifierKey::scanCode) > 0) {
+        SendModifiers();
     }
     return true;
+}
+
+void WlrootsDesktop::SendModifiers() {
+    std::uint32_t held = 0;
+    for (const ModifierKey &modifier : kModifierKeys) {
+        held |= fDown.test(modifier.scanCode) ? modifier.bit : 0;
+    }
+    SendModifiers(held);
+}
+
+void WlrootsDesktop::SendModifiers(std::uint32_t held) {
+    zwp_virtual_keyboard_v1_modifiers(fKeyboard.get(), held, 0, 0, fGroup);
+}
+
+// Without a keeper the keys are pressed all the same: it is needed for a program that is killed only.
+void WlrootsDesktop::TellKeeper(const std::bitset<kVirtualKeys> &keys) {
+    std::vector<std::uint16_t> modifiers;
+    for (const ModifierKey &modifier : kModifierKeys) {
+        if (keys.test(modifier.scanCode)) {
+            modifiers.push_back(modifier.scanCode);
+        }
+    }
+    if (fKeeper && modifiers != fKept) {
+        std::ignore = fKeeper->Know(modifiers);
+        fKept = std::move(modifiers);
+    }
 }
 
 bool WlrootsDesktop::Scroll(ScrollDirection direction, int steps) {
     using enum ScrollDirection;
     if (fPointer == nullptr) {
-        return false;
+        if (fKernelKeyboard != nullptr) {
+            fKernelKeyboard->Scroll(direction, steps);
+        }
+        return fKernelKeyboard != nullptr;
     }
     const bool isVertical = direction == Up || direction == Down;
     const std::uint32_t axis =
@@ -373,24 +486,53 @@ bool WlrootsDesktop::Ask(WindowRequest request) {
 }
 
 bool WlrootsDesktop::Flush() {
+    TellKeeper(fFlushed | fDown);
+    const bool isSent = fKernelKeyboard == nullptr || fKernelKeyboard->Flush();
     const Clock::time_point end = Clock::now() + kTimeToRead;
     while (wl_display_flush(fDisplay.get()) < 0) {
         if (errno != EAGAIN || !WaitFor(fDisplay.get(), POLLOUT, end)) {
             break;
         }
     }
-    return wl_display_get_error(fDisplay.get()) == 0;
+    fFlushed = fDown;
+    TellKeeper(fDown);
+    return isSent && wl_display_get_error(fDisplay.get()) == 0;
 }
 
-} // namespace
-
-std::unique_ptr<Desktop> OpenWlrootsDesktop() {
+std::unique_ptr<WlrootsDesktop> StartDesktop(std::string *problem) {
     WaylandDisplay display = ConnectToWayland();
     if (display == nullptr) {
         return nullptr;
     }
     auto desktop = std::make_unique<WlrootsDesktop>(std::move(display));
-    return desktop->Start() ? std::move(desktop) : nullptr;
+    return desktop->Start(problem) ? std::move(desktop) : nullptr;
+}
+
+// The compositor lets the keys of a killed program go, but does not tell windows that its modifiers are up; the next click
+// would come with them. Another keyboard, on which they go down and up, tells them so.
+void WlrootsDesktop::KeepModifiers() {
+    if (fKeyboard == nullptr) {
+        return;
+    }
+    fKeeper.emplace([](const std::vector<std::uint16_t> & /*keys*/) {
+        std::string problem;
+        const std::unique_ptr<WlrootsDesktop> desktop = StartDesktop(&problem);
+        if (desktop != nullptr && desktop->fKeyboard != nullptr) {
+            desktop->SendModifiers(kModifierKeys.front().bit);
+            desktop->SendModifiers(0);
+            std::ignore = desktop->Settle(Clock::now() + kTimeToStart); // nobody is left to be told
+        }
+    });
+}
+
+} // namespace
+
+std::unique_ptr<Desktop> OpenWlrootsDesktop(std::string *problem) {
+    std::unique_ptr<WlrootsDesktop> desktop = StartDesktop(problem);
+    if (desktop != nullptr) {
+        desktop->KeepModifiers();
+    }
+    return desktop;
 }
 
 } // namespace drevix

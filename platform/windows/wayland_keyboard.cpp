@@ -1,6 +1,7 @@
 #include "platform/windows/wayland_keyboard.h"
 
 #include "platform/files/owners.h"
+#include "platform/windows/sway_layout.h"
 #include "platform/windows/wayland_link.h"
 
 #include <algorithm>
@@ -158,7 +159,13 @@ bool Asker::TakeInEvents() {
 bool ReadWaylandKeymap(std::chrono::milliseconds limit, WaylandKeymap *keymap) {
     const Clock::time_point end = Clock::now() + limit;
     const WaylandDisplay display = ConnectToWayland();
-    return display != nullptr && Asker(display.get(), end).Ask(keymap);
+    if (display == nullptr || !Asker(display.get(), end).Ask(keymap)) {
+        return false;
+    }
+    if (const auto sway = keymap->group ? nullptr : SwayLayout::Open()) {
+        keymap->group = sway->Group();
+    }
+    return true;
 }
 
 bool ReadWaylandKeymapOver(void *connection, std::chrono::milliseconds limit, WaylandKeymap *keymap) {

@@ -9,8 +9,9 @@
 namespace drevix {
 
 struct WaylandKeymap {
-    std::string text;                   // in XKB's text format, version 1
-    std::optional<std::uint32_t> group; // the one in force; only a client with the keyboard focus is told it
+    std::string text; // in XKB's text format, version 1
+    std::optional<std::uint32_t>
+        group; // in force; told to the client with the keyboard focus, and by sway to all
 };
 
 // The keymap of the first seat's keyboard, from the compositor of $WAYLAND_DISPLAY, over a connection

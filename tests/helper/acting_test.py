@@ -7,42 +7,33 @@ Ends with 77 where there is no Xvfb, openbox or xdotool.
 """
 import os
 import pathlib
+import re
 import shutil
 import signal
-import struct
 import subprocess
 import sys
-import tempfile
 import time
 import unittest
 
-SKIPPED = 77
+HERE = pathlib.Path(__file__).resolve().parent
+sys.path.insert(0, str(HERE.parent / "support"))
+from acting import BUTTON_I, BUTTON_II, ABS_X, EV_ABS, EV_KEY, EV_REL, REL_WHEEL, SKIPPED, ActingCase  # noqa: E402
+
 if not all(shutil.which(program) for program in ("Xvfb", "openbox", "xdotool")):
     print("skipped: Xvfb, openbox and xdotool are needed")
     sys.exit(SKIPPED)
-PLAYER = pathlib.Path(__file__).resolve().parent / "player.py"
-HELPER, CONTROL, WINDOW = (pathlib.Path(sys.argv.pop(1)).resolve() for _ in range(3))
+ActingCase.helper_program, ActingCase.control_program, WINDOW = (pathlib.Path(sys.argv.pop(1)).resolve() for _ in range(3))
 
-EV_SYN, EV_KEY, EV_REL, EV_ABS = range(4)
-BUTTON_I, BUTTON_II, REL_WHEEL, ABS_X = 0x102, 0x103, 8, 0  # of the map that comes with the program
 SHIFT, CTRL, ALT = 1, 4, 8  # states of X events
 A, B, K, F5 = 38, 56, 45, 71  # X key codes
 MODIFIER_CODES = {37, 50, 64}
 SWITCHES, PRESSES = 20, 50
 
 
-class Acting(unittest.TestCase):
+class Acting(ActingCase):
     @classmethod
     def setUpClass(cls):
-        cls.children = []
-        cls.path = pathlib.Path(tempfile.mkdtemp(prefix="drevix-acting-"))
-        cls.addClassCleanup(shutil.rmtree, cls.path, True)
-        cls.addClassCleanup(cls.end_children)
-        (cls.path / "config").mkdir()
-        cls.environment = {"PATH": os.environ["PATH"], "HOME": str(cls.path), "XDG_CONFIG_HOME": str(cls.path / "config"),
-                           "XDG_STATE_HOME": str(cls.path / "state"), "LC_ALL": "C.UTF-8", "ASAN_OPTIONS": "detect_leaks=0",
-                           "DBUS_SESSION_BUS_ADDRESS": f"unix:path={cls.path}/bus"}
-        cls.start("dbus-daemon", "--session", "--nofork", "--nopidfile", f"--address=unix:path={cls.path}/bus")
+        cls.prepare()
         read, write = os.pipe()
         cls.start("Xvfb", "-displayfd", str(write), "-screen", "0", "640x480x24", "-nolisten", "tcp", pass_fds=[write])
         os.close(write)
@@ -52,12 +43,7 @@ class Acting(unittest.TestCase):
         for name in ("alpha", "beta", "gamma"):
             cls.start(WINDOW, name, output=name)
         cls.until(lambda: all(cls.window(name) for name in ("alpha", "beta", "gamma")))
-        for name in ("alpha", "beta"):
-            program = cls.path / "bin" / name
-            program.parent.mkdir(exist_ok=True)
-            program.write_text("")
-            program.chmod(0o755)
-            cls.ctl("add", str(program))
+        cls.add_programs("alpha", "beta")
         for words in (["buttonI", "keystroke", "F5"], ["tunerCW", "scroll", "up"],
                       ["buttonI", "keystroke", "shift+a", "--app", "alpha"],
                       ["buttonII", "keystroke", "ctrl+k", "--repeat", "-1", "--app", "alpha"],
@@ -66,42 +52,7 @@ class Acting(unittest.TestCase):
                       ["buttonI", "keystroke", "ctrl+alt+b", "--app", "beta"]):
             cls.ctl("assign", *words)
         cls.ctl("set", "tunerSensitivity", "100", "--app", "alpha")
-        os.mkfifo(cls.path / "dial")
         cls.start_helper()
-
-    @classmethod
-    def end_children(cls):
-        for child in reversed(cls.children):
-            child.kill()
-            child.wait()
-
-    @classmethod
-    def start(cls, *command, output="unused", **more):
-        with open(cls.path / output, "ab") as file:
-            child = subprocess.Popen(command, env=cls.environment, stdout=file, stderr=subprocess.STDOUT, **more)
-        cls.children.append(child)
-        return child
-
-    @classmethod
-    def start_helper(cls):
-        (cls.path / "said").write_text("")
-        cls.helper = cls.start(HELPER, "--stand-in", f'file={cls.path}/dial name="Test ring" vendor=0x1234 product=0x5678 '
-                               "axis=ABS_X,-127,127 dial=REL_WHEEL key=BTN_2 key=BTN_3", output="said")
-        cls.until(lambda: "ready\n" in (cls.path / "said").read_text())
-        cls.dial = open(cls.path / "dial", "wb", buffering=0)
-        cls.addClassCleanup(cls.dial.close)
-
-    @classmethod
-    def until(cls, condition, what="nothing happened"):
-        end = time.monotonic() + 20
-        while not condition():
-            if time.monotonic() > end:
-                raise AssertionError(what)
-            time.sleep(0.01)
-
-    @classmethod
-    def ctl(cls, *words):
-        return subprocess.run([CONTROL, *words], env=cls.environment, capture_output=True, text=True, timeout=30, check=True).stdout
 
     @classmethod
     def window(cls, name):
@@ -122,13 +73,6 @@ class Acting(unittest.TestCase):
         """The keys that a window got, without modifiers, each with the state that it came with."""
         lines = [line.split() for line in self.told(name) if line.startswith(kind + " ")]
         return [(int(code), int(state)) for _, code, state in lines if int(code) not in MODIFIER_CODES]
-
-    def send(self, *events):
-        self.dial.write(b"".join(struct.pack("llHHi", 0, 0, *event) for event in (*events, (EV_SYN, 0, 0))))
-
-    def press(self, button):
-        self.send((EV_KEY, button, 1))
-        self.send((EV_KEY, button, 0))
 
     def keys_down(self):
         return int(subprocess.run([WINDOW], env=self.environment, capture_output=True, text=True, timeout=30, check=True).stdout)
@@ -163,6 +107,22 @@ class Acting(unittest.TestCase):
         after = len(self.keys("alpha"))
         self.assertEqual(self.ctl("press", "buttonI"), "keys shift+KEY_A\n")
         self.until(lambda: len(self.keys("alpha")) == after + 1)
+
+    def test_2_watchers_are_told_of_a_control_30_times_a_second_and_of_all_that_it_did(self):
+        self.activate("gamma")
+        watch = self.start(self.control_program, "watch", output="watched")
+
+        def told():
+            return [int((re.search(r", (\d+) times", line) or [0, 1])[1]) for line in self.told("watched") if line.startswith("buttonI: ")]
+        self.until(lambda: self.press(BUTTON_I) or told(), "nothing is told")
+        time.sleep(1)  # what came meanwhile is told
+        lines, before, begin = len(told()), sum(told()), time.monotonic()
+        for _ in range(400):
+            self.press(BUTTON_I)
+        self.until(lambda: sum(told()) >= before + 400, "not all was told")
+        self.assertEqual(sum(told()), before + 400)
+        self.assertLessEqual(len(told()) - lines, 30 * (time.monotonic() - begin) + 2)
+        watch.kill()
 
     def test_3_a_change_counts_at_once_and_switched_off_is_off(self):
         self.activate("alpha")
@@ -215,7 +175,7 @@ class Acting(unittest.TestCase):
         self.assertEqual(self.ctl("press", "buttonV"), "nothing: no player runs\n")
         players = {}
         for name in ("first", "second"):
-            players[name] = self.start("/usr/bin/python3", PLAYER, name, output=name)
+            players[name] = self.start("/usr/bin/python3", HERE / "player.py", name, output=name)
             self.until(lambda name=name: "ready" in self.told(name))
         self.ctl("press", "buttonP")
         self.until(lambda: self.told("second") == ["ready", "PlayPause"])

@@ -126,8 +126,8 @@ class Connection:
                 yield self.files.pop(0)
                 continue
             number, body = struct.unpack("=I", body[:4])[0], body[4:]
-            if kind == "s":
-                yield body[:number - 1].decode() if number else None
+            if kind in "sa":
+                yield body[:number] if kind == "a" else body[:number - 1].decode() if number else None
                 body = body[number + -number % 4:]
             else:
                 yield number

@@ -15,7 +15,7 @@ namespace {
 using Event = std::tuple<int, int, int>;
 
 std::vector<Event> Sent(int from) {
-    std::array<input_event, 64> events{};
+    std::array<input_event, 256> events{};
     const ssize_t size = read(from, events.data(), sizeof events);
     std::vector<Event> sent;
     for (std::size_t i = 0; size > 0 && i < static_cast<std::size_t>(size) / sizeof events.front(); ++i) {
@@ -31,7 +31,8 @@ TEST(DesktopUinput, KeysAndWheel_AreReportsOfTheKernel) {
     ASSERT_EQ(socketpair(AF_UNIX, SOCK_STREAM, 0, compositors.data()), 0);
     const SystemDescriptor sent(pipes[0]);
     SystemDescriptor compositor(compositors[1]);
-    auto desktop = MakeUinputDesktop(SystemDescriptor(pipes[1]), SystemDescriptor(compositors[0]));
+    auto desktop = MakeUinputDesktop(std::make_unique<KernelKeyboard>(SystemDescriptor(pipes[1])),
+                                     SystemDescriptor(compositors[0]));
     const Event end{EV_SYN, SYN_REPORT, 0};
 
     ASSERT_TRUE(desktop->Key(KEY_LEFTCTRL, true) && desktop->Key(KEY_A, true) && desktop->Key(KEY_A, false));

@@ -15,6 +15,7 @@ import tempfile
 
 sys.path.insert(0, str(pathlib.Path(__file__).parents[2] / "support"))
 import wayland  # noqa: E402
+from compositor import SEAT, TOPLEVELS, Compositor  # noqa: E402
 
 PROBE = sys.argv[1]
 SKIPPED = 77
@@ -40,16 +41,20 @@ children = []
 
 class Window:
     def __init__(self, display, name):
-        self.connection = wayland.Connection(display)
+        self.connection, self.group = wayland.Connection(display), 0
         seat = self.connection.bind("wl_seat", 5)
         self.events = []
         keyboard = self.connection.make(seat, 1)
         pointer = self.connection.make(seat, 0)
         self.connection.on(keyboard, 3, "uuuu", lambda _serial, _time, key, down: self.events.append(("key", key, down)))
-        self.connection.on(keyboard, 4, "uuuuu", lambda _serial, held, *_rest: self.events.append(("held", held)))
+        self.connection.on(keyboard, 4, "uuuuu", self.take_modifiers)
         self.connection.on(pointer, 8, "ui", lambda axis, steps: self.events.append(("wheel", axis, steps)))
         wayland.DragWindow(self.connection, seat, name, 200)
         self.connection.sync()
+
+    def take_modifiers(self, _serial, held, _latched, _locked, group):
+        self.events.append(("held", held))
+        self.group = group
 
     def expect(self, *events):
         def look():
@@ -63,10 +68,10 @@ class Window:
 
 
 class Probe:
-    def __init__(self, environment):
+    def __init__(self, environment, first="open"):
         self.process = subprocess.Popen([PROBE], env=environment, stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True, bufsize=1)
         children.append(self.process)
-        self.expect("open")
+        self.expect(first)
 
     def expect(self, wanted):
         seen = []
@@ -95,10 +100,10 @@ def main():
 
     connection = wayland.Connection(display)
     hands = wayland.Hands(connection, SIZE)
-    hands.use_layouts("pc+de")
+    hands.use_layouts("pc+us+de:2")
     one, two = Window(display, "one"), Window(display, "two")
     connection.sync()
-    environment = {"PATH": os.environ["PATH"], "XDG_RUNTIME_DIR": str(folder), "WAYLAND_DISPLAY": display}
+    environment = {"PATH": os.environ["PATH"], "XDG_RUNTIME_DIR": str(folder), "WAYLAND_DISPLAY": display, "SWAYSOCK": control}
     probe = Probe(environment)
     for _ in range(3):
         for name, window in (("one", one), ("two", two)):
@@ -107,6 +112,19 @@ def main():
             probe.do(f"down {CTRL_KEY}", f"down {A}", f"up {A}", f"up {CTRL_KEY}")
             window.expect(("held", 4), ("key", A, 1), ("key", A, 0), ("held", 0))
 
+    # The session's keyboard is switched to its second layout and back; a program that starts meanwhile knows too.
+    for group, starts in ((1, False), (1, True), (0, False)):
+        hands.use_group(group)
+        if starts:
+            probe = Probe(environment)
+        else:
+            probe.expect("layout changed")
+        two.connection.sync()
+        two.events.clear()
+        probe.do(f"down {A}", f"up {A}")
+        two.connection.wait(lambda: ("key", A, 0) in two.events, "the key")
+        if two.group != group:
+            sys.exit(f"typed in layout {two.group}, wanted {group}")
     hands.point(450, 50)
     probe.do(f"scroll {UP} 1", f"scroll {RIGHT} 1")
     two.expect(("wheel", 0, 0xFFFFFFFF), ("wheel", 1, 1))
@@ -134,6 +152,19 @@ def main():
 
     probe = Probe(environment)
     compositor.kill()
+    probe.expect("lost")
+    if not os.access("/dev/uinput", os.W_OK):  # else the machine's own desktop would get the key
+        try_without_keyboard(environment)
+
+
+def try_without_keyboard(environment):
+    """A compositor tells its windows but takes no keys, and the kernel makes no keyboard: one line says so."""
+    stand_in = Compositor(folder / "other", [SEAT, TOPLEVELS], front="in-front")
+    probe = Probe({**environment, "WAYLAND_DISPLAY": "other", "SWAYSOCK": ""}, first="the Wayland compositor takes no keys from programs, "
+                  "and no keyboard can be made by /dev/uinput: No such file or directory; see DrevixHelper(1)")
+    probe.expect("front in-front")
+    probe.do(f"down {A}", f"scroll {UP} 1", answer="no")
+    stand_in.end()
     probe.expect("lost")
 
 

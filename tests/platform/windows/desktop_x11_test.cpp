@@ -193,6 +193,29 @@ TEST_F(DesktopX11, Keys_AreLetGoAtEveryEnd) {
     EXPECT_TRUE(Within(5s, [&] { return !IsDown(kLeftShift) && !IsDown(kKeyA); })) << "killed";
 }
 
+TEST_F(DesktopX11, Wheel_TurnsInWhatIsUnderThePointer) {
+    const xcb_window_t window = Window("a", "A");
+    const std::uint32_t everywhere[] = {4000, 4000};
+    xcb_configure_window(fManager.get(), window, XCB_CONFIG_WINDOW_WIDTH | XCB_CONFIG_WINDOW_HEIGHT,
+                         everywhere);
+    const std::uint32_t buttons = XCB_EVENT_MASK_BUTTON_PRESS;
+    xcb_change_window_attributes(fManager.get(), window, XCB_CW_EVENT_MASK, &buttons);
+    xcb_map_window(fManager.get(), window);
+    EXPECT_FALSE(IsDown(kKeyA)); // the server has come so far
+    using enum ScrollDirection;
+    ASSERT_TRUE(fDesktop->Scroll(Up, 2) && fDesktop->Scroll(Down, 1) && fDesktop->Scroll(Left, 1) &&
+                fDesktop->Scroll(Right, 1) && fDesktop->Flush());
+    std::vector<int> turned;
+    Within(5s, [&] {
+        const Freed<xcb_generic_event_t> event(xcb_poll_for_event(fManager.get()), &std::free);
+        if (event != nullptr && (event->response_type & 0x7F) == XCB_BUTTON_PRESS) {
+            turned.push_back(reinterpret_cast<const xcb_button_press_event_t *>(event.get())->detail);
+        }
+        return turned.size() >= 5;
+    });
+    EXPECT_EQ(turned, (std::vector<int>{4, 4, 5, 6, 7}));
+}
+
 TEST_F(DesktopX11, Requests_GoToTheWindowManager) {
     const struct {
         WindowRequest request;

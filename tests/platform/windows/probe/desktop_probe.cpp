@@ -1,5 +1,6 @@
 // Does to the session's desktop what it reads, for tests: "down CODE", "up CODE", "scroll DIRECTION STEPS", "ask REQUEST",
-// numbers as in the headers, and says "no" to what cannot be done there. Tells each front window, and "lost" in the end.
+// numbers as in the headers, and says "no" to what cannot be done there. Tells a problem or "open", each front window, other
+// layouts, and "lost" in the end.
 #include "platform/windows/desktop.h"
 
 #include <cstdio>
@@ -7,6 +8,7 @@
 #include <poll.h>
 #include <sstream>
 #include <string>
+#include <utility>
 
 namespace {
 
@@ -34,12 +36,16 @@ int main() {
         std::cout << problem << std::endl;
         return 1;
     }
-    std::cout << "open" << std::endl;
+    std::cout << (problem.empty() ? "open" : problem) << std::endl;
     drevix::FrontWindow front;
+    unsigned layouts = desktop->LayoutChanges();
     for (std::string line; desktop->Take() && desktop->Flush();) {
         if (desktop->Front() != front) {
             front = desktop->Front();
             std::cout << "front " << front.entryId << std::endl;
+        }
+        if (std::exchange(layouts, desktop->LayoutChanges()) != desktop->LayoutChanges()) {
+            std::cout << "layout changed" << std::endl;
         }
         pollfd looks[] = {{desktop->Descriptor(), POLLIN, 0}, {STDIN_FILENO, POLLIN, 0}};
         poll(looks, 2, -1);
