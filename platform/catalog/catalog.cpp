@@ -20,7 +20,7 @@
 namespace drevix {
 namespace {
 
-constexpr mode_t kNewFolderMode = 0777;               // less the user's umask
+constexpr mode_t kNewFolderMode = 0700; // a link in it says what it leads to, whoever may read it
 constexpr OSType kLinkCreator = FourCharCode("rhap"); // the platform's creator for symbolic links
 constexpr std::string_view kAppleDoubleStart = "._";
 

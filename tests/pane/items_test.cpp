@@ -88,6 +88,10 @@ TEST_F(Items, Leaving_RemovesWhatNoRecordOpensOnceTheFileIsWritten) {
         }
         fPane->willUnselect();
         EXPECT_EQ(fProblem.isEmpty(), !isInTheWay);
+        EXPECT_FALSE(ResolveDrevixItem(old).path.empty()) << "earlier settings name it too";
+        fs::remove_all(fFolder.Path("state/com.halcyra.drevix/history"));
+        fPane->didSelect();
+        fPane->willUnselect();
         EXPECT_EQ(ResolveDrevixItem(old).path.empty(), keeps == Keeps::Nothing);
         EXPECT_EQ(ItemOf(kButtonII), fFolder.Path("new.txt"));
         fs::remove(fFolder.path);

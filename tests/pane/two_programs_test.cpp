@@ -87,7 +87,8 @@ class TwoPrograms : public PanelTest {
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
         environment.insert(QLatin1String(kFolder), TextOf(fFolder.Path()));
         environment.insert(QLatin1String(kRole), QLatin1String(role));
-        environment.remove(u"XDG_RUNTIME_DIR"_s); // another login session's is another one
+        environment.insert(u"XDG_RUNTIME_DIR"_s,
+                           TextOf(fFolder.Path("config"))); // another session has another one
         process.setProcessEnvironment(environment);
         process.setProcessChannelMode(QProcess::ForwardedChannels);
         process.start(QCoreApplication::applicationFilePath(), {u"--gtest_filter=TwoPrograms.Other"_s});

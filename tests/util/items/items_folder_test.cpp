@@ -71,6 +71,7 @@ TEST_F(Items, Find_MakesItOnlyWhenAsked) {
     EXPECT_EQ(folder, 0);
     EXPECT_EQ(find(kName, kCreateFolder), noErr);
     EXPECT_EQ(PathFromSpec(spec), ItemsFolder());
+    EXPECT_EQ(std::filesystem::status(ItemsFolder()).permissions(), std::filesystem::perms(0700));
     EXPECT_EQ(PathFromSpec({volume, folder, {1, 'x'}}), Item("x"));
     EXPECT_EQ(FindDrevixItemsFolder(kName, kDontCreateFolder, nullptr, nullptr, nullptr), noErr);
 
