@@ -196,8 +196,11 @@ std::int32_t SyncToKorvane(QBaseHandle base, KorvaneResults *results) try {
     // Keeps writes by two of our programs from interleaving. The companion does not use the lock.
     UserLock turn;
     const bool isOurTurn = turn.Acquire(kLockName, kLongestTurn) != fBsyErr;
-    std::ranges::transform(kKorvaneApps, each.begin(),
-                           [&](const KorvaneApp &app) { return UpdateFile(base, app, isOurTurn); });
+    for (std::size_t row = 0; row < each.size(); ++row) {
+        if (each[row].state != KorvaneFileState::NotRead) { // else the buttons do not know yet what it says
+            each[row] = UpdateFile(base, kKorvaneApps[row], isOurTurn);
+        }
+    }
     turn.Release();
     // Either program may not be running.
     std::ignore = RequestDriverPrefsUpdate(kTarnixName.data());

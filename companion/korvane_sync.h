@@ -35,7 +35,8 @@ using KorvaneResults = std::array<KorvaneFileResult, kKorvaneApps.size()>;
 // hotkey keeps its position and title. If another program changes a file meanwhile it is read again; one that
 // keeps changing is left for next time, as are all files if another of our programs holds them for more than
 // half a second. Returns the announcement's status ("notification_socket.h"). The base is not changed.
-// *results, if given, gets the result for each file.
+// *results, if given, gets the result for each file; one that is NotRead there, as SyncFromKorvane has left it, is
+// not written, as the buttons would take from it what it says.
 std::int32_t SyncToKorvane(QBaseHandle base, KorvaneResults *results = nullptr);
 
 // Reads the buttons' menu entries of every companion application's record from its hotkey file. A record

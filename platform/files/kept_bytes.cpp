@@ -131,8 +131,8 @@ Fate MendFile(const Note &note, const std::string &kept) {
     std::string old;
     std::string found;
     struct stat status {};
-    if (ReadWholeFile(kept, &old) != noErr) {
-        return Fate::Stays;
+    if (const OSErr read = ReadWholeFile(kept, &old); read != noErr) {
+        return read == fnfErr ? Fate::Goes : Fate::Stays; // only the note could not be removed
     }
     if (CurrentDisk().StatusAt(note.path.c_str(), &status) != 0) {
         const bool isRemoved =

@@ -2,6 +2,7 @@
 
 #include "platform/base/status.h"
 #include "platform/files/disk.h"
+#include "platform/files/file_update.h"
 
 #include <array>
 #include <climits>
@@ -51,8 +52,15 @@ OSErr FollowLinks(const std::string &path, std::string *target) try {
 
 OSErr MakeFolders(const std::string &path) {
     for (std::size_t end = path.find('/', 1);; end = path.find('/', end + 1)) {
-        if (CurrentDisk().MakeFolder(path.substr(0, end).c_str(), kNewFolderMode) != 0 && errno != EEXIST) {
-            return LastError();
+        const std::string folder = path.substr(0, end);
+        OSErr status = noErr;
+        if (CurrentDisk().MakeFolder(folder.c_str(), kNewFolderMode) == 0) {
+            status = FlushFolder(FolderOfPath(folder)); // or a power cut takes it away with all that is in it
+        } else if (errno != EEXIST) {
+            status = LastError();
+        }
+        if (status != noErr) {
+            return status;
         }
         if (end == std::string::npos) {
             return noErr;

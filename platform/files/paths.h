@@ -20,7 +20,8 @@ namespace drevix {
 // cycle of links; memFullErr.
 [[nodiscard]] OSErr FollowLinks(const std::string &path, std::string *target);
 
-// Creates a folder, accessible only to the user, and missing ones above it. noErr, also if it exists.
+// Creates a folder, accessible only to the user, and missing ones above it, each on the disk for good. noErr, also if it
+// exists.
 [[nodiscard]] OSErr MakeFolders(const std::string &path);
 
 // Whether to create a missing folder.

@@ -1,0 +1,79 @@
+#!/usr/bin/python3
+"""Lets every request for memory of drevixctl fail in turn, once and from then on: it ends by itself, says what it has not done,
+and leaves what it changes as before or as after.
+
+Usage: memory_test.py FAIL_MEMORY DREVIXCTL [--whole]
+Without --whole some of the requests, other ones in every run; DREVIX_SEED chooses them again.
+"""
+import os
+import random
+import re
+import subprocess
+import sys
+
+import programs
+
+SEED = int(os.environ.get("DREVIX_SEED", random.randrange(1 << 30)))
+FEW = 80  # runs of a short run
+NEXT = re.compile(r"^drevixctl: ", re.M)
+
+
+def run(world, library, operation, **variables):
+    """The status, what is said, and the number of requests."""
+    words = [word.format(world.root) for word in programs.OPERATIONS[operation]]
+    command = ["sh", "-c", 'exec 3>"$1"; shift; exec env LD_PRELOAD="$@"', "sh", str(world.base / "requests"), library, world.control, *words]
+    done = subprocess.run(command, env={**world.environment, **variables}, capture_output=True, timeout=programs.TIMEOUT, check=False)
+    requests = (world.base / "requests").read_text()
+    return done.returncode, done.stderr.decode(errors="replace"), int(requests) if requests else 0
+
+
+def check(world, library, operation, at, ever, before, after):
+    variables = {"DREVIX_FAIL_AT": str(at), **({"DREVIX_FAIL_EVER": "1"} if ever else {})}
+    status, said, _ = run(world, library, operation, **variables)
+    assert status in (0, 1), f"status {status}: {said}"
+    found = world.state()
+    torn = programs.torn_now(found, before, after, said or "nothing")
+    if "keep what they have" in said:  # without what the companion's file says the settings are others, and that is told
+        world.must("check")
+        torn = [path for path in torn if path != programs.SETTINGS]
+    assert not torn, f"torn: {torn}, status {status}: {said}"
+    if status == 0 and not said:
+        lost = [path for path in after if found.get(path) != after[path]]
+        assert not lost, f"reported as done, and is not: {lost}"
+    assert status == 0 or NEXT.search(said), f"status {status}, and says: {said}"
+    world.must("list")
+    torn = set(programs.differences(world.state(), before, after)) - ({programs.SETTINGS} if "keep what" in said else set())
+    assert not torn, f"torn after the next program: {torn}"
+
+
+def main():
+    library, control = sys.argv[1:3]
+    if b"asan" in subprocess.run(["ldd", control], capture_output=True, check=True).stdout:
+        sys.exit(77)  # the sanitizer has an allocator of its own
+    whole, chance = "--whole" in sys.argv, random.Random(SEED)
+    world = programs.World("", control, "")
+    operations = [operation for operation in programs.chosen() if operation not in ("panel", "mend")]
+    tried, failed = 0, 0
+    for operation in operations:
+        world.prepare(operation)
+        before = world.state()
+        status, said, requests = run(world, library, operation)
+        assert status == 0 and requests > 0, f"{operation}: {status}, {said}"
+        after = world.state()
+        points = [(at, ever) for at in range(1, requests + 1) for ever in (False, True)]
+        for at, ever in points if whole else chance.sample(points, FEW // len(operations)):
+            world.reset()
+            tried += 1
+            try:
+                check(world, library, operation, at, ever, before, after)
+            except AssertionError as error:
+                failed += 1
+                print(f"{operation}, request {at}{' and all later ones' if ever else ''}: {str(error).strip()}", flush=True)
+        if whole:
+            print(f"{operation}: {requests} requests", flush=True)
+    world.close()
+    print(f"{tried} runs, {failed} failed; DREVIX_SEED={SEED}")
+    sys.exit(failed > 0)
+
+
+main()
