@@ -157,7 +157,7 @@ class DrevixPane : public QObject,
     void TakeEarlier(const EarlierSettings &earlier, RecordNumber record);
 
     // Undo and Redo (pane_undo.cpp)
-    using StepSide = std::optional<AppPrefs> RecordChange::*;
+    using StepSide = std::optional<AppPrefs> StepChange::*;
     class OneStep;
     void BuildUndoControls();
     [[nodiscard]] const AppPrefs *PrefsHere(RecordNumber number) const;

@@ -183,7 +183,7 @@ void DrevixPane::DropStaleSteps() {
 
 void DrevixPane::actPaneButtonUndo() {
     const UndoStep *const step = fUndoSteps.ToUndo();
-    if (step != nullptr && TakeStep(*step, &RecordChange::after, &RecordChange::before, step->shownBefore)) {
+    if (step != nullptr && TakeStep(*step, &StepChange::after, &StepChange::before, step->shownBefore)) {
         fUndoSteps.WasUndone();
     }
     ShowUndoButtons();
@@ -191,7 +191,7 @@ void DrevixPane::actPaneButtonUndo() {
 
 void DrevixPane::actPaneButtonRedo() {
     const UndoStep *const step = fUndoSteps.ToRedo();
-    if (step != nullptr && TakeStep(*step, &RecordChange::before, &RecordChange::after, step->shownAfter)) {
+    if (step != nullptr && TakeStep(*step, &StepChange::before, &StepChange::after, step->shownAfter)) {
         fUndoSteps.WasRedone();
     }
     ShowUndoButtons();
@@ -238,7 +238,7 @@ OSErr DrevixPane::TakeEdit(const AppPrefs &from, const AppPrefs &to) {
 OSErr DrevixPane::TakeChanges(const UndoStep &step, StepSide from, StepSide to, const AppPrefs &shown) {
     KeepEdits();
     OSErr status = noErr;
-    for (const RecordChange &change : step.changes) {
+    for (const StepChange &change : step.changes) {
         const std::optional<AppPrefs> &wanted = change.*to;
         RecordNumber number = kNoRecord;
         if (change.*from) {

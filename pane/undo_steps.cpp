@@ -41,7 +41,7 @@ std::size_t MovedSlider(const UndoStep &step) {
     return i;
 }
 
-std::string NameOf(const RecordChange &change) {
+std::string NameOf(const StepChange &change) {
     return FoldedName(change.before ? *change.before : *change.after);
 }
 
@@ -62,8 +62,8 @@ void UndoSteps::Note(const AppPrefs *before, const AppPrefs *after, const AppPre
     const auto copy = [](const AppPrefs *prefs) {
         return prefs == nullptr ? std::nullopt : std::optional(*prefs);
     };
-    RecordChange change = {copy(before), copy(after)};
-    const auto earlier = std::ranges::find_if(fMaking.changes, [&](const RecordChange &other) {
+    StepChange change = {copy(before), copy(after)};
+    const auto earlier = std::ranges::find_if(fMaking.changes, [&](const StepChange &other) {
         return change.before && IsSame(other.after, change.before);
     });
     if (earlier != fMaking.changes.end()) {
@@ -75,7 +75,7 @@ void UndoSteps::Note(const AppPrefs *before, const AppPrefs *after, const AppPre
 
 void UndoSteps::EndStep(const AppPrefs &shown, SlotIndex control) {
     std::erase_if(fMaking.changes,
-                  [](const RecordChange &change) { return IsSame(change.before, change.after); });
+                  [](const StepChange &change) { return IsSame(change.before, change.after); });
     if (fMaking.changes.empty()) {
         return;
     }
@@ -99,7 +99,7 @@ bool UndoSteps::Join() {
         !IsSame(fSteps.back().changes[0].after, fMaking.changes[0].before)) {
         return false;
     }
-    RecordChange &joined = fSteps.back().changes[0];
+    StepChange &joined = fSteps.back().changes[0];
     joined.after = fMaking.changes[0].after;
     fSteps.back().shownAfter = fMaking.shownAfter;
     if (IsSame(joined.before, joined.after)) {
@@ -136,24 +136,24 @@ void UndoSteps::WasRedone() {
 // What a record is now is what its last step made of it, or what the first one that is undone found.
 void UndoSteps::DropChangedElsewhere(const Question &isThere, const Question &isGone) {
     std::map<std::string, bool> isChanged;
-    const auto look = [&](const RecordChange &change, const std::optional<AppPrefs> &now) {
+    const auto look = [&](const StepChange &change, const std::optional<AppPrefs> &now) {
         if (const auto [seen, isNew] = isChanged.try_emplace(NameOf(change)); isNew) {
             seen->second = now ? !isThere(*now) : !isGone(change.before ? *change.before : *change.after);
         }
     };
     for (std::size_t i = fDone; i-- > 0;) {
-        for (const RecordChange &change : fSteps[i].changes) {
+        for (const StepChange &change : fSteps[i].changes) {
             look(change, change.after);
         }
     }
     for (std::size_t i = fDone; i < fSteps.size(); ++i) {
-        for (const RecordChange &change : fSteps[i].changes) {
+        for (const StepChange &change : fSteps[i].changes) {
             look(change, change.before);
         }
     }
     for (std::size_t i = fSteps.size(); i-- > 0;) {
         std::erase_if(fSteps[i].changes,
-                      [&](const RecordChange &change) { return isChanged.at(NameOf(change)); });
+                      [&](const StepChange &change) { return isChanged.at(NameOf(change)); });
         if (fSteps[i].changes.empty()) {
             fSteps.erase(fSteps.begin() + static_cast<std::ptrdiff_t>(i));
             fDone -= i < fDone ? 1 : 0;

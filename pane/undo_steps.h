@@ -15,14 +15,14 @@ inline constexpr std::size_t kMostUndoSteps = 100;
 // Of all steps together, so that large imports do not fill the memory; the latest step stays all the same.
 inline constexpr std::size_t kMostUndoChanges = 20'000; // 3.3 KB each
 
-struct RecordChange {
+struct StepChange {
     std::optional<AppPrefs> before; // nullopt: added
     std::optional<AppPrefs> after;  // nullopt: deleted
 };
 
 struct UndoStep {
-    std::vector<RecordChange> changes; // each record once
-    AppPrefs shownBefore;              // the record in the window
+    std::vector<StepChange> changes; // each record once
+    AppPrefs shownBefore;            // the record in the window
     AppPrefs shownAfter;
     SlotIndex control = kNoSlot; // the control that was edited
 };
