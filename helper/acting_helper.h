@@ -88,7 +88,7 @@ class ActingHelper {
     std::unique_ptr<Desktop> fDesktop;
     LoopWatch fDesktopWatch;
     unsigned fLayoutChanges = 0; // of the desktop, as of the last look
-    std::string fNoDesktop; // why there is none; empty while there is one
+    std::string fNoDesktop;      // why there is none; empty while there is one
     SteadyTime fNextLook{};
     std::optional<FrontWindow> fReported; // by a program that knows better than the desktop tells
     std::set<std::string> fComplaints;    // that were told

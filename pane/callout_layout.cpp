@@ -21,7 +21,6 @@ constexpr qreal kOneLineHeight = 1.4;
 constexpr qreal kLeastAction = 8; // room for an action beside its name
 constexpr qreal kLargestPicture = 30;
 constexpr qreal kSmallestPicture = 10.5; // that callouts may leave
-constexpr qreal kLeastTarget = 24;       // pixels, for a finger
 
 // In units of the drawing: beside the body, where lines bend that go straight to their control.
 constexpr qreal kLeftElbow = -4;
@@ -58,7 +57,8 @@ static_assert(kLeftRows.size() + kRightRows.size() == kCallouts);
 constexpr int kMostRows = static_cast<int>(kLeftRows.size());
 
 qreal HeightOf(CalloutForm form, qreal em) {
-    return form == CalloutForm::TwoLines ? kTwoLineHeight * em : std::max(kOneLineHeight * em, kLeastTarget);
+    return form == CalloutForm::TwoLines ? kTwoLineHeight * em
+                                         : std::max(kOneLineHeight * em, qreal{kLeastTarget});
 }
 
 // Callouts stand a pixel apart at least, and u from the stage's edges.

@@ -14,11 +14,8 @@ namespace drevix {
 namespace {
 
 constexpr qreal kNameSize = 0.9;
-constexpr qreal kRadius = 4; // pixels, as the widths below
 constexpr qreal kThinLine = 1;
 constexpr qreal kThickLine = 2;
-constexpr qreal kRingWidth = 2;
-constexpr qreal kGroundOfRing = 4;
 constexpr qreal kDotRadius = 2.5;
 constexpr qreal kPressedShare = 0.15; // of Base on its way to Highlight
 constexpr qreal kLineShare = 0.5;     // of Text on its way to Base
@@ -61,12 +58,7 @@ void CalloutPainter::PaintCallout(QPainter &painter, const Callout &callout, con
     PaintGround(painter, callout.frame, state);
     PaintTexts(painter, callout, text, state);
     if (state.isFocused) { // seen on every ground, as one of its two colours always stands out
-        painter.setBrush(Qt::NoBrush);
-        for (const auto &[role, width] :
-             {std::pair(QPalette::Base, kGroundOfRing), {QPalette::Text, kRingWidth}}) {
-            painter.setPen(QPen(fPalette.color(role), width));
-            painter.drawRoundedRect(Inset(callout.frame, -kRingWidth / 2), kRadius, kRadius);
-        }
+        PaintFocusRing(painter, Inset(callout.frame, -kRingWidth / 2), fPalette);
     }
 }
 

@@ -40,10 +40,6 @@ QPoint WayOfKey(int key) {
 constexpr qreal kOfDisabled = 0.5;
 constexpr qreal kOfPointedAt = 0.35; // of a light
 
-bool IsChoosingKey(int key) {
-    return key == Qt::Key_Return || key == Qt::Key_Enter || key == Qt::Key_Space;
-}
-
 } // namespace
 
 int PictureIndexOf(SlotIndex slot) {

@@ -17,9 +17,7 @@ constexpr qreal kHairlineShare = 0.17;
 constexpr qreal kGroundShare = 0.16;
 constexpr QRgb kNewsColor = 0xFFD98A00;
 constexpr QRgb kFailureColor = 0xFFD04030;
-constexpr qreal kRingWidth = 2;    // pixels
 constexpr qreal kGroundOfRing = 4; // below it, seen on both sides
-constexpr qreal kRadius = 4;
 
 qreal Linear(int channel) {
     const qreal share = channel / 255.0;
@@ -31,6 +29,10 @@ qreal Luminance(const QColor &color) {
 }
 
 } // namespace
+
+bool IsChoosingKey(int key) {
+    return key == Qt::Key_Return || key == Qt::Key_Enter || key == Qt::Key_Space;
+}
 
 qreal EmOf(const QFont &font) {
     return std::ceil(QFontMetricsF(font).height());

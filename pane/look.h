@@ -12,6 +12,14 @@ class QRectF;
 
 namespace drevix {
 
+// In pixels: of rounded corners, of the ring around what has the focus, and the least height of what a finger hits.
+inline constexpr qreal kRadius = 4;
+inline constexpr qreal kRingWidth = 2;
+inline constexpr int kLeastTarget = 24;
+
+// The keys that choose what has the focus.
+[[nodiscard]] bool IsChoosingKey(int key);
+
 // The em, the height of a line of the font, in device-independent pixels, and the unit u of all small
 // distances: a quarter of it, 4 at least.
 [[nodiscard]] qreal EmOf(const QFont &font);

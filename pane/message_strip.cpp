@@ -14,7 +14,7 @@
 namespace drevix {
 namespace {
 
-constexpr qreal kIconEms = 1.4;
+constexpr qreal kSignEms = 1.4;
 constexpr qreal kBadgeEms = 1.65;
 
 struct KindLook {
@@ -40,7 +40,7 @@ void Empty(QLayout *layout) {
     }
 }
 
-QLabel *MakeLabel(QWidget *parent, const char *name) {
+QLabel *MakeStripLabel(QWidget *parent, const char *name) {
     auto *const label = new QLabel(parent);
     label->setObjectName(QLatin1String(name));
     label->setTextFormat(Qt::PlainText);
@@ -51,9 +51,9 @@ QLabel *MakeLabel(QWidget *parent, const char *name) {
 } // namespace
 
 MessageStrip::MessageStrip(QWidget *parent)
-    : TintedBar(parent), fIcon(new QLabel(this)), fTitle(MakeLabel(this, "uiStripTitle")),
-      fText(MakeLabel(this, "uiStripText")), fSteps(new QWidget(this)), fStepRow(new QHBoxLayout(fSteps)),
-      fButtonRow(new QHBoxLayout) {
+    : TintedBar(parent), fIcon(new QLabel(this)), fTitle(MakeStripLabel(this, "uiStripTitle")),
+      fText(MakeStripLabel(this, "uiStripText")), fSteps(new QWidget(this)),
+      fStepRow(new QHBoxLayout(fSteps)), fButtonRow(new QHBoxLayout) {
     QFont bold = fTitle->font();
     bold.setWeight(QFont::DemiBold);
     fTitle->setFont(bold);
@@ -129,7 +129,7 @@ void MessageStrip::Fill(StripKind kind, const StripMessage &message) {
     SetTint(look.tint);
     fIcon->setVisible(look.icon != nullptr);
     if (look.icon != nullptr) {
-        const int side = static_cast<int>(kIconEms * EmOf(font()));
+        const int side = static_cast<int>(kSignEms * EmOf(font()));
         fIcon->setPixmap(QIcon::fromTheme(QLatin1String(look.icon), style()->standardIcon(look.standIn))
                              .pixmap({side, side}, devicePixelRatioF()));
     }
@@ -147,7 +147,7 @@ void MessageStrip::FillSteps(const QStringList &steps) {
     int number = 0;
     for (const QString &step : steps) {
         fStepRow->addWidget(new StepBadge(++number, fSteps));
-        QLabel *text = MakeLabel(fSteps, "uiStripStep");
+        QLabel *text = MakeStripLabel(fSteps, "uiStripStep");
         text->setText(step);
         fStepRow->addWidget(text, 1);
     }

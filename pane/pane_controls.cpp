@@ -20,12 +20,11 @@ namespace {
 // Sizes in lines of the font, and sizes of type.
 constexpr qreal kPagesEms = 15.5;
 constexpr qreal kActionEms = 42;
-constexpr qreal kTitleSize = 1.3;
+constexpr qreal kTitleScale = 1.3;
 constexpr qreal kControlSize = 1.15;
-constexpr qreal kSmallSize = 0.9;
+constexpr qreal kNoteScale = 0.9;
 
 // What is clicked is high enough to be hit.
-constexpr int kLeastTarget = 24; // pixels
 constexpr auto kTargetClasses =
     std::to_array<const char *>({"QAbstractButton", "QComboBox", "QLineEdit", "QSlider"});
 
@@ -165,12 +164,12 @@ void DrevixPane::BuildAreas() {
         font.setWeight(isSemibold ? QFont::DemiBold : QFont::Normal);
         widget->setFont(font);
     };
-    scale(uiHeaderTextName, kTitleSize, true);
-    scale(uiHeaderTextNote, kSmallSize, false);
+    scale(uiHeaderTextName, kTitleScale, true);
+    scale(uiHeaderTextNote, kNoteScale, false);
     scale(uiSettingsTextControl, kControlSize, true);
-    scale(uiSettingsTextButtons, kSmallSize, false);
-    scale(uiSettingsTextAxis, kSmallSize, false);
-    scale(uiSettingsTextKeystroke, kSmallSize, false);
+    scale(uiSettingsTextButtons, kNoteScale, false);
+    scale(uiSettingsTextAxis, kNoteScale, false);
+    scale(uiSettingsTextKeystroke, kNoteScale, false);
     uiSettingsButtonFactory->setMinimumWidth(static_cast<int>(4 * em));
     for (QWidget *target : fMainView->findChildren<QWidget *>()) {
         const bool isTarget = std::ranges::any_of(

@@ -6,6 +6,7 @@
 #include "pane/editor_tables.h"
 #include "pane/file_panels.h"
 #include "pane/pane_text.h"
+#include "pane/pop_up_menu.h"
 #include "pane/target_item.h"
 #include "platform/base/status.h"
 #include "platform/files/kept_bytes.h"
@@ -22,10 +23,6 @@
 
 namespace drevix {
 namespace {
-
-QStandardItemModel *ModelOf(const QComboBox *menu) {
-    return qobject_cast<QStandardItemModel *>(menu->model());
-}
 
 // What came of an import file, with the place and the reason where the file is damaged.
 QString ImportProblem(OSErr status, const PropertyListProblem &problem) {

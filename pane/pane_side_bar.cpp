@@ -4,6 +4,7 @@
 #include "pane/editor_tables.h"
 #include "pane/look.h"
 #include "pane/pane_text.h"
+#include "pane/pop_up_menu.h"
 #include "pane/target_delegate.h"
 #include "pane/target_item.h"
 #include "settings/pascal_strings.h"
@@ -42,10 +43,6 @@ QIcon IconOfCommand(int tag) {
     return row == kCommandIcons.end()
                ? QIcon()
                : QIcon::fromTheme(QLatin1String(row->name), QIcon::fromTheme(QLatin1String(row->standIn)));
-}
-
-QStandardItemModel *ModelOf(const QComboBox *menu) {
-    return qobject_cast<QStandardItemModel *>(menu->model());
 }
 
 // The first of an area's widgets that takes the keyboard, null when none does now.

@@ -17,10 +17,6 @@
 namespace drevix {
 namespace {
 
-bool IsSame(const AppPrefs &a, const AppPrefs &b) {
-    return std::memcmp(&a, &b, sizeof a) == 0;
-}
-
 // The record with these bytes.
 template <class Records>
 RecordNumber FindBytes(RecordNumber count, const AppPrefs &prefs, const Records &record) {

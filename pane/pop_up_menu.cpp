@@ -66,4 +66,8 @@ void PopUpMenu::wheelEvent(QWheelEvent *event) {
     event->ignore();
 }
 
+QStandardItemModel *ModelOf(const QComboBox *menu) {
+    return qobject_cast<QStandardItemModel *>(menu->model());
+}
+
 } // namespace drevix

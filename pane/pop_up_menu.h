@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QComboBox>
+#include <QStandardItemModel>
 
 namespace drevix {
 
@@ -30,5 +31,8 @@ class PopUpMenu : public QComboBox {
   private:
     bool fHasSecondColumn = false;
 };
+
+// The items of a menu that was not given a model of another kind.
+[[nodiscard]] QStandardItemModel *ModelOf(const QComboBox *menu);
 
 } // namespace drevix

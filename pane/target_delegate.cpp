@@ -14,13 +14,11 @@
 namespace drevix {
 namespace {
 
-constexpr qreal kRadius = 4;
-constexpr qreal kIconEms = 1.2;
+constexpr qreal kRowIconEms = 1.2;
 constexpr qreal kRowEms = 1.65;
 constexpr qreal kHeadingSize = 0.85;
 constexpr qreal kPillSize = 0.85;
 constexpr qreal kOfOff = 0.5;
-constexpr int kLeastTarget = 24; // pixels
 
 QString OffText() {
     return QCoreApplication::translate("Targets", "Off");
@@ -54,7 +52,7 @@ class RowPainter {
     }
     void PaintRing() { PaintFocusRing(fPainter, Inset(2), fOption.palette); }
     void PaintIcon(const QIcon &icon, bool isOff) {
-        const int side = static_cast<int>(std::lround(EmOf(fOption.font) * kIconEms));
+        const int side = static_cast<int>(std::lround(EmOf(fOption.font) * kRowIconEms));
         QRect place(0, 0, side, side);
         place.moveCenter(fRoom.toRect().center());
         place.moveLeft(static_cast<int>(fRoom.left()));

@@ -26,7 +26,6 @@ namespace {
 constexpr qreal kGlobalEms = 2.4;
 constexpr qreal kIconEms = 1.2;
 constexpr qreal kNoteSize = 0.9;
-constexpr qreal kRadius = 4;
 
 // The global settings: always seen, above the list that may scroll.
 class GlobalRow : public QAbstractButton {
@@ -97,10 +96,6 @@ QToolButton *MakeButton(QWidget *parent, const char *name) {
     button->setAutoRaise(true);
     button->setFocusPolicy(Qt::StrongFocus);
     return button;
-}
-
-bool IsChoosingKey(int key) {
-    return key == Qt::Key_Return || key == Qt::Key_Enter || key == Qt::Key_Space;
 }
 
 } // namespace

@@ -16,10 +16,6 @@ constexpr auto kSliderFields = std::to_array<std::uint8_t DevicePrefs::*>(
      &DevicePrefs::navSensitivityZ, &DevicePrefs::navSpeed, &DevicePrefs::navSpeedX, &DevicePrefs::navSpeedY,
      &DevicePrefs::navSpeedZ, &DevicePrefs::toolSensitivity});
 
-bool IsSame(const AppPrefs &a, const AppPrefs &b) {
-    return std::memcmp(&a, &b, sizeof a) == 0;
-}
-
 bool IsSame(const std::optional<AppPrefs> &a, const std::optional<AppPrefs> &b) {
     return a.has_value() == b.has_value() && (!a || IsSame(*a, *b));
 }
@@ -54,6 +50,10 @@ std::size_t CountChanges(const std::deque<UndoStep> &steps) {
 }
 
 } // namespace
+
+bool IsSame(const AppPrefs &a, const AppPrefs &b) {
+    return std::memcmp(&a, &b, sizeof a) == 0;
+}
 
 void UndoSteps::Note(const AppPrefs *before, const AppPrefs *after, const AppPrefs &shown) {
     if (fMaking.changes.empty()) {

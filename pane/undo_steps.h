@@ -27,6 +27,8 @@ struct UndoStep {
     SlotIndex control = kNoSlot; // the control that was edited
 };
 
+[[nodiscard]] bool IsSame(const AppPrefs &a, const AppPrefs &b);
+
 class UndoSteps {
   public:
     // Adds a change to the step that is being made; null: no record. `shown` is the record in the window.

@@ -96,7 +96,7 @@ constexpr bool Holds(const GroupMenu &menu, int code) {
 
 // Whether the title is unique, so that it can name the command, and fits in a menu.
 constexpr bool HasGoodTitle(const ActionInfo &action) {
-    constexpr std::size_t kLongestTitle = 28;
+    constexpr std::size_t kLongestTitle = 32;
     return !action.title.empty() && action.title.size() <= kLongestTitle &&
            std::ranges::count(kActions, action.title, &ActionInfo::title) == 1;
 }

@@ -112,7 +112,7 @@ class Soak:
         if self.first is None:
             self.first = (time.monotonic(), now) if self.first is None else self.first
         started, first = self.first
-        if time.monotonic() - started < 5:  # it is still being drawn
+        if time.monotonic() - started < 20:  # it is still being drawn
             self.first = (started, now)
             return
         assert now[0] <= first[0] + 4, f"descriptors of the panel grow from {first[0]} to {now[0]}"

@@ -299,6 +299,7 @@ void Leave(pid_t thread) {
 
 [[noreturn]] void Become(char **words) {
     std::vector<sock_filter> filter = {BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr))};
+    filter.reserve(2 * kCalls.size() + 2);
     for (const Call &call : kCalls) {
         filter.push_back(BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, static_cast<std::uint32_t>(call.number), 0, 1));
         filter.push_back(BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_TRACE));

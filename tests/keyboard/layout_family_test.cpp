@@ -18,11 +18,11 @@
 namespace drevix {
 namespace {
 
-using KeyTable = std::array<std::uint8_t, 128>;
+using FamilyTable = std::array<std::uint8_t, 128>;
 
 const FSRef kResources = {DREVIX_TEST_DATA "/../../resources"};
 
-KeyTable TableOf(const char *layout, const char *variant = "") {
+FamilyTable FamilyTableOf(const char *layout, const char *variant = "") {
     KeyboardCharacters characters{};
     EXPECT_TRUE(KeyboardCharactersOfLayout({"", "", layout, variant, ""}, &characters)) << layout;
     return KeyCharacters(characters);
@@ -53,10 +53,10 @@ TEST(LayoutFamilies, Letters_AreTypedAsInTheUnitedStates) {
         {"us", "dvorak", "dvorak"},
         {"us", "colemak", "colemak"},
     };
-    const KeyTable us = TableOf("us");
+    const FamilyTable us = FamilyTableOf("us");
     const std::vector<AppPrefs> byUs = RecordsIn(kResources);
     for (const auto &row : kRows) {
-        const KeyTable table = TableOf(row.layout, row.variant);
+        const FamilyTable table = FamilyTableOf(row.layout, row.variant);
         ASSERT_EQ(FamilyOfLayout(table).folder, row.folder) << row.layout << " " << row.variant;
         const std::vector<AppPrefs> records = RecordsIn(FactoryFolder(kResources, FamilyOfLayout(table)));
         ASSERT_EQ(records.size(), byUs.size());
@@ -78,7 +78,7 @@ TEST(LayoutFamilies, Letters_AreTypedAsInTheUnitedStates) {
 TEST(LayoutFamilies, Folder_IsTheResourceFolderWhereThereIsNoneForTheFamily) {
     const LayoutFamily nowhere = {"nowhere", {}};
     EXPECT_EQ(FactoryFolder(kResources, nowhere).path, kResources.path);
-    EXPECT_EQ(FamilyOfLayout(KeyTable{}).folder, "") << "before a layout is known";
+    EXPECT_EQ(FamilyOfLayout(FamilyTable{}).folder, "") << "before a layout is known";
 }
 
 TEST(LayoutFamilies, OtherFamilies_DoWhatTheirFilesSay) {

@@ -17,11 +17,11 @@ constexpr struct {
     int index;
     QPointF middle;
     qreal radius;
-} kButtons[] = {{13, {48, 222}, 21},
-                {14, {82, 266}, 21},
-                {10, {234, 274}, 19},
-                {12, {267, 242}, 19},
-                {11, {283, 199}, 19}};
+} kDrawnButtons[] = {{13, {48, 222}, 21},
+                     {14, {82, 266}, 21},
+                     {10, {234, 274}, 19},
+                     {12, {267, 242}, 19},
+                     {11, {283, 199}, 19}};
 
 std::vector<QLineF> LinesOf(const Callout &callout) {
     return {{callout.leader[0], callout.leader[1]}, {callout.leader[1], callout.leader[2]}};
@@ -46,7 +46,7 @@ qreal Distance(const QPointF &point, const QLineF &line) {
 
 void ExpectClearOfButtons(const StageLayout &layout, int index) {
     const qreal scale = layout.picture.width() / ControlMap::kSide;
-    for (const auto &button : kButtons) {
+    for (const auto &button : kDrawnButtons) {
         for (const QLineF &line : LinesOf(layout.callouts[static_cast<std::size_t>(index)])) {
             EXPECT_TRUE(button.index == index || Distance(layout.picture.topLeft() + button.middle * scale,
                                                           line) > button.radius * scale)

@@ -4,7 +4,7 @@
 namespace drevix::test {
 namespace {
 
-constexpr SlotIndex kButtonI = 18;
+constexpr SlotIndex kFirstButton = 18;
 constexpr std::uint8_t kPlaceOfY = 16;
 
 class Layouts : public PanelTest {
@@ -24,7 +24,7 @@ class Layouts : public PanelTest {
         std::filesystem::remove(fFolder.path);
     }
     [[nodiscard]] const ControlText &ButtonI() const {
-        return Find<DevicePicture>("uiSettingsTabsImages")->controlText(PictureIndexOf(kButtonI));
+        return Find<DevicePicture>("uiSettingsTabsImages")->controlText(PictureIndexOf(kFirstButton));
     }
 
     const ScopedVariable fNoDisplay{"DISPLAY", ""};
@@ -38,7 +38,7 @@ TEST_F(Layouts, Undo_IsUndoOnAFirstStart) {
         StartIn(layout, variant);
         EXPECT_EQ(ButtonI().action, u"Ctrl+Z"_s) << layout << variant;
         EXPECT_FALSE(ButtonI().isChanged) << layout << variant;
-        EXPECT_EQ(Slot(kButtonI).keyCode, key) << layout << variant;
+        EXPECT_EQ(Slot(kFirstButton).keyCode, key) << layout << variant;
     }
 }
 
@@ -46,14 +46,14 @@ TEST_F(Layouts, RecordsOfTheUser_AreNotMovedAndNotCalledChanged) {
     StartIn("us");
     Edit();
     Click("uiPaneButtonApply");
-    const std::uint8_t before = Slot(kButtonI).keyCode;
+    const std::uint8_t before = Slot(kFirstButton).keyCode;
     StartIn("de");
-    EXPECT_EQ(Slot(kButtonI).keyCode, before);
+    EXPECT_EQ(Slot(kFirstButton).keyCode, before);
     EXPECT_EQ(ButtonI().action, u"Ctrl+Y"_s);
     EXPECT_FALSE(ButtonI().isChanged);
     Click("uiSettingsButtonTriggerDefaults");
     EXPECT_EQ(ButtonI().action, u"Ctrl+Z"_s) << "the factory's is that of the layout in force";
-    EXPECT_EQ(Slot(kButtonI).keyCode, kPlaceOfY);
+    EXPECT_EQ(Slot(kFirstButton).keyCode, kPlaceOfY);
 }
 
 } // namespace

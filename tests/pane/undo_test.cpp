@@ -11,7 +11,7 @@
 namespace drevix::test {
 namespace {
 
-constexpr int kDelete = 8; // counted from the end of the list
+constexpr int kDeleteKey = 8; // counted from the end of the list
 
 class Undo : public PanelTest {
   protected:
@@ -42,7 +42,7 @@ class Undo : public PanelTest {
     }
     void Delete() const {
         AnswerNext([](QDialog *panel) { Press(panel, u"Delete"_s); });
-        ASSERT_TRUE(ChooseCommand(kDelete));
+        ASSERT_TRUE(ChooseCommand(kDeleteKey));
     }
     void Import(const std::vector<AppPrefs> &records) const {
         const std::string path = fFolder.Path("import.veltrana");

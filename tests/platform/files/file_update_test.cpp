@@ -181,14 +181,14 @@ TEST(FileUpdate, FilesUnderTemporaryNames_GoOnlyIfLeftByADeadProgramOfThisUser) 
     ASSERT_EQ(CurrentDisk().Lock(alive.Get()), 0);
     const std::string dead = folder + ".f" + digits + "f.new";
     WriteWhole(dead, "half");
-    EXPECT_EQ(Update(folder + "f", UpdateMethod::Replace, "new"), noErr);
+    EXPECT_EQ(UpdateFile(folder + "f", UpdateMethod::Replace, "new"), noErr);
     EXPECT_EQ(ScratchFolder::Names(folder), stay);
     for (std::size_t i = 1; i + 1 < stay.size(); ++i) {
         EXPECT_EQ(ReadWhole(folder + stay[i]), "stays") << stay[i];
     }
     WriteWhole(dead, "a stranger's");
     if (::geteuid() == 0 && ::chown(dead.c_str(), 65534, 65534) == 0) {
-        EXPECT_EQ(Update(folder + "f", UpdateMethod::Replace, "new"), noErr);
+        EXPECT_EQ(UpdateFile(folder + "f", UpdateMethod::Replace, "new"), noErr);
         EXPECT_EQ(ReadWhole(dead), "a stranger's");
     }
 }
