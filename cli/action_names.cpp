@@ -15,7 +15,7 @@ constexpr auto kRestrictions = std::to_array<RestrictionInfo>({
     {kOneSlotOnly,       "oneControlOnly",            "once"},
     {kNavAppsOnly,       "companionAppsOnly",         "apps"},
     {kToolMenuRecords,   "companionAppsOrGlobalOnly", "apps or global"},
-    {kToolMenuButtons,   "buttonsIToIIIOnly",         "I to III"},
+    {kToolMenuButtons,   "buttonsIToIIIOnly",         "I-III"},
     {kTunerOnly,         "tunerOnly",                 "tuner"},
     {kNotOnTuner,        "notOnTuner",                "no tuner"},
 });

@@ -43,7 +43,8 @@ void FoldingSplitter::Start() {
 void FoldingSplitter::SetLimits() {
     if (count() == 2) {
         const qreal em = EmOf(font());
-        widget(0)->setMinimumWidth(static_cast<int>(std::lround(kLeastEms * em)));
+        const int least = static_cast<int>(std::lround(kLeastEms * em));
+        widget(0)->setMinimumWidth(std::max(least, widget(0)->minimumSizeHint().width()));
         widget(0)->setMaximumWidth(static_cast<int>(std::lround(kMostEms * em)));
         TakeWidth();
     }

@@ -53,8 +53,9 @@ QFont ScaledFont(const QFont &font, qreal factor) {
 }
 
 QColor Blend(const QColor &from, const QColor &to, qreal share) {
-    const auto mix = [share](int a, int b) { return static_cast<int>(std::lround(a + (b - a) * share)); };
-    return {mix(from.red(), to.red()), mix(from.green(), to.green()), mix(from.blue(), to.blue())};
+    const auto mix = [part = static_cast<float>(share)](float a, float b) { return std::lerp(a, b, part); };
+    return QColor::fromRgbF(mix(from.redF(), to.redF()), mix(from.greenF(), to.greenF()),
+                            mix(from.blueF(), to.blueF()));
 }
 
 qreal ContrastOf(const QColor &a, const QColor &b) {

@@ -286,7 +286,9 @@ void DrevixPane::ShowSaveState(SaveState state, const QString &text) {
     QFont font = uiPaneTextDifferences->font();
     font.setWeight(state == SaveState::Saved ? QFont::Normal : QFont::DemiBold);
     uiPaneTextDifferences->setFont(font);
-    uiPaneTextDifferences->SetShortText(isFailed ? fSaveProblem : QString());
+    uiPaneTextDifferences->SetShortText(isFailed                    ? fSaveProblem
+                                        : state != SaveState::Saved ? tr("Unsaved")
+                                                                    : QString());
     if (uiPaneTextDifferences->text() != text) {
         uiPaneTextDifferences->setText(text);
         uiPaneSaveBar->setAccessibleName(text);

@@ -441,16 +441,20 @@
         <translation>Menü des Begleitgeräts</translation>
     </message>
     <message>
-        <source>Application tool</source>
-        <translation>Werkzeug der Anwendung</translation>
+        <source>Tool</source>
+        <translation>Werkzeug</translation>
     </message>
     <message>
-        <source>Application navigation</source>
-        <translation>Navigation in der Anwendung</translation>
+        <source>Navigation</source>
+        <translation>Navigation</translation>
     </message>
     <message>
         <source>Open file or application</source>
         <translation>Datei oder Anwendung öffnen</translation>
+    </message>
+    <message>
+        <source>Item</source>
+        <translation>Objekt</translation>
     </message>
     <message>
         <source>Desktop</source>
@@ -2022,6 +2026,10 @@
     <message>
         <source>Unsaved changes</source>
         <translation>Ungesicherte Änderungen</translation>
+    </message>
+    <message>
+        <source>Unsaved</source>
+        <translation>Ungesichert</translation>
     </message>
     <message>
         <source>Unsaved changes in %1</source>

@@ -99,7 +99,9 @@ std::string X11Link::AwaitText(xcb_get_property_cookie_t question) {
 std::vector<std::uint32_t> X11Link::AwaitNumbers(xcb_get_property_cookie_t question) {
     const std::string bytes = AwaitBytes(question, 32);
     std::vector<std::uint32_t> numbers(bytes.size() / sizeof(std::uint32_t));
-    std::memcpy(numbers.data(), bytes.data(), numbers.size() * sizeof(std::uint32_t));
+    if (!numbers.empty()) {
+        std::memcpy(numbers.data(), bytes.data(), numbers.size() * sizeof(std::uint32_t));
+    }
     return numbers;
 }
 

@@ -70,7 +70,7 @@ TEST_F(Commands, Refusals_LeaveTheFileAndSayWhatToDo) {
     for (const auto &[line, says] : std::initializer_list<std::pair<std::string, const char *>>{
              {"show --app Nobody", "no record for \"Nobody\"; nothing was changed; 'drevixctl list'"},
              {"set configName Mine", "global record has no name"},
-             {"assign buttonI use_the_global_setting", "the global record cannot hold it"},
+             {"assign buttonI same_as_global_settings", "the global record cannot hold it"},
              {"assign ringLeft zoom_in --app Browser", "application does not support it"},
              {"assign tunerCW zoom_in --app Painter", "does not work on this control"},
              {"assign buttonI open /nowhere", "cannot assign open /nowhere: "},
