@@ -87,7 +87,7 @@ QIcon ApplicationIcons::IconOf(const QString &fileName, const QString &name) con
     if (const auto known = fIcons.constFind(fileName); known != fIcons.constEnd()) {
         return *known;
     }
-    const QIcon icon = fIsAtOnce ? LookUp(fileName, name) : TileOf(fileName, name);
+    QIcon icon = fIsAtOnce ? LookUp(fileName, name) : TileOf(fileName, name);
     fIcons.insert(fileName, icon);
     if (!fIsAtOnce) {
         fWanted.insert(fileName, name);

@@ -48,7 +48,7 @@ QLabel *MakeLabel(const QString &text) {
 } // namespace
 
 ConfirmPanel::ConfirmPanel(Kind kind, const QString &name, QWidget *window)
-    : QDialog(window), fForAll(new QCheckBox(tr("Do the same for &all"))), fEffect(nullptr) {
+    : QDialog(window), fForAll(new QCheckBox(tr("Do the same for &all"))) {
     const ConfirmTexts &texts = kTexts[static_cast<std::size_t>(kind)];
     setObjectName(QLatin1String(texts.panel));
     setWindowModality(Qt::WindowModal);

@@ -31,7 +31,7 @@ class ConfirmPanel : public QDialog {
     void actModalButtonCancel();
 
     QCheckBox *fForAll;
-    QLabel *fEffect;
+    QLabel *fEffect = nullptr;
 };
 
 } // namespace drevix

@@ -38,7 +38,7 @@ QString HelpPagePath(const FSRef &resources, const char *page) {
     const QString book = TextOf(resources.path) + QLatin1String("/help/");
     for (const QString &language : QLocale().uiLanguages()) {
         const QString code = language.section(QLatin1Char('-'), 0, 0);
-        const QString path = book + code + QLatin1Char('/') + QLatin1String(page);
+        QString path = book + code + QLatin1Char('/') + QLatin1String(page);
         if (code == QLatin1String("en")) {
             break;
         }

@@ -211,7 +211,7 @@ bool DrevixPane::MayReplace(const AppPrefs &record, ReplaceAnswer &answer, bool 
 // Whose settings would go, where that is another application: two names may come to one in Mac OS Roman.
 QString DrevixPane::NameOfReplaced(const AppPrefs &record, const QString &name) const {
     const AppPrefs *replaced = GetAppPrefs(fDrevixBase, FindReplacedAppPrefs(fDrevixBase, record));
-    const QString old = replaced == nullptr ? name : NameOf(*replaced);
+    QString old = replaced == nullptr ? name : NameOf(*replaced);
     if (old != name) {
         return old;
     }

@@ -239,7 +239,7 @@ bool DrevixPane::eventFilter(QObject *watched, QEvent *event) {
 
 // The record's name for people. One that its Mac OS Roman could not hold, or not in full, is its desktop entry's.
 QString DrevixPane::NameOf(const AppPrefs &prefs) const {
-    const QString stored = ShownName(prefs);
+    QString stored = ShownName(prefs);
     if (prefs.application == kGlobalSignature) {
         return stored;
     }

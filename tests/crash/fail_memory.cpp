@@ -23,8 +23,10 @@ long gFailAt = 0;
 bool gForEver = false;
 Main gMain = nullptr;
 
+thread_local int gExempt = 0; // inside a library that cannot do without memory
+
 bool Fails() {
-    if (gCount < 0) {
+    if (gCount < 0 || gExempt > 0) {
         return false;
     }
     const long count = ++gCount;
@@ -45,9 +47,28 @@ int CountedMain(int count, char **words, char **environment) {
     return status;
 }
 
+// Calls the library's own function of that name without a failure.
+template <class Result, class... Arguments>
+Result CallExempt(const char *name, Arguments... arguments) {
+    using Function = Result (*)(Arguments...);
+    const auto own = reinterpret_cast<Function>(::dlsym(RTLD_NEXT, name));
+    ++gExempt;
+    Result result = own(arguments...);
+    --gExempt;
+    return result;
+}
+
 } // namespace
 
 extern "C" {
+
+// The keymap library reads through null pointers where it gets no memory.
+void *xkb_context_new(int flags) {
+    return CallExempt<void *>("xkb_context_new", flags);
+}
+void *xkb_keymap_new_from_names(void *context, const void *names, int flags) {
+    return CallExempt<void *>("xkb_keymap_new_from_names", context, names, flags);
+}
 
 void *malloc(std::size_t size) {
     return Fails() ? nullptr : __libc_malloc(size);

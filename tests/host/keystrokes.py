@@ -9,7 +9,7 @@ EVERYWHERE = [
     ("ctrl+24", 0x0C, CTRL, None),
     ("super+shift+25", 0x0D, CMD | SHIFT, None),  # W
     ("ctrl+alt+shift+super+39", 0x01, CTRL | OPT | SHIFT | CMD, None),  # S
-    ("alt+38", 0x00, OPT, None),  # the panel's own Apply
+    ("alt+29", 0x10, OPT, None),  # the panel's own Apply
     ("ctrl+15", 0x16, CTRL, None),  # 6
     ("49", 0x32, 0, None),  # a dead key in German and French
     ("94", 0x0A, 0, None),  # beside the left shift key on ISO keyboards

@@ -20,12 +20,12 @@ from keystrokes import CAPS, EVERYWHERE, OF_WINDOW_MANAGER, OPT, US_NAMES, WITH_
 PROGRAM, CONTROL = sys.argv[1:]
 SKIPPED = 77
 LAYOUTS = [
-    # setxkbmap's words, keycodes of the letters Y (the field) and A (Apply), names that differ from the US layout's, more keys
-    ("us", 29, 38, {}, []),
-    ("de", 52, 38, {0x32: "^"}, [("ISO_Level3_Shift+24", 0x0C, OPT, "q")]),
-    ("fr", 29, 24, {0x00: "q", 0x0C: "a", 0x0D: "z", 0x16: "-"}, []),
-    ("ru,us", 29, 38, {}, []),  # as it is used: without Latin letters no mnemonic could be pressed
-    ("us dvorak", 28, 38, {0x0C: "'", 0x0D: ",", 0x01: "o", 0x02: "e", 0x08: "j"}, []),
+    # setxkbmap's words, keycodes of the letters K (the field) and Y (Apply), names that differ from the US layout's, more keys
+    ("us", 45, 29, {}, []),
+    ("de", 45, 52, {0x32: "^"}, [("ISO_Level3_Shift+24", 0x0C, OPT, "q")]),
+    ("fr", 45, 29, {0x00: "q", 0x0C: "a", 0x0D: "z", 0x16: "-"}, []),
+    ("ru,us", 45, 29, {}, []),  # as it is used: without Latin letters no mnemonic could be pressed
+    ("us dvorak", 55, 28, {0x0C: "'", 0x0D: ",", 0x01: "o", 0x02: "e", 0x08: "j"}, []),
 ]
 
 if not shutil.which("Xvfb"):

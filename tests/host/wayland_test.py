@@ -25,7 +25,7 @@ SIZE = (1600, 1000)
 X_KEYCODE_OFFSET = 8  # X11 counts keys from 8
 MODIFIERS = {"shift": wayland.SHIFT, "ctrl": wayland.CONTROL, "alt": wayland.ALT, "super": wayland.SUPER}
 OF_COMPOSITOR = ("alt+70", "super+40")
-ESCAPE, F2, A, Y, Z = 1, 60, 30, 21, 44  # evdev codes, of the letters by the US layout
+ESCAPE, F2, A, K, Y, Z = 1, 60, 30, 37, 21, 44  # evdev codes, of the letters by the US layout
 A_STORED = 0x00
 
 # What the compositor would do by itself with two of the combinations that are pressed.
@@ -248,8 +248,8 @@ def leave_and_return(desk, panel):
 def main():
     desk = Desk()
     type_names(desk)
-    count = sum(press_all(desk, *row) for row in [("pc+us+de:2", 1, Z, A, 0x10), ("pc+us", 0, Y, A, 0x06)])
-    panel = desk.start_panel(Y)
+    count = sum(press_all(desk, *row) for row in [("pc+us+de:2", 1, K, Z, 0x10), ("pc+us", 0, K, Y, 0x06)])
+    panel = desk.start_panel(K)
     leave_and_return(desk, panel)
     drop_file(desk)
     desk.end(panel)
