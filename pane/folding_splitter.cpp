@@ -43,8 +43,6 @@ void FoldingSplitter::Start() {
 void FoldingSplitter::SetLimits() {
     if (count() == 2) {
         const qreal em = EmOf(font());
-        const int least = static_cast<int>(std::lround(kLeastEms * em));
-        widget(0)->setMinimumWidth(std::max(least, widget(0)->minimumSizeHint().width()));
         widget(0)->setMaximumWidth(static_cast<int>(std::lround(kMostEms * em)));
         TakeWidth();
     }
@@ -64,7 +62,10 @@ QSize FoldingSplitter::minimumSizeHint() const {
     return count() == 2 ? widget(1)->minimumSizeHint() : QSplitter::minimumSizeHint();
 }
 
+// The titles of its buttons may be set after the limits, and have another length in each language.
 void FoldingSplitter::Fold(int width) {
+    const int least = static_cast<int>(std::lround(kLeastEms * EmOf(font())));
+    widget(0)->setMinimumWidth(std::max(least, widget(0)->minimumSizeHint().width()));
     const int both = widget(0)->minimumWidth() + handleWidth() + widget(1)->minimumSizeHint().width();
     const bool isShown = !fIsHidden && width >= both;
     if (isShown == IsSideShown()) {

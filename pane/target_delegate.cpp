@@ -114,7 +114,9 @@ class RowPainter {
 void PaintHeading(QPainter &painter, const QStyleOptionViewItem &option, const QString &text) {
     const qreal unit = UnitOf(EmOf(option.font));
     painter.setFont(HeadingFont(option.font));
-    painter.setPen(DimColor(option.palette));
+    QPalette palette = option.palette; // a heading cannot be chosen, but is not off
+    palette.setCurrentColorGroup(QPalette::Active);
+    painter.setPen(DimColor(palette));
     painter.drawText(QRectF(option.rect).adjusted(2 * unit, 0, -unit, -unit / 2),
                      Qt::AlignBottom | Qt::AlignLeft | Qt::TextSingleLine, text);
 }

@@ -183,6 +183,7 @@ void TargetSideBar::SetActions(QAction *add, QAction *remove, QMenu *more) {
     fMore->setMenu(more);
     fMore->setPopupMode(QToolButton::InstantPopup);
     fMore->setIcon(more->icon());
+    fMore->setText(QStringLiteral("\u22EE")); // seen where no theme has the icon
     fMore->setToolTip(tr("More"));
     fMore->setAccessibleName(tr("More"));
     fMore->setStyleSheet(QStringLiteral("QToolButton::menu-indicator { image: none; }"));

@@ -183,7 +183,8 @@ TEST_F(Devices, Help_OpensThePageAboutTheFocus) {
     for (const auto &[open, page] : {std::pair{9, "applications.html"}, {6, "import-export.html"}}) {
         WriteHelp(page);
         AnswerNext([](QDialog *dialog) {
-            EXPECT_TRUE(QTest::qWaitFor([&] { return dialog->isVisible() && dialog->focusWidget() != nullptr; }));
+            EXPECT_TRUE(
+                QTest::qWaitFor([&] { return dialog->isVisible() && dialog->focusWidget() != nullptr; }));
             QTest::keyClick(dialog->focusWidget(), Qt::Key_F1);
             dialog->reject();
         });
