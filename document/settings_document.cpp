@@ -102,6 +102,9 @@ SettingsDocument::Reading SettingsDocument::Read(RefusedFile refused) const {
                                              : ReadDevicePrefs(reading.base.get(), fPath, fResources,
                                                                fVersion, refused, &reading.file);
     if (reading.status == noErr) {
+        reading.status = reading.file.defaults; // else a save would store the base without them for good
+    }
+    if (reading.status == noErr) {
         reading.status = EnsureGlobalPrefs(reading.base.get(), fResources);
     }
     return reading;

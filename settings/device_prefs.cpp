@@ -82,18 +82,51 @@ void ClearGlobalNames(QBaseHandle base) {
     }
 }
 
-// Adds the factory records to a base that has none, or only those of an older version.
-void MergeDefaults(QBaseHandle base, const FSRef &resourceFolder, std::uint32_t version) {
+// Whether the base already has the factory record. Gives records of its name the wildcard signature.
+bool MatchFactoryRecord(QBaseHandle base, const AppPrefs &factory) {
+    bool matched = false;
+    for (RecordNumber i = 0; i < QBaseCountRecords(base); ++i) {
+        AppPrefs *prefs = GetAppPrefs(base, i);
+        if (prefs == nullptr || PStringCmp(prefs->appFileName.data(), factory.appFileName.data()) != 0) {
+            continue;
+        }
+        const bool same = prefs->application == factory.application;
+        if (!same && factory.application == kWildcardSignature) {
+            prefs->application = kWildcardSignature;
+            QBaseSetRecordsChanged(base, true);
+        }
+        matched = matched || prefs->application == factory.application;
+    }
+    return matched;
+}
+
+// As GetDeviceDefaultPrefs, but memFullErr if memory was out for one of the records.
+OSErr AddDefaults(QBaseHandle base, const std::string &path) {
+    std::size_t skipped = 0;
+    const auto add = [base](const AppPrefs &factory) {
+        if (!MatchFactoryRecord(base, factory) && QBaseAddRecord(base, &factory, sizeof factory) == kNoRecord) {
+            throw std::bad_alloc();
+        }
+    };
+    const OSErr status = ReadAppPrefsFile(path, add, nullptr, &skipped);
+    return status == memFullErr || skipped != 0 ? memFullErr : noErr;
+}
+
+// Adds the factory records to a base that has none, or only those of an older version. noErr, or memFullErr if
+// memory was out for one of them.
+OSErr MergeDefaults(QBaseHandle base, const FSRef &resourceFolder, std::uint32_t version) {
     if (QBaseCountRecords(base) != 0 && version <= QBaseGetUserLong(base)) {
-        return;
+        return noErr;
     }
     ClearGlobalNames(base);
+    OSErr status = noErr;
     if (!resourceFolder.path.empty()) {
-        GetDeviceDefaultPrefs(base, resourceFolder.path + '/' + kDefaultsFileName);
+        status = AddDefaults(base, resourceFolder.path + '/' + kDefaultsFileName);
     }
     if (version != 0) {
         QBaseSetUserLong(base, version);
     }
+    return status;
 }
 
 // Everything but finding the file: `status` is the result of that; an empty path means no file to read.
@@ -104,10 +137,10 @@ OSErr LoadDevicePrefs(QBaseHandle base, OSErr status, const std::string &path, c
     if (status == noErr && !path.empty()) {
         status = ReadRecords(base, path);
     }
-    *file = {status, QBaseCountRecords(base)};
+    *file = {.status = status, .records = QBaseCountRecords(base)};
     ValidateDevicePrefs(base);
     QBaseSetReadOnly(base, !MayBeReplaced(path, status, refused));
-    MergeDefaults(base, resourceFolder, version);
+    file->defaults = MergeDefaults(base, resourceFolder, version);
     return QBaseCountRecords(base) == 0 ? resNotFound : noErr;
 }
 
@@ -141,24 +174,6 @@ bool ClearAppCommands(AppPrefs &prefs) {
         }
     }
     return changed;
-}
-
-// Whether the base already has the factory record. Gives records of its name the wildcard signature.
-bool MatchFactoryRecord(QBaseHandle base, const AppPrefs &factory) {
-    bool matched = false;
-    for (RecordNumber i = 0; i < QBaseCountRecords(base); ++i) {
-        AppPrefs *prefs = GetAppPrefs(base, i);
-        if (prefs == nullptr || PStringCmp(prefs->appFileName.data(), factory.appFileName.data()) != 0) {
-            continue;
-        }
-        const bool same = prefs->application == factory.application;
-        if (!same && factory.application == kWildcardSignature) {
-            prefs->application = kWildcardSignature;
-            QBaseSetRecordsChanged(base, true);
-        }
-        matched = matched || prefs->application == factory.application;
-    }
-    return matched;
 }
 
 } // namespace
@@ -258,13 +273,7 @@ OSErr FindDevicePrefsPath(std::string *path) try {
 }
 
 OSErr GetDeviceDefaultPrefs(QBaseHandle base, const std::string &path) {
-    // An unreadable file, or a record for which memory is out, just adds nothing: the user's records matter
-    // more.
-    std::ignore = ReadAppPrefsFile(path, [base](const AppPrefs &factory) {
-        if (!MatchFactoryRecord(base, factory)) {
-            std::ignore = QBaseAddRecord(base, &factory, sizeof factory);
-        }
-    });
+    std::ignore = AddDefaults(base, path);
     return noErr;
 }
 

@@ -73,6 +73,7 @@ enum class RefusedFile : std::uint8_t {
 struct DevicePrefsFile {
     OSErr status = noErr;     // as *fileStatus
     std::int32_t records = 0; // in the file, before factory records were added
+    OSErr defaults = noErr;   // memFullErr: some factory records are missing, for want of memory
 };
 // As GetDevicePrefsFromPath.
 [[nodiscard]] OSErr ReadDevicePrefs(QBaseHandle base, const std::string &path, const FSRef &resourceFolder,
