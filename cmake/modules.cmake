@@ -25,7 +25,7 @@ target_include_directories(drevix_options INTERFACE "${PROJECT_SOURCE_DIR}")
 target_compile_definitions(drevix_options INTERFACE DREVIX_VERSION_MAJOR=${PROJECT_VERSION_MAJOR}
     DREVIX_VERSION_MINOR=${PROJECT_VERSION_MINOR} DREVIX_VERSION_PATCH=${PROJECT_VERSION_PATCH})
 target_compile_options(drevix_options INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor
-    -Woverloaded-virtual $<$<BOOL:${DREVIX_WERROR}>:-Werror> $<$<BOOL:${CMAKE_UNITY_BUILD}>:-Wno-subobject-linkage>)
+    -Woverloaded-virtual $<$<BOOL:${DREVIX_WERROR}>:-Werror> $<$<AND:$<BOOL:${CMAKE_UNITY_BUILD}>,$<CXX_COMPILER_ID:GNU>>:-Wno-subobject-linkage>)
 
 # drevix_module(FOLDER [LIBRARIES ...] [EXCEPT ...]): the static library of that folder, with every source in it but those
 # after EXCEPT. It links what layers.txt lets it include; LIBRARIES are third-party libraries (platform/ has some, and pane/).

@@ -80,7 +80,8 @@ OSErr SettingsDocument::Locate() {
         fPath = *fNamedPath;
         return noErr;
     }
-    return FindDevicePrefsPath(&fPath);
+    const OSErr status = FindDevicePrefsPath(&fPath);
+    return status == noErr && fPath.empty() ? dirNFErr : status; // a save to no path would succeed and keep nothing
 }
 
 OSErr SettingsDocument::MakePlace() {

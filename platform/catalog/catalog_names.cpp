@@ -54,12 +54,14 @@ std::int32_t FolderIdFromPath(const std::string &path) {
     if (path == "/") {
         return kRootFolder;
     }
-    const auto next = kFirstFolderId + static_cast<std::int32_t>(gFolders.size());
-    const auto [row, isNew] = gFolderIds.try_emplace(path, next);
-    if (isNew) {
-        gFolders.push_back(path);
+    if (const auto row = gFolderIds.find(path); row != gFolderIds.end()) {
+        return row->second;
     }
-    return row->second;
+    // The path before its id: an id without a path, as after an error between the two, would lead nowhere.
+    const auto id = kFirstFolderId + static_cast<std::int32_t>(gFolders.size());
+    gFolders.push_back(path);
+    gFolderIds.emplace(path, id);
+    return id;
 }
 
 std::string FolderPath(std::int16_t volume, std::int32_t folder) {
