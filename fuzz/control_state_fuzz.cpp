@@ -22,6 +22,9 @@ constexpr const char *kMapText =
     "buttonV key=BTN_4\nbuttonP key=BTN_5\nbuttonI key=BTN_6\nbuttonI key=BTN_7\n"
     "buttonII key=BTN_8\nbuttonIII key=BTN_9\n";
 
+constexpr int kEnoughTimes =
+    3; // of the same keys in a row, which leave nothing behind that the next time would meet
+
 struct Setup {
     std::vector<DeviceMap> maps;
     InputDescription device;
@@ -136,7 +139,7 @@ class Run {
     void TakeDeeds() {
         for (const Deed &deed : fDeeds) {
             if (const auto *keys = std::get_if<SendKeys>(&deed.plan.step); keys != nullptr) {
-                for (int i = 0; i < deed.times; ++i) {
+                for (int i = 0; i < std::min(deed.times, kEnoughTimes); ++i) {
                     TakeKeys(deed.kind, keys->chord);
                 }
             }
@@ -145,14 +148,14 @@ class Run {
     }
 
     void TakeKeys(DeedKind kind, const KeyChord &chord) {
-        std::vector<KeyStep> steps;
+        fSteps.clear();
         if (kind != DeedKind::LetGo) {
-            fKeys.Press(chord, &steps);
+            fKeys.Press(chord, &fSteps);
         }
         if (kind != DeedKind::Hold) {
-            fKeys.Release(chord, &steps);
+            fKeys.Release(chord, &fSteps);
         }
-        for (const KeyStep &step : steps) {
+        for (const KeyStep &step : fSteps) {
             bool &isDown = fIsKeyDown.at(step.scanCode);
             Check(isDown != step.isDown);
             isDown = step.isDown;
@@ -169,6 +172,7 @@ class Run {
     std::vector<RawEvent> fRaw;
     std::vector<ControlEvent> fEvents;
     std::vector<Deed> fDeeds;
+    std::vector<KeyStep> fSteps;
     std::array<bool, kActionSlots> fIsDown{};
     std::array<bool, kMostScanCode + 1> fIsKeyDown{};
 };
