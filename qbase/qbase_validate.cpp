@@ -3,68 +3,46 @@
 #include "qbase/qbase_file_internal.h"
 
 #include <algorithm>
-#include <array>
+#include <memory>
+#include <new>
 #include <span>
 
 namespace drevix {
 namespace {
 
-using Word = std::uint64_t;
-constexpr std::size_t kWordBits = 8 * sizeof(Word);
-// Each window costs a pass over the index, so their number is fixed; one bitmap for everything would cost
-// more than the passes do.
-constexpr std::size_t kWindows = 16;
-
-// Tells whether an index holds an offset, for queries in ascending order. A bitmap with one bit per offset
-// (only even ones, except in an odd file) covers a window of the record data; the window moves on when a
-// query lies past it.
+// Tells whether an index holds an offset: one bit for each byte of the record data, made when first asked for.
 class OffsetSet {
   public:
-    // `anyOffset` is the OR of all offsets.
-    OffsetSet(std::span<const std::int32_t> offsets, std::uint32_t anyOffset, std::size_t recordsSize)
-        : fOffsets(offsets), fShift(1 - anyOffset % 2) {
-        const std::size_t all = (recordsSize >> fShift) / kWordBits + 1;
-        const std::size_t words = all / kWindows + 1;
-        if (words > fFew.size() && fMany.Resize(words * sizeof(Word)) == noErr) {
-            fBits = {reinterpret_cast<Word *>(fMany.Data()), words};
-        } else { // out of memory: use the built-in bits, with more windows
-            fBits = std::span(fFew).first(std::min(all, fFew.size()));
-        }
-    }
+    OffsetSet(std::span<const std::int32_t> offsets, std::size_t recordsSize)
+        : fOffsets(offsets), fSize(recordsSize) {}
 
-    // Whether the index holds the offset, which must not be lower than in the last call.
+    // `offset` lies in the record data.
     bool Holds(std::size_t offset) {
-        const std::size_t bit = offset >> fShift;
-        if (bit >= fEnd) {
-            MoveTo(bit);
+        if (!fIsMade) {
+            fIsMade = true;
+            Make();
         }
-        const bool isOdd = (offset >> fShift << fShift) != offset; // when only even ones are covered
-        return !isOdd && (WordOf(bit - fStart) >> ((bit - fStart) % kWordBits) & 1) != 0;
+        if (fBits == nullptr) { // out of memory: slow for many records, but just as right
+            return std::ranges::find(fOffsets, static_cast<std::int32_t>(offset)) != fOffsets.end();
+        }
+        return (ByteOf(offset) & BitOf(offset)) != std::byte{0};
     }
 
   private:
-    Word &WordOf(std::size_t bit) { return fBits[bit / kWordBits]; }
-
-    void MoveTo(std::size_t start) {
-        fStart = start;
-        fEnd = start + fBits.size() * kWordBits;
-        std::ranges::fill(fBits, Word{0});
-        for (const std::int32_t offset : fOffsets) {
-            // Before the window this wraps around to a huge value.
-            const std::size_t bit = (static_cast<std::uint32_t>(offset) >> fShift) - fStart;
-            if (bit < fEnd - fStart) {
-                WordOf(bit) |= Word{1} << (bit % kWordBits);
-            }
+    void Make() {
+        fBits.reset(new (std::nothrow) std::byte[fSize / 8 + 1]{});
+        for (std::size_t i = 0; fBits != nullptr && i < fOffsets.size(); ++i) {
+            const auto offset = static_cast<std::size_t>(fOffsets[i]);
+            ByteOf(offset) |= BitOf(offset);
         }
     }
+    std::byte &ByteOf(std::size_t offset) { return fBits[offset / 8]; }
+    static std::byte BitOf(std::size_t offset) { return std::byte{1} << (offset % 8); }
 
     std::span<const std::int32_t> fOffsets;
-    Block fMany;
-    std::array<Word, 2048> fFew; // cleared as far as used when the first window is set up
-    std::span<Word> fBits;
-    std::size_t fStart = 0;
-    std::size_t fEnd = 0;
-    unsigned fShift;
+    std::size_t fSize;
+    std::unique_ptr<std::byte[]> fBits;
+    bool fIsMade = false;
 };
 
 } // namespace
@@ -76,11 +54,9 @@ std::optional<std::size_t> EndOfRecords(QBaseHandle base) {
     const std::span<const std::int32_t> offsets(IndexOffsets(base),
                                                 static_cast<std::size_t>(SlotsInUse(base)));
     const std::size_t size = base->records.Size();
-    std::uint32_t anyOffset = 0;
     bool allInside = true;
     for (const std::int32_t offset : offsets) {
         const auto place = static_cast<std::uint32_t>(offset); // past the end if negative
-        anyOffset |= place;
         allInside = allInside && place + kQBaseRecordHeaderSize <= size;
     }
     if (!allInside) {
@@ -88,7 +64,7 @@ std::optional<std::size_t> EndOfRecords(QBaseHandle base) {
     }
     // The walk meets as many different offsets as there are slots. So if each is in the index, the index
     // holds nothing else and nothing twice.
-    OffsetSet indexed(offsets, anyOffset, size);
+    OffsetSet indexed(offsets, size);
     RecordWalk walk(base);
     for (const std::int32_t slot : offsets) {
         const std::size_t offset = walk.Offset();
