@@ -3,9 +3,9 @@
 #include "qbase/qbase_file_internal.h"
 
 #include <algorithm>
-#include <memory>
 #include <new>
 #include <span>
+#include <vector>
 
 namespace drevix {
 namespace {
@@ -22,26 +22,26 @@ class OffsetSet {
             fIsMade = true;
             Make();
         }
-        if (fBits == nullptr) { // out of memory: slow for many records, but just as right
+        if (fBits.empty()) { // out of memory: slow for many records, but just as right
             return std::ranges::find(fOffsets, static_cast<std::int32_t>(offset)) != fOffsets.end();
         }
         return (ByteOf(offset) & BitOf(offset)) != std::byte{0};
     }
 
   private:
-    void Make() {
-        fBits.reset(new (std::nothrow) std::byte[fSize / 8 + 1]{});
-        for (std::size_t i = 0; fBits != nullptr && i < fOffsets.size(); ++i) {
-            const auto offset = static_cast<std::size_t>(fOffsets[i]);
-            ByteOf(offset) |= BitOf(offset);
+    void Make() try {
+        fBits.resize(fSize / 8 + 1);
+        for (const std::int32_t offset : fOffsets) {
+            ByteOf(static_cast<std::size_t>(offset)) |= BitOf(static_cast<std::size_t>(offset));
         }
+    } catch (const std::bad_alloc &) {
     }
     std::byte &ByteOf(std::size_t offset) { return fBits[offset / 8]; }
     static std::byte BitOf(std::size_t offset) { return std::byte{1} << (offset % 8); }
 
     std::span<const std::int32_t> fOffsets;
     std::size_t fSize;
-    std::unique_ptr<std::byte[]> fBits;
+    std::vector<std::byte> fBits;
     bool fIsMade = false;
 };
 

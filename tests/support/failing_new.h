@@ -19,6 +19,11 @@ void *operator new(std::size_t size) {
     }
     return memory;
 }
+void *operator new(std::size_t size, const std::nothrow_t & /*tag*/) noexcept try {
+    return operator new(size);
+} catch (const std::bad_alloc &) {
+    return nullptr;
+}
 // Not inlined, or the compiler would warn that memory from malloc is freed after a `new`.
 [[gnu::noinline]] void operator delete(void *memory) noexcept {
     std::free(memory);
