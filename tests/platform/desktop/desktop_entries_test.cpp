@@ -80,6 +80,27 @@ TEST_F(DesktopEntries, Files_AreReadOrRefused) {
         ReadDesktopEntry(Write("big.desktop", std::string(kDesktopEntryMaxBytes + 1, '\n')), "", &entry), -1);
 }
 
+TEST_F(DesktopEntries, Commands_AreTheExecLineWithoutAFile) {
+    const std::string path = fFolder.Path("x.desktop");
+    using Words = std::vector<std::string>;
+    const std::tuple<std::string, std::string, Words> rows[] = {
+        {"a  b c\\sd", "", {"a", "b", "c", "d"}},
+        {R"("/o p/x" "q\\"\\\\\\$" y"z")", "", {"/o p/x", "q\"\\$", "yz"}},
+        {"a %f %F %u %U --to=%u %d %", "", {"a", "--to=", "%"}},
+        {"a 5%% %c -k%k", "", {"a", "5%", "A b", "-k" + path}},
+        {"a %i b", "Icon=pic\n", {"a", "--icon", "pic", "b"}},
+        {"a %i b", "", {"a", "b"}},
+        {"a b", "Terminal=true\n", {"x-terminal-emulator", "-e", "a", "b"}},
+        {"", "Terminal=true\n", {}},
+    };
+    for (const auto &[exec, more, words] : rows) {
+        WriteEntry("x.desktop", "A b", "Exec=" + exec + "\n" + more);
+        DesktopEntry entry;
+        ASSERT_EQ(ReadDesktopEntry(path, "", &entry), noErr);
+        EXPECT_EQ(CommandOfEntry(entry), words) << exec;
+    }
+}
+
 TEST_F(DesktopEntries, InstalledApplications_TakeTheFirstOfEachId) {
     WriteEntry("ho:me/applications/a.desktop", "home a", "Icon=pic\n");
     WriteEntry("one/applications/a.desktop", "one a");
