@@ -90,6 +90,7 @@ TEST_F(DesktopEntries, Commands_AreTheExecLineWithoutAFile) {
         {"a 5%% %c -k%k", "", {"a", "5%", "A b", "-k" + path}},
         {"a %i b", "Icon=pic\n", {"a", "--icon", "pic", "b"}},
         {"a %i b", "", {"a", "b"}},
+        {R"(a "b\\)", "", {"a", "b\\"}},
         {"a b", "Terminal=true\n", {"x-terminal-emulator", "-e", "a", "b"}},
         {"", "Terminal=true\n", {}},
     };
@@ -132,10 +133,11 @@ TEST_F(DesktopEntries, DefaultApplications_GoByTheFirstListThatNamesAnInstalledO
     WriteEntry("two/applications/kde/mail.desktop", "mail", "Exec=mail\n");
     std::ignore = Write("one/applications/mimeapps.list",
                         "[Added Associations]\na/b=mail.desktop\n[Default Applications]\n"
-                        "a/b=gone.desktop; kde-mail.desktop;\n c/d = web.desktop\n");
+                        "a/b=gone.desktop; kde-mail.desktop;\n c/d = web.desktop\ng/h=web.desktop");
     std::ignore =
         Write("config/test-mimeapps.list", "[Default Applications]\nc/d=../web.desktop;kde-mail.desktop\n");
-    for (const auto &[type, name] : {std::pair{"a/b", "mail"}, {"c/d", "mail"}, {"e/f", ""}}) {
+    for (const auto &[type, name] :
+         {std::pair{"a/b", "mail"}, {"c/d", "mail"}, {"e/f", ""}, {"g/h", "web"}}) {
         DesktopEntry entry;
         EXPECT_EQ(FindDefaultApplication(type, &entry), *name != '\0') << type;
         EXPECT_EQ(entry.name, name) << type;
