@@ -80,7 +80,7 @@ TEST_P(FileUpdateBothWays, Abandoned_LeavesWhatWas) {
     EXPECT_EQ(ScratchFolder::Names(scratch.Preferences()), Names{"f"});
 }
 
-TEST_P(FileUpdateBothWays, OldBytes_AreKeptUnderTheNameAskedForWhateverFails) {
+TEST_P(FileUpdateBothWays, EveryFault_LeavesTheOldOrTheNewFileAndTheOldUnderTheNameAskedFor) {
     test::ForEachFault(5, [](int failAt, Lasts lasts) {
         ScratchFolder scratch;
         const std::string path = scratch.Preferences() + "/f";
@@ -96,13 +96,21 @@ TEST_P(FileUpdateBothWays, OldBytes_AreKeptUnderTheNameAskedForWhateverFails) {
             status = status == noErr ? update.Commit() : status;
             oldKept = update.OldKept();
         });
-        if (ReadWhole(path) == "new") {
+        const std::string now = ReadWhole(path);
+        if (GetParam() == UpdateMethod::Replace || lasts == Lasts::Once) {
+            EXPECT_TRUE(now == "new" || (now == "old" && status == dskFulErr)) << failAt << now;
+        }
+        if (now == "new") {
             EXPECT_EQ(oldKept == noErr, fs::exists(kept)) << failAt;
         } else if (GetParam() == UpdateMethod::Replace) {
             EXPECT_FALSE(fs::exists(kept)) << failAt;
         }
         EXPECT_TRUE(!fs::exists(kept) || ReadWhole(kept) == "old") << failAt;
         EXPECT_TRUE(!fs::exists(kept) || !fs::equivalent(kept, path)) << failAt;
+        EXPECT_TRUE(status == noErr || status == dskFulErr) << failAt;
+        EXPECT_TRUE(wasHit || status == noErr);
+        EXPECT_EQ(OpenFileCount(), 0);
+        EXPECT_EQ(ScratchFolder::Names(scratch.Preferences()), Names{"f"}) << failAt;
         return wasHit;
     });
 }
@@ -135,26 +143,6 @@ TEST_P(FileUpdateBothWays, Pipe_StaysAndGetsTheBytes) {
     EXPECT_EQ(WriteSharedFile(path, "text"), -1) << "no device for a file that is shared";
     EXPECT_EQ(UpdateFile("", GetParam(), ""), bdNamErr);
     EXPECT_EQ(UpdateFile(path + std::string("\0x", 2), GetParam(), ""), bdNamErr);
-}
-
-TEST_P(FileUpdateBothWays, EveryFault_LeavesTheOldOrTheNewFile) {
-    test::ForEachFault(5, [](int failAt, Lasts lasts) {
-        ScratchFolder scratch;
-        const std::string path = scratch.Preferences() + "/f";
-        WriteWhole(path, "old");
-        OSErr status = noErr;
-        const bool wasHit =
-            test::MeetsFault(failAt, lasts, ENOSPC, [&] { status = UpdateFile(path, GetParam(), "new"); });
-        EXPECT_EQ(OpenFileCount(), 0);
-        EXPECT_TRUE(wasHit || status == noErr);
-        EXPECT_EQ(ScratchFolder::Names(scratch.Preferences()), Names{"f"}) << failAt;
-        if (GetParam() == UpdateMethod::Replace || lasts == Lasts::Once) {
-            const std::string now = ReadWhole(path);
-            EXPECT_TRUE(now == "new" || (now == "old" && status == dskFulErr)) << failAt << now;
-        }
-        EXPECT_TRUE(status == noErr || status == dskFulErr) << failAt;
-        return wasHit;
-    });
 }
 
 TEST(FileUpdate, TwoWriters_TakeTurns) {

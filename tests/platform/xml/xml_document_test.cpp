@@ -73,6 +73,8 @@ TEST(XmlDocument, Text_IsMendedWhereItCanBe) {
              {"<?xml version='1.0' encoding='none'?><a>&</a>", nullptr},
              {"<\0a\0>\0&\0<\0/\0a\0>\0"s, "&"},
              {"\0<\0a\0>\0&\0<\0/\0a\0>"s, "&"},
+             {"\xFF\xFE<\0a\0>\0&\0<\0b"s, "&", false},
+             {"\xFE\xFF\0<\0a\0>\xD8\x3D\xDE\0\0<\0/\0a\0>"s, "\U0001F600"},
          }) {
         XmlDocument document;
         ASSERT_EQ(ParseXmlDocument(row.read, XmlReading::Recovering, &document),
