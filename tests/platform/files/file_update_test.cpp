@@ -13,6 +13,7 @@
 #include <cerrno>
 #include <fcntl.h>
 #include <filesystem>
+#include <poll.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -260,6 +261,8 @@ TEST(FileWatch, Changes_AreToldInFoldersThatCome) {
     FileWatch watch(path);
     EXPECT_FALSE(watch.TakeChange());
     fs::create_directories(scratch.Path("a/b"));
+    pollfd readable = {watch.Descriptor(), POLLIN, 0};
+    EXPECT_EQ(::poll(&readable, 1, 0), 1) << "the nearest folder is watched";
     EXPECT_TRUE(watch.TakeChange());
     EXPECT_EQ(WriteSharedFile(path, "new"), noErr);
     EXPECT_EQ(ReadWhole(path), "new");
