@@ -334,22 +334,5 @@ TEST_F(KorvaneSync, MissingMemory_LeavesButtonsAndFilesAsTheyWereAndIsTold) {
     }
 }
 
-// 2,000 hotkeys in each of five files.
-TEST_F(KorvaneSync, LongFiles_AreSavedInTime) {
-    Strings rows;
-    for (int i = 0; i < 2000; ++i) {
-        rows.push_back("Filter > Some longer menu command, number " + std::to_string(i));
-    }
-    for (std::size_t app = 0; app < kKorvaneApps.size(); ++app) {
-        fFolder.Write(app, HotKeyFile(rows));
-    }
-    Bind(1, kI, rows[4]);
-    const auto start = steady_clock::now();
-    SyncToKorvane(fBase.get());
-    // With sanitizers and without optimisation; a release build needs 100 ms.
-    EXPECT_LT(steady_clock::now() - start, std::chrono::seconds(2));
-    EXPECT_EQ(File(1)[4], rows[4] + "|1|pyralis||4");
-}
-
 } // namespace
 } // namespace drevix::test

@@ -277,11 +277,13 @@ TEST(SettingsDocument, OpenWithEveryFault_LosesNothingInASave) {
 
 TEST(SettingsDocument, KeptCopies_HaveTheirItemsKept) {
     const DocumentFolder folder("a=1 global=1");
-    folder.WriteState("whole=1", folder.file + ".refused.1");
+    folder.WriteState("whole=1", folder.file + ".refused.90");
     folder.WriteState("cut=1 lost=1", folder.file + ".refused");
     std::filesystem::resize_file(folder.file + ".refused",
                                  std::filesystem::file_size(folder.file + ".refused") - 2);
-    folder.WriteState("other=1", folder.file + ".refused.old");
+    for (const char *end : {".old", ".", "9"}) {
+        folder.WriteState("other=1", folder.file + ".refused" + end);
+    }
     const OpenDocument document(folder);
     EXPECT_EQ(TextOfBase(document.RecordsWithItems().get()), "a=1 cut=1 global=1 whole=1");
     EXPECT_EQ(document.State(), "a=1 global=1");

@@ -1,3 +1,4 @@
+#include "qbase/qbase_file_check.h"
 #include "qbase/qbase_internal.h"
 #include "tests/qbase/file_support.h"
 #include "tests/support/failing_new.h"
@@ -37,6 +38,9 @@ void ReadSafely(const MemoryFile &file, std::string_view image, Mode mode) {
     ASSERT_LE(memory.Largest(), std::max(sizeof(QBaseHeader), 2 * image.size() + 64));
     ASSERT_TRUE(QBaseValidate(base.get()));
     ASSERT_TRUE(status != noErr || image.substr(0, 12) == kKind) << "another magic, type or version";
+    if (mode == Mode::Plain) {
+        ASSERT_EQ(CheckQBaseFile(image, kFileTestType, kFileTestVersion).isSound, status == noErr);
+    }
     if (status != noErr && QBaseCountRecords(base.get()) > 0) {
         ASSERT_EQ(Contents(base.get()), before);
     } else if (status == noErr) {

@@ -99,9 +99,18 @@ TEST(BaseFile, FilesOfOurOtherWriter_AreReadWhateverTheirVersionAndOrder) {
         EXPECT_EQ(QBaseGetRecordsChanged(base.get()), row.changed);
         EXPECT_EQ(QBaseGetSortMode(base.get()), 0);
         const QBaseOwner again = NewFileBase();
+        QBaseSetFlipProc(again.get(), row.recordFlip, row.userFlip);
         EXPECT_EQ(QBaseRead(again.get(), MemoryFile(FileOf(base.get())).Ref(), true, true, true, true),
                   noErr);
         EXPECT_EQ(Contents(again.get()), Contents(base.get()));
+        std::string damaged = file.Bytes();
+        for (std::size_t bit = 0; bit < 8 * damaged.size();
+             ++bit) { // each read safely, in the other order too
+            damaged[bit / 8] ^= static_cast<char>(1 << bit % 8);
+            std::ignore = QBaseRead(again.get(), MemoryFile(damaged).Ref(), true, true, true, true);
+            EXPECT_TRUE(QBaseValidate(again.get())) << bit;
+            damaged[bit / 8] ^= static_cast<char>(1 << bit % 8);
+        }
     }
 }
 

@@ -50,6 +50,9 @@ TEST(RecordBase, TwoGibibytes_AreRefusedToTheByte) {
     const std::string before = State(base.get());
     EXPECT_EQ(QBaseAddRecord(base.get(), "", 0), kNoRecord);
     EXPECT_EQ(QBaseAddRecord(base.get(), data.data(), 0x7FFF'FFFF), kNoRecord);
+    EXPECT_EQ(QBaseAddRecord(base.get(), data.data(), -1), kNoRecord);
+    EXPECT_EQ(QBaseAddRecord(base.get(), nullptr, 0), kNoRecord);
+    EXPECT_EQ(QBaseAddRecord(nullptr, "", 0), kNoRecord);
     EXPECT_EQ(QBaseReplaceRecord(base.get(), 1, data.data(), 0x7FFF'FFFF), kNoRecord);
     EXPECT_EQ(QBaseReplaceRecord(base.get(), 0, data.data(), 1), kNoRecord);
     EXPECT_EQ(State(base.get()), before);
@@ -218,6 +221,7 @@ TEST(RecordBase, Duplicate_CopiesAllButTheUserBlock) {
     EXPECT_EQ(std::string(static_cast<const char *>(own), size), "own");
     ASSERT_EQ(QBaseSetUserBlock(target.get(), "block", 5), noErr);
     EXPECT_EQ(StateWithCapacity(target.get()), StateWithCapacity(source.get()));
+    EXPECT_EQ(QBaseDuplicate(target.get(), target.get()), noErr);
     const QBaseOwner other(QBaseNew(kFileTestType, kFileTestVersion + 1, 4));
     for (QBaseHandle refused : {other.get(), QBaseHandle{nullptr}}) {
         EXPECT_EQ(QBaseDuplicate(source.get(), refused), paramErr);

@@ -4,6 +4,7 @@
 
 #include "platform/base/status.h"
 #include "platform/catalog/apple_double.h"
+#include "platform/catalog/catalog_names.h"
 #include "platform/catalog/named_files.h"
 #include "tests/support/faults.h"
 #include "tests/support/scratch.h"
@@ -13,6 +14,7 @@
 #include <cerrno>
 #include <filesystem>
 #include <set>
+#include <sys/mount.h>
 
 namespace drevix::test {
 namespace {
@@ -65,6 +67,65 @@ TEST(Catalog, Root_IsItsOwnParentsChildAndUnknownFoldersHaveStatuses) {
     CatalogInfo unmounted = Ask(kRootFolder, -1);
     unmounted.ioVRefNum = -29999;
     EXPECT_EQ(PBGetCatInfoSync(&unmounted), nsvErr);
+}
+
+TEST(Catalog, Volumes_AreTheMountedFileSystems) {
+    const ScratchFolder scratch;
+    const std::string root = scratch.Path("a b\\c:d");
+    std::filesystem::create_directory(root);
+    const bool isMounted = ::mount("none", root.c_str(), "tmpfs", 0, nullptr) == 0; // the superuser's right
+    const std::vector<std::pair<std::string, std::string>> all = {{"/proc", "proc"}, {root, "a b\\c/d"}};
+    for (const auto &[mountPoint, name] : std::span(all).first(isMounted ? 2 : 1)) {
+        VolumeInfo info = {NumberOfVolume(mountPoint), {}, -1, {}};
+        EXPECT_EQ(PBHGetVInfoSync(&info), noErr) << mountPoint;
+        EXPECT_EQ(Text(info.ioName), name);
+        EXPECT_EQ(info.ioVFSID, kLocalFileSystem);
+        EXPECT_EQ(info.mountPoint, mountPoint);
+        CatalogInfo itself = Ask(kRootFolder, -1);
+        itself.ioVRefNum = info.ioVRefNum;
+        EXPECT_EQ(PBGetCatInfoSync(&itself), noErr);
+        EXPECT_EQ(itself.ioDrParID, kRootParentFolder);
+    }
+    if (isMounted) {
+        EXPECT_EQ(::umount(root.c_str()), 0);
+        VolumeInfo gone = {NumberOfVolume(root), {}, -1, {}};
+        EXPECT_EQ(PBHGetVInfoSync(&gone), nsvErr);
+    }
+    const std::vector<Volume> volumes = {{1, 0, "/"}, {2, 0, "/a/b"}, {3, 0, "/a"}};
+    for (const auto &[path, number] : std::initializer_list<std::pair<const char *, int>>{
+             {"/", 1}, {"/x", 1}, {"/ab", 1}, {"/a", 3}, {"/a/bc", 3}, {"/a/b", 2}, {"/a/b/c", 2}}) {
+        EXPECT_EQ(VolumeOfPath(volumes, path)->number, number) << path;
+    }
+}
+
+TEST(Catalog, LookUps_ReportWhatTheDiskDoes) {
+    const ScratchFolder scratch;
+    WriteWhole(scratch.Path("file"), "");
+    ASSERT_EQ(WriteAppleDouble(scratch.Path("file"), {}), noErr);
+    FSRef ref;
+    FSSpec spec{};
+    CatalogInfo info{};
+    AppleDouble file;
+    std::vector<Str63> names;
+    const std::int32_t folder = FolderIdFromPath(scratch.Path());
+    const std::function<OSErr()> lookUps[] = {
+        [&] { return FSPathMakeRef(scratch.Path("file"), &ref); },
+        [&] { return FSSpecFromRef(ref, &spec); },
+        [&] { return PBGetCatInfoSync(&(info = Ask(folder, 0, spec.name))); },
+        [&] { return PBGetCatInfoSync(&(info = Ask(folder, 1))); },
+        [&] { return ListFolder(kRootVolume, folder, &names); },
+        [&] { return ReadAppleDouble(scratch.Path("file"), &file); },
+        [&] { return FSpGetFInfo(spec, &info.ioFlFndrInfo); },
+    };
+    for (const auto &lookUp : lookUps) {
+        const auto run = [&](int failAt, Lasts lasts) {
+            OSErr status = noErr;
+            const bool wasHit = MeetsFault(failAt, lasts, EIO, [&] { status = lookUp(); });
+            EXPECT_EQ(status, wasHit ? ioErr : noErr) << &lookUp - lookUps << " at " << failAt;
+            return wasHit;
+        };
+        ForEachFault(1, run);
+    }
 }
 
 TEST(Catalog, NamesBeyondThePlatform_LeadBackToTheirFiles) {

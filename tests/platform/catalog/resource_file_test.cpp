@@ -168,7 +168,7 @@ TEST(AppleDouble, DamagedFiles_AreRefused) {
     EXPECT_EQ(GetFInfo(file).fdType, 0U);
 }
 
-TEST(ResourceFile, Faults_LeaveTheOldFile) {
+TEST(ResourceFile, Faults_LeaveTheOldFileAndCanBeTriedAgain) {
     const ScratchFolder scratch;
     const FSSpec spec = SpecOf(scratch, "file");
     const auto run = [&](int failAt, Lasts lasts) {
@@ -179,9 +179,11 @@ TEST(ResourceFile, Faults_LeaveTheOldFile) {
         OSErr status = noErr;
         const bool wasHit = MeetsFault(failAt, lasts, EIO, [&] { status = file.Close(); });
         EXPECT_TRUE(wasHit || status == noErr);
+        EXPECT_EQ(file.Close(), noErr) << "what could not be written can be tried again";
         ResourceFile now;
         EXPECT_EQ(now.Open(spec, fsRdPerm), noErr) << failAt;
         EXPECT_NE(now.Get1Resource(FourCharCode("TEST"), 128), nullptr);
+        EXPECT_NE(now.Get1Resource(FourCharCode("MORE"), 1), nullptr);
         EXPECT_EQ(ScratchFolder::Names(scratch.Path()), (std::vector<std::string>{"._file", "config"}));
         return wasHit;
     };

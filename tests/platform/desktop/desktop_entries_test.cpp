@@ -80,6 +80,28 @@ TEST_F(DesktopEntries, Files_AreReadOrRefused) {
         ReadDesktopEntry(Write("big.desktop", std::string(kDesktopEntryMaxBytes + 1, '\n')), "", &entry), -1);
 }
 
+TEST_F(DesktopEntries, Commands_AreTheExecLineWithoutAFile) {
+    const std::string path = fFolder.Path("x.desktop");
+    using Words = std::vector<std::string>;
+    const std::tuple<std::string, std::string, Words> rows[] = {
+        {"a  b c\\sd", "", {"a", "b", "c", "d"}},
+        {R"("/o p/x" "q\\"\\\\\\$" y"z")", "", {"/o p/x", "q\"\\$", "yz"}},
+        {"a %f %F %u %U --to=%u %d %", "", {"a", "--to=", "%"}},
+        {"a 5%% %c -k%k", "", {"a", "5%", "A b", "-k" + path}},
+        {"a %i b", "Icon=pic\n", {"a", "--icon", "pic", "b"}},
+        {"a %i b", "", {"a", "b"}},
+        {R"(a "b\\)", "", {"a", "b\\"}},
+        {"a b", "Terminal=true\n", {"x-terminal-emulator", "-e", "a", "b"}},
+        {"", "Terminal=true\n", {}},
+    };
+    for (const auto &[exec, more, words] : rows) {
+        WriteEntry("x.desktop", "A b", "Exec=" + exec + "\n" + more);
+        DesktopEntry entry;
+        ASSERT_EQ(ReadDesktopEntry(path, "", &entry), noErr);
+        EXPECT_EQ(CommandOfEntry(entry), words) << exec;
+    }
+}
+
 TEST_F(DesktopEntries, InstalledApplications_TakeTheFirstOfEachId) {
     WriteEntry("ho:me/applications/a.desktop", "home a", "Icon=pic\n");
     WriteEntry("one/applications/a.desktop", "one a");
@@ -111,10 +133,11 @@ TEST_F(DesktopEntries, DefaultApplications_GoByTheFirstListThatNamesAnInstalledO
     WriteEntry("two/applications/kde/mail.desktop", "mail", "Exec=mail\n");
     std::ignore = Write("one/applications/mimeapps.list",
                         "[Added Associations]\na/b=mail.desktop\n[Default Applications]\n"
-                        "a/b=gone.desktop; kde-mail.desktop;\n c/d = web.desktop\n");
+                        "a/b=gone.desktop; kde-mail.desktop;\n c/d = web.desktop\ng/h=web.desktop");
     std::ignore =
         Write("config/test-mimeapps.list", "[Default Applications]\nc/d=../web.desktop;kde-mail.desktop\n");
-    for (const auto &[type, name] : {std::pair{"a/b", "mail"}, {"c/d", "mail"}, {"e/f", ""}}) {
+    for (const auto &[type, name] :
+         {std::pair{"a/b", "mail"}, {"c/d", "mail"}, {"e/f", ""}, {"g/h", "web"}}) {
         DesktopEntry entry;
         EXPECT_EQ(FindDefaultApplication(type, &entry), *name != '\0') << type;
         EXPECT_EQ(entry.name, name) << type;

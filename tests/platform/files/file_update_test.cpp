@@ -1,7 +1,9 @@
 #include "platform/files/file_update.h"
 
 #include "platform/base/status.h"
+#include "platform/files/file_watch.h"
 #include "platform/files/owners.h"
+#include "platform/files/shared_file.h"
 #include "platform/files/user_lock.h"
 #include "tests/support/faults.h"
 #include "tests/support/scratch.h"
@@ -11,6 +13,7 @@
 #include <cerrno>
 #include <fcntl.h>
 #include <filesystem>
+#include <poll.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -78,7 +81,7 @@ TEST_P(FileUpdateBothWays, Abandoned_LeavesWhatWas) {
     EXPECT_EQ(ScratchFolder::Names(scratch.Preferences()), Names{"f"});
 }
 
-TEST_P(FileUpdateBothWays, OldBytes_AreKeptUnderTheNameAskedForWhateverFails) {
+TEST_P(FileUpdateBothWays, EveryFault_LeavesTheOldOrTheNewFileAndTheOldUnderTheNameAskedFor) {
     test::ForEachFault(5, [](int failAt, Lasts lasts) {
         ScratchFolder scratch;
         const std::string path = scratch.Preferences() + "/f";
@@ -94,13 +97,21 @@ TEST_P(FileUpdateBothWays, OldBytes_AreKeptUnderTheNameAskedForWhateverFails) {
             status = status == noErr ? update.Commit() : status;
             oldKept = update.OldKept();
         });
-        if (ReadWhole(path) == "new") {
+        const std::string now = ReadWhole(path);
+        if (GetParam() == UpdateMethod::Replace || lasts == Lasts::Once) {
+            EXPECT_TRUE(now == "new" || (now == "old" && status == dskFulErr)) << failAt << now;
+        }
+        if (now == "new") {
             EXPECT_EQ(oldKept == noErr, fs::exists(kept)) << failAt;
         } else if (GetParam() == UpdateMethod::Replace) {
             EXPECT_FALSE(fs::exists(kept)) << failAt;
         }
         EXPECT_TRUE(!fs::exists(kept) || ReadWhole(kept) == "old") << failAt;
         EXPECT_TRUE(!fs::exists(kept) || !fs::equivalent(kept, path)) << failAt;
+        EXPECT_TRUE(status == noErr || status == dskFulErr) << failAt;
+        EXPECT_TRUE(wasHit || status == noErr);
+        EXPECT_EQ(OpenFileCount(), 0);
+        EXPECT_EQ(ScratchFolder::Names(scratch.Preferences()), Names{"f"}) << failAt;
         return wasHit;
     });
 }
@@ -121,24 +132,18 @@ TEST_P(FileUpdateBothWays, Links_StayLinks) {
     EXPECT_EQ(UpdateFile(scratch.Path("config/loop"), GetParam(), ""), bdNamErr);
 }
 
-TEST_P(FileUpdateBothWays, EveryFault_LeavesTheOldOrTheNewFile) {
-    test::ForEachFault(5, [](int failAt, Lasts lasts) {
-        ScratchFolder scratch;
-        const std::string path = scratch.Preferences() + "/f";
-        WriteWhole(path, "old");
-        OSErr status = noErr;
-        const bool wasHit =
-            test::MeetsFault(failAt, lasts, ENOSPC, [&] { status = UpdateFile(path, GetParam(), "new"); });
-        EXPECT_EQ(OpenFileCount(), 0);
-        EXPECT_TRUE(wasHit || status == noErr);
-        EXPECT_EQ(ScratchFolder::Names(scratch.Preferences()), Names{"f"}) << failAt;
-        if (GetParam() == UpdateMethod::Replace || lasts == Lasts::Once) {
-            const std::string now = ReadWhole(path);
-            EXPECT_TRUE(now == "new" || (now == "old" && status == dskFulErr)) << failAt << now;
-        }
-        EXPECT_TRUE(status == noErr || status == dskFulErr) << failAt;
-        return wasHit;
-    });
+TEST_P(FileUpdateBothWays, Pipe_StaysAndGetsTheBytes) {
+    ScratchFolder scratch;
+    const std::string path = scratch.Preferences() + "/pipe";
+    ASSERT_EQ(::mkfifo(path.c_str(), 0600), 0);
+    const SystemDescriptor reader(::open(path.c_str(), O_RDONLY | O_NONBLOCK));
+    EXPECT_EQ(UpdateFile(path, GetParam(), "text"), noErr);
+    char bytes[8] = {};
+    EXPECT_EQ(::read(reader.Get(), bytes, sizeof bytes), 4);
+    EXPECT_TRUE(fs::is_fifo(path));
+    EXPECT_EQ(WriteSharedFile(path, "text"), -1) << "no device for a file that is shared";
+    EXPECT_EQ(UpdateFile("", GetParam(), ""), bdNamErr);
+    EXPECT_EQ(UpdateFile(path + std::string("\0x", 2), GetParam(), ""), bdNamErr);
 }
 
 TEST(FileUpdate, TwoWriters_TakeTurns) {
@@ -220,6 +225,60 @@ bool HoldsForAPlainUser(const Check &check) {
     return status == 0;
 }
 
+class DiskWithoutLocks : public Disk {
+  public:
+    explicit DiskWithoutLocks(int error) : fError(error) { SetDisk(this); }
+    ~DiskWithoutLocks() override { SetDisk(nullptr); }
+    int Lock(int) override {
+        errno = fError;
+        return -1;
+    }
+
+  private:
+    int fError;
+};
+
+TEST(UserLock, Holders_TakeTurns) {
+    ScratchFolder scratch;
+    UserLock first;
+    UserLock second;
+    EXPECT_EQ(first.Acquire("one", {}), noErr);
+    EXPECT_EQ(second.Acquire("one", std::chrono::milliseconds(20)), fBsyErr);
+    EXPECT_EQ(second.Acquire("other", {}), noErr);
+    first.Release();
+    second.Release();
+    EXPECT_EQ(second.Acquire("one", {}), noErr);
+    for (const auto &[error, expected] : {std::pair{ENOLCK, noErr}, {ENOSYS, noErr}, {EIO, ioErr}}) {
+        const DiskWithoutLocks disk(error);
+        EXPECT_EQ(first.Acquire("one", {}), expected) << error;
+        first.Release();
+    }
+}
+
+TEST(FileWatch, Changes_AreToldInFoldersThatCome) {
+    ScratchFolder scratch;
+    const std::string path = scratch.Path("a/b/file");
+    FileWatch watch(path);
+    EXPECT_FALSE(watch.TakeChange());
+    fs::create_directories(scratch.Path("a/b"));
+    pollfd readable = {watch.Descriptor(), POLLIN, 0};
+    EXPECT_EQ(::poll(&readable, 1, 0), 1) << "the nearest folder is watched";
+    EXPECT_TRUE(watch.TakeChange());
+    EXPECT_EQ(WriteSharedFile(path, "new"), noErr);
+    EXPECT_EQ(ReadWhole(path), "new");
+    EXPECT_TRUE(watch.TakeChange());
+    WriteWhole(scratch.Path("a/b/other"), "");
+    EXPECT_FALSE(watch.TakeChange());
+    fs::remove(path);
+    EXPECT_TRUE(watch.TakeChange());
+    const SystemDescriptor made(::open(path.c_str(), O_WRONLY | O_CREAT, 0600));
+    EXPECT_FALSE(watch.TakeChange()) << "nothing is written yet";
+    fs::remove(path);
+    EXPECT_TRUE(watch.TakeChange());
+    fs::create_symlink("other", path);
+    EXPECT_TRUE(watch.TakeChange());
+}
+
 // Another user's lock on a file that he could read once stopped every save.
 TEST(UserLock, FileCannotBeOpenedByOthers) {
     if (::geteuid() != 0) {
@@ -262,6 +321,13 @@ TEST(FileUpdate, ClosedFolder_IsWrittenInPlaceAndClosedFileRefused) {
     ::chmod(folder.c_str(), 0777);
     EXPECT_TRUE(HoldsForAPlainUser(
         [&] { return UpdateFile(folder + "/closed", UpdateMethod::Replace, "new") == permErr; }));
+    // Nor is another user's file replaced by one of ours: it is written in place.
+    EXPECT_TRUE(HoldsForAPlainUser(
+        [&] { return UpdateFile(folder + "/open", UpdateMethod::Replace, "his") == noErr; }));
+    EXPECT_EQ(ReadWhole(folder + "/open"), "his");
+    struct stat kept {};
+    EXPECT_EQ(::stat((folder + "/open").c_str(), &kept), 0);
+    EXPECT_EQ(kept.st_uid, ::geteuid());
     EXPECT_EQ(ScratchFolder::Names(folder), (Names{"closed", "open"}));
 }
 

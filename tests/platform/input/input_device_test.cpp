@@ -8,10 +8,67 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <cstdarg>
+#include <cstring>
 #include <fcntl.h>
 #include <filesystem>
+#include <fstream>
 #include <linux/input.h>
+#include <sys/ioctl.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
 #include <unistd.h>
+
+namespace drevix::test {
+namespace {
+
+bool gKernelAnswers = false;
+
+// What the kernel would say of a device with keys BTN_0 (down) and 0x2FF, a dial, and the axis ABS_X; ABS_Y does
+// not answer.
+int AnswerAsKernel(unsigned number, char *to) {
+    const auto setBit = [to](unsigned bit) { to[bit / 8] = static_cast<char>(1 << bit % 8); };
+    const input_id id = {BUS_USB, 1, 2, 3};
+    const input_absinfo axis = {9, -5, 5, 0, 0, 0};
+    switch (number) {
+    case _IOC_NR(EVIOCGID):
+        std::memcpy(to, &id, sizeof id);
+        return 0;
+    case _IOC_NR(EVIOCGNAME(0)):
+        std::strcpy(to, "Dial");
+        return 5;
+    case _IOC_NR(EVIOCGBIT(EV_KEY, 0)):
+        setBit(0x2FF);
+        [[fallthrough]];
+    case _IOC_NR(EVIOCGKEY(0)):
+        setBit(BTN_0);
+        return 96;
+    case _IOC_NR(EVIOCGBIT(EV_REL, 0)):
+        setBit(REL_DIAL);
+        return 2;
+    case _IOC_NR(EVIOCGBIT(EV_ABS, 0)):
+        to[0] = 3;
+        return 8;
+    case _IOC_NR(EVIOCGABS(ABS_X)):
+        std::memcpy(to, &axis, sizeof axis);
+        return 0;
+    default:
+        return -1;
+    }
+}
+
+} // namespace
+} // namespace drevix::test
+
+// In place of the C library's: there are devices of a kernel in a guest only (scripts/guest_devices).
+extern "C" int ioctl(int descriptor, unsigned long request, ...) noexcept {
+    va_list arguments;
+    va_start(arguments, request);
+    char *const to = va_arg(arguments, char *);
+    va_end(arguments);
+    return drevix::test::gKernelAnswers ? drevix::test::AnswerAsKernel(_IOC_NR(request), to)
+                                        : static_cast<int>(::syscall(SYS_ioctl, descriptor, request, to));
+}
 
 namespace drevix::test {
 namespace {
@@ -94,6 +151,34 @@ TEST_F(InputDeviceTest, LostEvents_AreReplacedByTheState) {
     EXPECT_EQ(Take(InputStatus::Gone), Events{});
 }
 
+TEST(InputDevice, Kernel_IsAskedForDescriptionAndState) {
+    const ScratchFolder folder;
+    const std::string path = folder.Path("event0");
+    ASSERT_EQ(::mkfifo(path.c_str(), 0600), 0);
+    gKernelAnswers = true;
+    std::unique_ptr<InputDevice> device;
+    ASSERT_EQ(OpenInputDevice(path, &device), noErr);
+    const InputDescription &found = device->Description();
+    EXPECT_EQ(found.name + "|" + found.serial, "Dial|");
+    EXPECT_EQ(found.vendor * 100 + found.product * 10 + found.version, 123);
+    EXPECT_TRUE(found.keys.count() == 2 && found.keys[BTN_0] && found.keys[0x2FF]);
+    EXPECT_TRUE(found.dials.count() == 1 && found.dials[REL_DIAL]);
+    ASSERT_EQ(found.axes.size(), 1U);
+    EXPECT_TRUE(found.axes[0].code == ABS_X && found.axes[0].least == -5 && found.axes[0].most == 5);
+
+    const SystemDescriptor writer(::open(path.c_str(), O_WRONLY));
+    input_event dropped{};
+    dropped.code = SYN_DROPPED;
+    Events events;
+    ASSERT_EQ(::write(writer.Get(), &dropped, sizeof dropped), sizeof dropped);
+    EXPECT_EQ(device->Take(&events), InputStatus::Open);
+    EXPECT_EQ(events,
+              (Events{kDropped, {EV_KEY, BTN_0, 1}, {EV_KEY, 0x2FF, 0}, {EV_ABS, ABS_X, 9}, kReport}));
+    gKernelAnswers = false;
+    ASSERT_EQ(::write(writer.Get(), &dropped, sizeof dropped), sizeof dropped);
+    EXPECT_EQ(device->Take(&events), InputStatus::Gone);
+}
+
 TEST(InputDevice, WhatIsNoDevice_IsNotOpened) {
     const ScratchFolder folder;
     WriteWhole(folder.Path("file"), "");
@@ -130,6 +215,16 @@ TEST(InputDevices, ThatCome_AreToldWhateverHappensToTheirFolder) {
     std::filesystem::create_directory(input);
     WriteWhole(input + "/event12", "");
     EXPECT_EQ(devices.TakeNew().at(0), input + "/event12");
+    // One that comes while the kernel's queue is full.
+    WriteWhole(input + "/mouse1", "");
+    WriteWhole(input + "/mouse2", "");
+    int most = 0;
+    std::ifstream("/proc/sys/fs/inotify/max_queued_events") >> most;
+    for (int i = 0; i < most; ++i) {
+        ::chmod((input + "/mouse" + (i % 2 == 0 ? "1" : "2")).c_str(), 0600);
+    }
+    WriteWhole(input + "/event13", "");
+    EXPECT_EQ(devices.TakeNew().size(), 2U);
 }
 
 } // namespace

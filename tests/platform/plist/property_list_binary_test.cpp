@@ -177,6 +177,11 @@ TEST(BinaryList, Trailers_MustFitTheBytes) {
         bad.replace(good.size() - kTrailerSize + row.at, row.bytes.size(), row.bytes);
         EXPECT_EQ(ParseList(bad).status, -1) << row.at << testing::PrintToString(row.bytes);
     }
+    const std::size_t table = good.size() - kTrailerSize - 4;
+    for (const std::size_t offset : {std::size_t{0}, table, good.size()}) { // of the second object
+        std::string bad = good;
+        EXPECT_EQ(ParseList(bad.replace(table + 2, 2, BigEndian(offset, 2))).status, -1) << offset;
+    }
     EXPECT_EQ(ParseList(good + "x").status, -1);
     EXPECT_EQ(ParseList(BinaryList({"\xD0"})).problem.text, "the root is not an array");
 }

@@ -117,6 +117,9 @@ constexpr ElementRow kElements[] = {
     {"<data>AA=</data>",                         nullptr},
     {"<data>A===</data>",                        nullptr},
     {"<data>AA==AA==</data>",                    nullptr},
+    {"<data>AA!A</data>",                        nullptr},
+    {"<data>AA=A</data>",                        nullptr},
+    {"<a\u00E4></b>",                            nullptr}, // the parser quotes it
     {"<date>2024-02-29T23:59:59Z</date>",        "<date>2024-02-29T23:59:59Z</date>"},
     {"<date>0000-12-31T00:00:00Z</date>",        nullptr},
     {"<date>2023-02-29T00:00:00Z</date>",        nullptr},
@@ -130,6 +133,7 @@ TEST(XmlList, Elements_AreReadStrictlyAndWrittenPlainly) {
     for (const ElementRow &row : kElements) {
         const test::ReadOutcome outcome = ParseList(XmlList(row.text));
         EXPECT_EQ(outcome.status, row.written == nullptr ? -1 : noErr) << row.text;
+        EXPECT_TRUE(std::ranges::all_of(outcome.problem.text, [](char c) { return c >= ' ' && c <= '~'; }));
         if (row.written != nullptr) {
             EXPECT_THAT(outcome.Text(), HasSubstr("<array>\n\t" + std::string(row.written) + "\n</array>"));
         }

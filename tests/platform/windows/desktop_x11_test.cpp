@@ -156,8 +156,10 @@ TEST_F(DesktopX11, FrontWindow_IsToldAsItChanges) {
     const xcb_window_t office = Window("office", "Start\xE9");
     Activate(office);
     EXPECT_TRUE(IsFront("Start\u00E9"));
-    Name(office, "WM_CLASS", std::string("office\0Writer\0", 14));
-    EXPECT_TRUE(IsFront("Writer")) << "a window may become another application's";
+    for (const char *other : {"Writer", "Calc"}) { // a window may become another application's
+        Name(office, "WM_CLASS", std::string("office\0", 7) + other);
+        EXPECT_TRUE(IsFront(other));
+    }
     const xcb_window_t ofNameless = Window("java", "Java");
     Set(ofNameless, XCB_ATOM_WM_TRANSIENT_FOR, Window("", ""));
     Name(ofNameless, "_KDE_NET_WM_DESKTOP_FILE", "/usr/share/applications/org.kde.kate.desktop");

@@ -18,6 +18,8 @@ TEST(XmlDocument, Text_IsStableWhateverItsBlanks) {
     for (const Row &row : std::initializer_list<Row>{
              {"<a/>", "<a/>\n"},
              {"<a x=y/>", ""}, // an attribute without quotes
+             {"<a>&</a>", ""},
+             {"<p:a/>", "<a/>\n"},
              {"<a x=\"1&#10;2&amp;&quot;\"><b/><c>t</c></a>",
               "<a x=\"1&#10;2&amp;&#34;\">\n    <b/>\n    <c>t</c>\n</a>\n"},
              {"<a> <b/>\r\n</a>", "<a> <b/>\n</a>\n"},
@@ -34,6 +36,52 @@ TEST(XmlDocument, Text_IsStableWhateverItsBlanks) {
         EXPECT_EQ(text, std::string(kHead).append(row.written));
         ASSERT_EQ(ParseXmlDocument(text, XmlReading::Strict, &document), noErr);
         EXPECT_EQ(XmlDocumentText(document.root), text);
+    }
+}
+
+// A null text: refused. The document is whole where nothing but its text had to be mended.
+struct MendedRow {
+    std::string read;
+    const char *text;
+    bool isWhole = true;
+};
+
+TEST(XmlDocument, Text_IsMendedWhereItCanBe) {
+    using namespace std::string_literals;
+    const std::string latin = "<?xml version='1.0' encoding='iso-8859-1'?>";
+    for (const MendedRow &row : std::initializer_list<MendedRow>{
+             {"<a>1 & 2 < 3 > 4 ]]> \"'</a>", "1 & 2 < 3 > 4 ]]> \"'"},
+             {"<a>&lt;&amp;&gt;&quot;&apos;&#65;&#x42;</a>", "<&>\"'AB"},
+             {"<a>&#0;&no;&#xD7FF;&#xE000;&#xFFFD;&#x10FFFF;</a>", "&#0;&no;\uD7FF\uE000\uFFFD\U0010FFFF"},
+             {"<a>&#xD800;&#xFFFE;&#x110000;&#9x;&#;&</a>", "&#xD800;&#xFFFE;&#x110000;&#9x;&#;&"},
+             {"<a>\x01\t\n\r\x1F</a>", "\uFFFD\t\n\n\uFFFD"},
+             {"<a>1<!-- & < -->2<?p <b> ?>3<![CDATA[<&>]] ]]>4</a>", "123<&>]] 4"},
+             {"<a>1<!-- 2<!-- 3</a>", "1<!-- 2<!-- 3"},
+             {"<a>1<![CDATA[2</a>", "1<![CDATA[2"},
+             {"<a>1<!DOCTYPE b>2</a>", "12"},
+             {"<!DOCTYPE a [<!-- ]> ' --><?p ]>?><!ELEMENT a ANY>]><a x='1'>1&</a>", "1&"},
+             {"<!DOCTYPE a '>' [<!ENTITY b '1'>]><a>&b;</a>", nullptr},
+             {"<a><b x='<>&\"'>1</b><b x=\"'>\">2</b>&</a>", "12&"},
+             {"<a:><b:>1</b:></a:>", "1"},
+             {"<a>1<b>2</a>", "12", false},
+             {"<a>1", "1", false},
+             {"", nullptr},
+             {"\xEF\xBB\xBF<a>\xE4\xC3\xA4\xF4\x90</a>", "\u2030\u00E4\u00D9\u00EA"},
+             {latin + "<a>\xE4&</a>", "\u00E4&"},
+             {"<?xml version='1.0' encoding=\"Mac\"?><a>\x8A&</a>", "\u00E4&"},
+             {"<?xml version='1.0' encoding='UTF-16'?><a>\xC3\xA4&</a>", "\u00E4&"},
+             {"<?xml version='1.0' encoding='none'?><a>&</a>", nullptr},
+             {"<\0a\0>\0&\0<\0/\0a\0>\0"s, "&"},
+             {"\0<\0a\0>\0&\0<\0/\0a\0>"s, "&"},
+             {"\xFF\xFE<\0a\0>\0&\0<\0b"s, "&", false},
+             {"\xFE\xFF\0<\0a\0>\xD8\x3D\xDE\0\0<\0/\0a\0>"s, "\U0001F600"},
+         }) {
+        XmlDocument document;
+        ASSERT_EQ(ParseXmlDocument(row.read, XmlReading::Recovering, &document),
+                  row.text != nullptr ? noErr : -1)
+            << row.read;
+        EXPECT_EQ(XmlStringValue(document.root), row.text != nullptr ? row.text : "") << row.read;
+        EXPECT_EQ(document.isWhole, row.isWhole && row.text != nullptr) << row.read;
     }
 }
 
