@@ -104,6 +104,7 @@ TEST_F(LiveView, InTheBackground_ItActsAndIsOnlyLit) {
     EXPECT_TRUE(QTest::qWaitFor([&] { return Chosen() == kButtonV; }));
     SelectControl(2, 2);
     ASSERT_TRUE(WaitForQuiet(false));
+    QTest::qWait(50); // until what was held back is told
     const std::string what = Act("buttonII", "press");
     EXPECT_EQ(what, "nothing: there is no desktop to send it to");
     EXPECT_TRUE(Turns(kTouched, true)) << "a press that is over at once is seen";
