@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <chrono>
 #include <string_view>
+#include <utility>
 
 namespace drevix {
 namespace {
@@ -49,7 +50,6 @@ void LiveView::Begin(bool isInFront) {
 }
 
 void LiveView::SetInFront(bool isInFront) {
-    fIsInFront = isInFront;
     if (fIsWatching) {
         fWatch.Watch(isInFront);
     }
@@ -73,10 +73,11 @@ void LiveView::TakePressed(const std::string &control, bool isDown) {
     if (!fIsWatching || index < 0) {
         return;
     }
+    Light &light = fLights.at(static_cast<std::size_t>(index));
     if (isDown) {
-        Touch(index);
+        light.LightUp();
     }
-    fLights.at(static_cast<std::size_t>(index)).isDown = isDown;
+    light.isDown = isDown;
     ShowLights();
 }
 
@@ -85,7 +86,7 @@ void LiveView::TakeActed(const std::string &control, const std::string &what) {
     if (!fIsWatching || index < 0) {
         return;
     }
-    Touch(index);
+    fLights.at(static_cast<std::size_t>(index)).LightUp();
     ShowLights();
     std::string_view reason = what;
     if (!reason.starts_with(kNothingBecause)) {
@@ -93,19 +94,25 @@ void LiveView::TakeActed(const std::string &control, const std::string &what) {
         return;
     }
     reason.remove_prefix(kNothingBecause.size());
+    if (reason == kPanelIsInFront) {
+        Pick(index);
+    }
     if (std::ranges::find(kNoFailures, reason) == kNoFailures.end()) {
         const QString name = ControlTitle(kPictureSlots.at(static_cast<std::size_t>(index)));
         Q_EMIT told(tr("%1: %2.").arg(name, TranslatedText(reason)));
     }
 }
 
-// What stays lit, such as a dial that turns on, is touched once.
-void LiveView::Touch(int index) {
-    Light &light = fLights.at(static_cast<std::size_t>(index));
-    const bool isLit = light.isDown || !light.moment.hasExpired();
-    light.moment.setRemainingTime(kMoment);
-    if (const SlotIndex slot = kPictureSlots.at(static_cast<std::size_t>(index));
-        fIsInFront && !isLit && !IsRest(slot)) {
+void LiveView::Light::LightUp() {
+    isPicked = isPicked && IsLit();
+    moment.setRemainingTime(kMoment);
+}
+
+// What stays lit, such as a dial that turns on, is picked once. Whether the panel was in front is the helper's word alone:
+// it has acted otherwise, so a touch is never both or neither, whatever has just come to the front.
+void LiveView::Pick(int index) {
+    const SlotIndex slot = kPictureSlots.at(static_cast<std::size_t>(index));
+    if (!std::exchange(fLights.at(static_cast<std::size_t>(index)).isPicked, true) && !IsRest(slot)) {
         Q_EMIT touched(slot);
     }
 }
@@ -120,7 +127,7 @@ void LiveView::ShowLights() {
     for (int i = 0; i < static_cast<int>(fLights.size()); ++i) {
         const Light &light = fLights.at(static_cast<std::size_t>(i));
         const qint64 moment = light.moment.remainingTime();
-        fPicture->setPressed(i, light.isDown || moment > 0);
+        fPicture->setPressed(i, light.IsLit());
         if (moment > 0 && (next < 0 || moment < next)) {
             next = moment;
         }

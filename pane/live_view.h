@@ -32,7 +32,7 @@ class LiveView : public QObject {
     void Look();
 
   Q_SIGNALS:
-    // With the panel in front, a control was touched.
+    // A control was touched, and has done nothing since the panel is in front.
     void touched(int slot);
     // What a control could not do and why, as a line for people; empty once a control does something again.
     void told(const QString &line);
@@ -40,13 +40,17 @@ class LiveView : public QObject {
   private:
     void TakePressed(const std::string &control, bool isDown);
     void TakeActed(const std::string &control, const std::string &what);
-    void Touch(int index);
+    void Pick(int index);
     void ForgetTouches();
     void ShowLights();
 
     struct Light {
         bool isDown = false;
+        bool isPicked = false; // since it lit up
         QDeadlineTimer moment{0};
+
+        [[nodiscard]] bool IsLit() const { return isDown || !moment.hasExpired(); }
+        void LightUp(); // for a moment at least
     };
 
     DevicePicture *fPicture;
@@ -54,7 +58,6 @@ class LiveView : public QObject {
     std::array<Light, kControlSlots.size()> fLights; // by the picture's index
     QTimer fMoments;                                 // until the next moment is over
     bool fIsWatching = false;
-    bool fIsInFront = false;
 };
 
 } // namespace drevix

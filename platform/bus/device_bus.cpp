@@ -12,6 +12,8 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 constexpr Clock::duration kBetweenSignals = std::chrono::microseconds(1'000'000 / 30);
+constexpr Clock::duration kLongestSilence =
+    std::chrono::seconds(2);              // of a program that is asked whether it hangs
 constexpr std::size_t kMostWatchers = 32; // whoever watches more often than that has lost count
 constexpr const char *kWrongCall = "org.freedesktop.DBus.Error.InvalidArgs";
 constexpr const char *kDeviceDescription = R"(<node><interface name="com.halcyra.drevix.Device1">
@@ -145,8 +147,10 @@ int DeviceBus::TakeWatch(sd_bus_message *message) {
     const bool isNew = known == fWatchers.end();
     if (!isNew) {
         known->isQuiet = isQuiet != 0;
+        known->question.reset();
+        known->isHung = false;
     } else if (Track track = fWatchers.size() < kMostWatchers ? TrackSender(message) : nullptr) {
-        fWatchers.push_back({sender, isQuiet != 0, std::move(track)});
+        fWatchers.push_back({sender, isQuiet != 0, std::move(track), {}, {}, false});
     } else {
         return sd_bus_reply_method_errorf(message, "org.freedesktop.DBus.Error.LimitsExceeded",
                                           "there are too many watchers");
@@ -189,17 +193,50 @@ void DeviceBus::TakeLeft(sd_bus_track *track) {
 }
 
 void DeviceBus::TellQuiet() {
-    const bool isQuiet = std::ranges::any_of(fWatchers, &Watcher::isQuiet);
+    const bool isQuiet = std::ranges::any_of(
+        fWatchers, [](const Watcher &watcher) { return watcher.isQuiet && !watcher.isHung; });
     if (isQuiet != fIsQuiet) {
         fIsQuiet = isQuiet;
         fTasks.setQuiet(isQuiet);
     }
 }
 
+// A panel that hangs must not keep the device from acting for ever. It is asked as a control is touched, so nothing wakes the
+// program while nothing happens.
+void DeviceBus::AskQuiet(Time now) {
+    for (Watcher &watcher : fWatchers) {
+        if (!watcher.isQuiet || watcher.question || now - watcher.asked < kLongestSilence) {
+            continue;
+        }
+        const BusMessage call =
+            SessionBus::NewCall(fBus, watcher.name, "/", "org.freedesktop.DBus.Peer", "Ping");
+        sd_bus_slot *slot = nullptr;
+        // An answer is welcome at any time.
+        if (call && sd_bus_call_async(fBus, &slot, call.get(), BusCallback<&DeviceBus::TakeAnswer>, this,
+                                      UINT64_MAX) >= 0) {
+            watcher.question.reset(slot);
+            watcher.asked = now;
+        }
+    }
+}
+
+int DeviceBus::TakeAnswer(sd_bus_message *message) {
+    const char *sender = sd_bus_message_get_sender(message);
+    const auto known =
+        std::ranges::find(fWatchers, std::string_view(sender != nullptr ? sender : ""), &Watcher::name);
+    if (known != fWatchers.end()) { // else it has left
+        known->question.reset();
+        known->isHung = false;
+        TellQuiet();
+    }
+    return 0;
+}
+
 void DeviceBus::TellActed(const std::string &control, const std::string &what, int times) {
     if (fWatchers.empty()) {
         return;
     }
+    AskQuiet(Clock::now());
     Told &told = fTold[control];
     told.what = what;
     told.waiting += times;
@@ -214,14 +251,17 @@ void DeviceBus::TellPressed(const std::string &control, bool isDown) {
 
 std::optional<DeviceBus::Time> DeviceBus::NextTime() const {
     std::optional<Time> next;
-    const auto take = [&](bool isWaiting, Time last) {
-        if (isWaiting && (!next || last + kBetweenSignals < *next)) {
-            next = last + kBetweenSignals;
+    const auto take = [&](bool isWaiting, Time due) {
+        if (isWaiting && (!next || due < *next)) {
+            next = due;
         }
     };
     for (const auto &[control, told] : fTold) {
-        take(told.waiting > 0, told.last);
-        take(told.isDown != told.isToldDown, told.lastPressed);
+        take(told.waiting > 0, told.last + kBetweenSignals);
+        take(told.isDown != told.isToldDown, told.lastPressed + kBetweenSignals);
+    }
+    for (const Watcher &watcher : fWatchers) {
+        take(watcher.question && !watcher.isHung, watcher.asked + kLongestSilence);
     }
     return next;
 }
@@ -230,6 +270,10 @@ void DeviceBus::TakeTime(Time now) {
     for (auto &[control, told] : fTold) {
         SendDue(control, &told, now);
     }
+    for (Watcher &watcher : fWatchers) {
+        watcher.isHung = watcher.question && now - watcher.asked >= kLongestSilence;
+    }
+    TellQuiet();
 }
 
 void DeviceBus::SendDue(const std::string &control, Told *told, Time now) const {

@@ -42,7 +42,7 @@ struct DeviceBusTasks {
     // Nothing: whoever reported has left the bus.
     std::function<void(const std::optional<ReportedFront> &front)> setFront;
     std::function<NamedTexts()> front;
-    // Whether a watcher wants the device to tell, but not to act.
+    // Whether a watcher that does not hang wants the device to tell, but not to act.
     std::function<void(bool isQuiet)> setQuiet;
 };
 
@@ -74,6 +74,9 @@ class DeviceBus final : public BusClient {
         std::string name; // of its connection
         bool isQuiet;
         Track track;
+        BusSlot question; // whether it hangs, while that is not answered
+        std::chrono::steady_clock::time_point asked;
+        bool isHung = false; // and does not count as quiet
     };
     struct Told {
         std::string what;
@@ -98,6 +101,8 @@ class DeviceBus final : public BusClient {
     void SendPressed(const Watcher &watcher, const std::string &control, bool isDown) const;
     void SendActed(const Watcher &watcher, const std::string &control, const Told &told) const;
     void TellQuiet();
+    void AskQuiet(Time now);
+    int TakeAnswer(sd_bus_message *message);
 
     DeviceBusTasks fTasks;
     sd_bus *fBus = nullptr;

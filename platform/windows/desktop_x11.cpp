@@ -2,6 +2,7 @@
 
 #include "platform/windows/key_keeper.h"
 #include "platform/windows/x11_front.h"
+#include "platform/windows/x11_layout.h"
 #include "platform/windows/x11_link.h"
 
 #include <algorithm>
@@ -82,13 +83,15 @@ struct Message {
 class X11Desktop final : public Desktop {
   public:
     X11Desktop(std::unique_ptr<X11Link> link, const std::string &display)
-        : fLink(std::move(link)), fFront(fLink.get()), fHasTest(HasTestExtension(*fLink)),
+        : fLink(std::move(link)), fFront(fLink.get()), fLayout(fLink.get()),
+          fHasTest(HasTestExtension(*fLink)),
           fKeeper([display](const std::vector<std::uint16_t> &keys) { LetGo(display, keys); }) {}
     ~X11Desktop() override;
 
     [[nodiscard]] int Descriptor() const override { return xcb_get_file_descriptor(fLink->Get()); }
     [[nodiscard]] bool Take() override;
     [[nodiscard]] const FrontWindow &Front() const override { return fFront.Description(); }
+    [[nodiscard]] unsigned LayoutChanges() const override { return fLayout.Changes(); }
     [[nodiscard]] bool Key(std::uint16_t scanCode, bool down) override;
     [[nodiscard]] bool Scroll(ScrollDirection direction, int steps) override;
     [[nodiscard]] bool Ask(WindowRequest request) override;
@@ -104,6 +107,7 @@ class X11Desktop final : public Desktop {
 
     std::unique_ptr<X11Link> fLink;
     X11Front fFront;
+    X11LayoutWatch fLayout;
     bool fHasTest;
     KeyKeeper fKeeper;
     KeySet fDown;
@@ -126,6 +130,7 @@ bool X11Desktop::Take() {
     do {
         while (const X11Owner<xcb_generic_event_t> event{xcb_poll_for_event(fLink->Get())}) {
             fFront.Notice(*event);
+            fLayout.Notice(*event);
         }
     } while (fFront.Update());
     return !fLink->IsLost();

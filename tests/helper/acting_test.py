@@ -5,6 +5,7 @@ devices becomes keys of the window in front.
 Usage: acting_test.py DREVIXHELPER DREVIXCTL KEY_WINDOW
 Ends with 77 where there is no Xvfb, openbox or xdotool.
 """
+import ctypes
 import os
 import pathlib
 import re
@@ -25,7 +26,8 @@ if not all(shutil.which(program) for program in ("Xvfb", "openbox", "xdotool")):
 ActingCase.helper_program, ActingCase.control_program, WINDOW = (pathlib.Path(sys.argv.pop(1)).resolve() for _ in range(3))
 
 SHIFT, CTRL, ALT = 1, 4, 8  # states of X events
-A, B, K, F5 = 38, 56, 45, 71  # X key codes
+SECOND_GROUP = 128  # the same, for a client that knows no groups
+A, B, K, F5, Z, Y = 38, 56, 45, 71, 52, 29  # X key codes
 MODIFIER_CODES = {37, 50, 64}
 SWITCHES, PRESSES = 20, 50
 
@@ -77,6 +79,14 @@ class Acting(ActingCase):
     def keys_down(self):
         return int(subprocess.run([WINDOW], env=self.environment, capture_output=True, text=True, timeout=30, check=True).stdout)
 
+    def lock_group(self, group):
+        """What the key does that switches between the layouts of one keyboard."""
+        x11 = ctypes.CDLL("libX11.so.6")
+        x11.XOpenDisplay.restype = ctypes.c_void_p
+        display = ctypes.c_void_p(x11.XOpenDisplay(self.environment["DISPLAY"].encode()))
+        x11.XkbLockGroup(display, 0x100, group)  # of the core keyboard
+        x11.XCloseDisplay(display)
+
     def test_1_each_press_goes_to_the_window_in_front_by_its_own_settings(self):
         expected = {"alpha": (A, SHIFT), "beta": (B, CTRL | ALT), "gamma": (F5, 0)}
         count = dict.fromkeys(expected, 0)
@@ -123,6 +133,24 @@ class Acting(ActingCase):
         self.assertEqual(sum(told()), before + 400)
         self.assertLessEqual(len(told()) - lines, 30 * (time.monotonic() - begin) + 2)
         watch.kill()
+
+    def test_2_the_layout_in_force_says_where_a_key_is(self):
+        """A layout that was switched while one window stayed in front was noticed only when the front changed."""
+        self.ctl("assign", "buttonV", "182")  # undo
+        self.activate("gamma")
+
+        def press():
+            before = len(self.keys("gamma"))
+            told = self.ctl("press", "buttonV")
+            self.until(lambda: len(self.keys("gamma")) == before + 1, "undo did not come")
+            return told, self.keys("gamma")[-1]
+        at_z, at_y = ("keys ctrl+KEY_Z\n", (Z, CTRL)), ("keys ctrl+KEY_Y\n", (Y, CTRL))
+        for layouts, expected in (("de", at_y), ("us,de", at_z)):
+            subprocess.run(["setxkbmap", layouts], env=self.environment, check=True, timeout=30)
+            self.assertEqual(press(), expected, layouts)
+        for group, expected in ((1, (at_y[0], (Y, CTRL | SECOND_GROUP))), (0, at_z)):
+            self.lock_group(group)
+            self.assertEqual(press(), expected, group)
 
     def test_3_a_change_counts_at_once_and_switched_off_is_off(self):
         self.activate("alpha")

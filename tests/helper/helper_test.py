@@ -171,6 +171,31 @@ class Helper(unittest.TestCase):
             self.until(lambda: "entry" not in json.loads(self.ctl("front", "--json")))
             self.assertEqual((self.path / "report").read_text(), "")
 
+    def test_a_panel_that_hangs_in_front_does_not_keep_the_device_from_acting(self):
+        """It did for ever, also with another window in front."""
+        self.start_bus()
+        helper = self.start(HELPER, "--dry-run", output="said")
+        self.until(lambda: "ready\n" in self.said())
+        self.ctl("assign", "buttonI", "keystroke", "F5")
+        panel = self.start("/usr/bin/python3", "-c", "import dbus; import dbus.mainloop.glib; from gi.repository import GLib;"
+                           "dbus.mainloop.glib.DBusGMainLoop(set_as_default=True);"
+                           f"device = dbus.SessionBus().get_object('com.halcyra.drevix.Process.DrevixHelper.p{helper.pid}', '/com/halcyra/drevix/Device');"
+                           "device.Watch(True, dbus_interface='com.halcyra.drevix.Device1'); GLib.MainLoop().run()", output="panel")
+        quiet, acts = "nothing: the settings panel is in front\n", "keys KEY_F5\n"
+        self.until(lambda: self.ctl("press", "buttonI") == quiet)
+
+        def hold_on(seconds):
+            end = time.monotonic() + seconds
+            while time.monotonic() < end:
+                self.assertEqual(self.ctl("press", "buttonI"), quiet)
+        hold_on(3)  # it answers
+        panel.send_signal(signal.SIGSTOP)
+        hold_on(1)
+        self.until(lambda: self.ctl("press", "buttonI") == acts)
+        panel.send_signal(signal.SIGCONT)
+        self.until(lambda: self.ctl("press", "buttonI") == quiet)
+        self.assertEqual((self.path / "panel").read_text(), "")
+
     def test_one_helper_serves_a_session(self):
         self.start_bus()
         pair = [self.start(HELPER, output=f"said{i}") for i in range(2)]

@@ -13,7 +13,8 @@
 namespace drevix::test {
 namespace {
 
-constexpr SlotIndex kRingLeft = 0, kPushRest = 8, kTunerRight = 7, kButtonI = 18, kTouched = 19;
+constexpr SlotIndex kRingLeft = 0, kPushRest = 8, kTunerRight = 7, kButtonV = 16, kButtonI = 18,
+                    kTouched = 19;
 
 class LiveView : public PanelTest {
   protected:
@@ -86,7 +87,7 @@ TEST_F(LiveView, InFront_TheControlIsChosenAndDoesNothing) {
     std::ignore = Act("ringXYRest", "turn");
     EXPECT_TRUE(Turns(kPushRest, true));
     EXPECT_EQ(Chosen(), kRingLeft) << "its release is no choice";
-    EXPECT_EQ(fProblem, QString());
+    EXPECT_FALSE(fProblem.contains(u"front"_s)) << "no failure: " << fProblem;
 
     SelectControl(2, 2);
     Find<QWidget>("uiSettingsFieldKeystroke")->setFocus();
@@ -98,10 +99,12 @@ TEST_F(LiveView, InFront_TheControlIsChosenAndDoesNothing) {
 }
 
 TEST_F(LiveView, InTheBackground_ItActsAndIsOnlyLit) {
-    SelectControl(2, 2);
     ASSERT_TRUE(WaitForQuiet(true)) << "it is watched";
-    GoAway();
+    GoAway(); // before the panel has heard of the touch, which has done nothing
+    EXPECT_TRUE(QTest::qWaitFor([&] { return Chosen() == kButtonV; }));
+    SelectControl(2, 2);
     ASSERT_TRUE(WaitForQuiet(false));
+    QTest::qWait(50); // until what was held back is told
     const std::string what = Act("buttonII", "press");
     EXPECT_EQ(what, "nothing: there is no desktop to send it to");
     EXPECT_TRUE(Turns(kTouched, true)) << "a press that is over at once is seen";
@@ -110,7 +113,9 @@ TEST_F(LiveView, InTheBackground_ItActsAndIsOnlyLit) {
         return fProblem == u"Button II: there is no desktop to send it to."_s;
     })) << fProblem;
     ComeBack();
-    ASSERT_TRUE(WaitForQuiet(true));
+    // What was lit from a touch in another window was not chosen when it was touched again with the panel in front.
+    ASSERT_TRUE(QTest::qWaitFor([&] { return Act("buttonII", "press").ends_with("is in front"); }));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return Chosen() == kTouched; }));
     fPane->willUnselect();
     ASSERT_TRUE(WaitForQuiet(false)) << "a panel that is not shown keeps nothing from acting";
     fPane->didSelect();

@@ -195,6 +195,21 @@ TEST_F(DesktopX11, Keys_AreLetGoAtEveryEnd) {
     EXPECT_TRUE(Within(5s, [&] { return !IsDown(kLeftShift) && !IsDown(kKeyA); })) << "killed";
 }
 
+TEST_F(DesktopX11, Layout_IsAskedForAgainWhenKeysGetOtherCharacters) {
+    ASSERT_TRUE(fDesktop->Take());
+    const unsigned before = fDesktop->LayoutChanges();
+    ASSERT_TRUE(fDesktop->Key(kLeftShift, true) && fDesktop->Key(kKeyA, true) && fDesktop->Flush());
+    ASSERT_TRUE(fDesktop->Key(kKeyA, false) && fDesktop->Key(kLeftShift, false) && fDesktop->Flush());
+    EXPECT_TRUE(Within(5s, [&] { return !IsDown(kLeftShift); }));
+    ASSERT_TRUE(fDesktop->Take());
+    const unsigned typed = fDesktop->LayoutChanges();
+    EXPECT_LE(typed, before + 1) << "at most the keys' keyboard came to the front, not each key";
+    const xcb_keysym_t other = 'y';
+    xcb_change_keyboard_mapping(fManager.get(), 1, kKeyA + 8, 1, &other);
+    xcb_flush(fManager.get());
+    EXPECT_TRUE(Within(5s, [&] { return fDesktop->Take() && fDesktop->LayoutChanges() > typed; }));
+}
+
 TEST_F(DesktopX11, Wheel_TurnsInWhatIsUnderThePointer) {
     const xcb_window_t window = Window("a", "A");
     const std::uint32_t everywhere[] = {4000, 4000};
