@@ -1,6 +1,7 @@
 #include "cli/action_names.h"
 
 #include "platform/base/ascii.h"
+#include "platform/base/translation.h"
 
 #include <algorithm>
 #include <array>
@@ -11,13 +12,13 @@ namespace {
 // clang-format off
 // `drevixctl help actions` explains these.
 constexpr auto kRestrictions = std::to_array<RestrictionInfo>({
-    {kNotInGlobalRecord, "notInGlobalRecord",         "not global"},
-    {kOneSlotOnly,       "oneControlOnly",            "once"},
-    {kNavAppsOnly,       "companionAppsOnly",         "apps"},
-    {kToolMenuRecords,   "companionAppsOrGlobalOnly", "apps or global"},
+    {kNotInGlobalRecord, "notInGlobalRecord",         ToTranslate("not global")},
+    {kOneSlotOnly,       "oneControlOnly",            ToTranslate("once")},
+    {kNavAppsOnly,       "companionAppsOnly",         ToTranslate("apps")},
+    {kToolMenuRecords,   "companionAppsOrGlobalOnly", ToTranslate("apps or global")},
     {kToolMenuButtons,   "buttonsIToIIIOnly",         "I-III"},
-    {kTunerOnly,         "tunerOnly",                 "tuner"},
-    {kNotOnTuner,        "notOnTuner",                "no tuner"},
+    {kTunerOnly,         "tunerOnly",                 ToTranslate("tuner")},
+    {kNotOnTuner,        "notOnTuner",                ToTranslate("no tuner")},
 });
 
 struct RefusalRow {
@@ -25,11 +26,11 @@ struct RefusalRow {
     std::string_view text;
 };
 constexpr auto kRefusals = std::to_array<RefusalRow>({
-    {ActionRefusal::UnknownCommand,    "unknown action"},
-    {ActionRefusal::NoControl,         "unknown control"},
-    {ActionRefusal::NotInGlobalRecord, "the global record cannot hold it; name an application with --app"},
-    {ActionRefusal::NotInThisRecord,   "the application does not support it"},
-    {ActionRefusal::NotOnThisControl,  "it does not work on this control"},
+    {ActionRefusal::UnknownCommand,    ToTranslate("unknown action")},
+    {ActionRefusal::NoControl,         ToTranslate("unknown control")},
+    {ActionRefusal::NotInGlobalRecord, ToTranslate("the global record cannot hold it; name an application with --app")},
+    {ActionRefusal::NotInThisRecord,   ToTranslate("the application does not support it")},
+    {ActionRefusal::NotOnThisControl,  ToTranslate("it does not work on this control")},
 });
 // clang-format on
 
@@ -65,7 +66,7 @@ const ActionInfo *FindActionByTitle(std::string_view title, TitleMatch match, bo
 
 std::string_view RefusalText(ActionRefusal refusal) {
     const auto *row = std::ranges::find(kRefusals, refusal, &RefusalRow::refusal);
-    return row == kRefusals.end() ? "it is not offered here" : row->text;
+    return row == kRefusals.end() ? ToTranslate("it is not offered here") : row->text;
 }
 
 } // namespace drevix

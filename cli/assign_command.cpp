@@ -8,6 +8,7 @@
 #include "companion/korvane_files.h"
 #include "keyboard/key_names.h"
 #include "platform/base/plain_text.h"
+#include "platform/base/translation.h"
 #include "platform/catalog/named_files.h"
 #include "platform/plist/json.h"
 #include "util/items/items_folder.h"
@@ -31,7 +32,7 @@ struct Choice {
 };
 
 Outcome ParseNone(const std::string &rest, Choice * /*choice*/) {
-    return rest.empty() ? Done() : WrongUsage("none takes nothing after it");
+    return rest.empty() ? Done() : WrongUsage(Translated("none takes nothing after it"));
 }
 
 Outcome ParseKeystroke(const std::string &rest, Choice *choice) {
@@ -41,10 +42,11 @@ Outcome ParseKeystroke(const std::string &rest, Choice *choice) {
         return Done();
     }
     if (const AmbiguousKeyName *key = FindAmbiguousKeyName(rest)) {
-        return WrongUsage(QuotedText(key->name) + " could be two keys; write " + std::string(key->ours) +
-                          " or " + std::string(key->onKeyboard));
+        return WrongUsage(Translated("%1 could be two keys; write %2 or %3", QuotedText(key->name), key->ours,
+                                     key->onKeyboard));
     }
-    return WrongUsage(QuotedText(rest) + " is not a key of this keyboard layout; write it like cmd+shift+s");
+    return WrongUsage(
+        Translated("%1 is not a key of this keyboard layout; write it like cmd+shift+s", QuotedText(rest)));
 }
 
 Outcome ParseMenu(const std::string &rest, Choice *choice) {
@@ -74,14 +76,14 @@ constexpr auto kKeywords = std::to_array<ActionKeyword>({
 });
 
 Outcome NeedsParameter(const ActionKeyword &keyword) {
-    std::string message =
-        "incomplete action: write " + std::string(keyword.word) + " " + std::string(keyword.parameter);
+    const std::string written = std::string(keyword.word) + " " + std::string(keyword.parameter);
     // "open" is also the name of a shortcut.
     if (const ActionInfo *action = FindActionByTitle(keyword.word, TitleMatch::Whole);
         action != nullptr && action->code != keyword.command) {
-        message += ", or " + std::to_string(action->code) + " for the action " + QuotedText(action->title);
+        return WrongUsage(Translated("incomplete action: write %1, or %2 for the action %3", written,
+                                     action->code, QuotedText(action->title)));
     }
-    return WrongUsage(std::move(message));
+    return WrongUsage(Translated("incomplete action: write %1", written));
 }
 
 std::string Joined(std::span<const std::string> words) {
@@ -97,8 +99,8 @@ Outcome TakeModifiers(std::span<const std::string> *words, std::uint16_t *modifi
     while (words->size() > 1 && words->back().starts_with('+')) {
         std::uint16_t more = 0;
         if (!ParseModifiers(words->back(), &more)) {
-            return WrongUsage("unknown modifier " + QuotedText(words->back()) +
-                              "; use cmd, shift, caps, opt or ctrl");
+            return WrongUsage(Translated("unknown modifier %1; use cmd, shift, caps, opt or ctrl",
+                                         QuotedText(words->back())));
         }
         *modifiers |= more;
         *words = words->first(words->size() - 1);
@@ -123,15 +125,17 @@ Outcome ParseNamedAction(std::span<const std::string> words, Choice *choice) {
     action = action != nullptr ? action : FindActionByNumber(name);
     action = action != nullptr ? action : FindActionByTitle(name, TitleMatch::Beginning, &several);
     if (action == nullptr) {
-        return WrongUsage((several ? "several actions begin with " : "unknown action ") + QuotedText(name) +
-                          "; 'drevixctl actions' lists them all");
+        return WrongUsage(
+            several ? Translated("several actions begin with %1; 'drevixctl actions' lists them all",
+                                 QuotedText(name))
+                    : Translated("unknown action %1; 'drevixctl actions' lists them all", QuotedText(name)));
     }
     const auto *keyword = std::ranges::find(kKeywords, action->code, &ActionKeyword::command);
     if (keyword != kKeywords.end() && action->code != kActionNone) {
         return NeedsParameter(*keyword);
     }
     if (choice->modifiers != 0 && action->group != ActionGroup::ActionScroll) {
-        return WrongUsage("only scrolling takes modifiers");
+        return WrongUsage(Translated("only scrolling takes modifiers"));
     }
     choice->command = action->code;
     return Done();
@@ -157,14 +161,15 @@ Outcome ParseRepeat(const std::string &text, const ControlSlot &control, Choice 
     const bool isKeystroke = choice->command == kActionKeystroke;
     const bool isScroll = IsScrolling(choice->command);
     if ((!isKeystroke && !isScroll) || control.group == ControlGroup::Tuner) {
-        return WrongUsage("only keystrokes and scrolling on the ring and the buttons take --repeat");
+        return WrongUsage(
+            Translated("only keystrokes and scrolling on the ring and the buttons take --repeat"));
     }
     std::int32_t ticks = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), ticks);
     const bool isNumber = error == std::errc() && end == text.data() + text.size();
     if (!isNumber || ticks > kMostTicks || ticks < (isKeystroke ? -1 : 0)) {
-        return WrongUsage("--repeat must be a number from 0 to 65534, or -1 for a keystroke, not " +
-                          QuotedText(text));
+        return WrongUsage(Translated(
+            "--repeat must be a number from 0 to 65534, or -1 for a keystroke, not %1", QuotedText(text)));
     }
     choice->delay = static_cast<std::uint16_t>(ticks);
     return Done();
@@ -175,8 +180,10 @@ Outcome ParseRepeat(const std::string &text, const ControlSlot &control, Choice 
 Outcome FindMenuEntry(const std::string &title, const MenuTitles &titles, std::uint32_t *crc) {
     const std::string *found = titles.Find(title);
     if (found == nullptr && titles.HasFile()) {
-        return Failed("the companion dial has no menu entry " + QuotedText(title) +
-                      " for this application; nothing was changed; 'drevixctl menu' lists its entries");
+        return Failed(
+            Translated("the companion dial has no menu entry %1 for this application; nothing was changed; "
+                       "'drevixctl menu' lists its entries",
+                       QuotedText(title)));
     }
     *crc = KorvaneStringCRC(found != nullptr ? *found : title);
     return Done();
@@ -186,9 +193,9 @@ Outcome ApplyChoice(const ControlSlot &control, const Choice &choice, const Menu
                     AppPrefs &record) {
     if (const ActionRefusal refusal = CheckAction(record, control.slot, choice.command);
         refusal != ActionRefusal::None) {
-        return Failed("cannot assign " + QuotedText(ActionTitle(choice.command)) + " to " +
-                      std::string(control.key) + ": " + std::string(RefusalText(refusal)) +
-                      "; nothing was changed");
+        return Failed(Translated("cannot assign %1 to %2: %3; nothing was changed",
+                                 QuotedText(ActionTitle(choice.command)), control.key,
+                                 Translated(RefusalText(refusal))));
     }
     std::uint32_t crc = 0;
     if (choice.command == kActionToolMenu) {
@@ -210,16 +217,18 @@ Outcome ApplyChoice(const ControlSlot &control, const Choice &choice, const Menu
 // user's own settings, so it would remove the items of any other settings file.
 Outcome StoreItem(const Session &session, const std::string &path, ActionSlot &slot) {
     if (!session.IsUsersOwn()) {
-        return Failed("cannot assign open " + path +
-                      ": only your own settings can hold it; nothing was changed; leave out --prefs");
+        return Failed(
+            Translated("cannot assign %1: only your own settings can hold it; nothing was changed; leave out "
+                       "--prefs",
+                       "open " + path));
     }
     OSErr status =
         FindDrevixItemsFolder(kDrevixItemsFolderName.data(), kCreateFolder, nullptr, nullptr, nullptr);
     if (status != noErr) {
-        return FailedFile("cannot use the items folder", "com.halcyra.drevix.stuff", status, kUnchanged);
+        return FailedFile("cannot use the items folder %1", "com.halcyra.drevix.stuff", status, kUnchanged);
     }
     status = MakeDrevixItem(path, &slot.data);
-    return status == noErr ? Done() : FailedFile("cannot assign open", path, status, kUnchanged);
+    return status == noErr ? Done() : FailedFile("cannot assign %1", "open " + path, status, kUnchanged);
 }
 
 PropertyListDictionary AssignmentEntry(const ControlSlot &control, const ActionSlot &slot,
@@ -238,8 +247,8 @@ void SayAssignments(const Request &request, const ControlSlot &chosen, const App
     PropertyListArray entries;
     const auto say = [&](const ControlSlot &control) {
         const ActionSlot &slot = after.device[0].action[control.slot];
-        entries.emplace_back(
-            AssignmentEntry(control, slot, ActionDetails(slot, titles.Find(slot.crc), KeyNames::Own)));
+        entries.emplace_back(AssignmentEntry(
+            control, slot, ActionDetails(slot, titles.Find(slot.crc), KeyNames::Own, Reader::Program)));
         if (!request.line.json) {
             const std::string details = ActionDetails(slot, titles.Find(slot.crc));
             request.Out() << control.key << ": " << ActionTitle(slot.command) << (details.empty() ? "" : " ")
@@ -263,8 +272,8 @@ void SayAssignments(const Request &request, const ControlSlot &chosen, const App
 Outcome AssignAction(const Request &request) {
     const ControlSlot *control = FindControlSlot(request.arguments[0]);
     if (control == nullptr) {
-        return WrongUsage("unknown control " + QuotedText(request.arguments[0]) +
-                          "; 'drevixctl help assign' lists them");
+        return WrongUsage(Translated("unknown control %1; 'drevixctl help assign' lists them",
+                                     QuotedText(request.arguments[0])));
     }
     Choice choice;
     Outcome outcome = ParseAction(request.arguments.subspan(1), &choice);

@@ -4,6 +4,7 @@
 #include "cli/file_check.h"
 #include "cli/session.h"
 #include "platform/base/plain_text.h"
+#include "platform/base/translation.h"
 #include "platform/files/disk.h"
 #include "platform/files/file_update.h"
 #include "platform/files/owners.h"
@@ -28,7 +29,7 @@ PropertyListDictionary FindingsEntry(const std::string &path, const FileFindings
     PropertyListArray problems;
     for (const FileProblem &problem : findings.problems) {
         PropertyListDictionary entry;
-        entry.Add("text", problem.text);
+        entry.Add("text", EnglishText(problem.text));
         entry.Add("damage", IsDamage(problem));
         problems.emplace_back(std::move(entry));
     }
@@ -47,14 +48,20 @@ void SayFindings(const Request &request, const std::string &path, const FileFind
         out << JsonText(FindingsEntry(path, findings)) << "\n";
         return;
     }
-    out << PlainText(path) << ": " << (findings.status == noErr ? "valid, " : "damaged, ") << findings.records
-        << (findings.records == 1 ? " record\n" : " records\n");
+    const auto records = static_cast<std::size_t>(std::max(findings.records, 0));
+    out << PlainText(
+               findings.status == noErr
+                   ? TranslatedCount("%2: valid, %1 record", "%2: valid, %1 records", records, {path})
+                   : TranslatedCount("%2: damaged, %1 record", "%2: damaged, %1 records", records, {path}))
+        << "\n";
     const std::size_t shown = std::min(findings.problems.size(), kShownProblems);
     for (const FileProblem &problem : std::span(findings.problems).first(shown)) {
-        out << (IsDamage(problem) ? "damage: " : "note: ") << PlainText(problem.text) << "\n";
+        const std::string text = Translated(problem.text);
+        out << PlainText(IsDamage(problem) ? Translated("damage: %1", text) : Translated("note: %1", text))
+            << "\n";
     }
     if (shown < findings.problems.size()) {
-        out << "and " << findings.problems.size() - shown << " more\n";
+        out << Translated("and %1 more", findings.problems.size() - shown) << "\n";
     }
 }
 
@@ -94,12 +101,12 @@ void SayRecovered(const Request &request, std::int32_t saved, std::int32_t annou
         request.Out() << JsonText(std::move(result)) << "\n";
         return;
     }
-    request.Out() << saved;
-    if (announced > saved) {
-        request.Out() << " of " << announced;
-    }
-    request.Out() << (saved == 1 && announced <= saved ? " record" : " records") << " saved in "
-                  << PlainText(*request.line.to) << "\n";
+    const std::string &to = *request.line.to;
+    request.Out() << PlainText(announced > saved
+                                   ? Translated("%1 of %2 records saved in %3", saved, announced, to)
+                                   : TranslatedCount("%1 record saved in %2", "%1 records saved in %2",
+                                                     static_cast<std::size_t>(saved), {to}))
+                  << "\n";
 }
 
 } // namespace
@@ -118,23 +125,24 @@ Outcome CheckSettingsFile(const Request &request) {
     }
     if (status != noErr) {
         const bool isNamed = !request.arguments.empty() || !path.empty();
-        return FailedFile("cannot check", isNamed ? path : "the settings file", status,
-                          "nothing was changed");
+        return FailedFile("cannot check %1", isNamed ? path : Translated("the settings file"), status,
+                          kUnchanged);
     }
     const FileFindings findings = CheckFileBytes(bytes, ReadAsSettings(path));
     SayFindings(request, path, findings);
     return findings.status == noErr
                ? Done()
-               : Failed(path + " is damaged; it was not changed; 'drevixctl recover' saves the "
-                               "intact records");
+               : Failed(Translated(
+                     "%1 is damaged; it was not changed; 'drevixctl recover' saves the intact records",
+                     path));
 }
 
 Outcome RecoverSettingsFile(const Request &request) {
     const std::string &path = request.arguments[0];
     const std::string &to = *request.line.to;
     if (Exists(to)) {
-        return Failed("cannot recover to " + to +
-                      ": it already exists; nothing was changed; name another file");
+        return Failed(Translated(
+            "cannot recover to %1: it already exists; nothing was changed; name another file", to));
     }
     std::string bytes;
     const QBaseOwner base = NewDrevixBase();
@@ -144,11 +152,11 @@ Outcome RecoverSettingsFile(const Request &request) {
         status = Salvage(base.get(), path, bytes, announced);
     }
     if (status != noErr) {
-        return FailedFile("cannot recover", path, status, "nothing was written");
+        return FailedFile("cannot recover %1", path, status, ToTranslate("nothing was written"));
     }
     const std::int32_t saved = QBaseCountRecords(base.get());
     if (saved == 0) {
-        return Failed("cannot recover " + path + ": it has no intact record; nothing was written");
+        return Failed(Translated("cannot recover %1: it has no intact record; nothing was written", path));
     }
     if (const OSErr written = SaveDevicePrefsToPath(base.get(), to); written != noErr) {
         return FailedNewFile(to, written, "nothing was written");

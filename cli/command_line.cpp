@@ -1,5 +1,7 @@
 #include "cli/command_line.h"
 
+#include "platform/base/translation.h"
+
 #include <algorithm>
 #include <array>
 
@@ -10,17 +12,17 @@ using Line = CommandLine;
 
 // clang-format off
 constexpr auto kOptions = std::to_array<OptionInfo>({
-    {"--app",     "APP",  kAppOption,     "a record, by file name, NAME:SIGNATURE or number", nullptr, &Line::app},
-    {"--all",     "",     kAllOption,     "every record",                                      &Line::all, nullptr},
-    {"--replace", "",     kReplaceOption, "replace existing records",              &Line::replace, nullptr},
-    {"--repeat",  "TICKS", kRepeatOption, "repeat every TICKS/60 second while held; 0: once", nullptr, &Line::repeat},
-    {"--raw",     "",     kRawOption,     "what devices send, whether they have a map or not",  &Line::raw, nullptr},
-    {"--to",      "FILE", kToOption,      "the file to write; it must not exist yet",           nullptr, &Line::to},
-    {"--json",    "",     0,              "print JSON for other programs to read",             &Line::json, nullptr},
-    {"--prefs",   "FILE", 0,              "use this settings file instead of your own",  nullptr, &Line::prefs},
-    {"--help",    "",     0,              "print help",                                        &Line::help, nullptr},
-    {"--verbose", "",     0,              "log what is done to standard error",               &Line::verbose, nullptr},
-    {"--version", "",     0,              "print the version",                                 &Line::version, nullptr},
+    {"--app",     "APP",  kAppOption,     ToTranslate("a record, by file name, NAME:SIGNATURE or number"), nullptr, &Line::app},
+    {"--all",     "",     kAllOption,     ToTranslate("every record"),                                      &Line::all, nullptr},
+    {"--replace", "",     kReplaceOption, ToTranslate("replace existing records"),              &Line::replace, nullptr},
+    {"--repeat",  "TICKS", kRepeatOption, ToTranslate("repeat every TICKS/60 second while held; 0: once"), nullptr, &Line::repeat},
+    {"--raw",     "",     kRawOption,     ToTranslate("what devices send, whether they have a map or not"),  &Line::raw, nullptr},
+    {"--to",      "FILE", kToOption,      ToTranslate("the file to write; it must not exist yet"),           nullptr, &Line::to},
+    {"--json",    "",     0,              ToTranslate("print JSON for other programs to read"),             &Line::json, nullptr},
+    {"--prefs",   "FILE", 0,              ToTranslate("use this settings file instead of your own"),  nullptr, &Line::prefs},
+    {"--help",    "",     0,              ToTranslate("print help"),                                        &Line::help, nullptr},
+    {"--verbose", "",     0,              ToTranslate("log what is done to standard error"),               &Line::verbose, nullptr},
+    {"--version", "",     0,              ToTranslate("print the version"),                                 &Line::version, nullptr},
 });
 // clang-format on
 static_assert(std::ranges::all_of(kOptions, [](const OptionInfo &option) {
@@ -29,7 +31,7 @@ static_assert(std::ranges::all_of(kOptions, [](const OptionInfo &option) {
 }));
 
 Outcome NeedsValue(const OptionInfo &option) {
-    return WrongUsage(std::string(option.name) + " needs a value: " + std::string(option.value));
+    return WrongUsage(Translated("%1 needs a value: %2", option.name, option.value));
 }
 
 // Parses the option at `i`, whose value follows '=' or is the next argument. `i` ends at the last argument
@@ -39,12 +41,12 @@ Outcome ParseOption(std::span<const std::string> arguments, std::size_t &i, Comm
     const std::size_t equals = argument.find('=');
     const OptionInfo *option = FindOption(argument.substr(0, equals));
     if (option == nullptr) {
-        return WrongUsage("unknown option " + QuotedText(argument.substr(0, equals)));
+        return WrongUsage(Translated("unknown option %1", QuotedText(argument.substr(0, equals))));
     }
     line->given |= option->bit;
     if (option->flag != nullptr) {
         line->*option->flag = true;
-        return equals == argument.npos ? Done() : WrongUsage(std::string(option->name) + " takes no value");
+        return equals == argument.npos ? Done() : WrongUsage(Translated("%1 takes no value", option->name));
     }
     if (equals == argument.npos && ++i == arguments.size()) {
         return NeedsValue(*option);

@@ -1,6 +1,7 @@
 #include "cli/companion_notes.h"
 
 #include "platform/base/plain_text.h"
+#include "platform/base/translation.h"
 
 #include <algorithm>
 
@@ -9,26 +10,32 @@ namespace {
 
 struct Sentence {
     KorvaneFileState state;
-    std::string_view what; // follows the file's path
-    std::string_view next;
+    std::string_view text; // %1 is the file's path, %2 the status's text
 };
 constexpr auto kReading = std::to_array<Sentence>({
     {KorvaneFileState::ReadInPart,
-     " is damaged and could be read only in part; it was not changed, and buttons I, II and III keep what "
-     "they "
-     "have here",
-     "; let the companion dial's own program save it again"},
+     ToTranslate(
+         "%1 is damaged and could be read only in part; it was not changed, and buttons I, II and III "
+         "keep what they have here; let the companion dial's own program save it again")},
     {KorvaneFileState::NotRead,
-     ": there was not enough memory to read it; buttons I, II and III keep what they have",
-     "; close other programs and try again"},
+     ToTranslate(
+         "%1: there was not enough memory to read it; buttons I, II and III keep what they have; close "
+         "other programs and try again")},
 });
-constexpr std::string_view kSaved =
-    "; the settings are saved, but buttons I, II and III revert to that file when it is next read";
 constexpr auto kWriting = std::to_array<Sentence>({
-    {KorvaneFileState::InUse, "another program kept writing it", "; try again"},
-    {KorvaneFileState::TooLong, "it is too long",
-     "; remove entries with the companion dial's own program and try again"},
-    {KorvaneFileState::NotWritten, "", "; fix this and try again"},
+    {KorvaneFileState::InUse,
+     ToTranslate(
+         "cannot write %1: another program kept writing it; the settings are saved, but buttons I, II and "
+         "III revert to that file when it is next read; try again")},
+    {KorvaneFileState::TooLong,
+     ToTranslate(
+         "cannot write %1: it is too long; the settings are saved, but buttons I, II and III revert to "
+         "that file when it is next read; remove entries with the companion dial's own program and try "
+         "again")},
+    {KorvaneFileState::NotWritten,
+     ToTranslate(
+         "cannot write %1: %2; the settings are saved, but buttons I, II and III revert to that file when "
+         "it is next read; fix this and try again")},
 });
 
 // The table's message for a file's result, or null.
@@ -47,8 +54,8 @@ std::string PathOf(std::size_t row) {
 void NoteKorvaneReading(const KorvaneResults &results, std::ostream &err) {
     for (std::size_t row = 0; row < results.size(); ++row) {
         if (const Sentence *sentence = SentenceFor(kReading, results[row])) {
-            std::string note = "drevixctl: note: " + PathOf(row);
-            err << PlainText(note.append(sentence->what).append(sentence->next)) << '\n';
+            err << PlainText("drevixctl: " + Translated("note: %1", Translated(sentence->text, PathOf(row))))
+                << '\n';
         }
     }
 }
@@ -56,10 +63,8 @@ void NoteKorvaneReading(const KorvaneResults &results, std::ostream &err) {
 Outcome OutcomeOfKorvaneWriting(const KorvaneResults &results) {
     for (std::size_t row = 0; row < results.size(); ++row) {
         if (const Sentence *sentence = SentenceFor(kWriting, results[row])) {
-            const std::string_view why =
-                sentence->what.empty() ? StatusText(results[row].status) : sentence->what;
-            std::string message = "cannot write " + PathOf(row);
-            return Failed(message.append(": ").append(why).append(kSaved).append(sentence->next));
+            return Failed(
+                Translated(sentence->text, PathOf(row), Translated(StatusText(results[row].status))));
         }
     }
     return Done();

@@ -5,8 +5,10 @@
 #include "cli/text_table.h"
 #include "device/control_state.h"
 #include "device/device_map.h"
+#include "helperlink/acted_texts.h"
 #include "platform/base/field_words.h"
 #include "platform/base/plain_text.h"
+#include "platform/base/translation.h"
 #include "platform/bus/device_client.h"
 #include "platform/files/shared_file.h"
 #include "platform/plist/json.h"
@@ -21,13 +23,15 @@ constexpr const char *kHelperName = "DrevixHelper";
 Outcome Connect(DeviceClient *client) {
     return client->Connect(kHelperName)
                ? Done()
-               : Failed("the device helper does not run; start the settings panel or DrevixHelper");
+               : Failed(Translated(
+                     "the device helper is not running; start the settings panel or DrevixHelper"));
 }
 
 Outcome Act(const Request &request, const char *how, std::uint32_t times) {
     const std::string &control = request.arguments[0];
     if (FindControlSlot(control) == nullptr) {
-        return WrongUsage("there is no control " + QuotedText(control));
+        return WrongUsage(
+            Translated("unknown control %1; 'drevixctl help assign' lists them", QuotedText(control)));
     }
     DeviceClient client;
     if (Outcome outcome = Connect(&client); !outcome.IsDone()) {
@@ -36,10 +40,10 @@ Outcome Act(const Request &request, const char *how, std::uint32_t times) {
     std::string what;
     std::string problem;
     if (!client.Act(control, how, times, &what, &problem)) {
-        return Failed("the device helper does not act: " + problem);
+        return Failed(Translated("the device helper does not act: %1", Translated(problem)));
     }
     if (!what.empty()) {
-        request.Out() << PlainText(what) << "\n";
+        request.Out() << PlainText(TranslatedActed(what)) << "\n";
     }
     return Done();
 }
@@ -63,7 +67,7 @@ Outcome TurnControl(const Request &request) {
     number.remove_prefix(number.starts_with('+') ? 1 : 0);
     const std::optional<std::int64_t> steps = FieldNumber(number, 1, kMostSteps);
     return steps ? Act(request, "turn", static_cast<std::uint32_t>(*steps))
-                 : WrongUsage("STEPS must be 1 to " + std::to_string(kMostSteps));
+                 : WrongUsage(Translated("STEPS must be 1 to %1", kMostSteps));
 }
 
 Outcome WatchControls(const Request &request) {
@@ -77,11 +81,11 @@ Outcome WatchControls(const Request &request) {
     std::string problem;
     const bool isDone = client.Watch(
         [&](const std::string &control, const std::string &what, std::uint32_t times) {
-            request.Out() << PlainText(control) << ": " << PlainText(what)
-                          << (times != 1 ? ", " + std::to_string(times) + " times" : "") << std::endl;
+            request.Out() << PlainText(ActedLine(control, what, times)) << std::endl;
         },
         &problem);
-    return isDone ? Done() : Failed("the device helper cannot be watched: " + problem);
+    return isDone ? Done()
+                  : Failed(Translated("the device helper cannot be watched: %1", Translated(problem)));
 }
 
 Outcome ShowFront(const Request &request) {
@@ -92,7 +96,7 @@ Outcome ShowFront(const Request &request) {
     NamedTexts front;
     std::string problem;
     if (!client.Front(&front, &problem)) {
-        return Failed("the device helper does not say what is in front: " + problem);
+        return Failed(Translated("the device helper does not say what is in front: %1", Translated(problem)));
     }
     if (request.line.json) {
         PropertyListDictionary entry;
@@ -103,7 +107,7 @@ Outcome ShowFront(const Request &request) {
         return Done();
     }
     for (const auto &[name, text] : front) {
-        request.Out() << PlainText(name) << ": " << PlainText(text) << "\n";
+        request.Out() << PlainText(name) << ": " << PlainText(Translated(text)) << "\n";
     }
     return Done();
 }
@@ -112,8 +116,8 @@ Outcome CheckMaps(const Request &request) {
     const std::string &path = request.arguments[0];
     std::string text;
     if (const OSErr status = ReadSharedFile(path, kMostMapBytes, &text); status != noErr) {
-        return status == -1 ? Failed(path + " is no file of at most 64 KiB")
-                            : FailedFile("cannot read", path, status, "nothing was checked");
+        return status == -1 ? Failed(Translated("%1 is no file of at most 64 KiB", path))
+                            : FailedFile("cannot read %1", path, status, ToTranslate("nothing was checked"));
     }
     std::vector<MapProblem> problems;
     const std::vector<DeviceMap> maps = ParseDeviceMaps(text, &problems);
@@ -121,10 +125,11 @@ Outcome CheckMaps(const Request &request) {
         request.Out() << path << ":" << problem.line << ": " << PlainText(problem.text) << "\n";
     }
     if (!problems.empty()) {
-        return Failed(path + " has " + std::to_string(problems.size()) +
-                      (problems.size() == 1 ? " line that makes no sense" : " lines that make no sense"));
+        return Failed(TranslatedCount("%2 has %1 line that makes no sense",
+                                      "%2 has %1 lines that make no sense", problems.size(), {path}));
     }
-    request.Out() << path << ": " << maps.size() << (maps.size() == 1 ? " map" : " maps") << ", no problem\n";
+    request.Out() << TranslatedCount("%2: %1 map, no problem", "%2: %1 maps, no problem", maps.size(), {path})
+                  << "\n";
     return Done();
 }
 

@@ -4,6 +4,7 @@
 #include "cli/text_table.h"
 #include "helperlink/device_text.h"
 #include "platform/base/plain_text.h"
+#include "platform/base/translation.h"
 #include "platform/plist/json.h"
 
 #include <algorithm>
@@ -36,11 +37,12 @@ Outcome AskHelper(DeviceList *list) {
     for (Clock::time_point next = Clock::now(); list->count == kUnanswered;) {
         const Clock::time_point now = Clock::now();
         if (now >= end) {
-            return Failed("the device helper does not list its devices; stop it and try again");
+            return Failed(Translated("the device helper does not list its devices; stop it and try again"));
         }
         if (now >= next) {
             if (GetConnectedDevices(list) != noErr) {
-                return Failed("the device helper is not running; start the settings panel or DrevixHelper");
+                return Failed(
+                    Translated("the device helper is not running; start the settings panel or DrevixHelper"));
             }
             next = now + kBetweenQuestions;
         }
@@ -77,7 +79,7 @@ Outcome ListDevices(const Request &request) {
         return Done();
     }
     if (devices.empty()) {
-        request.Out() << "no device is connected\n";
+        request.Out() << Translated("no device is connected") << "\n";
         return Done();
     }
     std::vector<TableRow> rows;
@@ -85,7 +87,8 @@ Outcome ListDevices(const Request &request) {
         rows.push_back({PlainText(DeviceNameText(device.productName)), DeviceVersionText(device.productVers),
                         DeviceSerialText(device)});
     }
-    request.Out() << request.Table({"DEVICE", "VERSION", "SERIAL NUMBER"}, rows);
+    request.Out() << request.Table({Translated("DEVICE"), Translated("VERSION"), Translated("SERIAL NUMBER")},
+                                   rows);
     return Done();
 }
 

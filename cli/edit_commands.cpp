@@ -7,6 +7,7 @@
 #include "cli/record_text.h"
 #include "cli/session.h"
 #include "platform/base/mac_roman.h"
+#include "platform/base/translation.h"
 #include "platform/desktop/desktop_entries.h"
 #include "settings/device_keys.h"
 #include "settings/pascal_strings.h"
@@ -55,7 +56,7 @@ Outcome ParseByte(std::string_view name, const std::string &text, std::uint8_t *
     if (key == nullptr || key->kind != DeviceValue::Number) {
         const auto *row = std::ranges::find(kFlagWords, text, &FlagWord::word);
         if (row == kFlagWords.end()) {
-            return WrongUsage(std::string(name) + " must be true or false, not " + QuotedText(text));
+            return WrongUsage(Translated("%1 must be true or false, not %2", name, QuotedText(text)));
         }
         *value = row->value;
         return Done();
@@ -63,8 +64,8 @@ Outcome ParseByte(std::string_view name, const std::string &text, std::uint8_t *
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), *value);
     return error == std::errc() && end == text.data() + text.size()
                ? Done()
-               : WrongUsage(std::string(name) + " must be a whole number from 0 to 255, not " +
-                            QuotedText(text));
+               : WrongUsage(
+                     Translated("%1 must be a whole number from 0 to 255, not %2", name, QuotedText(text)));
 }
 
 bool IsGoodName(const std::string &text) {
@@ -75,11 +76,12 @@ bool IsGoodName(const std::string &text) {
 
 Outcome CheckKey(const std::string &name) {
     if (std::ranges::find(kIdentityKeys, name) != kIdentityKeys.end()) {
-        return WrongUsage(name + " identifies the record and cannot be set");
+        return WrongUsage(Translated("%1 identifies the record and cannot be set", name));
     }
     const std::vector<std::string_view> keys = SettingKeys();
-    return std::ranges::find(keys, name) != keys.end() ? Done()
-                                                       : WrongUsage("unknown key " + QuotedText(name));
+    return std::ranges::find(keys, name) != keys.end()
+               ? Done()
+               : WrongUsage(Translated("unknown key %1", QuotedText(name)));
 }
 
 // Checks the value without looking at a record, and converts it unless it is a name.
@@ -91,15 +93,15 @@ Outcome ParseValue(const std::string &name, const std::string &text, std::uint8_
         return ParseByte(name, text, value);
     }
     return IsGoodName(text) ? Done()
-                            : WrongUsage("a name has 1 to " + std::to_string(kMaxAppNameLength) +
-                                         " characters of the Mac OS Roman set");
+                            : WrongUsage(Translated("a name has 1 to %1 characters of the Mac OS Roman set",
+                                                    kMaxAppNameLength));
 }
 
 Outcome Rename(const std::string &text, AppPrefs &record) {
     if (record.application == kGlobalSignature) {
-        return Failed(
+        return Failed(Translated(
             "the global record has no name of its own; nothing was changed; name an application's record "
-            "with --app");
+            "with --app"));
     }
     record.appName = {};
     getPascalString(text, record.appName.data(), kMaxAppNameLength);
@@ -166,7 +168,7 @@ Outcome SetValue(const Request &request) {
         outcome = StoreAndSave(session, record, number);
     }
     if (outcome.IsDone()) {
-        SayWhatWasDone(request, "changed", record);
+        SayWhatWasDone(request, ToTranslate("%1 changed"), record);
     }
     return outcome;
 }
@@ -186,12 +188,13 @@ Outcome AddApplication(const Request &request) {
         MakeAppPrefs(session.Base(), application.signature, application.fileName, application.shownName);
     if (const RecordNumber number = FindReplacedAppPrefs(session.Base(), record); number != kNoRecord) {
         const AppPrefs *existing = GetAppPrefs(session.Base(), number);
-        return Failed(QuotedText(FileName(existing != nullptr ? *existing : record)) +
-                      " already has a record; nothing was added; change it with --app, or delete it first");
+        return Failed(
+            Translated("%1 already has a record; nothing was added; change it with --app, or delete it first",
+                       QuotedText(FileName(existing != nullptr ? *existing : record))));
     }
     outcome = StoreAndSave(session, record, kNoRecord);
     if (outcome.IsDone()) {
-        SayWhatWasDone(request, "added", record);
+        SayWhatWasDone(request, ToTranslate("%1 added"), record);
     }
     return outcome;
 }
@@ -206,16 +209,16 @@ Outcome DeleteApplication(const Request &request) {
     }
     if (record.factory != 0) {
         return Failed(
-            "the record for " + QuotedText(FileName(record)) +
-            " came with the panel and cannot be deleted; nothing was changed; 'drevixctl set active false' "
-            "turns it off");
+            Translated("the record for %1 came with the panel and cannot be deleted; nothing was changed; "
+                       "'drevixctl set active false' turns it off",
+                       QuotedText(FileName(record))));
     }
     outcome = session.Remove(number);
     if (outcome.IsDone()) {
         outcome = session.Save();
     }
     if (outcome.IsDone()) {
-        SayWhatWasDone(request, "deleted", record);
+        SayWhatWasDone(request, ToTranslate("%1 deleted"), record);
     }
     return outcome;
 }
@@ -223,7 +226,8 @@ Outcome DeleteApplication(const Request &request) {
 Outcome RestoreDefaults(const Request &request) {
     const auto *group = std::ranges::find(kDefaultsGroups, request.arguments[0], &DefaultsGroup::name);
     if (group == kDefaultsGroups.end()) {
-        return WrongUsage("defaults takes ring, tuner or buttons, not " + QuotedText(request.arguments[0]));
+        return WrongUsage(
+            Translated("defaults takes ring, tuner or buttons, not %1", QuotedText(request.arguments[0])));
     }
     Session session(request);
     RecordNumber number = kNoRecord;
@@ -234,12 +238,13 @@ Outcome RestoreDefaults(const Request &request) {
         return outcome;
     }
     if (!LoadDefaultPrefs(FactoryOfLayout(request), record, &defaults)) {
-        return Failed("cannot read the factory defaults; nothing was changed; install the program again");
+        return Failed(
+            Translated("cannot read the factory defaults; nothing was changed; install the program again"));
     }
     CopyGroupFromDefaultPrefs(record, defaults, group->group);
     outcome = StoreAndSave(session, record, number);
     if (outcome.IsDone()) {
-        SayWhatWasDone(request, "was reset to its defaults", record);
+        SayWhatWasDone(request, ToTranslate("%1 was reset to its defaults"), record);
     }
     return outcome;
 }

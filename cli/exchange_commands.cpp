@@ -5,6 +5,7 @@
 #include "cli/session.h"
 #include "document/file_stamp.h"
 #include "platform/base/plain_text.h"
+#include "platform/base/translation.h"
 #include "platform/files/kept_bytes.h"
 #include "platform/plist/json.h"
 #include "settings/prefs_dictionary.h"
@@ -16,7 +17,7 @@ namespace drevix {
 namespace {
 
 std::string CountOfRecords(std::size_t count) {
-    return std::to_string(count) + (count == 1 ? " record" : " records");
+    return TranslatedCount("%1 record", "%1 records", count);
 }
 
 Outcome ChooseRecords(const Request &request, const Session &session,
@@ -54,7 +55,7 @@ struct ImportCounts {
 void ImportRecord(const Request &request, Session &session, const AppPrefs &record, ImportCounts *counts) {
     const RecordNumber existing = FindReplacedAppPrefs(session.Base(), record);
     if (existing != kNoRecord && !request.line.replace) {
-        counts->left.push_back(RecordName(record));
+        counts->left.push_back(request.line.json ? RecordName(record) : ShownName(record));
     } else if (!session.Store(record, existing).IsDone()) {
         ++counts->skipped;
     } else {
@@ -74,19 +75,22 @@ void SayImported(const Request &request, const ImportCounts &counts) {
         out << JsonText(std::move(result)) << "\n";
         return;
     }
-    out << CountOfRecords(counts.added) << " added, " << counts.replaced << " replaced, "
-        << counts.left.size() << " left unchanged\n";
+    out << Translated("%1 added, %2 replaced, %3 left unchanged", CountOfRecords(counts.added),
+                      counts.replaced, counts.left.size())
+        << "\n";
     for (const std::string &name : counts.left) {
-        out << "left: " << PlainText(name) << "\n";
+        out << PlainText(Translated("left: %1", name)) << "\n";
     }
 }
 
 // After an export that failed.
 std::string WhatIsLeft(const std::string &path) {
     const std::string kept = FindKeptCopy(path);
-    return kept.empty() ? "the file was not changed"
-                        : "what it held before is kept in " + kept +
-                              " and comes back with the next drevixctl command that can write it";
+    return kept.empty()
+               ? Translated("the file was not changed")
+               : Translated("what it held before is kept in %1 and comes back with the next drevixctl "
+                            "command that can write it",
+                            kept);
 }
 
 } // namespace
@@ -94,10 +98,10 @@ std::string WhatIsLeft(const std::string &path) {
 Outcome ExportRecords(const Request &request) {
     const std::string &path = request.arguments[0];
     if (request.line.all && request.line.app) {
-        return WrongUsage("export takes --app or --all, not both");
+        return WrongUsage(Translated("export takes --app or --all, not both"));
     }
     if (path == kStandardOutput && request.line.json) {
-        return WrongUsage("export - prints a property list and does not take --json");
+        return WrongUsage(Translated("export - prints a property list and does not take --json"));
     }
     Session session(request);
     std::vector<const AppPrefs *> records;
@@ -113,8 +117,8 @@ Outcome ExportRecords(const Request &request) {
         return Done();
     }
     if (AreSameFile(path, session.Path())) {
-        return Failed("cannot export to " + path +
-                      ": it is the settings file; nothing was changed; name another file");
+        return Failed(Translated(
+            "cannot export to %1: it is the settings file; nothing was changed; name another file", path));
     }
     auto next = records.begin();
     const OSErr status = WriteAppPrefsFile(path, [&] { return next == records.end() ? nullptr : *next++; });
@@ -126,7 +130,8 @@ Outcome ExportRecords(const Request &request) {
         result.Add("records", static_cast<std::int64_t>(records.size()));
         request.Out() << JsonText(std::move(result)) << "\n";
     } else {
-        request.Out() << CountOfRecords(records.size()) << " written to " << PlainText(path) << "\n";
+        request.Out() << PlainText(Translated("%1 written to %2", CountOfRecords(records.size()), path))
+                      << "\n";
     }
     return Done();
 }
@@ -145,11 +150,12 @@ Outcome ImportRecords(const Request &request) {
         &unread);
     counts.skipped += unread;
     if (status == -1) {
-        const std::string line = problem.line > 0 ? "line " + std::to_string(problem.line) + ": " : "";
-        return Failed("cannot import " + path + ": " + line + problem.text + "; nothing was changed");
+        const std::string text = Translated(problem.text);
+        return Failed(Translated("cannot import %1: %2; nothing was changed", path,
+                                 problem.line > 0 ? Translated("line %1: %2", problem.line, text) : text));
     }
     if (status != noErr) {
-        return FailedFile("cannot import", path, status, "nothing was changed");
+        return FailedFile("cannot import %1", path, status, kUnchanged);
     }
     if (counts.added + counts.replaced > 0) {
         if (Outcome saved = session.Save(); !saved.IsDone()) {
@@ -157,9 +163,11 @@ Outcome ImportRecords(const Request &request) {
         }
     }
     SayImported(request, counts);
-    return counts.skipped == 0 ? Done()
-                               : Failed("not enough memory for " + CountOfRecords(counts.skipped) + " of " +
-                                        path + "; the others were imported; import it again");
+    return counts.skipped == 0
+               ? Done()
+               : Failed(
+                     Translated("not enough memory for %1 of %2; the others were imported; import it again",
+                                CountOfRecords(counts.skipped), path));
 }
 
 } // namespace drevix

@@ -1,6 +1,7 @@
 // Describes the damage in a settings file as text. docs/record-base-file.md has the format.
 #pragma once
 
+#include "platform/base/translation.h"
 #include "platform/base/types.h"
 
 #include <cstdint>
@@ -17,7 +18,7 @@ struct FileProblem {
         Oddity, // the file can still be read
     };
     Kind kind;
-    std::string text; // a sentence without its full stop
+    Text text; // a sentence without its full stop
 };
 
 // The results for a file.

@@ -6,6 +6,7 @@
 #include "document/history.h"
 #include "document/record_changes.h"
 #include "platform/base/plain_text.h"
+#include "platform/base/translation.h"
 #include "platform/plist/json.h"
 #include "settings/prefs_list.h"
 
@@ -36,9 +37,9 @@ struct KindText {
     std::string_view word;
 };
 constexpr auto kKindTexts = std::to_array<KindText>({
-    {ChangeKind::Added, "added"},
-    {ChangeKind::Removed, "deleted"},
-    {ChangeKind::Changed, "changed"},
+    {ChangeKind::Added, ToTranslate("added")},
+    {ChangeKind::Removed, ToTranslate("deleted")},
+    {ChangeKind::Changed, ToTranslate("changed")},
 });
 
 std::string_view WordFor(ChangeKind kind) {
@@ -47,10 +48,10 @@ std::string_view WordFor(ChangeKind kind) {
 
 // "GIMP: buttonII, ringSpeed"
 std::string TextOf(const RecordChange &change) {
-    std::string text = change.fileName.empty() ? "Global Settings" : change.name;
+    std::string text = change.fileName.empty() ? Translated("Global Settings") : change.name;
     text += ": ";
     if (change.keys.empty()) {
-        return text.append(WordFor(change.kind));
+        return text.append(Translated(WordFor(change.kind)));
     }
     for (const std::string_view key : change.keys) {
         text.append(key == change.keys[0] ? "" : ", ").append(key);
@@ -63,7 +64,7 @@ std::string TextOf(const std::vector<RecordChange> &changes) {
     for (const RecordChange &change : changes) {
         text.append(text.empty() ? "" : "; ").append(TextOf(change));
     }
-    return text.empty() ? "no record" : text;
+    return text.empty() ? Translated("no record") : text;
 }
 
 PropertyListArray EntriesOf(const std::vector<RecordChange> &changes) {
@@ -92,7 +93,8 @@ struct HistoryRow {
 
 Outcome ListOf(const std::string &path, std::vector<EarlierSettings> *history) {
     const OSErr status = ListHistory(path, history);
-    return status == noErr ? Done() : FailedFile("cannot read", "the history", status, "nothing was changed");
+    return status == noErr ? Done()
+                           : FailedFile("cannot read %1", Translated("the history"), status, kUnchanged);
 }
 
 // Each is compared with what came after it: the next newer one, or what the file holds now.
@@ -131,11 +133,14 @@ Outcome Choose(const std::string &text, const std::vector<EarlierSettings> &hist
     std::size_t number = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
     if (error != std::errc() || end != text.data() + text.size() || number == 0) {
-        return WrongUsage("N must be a number that 'drevixctl history' shows, not " + QuotedText(text));
+        return WrongUsage(
+            Translated("N must be a number that 'drevixctl history' shows, not %1", QuotedText(text)));
     }
     if (number > history.size()) {
-        return Failed("the history has " + std::to_string(history.size()) +
-                      " earlier settings; nothing was changed; 'drevixctl history' shows them");
+        return Failed(TranslatedCount(
+            "the history has %1 earlier settings; nothing was changed; 'drevixctl history' shows them",
+            "the history has %1 earlier settings; nothing was changed; 'drevixctl history' shows them",
+            history.size()));
     }
     *chosen = history[number - 1];
     return Done();
@@ -146,8 +151,8 @@ Outcome RestoreOne(const Request &request, Session &session, QBaseHandle earlier
     const RecordNumber number = FindAppPrefsByText(earlier, *request.line.app);
     const AppPrefs *found = GetAppPrefs(earlier, number);
     if (found == nullptr) {
-        return Failed("those settings have no record for " + QuotedText(*request.line.app) +
-                      "; nothing was changed");
+        return Failed(Translated("those settings have no record for %1; nothing was changed",
+                                 QuotedText(*request.line.app)));
     }
     *record = *found;
     return session.Take(*record);
@@ -155,7 +160,7 @@ Outcome RestoreOne(const Request &request, Session &session, QBaseHandle earlier
 
 void SayWhatWasRestored(const Request &request, const EarlierSettings &chosen, const AppPrefs &record) {
     if (request.line.app) {
-        SayWhatWasDone(request, "restored", record);
+        SayWhatWasDone(request, ToTranslate("%1 restored"), record);
         return;
     }
     if (request.line.json) {
@@ -164,8 +169,10 @@ void SayWhatWasRestored(const Request &request, const EarlierSettings &chosen, c
         request.Out() << JsonText(std::move(entry)) << "\n";
         return;
     }
-    request.Out() << "restored all settings as they were until " << TimeText(chosen.replaced, kTimeForPeople)
-                  << "; 'drevixctl restore 1' takes this back\n";
+    request.Out() << Translated(
+                         "restored all settings as they were until %1; 'drevixctl restore 1' takes this back",
+                         TimeText(chosen.replaced, kTimeForPeople))
+                  << "\n";
 }
 
 } // namespace
@@ -173,7 +180,7 @@ void SayWhatWasRestored(const Request &request, const EarlierSettings &chosen, c
 Outcome ShowHistory(const Request &request) {
     std::string path;
     if (const OSErr status = SettingsPath(request, &path); status != noErr && status != fnfErr) {
-        return FailedFile("cannot find", "the preferences folder", status, "nothing was changed");
+        return FailedFile("cannot find %1", Translated("the preferences folder"), status, kUnchanged);
     }
     std::vector<EarlierSettings> history;
     if (Outcome outcome = ListOf(path, &history); !outcome.IsDone()) {
@@ -185,16 +192,18 @@ Outcome ShowHistory(const Request &request) {
         return Done();
     }
     if (rows.empty()) {
-        request.Out() << "no earlier settings are kept yet; each save keeps what it replaces\n";
+        request.Out() << Translated("no earlier settings are kept yet; each save keeps what it replaces")
+                      << "\n";
         return Done();
     }
     std::vector<TableRow> table;
     table.reserve(rows.size());
     for (const HistoryRow &row : rows) {
-        table.push_back({std::to_string(table.size() + 1), TimeText(row.earlier.replaced, kTimeForPeople),
-                         PlainText(row.isWhole ? TextOf(row.changes) : "damaged; cannot be restored")});
+        table.push_back(
+            {std::to_string(table.size() + 1), TimeText(row.earlier.replaced, kTimeForPeople),
+             PlainText(row.isWhole ? TextOf(row.changes) : Translated("damaged; cannot be restored"))});
     }
-    request.Out() << request.Table({"N", "REPLACED", "WHAT CHANGED THEN"}, table);
+    request.Out() << request.Table({"N", Translated("REPLACED"), Translated("WHAT CHANGED THEN")}, table);
     return Done();
 }
 
@@ -215,7 +224,7 @@ Outcome RestoreEarlier(const Request &request) {
     }
     const QBaseOwner earlier = ReadEarlierSettings(chosen);
     if (earlier == nullptr) {
-        return Failed("those earlier settings are damaged; nothing was changed; choose others");
+        return Failed(Translated("those earlier settings are damaged; nothing was changed; choose others"));
     }
     outcome = request.line.app ? RestoreOne(request, session, earlier.get(), &record)
                                : session.TakeAll(earlier.get());

@@ -1,5 +1,6 @@
 #include "cli/commands.h"
 #include "platform/base/terminal.h"
+#include "platform/base/translation.h"
 #include "platform/desktop/resources.h"
 
 #include <cstdio>
@@ -13,7 +14,9 @@ int main(int argc, char **argv) try {
     drevix::Surroundings surroundings{std::cout, std::cerr, {}};
     surroundings.columns = drevix::TerminalColumns(drevix::kTerminalColumns);
     // Without the folder only the settings file is used; a command that needs factory values reports it.
-    std::ignore = drevix::FindResourceFolder(&surroundings.resources);
+    if (drevix::FindResourceFolder(&surroundings.resources) == drevix::noErr) {
+        drevix::TranslateMessages(surroundings.resources.path + "/../locale");
+    }
     const std::vector<std::string> arguments(argv + (argc > 0 ? 1 : 0), argv + argc);
     return static_cast<int>(drevix::RunDrevixctl(arguments, surroundings));
 } catch (const std::bad_alloc &) {

@@ -6,6 +6,7 @@
 #include "cli/session.h"
 #include "cli/text_table.h"
 #include "companion/korvane_crc.h"
+#include "platform/base/translation.h"
 #include "platform/plist/json.h"
 #include "settings/action_commands.h"
 
@@ -38,7 +39,7 @@ void PrintMenu(const Request &request, const AppPrefs &record, const MenuTitles 
     if (request.line.json) {
         request.Out() << JsonText(std::move(entries)) << "\n";
     } else {
-        request.Out() << request.Table({"TITLE", "CONTROL"}, rows);
+        request.Out() << request.Table({Translated("TITLE"), Translated("CONTROL")}, rows);
     }
 }
 
@@ -52,8 +53,9 @@ Outcome ListMenu(const Request &request) {
     }
     const MenuTitles titles(record);
     if (!titles.HasFile()) {
-        return Failed("the companion dial has no menu entries for " + QuotedText(RecordName(record)) +
-                      "; set them up with its own program");
+        return Failed(
+            Translated("the companion dial has no menu entries for %1; set them up with its own program",
+                       QuotedText(ShownName(record))));
     }
     PrintMenu(request, record, titles);
     return Done();

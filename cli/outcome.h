@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/base/status.h"
+#include "platform/base/translation.h"
 
 #include <string>
 #include <string_view>
@@ -10,7 +11,7 @@
 namespace drevix {
 
 // The end of a message about a change that was not made.
-inline constexpr std::string_view kUnchanged = "nothing was changed";
+inline constexpr std::string_view kUnchanged = ToTranslate("nothing was changed");
 
 // The program's exit statuses.
 enum class ExitStatus : int {
@@ -45,22 +46,17 @@ inline std::string QuotedText(std::string_view text) {
     return "\"" + std::string(text) + "\"";
 }
 
-// "cannot read FILE: the disk is full; nothing was changed", from "cannot read", FILE and the rest.
+// "cannot read FILE: the disk is full; nothing was changed", from "cannot read %1", FILE and the rest. Both texts are English.
 inline Outcome FailedFile(std::string_view what, std::string_view file, OSErr status,
                           std::string_view unchanged) {
-    std::string message(what);
-    message.append(" ")
-        .append(file.empty() ? R"("")" : file)
-        .append(": ")
-        .append(StatusText(status))
-        .append("; ")
-        .append(unchanged);
+    std::string message = Translated(what, file.empty() ? R"("")" : file);
+    message.append(": ").append(Translated(StatusText(status))).append("; ").append(Translated(unchanged));
     return Failed(std::move(message));
 }
 
 // The same for a file that was to be created: only its folder can be missing.
 inline Outcome FailedNewFile(std::string_view file, OSErr status, std::string_view unchanged) {
-    return FailedFile("cannot write", file, status == fnfErr ? dirNFErr : status, unchanged);
+    return FailedFile("cannot write %1", file, status == fnfErr ? dirNFErr : status, unchanged);
 }
 
 } // namespace drevix

@@ -5,6 +5,7 @@
 #include "device/device_map.h"
 #include "platform/base/plain_text.h"
 #include "platform/base/status.h"
+#include "platform/base/translation.h"
 #include "platform/input/input_codes.h"
 #include "platform/input/input_devices.h"
 
@@ -36,14 +37,14 @@ class RawWatch {
     Outcome Run() {
         AddNew();
         if (fDevices.empty() && fIsRefused) {
-            return Failed("no device may be read: the udev rule 70-drevix.rules says who may, and "
-                          "docs/device-maps.md how to install it");
+            return Failed(Translated("no device may be read: the udev rule 70-drevix.rules says who may, and "
+                                     "docs/device-maps.md how to install it"));
         }
         if (fDevices.empty() && fFolder.Descriptor() < 0) {
-            return Failed("there is no device, and none can be waited for");
+            return Failed(Translated("there is no device, and none can be waited for"));
         }
         if (fDevices.empty()) {
-            fOut << "no device can be read yet; waiting for one" << std::endl;
+            fOut << Translated("no device can be read yet; waiting for one") << std::endl;
         }
         // Until the user ends it, or nothing can be read any more.
         while (Wait()) {
@@ -64,7 +65,8 @@ class RawWatch {
             }
             const bool isLeftAlone = MustLeaveAlone(device->Description());
             fOut << PlainText(path) << ": " << RawDeviceText(device->Description())
-                 << (isLeftAlone ? "   # left alone: a keyboard for typing" : "") << std::endl;
+                 << (isLeftAlone ? "   # " + Translated("left alone: a keyboard for typing") : "")
+                 << std::endl;
             if (!isLeftAlone) {
                 fDevices.emplace(path, std::move(device));
             }
@@ -90,7 +92,7 @@ class RawWatch {
                 }
             }
             if (isGone) {
-                fOut << PlainText(path) << ": unplugged" << std::endl;
+                fOut << PlainText(Translated("%1: unplugged", path)) << std::endl;
             }
             place = isGone ? fDevices.erase(place) : std::next(place);
         }

@@ -1,6 +1,7 @@
 #include "cli/record_text.h"
 
 #include "platform/base/plain_text.h"
+#include "platform/base/translation.h"
 #include "platform/plist/json.h"
 #include "settings/pascal_strings.h"
 
@@ -11,12 +12,16 @@ std::string RecordName(const AppPrefs &record) {
                                                   : stringWithPascalString(record.appName.data());
 }
 
+std::string ShownName(const AppPrefs &record) {
+    return record.application == kGlobalSignature ? Translated("Global Settings") : RecordName(record);
+}
+
 std::string FileName(const AppPrefs &record) {
     return stringWithPascalString(record.appFileName.data());
 }
 
 std::string YesOrNo(std::uint8_t flag) {
-    return flag != 0 ? "yes" : "no";
+    return flag != 0 ? Translated("yes") : Translated("no");
 }
 
 PropertyListDictionary RecordEntry(const AppPrefs &record) {
@@ -33,7 +38,7 @@ void SayWhatWasDone(const Request &request, std::string_view done, const AppPref
     if (request.line.json) {
         request.Out() << JsonText(RecordEntry(record)) << "\n";
     } else {
-        request.Out() << PlainText(QuotedText(RecordName(record))) << " " << done << "\n";
+        request.Out() << PlainText(Translated(done, QuotedText(ShownName(record)))) << "\n";
     }
 }
 

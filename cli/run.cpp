@@ -1,6 +1,7 @@
 #include "cli/commands.h"
 #include "platform/base/log.h"
 #include "platform/base/plain_text.h"
+#include "platform/base/translation.h"
 
 #include <algorithm>
 #include <new>
@@ -9,7 +10,7 @@ namespace drevix {
 namespace {
 
 constexpr std::string_view kProgram = "drevixctl";
-constexpr std::string_view kAllHelp = "'drevixctl help' lists all commands";
+constexpr std::string_view kAllHelp = ToTranslate("'drevixctl help' lists all commands");
 constexpr std::size_t kOptionColumn = 16;  // width of the options in help
 constexpr std::size_t kSummaryColumn = 12; // and of the commands
 
@@ -47,14 +48,14 @@ std::string OptionsHelp(OptionSet options) {
     std::string help;
     for (const OptionInfo &option : AllOptions()) {
         if (option.bit == 0 ? options == 0 : (options & option.bit) != 0) {
-            help.append(Column(Spelled(option), kOptionColumn)).append(option.help).append("\n");
+            help.append(Column(Spelled(option), kOptionColumn)).append(Translated(option.help)).append("\n");
         }
     }
     return help;
 }
 
 std::string HelpOf(const Command &command) {
-    std::string help = "usage: " + UsageOf(command) + "\n\n" + std::string(command.help);
+    std::string help = Translated("usage: %1", UsageOf(command)) + "\n\n" + Translated(command.help);
     if (command.options != 0) {
         help += "\n" + OptionsHelp(command.options);
     }
@@ -62,30 +63,32 @@ std::string HelpOf(const Command &command) {
 }
 
 std::string HelpOfProgram() {
-    std::string help = "usage: drevixctl [--json] [--prefs FILE] COMMAND ...\n\n"
-                       "Shows and changes what the controls of the Drevix device do.\n\n";
+    std::string help = Translated("usage: %1", "drevixctl [--json] [--prefs FILE] COMMAND ...");
+    help.append("\n\n").append(
+        Translated("Shows and changes what the controls of the Drevix device do.\n\n"));
     for (const Command &command : AllCommands()) {
-        help.append(Column(command.name, kSummaryColumn)).append(command.summary).append("\n");
+        help.append(Column(command.name, kSummaryColumn)).append(Translated(command.summary)).append("\n");
     }
-    return help + "\nWith every command:\n" + OptionsHelp(0) +
-           "\n'drevixctl help COMMAND' explains a command.\n";
+    return help + Translated("\nWith every command:\n") + OptionsHelp(0) +
+           Translated("\n'drevixctl help COMMAND' explains a command.\n");
 }
 
 // Checks that the command accepts these words and options.
 Outcome CheckUsage(const Command &command, const CommandLine &line) {
     const std::size_t count = line.words.size() - 1;
     if (count < command.minArguments) {
-        return WrongUsage(std::string(command.name) + " needs " + std::string(command.arguments));
+        return WrongUsage(Translated("%1 needs %2", command.name, command.arguments));
     }
     if (count > command.maxArguments) {
-        return WrongUsage("unexpected argument " + QuotedText(line.words[1 + command.maxArguments]));
+        return WrongUsage(
+            Translated("unexpected argument %1", QuotedText(line.words[1 + command.maxArguments])));
     }
     for (const OptionInfo &option : AllOptions()) {
         if ((line.given & option.bit & ~command.options) != 0) {
-            return WrongUsage(std::string(command.name) + " does not take " + std::string(option.name));
+            return WrongUsage(Translated("%1 does not take %2", command.name, option.name));
         }
         if ((command.needs & option.bit & ~line.given) != 0) {
-            return WrongUsage(std::string(command.name) + " needs " + Spelled(option));
+            return WrongUsage(Translated("%1 needs %2", command.name, Spelled(option)));
         }
     }
     return Done();
@@ -108,14 +111,14 @@ Outcome RunLine(const CommandLine &line, const Command **command, const Surround
     }
     if (line.words.empty()) {
         if (!line.help) {
-            return WrongUsage("missing command");
+            return WrongUsage(Translated("missing command"));
         }
         surroundings.out << HelpOfProgram();
         return Done();
     }
     *command = FindCommand(line.words[0]);
     return *command != nullptr ? RunCommand(**command, line, surroundings)
-                               : WrongUsage("unknown command " + QuotedText(line.words[0]));
+                               : WrongUsage(Translated("unknown command %1", QuotedText(line.words[0])));
 }
 
 } // namespace
@@ -137,13 +140,15 @@ ExitStatus RunDrevixctl(std::span<const std::string> arguments, const Surroundin
         command = FindCommand(line.words[0]);
     }
     if (outcome.IsDone() && !surroundings.out.flush()) {
-        outcome = Failed("cannot write all of the output; any change that was asked for has been made");
+        outcome =
+            Failed(Translated("cannot write all of the output; any change that was asked for has been made"));
     }
     if (!outcome.IsDone()) {
         surroundings.err << kProgram << ": " << PlainText(outcome.message) << "\n";
     }
     if (outcome.status == ExitStatus::WrongUsage) {
-        surroundings.err << (command != nullptr ? "usage: " + UsageOf(*command) : std::string(kAllHelp))
+        surroundings.err << (command != nullptr ? Translated("usage: %1", UsageOf(*command))
+                                                : Translated(kAllHelp))
                          << "\n";
     }
     return outcome.status;
@@ -159,7 +164,7 @@ Outcome PrintHelp(const Request &request) {
     }
     const Command *command = FindCommand(request.arguments[0]);
     if (command == nullptr) {
-        return WrongUsage("unknown command " + QuotedText(request.arguments[0]));
+        return WrongUsage(Translated("unknown command %1", QuotedText(request.arguments[0])));
     }
     request.Out() << HelpOf(*command);
     return Done();

@@ -4,6 +4,7 @@
 #include "keyboard/key_names.h"
 #include "keyboard/layout_family.h"
 #include "platform/base/plain_text.h"
+#include "platform/base/translation.h"
 #include "platform/files/file_update.h"
 #include "platform/files/owners.h"
 #include "qbase/qbase_file.h"
@@ -17,7 +18,7 @@ namespace {
 constexpr std::chrono::seconds kLongestWait{5};
 
 std::string PathForPeople(const std::string &path) {
-    return path.empty() ? "the settings file" : path;
+    return path.empty() ? Translated("the settings file") : path;
 }
 
 } // namespace
@@ -80,10 +81,11 @@ Outcome Session::OpenForReading(AppPrefs *record) {
 Outcome Session::OpenForChanging() {
     const OSErr status = fDocument.Lock(kLongestWait);
     if (status == fBsyErr) {
-        return Failed("another program is changing settings; nothing was changed; try again");
+        return Failed(Translated("another program is changing settings; nothing was changed; try again"));
     }
     if (status != noErr) {
-        return FailedFile("cannot use", "the lock that keeps programs from changing settings at once", status,
+        return FailedFile("cannot use %1",
+                          Translated("the lock that keeps programs from changing settings at once"), status,
                           kUnchanged);
     }
     return Open(Access::Change);
@@ -94,45 +96,51 @@ Outcome Session::Open(Access access) {
     const OSErr fileStatus = result.fileStatus;
     const bool isMissing = fileStatus == fnfErr || fileStatus == dirNFErr;
     if (result.status == memFullErr) {
-        return Failed("there is not enough memory; nothing was changed");
+        return Failed(Translated("there is not enough memory; nothing was changed"));
     }
     if (fileStatus != noErr && !isMissing && !IsDamaged(fileStatus)) {
-        return FailedFile("cannot read", PathForPeople(Path()), fileStatus, kUnchanged);
+        return FailedFile("cannot read %1", PathForPeople(Path()), fileStatus, kUnchanged);
     }
     if (result.status != noErr) {
-        return FailedFile("cannot find settings in", PathForPeople(Path()), result.status, kUnchanged);
+        return FailedFile("cannot find settings in %1", PathForPeople(Path()), result.status, kUnchanged);
     }
     if (access == Access::Change && fDocument.IsReadOnly()) {
-        return Failed("cannot keep the damaged " + Path() + " aside as " + Path() + kRefusedSuffix +
-                      "; nothing was changed; move it away, or 'drevixctl recover' it");
+        return Failed(
+            Translated("cannot keep the damaged %1 aside as %2; nothing was changed; move it away, or "
+                       "'drevixctl recover' it",
+                       Path(), Path() + kRefusedSuffix));
     }
     if (IsDamaged(fileStatus)) {
-        Note(Path() + " is damaged and the factory settings are used instead; " +
-             (access == Access::Read ? "it was not changed; 'drevixctl check' says what is wrong"
-                                     : "it is kept as " + Path() + kRefusedSuffix));
+        Note(access == Access::Read
+                 ? Translated("%1 is damaged and the factory settings are used instead; it was not changed; "
+                              "'drevixctl check' says what is wrong",
+                              Path())
+                 : Translated("%1 is damaged and the factory settings are used instead; it is kept as %2",
+                              Path(), Path() + kRefusedSuffix));
     }
     NoteKorvaneReading(fDocument.Companion(), fRequest.surroundings.err);
     return Done();
 }
 
 void Session::Note(const std::string &text) const {
-    fRequest.surroundings.err << PlainText("drevixctl: note: " + text) << '\n';
+    fRequest.surroundings.err << PlainText("drevixctl: " + Translated("note: %1", text)) << '\n';
 }
 
 Outcome Session::Find(RecordNumber *number) const {
     if (fRequest.line.app) {
         *number = FindAppPrefsByText(Base(), *fRequest.line.app);
         return *number != kNoRecord ? Done()
-                                    : Failed("there is no record for " + QuotedText(*fRequest.line.app) +
-                                             "; nothing was changed; 'drevixctl list' shows all records");
+                                    : Failed(Translated("there is no record for %1; nothing was changed; "
+                                                        "'drevixctl list' shows all records",
+                                                        QuotedText(*fRequest.line.app)));
     }
     const AppPrefs *first = GetAppPrefs(Base(), 0);
     *number = 0;
     return first != nullptr && first->application == kGlobalSignature
                ? Done()
-               : Failed(
+               : Failed(Translated(
                      "the settings have no global record; nothing was changed; name a record with --app, or "
-                     "import a global record");
+                     "import a global record"));
 }
 
 Outcome Session::Find(RecordNumber *number, AppPrefs *record) const {
@@ -140,7 +148,7 @@ Outcome Session::Find(RecordNumber *number, AppPrefs *record) const {
     if (outcome.IsDone()) {
         const AppPrefs *found = GetAppPrefs(Base(), *number);
         if (found == nullptr) {
-            return Failed("the record is damaged; nothing was changed");
+            return Failed(Translated("the record is damaged; nothing was changed"));
         }
         *record = *found;
     }
@@ -160,19 +168,22 @@ std::vector<const AppPrefs *> Session::Records() const {
 Outcome Session::Store(const AppPrefs &record, RecordNumber number) {
     return fDocument.Store(record, number) != kNoRecord
                ? Done()
-               : Failed("there is not enough memory; nothing was changed");
+               : Failed(Translated("there is not enough memory; nothing was changed"));
 }
 
 Outcome Session::Remove(RecordNumber number) {
-    return fDocument.Remove(number) ? Done() : Failed("there is not enough memory; nothing was changed");
+    return fDocument.Remove(number) ? Done()
+                                    : Failed(Translated("there is not enough memory; nothing was changed"));
 }
 
 Outcome Session::TakeAll(QBaseHandle earlier) {
-    return fDocument.TakeAll(earlier) ? Done() : Failed("there is not enough memory; nothing was changed");
+    return fDocument.TakeAll(earlier) ? Done()
+                                      : Failed(Translated("there is not enough memory; nothing was changed"));
 }
 
 Outcome Session::Take(const AppPrefs &earlier) {
-    return fDocument.TakeOne(earlier) ? Done() : Failed("there is not enough memory; nothing was changed");
+    return fDocument.TakeOne(earlier) ? Done()
+                                      : Failed(Translated("there is not enough memory; nothing was changed"));
 }
 
 Outcome Session::Save() {
@@ -188,40 +199,50 @@ Outcome Session::Save() {
 void Session::SayWhatElseCame(const SaveResult &result) const {
     const bool isSaved = result.status == noErr;
     if (result.outside.cameIn) {
-        Note("another program changed " + Path() + " meanwhile; its changes are kept");
+        Note(Translated("another program changed %1 meanwhile; its changes are kept", Path()));
     }
     for (const RecordConflict &conflict : result.outside.conflicts) {
-        Note("another program changed the settings for " +
-             (conflict.name.empty() ? "all applications" : QuotedText(conflict.name)) +
-             " meanwhile; this command's took their place" +
-             (isSaved && result.history == noErr ? "; 'drevixctl history' lists the others" : ""));
+        const std::string name =
+            conflict.name.empty() ? Translated("all applications") : QuotedText(conflict.name);
+        Note(isSaved && result.history == noErr
+                 ? Translated(
+                       "another program changed the settings for %1 meanwhile; this command's took their "
+                       "place; 'drevixctl history' lists the others",
+                       name)
+                 : Translated(
+                       "another program changed the settings for %1 meanwhile; this command's took their "
+                       "place",
+                       name));
     }
     if (isSaved && result.history != noErr) {
-        Note("what " + Path() +
-             " held before could not be kept in the history: " + std::string(StatusText(result.history)));
+        Note(Translated("what %1 held before could not be kept in the history: %2", Path(),
+                        Translated(StatusText(result.history))));
     }
     if (result.replacedDamaged) {
-        Note(Path() + " was damaged meanwhile; what it held is kept as " + Path() + kRefusedSuffix);
+        Note(Translated("%1 was damaged meanwhile; what it held is kept as %2", Path(),
+                        Path() + kRefusedSuffix));
     }
 }
 
 Outcome Session::SaveFailure(const SaveResult &result, bool isAsItWas) const {
     if (result.keptAside != noErr) {
-        return FailedFile("cannot keep aside the damaged", Path(), result.keptAside, "it was not changed");
+        return FailedFile("cannot keep aside the damaged %1", Path(), result.keptAside,
+                          ToTranslate("it was not changed"));
     }
     // When creating a file, only its folder can be missing.
     const OSErr status = result.status == fnfErr ? dirNFErr : result.status;
     if (!result.wasTried) {
-        return FailedFile("cannot write", PathForPeople(Path()), status, kUnchanged);
+        return FailedFile("cannot write %1", PathForPeople(Path()), status, kUnchanged);
     }
     // A failure to flush the folder comes after the new file has replaced the old one. The companion's files
     // are written before that.
-    std::string unchanged = isAsItWas ? "the settings file is as it was"
-                                      : "the settings file is intact, with the old settings or the new ones";
+    std::string unchanged =
+        isAsItWas ? Translated("the settings file is as it was")
+                  : Translated("the settings file is intact, with the old settings or the new ones");
     if (IsUsersOwn()) {
-        unchanged += "; menu entries of the companion may have changed";
+        unchanged.append("; ").append(Translated("menu entries of the companion may have changed"));
     }
-    return FailedFile("cannot write", PathForPeople(Path()), status, unchanged);
+    return FailedFile("cannot write %1", PathForPeople(Path()), status, unchanged);
 }
 
 } // namespace drevix

@@ -8,6 +8,7 @@
 #include "cli/text_table.h"
 #include "keyboard/key_names.h"
 #include "platform/base/plain_text.h"
+#include "platform/base/translation.h"
 #include "platform/plist/json.h"
 #include "settings/prefs_dictionary.h"
 #include "wording/action_text.h"
@@ -31,10 +32,10 @@ PropertyListDictionary ActionEntry(const ActionInfo &action) {
 TableRow ActionRow(const ActionInfo &action) {
     std::string restrictions;
     for (const RestrictionInfo *restriction : RestrictionsOf(action)) {
-        restrictions.append(restrictions.empty() ? "" : ", ").append(restriction->summary);
+        restrictions.append(restrictions.empty() ? "" : ", ").append(Translated(restriction->summary));
     }
     return {std::to_string(action.code), std::string(action.title),
-            std::string(ActionGroupTitle(action.group)), restrictions};
+            Translated(ActionGroupTitle(action.group)), restrictions};
 }
 
 std::string AxesText(std::uint8_t all, std::uint8_t separate, std::uint8_t x, std::uint8_t y,
@@ -47,18 +48,19 @@ std::vector<TableRow> ValueRows(const AppPrefs &record) {
     const DevicePrefs &device = record.device[0];
     std::vector<TableRow> rows;
     if (record.application != kGlobalSignature) {
-        rows.push_back({"File name", FileName(record)});
-        rows.push_back({"Signature", SignatureText(record.application)});
-        rows.push_back({"Came with the panel", YesOrNo(record.factory)});
+        rows.push_back({Translated("File name"), FileName(record)});
+        rows.push_back({Translated("Signature"), SignatureText(record.application)});
+        rows.push_back({Translated("Came with the panel"), YesOrNo(record.factory)});
     }
-    rows.push_back({"Active", YesOrNo(record.active)});
-    rows.push_back({"Click sound", YesOrNo(device.click)});
-    rows.push_back({"Ring sensitivity",
+    rows.push_back({Translated("Active"), YesOrNo(record.active)});
+    rows.push_back({Translated("Click sound"), YesOrNo(device.click)});
+    rows.push_back({Translated("Ring sensitivity"),
                     AxesText(device.navSensitivity, device.useSeparateNavSens, device.navSensitivityX,
                              device.navSensitivityY, device.navSensitivityZ)});
-    rows.push_back({"Ring speed", AxesText(device.navSpeed, device.useSeparateNavSpeed, device.navSpeedX,
-                                           device.navSpeedY, device.navSpeedZ)});
-    rows.push_back({"Tuner sensitivity", std::to_string(device.toolSensitivity)});
+    rows.push_back(
+        {Translated("Ring speed"), AxesText(device.navSpeed, device.useSeparateNavSpeed, device.navSpeedX,
+                                            device.navSpeedY, device.navSpeedZ)});
+    rows.push_back({Translated("Tuner sensitivity"), std::to_string(device.toolSensitivity)});
     return rows;
 }
 
@@ -95,10 +97,12 @@ Outcome ListRecords(const Request &request) {
     }
     std::vector<TableRow> rows;
     for (const AppPrefs *record : session.Records()) {
-        rows.push_back({RecordName(*record), FileName(*record), SignatureText(record->application),
+        rows.push_back({ShownName(*record), FileName(*record), SignatureText(record->application),
                         YesOrNo(record->factory), YesOrNo(record->active), std::to_string(rows.size())});
     }
-    request.Out() << request.Table({"NAME", "FILE NAME", "SIGNATURE", "FACTORY", "ACTIVE", "NUMBER"}, rows);
+    request.Out() << request.Table({Translated("NAME"), Translated("FILE NAME"), Translated("SIGNATURE"),
+                                    Translated("FACTORY"), Translated("ACTIVE"), Translated("NUMBER")},
+                                   rows);
     return Done();
 }
 
@@ -115,9 +119,10 @@ Outcome ShowRecord(const Request &request) {
         return Done();
     }
     GetKeyboardInformation();
-    request.Out() << PlainText(RecordName(record)) << "\n\n"
+    request.Out() << PlainText(ShownName(record)) << "\n\n"
                   << request.Table({}, ValueRows(record)) << "\n"
-                  << request.Table({"CONTROL", "ACTION", "DETAILS"}, ControlRows(record));
+                  << request.Table({Translated("CONTROL"), Translated("ACTION"), Translated("DETAILS")},
+                                   ControlRows(record));
     return Done();
 }
 
@@ -134,7 +139,8 @@ Outcome ListActions(const Request &request) {
     for (const ActionInfo &action : AllActions()) {
         rows.push_back(ActionRow(action));
     }
-    request.Out() << request.Table({"CODE", "NAME", "GROUP", "RESTRICTIONS"}, rows);
+    request.Out() << request.Table(
+        {Translated("CODE"), Translated("NAME"), Translated("GROUP"), Translated("RESTRICTIONS")}, rows);
     return Done();
 }
 

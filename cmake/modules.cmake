@@ -67,6 +67,15 @@ function(drevix_check_headers name)
     endif()
 endfunction()
 
+# drevix_manual(PROGRAM): installs the manual page PROGRAM.1 of the calling folder, compressed.
+function(drevix_manual program)
+    set(page "${CMAKE_CURRENT_SOURCE_DIR}/${program}.1")
+    set(packed "${CMAKE_CURRENT_BINARY_DIR}/${program}.1.gz")
+    add_custom_command(OUTPUT "${packed}" COMMAND gzip -9nc "${page}" > "${packed}" DEPENDS "${page}" VERBATIM)
+    add_custom_target(manual_${program} ALL DEPENDS "${packed}")
+    install(FILES "${packed}" DESTINATION "${CMAKE_INSTALL_MANDIR}/man1")
+endfunction()
+
 # drevix_test(FOLDER [OPTIMIZED] [SERIAL] [LIBRARIES ...]): the test program of every *_test.cpp in the calling folder, with the tests
 # of that folder's library. All of them are built: a test file cannot be forgotten. Where DREVIX_UNIT_TESTS is off only those
 # with OPTIMIZED are built and run: they have tests that the sanitizers' own memory or time

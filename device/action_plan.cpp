@@ -3,6 +3,7 @@
 #include "keyboard/key_codes.h"
 #include "platform/base/ascii.h"
 #include "platform/base/marked_text.h"
+#include "platform/base/translation.h"
 #include "settings/action_list.h"
 
 #include <algorithm>
@@ -89,25 +90,25 @@ constexpr auto kPlans = std::to_array<PlanRow>({
     {67,  Window{Request::ShowDesktop}},
     {68,  Window{Request::ShowApplicationWindows}},
     {69,  Window{Request::ShowAllWindows}},
-    {80,  ProgramKind{"file manager", Marked("Engine", "no file manager is installed"), "inode/directory", "", "FileManager;"}},
-    {81,  ProgramKind{"web browser", Marked("Engine", "no web browser is installed"), "x-scheme-handler/https", "", "WebBrowser;"}},
-    {82,  ProgramKind{"mail program", Marked("Engine", "no mail program is installed"), "x-scheme-handler/mailto", "", "Email;"}},
-    {83,  ProgramKind{"calendar", Marked("Engine", "no calendar is installed"), "text/calendar", "", "Calendar;"}},
-    {84,  ProgramKind{"contacts program", Marked("Engine", "no contacts program is installed"), "text/vcard", "", "ContactManagement;"}},
-    {85,  ProgramKind{"messages program", Marked("Engine", "no messages program is installed"), "x-scheme-handler/xmpp", "", "InstantMessaging;"}},
-    {86,  ProgramKind{"terminal", Marked("Engine", "no terminal is installed"), "", "", "TerminalEmulator;"}},
-    {87,  ProgramKind{"text editor", Marked("Engine", "no text editor is installed"), "text/plain", "", "TextEditor;"}},
-    {88,  ProgramKind{"calculator", Marked("Engine", "no calculator is installed"), "", "", "Calculator;"}},
-    {89,  ProgramKind{"image viewer", Marked("Engine", "no image viewer is installed"), "image/jpeg", "", "Graphics;Viewer;"}},
-    {90,  ProgramKind{"document viewer", Marked("Engine", "no document viewer is installed"), "application/pdf", "", "Office;Viewer;"}},
-    {91,  ProgramKind{"music player", Marked("Engine", "no music player is installed"), "audio/mpeg", "", "Audio;Player;"}},
-    {92,  ProgramKind{"video player", Marked("Engine", "no video player is installed"), "video/mp4", "", "Video;Player;"}},
-    {93,  ProgramKind{"screenshot tool", Marked("Engine", "no screenshot tool is installed"), "", // no category is specific to these
+    {80,  ProgramKind{ToTranslate("file manager"), Marked("Engine", "no file manager is installed"), "inode/directory", "", "FileManager;"}},
+    {81,  ProgramKind{ToTranslate("web browser"), Marked("Engine", "no web browser is installed"), "x-scheme-handler/https", "", "WebBrowser;"}},
+    {82,  ProgramKind{ToTranslate("mail program"), Marked("Engine", "no mail program is installed"), "x-scheme-handler/mailto", "", "Email;"}},
+    {83,  ProgramKind{ToTranslate("calendar"), Marked("Engine", "no calendar is installed"), "text/calendar", "", "Calendar;"}},
+    {84,  ProgramKind{ToTranslate("contacts program"), Marked("Engine", "no contacts program is installed"), "text/vcard", "", "ContactManagement;"}},
+    {85,  ProgramKind{ToTranslate("messages program"), Marked("Engine", "no messages program is installed"), "x-scheme-handler/xmpp", "", "InstantMessaging;"}},
+    {86,  ProgramKind{ToTranslate("terminal"), Marked("Engine", "no terminal is installed"), "", "", "TerminalEmulator;"}},
+    {87,  ProgramKind{ToTranslate("text editor"), Marked("Engine", "no text editor is installed"), "text/plain", "", "TextEditor;"}},
+    {88,  ProgramKind{ToTranslate("calculator"), Marked("Engine", "no calculator is installed"), "", "", "Calculator;"}},
+    {89,  ProgramKind{ToTranslate("image viewer"), Marked("Engine", "no image viewer is installed"), "image/jpeg", "", "Graphics;Viewer;"}},
+    {90,  ProgramKind{ToTranslate("document viewer"), Marked("Engine", "no document viewer is installed"), "application/pdf", "", "Office;Viewer;"}},
+    {91,  ProgramKind{ToTranslate("music player"), Marked("Engine", "no music player is installed"), "audio/mpeg", "", "Audio;Player;"}},
+    {92,  ProgramKind{ToTranslate("video player"), Marked("Engine", "no video player is installed"), "video/mp4", "", "Video;Player;"}},
+    {93,  ProgramKind{ToTranslate("screenshot tool"), Marked("Engine", "no screenshot tool is installed"), "", // no category is specific to these
                       "org.gnome.Screenshot;org.kde.spectacle;xfce4-screenshooter;mate-screenshot;"
                       "org.flameshot.Flameshot;lximage-qt-screenshot;", ""}},
-    {94,  ProgramKind{"software manager", Marked("Engine", "no software manager is installed"), "x-scheme-handler/appstream", "", "PackageManager;"}},
-    {95,  ProgramKind{"system monitor", Marked("Engine", "no system monitor is installed"), "", "", "System;Monitor;"}},
-    {96,  ProgramKind{"settings program", Marked("Engine", "no settings program is installed"), "", // the category also contains each settings page
+    {94,  ProgramKind{ToTranslate("software manager"), Marked("Engine", "no software manager is installed"), "x-scheme-handler/appstream", "", "PackageManager;"}},
+    {95,  ProgramKind{ToTranslate("system monitor"), Marked("Engine", "no system monitor is installed"), "", "", "System;Monitor;"}},
+    {96,  ProgramKind{ToTranslate("settings program"), Marked("Engine", "no settings program is installed"), "", // the category also contains each settings page
                       "org.gnome.Settings;gnome-control-center;systemsettings;kdesystemsettings;"
                       "xfce-settings-manager;matecc;cinnamon-settings;lxqt-config;", "Settings;DesktopSettings;"}},
     {102, AskSession{Session::Lock}},

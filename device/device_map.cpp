@@ -1,6 +1,7 @@
 #include "device/device_map.h"
 
 #include "platform/base/field_words.h"
+#include "platform/base/translation.h"
 
 #include <algorithm>
 #include <array>
@@ -44,11 +45,11 @@ struct KindWord {
     bool (*takes)(std::uint16_t type);
 };
 constexpr auto kKindWords = std::to_array<KindWord>({
-    {"axis", InputKind::Axis, "an axis such as ABS_X",
+    {"axis", InputKind::Axis, ToTranslate("an axis such as ABS_X"),
      [](std::uint16_t type) { return type == kAxisEvents; }},
-    {"dial", InputKind::Dial, "a dial such as REL_DIAL, or a counter such as ABS_WHEEL",
+    {"dial", InputKind::Dial, ToTranslate("a dial such as REL_DIAL, or a counter such as ABS_WHEEL"),
      [](std::uint16_t type) { return type == kDialEvents || type == kAxisEvents; }},
-    {"key", InputKind::Key, "a key or button such as KEY_F13 or BTN_0",
+    {"key", InputKind::Key, ToTranslate("a key or button such as KEY_F13 or BTN_0"),
      [](std::uint16_t type) { return type == kKeyEvents; }},
 });
 
@@ -83,7 +84,8 @@ bool ReadLine(std::string_view text, Line *line, std::string *problem) {
             return false;
         }
         if (line->control.empty() && word.value) {
-            *problem = "a line starts with \"device\" or a control, not with " + QuotedWord(word.name) + "=";
+            *problem = Translated("a line starts with \"device\" or a control, not with %1",
+                                  QuotedWord(word.name) + "=");
             return false;
         }
         if (line->control.empty()) {
@@ -91,12 +93,12 @@ bool ReadLine(std::string_view text, Line *line, std::string *problem) {
             continue;
         }
         if (!word.value) {
-            *problem =
-                QuotedWord(word.name) + " needs a value: " + std::string(word.name.substr(0, 40)) + "=...";
+            *problem = Translated("%1 needs a value: %2", QuotedWord(word.name),
+                                  std::string(word.name.substr(0, 40)) + "=...");
             return false;
         }
         if (std::ranges::count(line->words, word.name, &FieldWord::name) > 0) {
-            *problem = std::string(word.name.substr(0, 40)) + " is given twice";
+            *problem = Translated("%1 is given twice", word.name.substr(0, 40));
             return false;
         }
         line->words.push_back(word);
@@ -105,13 +107,13 @@ bool ReadLine(std::string_view text, Line *line, std::string *problem) {
 }
 
 std::string UnknownWord(std::string_view word) {
-    return "unknown field " + QuotedWord(word);
+    return Translated("unknown field %1", QuotedWord(word));
 }
 
 bool TakeIdentifier(const FieldWord &word, std::optional<std::uint16_t> *field, std::string *problem) {
     const std::optional<std::int64_t> number = FieldNumber(*word.value, 0, UINT16_MAX);
     if (!number) {
-        *problem = std::string(word.name) + " must be a number up to 65535 or 0xFFFF";
+        *problem = Translated("%1 must be %2", word.name, Translated("a number up to 65535 or 0xFFFF"));
         return false;
     }
     *field = static_cast<std::uint16_t>(*number);
@@ -132,7 +134,7 @@ bool ReadMatch(const Line &line, DeviceMatch *match, std::string *problem) {
         }
     }
     if (!match->vendor && !match->product && !match->name) {
-        *problem = "a device needs vendor=, product= or name=";
+        *problem = Translated("a device needs vendor=, product= or name=");
         return false;
     }
     return true;
@@ -159,7 +161,8 @@ std::string KindNames(std::uint8_t kinds) {
     std::string names;
     for (const KindWord &row : kKindWords) {
         if ((kinds & BitOf(row.kind)) != 0) {
-            names.append(names.empty() ? "" : " or ").append(row.word).append("=");
+            const std::string word = std::string(row.word) + "=";
+            names = names.empty() ? word : Translated("%1 or %2", names, word);
         }
     }
     return names;
@@ -174,18 +177,18 @@ bool ReadEvent(const Line &line, std::uint8_t kinds, MappedInput *input, std::st
             continue;
         }
         if (kind != nullptr) {
-            *problem = "a line has one of axis=, dial= and key=";
+            *problem = Translated("a line has one of axis=, dial= and key=");
             return false;
         }
         kind = row;
         if (!FindEventCode(*word.value, &input->event) || !kind->takes(input->event.type)) {
-            *problem = std::string(word.name) + " must be " + std::string(row->form) + ", not " +
-                       QuotedWord(*word.value);
+            *problem = Translated("%1 must be %2, not %3", word.name, Translated(row->form),
+                                  QuotedWord(*word.value));
             return false;
         }
     }
     if (kind == nullptr || (kinds & BitOf(kind->kind)) == 0) {
-        *problem = std::string(line.control) + " takes " + KindNames(kinds);
+        *problem = Translated("%1 takes %2", line.control, KindNames(kinds));
         return false;
     }
     input->kind = kind->kind;
@@ -203,13 +206,13 @@ bool ReadDetails(const Line &line, MappedInput *input, std::string *problem) {
             return false;
         }
         if ((detail->kinds & BitOf(input->kind)) == 0) {
-            *problem = std::string(word.name) + " is for " + KindNames(detail->kinds);
+            *problem = Translated("%1 is for %2", word.name, KindNames(detail->kinds));
             return false;
         }
         const std::optional<std::int64_t> number = FieldNumber(*word.value, detail->least, detail->most);
         if (!number) {
-            *problem = std::string(word.name) + " must be a number from " + std::to_string(detail->least) +
-                       " to " + std::to_string(detail->most);
+            *problem =
+                Translated("%1 must be a number from %2 to %3", word.name, detail->least, detail->most);
             return false;
         }
         detail->store(*input, static_cast<std::int32_t>(*number));
@@ -225,7 +228,7 @@ bool IsOnRing(const MappedInput &input) {
 bool ReadInput(const Line &line, MappedInput *input, std::string *problem) {
     const std::uint8_t kinds = SlotsOfControl(line.control, &input->low, &input->high);
     if (kinds == 0) {
-        *problem = "unknown control " + QuotedWord(line.control);
+        *problem = Translated("unknown control %1", QuotedWord(line.control));
         return false;
     }
     input->countsPerStep = 1;
@@ -233,12 +236,12 @@ bool ReadInput(const Line &line, MappedInput *input, std::string *problem) {
         return false;
     }
     if (input->wraps != 0 && input->event.type == kDialEvents) {
-        *problem = "wraps is for a counter such as ABS_WHEEL: " + std::string(EventCodeName(input->event)) +
-                   " tells how far it was turned";
+        *problem = Translated("wraps is for a counter such as ABS_WHEEL: %1 tells how far it was turned",
+                              EventCodeName(input->event));
         return false;
     }
     if (input->kind == InputKind::Dial && !IsOnRing(*input) && input->restsAfter != milliseconds{}) {
-        *problem = "rest is for the ring: the tuner has none";
+        *problem = Translated("rest is for the ring: the tuner has none");
         return false;
     }
     if (input->kind == InputKind::Dial && IsOnRing(*input) && input->restsAfter == milliseconds{}) {
@@ -295,11 +298,10 @@ class MapReader {
             fProblems->push_back({number, problem});
         } else if (earlier != fMap.inputs.end()) {
             fProblems->push_back(
-                {number,
-                 std::string(EventCodeName(input.event)) + " has a control already, in line " +
-                     std::to_string(fLines[static_cast<std::size_t>(earlier - fMap.inputs.begin())])});
+                {number, Translated("%1 has a control already, in line %2", EventCodeName(input.event),
+                                    fLines[static_cast<std::size_t>(earlier - fMap.inputs.begin())])});
         } else if (fDeviceLine == 0) {
-            fProblems->push_back({number, "a \"device\" line must come before this"});
+            fProblems->push_back({number, Translated("a \"device\" line must come before this")});
         } else {
             fMap.inputs.push_back(input);
             fLines.push_back(number);
@@ -310,7 +312,7 @@ class MapReader {
         if (!fMap.devices.empty() && !fMap.inputs.empty()) {
             fMaps.push_back(std::move(fMap));
         } else if (fDeviceLine != 0 && !fHasControls) {
-            fProblems->push_back({fDeviceLine, "this device has no controls"});
+            fProblems->push_back({fDeviceLine, Translated("this device has no controls")});
         }
         fMap = {};
         fLines.clear();

@@ -2,7 +2,9 @@
 
 #include "helper/map_files.h"
 #include "helper/stand_in.h"
+#include "helperlink/acted_texts.h"
 #include "platform/base/plain_text.h"
+#include "platform/base/translation.h"
 #include "platform/files/paths.h"
 #include "platform/windows/process_program.h"
 
@@ -78,8 +80,7 @@ bool ActingHelper::AddStandIns() {
         std::string problem;
         if (!ParseStandIn(text, &standIn, &problem) ||
             !fReaders->AddStandIn(standIn.path, standIn.description, &problem)) {
-            std::string message = "cannot use --stand-in ";
-            fSurroundings.complain(message.append(text).append(": ").append(problem));
+            fSurroundings.complain(Translated("cannot use %1: %2", "--stand-in " + text, problem));
             return false;
         }
     }
@@ -89,8 +90,8 @@ bool ActingHelper::AddStandIns() {
 void ActingHelper::LoadSettings() {
     std::string problem;
     if (!fActions.LoadSettings(&problem)) {
-        fSurroundings.complain("cannot use " + fSurroundings.settings + ": " + problem +
-                               "; the settings stay as they were");
+        fSurroundings.complain(
+            Translated("cannot use %1: %2; the settings stay as they were", fSurroundings.settings, problem));
     }
 }
 
@@ -119,9 +120,9 @@ void ActingHelper::LookForDesktop(SteadyTime now) {
     fDesktop = fSurroundings.openDesktop(&problem);
     if (!fDesktop) {
         if (fNoDesktop.empty()) {
-            fSurroundings.complain("no desktop: " + problem + "; it is looked for once a second");
+            fSurroundings.complain(Translated("no desktop: %1; it is looked for once a second", problem));
         }
-        fNoDesktop = problem.empty() ? "there is none" : problem;
+        fNoDesktop = problem.empty() ? ToTranslate("there is none") : problem;
         return;
     }
     if (!problem.empty()) {
@@ -155,8 +156,8 @@ void ActingHelper::LoseDesktop() {
     fDesktop.reset();
     fActions.EndAll();
     fNextLook = Clock::now() + kBetweenLooks;
-    fNoDesktop = "its connection is lost";
-    fSurroundings.complain("the desktop has gone; it is looked for once a second");
+    fNoDesktop = ToTranslate("its connection is lost");
+    fSurroundings.complain(Translated("the desktop has gone; it is looked for once a second"));
 }
 
 FrontWindow ActingHelper::FrontNow() const {
@@ -194,8 +195,7 @@ void ActingHelper::TakeTold(SlotIndex slot, const std::string &what, int times) 
     fLastTold = what;
     const std::string key(control->key);
     if (fOptions.dryRun) {
-        std::cout << key << ": " << what << (times != 1 ? ", " + std::to_string(times) + " times" : "")
-                  << std::endl;
+        std::cout << ActedLine(key, what, static_cast<std::uint32_t>(times)) << std::endl;
     }
     if (fBus) {
         fBus->TellActed(key, what, times);
@@ -299,9 +299,9 @@ bool ActingHelper::Act(const std::string &control, const std::string &how, std::
     const ControlSlot *found = FindControlSlot(control);
     const auto *way = std::ranges::find(kWays, how, &Way::name);
     if (found == nullptr || way == kWays.end() || times < 1 || times > kMostSteps) {
-        *text = found == nullptr     ? "there is no such control"
-                : way == kWays.end() ? "a control can be pressed, held, released or turned"
-                                     : "1 to " + std::to_string(kMostSteps) + " times";
+        *text = found == nullptr     ? Translated("unknown control")
+                : way == kWays.end() ? Translated("a control can be pressed, held, released or turned")
+                                     : Translated("1 to %1 times", kMostSteps);
         return false;
     }
     TakeDesktop();
@@ -325,9 +325,9 @@ NamedTexts ActingHelper::DescribeFront() const {
         {"name", front.windowName},
         {"program", front.program},
         {"process", front.process != 0 ? std::to_string(front.process) : std::string()},
-        {"settings", record.empty() ? "all applications" : record},
-        {"active", fSettings.InForce().AreActive() ? "yes" : "no"},
-        {"desktop", fNoDesktop.empty() ? "connected" : fNoDesktop},
+        {"settings", record.empty() ? ToTranslate("all applications") : record},
+        {"active", fSettings.InForce().AreActive() ? ToTranslate("yes") : ToTranslate("no")},
+        {"desktop", fNoDesktop.empty() ? ToTranslate("connected") : fNoDesktop},
     };
     std::erase_if(texts, [](const auto &text) { return text.second.empty(); });
     return texts;

@@ -3,6 +3,7 @@
 #include "helper/program_choice.h"
 #include "platform/base/marked_text.h"
 #include "platform/base/status.h"
+#include "platform/base/translation.h"
 #include "platform/desktop/program_starter.h"
 #include "util/items/items_folder.h"
 
@@ -66,7 +67,7 @@ void ActionSender::SetDesktop(Desktop *desktop) {
 std::string ActionSender::Do(const Deed &deed) {
     std::string problem = TryDo(deed);
     if (!problem.empty()) {
-        fOutlets.tell(problem);
+        fOutlets.tell(Translated(problem));
     }
     return problem;
 }
@@ -134,7 +135,7 @@ std::string ActionSender::Open(const Str31 &item) const {
     const std::vector<std::string> opener{kOpener, found.path};
     const auto ended = [tell = fOutlets.tell, path = found.path](int exitStatus) {
         if (exitStatus != 0) {
-            tell("the desktop cannot open " + path);
+            tell(Translated("the desktop cannot open %1", path));
         }
     };
     const bool usesOpener = command == opener;
@@ -143,7 +144,7 @@ std::string ActionSender::Open(const Str31 &item) const {
     }
     const OSErr status = fOutlets.start(opener, ended);
     return status == noErr ? std::string()
-                           : "cannot start " + std::string(kOpener) + ": " + std::string(StatusText(status));
+                           : Translated("cannot start %1: %2", kOpener, Translated(StatusText(status)));
 }
 
 std::string ActionSender::Start(const ProgramKind &kind) const {
@@ -152,8 +153,9 @@ std::string ActionSender::Start(const ProgramKind &kind) const {
         return std::string(kind.missing);
     }
     const OSErr status = fOutlets.start(command, [](int /*exitStatus*/) {});
-    return status == noErr ? std::string()
-                           : "cannot start " + command.front() + ": " + std::string(StatusText(status));
+    return status == noErr
+               ? std::string()
+               : Translated("cannot start %1: %2", command.front(), Translated(StatusText(status)));
 }
 
 } // namespace drevix

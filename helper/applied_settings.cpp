@@ -4,6 +4,7 @@
 #include "helper/front_settings.h"
 #include "platform/base/plain_text.h"
 #include "platform/base/status.h"
+#include "platform/base/translation.h"
 #include "settings/device_prefs.h"
 #include "settings/pascal_strings.h"
 #include "settings/prefs_list.h"
@@ -38,8 +39,9 @@ std::string ControlLines(const AppPrefs &record, const AppPrefs *global) {
         const bool isLeft = own.command == kActionUseGlobal && global != nullptr;
         const ActionSlot &slot = isLeft ? global->device[0].action[control.slot] : own;
         if (slot.command != kActionNone) {
-            lines.append("  ").append(control.key).append(": ").append(ActionText(slot));
-            lines += isLeft ? " (as everywhere)\n" : "\n";
+            const std::string action = ActionText(slot);
+            lines.append("  ").append(control.key).append(": ");
+            lines.append(isLeft ? Translated("%1 (as everywhere)", action) : action).append("\n");
         }
     }
     return lines;
@@ -54,13 +56,15 @@ bool DescribeSettings(const std::string &path, const FSRef &resources, const std
     const OSErr status = OpenSettings(document);
     const AppPrefs *record = status == noErr ? RecordFor(front, document.Base()) : nullptr;
     if (record == nullptr) {
-        *text = StatusText(status == noErr ? resNotFound : status);
+        *text = Translated(StatusText(status == noErr ? resNotFound : status));
         return false;
     }
     const std::string name = record->application == kGlobalSignature
-                                 ? "all applications without settings of their own"
+                                 ? Translated("all applications without settings of their own")
                                  : PlainText(stringWithPascalString(record->appFileName.data()));
-    *text = "settings for " + name + (record->active != 0 ? ":\n" : ": the device is switched off\n");
+    *text = record->active != 0 ? Translated("settings for %1:", name)
+                                : Translated("settings for %1: the device is switched off", name);
+    *text += "\n";
     if (record->active != 0) {
         *text += ControlLines(*record, GlobalRecord(document.Base()));
     }

@@ -3,6 +3,7 @@
 #include "helper/devices_file.h"
 #include "platform/base/plain_text.h"
 #include "platform/base/status.h"
+#include "platform/base/translation.h"
 
 #include <algorithm>
 #include <fcntl.h>
@@ -63,8 +64,8 @@ void DeviceReaders::Open(const std::string &path) {
         return;
     }
     if (!device->Grab()) {
-        fTasks.complain("another program keeps " + path + " (" + PlainText(device->Description().name) +
-                        ") for itself");
+        fTasks.complain(Translated("another program keeps %1 (%2) for itself", path,
+                                   PlainText(device->Description().name)));
     }
     Add(path, false, std::move(device), *map);
 }
@@ -75,7 +76,7 @@ bool DeviceReaders::AddStandIn(const std::string &path, const InputDescription &
     std::unique_ptr<InputDevice> device;
     const OSErr status = map != nullptr ? OpenStandIn(path, description, &device) : noErr;
     if (map == nullptr || status != noErr) {
-        *problem = map == nullptr ? "no map is for this device" : StatusText(status);
+        *problem = Translated(map == nullptr ? ToTranslate("no map is for this device") : StatusText(status));
         return false;
     }
     Add(path, true, std::move(device), *map);
@@ -123,7 +124,7 @@ void DeviceReaders::Remove(Place reader) {
     fTasks.changed();
     std::string problem;
     if (isStandIn && !AddStandIn(path, description, &problem)) {
-        fTasks.complain("cannot open " + path + " again: " + problem);
+        fTasks.complain(Translated("cannot open %1 again: %2", path, problem));
     }
 }
 

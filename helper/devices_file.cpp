@@ -2,6 +2,7 @@
 
 #include "platform/base/field_words.h"
 #include "platform/base/status.h"
+#include "platform/base/translation.h"
 #include "platform/files/shared_file.h"
 
 #include <algorithm>
@@ -86,13 +87,13 @@ bool TakeName(std::string_view text, ConnectedDevice *device) {
 }
 
 constexpr auto kDeviceFields = std::to_array<Field<ConnectedDevice>>({
-    {"version", "such as 1.05", TakeVersion},
-    {"serial", "14 hexadecimal digits", TakeSerial},
-    {"vendor", "a number up to 65535 or 0xFFFF", TakeVendor},
-    {"product", "a number up to 65535 or 0xFFFF", TakeProduct},
-    {"interface", "a number up to 255", TakeInterface},
-    {"vendorName", "at most 127 bytes", TakeName<&ConnectedDevice::vendorName>},
-    {"productName", "at most 127 bytes", TakeName<&ConnectedDevice::productName>},
+    {"version", ToTranslate("such as 1.05"), TakeVersion},
+    {"serial", ToTranslate("14 hexadecimal digits"), TakeSerial},
+    {"vendor", ToTranslate("a number up to 65535 or 0xFFFF"), TakeVendor},
+    {"product", ToTranslate("a number up to 65535 or 0xFFFF"), TakeProduct},
+    {"interface", ToTranslate("a number up to 255"), TakeInterface},
+    {"vendorName", ToTranslate("at most 127 bytes"), TakeName<&ConnectedDevice::vendorName>},
+    {"productName", ToTranslate("at most 127 bytes"), TakeName<&ConnectedDevice::productName>},
 });
 
 } // namespace
@@ -109,7 +110,7 @@ bool AddDevice(std::string_view line, DeviceList *list, std::string *problem) {
         }
     }
     if (list->count >= kMostDevices) {
-        *problem = "more than " + std::to_string(kMostDevices) + " devices";
+        *problem = Translated("more than %1 devices", kMostDevices);
         return false;
     }
     list->device[list->count++] = device;
@@ -120,7 +121,7 @@ bool ParseDevices(std::string_view text, DeviceList *list, std::string *problem)
     DeviceList found{};
     for (int line = 1; !text.empty(); ++line) {
         if (!AddDevice(TakeTextLine(&text), &found, problem)) {
-            *problem = "line " + std::to_string(line) + ": " + *problem;
+            *problem = Translated("line %1: %2", line, *problem);
             return false;
         }
     }
@@ -132,7 +133,8 @@ bool ReadDevices(const std::string &path, DeviceList *list, std::string *problem
     std::string text;
     const OSErr status = ReadSharedFile(path, kMostBytes, &text);
     if (status != noErr && status != fnfErr && status != dirNFErr) {
-        *problem = status == -1 ? "it is not a regular file of at most 64 KiB" : StatusText(status);
+        *problem = Translated(status == -1 ? ToTranslate("it is not a regular file of at most 64 KiB")
+                                           : StatusText(status));
         return false;
     }
     return ParseDevices(text, list, problem);

@@ -4,6 +4,7 @@
 #include "keyboard/key_codes.h"
 #include "keyboard/layout_family.h"
 #include "platform/base/status.h"
+#include "platform/base/translation.h"
 #include "platform/desktop/desktop_entries.h"
 #include "settings/device_prefs.h"
 #include "settings/pascal_strings.h"
@@ -42,7 +43,7 @@ bool FrontSettings::Load(std::string *problem) {
     auto document = std::make_unique<SettingsDocument>(fFactory, kPanelVersion);
     document->UseFileAlone(fPath);
     if (const OSErr status = OpenSettings(*document); status != noErr) {
-        *problem = StatusText(status);
+        *problem = Translated(StatusText(status));
         return false;
     }
     fRecords = FrontRecords(document->Base(), EntryOfRecord);

@@ -6,6 +6,7 @@
 #include "keyboard/layout_family.h"
 #include "platform/base/plain_text.h"
 #include "platform/base/status.h"
+#include "platform/base/translation.h"
 #include "platform/catalog/named_files.h"
 #include "platform/files/file_update.h"
 #include "platform/files/paths.h"
@@ -47,10 +48,12 @@ OSErr FindPreferences(std::string *path) {
 }
 
 void TellDevices(const DeviceList &list) {
-    std::cout << "devices connected: " << list.count << "\n";
+    std::cout << Translated("devices connected: %1", list.count) << "\n";
     for (int i = 0; i < list.count; ++i) {
-        std::cout << "  version " << DeviceVersionText(list.device[i].productVers) << ", serial number "
-                  << DeviceSerialText(list.device[i]) << "\n";
+        std::cout << "  "
+                  << Translated("version %1, serial number %2", DeviceVersionText(list.device[i].productVers),
+                                DeviceSerialText(list.device[i]))
+                  << "\n";
     }
     std::cout << std::flush;
 }
@@ -81,12 +84,12 @@ int Helper::Run(int endDescriptor) {
     }
     if (AEInstallEventHandler(kDriverEventClass, kConnectedDevicesEvent, AnswerDevices, 0) != noErr ||
         AEInstallEventHandler(kDriverEventClass, kReloadPrefsEvent, ReloadSettings, 0) != noErr) {
-        Complain("there is not enough memory");
+        Complain(Translated("there is not enough memory"));
         return 1;
     }
     const std::string name = stringWithPascalString(kDrevixHelperName.data());
     if (RegisterProcess(name, [this](const auto *earlier) { TakeRegistered(earlier); }) != noErr) {
-        Complain("there is no session bus; start it within a desktop session");
+        Complain(Translated("there is no session bus; start it within a desktop session"));
         return 1;
     }
     Serve(endDescriptor);
@@ -95,7 +98,7 @@ int Helper::Run(int endDescriptor) {
         return 1;
     }
     if (!fIsRegistered && !fIsToEnd) {
-        Complain("the session bus does not answer; try again later");
+        Complain(Translated("the session bus does not answer; try again later"));
         return 1;
     }
     return 0;
@@ -105,8 +108,8 @@ bool Helper::FindFiles() {
     std::string preferences;
     const OSErr status = FindPreferences(&preferences);
     if (status != noErr && (fOptions.prefs.empty() || fOptions.devicesFile.empty())) {
-        Complain("cannot use the preferences folder: " + std::string(StatusText(status)) +
-                 "; give --prefs and --devices");
+        Complain(Translated("cannot use the preferences folder: %1; give --prefs and --devices",
+                            Translated(StatusText(status))));
         return false;
     }
     fPreferences = status == noErr ? FolderOfPath(preferences) : std::string();
@@ -122,8 +125,7 @@ bool Helper::TakeFirstDevices() {
     std::string problem;
     for (const std::string &device : fOptions.devices) {
         if (!AddDevice(device, &fDevices, &problem)) {
-            std::string message = "cannot use --device ";
-            Complain(message.append(device).append(": ").append(problem));
+            Complain(Translated("cannot use %1: %2", "--device " + device, problem));
             return false;
         }
     }
@@ -143,7 +145,7 @@ void Helper::ReadDevicesAgain() {
     if (ReadDevices(fDevicesPath, &fDevices, &problem)) {
         TellDevices(AllDevices());
     } else {
-        Complain("cannot use " + fDevicesPath + ": " + problem + "; the devices stay as they were");
+        Complain(Translated("cannot use %1: %2; the devices stay as they were", fDevicesPath, problem));
     }
 }
 
@@ -176,7 +178,7 @@ bool Helper::IsServing() const {
 
 void Helper::TakeRegistered(const ProcessSerialNumber *earlier) {
     if (earlier != nullptr) {
-        Complain("another helper serves this session already, process " + std::to_string(earlier->low));
+        Complain(Translated("another helper serves this session already, process %1", earlier->low));
         fHasFailed = true;
         return;
     }
@@ -219,7 +221,7 @@ void Helper::TellSettings() const {
     if (DescribeSettings(fPrefsPath, FactoryFolder(fResources), fOptions.front, &text)) {
         std::cout << text << std::flush;
     } else {
-        Complain("cannot use " + fPrefsPath + ": " + text + "; the settings stay as they were");
+        Complain(Translated("cannot use %1: %2; the settings stay as they were", fPrefsPath, text));
     }
 }
 

@@ -2,6 +2,7 @@
 #include "helper/helper.h"
 #include "keyboard/key_names.h"
 #include "platform/base/status.h"
+#include "platform/base/translation.h"
 #include "platform/files/file_update.h"
 #include "platform/files/paths.h"
 
@@ -44,7 +45,8 @@ int Start(std::span<const std::string> arguments, const std::string &program, Ne
     HelperOptions options;
     std::string problem;
     if (!ParseHelperOptions(arguments, &options, &problem)) {
-        std::cerr << "DrevixHelper: " << problem << "; 'DrevixHelper --help' lists the options\n";
+        std::cerr << "DrevixHelper: " << Translated("%1; 'DrevixHelper --help' lists the options", problem)
+                  << "\n";
         return kWrongUsage;
     }
     if (options.help || options.version) {
@@ -67,11 +69,12 @@ int main(int argc, char **argv) try {
     std::string program;
     // Without it the factory's settings are not found, and the settings file has to do.
     std::ignore = FollowLinks("/proc/self/exe", &program);
+    TranslateMessages(ResourcesAround(program).path + "/../locale");
     Next next = Next::Exit;
     const int status = Start(arguments, program, &next);
     if (next == Next::StartAnew) {
         ::execv(program.c_str(), argv);
-        std::cerr << "DrevixHelper: its new version could not be started\n";
+        std::cerr << "DrevixHelper: " << Translated("its new version could not be started") << "\n";
         return 1;
     }
     return status;

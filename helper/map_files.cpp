@@ -1,6 +1,7 @@
 #include "helper/map_files.h"
 
 #include "platform/base/status.h"
+#include "platform/base/translation.h"
 #include "platform/files/paths.h"
 #include "platform/files/shared_file.h"
 
@@ -34,7 +35,7 @@ std::vector<DeviceMap> ReadMapFiles(const std::string &preferences, const FSRef 
     for (const std::string &path : paths) {
         std::string text;
         if (const OSErr status = ReadSharedFile(path, kMostMapBytes, &text); status != noErr) {
-            complain("cannot read " + path + ": " + std::string(StatusText(status)));
+            complain(Translated("cannot read %1: %2", path, Translated(StatusText(status))));
             continue;
         }
         std::vector<MapProblem> problems;

@@ -1,5 +1,7 @@
 #include "helper/options.h"
 
+#include "platform/base/translation.h"
+
 #include <algorithm>
 #include <array>
 #include <string_view>
@@ -15,23 +17,23 @@ struct Option {
 };
 
 constexpr auto kOptions = std::to_array<Option>({
-    {"--devices", "FILE", "read the connected devices from this file, again whenever it changes",
+    {"--devices", "FILE", ToTranslate("read the connected devices from this file, again whenever it changes"),
      [](const std::string &value, HelperOptions *options) { options->devicesFile = value; }},
-    {"--device", "DEVICE", "say that this device is connected; may be given four times",
+    {"--device", "DEVICE", ToTranslate("say that this device is connected; may be given four times"),
      [](const std::string &value, HelperOptions *options) { options->devices.push_back(value); }},
-    {"--describe", "", "print what the controls would do, and do nothing",
+    {"--describe", "", ToTranslate("print what the controls would do, and do nothing"),
      [](const std::string & /*value*/, HelperOptions *options) { options->describe = true; }},
-    {"--dry-run", "", "print each action instead of doing it",
+    {"--dry-run", "", ToTranslate("print each action instead of doing it"),
      [](const std::string & /*value*/, HelperOptions *options) { options->dryRun = true; }},
-    {"--stand-in", "DEVICE", "read this pipe as if it were a device; see DrevixHelper(1)",
+    {"--stand-in", "DEVICE", ToTranslate("read this pipe as if it were a device; see DrevixHelper(1)"),
      [](const std::string &value, HelperOptions *options) { options->standIns.push_back(value); }},
-    {"--front", "APP", "apply the settings of this application, whatever is in front",
+    {"--front", "APP", ToTranslate("apply the settings of this application, whatever is in front"),
      [](const std::string &value, HelperOptions *options) { options->front = value; }},
-    {"--prefs", "FILE", "read this settings file instead of the user's",
+    {"--prefs", "FILE", ToTranslate("read this settings file instead of the user's"),
      [](const std::string &value, HelperOptions *options) { options->prefs = value; }},
-    {"--help", "", "print this",
+    {"--help", "", ToTranslate("print this"),
      [](const std::string & /*value*/, HelperOptions *options) { options->help = true; }},
-    {"--version", "", "print the version",
+    {"--version", "", ToTranslate("print the version"),
      [](const std::string & /*value*/, HelperOptions *options) { options->version = true; }},
 });
 
@@ -42,7 +44,7 @@ bool ParseHelperOptions(std::span<const std::string> arguments, HelperOptions *o
     for (std::size_t i = 0; i < arguments.size(); ++i) {
         const auto *option = std::ranges::find(kOptions, arguments[i], &Option::name);
         if (option == kOptions.end()) {
-            *problem = "unknown option \"" + arguments[i] + "\"";
+            *problem = Translated("unknown option %1", "\"" + arguments[i] + "\"");
             return false;
         }
         if (option->value.empty()) {
@@ -50,7 +52,7 @@ bool ParseHelperOptions(std::span<const std::string> arguments, HelperOptions *o
         } else if (++i < arguments.size()) {
             option->take(arguments[i], options);
         } else {
-            *problem = std::string(option->name) + " needs " + std::string(option->value);
+            *problem = Translated("%1 needs %2", option->name, option->value);
             return false;
         }
     }
@@ -59,13 +61,14 @@ bool ParseHelperOptions(std::span<const std::string> arguments, HelperOptions *o
 
 std::string HelperUsage() {
     constexpr std::size_t kHelpColumn = 22;
-    std::string usage = "usage: DrevixHelper [OPTION ...]\n\nCarries out what the settings say for the "
-                        "device's controls, and tells the "
-                        "settings\npanel which devices are connected.\n\n";
+    std::string usage = Translated("usage: %1", "DrevixHelper [OPTION ...]");
+    usage.append("\n\n").append(
+        Translated("Carries out what the settings say for the device's controls, and tells the settings\n"
+                   "panel which devices are connected.\n\n"));
     for (const Option &option : kOptions) {
         std::string line = "  " + std::string(option.name) + " " + std::string(option.value);
         line.resize(std::max(line.size(), kHelpColumn), ' ');
-        usage.append(line).append(option.help).append("\n");
+        usage.append(line).append(Translated(option.help)).append("\n");
     }
     return usage;
 }

@@ -1,6 +1,7 @@
 #include "helper/stand_in.h"
 
 #include "platform/base/field_words.h"
+#include "platform/base/translation.h"
 #include "platform/input/input_codes.h"
 
 #include <algorithm>
@@ -69,14 +70,14 @@ bool TakeAxis(std::string_view text, StandIn *standIn) {
 }
 
 constexpr auto kStandInFields = std::to_array<Field<StandIn>>({
-    {"file", "the path of a pipe", TakeFile},
-    {"name", "a text", TakeStandInName},
-    {"vendor", "a number up to 65535 or 0xFFFF", TakeNumber<&InputDescription::vendor>},
-    {"product", "a number up to 65535 or 0xFFFF", TakeNumber<&InputDescription::product>},
-    {"version", "a number up to 65535 or 0xFFFF", TakeNumber<&InputDescription::version>},
-    {"axis", "such as ABS_X,-127,127", TakeAxis},
-    {"dial", "such as REL_WHEEL", TakeDial},
-    {"key", "such as BTN_0", TakeKey},
+    {"file", ToTranslate("the path of a pipe"), TakeFile},
+    {"name", ToTranslate("a text"), TakeStandInName},
+    {"vendor", ToTranslate("a number up to 65535 or 0xFFFF"), TakeNumber<&InputDescription::vendor>},
+    {"product", ToTranslate("a number up to 65535 or 0xFFFF"), TakeNumber<&InputDescription::product>},
+    {"version", ToTranslate("a number up to 65535 or 0xFFFF"), TakeNumber<&InputDescription::version>},
+    {"axis", ToTranslate("such as ABS_X,-127,127"), TakeAxis},
+    {"dial", ToTranslate("such as REL_WHEEL"), TakeDial},
+    {"key", ToTranslate("such as BTN_0"), TakeKey},
 });
 
 } // namespace
@@ -89,7 +90,7 @@ bool ParseStandIn(std::string_view text, StandIn *standIn, std::string *problem)
         }
     }
     if (found.path.empty()) {
-        *problem = "file= is missing";
+        *problem = Translated("file= is missing");
         return false;
     }
     *standIn = std::move(found);

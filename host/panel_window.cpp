@@ -19,7 +19,7 @@ namespace {
 // The plug-in lies beside the folder of programs, in a build tree as in an installed one.
 QString PluginPath() {
     return QDir::cleanPath(QCoreApplication::applicationDirPath() +
-                           QStringLiteral("/../lib/drevix-settings/libdrevixpane.so"));
+                           QStringLiteral("/../lib/drevix-settings/plugins/libdrevixpane.so"));
 }
 
 QString PlaceKey() {

@@ -1,13 +1,14 @@
-// What a slot of a settings record does, in English words, for the programs that write text: terminal and helper.
+// What a slot of a settings record does, in words, for the programs that write text: terminal and helper.
 #pragma once
 
+#include "platform/base/translation.h"
 #include "settings/action_commands.h"
 
 #include <string>
 
 namespace drevix {
 
-// "Scroll up"; "Action 50" for an unknown code.
+// "Scroll up", as it is typed in every language; "Action 50" for an unknown code.
 [[nodiscard]] std::string ActionTitle(ActionCommand code);
 
 enum class KeyNames {
@@ -20,6 +21,6 @@ enum class KeyNames {
 // there is nothing. `menuTitle`: the title of the slot's menu entry where it is known, else null; records store a number
 // alone. Control characters in names stay: the caller writes plain text. May throw std::bad_alloc.
 [[nodiscard]] std::string ActionDetails(const ActionSlot &slot, const std::string *menuTitle = nullptr,
-                                        KeyNames names = KeyNames::Labelled);
+                                        KeyNames names = KeyNames::Labelled, Reader reader = Reader::Person);
 
 } // namespace drevix

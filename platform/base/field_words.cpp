@@ -1,5 +1,7 @@
 #include "platform/base/field_words.h"
 
+#include "platform/base/translation.h"
+
 #include <algorithm>
 #include <charconv>
 
@@ -40,7 +42,7 @@ bool TakeFieldWord(std::string_view *line, FieldWord *word, std::string *problem
         start += isQuoted ? 1 : 0;
         end = FindOrEnd(*line, isQuoted ? "\"" : kBlanks, start);
         if (isQuoted && end == line->size()) {
-            *problem = "the quote of " + std::string(name) + " is not closed";
+            *problem = Translated("the quote of %1 is not closed", name);
             return false;
         }
     }

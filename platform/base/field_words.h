@@ -2,6 +2,8 @@
 // in double quotes.
 #pragma once
 
+#include "platform/base/translation.h"
+
 #include <algorithm>
 #include <array>
 #include <cstddef>
@@ -40,7 +42,7 @@ struct FieldWord {
 template <class Object>
 struct Field {
     std::string_view name;
-    std::string_view form; // what its value must be, for people
+    std::string_view form; // what its value must be, in English
     bool (*take)(std::string_view text, Object *object);
 };
 
@@ -55,11 +57,11 @@ template <class Object, std::size_t kRows>
     }
     const auto row = std::ranges::find(rows, word.name, &Field<Object>::name);
     if (!word.value || row == rows.end()) {
-        *problem = "unknown field " + QuotedWord(word.name);
+        *problem = Translated("unknown field %1", QuotedWord(word.name));
         return false;
     }
     if (!row->take(*word.value, object)) {
-        *problem = std::string(row->name) + " must be " + std::string(row->form);
+        *problem = Translated("%1 must be %2", row->name, Translated(row->form));
         return false;
     }
     return true;

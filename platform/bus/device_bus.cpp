@@ -1,5 +1,6 @@
 #include "platform/bus/device_bus.h"
 
+#include "platform/base/translation.h"
 #include "platform/bus/bus_callback.h"
 
 #include <algorithm>
@@ -153,7 +154,7 @@ int DeviceBus::TakeWatch(sd_bus_message *message) {
         fWatchers.push_back({sender, isQuiet != 0, std::move(track), {}, {}, false});
     } else {
         return sd_bus_reply_method_errorf(message, "org.freedesktop.DBus.Error.LimitsExceeded",
-                                          "there are too many watchers");
+                                          ToTranslate("there are too many watchers"));
     }
     TellQuiet();
     const int result = sd_bus_reply_method_return(message, "");

@@ -1,5 +1,6 @@
 #include "platform/bus/session_control.h"
 
+#include "platform/base/translation.h"
 #include "platform/bus/bus_callback.h"
 
 #include <algorithm>
@@ -158,15 +159,15 @@ void SessionControl::SetHint(bool isLocked) {
 int SessionControl::TakeAnswer(sd_bus_message *reply) const {
     if (sd_bus_message_is_method_error(reply, nullptr) > 0) {
         const sd_bus_error *error = sd_bus_message_get_error(reply);
-        fTasks.fail(std::string("the login manager refuses: ") +
-                    (error->message != nullptr ? error->message : error->name));
+        fTasks.fail(Translated("the login manager refuses: %1",
+                               error->message != nullptr ? error->message : error->name));
     }
     return 0;
 }
 
 void SessionControl::AskManager(const char *method, bool isOfSession) {
     if (!ConnectSystem()) {
-        fTasks.fail("there is no login manager");
+        fTasks.fail(Translated("there is no login manager"));
         return;
     }
     const char *object = isOfSession ? kOwnSession : kLoginObject;
@@ -178,7 +179,7 @@ void SessionControl::AskManager(const char *method, bool isOfSession) {
                     : sd_bus_call_method_async(fSystem.get(), nullptr, kLogin, object, interface, method,
                                                BusCallback<&SessionControl::TakeAnswer>, this, "b", 1);
     if (result < 0) {
-        fTasks.fail("the login manager cannot be asked");
+        fTasks.fail(Translated("the login manager cannot be asked"));
     }
     TurnSystem();
 }
@@ -216,7 +217,7 @@ void SessionControl::TryLogOut() {
             return;
         }
     }
-    fTasks.fail("this desktop has no session manager that can be asked to log out");
+    fTasks.fail(Translated("this desktop has no session manager that can be asked to log out"));
 }
 
 int SessionControl::TakeLogOut(sd_bus_message *reply) {

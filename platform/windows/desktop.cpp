@@ -1,5 +1,6 @@
 #include "platform/windows/desktop.h"
 
+#include "platform/base/translation.h"
 #include "platform/windows/desktop_uinput.h"
 #include "platform/windows/desktop_wlroots.h"
 #include "platform/windows/desktop_x11.h"
@@ -25,12 +26,12 @@ std::unique_ptr<Desktop> OpenDesktop(std::string *problem) {
         return desktop != nullptr ? std::move(desktop) : OpenUinputDesktop(problem);
     }
     if (Setting("DISPLAY").empty()) {
-        *problem = "neither WAYLAND_DISPLAY nor DISPLAY is set";
+        *problem = Translated("neither WAYLAND_DISPLAY nor DISPLAY is set");
         return nullptr;
     }
     std::unique_ptr<Desktop> desktop = OpenX11Desktop(nullptr);
     if (desktop == nullptr) {
-        *problem = "the X server of DISPLAY=" + std::string(Setting("DISPLAY")) + " cannot be reached";
+        *problem = Translated("the X server of DISPLAY=%1 cannot be reached", Setting("DISPLAY"));
     }
     return desktop;
 }

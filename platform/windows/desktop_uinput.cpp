@@ -1,5 +1,6 @@
 #include "platform/windows/desktop_uinput.h"
 
+#include "platform/base/translation.h"
 #include "platform/windows/wayland_link.h"
 
 #include <poll.h>
@@ -51,12 +52,12 @@ std::unique_ptr<Desktop> MakeUinputDesktop(std::unique_ptr<KernelKeyboard> keybo
 std::unique_ptr<Desktop> OpenUinputDesktop(std::string *problem) {
     SystemDescriptor compositor = ConnectedToWayland();
     if (!compositor) {
-        *problem = "the Wayland compositor cannot be reached";
+        *problem = Translated("the Wayland compositor cannot be reached");
         return nullptr;
     }
     std::unique_ptr<KernelKeyboard> keyboard = KernelKeyboard::Make(problem);
     if (keyboard == nullptr) {
-        *problem = "the Wayland compositor takes no keys from programs, and " + *problem;
+        *problem = Translated("the Wayland compositor takes no keys from programs, and %1", *problem);
         return nullptr;
     }
     return MakeUinputDesktop(std::move(keyboard), std::move(compositor));

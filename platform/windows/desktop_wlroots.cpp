@@ -1,5 +1,6 @@
 #include "platform/windows/desktop_wlroots.h"
 
+#include "platform/base/translation.h"
 #include "platform/files/owners.h"
 #include "platform/windows/kernel_keyboard.h"
 #include "platform/windows/key_keeper.h"
@@ -207,8 +208,11 @@ bool WlrootsDesktop::Start(std::string *problem) {
     if (fKeyboard == nullptr || fPointer == nullptr) {
         fKernelKeyboard = KernelKeyboard::Make(problem);
         if (fKernelKeyboard == nullptr) {
-            const std::string what = fKeyboard == nullptr ? "keys" : "turns of the wheel";
-            *problem = "the Wayland compositor takes no " + what + " from programs, and " + *problem;
+            *problem =
+                fKeyboard == nullptr
+                    ? Translated("the Wayland compositor takes no keys from programs, and %1", *problem)
+                    : Translated("the Wayland compositor takes no turns of the wheel from programs, and %1",
+                                 *problem);
         }
     }
     ListenToSway();

@@ -1,5 +1,6 @@
 #include "platform/windows/kernel_keyboard.h"
 
+#include "platform/base/translation.h"
 #include "platform/input/input_device.h"
 
 #include <algorithm>
@@ -73,8 +74,8 @@ KernelKeyboard::~KernelKeyboard() {
 std::unique_ptr<KernelKeyboard> KernelKeyboard::Make(std::string *problem) {
     SystemDescriptor maker(open(kMaker, O_WRONLY | O_NONBLOCK | O_CLOEXEC));
     if (!maker || !MakeKernelKeyboard(maker.Get(), kKeys)) {
-        *problem = "no keyboard can be made by ";
-        problem->append(kMaker).append(": ").append(std::strerror(errno)).append("; see DrevixHelper(1)");
+        *problem = Translated("no keyboard can be made by %1: %2; see DrevixHelper(1)", kMaker,
+                              std::strerror(errno));
         return nullptr;
     }
     return std::make_unique<KernelKeyboard>(std::move(maker));

@@ -55,7 +55,7 @@ class World:
         home = str(self.root / "home")
         self.environment = {**os.environ, "HOME": home, "XDG_CONFIG_HOME": str(self.root / "config"),
                             "XDG_STATE_HOME": str(self.root / "state"), "XDG_RUNTIME_DIR": str(self.base / "run"),
-                            "XDG_CACHE_HOME": str(self.base / "cache"), "QT_QPA_PLATFORM": "offscreen", "LC_ALL": "C.UTF-8",
+                            "XDG_CACHE_HOME": str(self.base / "cache"), "QT_QPA_PLATFORM": "offscreen", "LC_ALL": "C.UTF-8", "LANGUAGE": "",
                             "DBUS_SESSION_BUS_ADDRESS": f"unix:path={self.base}/no-bus", "ASAN_OPTIONS": "detect_leaks=0"}
         (self.base / "run").mkdir(mode=0o700)
         self.start()

@@ -52,7 +52,7 @@ drawn = subprocess.run([PROGRAM, "--picture", str(picture)], env=bare, capture_o
 expect("a picture without a session", (drawn.returncode, drawn.stderr), (0, ""))
 
 # The panel comes from the program's own installation, whatever lies where the program is started.
-planted = folder / "lib/drevix-settings"
+planted = folder / "lib/drevix-settings/plugins"
 planted.mkdir(parents=True)
 (folder / "bin").mkdir()
 for place in (planted, folder, folder / "bin"):
