@@ -49,7 +49,7 @@ void CheckBaseFile(std::string_view bytes) {
                               [&](std::string_view record) { return LiesIn(bytes, record); }));
     for (const OSErr status : {OSErr{noErr}, kDamagedList}) {
         for (const FileProblem &problem : CheckFileBytes(bytes, status).problems) {
-            Check(!problem.text.empty());
+            Check(!EnglishText(problem.text).empty());
         }
     }
     for (const std::string_view record : FindWholeRecords(bytes)) {
