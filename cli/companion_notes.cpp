@@ -2,6 +2,7 @@
 
 #include "platform/base/plain_text.h"
 #include "platform/base/translation.h"
+#include "platform/files/kept_bytes.h"
 
 #include <algorithm>
 
@@ -64,10 +65,21 @@ Outcome OutcomeOfKorvaneWriting(const KorvaneResults &results) {
     for (std::size_t row = 0; row < results.size(); ++row) {
         if (const Sentence *sentence = SentenceFor(kWriting, results[row])) {
             return Failed(
-                Translated(sentence->text, PathOf(row), Translated(StatusText(results[row].status))));
+                Translated(sentence->text, PathOf(row), Translated(StatusText(results[row].status))) +
+                KeptHotKeys());
         }
     }
     return Done();
+}
+
+std::string KeptHotKeys() {
+    std::string text;
+    for (std::size_t row = 0; row < kKorvaneApps.size(); ++row) {
+        if (const std::string kept = FindKeptCopy(PathOf(row)); !kept.empty()) {
+            text += "; " + Translated("what %1 held is kept as %2", PathOf(row), kept);
+        }
+    }
+    return text;
 }
 
 } // namespace drevix

@@ -5,6 +5,7 @@
 #include "companion/korvane_sync.h"
 
 #include <ostream>
+#include <string>
 
 namespace drevix {
 
@@ -13,5 +14,8 @@ void NoteKorvaneReading(const KorvaneResults &results, std::ostream &err);
 
 // Done, or Failed for the first file that does not match the saved settings.
 Outcome OutcomeOfKorvaneWriting(const KorvaneResults &results);
+
+// "; what FILE held is kept as COPY" for each file of the companion that a write has cut short, or empty.
+[[nodiscard]] std::string KeptHotKeys();
 
 } // namespace drevix

@@ -241,6 +241,7 @@ Outcome Session::SaveFailure(const SaveResult &result, bool isAsItWas) const {
                   : Translated("the settings file is intact, with the old settings or the new ones");
     if (IsUsersOwn()) {
         unchanged.append("; ").append(Translated("menu entries of the companion may have changed"));
+        unchanged.append(KeptHotKeys());
     }
     return FailedFile("cannot write %1", PathForPeople(Path()), status, unchanged);
 }

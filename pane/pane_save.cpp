@@ -9,6 +9,7 @@
 #include "pane/unsaved_panel.h"
 #include "platform/base/plain_text.h"
 #include "platform/base/status.h"
+#include "platform/files/kept_bytes.h"
 #include "settings/device_prefs.h"
 #include "settings/prefs_list.h"
 #include "util/items/items_folder.h"
@@ -69,7 +70,8 @@ QString HistoryKeys() {
     return QKeySequence(Qt::CTRL | Qt::Key_H).toString(QKeySequence::NativeText);
 }
 
-// Which files of the companion a write has left other than the buttons, and that they win.
+// Which files of the companion a write has left other than the buttons, that they win, and what is kept of one that was
+// cut short.
 QStringList CompanionProblems(const KorvaneResults &results) {
     QStringList problems;
     for (std::size_t row = 0; row < results.size(); ++row) {
@@ -80,10 +82,14 @@ QStringList CompanionProblems(const KorvaneResults &results) {
             const QString why = isInUse     ? DrevixPane::tr("another program kept writing it")
                                 : isTooLong ? DrevixPane::tr("it is too long")
                                             : StatusSentence(results[row].status);
+            const std::string path = FindKorvaneFileForApp(kKorvaneApps[row].folder);
             problems +=
                 DrevixPane::tr("The companion dial's file %1 could not be written: %2. Its entries hold "
                                "again for buttons I, II and III when it is next read.")
-                    .arg(TextOf(FindKorvaneFileForApp(kKorvaneApps[row].folder)), why);
+                    .arg(TextOf(path), why);
+            if (const std::string kept = FindKeptCopy(path); !kept.empty()) {
+                problems += DrevixPane::tr("What it held is kept as %1.").arg(TextOf(kept));
+            }
         }
     }
     return problems;
@@ -197,7 +203,7 @@ QStringList DrevixPane::SaveProblems(const SaveResult &result) const {
         problems += tr("The settings file was damaged. It was kept as %1, and a new one was written.")
                         .arg(TextOf(kDrevixPrefsName) + QLatin1String(kRefusedSuffix));
     }
-    if (result.status == noErr && fDocument.Owner() == Ownership::UsersOwn) {
+    if ((result.status == noErr || result.wasTried) && fDocument.Owner() == Ownership::UsersOwn) {
         problems += CompanionProblems(fDocument.Companion());
     }
     if (result.status == noErr && result.history != noErr) {

@@ -2188,6 +2188,10 @@
         <translation>Die Datei %1 des Begleitgeräts konnte nicht geschrieben werden: %2. Ihre Einträge gelten für die Tasten I, II und III wieder, sobald sie das nächste Mal gelesen wird.</translation>
     </message>
     <message>
+        <source>What it held is kept as %1.</source>
+        <translation>Ihr Inhalt ist als %1 aufgehoben.</translation>
+    </message>
+    <message>
         <source>The settings are saved, but what was replaced could not be kept: %1.</source>
         <translation>Die Einstellungen sind gesichert, aber was ersetzt wurde, konnte nicht aufbewahrt werden: %1.</translation>
     </message>
