@@ -101,9 +101,10 @@ KorvaneFileResult UpdateFile(QBaseHandle base, const KorvaneApp &app, bool isOur
             return {isInStep ? KorvaneFileState::InStep : KorvaneFileState::InUse, fBsyErr};
         }
         if (IsKorvaneFileUnchanged(*list, app.folder)) {
-            // A failed write leaves the old file; the next one tries again.
+            // A failed write leaves the old file, and the next one tries again; where the disk does not even take
+            // the old bytes, they are kept elsewhere.
             const OSErr status = WriteKorvanePrefs(*list, path);
-            const bool isLost = status != noErr && !isInStep;
+            const bool isLost = status != noErr && (!isInStep || !FindKeptCopy(path).empty());
             const auto state = status == paramErr ? KorvaneFileState::TooLong : KorvaneFileState::NotWritten;
             return {isLost ? state : KorvaneFileState::InStep, status};
         }

@@ -81,7 +81,8 @@ OSErr SettingsDocument::Locate() {
         return noErr;
     }
     const OSErr status = FindDevicePrefsPath(&fPath);
-    return status == noErr && fPath.empty() ? dirNFErr : status; // a save to no path would succeed and keep nothing
+    return status == noErr && fPath.empty() ? dirNFErr
+                                            : status; // a save to no path would succeed and keep nothing
 }
 
 OSErr SettingsDocument::MakePlace() {

@@ -149,10 +149,13 @@ TEST_F(DriverMessages, AnswersThatNobodyAskedForAreNotTaken) {
     RegisterProcess("Panel", [&](const ProcessSerialNumber *) { isRegistered = true; });
     ASSERT_TRUE(Until([&] { return isRegistered; }));
     ASSERT_TRUE(IsAsked(helper));
+    ASSERT_EQ(::kill(static_cast<pid_t>(helper.Id()), SIGSTOP),
+              0); // answers after the stranger, however slow that is
     fList.count = 7;
     const Peer stranger("attack", "DrevixHelper");
     Until([] { return false; }, milliseconds(300));
     EXPECT_EQ(fList.count, 7);
+    ASSERT_EQ(::kill(static_cast<pid_t>(helper.Id()), SIGCONT), 0);
     EXPECT_TRUE(Until([&] { return fList.count == 1; })) << "the helper's own answer must still count";
 }
 
