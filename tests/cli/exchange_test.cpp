@@ -234,6 +234,13 @@ TEST_F(DamagedFile, Check_SaysWhatIsWrongInWords) {
                     HasSubstr(isGlobal ? "record 1 is a second global record; the first, record 0, is used"
                                        : "there is no global record; the factory's is used"));
     }
+    for (const auto &[length, says] :
+         {std::pair{31, ": valid, 3 records"}, {32, "a name that is too long"}}) {
+        std::string named = fWhole;
+        named[global + offsetof(AppPrefs, appName)] = static_cast<char>(length);
+        WriteWhole(Path(), named);
+        EXPECT_THAT(Do("check " + Path()), HasSubstr(says));
+    }
     std::string odd = fWhole;
     odd.replace(global + 100, 1, "\2");             // active
     odd.replace(global + 132 + 48 * 16, 1, "\x32"); // button V's command

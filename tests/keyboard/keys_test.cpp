@@ -1,4 +1,5 @@
 // Keys by their codes, characters and names, in the layouts of several countries.
+#include "keyboard/key_captions.h"
 #include "keyboard/key_codes.h"
 #include "keyboard/key_names.h"
 #include "platform/base/mac_roman.h"
@@ -9,7 +10,9 @@
 #include <cstdlib>
 #include <span>
 #include <string>
+#include <tuple>
 #include <utility>
+#include <vector>
 
 namespace drevix {
 namespace {
@@ -86,7 +89,23 @@ TEST_F(Keys, EachHasTheKernelsScanCodeAndItsName) {
     for (const auto &[scanCode, keyCode] : kAliases) {
         EXPECT_EQ(KeyCodeFromScanCode(scanCode), keyCode);
     }
+    static constexpr std::pair<std::uint8_t, std::uint16_t> kSent[] = {
+        {0, KEY_A},        {54, KEY_RIGHTMETA}, {105, KEY_SYSRQ}, {107, KEY_SCROLLLOCK}, {113, KEY_PAUSE},
+        {114, KEY_INSERT}, {71, KEY_NUMLOCK},   {127, 0},         {kNoKeyCode, 0}};
+    for (const auto &[keyCode, scanCode] : kSent) {
+        EXPECT_EQ(ScanCodeToSend(keyCode), scanCode) << int{keyCode};
+    }
     EXPECT_TRUE(IsModifierKey(54) && IsModifierKey(63) && !IsModifierKey(53) && !IsModifierKey(64));
+    for (const auto &[keyCode, never] : {std::pair{53, true},
+                                         {117, true},
+                                         {36, true},
+                                         {0, false},
+                                         {49, false},
+                                         {71, false},
+                                         {54, false},
+                                         {127, false}}) {
+        EXPECT_EQ(NeverPrints(static_cast<std::uint8_t>(keyCode)), never) << keyCode;
+    }
 }
 
 TEST_F(Keys, CombinationNames_AreModifiersInOrderThenTheKey) {
@@ -115,6 +134,34 @@ TEST_F(Keys, CombinationNames_AreModifiersInOrderThenTheKey) {
     for (const auto &[key, modifiers] : {std::pair<std::uint16_t, std::uint16_t>{0xFFFF, 0}, {0, 0xFFFF}}) {
         GetKeyCombinationName(key, modifiers, name.data(), 5, 0);
         EXPECT_EQ(TextOf(name), "(none");
+    }
+    EXPECT_EQ(KeystrokeText(0, 0x0300), "cmd+shift+a");
+    EXPECT_EQ(KeystrokeText(kNoKeyCode, 0) + KeystrokeText(0, 0xFFFF), "(none)(none)");
+    EXPECT_EQ(ModifiersText(0x0300), "cmd+shift");
+    std::uint16_t read = 7;
+    EXPECT_TRUE(!ParseModifiers("cmd+hyper", &read) && !ParseModifiers("num", &read) && read == 7);
+    for (const auto &[text, modifiers] : {std::pair{"cmd+shift", 0x0300}, {"+Alt+ctrl", 0x1800}, {"", 0}}) {
+        EXPECT_TRUE(ParseModifiers(text, &read)) << text;
+        EXPECT_EQ(read, modifiers) << text;
+    }
+}
+
+TEST_F(Keys, Captions_AreThoseOfALinuxKeyboard) {
+    const std::tuple<int, int, CommandOnKeyboard, std::vector<std::string>> rows[] = {
+        {1, 0x1B00, CommandOnKeyboard::Super, {"Super", "Ctrl", "Alt", "Shift", "s"}},
+        {1, 0x0300, CommandOnKeyboard::Ctrl, {"Ctrl", "Shift", "s"}},
+        {1, 0x1000, CommandOnKeyboard::Ctrl, {"Super", "s"}},
+        {1, 0x1100, CommandOnKeyboard::Ctrl, {"Super", "Ctrl", "s"}},
+        {51, 0x0400, CommandOnKeyboard::Super, {"Caps Lock", "Backspace"}},
+        {76, 0, CommandOnKeyboard::Super, {"Num", "Enter"}},
+        {71, 0, CommandOnKeyboard::Super, {"Num Lock"}},
+        {kNoKeyCode, 0x0300, CommandOnKeyboard::Super, {}},
+    };
+    for (const auto &[keyCode, modifiers, command, captions] : rows) {
+        EXPECT_EQ(
+            KeyCaptions(static_cast<std::uint8_t>(keyCode), static_cast<std::uint16_t>(modifiers), command),
+            captions)
+            << keyCode;
     }
 }
 

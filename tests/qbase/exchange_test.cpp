@@ -32,11 +32,12 @@ TEST(Exchange, PublishedExample_IsWhatIsMade) {
     EXPECT_NE(QBaseGetExchangeRecord(exchange.get(), 0, &length), nullptr);
     EXPECT_EQ(length, 3);
     EXPECT_EQ(QBaseGetExchangeRecord(exchange.get(), 2, &length), nullptr);
-    const ExchangeOwner one =
-        Take(ExampleBase().get(), [](const void *, std::int32_t size, std::int16_t) { return size - 3; });
+    const ExchangeOwner one = Take(FullFileBase().get(), [](const void *, std::int32_t size, std::int16_t) {
+        return std::int32_t{size == 6};
+    });
     EXPECT_EQ(QBaseCountExchangeRecords(one.get()), 1);
     EXPECT_NE(QBaseGetExchangeRecord(one.get(), 0, &length), nullptr);
-    EXPECT_EQ(length, 0);
+    EXPECT_EQ(length, 6);
     // Only the low 16 bits of a selection count; a block without records is refused.
     const ExchangeOwner none =
         Take(ExampleBase().get(), [](const void *, std::int32_t, std::int16_t) { return 0x10000; });

@@ -33,6 +33,9 @@ TEST(RecordBase, DataOfTheBaseItself_AreStoredAsTheyWere) {
     const char *const part = static_cast<char *>(QBaseGetRecord(base.get(), 0)) + 5;
     ASSERT_EQ(QBaseReplaceRecord(base.get(), 0, part, 100), 0);
     EXPECT_EQ(dataOf(0), whole.substr(5, 100));
+    EXPECT_EQ(QBaseAddRecord(base.get(), "", -1), kNoRecord);
+    EXPECT_EQ(QBaseAddRecord(base.get(), nullptr, 0), kNoRecord);
+    EXPECT_EQ(QBaseAddRecord(nullptr, "", 0), kNoRecord);
     EXPECT_TRUE(QBaseValidate(base.get()));
 }
 
@@ -50,9 +53,6 @@ TEST(RecordBase, TwoGibibytes_AreRefusedToTheByte) {
     const std::string before = State(base.get());
     EXPECT_EQ(QBaseAddRecord(base.get(), "", 0), kNoRecord);
     EXPECT_EQ(QBaseAddRecord(base.get(), data.data(), 0x7FFF'FFFF), kNoRecord);
-    EXPECT_EQ(QBaseAddRecord(base.get(), data.data(), -1), kNoRecord);
-    EXPECT_EQ(QBaseAddRecord(base.get(), nullptr, 0), kNoRecord);
-    EXPECT_EQ(QBaseAddRecord(nullptr, "", 0), kNoRecord);
     EXPECT_EQ(QBaseReplaceRecord(base.get(), 1, data.data(), 0x7FFF'FFFF), kNoRecord);
     EXPECT_EQ(QBaseReplaceRecord(base.get(), 0, data.data(), 1), kNoRecord);
     EXPECT_EQ(State(base.get()), before);

@@ -132,6 +132,7 @@ TEST_F(KeystrokeCapture, KeyDown_IsStoredByItsPlaceAndModifiers) {
         // Without a scan code, as on-screen keyboards and remote displays send keys.
         {{0, Qt::Key_A, Qt::ControlModifier, 0, 0}, {0x00, 0x1000}},
         {{0, Qt::Key_Exclam, Qt::ShiftModifier, 0, 0}, {0x12, 0x0200}},
+        {{0, Qt::Key_Plus, kKeypad, 0, 0}, {0x45, 0}},
         {{0, Qt::Key_Delete, {}, 0, 0}, {0x75, 0}},
         {{0, Qt::Key_Delete, kKeypad, 0, 0}, {0x41, 0}},
         // Keyboards that number their keys from 1: every letter was stored as Escape.

@@ -81,6 +81,7 @@ TEST(XmlDocument, Text_IsMendedWhereItCanBe) {
                   row.text != nullptr ? noErr : -1)
             << row.read;
         EXPECT_EQ(XmlStringValue(document.root), row.text != nullptr ? row.text : "") << row.read;
+        EXPECT_EQ(document.root.IsElement(), row.text != nullptr) << row.read;
         EXPECT_EQ(document.isWhole, row.isWhole && row.text != nullptr) << row.read;
     }
 }
