@@ -41,7 +41,7 @@ ActingHelper::ActingHelper(const HelperOptions &options, Surroundings surroundin
       fSettings(fSurroundings.settings, fSurroundings.resources), fSender(MakeOutlets(), options.dryRun),
       fActions(fSettings, fSender, AskLayout,
                [this](SlotIndex slot, const std::string &what, int times) { TakeTold(slot, what, times); }),
-      fDesktopWatch([this] { TakeDesktop(); }) {}
+      fDesktopWatch([this] { TakeDesktop(); }), fBus(MakeBusTasks()) {}
 
 ActingHelper::~ActingHelper() {
     try {
@@ -56,9 +56,6 @@ ActingHelper::~ActingHelper() {
 
 bool ActingHelper::Begin() {
     LoadSettings();
-    if (!fOptions.front.empty()) {
-        fReported = FrontWindow{fOptions.front, {}, {}, {}, 0};
-    }
     LookForDesktop(Clock::now());
     fActions.SetFront(FrontNow());
     const auto complain = [this](const std::string &problem) { ComplainOnce(problem); };
@@ -70,7 +67,7 @@ bool ActingHelper::Begin() {
     fReaders->WatchAll();
     fSession.emplace(SessionControlTasks{[this](bool isLocked) { fActions.SetLocked(isLocked); }, complain});
     fPlayers.emplace();
-    fBus.emplace(MakeBusTasks());
+    fBus.Begin();
     return true;
 }
 
@@ -96,16 +93,19 @@ void ActingHelper::LoadSettings() {
 }
 
 std::optional<std::chrono::microseconds> ActingHelper::Turn() {
+    if (!fReaders) {
+        return std::nullopt; // nothing has begun
+    }
     FlushDesktop(); // what devices have asked for is under way before anything else is done
     const SteadyTime now = Clock::now();
     LookForDesktop(now);
     TakeDesktop();
     fReaders->TakeTime(now);
     fActions.TakeTime(now);
-    fBus->TakeTime(now);
+    fBus.TakeTime(now);
     FlushDesktop();
     std::optional<SteadyTime> next = Earlier(fReaders->NextTime(), fActions.NextTime());
-    next = Earlier(next, fBus->NextTime());
+    next = Earlier(next, fBus.NextTime());
     next = Earlier(next, fDesktop ? std::nullopt : std::optional(fNextLook));
     return next ? std::optional(std::chrono::ceil<std::chrono::microseconds>(*next - Clock::now()))
                 : std::nullopt;
@@ -161,7 +161,10 @@ void ActingHelper::LoseDesktop() {
 }
 
 FrontWindow ActingHelper::FrontNow() const {
-    return fReported ? *fReported : fDesktop ? fDesktop->Front() : FrontWindow();
+    if (!fOptions.front.empty()) {
+        return {fOptions.front, {}, {}, {}, 0};
+    }
+    return fDesktop && fDesktop->TellsFront() ? fDesktop->Front() : fReported;
 }
 
 void ActingHelper::TakeControl(ControlSource source, const ControlEvent &event) {
@@ -182,8 +185,8 @@ void ActingHelper::TellPressed(ControlSource source, const ControlEvent &event) 
     }
     const bool isHeld =
         std::ranges::any_of(fDown, [&](const auto &down) { return down.first == event.slot; });
-    if (fBus && isHeld == isDown) {
-        fBus->TellPressed(std::string(control->key), isDown);
+    if (isHeld == isDown) {
+        fBus.TellPressed(std::string(control->key), isDown);
     }
 }
 
@@ -197,9 +200,7 @@ void ActingHelper::TakeTold(SlotIndex slot, const std::string &what, int times) 
     if (fOptions.dryRun) {
         std::cout << ActedLine(key, what, static_cast<std::uint32_t>(times)) << std::endl;
     }
-    if (fBus) {
-        fBus->TellActed(key, what, times);
-    }
+    fBus.TellActed(key, what, times);
 }
 
 void ActingHelper::ComplainOnce(const std::string &problem) {
@@ -268,14 +269,12 @@ DeviceBusTasks ActingHelper::MakeBusTasks() {
             return Act(control, how, times, text);
         },
         [this](const std::optional<ReportedFront> &front) {
-            if (!fOptions.front.empty()) {
-                return; // whatever is in front
-            }
-            // A window of which nothing is told is none: what the desktop tells counts then.
-            fReported.reset();
-            if (front && !(front->entry + front->windowClass + front->windowName).empty()) {
-                fReported = FrontWindow{front->entry, front->windowClass, front->windowName,
-                                        ProgramOfProcess(front->process), front->process};
+            fReported = front ? FrontWindow{front->entry, front->windowClass, front->windowName,
+                                            ProgramOfProcess(front->process), front->process}
+                              : FrontWindow();
+            // A window of which nothing is told is none.
+            if ((fReported.entryId + fReported.windowClass + fReported.windowName).empty()) {
+                fReported = {};
             }
             fActions.SetFront(FrontNow());
         },

@@ -36,7 +36,7 @@ class ActingHelper {
         std::function<std::unique_ptr<Desktop>(std::string *problem)> openDesktop;
     };
 
-    // Needs the event loop set. The options stay the caller's.
+    // Needs the event loop set. The options stay the caller's. Calls from the bus wait for Begin.
     ActingHelper(const HelperOptions &options, Surroundings surroundings);
     // Lets all keys go.
     ~ActingHelper();
@@ -52,7 +52,9 @@ class ActingHelper {
     // how long the loop may wait; nothing: for ever.
     [[nodiscard]] std::optional<std::chrono::microseconds> Turn();
 
-    [[nodiscard]] std::vector<ConnectedDevice> Devices() const { return fReaders->Devices(); }
+    [[nodiscard]] std::vector<ConnectedDevice> Devices() const {
+        return fReaders ? fReaders->Devices() : std::vector<ConnectedDevice>();
+    }
 
   private:
     void LookForDesktop(SteadyTime now);
@@ -82,7 +84,6 @@ class ActingHelper {
     ActionSender fSender;
     ControlActions fActions;
     std::optional<DeviceReaders> fReaders;
-    std::optional<DeviceBus> fBus;
     std::optional<SessionControl> fSession;
     std::optional<MediaPlayers> fPlayers;
     std::unique_ptr<Desktop> fDesktop;
@@ -90,10 +91,11 @@ class ActingHelper {
     unsigned fLayoutChanges = 0; // of the desktop, as of the last look
     std::string fNoDesktop;      // why there is none; empty while there is one
     SteadyTime fNextLook{};
-    std::optional<FrontWindow> fReported; // by a program that knows better than the desktop tells
-    std::set<std::string> fComplaints;    // that were told
-    std::string fLastTold;                // what the last control did
+    FrontWindow fReported;             // by a program, for a desktop that does not tell
+    std::set<std::string> fComplaints; // that were told
+    std::string fLastTold;             // what the last control did
     std::vector<std::pair<SlotIndex, ControlSource>> fDown;
+    DeviceBus fBus;
 };
 
 } // namespace drevix

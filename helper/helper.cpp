@@ -72,6 +72,7 @@ Helper::Helper(const HelperOptions &options, const FSRef &resources, const std::
 }
 
 Helper::~Helper() {
+    fActing.reset();
     std::ignore = AERemoveEventHandler(kDriverEventClass, kConnectedDevicesEvent); // it may not be installed
     std::ignore = AERemoveEventHandler(kDriverEventClass, kReloadPrefsEvent);
     LeaveSessionBus();
@@ -86,6 +87,11 @@ int Helper::Run(int endDescriptor) {
         AEInstallEventHandler(kDriverEventClass, kReloadPrefsEvent, ReloadSettings, 0) != noErr) {
         Complain(Translated("there is not enough memory"));
         return 1;
+    }
+    if (!fOptions.describe) {
+        fActing.emplace(fOptions,
+                        ActingHelper::Surroundings{fPrefsPath, fPreferences, fResources, Complain,
+                                                   [this] { TellDevices(AllDevices()); }, OpenDesktop});
     }
     const std::string name = stringWithPascalString(kDrevixHelperName.data());
     if (RegisterProcess(name, [this](const auto *earlier) { TakeRegistered(earlier); }) != noErr) {
@@ -196,8 +202,6 @@ void Helper::Begin() {
         TellSettings();
         return;
     }
-    fActing.emplace(fOptions, ActingHelper::Surroundings{fPrefsPath, fPreferences, fResources, Complain,
-                                                         [this] { TellDevices(AllDevices()); }, OpenDesktop});
     fHasFailed = !fActing->Begin();
 }
 

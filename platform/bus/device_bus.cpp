@@ -16,6 +16,7 @@ constexpr Clock::duration kBetweenSignals = std::chrono::microseconds(1'000'000 
 constexpr Clock::duration kLongestSilence =
     std::chrono::seconds(2);              // of a program that is asked whether it hangs
 constexpr std::size_t kMostWatchers = 32; // whoever watches more often than that has lost count
+constexpr std::size_t kMostEarly = 64;    // more is not called in the moment of a start
 constexpr const char *kWrongCall = "org.freedesktop.DBus.Error.InvalidArgs";
 constexpr const char *kDeviceDescription = R"(<node><interface name="com.halcyra.drevix.Device1">
 <method name="Act"><arg name="control" type="s" direction="in"/><arg name="how" type="s" direction="in"/>
@@ -30,11 +31,9 @@ constexpr const char *kDeviceDescription = R"(<node><interface name="com.halcyra
 
 } // namespace
 
-void DeviceBus::TrackRelease::operator()(sd_bus_track *track) const {
-    sd_bus_track_unref(track);
-}
-
-DeviceBus::DeviceBus(DeviceBusTasks tasks) : fTasks(std::move(tasks)) {
+DeviceBus::DeviceBus(DeviceBusTasks tasks)
+    : fTasks(std::move(tasks)),
+      fFronts([this](const std::optional<ReportedFront> &front) { fTasks.setFront(front); }) {
     SessionBus::Instance().AddClient(this);
 }
 
@@ -48,21 +47,34 @@ void DeviceBus::BusOpened(sd_bus *bus) {
     if (sd_bus_add_object(bus, &slot, kDeviceObject, BusCallback<&DeviceBus::TakeMessage>, this) >= 0) {
         fObject.reset(slot);
     }
+    fFronts.BusOpened(bus);
 }
 
 void DeviceBus::BusLost() {
     fObject.reset();
     fWatchers.clear();
     fTold.clear();
+    fEarly.clear();
     fBus = nullptr;
-    if (fReporter) {
-        fReporter.reset();
-        fTasks.setFront(std::nullopt);
-    }
+    fFronts.BusLost();
     TellQuiet();
 }
 
+void DeviceBus::Begin() {
+    fHasBegun = true;
+    for (const BusMessage &message : std::exchange(fEarly, {})) {
+        if (TakeMessage(message.get()) == 0) {
+            sd_bus_reply_method_errorf(message.get(), kWrongCall, "there is no such call");
+        }
+    }
+}
+
+// A compositor's reporter calls as soon as our name is there, and would not call again.
 int DeviceBus::TakeMessage(sd_bus_message *message) {
+    if (!fHasBegun && fEarly.size() < kMostEarly) {
+        fEarly.emplace_back(sd_bus_message_ref(message));
+        return 1;
+    }
     struct Method {
         const char *name;
         const char *signature;
@@ -101,30 +113,9 @@ int DeviceBus::TakeAct(sd_bus_message *message) {
                : sd_bus_reply_method_errorf(message, kWrongCall, "%s", text.c_str());
 }
 
-int DeviceBus::TakeSetFront(sd_bus_message *message) {
-    const char *entry = nullptr;
-    const char *windowClass = nullptr;
-    const char *name = nullptr;
-    std::uint32_t process = 0;
-    // The two types of number are read alike.
-    if (sd_bus_message_read(message, "sss", &entry, &windowClass, &name) <= 0 ||
-        sd_bus_message_read_basic(message, sd_bus_message_get_signature(message, 1)[3], &process) <= 0) {
-        return 0;
-    }
-    const std::string sender = sd_bus_message_get_sender(message);
-    if (!fReporter || sender != fReporterName) {
-        fReporter = TrackSender(message);
-        fReporterName = sender;
-    }
-    // Whose end would not be noticed is not believed.
-    if (fReporter) {
-        fTasks.setFront(ReportedFront{entry, windowClass, name, process});
-    }
-    return sd_bus_reply_method_return(message, "");
-}
-
 // NOLINTNEXTLINE(readability-make-member-function-const): as above
 int DeviceBus::TakeFront(sd_bus_message *message) {
+    fFronts.Check(Clock::now());
     sd_bus_message *created = nullptr;
     if (sd_bus_message_new_method_return(message, &created) < 0) {
         return 0;
@@ -150,7 +141,9 @@ int DeviceBus::TakeWatch(sd_bus_message *message) {
         known->isQuiet = isQuiet != 0;
         known->question.reset();
         known->isHung = false;
-    } else if (Track track = fWatchers.size() < kMostWatchers ? TrackSender(message) : nullptr) {
+    } else if (BusTrack track = fWatchers.size() < kMostWatchers
+                                    ? SessionBus::TrackSender(message, CallTakeLeft, this)
+                                    : nullptr) {
         fWatchers.push_back({sender, isQuiet != 0, std::move(track), {}, {}, false});
     } else {
         return sd_bus_reply_method_errorf(message, "org.freedesktop.DBus.Error.LimitsExceeded",
@@ -168,15 +161,6 @@ int DeviceBus::TakeWatch(sd_bus_message *message) {
     return result;
 }
 
-DeviceBus::Track DeviceBus::TrackSender(sd_bus_message *message) {
-    sd_bus_track *created = nullptr;
-    if (sd_bus_track_new(fBus, &created, CallTakeLeft, this) < 0) {
-        return nullptr;
-    }
-    Track track(created);
-    return sd_bus_track_add_sender(created, message) >= 0 ? std::move(track) : nullptr;
-}
-
 // The library keeps the track alive while it calls.
 int DeviceBus::CallTakeLeft(sd_bus_track *track, void *object) {
     static_cast<DeviceBus *>(object)->TakeLeft(track);
@@ -184,11 +168,6 @@ int DeviceBus::CallTakeLeft(sd_bus_track *track, void *object) {
 }
 
 void DeviceBus::TakeLeft(sd_bus_track *track) {
-    if (fReporter.get() == track) {
-        fReporter.reset();
-        fTasks.setFront(std::nullopt);
-        return;
-    }
     std::erase_if(fWatchers, [&](const Watcher &watcher) { return watcher.track.get() == track; });
     TellQuiet();
 }
@@ -234,6 +213,7 @@ int DeviceBus::TakeAnswer(sd_bus_message *message) {
 }
 
 void DeviceBus::TellActed(const std::string &control, const std::string &what, int times) {
+    fFronts.Check(Clock::now());
     if (fWatchers.empty()) {
         return;
     }

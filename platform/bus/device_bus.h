@@ -3,6 +3,7 @@
 // docs/device-bus.md has the object and its methods. Main thread only.
 #pragma once
 
+#include "platform/bus/front_reports.h"
 #include "platform/bus/session_bus.h"
 
 #include <chrono>
@@ -16,18 +17,10 @@
 #include <utility>
 #include <vector>
 
-struct sd_bus_track;
-
 namespace drevix {
 
 inline constexpr const char *kDeviceObject = "/com/halcyra/drevix/Device";
 inline constexpr const char *kDeviceInterface = "com.halcyra.drevix.Device1";
-
-// The window in front, as a program tells it. Texts that it does not know are empty.
-struct ReportedFront {
-    std::string entry, windowClass, windowName;
-    std::uint32_t process = 0;
-};
 
 // Lines of a name and a value.
 using NamedTexts = std::vector<std::pair<std::string, std::string>>;
@@ -39,7 +32,7 @@ struct DeviceBusTasks {
     std::function<bool(const std::string &control, const std::string &how, std::uint32_t times,
                        std::string *text)>
         act;
-    // Nothing: whoever reported has left the bus.
+    // Nothing: the last report counts no longer.
     std::function<void(const std::optional<ReportedFront> &front)> setFront;
     std::function<NamedTexts()> front;
     // Whether a watcher that does not hang wants the device to tell, but not to act.
@@ -48,9 +41,11 @@ struct DeviceBusTasks {
 
 class DeviceBus final : public BusClient {
   public:
-    // Serves the object on the session bus, whenever the program is on it, as long as this lives.
+    // Serves the object on the session bus, whenever the program is on it, as long as this lives. Calls wait for Begin.
     explicit DeviceBus(DeviceBusTasks tasks);
     ~DeviceBus();
+    // Carries out the calls that have come, and from now on all at once.
+    void Begin();
 
     // Tells the watchers what a control has done, so many times: at once, but for one control at most 30 times a
     // second; what comes in between is added up and told with its last text by TakeTime.
@@ -66,14 +61,10 @@ class DeviceBus final : public BusClient {
     void BusLost() override;
 
   private:
-    struct TrackRelease {
-        void operator()(sd_bus_track *track) const;
-    };
-    using Track = std::unique_ptr<sd_bus_track, TrackRelease>;
     struct Watcher {
         std::string name; // of its connection
         bool isQuiet;
-        Track track;
+        BusTrack track;
         BusSlot question; // whether it hangs, while that is not answered
         std::chrono::steady_clock::time_point asked;
         bool isHung = false; // and does not count as quiet
@@ -89,12 +80,11 @@ class DeviceBus final : public BusClient {
 
     int TakeMessage(sd_bus_message *message);
     int TakeAct(sd_bus_message *message);
-    int TakeSetFront(sd_bus_message *message);
+    int TakeSetFront(sd_bus_message *message) { return fFronts.Take(message); }
     int TakeFront(sd_bus_message *message);
     int TakeWatch(sd_bus_message *message);
     void TakeLeft(sd_bus_track *track);
     static int CallTakeLeft(sd_bus_track *track, void *object);
-    Track TrackSender(sd_bus_message *message);
     using Time = std::chrono::steady_clock::time_point;
     void SendDue(const std::string &control, Told *told, Time now) const;
     BusMessage NewSignal(const Watcher &watcher, const char *name) const;
@@ -108,8 +98,9 @@ class DeviceBus final : public BusClient {
     sd_bus *fBus = nullptr;
     BusSlot fObject;
     std::list<Watcher> fWatchers;
-    Track fReporter;
-    std::string fReporterName;
+    FrontReports fFronts;
+    bool fHasBegun = false;
+    std::vector<BusMessage> fEarly;    // calls that wait for Begin
     std::map<std::string, Told> fTold; // by control
     bool fIsQuiet = false;
 };

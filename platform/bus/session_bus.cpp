@@ -50,6 +50,20 @@ void BusRelease::operator()(sd_bus_slot *slot) const {
     sd_bus_slot_unref(slot);
 }
 
+void BusRelease::operator()(sd_bus_track *track) const {
+    sd_bus_track_unref(track);
+}
+
+BusTrack SessionBus::TrackSender(sd_bus_message *message, int (*left)(sd_bus_track *track, void *object),
+                                 void *object) {
+    sd_bus_track *created = nullptr;
+    if (sd_bus_track_new(sd_bus_message_get_bus(message), &created, left, object) < 0) {
+        return nullptr;
+    }
+    BusTrack track(created);
+    return sd_bus_track_add_sender(created, message) >= 0 ? std::move(track) : nullptr;
+}
+
 SessionBus &SessionBus::Instance() {
     static auto &instance = *new SessionBus;
     return instance;

@@ -17,6 +17,7 @@
 struct sd_bus;
 struct sd_bus_message;
 struct sd_bus_slot;
+struct sd_bus_track;
 
 namespace drevix {
 
@@ -39,9 +40,11 @@ struct BusRelease {
     void operator()(sd_bus *bus) const;
     void operator()(sd_bus_message *message) const;
     void operator()(sd_bus_slot *slot) const;
+    void operator()(sd_bus_track *track) const;
 };
 using BusMessage = std::unique_ptr<sd_bus_message, BusRelease>;
 using BusSlot = std::unique_ptr<sd_bus_slot, BusRelease>;
+using BusTrack = std::unique_ptr<sd_bus_track, BusRelease>;
 
 // A user of the connection that must know about new ones.
 class BusClient {
@@ -90,6 +93,9 @@ class SessionBus {
     [[nodiscard]] static BusMessage NewCall(sd_bus *bus, const std::string &destination, const char *object,
                                             const char *interface, const char *method);
     static BusMessage NewCallToBus(sd_bus *bus, const char *method, const std::string &argument = {});
+    // Calls `left` with the object once the sender of a message has left the bus; null without memory.
+    [[nodiscard]] static BusTrack TrackSender(sd_bus_message *message,
+                                              int (*left)(sd_bus_track *track, void *object), void *object);
 
   private:
     SessionBus();

@@ -24,6 +24,8 @@ class Desktop {
     // Takes what the desktop has told, without waiting; to be called before each wait too, since its library may have
     // read ahead. False when the connection is lost: the object is of no more use.
     [[nodiscard]] virtual bool Take() = 0;
+    // Whether this desktop tells which window is in front. A compositor may tell only its own extensions.
+    [[nodiscard]] virtual bool TellsFront() const { return true; }
     // The window in front, as of the last Take.
     [[nodiscard]] virtual const FrontWindow &Front() const = 0;
 

@@ -21,6 +21,7 @@ class UinputDesktop final : public Desktop {
         fIsLost = fIsLost || (poll(&look, 1, 0) > 0 && look.revents != 0);
         return !fIsLost;
     }
+    [[nodiscard]] bool TellsFront() const override { return false; }
     [[nodiscard]] const FrontWindow &Front() const override { return fFront; }
     [[nodiscard]] bool Key(std::uint16_t scanCode, bool down) override {
         return fKeyboard->Key(scanCode, down);

@@ -93,6 +93,7 @@ class WlrootsDesktop final : public Desktop {
         return fBoth ? fBoth.Get() : wl_display_get_fd(fDisplay.get());
     }
     [[nodiscard]] bool Take() override;
+    [[nodiscard]] bool TellsFront() const override { return fWindows != nullptr; }
     [[nodiscard]] const FrontWindow &Front() const override { return fFront; }
     [[nodiscard]] unsigned LayoutChanges() const override { return fLayoutChanges; }
     [[nodiscard]] bool Key(std::uint16_t scanCode, bool down) override;

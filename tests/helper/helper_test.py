@@ -150,26 +150,57 @@ class Helper(unittest.TestCase):
             helper.terminate()
             self.assertEqual(helper.wait(20), 0)
 
+    def start_reporter(self, helper, words, kind="UInt32", number=1, name=""):
+        """Reports a window and stays on the bus, as the owner of a name if one is given: its process, and what it was answered."""
+        reporter = self.start("/usr/bin/python3", "-B", PEER.parents[1] / "helper" / "reporter.py", str(helper.pid), *words, kind, str(number),
+                              *name.split(), output="report")
+        self.until(lambda: (self.path / "report").read_text().endswith("\n"))
+        return reporter, (self.path / "report").read_text()
+
+    def front(self):
+        front = json.loads(self.ctl("front", "--json"))
+        return {key: front[key] for key in ("entry", "class", "name", "process") if key in front}
+
     def test_what_a_compositor_reports_is_in_front_until_it_leaves(self):
-        """Reports of KWin, whose scripts have signed numbers alone, were refused."""
+        """Reports of KWin, whose scripts have signed numbers alone, were refused; a name could be as long as a message."""
         self.start_bus()
         helper = self.start(HELPER, output="said")
         self.until(lambda: "ready\n" in self.said())
-        report = ("import dbus, sys, time; words = sys.argv[1:4];"
-                  "device = dbus.SessionBus().get_object(f'com.halcyra.drevix.Process.DrevixHelper.p%d', '/com/halcyra/drevix/Device');"
-                  "device.SetFront(*words, dbus.%s(1), dbus_interface='com.halcyra.drevix.Device1'); time.sleep(60)")
-        for number, words, expected in [("UInt32", ("gimp", "Gimp-2.10", "gimp"), "gimp"), ("Int32", ("", "", ""), None),
-                                        ("Int32", ("org.kde.krita.desktop", "", ""), "org.kde.krita.desktop")]:
-            compositor = self.start("/usr/bin/python3", "-c", report % (helper.pid, number), *words,
-                                     output="report")
-            if expected:
-                self.until(lambda text=expected: json.loads(self.ctl("front", "--json")).get("entry") == text, expected)
-            else:
-                time.sleep(0.5)
-                self.assertNotIn("entry", json.loads(self.ctl("front", "--json")))
-            compositor.kill()
-            self.until(lambda: "entry" not in json.loads(self.ctl("front", "--json")))
-            self.assertEqual((self.path / "report").read_text(), "")
+        own = str(os.getpid())
+        for kind, number, words, expected in [
+                ("UInt32", 1, ("gimp", "Gimp-2.10", "gimp"), {"entry": "gimp", "class": "Gimp-2.10", "name": "gimp", "process": "1"}),
+                ("Int32", 1, ("", "", ""), {}),
+                ("Int32", own, ("org.kde.krita.desktop", "", ""), {"entry": "org.kde.krita.desktop", "process": own}),
+                ("Int32", -7, ("gimp", "x" * 100000, ""), {"entry": "gimp"}),
+                ("UInt32", 4294967295, ("x" * 256, "y" * 255, "\n"), {"class": "y" * 255, "name": "\n"})]:
+            reporter, answer = self.start_reporter(helper, words, kind, number)
+            self.assertEqual((answer, self.front()), ("taken\n", expected))
+            reporter.kill()
+            self.until(lambda: self.front() == {})
+
+    def test_a_stranger_is_not_believed_where_a_compositor_reports(self):
+        self.start_bus()
+        helper = self.start(HELPER, output="said")
+        self.until(lambda: "ready\n" in self.said())
+        early, _ = self.start_reporter(helper, ("early", "", ""))
+        compositor, answer = self.start_reporter(helper, ("krita", "", ""), name="org.gnome.Shell")
+        self.assertEqual((answer, self.front()["entry"]), ("taken\n", "krita"))
+        _, answer = self.start_reporter(helper, ("gimp", "", ""))
+        self.assertIn("AccessDenied: here the compositor tells", answer)
+        early.kill()
+        self.assertEqual(self.front()["entry"], "krita")
+        compositor.kill()
+        self.until(lambda: self.front() == {})
+
+    def test_a_script_of_kwin_that_was_switched_off_is_noticed(self):
+        """KWin stays on the bus, so the window of its last report was in front for ever."""
+        self.start_bus()
+        helper = self.start(HELPER, output="said")
+        self.until(lambda: "ready\n" in self.said())
+        self.start_reporter(helper, ("krita", "", ""), name="org.kde.KWin")
+        self.assertEqual(self.front()["entry"], "krita")  # who looks is told what was reported, and asks
+        self.until(lambda: self.front() == {})
+        self.assertEqual((self.path / "report").read_text(), "taken\nasked\n")
 
     def test_a_panel_that_hangs_in_front_does_not_keep_the_device_from_acting(self):
         """It did for ever, also with another window in front."""

@@ -53,10 +53,10 @@ class ActingCase(unittest.TestCase):
         return child
 
     @classmethod
-    def start_helper(cls):
+    def start_helper(cls, *options):
         (cls.path / "said").write_text("")
         cls.helper = cls.start(cls.helper_program, "--stand-in", f'file={cls.path}/dial name="Test ring" vendor=0x1234 product=0x5678 '
-                               "axis=ABS_X,-127,127 dial=REL_WHEEL key=BTN_2 key=BTN_3", output="said")
+                               "axis=ABS_X,-127,127 dial=REL_WHEEL key=BTN_2 key=BTN_3", *options, output="said")
         cls.until(lambda: "ready\n" in (cls.path / "said").read_text())
         cls.dial = open(cls.path / "dial", "wb", buffering=0)
         cls.addClassCleanup(cls.dial.close)

@@ -231,7 +231,8 @@ class DragWindow:
         role = connection.make(base, 2, self.surface)
         window = connection.make(role, 1)
         connection.request(window, 2, name)  # set_title
-        connection.request(window, 3, name)  # set_app_id
+        self.window = window
+        self.rename(name)
         connection.on(role, 0, "u", lambda serial: self._show(role, serial, side))
         connection.request(self.surface, 6)  # commit
         self.shared = connection.bind("wl_shm", 1)
@@ -241,6 +242,10 @@ class DragWindow:
         self.manager = manager
         pointer = connection.make(seat, 0)
         connection.on(pointer, 3, "uuuu", self._pressed)
+
+    def rename(self, name):
+        """Makes it the window of this application."""
+        self.connection.request(self.window, 3, name)  # set_app_id
 
     def _show(self, role, serial, side):
         self.connection.request(role, 4, serial)  # ack_configure
