@@ -67,7 +67,9 @@ void FoldingSplitter::Fold(int width) {
     const int least = static_cast<int>(std::lround(kLeastEms * EmOf(font())));
     widget(0)->setMinimumWidth(std::max(least, widget(0)->minimumSizeHint().width()));
     const int both = widget(0)->minimumWidth() + handleWidth() + widget(1)->minimumSizeHint().width();
-    const bool isShown = !fIsHidden && width >= both;
+    // Folded, the header needs another width; the side bar comes back when there is as much room as it lacked.
+    fNeeded = IsSideShown() ? both : std::max(both, fNeeded);
+    const bool isShown = !fIsHidden && width >= fNeeded;
     if (isShown == IsSideShown()) {
         return;
     }
@@ -93,9 +95,18 @@ void FoldingSplitter::resizeEvent(QResizeEvent *event) {
     QSplitter::resizeEvent(event);
 }
 
+// The width that the parts need changes when their texts do, and when they are laid out for the first time.
+bool FoldingSplitter::event(QEvent *event) {
+    if (event->type() == QEvent::LayoutRequest && count() == 2) {
+        Fold(width());
+    }
+    return QSplitter::event(event);
+}
+
 void FoldingSplitter::changeEvent(QEvent *event) {
     QSplitter::changeEvent(event);
     if (event->type() == QEvent::FontChange) {
+        fNeeded = 0;
         SetLimits();
     }
 }

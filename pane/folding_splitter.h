@@ -25,6 +25,7 @@ class FoldingSplitter : public QSplitter {
     void sideShown(bool isShown);
 
   protected:
+    bool event(QEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
     void changeEvent(QEvent *event) override;
 
@@ -35,6 +36,7 @@ class FoldingSplitter : public QSplitter {
     void KeepWidth();
 
     bool fIsHidden = false; // by the user
+    int fNeeded = 0;        // the width at which the side is shown
     qreal fEms;             // the side's width, in lines of the font
 };
 
