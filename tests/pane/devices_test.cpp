@@ -133,19 +133,21 @@ TEST_F(Devices, StripsButton_StartsTheHelper) {
     MakeApplication("DrevixHelper"); // which ends at once
     Start();
     ASSERT_TRUE(WaitForTraces("DrevixHelper\n"));
-    Tick();
-    ASSERT_EQ(Text("uiStripTitle"), u"The device helper isn't running"_s);
+    const auto isTold = [this] {
+        Tick();
+        return Find<QWidget>("uiPaneStrip")->isVisible();
+    };
+    ASSERT_TRUE(QTest::qWaitFor(isTold));
+    EXPECT_EQ(Text("uiStripTitle"), u"The device helper isn't running"_s);
     for (auto *button : Find<QWidget>("uiPaneStrip")->findChildren<QPushButton *>()) {
         if (button->text() == u"Start Helper"_s) {
             QTest::mouseClick(button, Qt::LeftButton);
             break;
         }
     }
-    EXPECT_TRUE(WaitForTraces("DrevixHelper\nDrevixHelper\n"));
     EXPECT_FALSE(Find<QWidget>("uiPaneStrip")->isVisible()) << "it is given its time";
-    Tick();
-    Tick();
-    EXPECT_TRUE(Find<QWidget>("uiPaneStrip")->isVisible()) << "it has ended again";
+    EXPECT_TRUE(WaitForTraces("DrevixHelper\nDrevixHelper\n"));
+    EXPECT_TRUE(QTest::qWaitFor(isTold)) << "it has ended again";
 }
 
 TEST_F(Devices, InformationPanel_TellsTheVersionAndLeadsOn) {
