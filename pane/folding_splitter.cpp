@@ -62,6 +62,15 @@ QSize FoldingSplitter::minimumSizeHint() const {
     return count() == 2 ? widget(1)->minimumSizeHint() : QSplitter::minimumSizeHint();
 }
 
+QSize FoldingSplitter::sizeHint() const {
+    QSize size = QSplitter::sizeHint();
+    if (count() == 2 && !fIsHidden) {
+        const int side = static_cast<int>(std::lround(fEms * EmOf(font())));
+        size.setWidth(std::max(fNeeded, side + handleWidth() + widget(1)->sizeHint().width()));
+    }
+    return size;
+}
+
 // The titles of its buttons may be set after the limits, and have another length in each language.
 void FoldingSplitter::Fold(int width) {
     const int least = static_cast<int>(std::lround(kLeastEms * EmOf(font())));

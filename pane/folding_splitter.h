@@ -20,6 +20,8 @@ class FoldingSplitter : public QSplitter {
 
     // Of the contents alone: a smaller window folds the side away.
     [[nodiscard]] QSize minimumSizeHint() const override;
+    // With the side, unless the user has hidden it.
+    [[nodiscard]] QSize sizeHint() const override;
 
   Q_SIGNALS:
     void sideShown(bool isShown);

@@ -168,7 +168,10 @@ void DrevixPane::BuildLooks() {
 void DrevixPane::BuildAreas() {
     const qreal em = EmOf(fMainView->font());
     const int unit = static_cast<int>(UnitOf(em));
-    uiPaneTabs->setFixedWidth(static_cast<int>(kPagesEms * em));
+    // Where a language's words need more than usual, the pages have it.
+    uiPaneTabs->ensurePolished();
+    uiPaneTabs->setFixedWidth(
+        std::max(static_cast<int>(std::lround(kPagesEms * em)), uiPaneTabs->minimumSizeHint().width()));
     uiSettingsGroupAction->setMaximumWidth(static_cast<int>(kActionEms * em));
     uiSettingsGroupAction->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
     editorLayout->setContentsMargins(3 * unit, 2 * unit, 3 * unit, 2 * unit);
