@@ -84,6 +84,12 @@ QColor CalloutPainter::TextColor(const ControlState &state, bool isDim) const {
 }
 
 // In one line the name keeps its room, and the action is cut; its whole text is the tool tip.
+bool CalloutPainter::HasRoom(const Callout &callout, const ControlText &text) const {
+    QFont actionFont = fActionFont;
+    actionFont.setBold(text.isChanged);
+    return QFontMetricsF(actionFont).horizontalAdvance(text.action) <= callout.frame.width() - 3 * fUnit;
+}
+
 void CalloutPainter::PaintTexts(QPainter &painter, const Callout &callout, const ControlText &text,
                                 const ControlState &state) const {
     QFont actionFont = fActionFont;

@@ -37,6 +37,8 @@ class CalloutPainter {
     CalloutPainter(const QFont &font, QPalette palette, CalloutForm form);
 
     void PaintLeader(QPainter &painter, const Callout &callout, const ControlState &state) const;
+    // Whether the action is seen in full below its name.
+    [[nodiscard]] bool HasRoom(const Callout &callout, const ControlText &text) const;
     void PaintCallout(QPainter &painter, const Callout &callout, const ControlText &text,
                       const ControlState &state) const;
 

@@ -230,6 +230,7 @@ class DrevixPane : public QObject,
         std::uint16_t mask;
     };
     void BuildMenus();
+    void ShowActionIcons();
     void BuildLooks();
     void BuildAreas();
     void ConnectControls();

@@ -65,6 +65,14 @@ inline constexpr auto kTargetCommands = std::to_array<TargetCommand>({
     {kTagInformation, QT_TRANSLATE_NOOP("Menus", "About Veltrana…")},
 });
 
+// The theme's icons of the action menu's items, by position; null: none.
+inline constexpr auto kActionIcons = std::to_array<const char *>({
+    nullptr, "preferences-desktop-peripherals", nullptr, nullptr, nullptr, nullptr,
+    "input-keyboard", nullptr, "audio-volume-high", nullptr,
+    "go-up", "go-down", "go-previous", "go-next", nullptr,
+    "user-desktop", "document-open", nullptr, "media-playback-start",
+});
+
 // The slots of the three pages' controls, by position.
 inline constexpr auto kRingPageSlots = std::to_array<SlotIndex>({5, 4, 9, 1, 0, 2, 3, 8});
 inline constexpr auto kTunerPageSlots = std::to_array<SlotIndex>({7, 6});

@@ -62,12 +62,23 @@ QSize FoldingSplitter::minimumSizeHint() const {
     return count() == 2 ? widget(1)->minimumSizeHint() : QSplitter::minimumSizeHint();
 }
 
+QSize FoldingSplitter::sizeHint() const {
+    QSize size = QSplitter::sizeHint();
+    if (count() == 2 && !fIsHidden) {
+        const int side = static_cast<int>(std::lround(fEms * EmOf(font())));
+        size.setWidth(std::max(fNeeded, side + handleWidth() + widget(1)->sizeHint().width()));
+    }
+    return size;
+}
+
 // The titles of its buttons may be set after the limits, and have another length in each language.
 void FoldingSplitter::Fold(int width) {
     const int least = static_cast<int>(std::lround(kLeastEms * EmOf(font())));
     widget(0)->setMinimumWidth(std::max(least, widget(0)->minimumSizeHint().width()));
     const int both = widget(0)->minimumWidth() + handleWidth() + widget(1)->minimumSizeHint().width();
-    const bool isShown = !fIsHidden && width >= both;
+    // Folded, the header needs another width; the side bar comes back when there is as much room as it lacked.
+    fNeeded = IsSideShown() ? both : std::max(both, fNeeded);
+    const bool isShown = !fIsHidden && width >= fNeeded;
     if (isShown == IsSideShown()) {
         return;
     }
@@ -93,9 +104,18 @@ void FoldingSplitter::resizeEvent(QResizeEvent *event) {
     QSplitter::resizeEvent(event);
 }
 
+// The width that the parts need changes when their texts do, and when they are laid out for the first time.
+bool FoldingSplitter::event(QEvent *event) {
+    if (event->type() == QEvent::LayoutRequest && count() == 2) {
+        Fold(width());
+    }
+    return QSplitter::event(event);
+}
+
 void FoldingSplitter::changeEvent(QEvent *event) {
     QSplitter::changeEvent(event);
     if (event->type() == QEvent::FontChange) {
+        fNeeded = 0;
         SetLimits();
     }
 }

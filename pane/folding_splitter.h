@@ -20,11 +20,14 @@ class FoldingSplitter : public QSplitter {
 
     // Of the contents alone: a smaller window folds the side away.
     [[nodiscard]] QSize minimumSizeHint() const override;
+    // With the side, unless the user has hidden it.
+    [[nodiscard]] QSize sizeHint() const override;
 
   Q_SIGNALS:
     void sideShown(bool isShown);
 
   protected:
+    bool event(QEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
     void changeEvent(QEvent *event) override;
 
@@ -35,6 +38,7 @@ class FoldingSplitter : public QSplitter {
     void KeepWidth();
 
     bool fIsHidden = false; // by the user
+    int fNeeded = 0;        // the width at which the side is shown
     qreal fEms;             // the side's width, in lines of the font
 };
 

@@ -5,6 +5,7 @@
 #include "pane/editor_tables.h"
 #include "pane/look.h"
 #include "pane/pane_text.h"
+#include "pane/panel_icons.h"
 
 #include <QEvent>
 #include <QFormLayout>
@@ -74,6 +75,8 @@ void AlignTitles(const QList<QWidget *> &titles) {
     }
 }
 
+static_assert(kActionIcons.size() == kActionMenuPositions);
+
 } // namespace
 
 std::array<PopUpMenu *, 3> DrevixPane::ControlMenus() const {
@@ -111,6 +114,7 @@ void DrevixPane::BuildMenus() {
             uiSettingsMenuAction->addItem(TranslatedText(title));
         }
     }
+    ShowActionIcons();
     for (const GroupMenu &group : GroupMenus()) {
         FillGroupMenu(MenuOf(group), group);
     }
@@ -119,6 +123,25 @@ void DrevixPane::BuildMenus() {
     FillRepeatMenu(uiSettingsMenuKeyRepeat, kKeyRepeatItems);
     FillRepeatMenu(uiSettingsMenuAutoRepeat, kAutoRepeatItems);
     FillMenu(uiSettingsMenuExtraKeys, kExtraKeys);
+}
+
+// Items without an icon of their own get an empty one, so that all titles begin in one line; with a theme that has none of
+// the icons, no item has one.
+void DrevixPane::ShowActionIcons() {
+    QPixmap nothing(uiSettingsMenuAction->iconSize());
+    nothing.fill(Qt::transparent);
+    QList<QIcon> icons;
+    for (const char *const name : kActionIcons) {
+        icons += name != nullptr ? PanelIcon(name) : QIcon();
+    }
+    if (std::ranges::all_of(icons, &QIcon::isNull)) {
+        return;
+    }
+    for (int i = 0; i < kActionMenuPositions; ++i) {
+        if (!ActionMenuTitle(i).empty()) {
+            uiSettingsMenuAction->setItemIcon(i, icons[i].isNull() ? QIcon(nothing) : icons[i]);
+        }
+    }
 }
 
 // Sizes that no change of a text moves. The fields of all kinds of action stand below one another.
@@ -145,7 +168,10 @@ void DrevixPane::BuildLooks() {
 void DrevixPane::BuildAreas() {
     const qreal em = EmOf(fMainView->font());
     const int unit = static_cast<int>(UnitOf(em));
-    uiPaneTabs->setFixedWidth(static_cast<int>(kPagesEms * em));
+    // Where a language's words need more than usual, the pages have it.
+    uiPaneTabs->ensurePolished();
+    uiPaneTabs->setFixedWidth(
+        std::max(static_cast<int>(std::lround(kPagesEms * em)), uiPaneTabs->minimumSizeHint().width()));
     uiSettingsGroupAction->setMaximumWidth(static_cast<int>(kActionEms * em));
     uiSettingsGroupAction->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
     editorLayout->setContentsMargins(3 * unit, 2 * unit, 3 * unit, 2 * unit);

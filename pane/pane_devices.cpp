@@ -8,6 +8,7 @@
 #include "pane/information_panel.h"
 #include "pane/look.h"
 #include "pane/pane_text.h"
+#include "pane/panel_icons.h"
 #include "pane/workspace.h"
 #include "platform/base/ascii.h"
 #include "platform/base/status.h"
@@ -60,7 +61,7 @@ void DrevixPane::BuildDeviceControls() {
     connect(uiPaneButtonManual, &QToolButton::clicked, this, &DrevixPane::actPaneButtonManual);
     connect(uiPaneButtonInfo, &QToolButton::clicked, this, &DrevixPane::actPaneButtonInfo);
     connect(uiPaneButtonOverview, &QToolButton::clicked, this, &DrevixPane::actOverview);
-    uiPaneButtonOverview->setIcon(QIcon::fromTheme(QStringLiteral("document-print")));
+    uiPaneButtonOverview->setIcon(PanelIcon("document-print"));
     auto *const help = new QShortcut(QKeySequence::HelpContents, fMainView);
     connect(help, &QShortcut::activated, this,
             [this] { OpenHelpPage(HelpPageOf(fMainView->window()->focusWidget())); });

@@ -4,6 +4,7 @@
 #include "pane/editor_tables.h"
 #include "pane/look.h"
 #include "pane/pane_text.h"
+#include "pane/panel_icons.h"
 #include "pane/pop_up_menu.h"
 #include "pane/target_delegate.h"
 #include "pane/target_item.h"
@@ -29,10 +30,11 @@ struct CommandIcon {
     int tag;
     const char *name;
     const char *standIn;
+    Drawing drawing = Drawing::None;
 };
 constexpr auto kCommandIcons = std::to_array<CommandIcon>({
-    {kTagNew, "list-add", "document-new"},
-    {kTagDelete, "edit-delete", "list-remove"},
+    {kTagNew, "list-add", "document-new", Drawing::Plus},
+    {kTagDelete, "edit-delete", "list-remove", Drawing::Bin},
     {kTagExport, "document-export", "document-save-as"},
     {kTagImport, "document-import", "document-open"},
     {kTagInformation, "help-about", "dialog-information"},
@@ -40,9 +42,7 @@ constexpr auto kCommandIcons = std::to_array<CommandIcon>({
 
 QIcon IconOfCommand(int tag) {
     const auto *const row = std::ranges::find(kCommandIcons, tag, &CommandIcon::tag);
-    return row == kCommandIcons.end()
-               ? QIcon()
-               : QIcon::fromTheme(QLatin1String(row->name), QIcon::fromTheme(QLatin1String(row->standIn)));
+    return row == kCommandIcons.end() ? QIcon() : PanelIcon(row->name, row->standIn, row->drawing);
 }
 
 // The first of an area's widgets that takes the keyboard, null when none does now.
@@ -112,8 +112,7 @@ void DrevixPane::BuildSideBar() {
     BuildTargetActions();
     auto *const more = new QMenu(fMainView);
     more->setObjectName(QStringLiteral("uiTargetMenuMore"));
-    more->setIcon(QIcon::fromTheme(QStringLiteral("view-more-symbolic"),
-                                   QIcon::fromTheme(QStringLiteral("application-menu"))));
+    more->setIcon(PanelIcon("view-more-symbolic", "application-menu"));
     more->addActions({fTargetActions[kTagExport], fTargetActions[kTagImport], BuildHistoryAction()});
     more->addSeparator();
     more->addAction(fTargetActions[kTagInstall]);

@@ -108,9 +108,9 @@ void DrevixPane::PlaceBadges() {
     const bool hasSide = uiPaneSplitter->IsSideShown();
     const QWidget *targets = hasSide ? static_cast<QWidget *>(uiTargetSideBar) : uiSettingsMenuTarget;
     const QPoint targetPlace = hasSide ? QPoint(targets->width() - side - 2 * unit, 3 * side)
-                                       : QPoint(targets->width() - side / 2, -side / 4);
+                                       : QPoint(targets->width() - 2 * side, (targets->height() - side) / 2);
     fBadges[0]->move(corner(targets, targetPlace));
-    fBadges[1]->move(corner(uiSettingsTabsImages, {3 * unit, 2 * unit}));
+    fBadges[1]->move(corner(uiSettingsTabsImages, {unit / 2, unit / 2}));
     fBadges[2]->move(corner(uiSettingsGroupAction, {uiSettingsGroupAction->width() - side, 0}));
     for (StepBadge *badge : fBadges) {
         badge->setVisible(isShown);

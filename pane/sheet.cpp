@@ -25,6 +25,7 @@ constexpr qreal kHeadLine = 94; // below the title
 constexpr qreal kFoot = 92;     // from the line above the foot to the edge
 constexpr int kTitleSize = 26;
 constexpr int kActionSize = 17;
+constexpr int kLeastActionSize = 11; // 8 pt
 constexpr int kSmallSize = 13;
 constexpr int kDotsPerInch = 1200;
 
@@ -91,14 +92,25 @@ void PaintDevice(QPainter &painter, const QRectF &place) {
     drawing.render(&painter, element, {place.topLeft() + bounds.topLeft() * scale, bounds.size() * scale});
 }
 
-void PaintStage(QPainter &painter, const QRectF &place, const SheetContents &sheet) {
-    const QFont font = FontOfSize(kActionSize);
+// On paper there is no tool tip for what is cut: the texts are as large as all of them have room.
+bool HasRoomFor(const SheetContents &sheet, const StageLayout &stage, const CalloutPainter &callouts) {
+    return std::ranges::equal(
+        stage.callouts, sheet.controls,
+        [&](const Callout &callout, const ControlText &text) { return callouts.HasRoom(callout, text); });
+}
+
+void PaintStage(QPainter &painter, const QRectF &place, const SheetContents &sheet, int size = kActionSize) {
+    const QFont font = FontOfSize(size);
     QStringList names;
     for (const ControlText &control : sheet.controls) {
         names += control.name;
     }
     const StageLayout stage = LayOutStage(place.size(), {EmOf(font), WidestName(font, names)});
     const CalloutPainter callouts(font, PaperPalette(), stage.form);
+    if (size > kLeastActionSize && !HasRoomFor(sheet, stage, callouts)) {
+        PaintStage(painter, place, sheet, size - 1);
+        return;
+    }
     painter.save();
     painter.translate(place.topLeft());
     PaintDevice(painter, stage.picture);

@@ -2,6 +2,7 @@
 
 #include "pane/elided_label.h"
 #include "pane/look.h"
+#include "pane/panel_icons.h"
 #include "pane/target_delegate.h"
 #include "pane/target_item.h"
 
@@ -108,6 +109,7 @@ TargetSideBar::TargetSideBar(QWidget *parent)
     fSearch->setPlaceholderText(tr("Search applications"));
     fSearch->setAccessibleName(tr("Search applications"));
     fSearch->setClearButtonEnabled(true);
+    fSearch->addAction(PanelIcon("edit-find", "system-search", Drawing::Lens), QLineEdit::LeadingPosition);
     fSearch->installEventFilter(this);
     fGlobal->setObjectName(QStringLiteral("uiTargetGlobal"));
     fGlobal->installEventFilter(this);
@@ -135,7 +137,9 @@ TargetSideBar::TargetSideBar(QWidget *parent)
     auto *const layout = new QVBoxLayout(this);
     layout->setSpacing(0);
     layout->setContentsMargins(0, 0, 0, 0);
-    layout->addWidget(fSearch);
+    auto *const search = new QHBoxLayout;
+    search->addWidget(fSearch);
+    layout->addLayout(search);
     layout->addWidget(fGlobal);
     layout->addWidget(fNone);
     layout->addWidget(fView, 1);
@@ -152,9 +156,8 @@ TargetSideBar::TargetSideBar(QWidget *parent)
 void TargetSideBar::SetSizes() {
     const int unit = static_cast<int>(UnitOf(EmOf(font())));
     fSearch->setMinimumHeight(static_cast<int>(EmOf(font()) * 1.65));
+    layout()->itemAt(0)->layout()->setContentsMargins(2 * unit, 2 * unit, 2 * unit, unit);
     layout()->itemAt(layout()->count() - 1)->layout()->setContentsMargins(unit, unit, unit, unit);
-    fSearch->setTextMargins(0, 0, 0, 0);
-    layout()->setContentsMargins(0, 0, 0, 0);
     fNone->setContentsMargins(2 * unit, unit, unit, unit);
 }
 

@@ -778,7 +778,7 @@
     </message>
     <message>
         <source>the file is damaged or holds no settings</source>
-        <translation>sie ist keine gültige Datensatzdatei oder beschädigt</translation>
+        <translation>die Datei ist beschädigt oder enthält keine Einstellungen</translation>
     </message>
     <message>
         <source>the folder is full</source>
@@ -814,7 +814,7 @@
     </message>
     <message>
         <source>the disk isn&apos;t there</source>
-        <translation>diesen Datenträger gibt es nicht</translation>
+        <translation>der Datenträger ist nicht da</translation>
     </message>
     <message>
         <source>the disk reported an error</source>
@@ -826,11 +826,11 @@
     </message>
     <message>
         <source>the file is incomplete</source>
-        <translation>die Datei endet zu früh</translation>
+        <translation>die Datei ist unvollständig</translation>
     </message>
     <message>
         <source>the file is damaged</source>
-        <translation>eine Position liegt vor dem Anfang der Datei</translation>
+        <translation>die Datei ist beschädigt</translation>
     </message>
     <message>
         <source>too many files are open</source>
@@ -854,7 +854,7 @@
     </message>
     <message>
         <source>invalid argument</source>
-        <translation>die Anforderung ergibt keinen Sinn</translation>
+        <translation>ungültiges Argument</translation>
     </message>
     <message>
         <source>the file is not open</source>

@@ -135,6 +135,27 @@ TEST_F(Access, EveryControl_IsForEverybodyInEachLanguage) {
     }
 }
 
+// The side bar of a window that was small from its start lay over what it had no room for.
+TEST_F(Access, SmallWindow_FoldsAtOnceInEachLanguage) {
+    for (const bool isGerman : {false, true}) {
+        const auto german = isGerman ? TakeGerman() : nullptr;
+        for (int width = 760; width <= 1100; width += 20) {
+            SCOPED_TRACE(::testing::Message() << width << (isGerman ? " German" : " English"));
+            Start(QSize(width, 600));
+            ASSERT_TRUE(Choose("uiSettingsMenuAction", 6)); // a keystroke, whose boxes need the most
+            QCoreApplication::processEvents();
+            for (const QWidget *button : fWindow->findChildren<QAbstractButton *>()) {
+                if (button->isVisible() && button->objectName().startsWith(u"ui"_s)) {
+                    EXPECT_GE(button->width(), button->minimumSizeHint().width()) << button->objectName();
+                    EXPECT_TRUE(button->parentWidget()->rect().contains(button->geometry()))
+                        << button->objectName();
+                }
+            }
+        }
+        EXPECT_TRUE(Find<QWidget>("uiTargetSideBar")->isVisible());
+    }
+}
+
 // A closed menu never steps through its entries: they would take effect one after the other.
 TEST_F(Access, ClosedMenu_OpensOnKeysAndLeavesTheWheelAlone) {
     const AppPrefs before = fPane->WorkingCopy();

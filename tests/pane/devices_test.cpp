@@ -135,6 +135,27 @@ TEST_F(Devices, Helper_IsStartedAndRegistered) {
         << "settings that load take it off the line again";
 }
 
+TEST_F(Devices, StripsButton_StartsTheHelper) {
+    MakeApplication("DrevixHelper"); // which ends at once
+    Start();
+    ASSERT_TRUE(WaitForTraces("DrevixHelper\n"));
+    const auto isTold = [this] {
+        Tick();
+        return Find<QWidget>("uiPaneStrip")->isVisible();
+    };
+    ASSERT_TRUE(QTest::qWaitFor(isTold));
+    EXPECT_EQ(Text("uiStripTitle"), u"The device helper isn't running"_s);
+    for (auto *button : Find<QWidget>("uiPaneStrip")->findChildren<QPushButton *>()) {
+        if (button->text() == u"Start Helper"_s) {
+            QTest::mouseClick(button, Qt::LeftButton);
+            break;
+        }
+    }
+    EXPECT_FALSE(Find<QWidget>("uiPaneStrip")->isVisible()) << "it is given its time";
+    EXPECT_TRUE(WaitForTraces("DrevixHelper\nDrevixHelper\n"));
+    EXPECT_TRUE(QTest::qWaitFor(isTold)) << "it has ended again";
+}
+
 TEST_F(Devices, InformationPanel_TellsTheVersionAndLeadsOn) {
     WriteHelp();
     const auto press = [](const QStringList &buttons, const QString &expected) {

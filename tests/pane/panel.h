@@ -78,7 +78,7 @@ class PanelTest : public ::testing::Test {
 
     void SetUp() override { Start(); }
     // Loads and shows the panel; again, as a new start of the program does.
-    void Start() {
+    void Start(QSize size = {900, 700}) {
         End();
         fPane = std::make_unique<DrevixPane>(PaneBundle{fFolder.resources, kPanelVersion});
         fPane->setProblemHandler([this](const QString &problem) { fProblem = problem; });
@@ -87,7 +87,7 @@ class PanelTest : public ::testing::Test {
         layout->addWidget(fPane->mainView());
         fPane->mainViewDidLoad();
         fPane->didSelect();
-        fWindow->resize(900, 700);
+        fWindow->resize(size);
         fWindow->show();
         fWindow->activateWindow();
         ASSERT_TRUE(QTest::qWaitForWindowActive(fWindow.get()));

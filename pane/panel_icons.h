@@ -1,0 +1,18 @@
+// The panel's icons: from the desktop's theme, else drawn by us.
+#pragma once
+
+#include <QIcon>
+
+#include <cstdint>
+
+namespace drevix {
+
+// Drawings for buttons that have no text, and for fields: a theme may lack any icon.
+enum class Drawing : std::uint8_t { None, Plus, Bin, Lens };
+
+// The theme's icon of that name, or of the same with "-symbolic"; else its icon `standIn` (null: none), else the drawing,
+// which is in the colours of the palette in force. A null icon when there is none of these.
+[[nodiscard]] QIcon PanelIcon(const char *name, const char *standIn = nullptr,
+                              Drawing drawing = Drawing::None);
+
+} // namespace drevix
