@@ -57,7 +57,7 @@ ActingHelper::~ActingHelper() {
 bool ActingHelper::Begin() {
     LoadSettings();
     LookForDesktop(Clock::now());
-    fActions.SetFront(FrontNow());
+    UseFront();
     const auto complain = [this](const std::string &problem) { ComplainOnce(problem); };
     fReaders.emplace(ReadMapFiles(fSurroundings.preferences, fSurroundings.resources, complain),
                      MakeReaderTasks());
@@ -141,7 +141,13 @@ void ActingHelper::TakeDesktop() {
     if (fDesktop && std::exchange(fLayoutChanges, fDesktop->LayoutChanges()) != fDesktop->LayoutChanges()) {
         fActions.ForgetLayout();
     }
+    UseFront();
+}
+
+// Whose window it is counts before what a control does there.
+void ActingHelper::UseFront() {
     fActions.SetFront(FrontNow());
+    fBus.SetFrontProcess(fActions.Front().process);
 }
 
 void ActingHelper::FlushDesktop() {
@@ -276,7 +282,7 @@ DeviceBusTasks ActingHelper::MakeBusTasks() {
             if ((fReported.entryId + fReported.windowClass + fReported.windowName).empty()) {
                 fReported = {};
             }
-            fActions.SetFront(FrontNow());
+            UseFront();
         },
         [this] { return DescribeFront(); },
         [this](bool isQuiet) { fActions.SetQuiet(isQuiet); },

@@ -59,6 +59,7 @@ class ActingHelper {
   private:
     void LookForDesktop(SteadyTime now);
     void TakeDesktop();
+    void UseFront();
     void FlushDesktop();
     void LoseDesktop();
     void TakeControl(ControlSource source, const ControlEvent &event);

@@ -55,9 +55,8 @@ void LiveView::SetInFront(bool isInFront) {
     }
 }
 
-// The helper goes on telling, but the device acts again.
 void LiveView::End() {
-    SetInFront(false);
+    fWatch.Stop();
     fIsWatching = false;
     ForgetTouches();
 }

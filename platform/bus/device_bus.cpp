@@ -24,10 +24,15 @@ constexpr const char *kDeviceDescription = R"(<node><interface name="com.halcyra
 <method name="SetFront"><arg name="entry" type="s" direction="in"/><arg name="class" type="s" direction="in"/>
 <arg name="name" type="s" direction="in"/><arg name="process" type="u" direction="in"/></method>
 <method name="Front"><arg name="front" type="a{ss}" direction="out"/></method>
-<method name="Watch"><arg name="quiet" type="b" direction="in"/></method>
+<method name="Watch"><arg name="quiet" type="b" direction="in"/></method><method name="Unwatch"/>
 <signal name="Pressed"><arg name="control" type="s"/><arg name="down" type="b"/></signal>
 <signal name="Acted"><arg name="control" type="s"/><arg name="what" type="s"/><arg name="times" type="u"/></signal>
 </interface></node>)";
+
+std::string SenderOf(sd_bus_message *message) {
+    const char *sender = sd_bus_message_get_sender(message);
+    return sender != nullptr ? sender : "";
+}
 
 } // namespace
 
@@ -86,6 +91,7 @@ int DeviceBus::TakeMessage(sd_bus_message *message) {
         {"SetFront", "sssi", &DeviceBus::TakeSetFront}, // KWin's scripts have no other numbers
         {"Front", "", &DeviceBus::TakeFront},
         {"Watch", "b", &DeviceBus::TakeWatch},
+        {"Unwatch", "", &DeviceBus::TakeUnwatch},
     });
     if (sd_bus_message_is_method_call(message, kIntrospectable, "Introspect") > 0) {
         return sd_bus_reply_method_return(message, "s", kDeviceDescription);
@@ -134,31 +140,59 @@ int DeviceBus::TakeWatch(sd_bus_message *message) {
     if (sd_bus_message_read(message, "b", &isQuiet) <= 0) {
         return 0;
     }
-    const std::string sender = sd_bus_message_get_sender(message);
-    const auto known = std::ranges::find(fWatchers, sender, &Watcher::name);
+    const auto known = std::ranges::find(fWatchers, SenderOf(message), &Watcher::name);
     const bool isNew = known == fWatchers.end();
-    if (!isNew) {
-        known->isQuiet = isQuiet != 0;
-        known->question.reset();
-        known->isHung = false;
-    } else if (BusTrack track = fWatchers.size() < kMostWatchers
-                                    ? SessionBus::TrackSender(message, CallTakeLeft, this)
-                                    : nullptr) {
-        fWatchers.push_back({sender, isQuiet != 0, std::move(track), {}, {}, false});
-    } else {
+    Watcher *const watcher = isNew ? AddWatcher(message) : &*known;
+    if (watcher == nullptr) {
         return sd_bus_reply_method_errorf(message, "org.freedesktop.DBus.Error.LimitsExceeded",
                                           ToTranslate("there are too many watchers"));
     }
+    watcher->isQuiet = isQuiet != 0;
+    watcher->hasBeenQuiet = watcher->hasBeenQuiet || watcher->isQuiet;
+    watcher->question.reset();
+    watcher->isHung = false;
     TellQuiet();
     const int result = sd_bus_reply_method_return(message, "");
     if (isNew) {
         for (const auto &[control, told] : fTold) {
             if (told.isToldDown) {
-                SendPressed(fWatchers.back(), control, true);
+                SendPressed(*watcher, control, true);
             }
         }
     }
     return result;
+}
+
+DeviceBus::Watcher *DeviceBus::AddWatcher(sd_bus_message *message) {
+    BusTrack track =
+        fWatchers.size() < kMostWatchers ? SessionBus::TrackSender(message, CallTakeLeft, this) : nullptr;
+    if (!track) {
+        return nullptr;
+    }
+    Watcher &watcher = fWatchers.emplace_back();
+    watcher.name = SenderOf(message);
+    watcher.track = std::move(track);
+    const BusMessage call = SessionBus::NewCallToBus(fBus, "GetConnectionUnixProcessID", watcher.name);
+    sd_bus_slot *slot = nullptr;
+    if (call &&
+        sd_bus_call_async(fBus, &slot, call.get(), BusCallback<&Watcher::TakeProcess>, &watcher, 0) >= 0) {
+        watcher.processQuestion.reset(slot);
+    }
+    return &watcher;
+}
+
+int DeviceBus::Watcher::TakeProcess(sd_bus_message *answer) {
+    if (sd_bus_message_is_method_error(answer, nullptr) == 0) {
+        sd_bus_message_read(answer, "u", &process); // else it stays unknown
+    }
+    processQuestion.reset();
+    return 0;
+}
+
+int DeviceBus::TakeUnwatch(sd_bus_message *message) {
+    std::erase_if(fWatchers, [&](const Watcher &watcher) { return watcher.name == SenderOf(message); });
+    TellQuiet();
+    return sd_bus_reply_method_return(message, "");
 }
 
 // The library keeps the track alive while it calls.
@@ -172,9 +206,19 @@ void DeviceBus::TakeLeft(sd_bus_track *track) {
     TellQuiet();
 }
 
+void DeviceBus::SetFrontProcess(std::uint32_t process) {
+    fFrontProcess = process;
+    TellQuiet();
+}
+
+bool DeviceBus::IsQuiet(const Watcher &watcher) const {
+    const bool isInFront = watcher.hasBeenQuiet && watcher.process != 0 && watcher.process == fFrontProcess;
+    return watcher.isQuiet || isInFront;
+}
+
 void DeviceBus::TellQuiet() {
     const bool isQuiet = std::ranges::any_of(
-        fWatchers, [](const Watcher &watcher) { return watcher.isQuiet && !watcher.isHung; });
+        fWatchers, [&](const Watcher &watcher) { return IsQuiet(watcher) && !watcher.isHung; });
     if (isQuiet != fIsQuiet) {
         fIsQuiet = isQuiet;
         fTasks.setQuiet(isQuiet);
@@ -185,7 +229,7 @@ void DeviceBus::TellQuiet() {
 // program while nothing happens.
 void DeviceBus::AskQuiet(Time now) {
     for (Watcher &watcher : fWatchers) {
-        if (!watcher.isQuiet || watcher.question || now - watcher.asked < kLongestSilence) {
+        if (!IsQuiet(watcher) || watcher.question || now - watcher.asked < kLongestSilence) {
             continue;
         }
         const BusMessage call =
@@ -201,9 +245,7 @@ void DeviceBus::AskQuiet(Time now) {
 }
 
 int DeviceBus::TakeAnswer(sd_bus_message *message) {
-    const char *sender = sd_bus_message_get_sender(message);
-    const auto known =
-        std::ranges::find(fWatchers, std::string_view(sender != nullptr ? sender : ""), &Watcher::name);
+    const auto known = std::ranges::find(fWatchers, SenderOf(message), &Watcher::name);
     if (known != fWatchers.end()) { // else it has left
         known->question.reset();
         known->isHung = false;

@@ -44,6 +44,9 @@ class DeviceBus final : public BusClient {
     // Serves the object on the session bus, whenever the program is on it, as long as this lives. Calls wait for Begin.
     explicit DeviceBus(DeviceBusTasks tasks);
     ~DeviceBus();
+    // The process of the window in front, 0 where that is not known: a watcher that has been quiet is so too as soon as its own
+    // window comes to the front, since its word takes a while.
+    void SetFrontProcess(std::uint32_t process);
     // Carries out the calls that have come, and from now on all at once.
     void Begin();
 
@@ -63,11 +66,16 @@ class DeviceBus final : public BusClient {
   private:
     struct Watcher {
         std::string name; // of its connection
-        bool isQuiet;
         BusTrack track;
+        bool isQuiet = false; // by its own last word
+        bool hasBeenQuiet = false;
+        std::uint32_t process = 0; // 0: not known
+        BusSlot processQuestion;
         BusSlot question; // whether it hangs, while that is not answered
         std::chrono::steady_clock::time_point asked;
         bool isHung = false; // and does not count as quiet
+
+        int TakeProcess(sd_bus_message *answer);
     };
     struct Told {
         std::string what;
@@ -83,6 +91,7 @@ class DeviceBus final : public BusClient {
     int TakeSetFront(sd_bus_message *message) { return fFronts.Take(message); }
     int TakeFront(sd_bus_message *message);
     int TakeWatch(sd_bus_message *message);
+    int TakeUnwatch(sd_bus_message *message);
     void TakeLeft(sd_bus_track *track);
     static int CallTakeLeft(sd_bus_track *track, void *object);
     using Time = std::chrono::steady_clock::time_point;
@@ -90,6 +99,8 @@ class DeviceBus final : public BusClient {
     BusMessage NewSignal(const Watcher &watcher, const char *name) const;
     void SendPressed(const Watcher &watcher, const std::string &control, bool isDown) const;
     void SendActed(const Watcher &watcher, const std::string &control, const Told &told) const;
+    Watcher *AddWatcher(sd_bus_message *message);
+    [[nodiscard]] bool IsQuiet(const Watcher &watcher) const;
     void TellQuiet();
     void AskQuiet(Time now);
     int TakeAnswer(sd_bus_message *message);
@@ -102,6 +113,7 @@ class DeviceBus final : public BusClient {
     bool fHasBegun = false;
     std::vector<BusMessage> fEarly;    // calls that wait for Begin
     std::map<std::string, Told> fTold; // by control
+    std::uint32_t fFrontProcess = 0;
     bool fIsQuiet = false;
 };
 

@@ -35,8 +35,8 @@ DeviceWatch::~DeviceWatch() {
     SessionBus::Instance().RemoveClient(this);
 }
 
-void DeviceWatch::Watch(bool isQuiet) {
-    fWanted = isQuiet;
+void DeviceWatch::Want(Part part) {
+    fWanted = part;
     Ask();
 }
 
@@ -71,7 +71,7 @@ void DeviceWatch::SetHelper(const std::string &owner) {
     const bool wasThere = !fHelper.empty();
     fHelper = owner;
     fAsked.reset();
-    fTaken.reset();
+    fTaken = Part::None;
     if (wasThere) {
         fTasks.lost();
     }
@@ -79,12 +79,15 @@ void DeviceWatch::SetHelper(const std::string &owner) {
 
 // At most one question is on its way, however long a helper hangs.
 void DeviceWatch::Ask() {
-    if (fHelper.empty() || fAsked || !fWanted || fWanted == fTaken) {
+    if (fHelper.empty() || fAsked || fWanted == fTaken) {
         return;
     }
-    const BusMessage call = SessionBus::NewCall(fBus, fHelper, kDeviceObject, kDeviceInterface, "Watch");
+    const bool isWatching = fWanted != Part::None;
+    const BusMessage call =
+        SessionBus::NewCall(fBus, fHelper, kDeviceObject, kDeviceInterface, isWatching ? "Watch" : "Unwatch");
     sd_bus_slot *slot = nullptr;
-    if (call && sd_bus_message_append(call.get(), "b", *fWanted ? 1 : 0) >= 0 &&
+    if (call &&
+        (!isWatching || sd_bus_message_append(call.get(), "b", fWanted == Part::Quiet ? 1 : 0) >= 0) &&
         sd_bus_call_async(fBus, &slot, call.get(), BusCallback<&DeviceWatch::TakeReply>, this, 0) >= 0) {
         fAsked.reset(slot);
         fAsking = fWanted;
@@ -99,7 +102,7 @@ int DeviceWatch::TakeReply(sd_bus_message *message) {
         fTaken = fAsking;
         Ask(); // the panel may have come to the front meanwhile
     } else {
-        fTaken.reset(); // asked again at the next look
+        fTaken = Part::None; // asked again at the next look
     }
     return 0;
 }

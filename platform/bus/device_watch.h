@@ -6,7 +6,6 @@
 
 #include <cstdint>
 #include <functional>
-#include <optional>
 #include <string>
 
 namespace drevix {
@@ -28,8 +27,10 @@ class DeviceWatch final : public BusClient {
     DeviceWatch &operator=(const DeviceWatch &) = delete;
     ~DeviceWatch();
 
-    // Watches from now on: at once, or as soon as Look finds the helper. While quiet, its device does nothing.
-    void Watch(bool isQuiet);
+    // Watches from now on: at once, or as soon as Look finds the helper. While quiet, its device does nothing; nor does it, once
+    // this was quiet, with a window of this process in front.
+    void Watch(bool isQuiet) { Want(isQuiet ? Part::Quiet : Part::Watcher); }
+    void Stop() { Want(Part::None); }
     // Finds a helper that has come, gone, or not taken the watcher yet. To be called once a second; costs what
     // GetNextProcess does.
     void Look();
@@ -38,6 +39,9 @@ class DeviceWatch final : public BusClient {
     void BusLost() override;
 
   private:
+    enum class Part : std::uint8_t { None, Watcher, Quiet };
+
+    void Want(Part part);
     int TakePressed(sd_bus_message *message);
     int TakeActed(sd_bus_message *message);
     int TakeReply(sd_bus_message *message);
@@ -50,11 +54,11 @@ class DeviceWatch final : public BusClient {
     sd_bus *fBus = nullptr;
     BusSlot fPressed;
     BusSlot fActed;
-    BusSlot fAsked;              // while the helper owes an answer
-    std::string fHelper;         // its connection; empty while there is none
-    std::optional<bool> fWanted; // quiet or not
-    std::optional<bool> fAsking; // with fAsked
-    std::optional<bool> fTaken;  // what the helper has confirmed
+    BusSlot fAsked;      // while the helper owes an answer
+    std::string fHelper; // its connection; empty while there is none
+    Part fWanted = Part::None;
+    Part fAsking = Part::None; // with fAsked
+    Part fTaken = Part::None;  // what the helper has confirmed
 };
 
 } // namespace drevix

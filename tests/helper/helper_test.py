@@ -202,16 +202,23 @@ class Helper(unittest.TestCase):
         self.until(lambda: self.front() == {})
         self.assertEqual((self.path / "report").read_text(), "taken\nasked\n")
 
+    def start_panel(self, helper, *calls):
+        """Makes these calls of the device object, and stays on the bus."""
+        (self.path / "panel").write_text("")
+        panel = self.start("/usr/bin/python3", "-c", "import dbus, dbus.mainloop.glib, sys; from gi.repository import GLib;"
+                           "dbus.mainloop.glib.DBusGMainLoop(set_as_default=True); device = dbus.Interface(dbus.SessionBus().get_object("
+                           f"'com.halcyra.drevix.Process.DrevixHelper.p{helper.pid}', '/com/halcyra/drevix/Device'), 'com.halcyra.drevix.Device1');"
+                           + ";".join(f"device.{call}" for call in calls) + "; print('called', flush=True); GLib.MainLoop().run()", output="panel")
+        self.until(lambda: (self.path / "panel").read_text() == "called\n", "the panel does not run")
+        return panel
+
     def test_a_panel_that_hangs_in_front_does_not_keep_the_device_from_acting(self):
         """It did for ever, also with another window in front."""
         self.start_bus()
         helper = self.start(HELPER, "--dry-run", output="said")
         self.until(lambda: "ready\n" in self.said())
         self.ctl("assign", "buttonI", "keystroke", "F5")
-        panel = self.start("/usr/bin/python3", "-c", "import dbus; import dbus.mainloop.glib; from gi.repository import GLib;"
-                           "dbus.mainloop.glib.DBusGMainLoop(set_as_default=True);"
-                           f"device = dbus.SessionBus().get_object('com.halcyra.drevix.Process.DrevixHelper.p{helper.pid}', '/com/halcyra/drevix/Device');"
-                           "device.Watch(True, dbus_interface='com.halcyra.drevix.Device1'); GLib.MainLoop().run()", output="panel")
+        panel = self.start_panel(helper, "Watch(True)")
         quiet, acts = "nothing: the settings panel is in front\n", "keys KEY_F5\n"
         self.until(lambda: self.ctl("press", "buttonI") == quiet)
 
@@ -225,7 +232,24 @@ class Helper(unittest.TestCase):
         self.until(lambda: self.ctl("press", "buttonI") == acts)
         panel.send_signal(signal.SIGCONT)
         self.until(lambda: self.ctl("press", "buttonI") == quiet)
-        self.assertEqual((self.path / "panel").read_text(), "")
+
+    def test_a_panel_is_quiet_as_soon_as_its_window_is_in_front(self):
+        """A touch before the panel's own word was typed into it."""
+        self.start_bus()
+        helper = self.start(HELPER, "--dry-run", output="said")
+        self.until(lambda: "ready\n" in self.said())
+        self.ctl("assign", "buttonI", "keystroke", "F5")
+        quiet, acts = "nothing: the settings panel is in front\n", "keys KEY_F5\n"
+        for calls, expected in ((["Watch(True)", "Watch(False)"], quiet), (["Watch(False)"], acts),
+                                (["Watch(True)", "Watch(False)", "Unwatch()"], acts)):
+            panel = self.start_panel(helper, *calls)
+            self.assertEqual(self.ctl("press", "buttonI"), acts, calls)
+            reporter, _ = self.start_reporter(helper, ("panel", "", ""), number=panel.pid)
+            self.assertEqual(self.ctl("press", "buttonI"), expected, calls)
+            reporter.kill()
+            self.until(lambda: self.ctl("press", "buttonI") == acts)
+            panel.kill()
+            panel.wait()
 
     def test_one_helper_serves_a_session(self):
         self.start_bus()
