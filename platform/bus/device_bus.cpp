@@ -144,7 +144,7 @@ int DeviceBus::TakeWatch(sd_bus_message *message) {
     const bool isNew = known == fWatchers.end();
     Watcher *const watcher = isNew ? AddWatcher(message) : &*known;
     if (watcher == nullptr) {
-        return sd_bus_reply_method_errorf(message, "org.freedesktop.DBus.Error.LimitsExceeded",
+        return sd_bus_reply_method_errorf(message, "org.freedesktop.DBus.Error.LimitsExceeded", "%s",
                                           ToTranslate("there are too many watchers"));
     }
     watcher->isQuiet = isQuiet != 0;

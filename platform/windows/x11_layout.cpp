@@ -1,7 +1,7 @@
 #include "platform/windows/x11_layout.h"
 
 // The header has a field of that name.
-#define explicit explicit_
+#define explicit explicit_ // NOLINT(clang-diagnostic-keyword-macro)
 #include <xcb/xkb.h>
 #undef explicit
 

@@ -58,7 +58,7 @@ TEST_F(Commands, WrongUsage_SaysSoAndShowsTheUsage) {
              {"export x --all --app Painter", "not both"},
              {"export - --json", "does not take --json"},
              {"recover x", "needs --to"},
-             {"press buttonIV", "no control \"buttonIV\""},
+             {"press buttonIV", "unknown control \"buttonIV\""},
          }) {
         EXPECT_THAT(Refused(line, ExitStatus::WrongUsage), HasSubstr(says)) << line;
     }
@@ -88,7 +88,7 @@ TEST_F(Commands, Refusals_LeaveTheFileAndSayWhatToDo) {
              {"recover / --to x", "cannot recover /: it is a folder"},
              {"maps /nowhere", "cannot read /nowhere"},
              {"maps /etc", "no file of at most 64 KiB"},
-             {"press buttonI", "the device helper does not run"},
+             {"press buttonI", "the device helper is not running"},
              {"recover " + SettingsFile() + " --to /nowhere/x", "no such folder"},
              {"export " + SettingsFile(), "it is the settings file"},
              {"export " + fFolder.Path("link"), "it is the settings file"},
