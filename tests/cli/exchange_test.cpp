@@ -7,11 +7,7 @@
 #include "settings/pascal_strings.h"
 #include "settings/prefs_dictionary.h"
 #include "tests/cli/program.h"
-#include "tests/support/faults.h"
-
-#include <cerrno>
-#include <cstring>
-#include <filesystem>
+#include "tests/support/testing.h"
 
 namespace drevix::test {
 namespace {

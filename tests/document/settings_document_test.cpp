@@ -3,10 +3,7 @@
 #include "tests/companion/companion_folder.h"
 #include "tests/document/documents.h"
 #include "tests/support/failing_new.h"
-#include "tests/support/faults.h"
-
-#include <filesystem>
-#include <functional>
+#include "tests/support/testing.h"
 
 namespace drevix::test {
 namespace {

@@ -1,11 +1,8 @@
 #include "qbase/qbase_file_check.h"
 #include "qbase/qbase_internal.h"
 #include "tests/qbase/file_support.h"
-#include "tests/support/faults.h"
+#include "tests/support/testing.h"
 
-#include <algorithm>
-#include <cerrno>
-#include <cstring>
 #include <random>
 #include <span>
 
