@@ -104,7 +104,8 @@ bool MatchFactoryRecord(QBaseHandle base, const AppPrefs &factory) {
 OSErr AddDefaults(QBaseHandle base, const std::string &path) {
     std::size_t skipped = 0;
     const auto add = [base](const AppPrefs &factory) {
-        if (!MatchFactoryRecord(base, factory) && QBaseAddRecord(base, &factory, sizeof factory) == kNoRecord) {
+        if (!MatchFactoryRecord(base, factory) &&
+            QBaseAddRecord(base, &factory, sizeof factory) == kNoRecord) {
             throw std::bad_alloc();
         }
     };
