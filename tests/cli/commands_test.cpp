@@ -6,13 +6,8 @@
 #include "settings/pascal_strings.h"
 #include "settings/prefs_list.h"
 #include "tests/cli/program.h"
-#include "tests/support/faults.h"
+#include "tests/support/testing.h"
 #include "wording/action_text.h"
-
-#include <algorithm>
-#include <cerrno>
-#include <cstring>
-#include <filesystem>
 
 namespace drevix::test {
 namespace {

@@ -7,11 +7,7 @@
 #include "settings/pascal_strings.h"
 #include "settings/prefs_dictionary.h"
 #include "tests/cli/program.h"
-#include "tests/support/faults.h"
-
-#include <cerrno>
-#include <cstring>
-#include <filesystem>
+#include "tests/support/testing.h"
 
 namespace drevix::test {
 namespace {
@@ -234,12 +230,11 @@ TEST_F(DamagedFile, Check_SaysWhatIsWrongInWords) {
                     HasSubstr(isGlobal ? "record 1 is a second global record; the first, record 0, is used"
                                        : "there is no global record; the factory's is used"));
     }
-    for (const auto &[length, says] :
-         {std::pair{31, ": valid, 3 records"}, {32, "a name that is too long"}}) {
+    for (const auto &[length, isTooLong] : {std::pair{31, false}, {32, true}}) {
         std::string named = fWhole;
         named[global + offsetof(AppPrefs, appName)] = static_cast<char>(length);
         WriteWhole(Path(), named);
-        EXPECT_THAT(Do("check " + Path()), HasSubstr(says));
+        EXPECT_EQ(Do("check " + Path()).find("a name that is too long") != std::string::npos, isTooLong);
     }
     std::string odd = fWhole;
     odd.replace(global + 100, 1, "\2");             // active

@@ -1,8 +1,6 @@
 // Earlier settings: listed with what changed, and brought back.
 #include "tests/cli/program.h"
-
-#include <algorithm>
-#include <filesystem>
+#include "tests/support/testing.h"
 
 namespace drevix::test {
 namespace {

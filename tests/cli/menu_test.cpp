@@ -3,10 +3,7 @@
 #include "platform/files/disk.h"
 #include "settings/action_commands.h"
 #include "tests/cli/program.h"
-
-#include <cerrno>
-#include <fcntl.h>
-#include <filesystem>
+#include "tests/support/testing.h"
 
 namespace drevix {
 namespace {

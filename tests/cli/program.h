@@ -4,13 +4,7 @@
 
 #include "cli/commands.h"
 #include "settings/app_prefs.h"
-#include "tests/support/scratch.h"
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <string>
-#include <vector>
+#include "tests/support/testing.h"
 
 namespace drevix::test {
 

@@ -2,13 +2,9 @@
 #pragma once
 
 #include "companion/korvane_files.h"
-#include "tests/support/scratch.h"
-
-#include <gtest/gtest.h>
+#include "tests/support/testing.h"
 
 #include <cstdio>
-#include <filesystem>
-#include <sstream>
 
 namespace drevix::test {
 

@@ -6,17 +6,10 @@
 #include "settings/device_prefs.h"
 #include "settings/pascal_strings.h"
 #include "tests/companion/companion_folder.h"
-#include "tests/support/faults.h"
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
+#include "tests/support/testing.h"
 
 #include <ctime>
 #include <sys/resource.h>
-#include <sys/stat.h>
-#include <sys/wait.h>
-#include <tuple>
-#include <unistd.h>
 
 namespace drevix::test {
 namespace {

@@ -1,6 +1,5 @@
 #include "companion/korvane_crc.h"
 #include "companion/korvane_sync.h"
-#include "platform/base/status.h"
 #include "platform/files/disk.h"
 #include "platform/files/user_lock.h"
 #include "settings/action_commands.h"
@@ -9,13 +8,9 @@
 #include "settings/prefs_list.h"
 #include "tests/companion/companion_folder.h"
 #include "tests/support/failing_new.h"
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
+#include "tests/support/testing.h"
 
 #include <chrono>
-#include <cstring>
-#include <map>
 #include <random>
 
 namespace drevix::test {

@@ -3,11 +3,9 @@
 #include "platform/bus/sd_event_loop.h"
 #include "settings/device_prefs.h"
 #include "tests/companion/companion_folder.h"
-
-#include <gtest/gtest.h>
+#include "tests/support/testing.h"
 
 #include <chrono>
-#include <unistd.h>
 
 namespace drevix::test {
 namespace {

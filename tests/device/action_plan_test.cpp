@@ -1,11 +1,7 @@
 #include "device/action_plan.h"
 
 #include "platform/input/input_codes.h"
-
-#include <gtest/gtest.h>
-
-#include <map>
-#include <string>
+#include "tests/support/testing.h"
 
 namespace drevix {
 namespace {

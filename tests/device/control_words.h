@@ -2,11 +2,7 @@
 #pragma once
 
 #include "device/control_state.h"
-
-#include <gtest/gtest.h>
-
-#include <sstream>
-#include <string>
+#include "tests/support/testing.h"
 
 namespace drevix::test {
 

@@ -1,10 +1,7 @@
 #include "device/device_map.h"
 
 #include "tests/device/control_words.h"
-#include "tests/support/scratch.h"
-
-#include <filesystem>
-#include <set>
+#include "tests/support/testing.h"
 
 namespace drevix::test {
 namespace {

@@ -1,10 +1,6 @@
 #include "device/held_keys.h"
 #include "device/repeat.h"
-
-#include <gtest/gtest.h>
-
-#include <sstream>
-#include <string>
+#include "tests/support/testing.h"
 
 namespace drevix {
 namespace {

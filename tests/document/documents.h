@@ -4,12 +4,7 @@
 
 #include "document/settings_document.h"
 #include "tests/settings/settings_files.h"
-
-#include <algorithm>
-#include <map>
-#include <sstream>
-#include <string>
-#include <vector>
+#include "tests/support/testing.h"
 
 namespace drevix::test {
 

@@ -2,10 +2,7 @@
 
 #include "document/record_changes.h"
 #include "tests/document/documents.h"
-
-#include <filesystem>
-#include <gtest/gtest.h>
-#include <unistd.h>
+#include "tests/support/testing.h"
 
 namespace drevix::test {
 namespace {

@@ -1,10 +1,6 @@
 // What comes of it when two programs have changed one settings file.
 #include "tests/document/documents.h"
-
-#include <gmock/gmock.h>
-
-#include <sys/wait.h>
-#include <unistd.h>
+#include "tests/support/testing.h"
 
 namespace drevix::test {
 namespace {

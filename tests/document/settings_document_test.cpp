@@ -3,10 +3,7 @@
 #include "tests/companion/companion_folder.h"
 #include "tests/document/documents.h"
 #include "tests/support/failing_new.h"
-#include "tests/support/faults.h"
-
-#include <filesystem>
-#include <functional>
+#include "tests/support/testing.h"
 
 namespace drevix::test {
 namespace {
@@ -18,6 +15,12 @@ TEST(SettingsDocument, Edits_AreCountedUntilSavedOrTakenBack) {
     EXPECT_TRUE(document.IsSaved());
     ASSERT_TRUE(document.Put("a=2") && document.Put("b=2") && document.Put("n=1"));
     EXPECT_EQ(document.CountUnsaved(), 3);
+    std::string unsaved;
+    for (const UnsavedRecord &record : document.Unsaved()) {
+        unsaved += (record.onDisk ? TextOfRecord(*record.onDisk) : "none") + " " +
+                   TextOfRecord(record.here.value()) + ",";
+    }
+    EXPECT_EQ(unsaved, "a=1 a=2,b=1 b=2,none n=1,");
     EXPECT_TRUE(document.IsUnsaved(RecordFromText("a=7"))) << "it is the name that counts";
     EXPECT_FALSE(document.IsUnsaved(RecordFromText("global=1")));
     ASSERT_TRUE(document.Put("a=1") && document.Remove(document.Find(RecordFromText("n=1"))));
@@ -25,6 +28,7 @@ TEST(SettingsDocument, Edits_AreCountedUntilSavedOrTakenBack) {
     EXPECT_FALSE(document.IsUnsaved(RecordFromText("n=1")));
     ASSERT_TRUE(document.Remove(document.Find(RecordFromText("b=1"))));
     EXPECT_TRUE(document.IsUnsaved(RecordFromText("b=1")));
+    EXPECT_FALSE(document.Unsaved().at(0).here.has_value());
     EXPECT_FALSE(document.IsSaved());
     ASSERT_EQ(document.Save(kNoWait).status, noErr);
     EXPECT_TRUE(document.IsSaved());
@@ -199,6 +203,18 @@ TEST(SettingsDocument, FileThatIsAsItWas_IsNotReadAgain) {
     EXPECT_GT(disk.reads, before);
 }
 
+TEST(SettingsDocument, OutsideChangesThatMetNoMemory_AreTakenTheNextTime) {
+    ForEachFault(1, [](int failAt, Lasts lasts) {
+        const DocumentFolder folder("a=1 global=1");
+        OpenDocument document(folder);
+        folder.WriteState("a=2 global=1");
+        const bool wasHit = MeetsFault(failAt, lasts, ENOMEM, [&] { document.TakeOutsideChanges(); });
+        document.TakeOutsideChanges();
+        EXPECT_EQ(document.State(), "a=2 global=1") << failAt;
+        return wasHit;
+    });
+}
+
 // Every step of opening or saving fails in turn, while another program has changed a record too.
 constexpr int kOfNew = 0; // instead of an errno
 
@@ -250,6 +266,7 @@ TEST(SettingsDocument, SaveWithEveryFault_KeepsEditsAndFile) {
 }
 
 TEST(SettingsDocument, OpenWithEveryFault_LosesNothingInASave) {
+    int emptied = 0;
     for (const int error : {EIO, ENOMEM, kOfNew}) {
         for (const bool isDamaged : {false, true}) {
             ForEachFaultOf(error, [&](int failAt, Lasts lasts) {
@@ -260,8 +277,10 @@ TEST(SettingsDocument, OpenWithEveryFault_LosesNothingInASave) {
                 }
                 SettingsDocument document(folder.resources, kPanelVersion);
                 document.UseFile(folder.file);
+                OpenResult opened;
                 const bool wasHit =
-                    FailsAt(failAt, lasts, error, [&] { std::ignore = document.Open(Access::Change); });
+                    FailsAt(failAt, lasts, error, [&] { opened = document.Open(Access::Change); });
+                emptied += opened.status != noErr && document.Base() != nullptr ? 1 : 0;
                 if (document.Base() != nullptr) {
                     const SaveResult result = document.Save(kNoWait);
                     EXPECT_EQ(result.status, noErr);
@@ -273,6 +292,7 @@ TEST(SettingsDocument, OpenWithEveryFault_LosesNothingInASave) {
             });
         }
     }
+    EXPECT_GT(emptied, 0) << "a document whose records met no memory is an empty one";
 }
 
 TEST(SettingsDocument, KeptCopies_HaveTheirItemsKept) {

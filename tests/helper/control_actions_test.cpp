@@ -4,6 +4,7 @@
 #include "platform/base/status.h"
 #include "settings/action_commands.h"
 #include "tests/settings/settings_files.h"
+#include "util/items/items_folder.h"
 
 #include <linux/input-event-codes.h>
 
@@ -109,7 +110,11 @@ class Actions : public ::testing::Test {
     std::vector<std::string> fProblems;
     std::string fTold;
     bool fIsAsked = false;
-    ActionSender fSender{{[](const auto & /*command*/, const auto & /*ended*/) { return noErr; },
+    std::vector<std::string> fStarted;
+    ActionSender fSender{{[this](const auto &command, const auto & /*ended*/) {
+                              fStarted = command;
+                              return noErr;
+                          },
                           [this](SessionRequest /*request*/) { fIsAsked = true; },
                           [](PlayerRequest /*request*/) { return false; },
                           [this](const std::string &problem) { fProblems.push_back(problem); }},
@@ -120,6 +125,22 @@ class Actions : public ::testing::Test {
         [this](SlotIndex /*slot*/, const std::string &what, int /*times*/) { fTold = what; }};
     SteadyTime fNow{};
 };
+
+TEST_F(Actions, Item_IsOpenedWhileItIsThere) {
+    AppPrefs record = RecordOf(kGlobalSignature, "", {{kI, kActionOpenItem}});
+    const std::string item = fFolder.Path("item");
+    std::filesystem::create_directory(item);
+    ASSERT_EQ(MakeDrevixItem(item, &record.device[0].action[kI].data), noErr);
+    fFolder.WriteDefaults({record});
+    std::string problem;
+    ASSERT_TRUE(fActions.LoadSettings(&problem)) << problem;
+    for (const bool isThere : {true, false}) {
+        fStarted.clear();
+        Play("+18 -18");
+        EXPECT_EQ(fStarted.empty() ? "" : fStarted.back(), isThere ? item : "");
+        std::filesystem::remove(item);
+    }
+}
 
 TEST_F(Actions, GoByTheWindowInFront) {
     static const struct {

@@ -1,21 +1,15 @@
 #include "helperlink/driver_messages.h"
 
 #include "helperlink/device_text.h"
-#include "platform/base/status.h"
 #include "platform/bus/process_names.h"
 #include "platform/bus/sd_event_loop.h"
 #include "platform/bus/session_bus.h"
 #include "settings/pascal_strings.h"
 #include "tests/support/private_bus.h"
-#include "tests/support/scratch.h"
+#include "tests/support/testing.h"
 
-#include <algorithm>
 #include <csignal>
-#include <cstring>
-#include <filesystem>
 #include <fstream>
-#include <gtest/gtest.h>
-#include <optional>
 
 namespace drevix::test {
 namespace {

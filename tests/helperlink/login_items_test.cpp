@@ -1,18 +1,9 @@
 #include "helperlink/login_items.h"
-#include "platform/base/status.h"
 #include "platform/catalog/catalog.h"
 #include "platform/catalog/named_files.h"
 #include "platform/plist/property_list.h"
 #include "settings/pascal_strings.h"
-#include "tests/support/faults.h"
-#include "tests/support/scratch.h"
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <cerrno>
-#include <filesystem>
-#include <vector>
+#include "tests/support/testing.h"
 
 namespace drevix::test {
 namespace {

@@ -3,16 +3,11 @@
 #include "keyboard/key_codes.h"
 #include "keyboard/key_names.h"
 #include "platform/base/mac_roman.h"
+#include "tests/support/testing.h"
 
-#include <gtest/gtest.h>
 #include <linux/input-event-codes.h>
 
-#include <cstdlib>
 #include <span>
-#include <string>
-#include <tuple>
-#include <utility>
-#include <vector>
 
 namespace drevix {
 namespace {

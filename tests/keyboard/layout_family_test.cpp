@@ -3,17 +3,11 @@
 
 #include "keyboard/key_codes.h"
 #include "keyboard/key_names.h"
-#include "platform/base/status.h"
 #include "settings/action_commands.h"
 #include "settings/device_prefs.h"
 #include "settings/prefs_dictionary.h"
 #include "settings/prefs_list.h"
-
-#include <gtest/gtest.h>
-
-#include <string>
-#include <utility>
-#include <vector>
+#include "tests/support/testing.h"
 
 namespace drevix {
 namespace {

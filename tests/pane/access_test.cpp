@@ -185,6 +185,9 @@ TEST_F(Access, Picture_IsWorkedByMouseKeysAndAssistiveTechnology) {
     ASSERT_EQ(group->childCount(), 15);
     for (const QSize size : {QSize(900, 700), QSize(1700, 1100), QSize(700, 560)}) {
         fWindow->resize(size);
+        const QImage drawn = picture->grab().toImage();
+        EXPECT_NE(drawn.pixelColor(drawn.rect().center()), picture->palette().color(QPalette::Base))
+            << "no device";
         for (int i = 0; i < 15; ++i) {
             click(i);
             EXPECT_EQ(picture->currentIndex(), i) << "clicked";

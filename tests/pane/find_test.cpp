@@ -11,6 +11,8 @@
 #include <QBuffer>
 #include <QClipboard>
 #include <QMenu>
+#include <QRadioButton>
+#include <QScrollArea>
 #include <QSet>
 
 namespace drevix::test {
@@ -171,6 +173,30 @@ TEST(Sheet, Sheets_ArePagesOfAPdf) {
     EXPECT_TRUE(file.data().startsWith("%PDF-"));
     EXPECT_TRUE(file.data().contains("/Count 2"));
     EXPECT_TRUE(SheetText(sheet).contains(u"Button II: Ctrl+S\n"_s));
+    const QLocale before;
+    for (const auto &[territory, width] :
+         {std::pair{QLocale::Germany, "[0 0 842"}, {QLocale::UnitedStates, "[0 0 792"}}) {
+        QLocale::setDefault(QLocale(QLocale::English, territory));
+        QBuffer page;
+        ASSERT_TRUE(page.open(QIODevice::WriteOnly));
+        EXPECT_TRUE(WriteSheets(page, {sheet}));
+        EXPECT_TRUE(page.data().contains(width)) << "the paper that is used there";
+    }
+    QLocale::setDefault(before);
+}
+
+TEST_F(FindAction, Overview_HasASheetForEachApplication) {
+    QStringList sheets;
+    AnswerNext([&](QDialog *panel) {
+        panel->findChildren<QRadioButton *>().last()->click();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        for (const QWidget *page : panel->findChild<QScrollArea *>()->widget()->findChildren<QWidget *>()) {
+            sheets += page->accessibleName();
+        }
+        panel->reject();
+    });
+    Click("uiPaneButtonOverview");
+    EXPECT_EQ(sheets.join(u' '), u"Global Settings photo Alpha beta"_s);
 }
 
 // The words of the keyboard are known to the translations.

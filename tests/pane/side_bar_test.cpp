@@ -88,6 +88,9 @@ TEST_F(SideBar, RowsFollowTheList) {
     EXPECT_EQ(Rows(), u"[Yours] beta [From the factory] photo"_s);
     EXPECT_EQ(Selected(), u"photo"_s) << "the one above in the list";
     EXPECT_FALSE(Find<QWidget>("uiTargetButtonDelete")->isEnabled()) << "a factory record stays";
+    ASSERT_TRUE(Choose(Targets(), 0));
+    Click("uiSettingsRadioDisabled");
+    EXPECT_TRUE(Find<QWidget>("uiTargetGlobal")->property("isOff").toBool());
 }
 
 TEST_F(SideBar, Search_FindsAndAddsWithTheKeyboard) {

@@ -1,7 +1,5 @@
 #include "tests/qbase/file_support.h"
-#include "tests/support/faults.h"
-
-#include <vector>
+#include "tests/support/testing.h"
 
 namespace drevix {
 namespace {

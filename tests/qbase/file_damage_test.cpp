@@ -3,10 +3,8 @@
 #include "tests/qbase/file_support.h"
 #include "tests/support/failing_new.h"
 #include "tests/support/faults.h"
+#include "tests/support/testing.h"
 
-#include <algorithm>
-#include <cerrno>
-#include <cstring>
 #include <random>
 #include <span>
 

@@ -1,17 +1,10 @@
 // Bases for the tests of their files, and what they hold as text.
 #pragma once
 
-#include "platform/base/status.h"
 #include "qbase/qbase_exchange.h"
 #include "qbase/qbase_file.h"
 #include "tests/qbase/memory_file.h"
-#include "tests/support/scratch.h"
-
-#include <gtest/gtest.h>
-
-#include <initializer_list>
-#include <sstream>
-#include <string>
+#include "tests/support/testing.h"
 
 namespace drevix::test {
 

@@ -2,12 +2,9 @@
 #pragma once
 
 #include "platform/files/files.h"
+#include "tests/support/testing.h"
 
-#include <string>
-#include <string_view>
 #include <sys/mman.h>
-#include <tuple>
-#include <unistd.h>
 
 namespace drevix::test {
 

@@ -2,12 +2,9 @@
 #include "qbase/qbase_internal.h"
 #include "qbase/qbase_sort.h"
 #include "tests/qbase/file_support.h"
+#include "tests/support/testing.h"
 
-#include <algorithm>
-#include <cstring>
-#include <functional>
 #include <random>
-#include <vector>
 
 namespace drevix {
 namespace {

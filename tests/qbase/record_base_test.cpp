@@ -1,10 +1,7 @@
 // What a base does at its edges: limits, damage, memory that runs out, and its header.
 #include "qbase/qbase_internal.h"
 #include "tests/qbase/file_support.h"
-#include "tests/support/faults.h"
-
-#include <algorithm>
-#include <vector>
+#include "tests/support/testing.h"
 
 namespace drevix {
 namespace {

@@ -1,14 +1,11 @@
 #include "qbase/fast_sort.h"
 #include "qbase/qbase_sort.h"
 #include "tests/qbase/file_support.h"
+#include "tests/support/testing.h"
 
-#include <algorithm>
 #include <cmath>
-#include <cstring>
 #include <numeric>
 #include <random>
-#include <tuple>
-#include <vector>
 
 namespace drevix {
 namespace {

@@ -1,13 +1,5 @@
 #include "settings/action_commands.h"
-
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <map>
-#include <set>
-#include <string>
-#include <tuple>
-#include <vector>
+#include "tests/support/testing.h"
 
 namespace drevix {
 namespace {

@@ -1,10 +1,7 @@
 #include "settings/action_commands.h"
 
 #include "tests/settings/settings_files.h"
-
-#include <cstring>
-#include <map>
-#include <tuple>
+#include "tests/support/testing.h"
 
 namespace drevix {
 namespace {

@@ -1,11 +1,6 @@
 #include "settings/app_prefs.h"
 #include "settings/pascal_strings.h"
-#include "tests/support/scratch.h"
-
-#include <gtest/gtest.h>
-
-#include <sstream>
-#include <string>
+#include "tests/support/testing.h"
 
 namespace drevix {
 namespace {

@@ -1,11 +1,6 @@
 #include "settings/action_commands.h"
 #include "tests/settings/settings_files.h"
-
-#include <gmock/gmock.h>
-
-#include <cstdlib>
-#include <set>
-#include <utility>
+#include "tests/support/testing.h"
 
 namespace drevix {
 namespace {

@@ -4,15 +4,9 @@
 #include "qbase/qbase_file.h"
 #include "tests/settings/settings_files.h"
 #include "tests/support/failing_new.h"
-#include "tests/support/faults.h"
+#include "tests/support/testing.h"
 
-#include <algorithm>
-#include <cerrno>
 #include <csignal>
-#include <set>
-#include <sys/wait.h>
-#include <unistd.h>
-#include <utility>
 
 namespace drevix {
 namespace {

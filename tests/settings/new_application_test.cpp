@@ -1,11 +1,5 @@
 #include "settings/new_application.h"
-#include "tests/support/scratch.h"
-
-#include <gtest/gtest.h>
-
-#include <cstdlib>
-#include <filesystem>
-#include <tuple>
+#include "tests/support/testing.h"
 
 namespace drevix::test {
 namespace {

@@ -1,8 +1,5 @@
 #include "settings/pascal_strings.h"
-
-#include <gtest/gtest.h>
-
-#include <string>
+#include "tests/support/testing.h"
 
 namespace drevix {
 namespace {

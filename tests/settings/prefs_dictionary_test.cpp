@@ -1,21 +1,10 @@
-#include "platform/base/status.h"
 #include "platform/plist/json.h"
 #include "settings/pascal_strings.h"
 #include "settings/prefs_dictionary.h"
-#include "tests/support/scratch.h"
+#include "tests/support/testing.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <algorithm>
 #include <array>
 #include <bit>
-#include <cstring>
-#include <map>
-#include <set>
-#include <string>
-#include <utility>
-#include <vector>
 
 namespace drevix {
 namespace {

@@ -1,9 +1,7 @@
 #include "settings/prefs_list.h"
 
 #include "tests/settings/settings_files.h"
-
-#include <set>
-#include <tuple>
+#include "tests/support/testing.h"
 
 namespace drevix {
 namespace {

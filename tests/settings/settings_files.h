@@ -1,19 +1,11 @@
 // Records, bases and files of settings for tests.
 #pragma once
 
-#include "platform/base/status.h"
 #include "settings/device_prefs.h"
 #include "settings/pascal_strings.h"
 #include "settings/prefs_dictionary.h"
 #include "settings/prefs_list.h"
-#include "tests/support/scratch.h"
-
-#include <gtest/gtest.h>
-
-#include <cstring>
-#include <initializer_list>
-#include <string>
-#include <vector>
+#include "tests/support/testing.h"
 
 namespace drevix::test {
 

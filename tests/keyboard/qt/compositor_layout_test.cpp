@@ -1,12 +1,10 @@
 // The names of keys where a Wayland compositor has the keyboard.
 #include "keyboard/key_names.h"
-#include "tests/support/scratch.h"
+#include "tests/support/testing.h"
 
-#include <gtest/gtest.h>
 #include <sys/mman.h>
 #include <sys/socket.h>
 #include <sys/un.h>
-#include <unistd.h>
 #include <wayland-client.h>
 #include <wayland-server.h>
 #include <xkbcommon/xkbcommon.h>
@@ -14,9 +12,6 @@
 #include <atomic>
 #include <chrono>
 #include <memory>
-#include <optional>
-#include <string>
-#include <string_view>
 #include <thread>
 
 namespace drevix::test {

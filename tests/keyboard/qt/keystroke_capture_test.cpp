@@ -3,14 +3,13 @@
 #include "keyboard/key_names.h"
 #include "keyboard/qt/keystroke_capture.h"
 #include "keyboard/qt/keystroke_receiver.h"
+#include "tests/support/testing.h"
 
 #include <QApplication>
 #include <QTest>
-#include <gtest/gtest.h>
 #include <linux/input-event-codes.h>
 
 #include <ostream>
-#include <vector>
 
 namespace drevix {
 static void PrintTo(const Keystroke &keystroke, std::ostream *out) {

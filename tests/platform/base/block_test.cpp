@@ -1,11 +1,6 @@
 #include "platform/base/block.h"
 
-#include "platform/base/status.h"
-#include "tests/support/faults.h"
-
-#include <gtest/gtest.h>
-
-#include <cstring>
+#include "tests/support/testing.h"
 
 namespace drevix {
 namespace {

@@ -2,18 +2,11 @@
 
 #include "platform/catalog/catalog.h"
 
-#include "platform/base/status.h"
 #include "platform/catalog/apple_double.h"
 #include "platform/catalog/catalog_names.h"
 #include "platform/catalog/named_files.h"
-#include "tests/support/faults.h"
-#include "tests/support/scratch.h"
+#include "tests/support/testing.h"
 
-#include <gtest/gtest.h>
-
-#include <cerrno>
-#include <filesystem>
-#include <set>
 #include <sys/mount.h>
 
 namespace drevix::test {

@@ -2,16 +2,9 @@
 
 #include "platform/catalog/resource_file.h"
 
-#include "platform/base/status.h"
 #include "platform/catalog/named_files.h"
 #include "platform/files/disk.h"
-#include "tests/support/faults.h"
-#include "tests/support/scratch.h"
-
-#include <gtest/gtest.h>
-
-#include <cerrno>
-#include <filesystem>
+#include "tests/support/testing.h"
 
 namespace drevix::test {
 namespace {

@@ -1,14 +1,7 @@
 #include "platform/desktop/autostart.h"
 
-#include "platform/base/status.h"
 #include "platform/desktop/program_starter.h"
-#include "tests/support/scratch.h"
-
-#include <gtest/gtest.h>
-
-#include <cstdlib>
-#include <filesystem>
-#include <sys/stat.h>
+#include "tests/support/testing.h"
 
 namespace drevix::test {
 namespace {

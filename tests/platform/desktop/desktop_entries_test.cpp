@@ -1,13 +1,5 @@
-#include "platform/base/status.h"
 #include "platform/desktop/desktop_entries.h"
-#include "tests/support/scratch.h"
-
-#include <gtest/gtest.h>
-
-#include <cstdlib>
-#include <filesystem>
-#include <map>
-#include <sys/stat.h>
+#include "tests/support/testing.h"
 
 namespace drevix::test {
 namespace {

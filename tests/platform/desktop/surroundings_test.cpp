@@ -1,14 +1,9 @@
 // What a program finds around itself: its resources, and the configured keyboard layout.
 
-#include "platform/base/status.h"
 #include "platform/desktop/keyboard_layout.h"
 #include "platform/desktop/resources.h"
 #include "platform/files/disk.h"
-#include "tests/support/scratch.h"
-
-#include <gtest/gtest.h>
-
-#include <filesystem>
+#include "tests/support/testing.h"
 
 namespace drevix::test {
 namespace {

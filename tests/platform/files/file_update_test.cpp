@@ -1,22 +1,12 @@
 #include "platform/files/file_update.h"
 
-#include "platform/base/status.h"
 #include "platform/files/file_watch.h"
 #include "platform/files/owners.h"
 #include "platform/files/shared_file.h"
 #include "platform/files/user_lock.h"
-#include "tests/support/faults.h"
-#include "tests/support/scratch.h"
+#include "tests/support/testing.h"
 
-#include <gtest/gtest.h>
-
-#include <cerrno>
-#include <fcntl.h>
-#include <filesystem>
 #include <poll.h>
-#include <sys/stat.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 namespace drevix {
 namespace {

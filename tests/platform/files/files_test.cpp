@@ -1,16 +1,7 @@
 #include "platform/files/files.h"
 
-#include "platform/base/status.h"
 #include "platform/catalog/named_files.h"
-#include "tests/support/faults.h"
-#include "tests/support/scratch.h"
-
-#include <gtest/gtest.h>
-
-#include <cerrno>
-#include <cstdlib>
-#include <filesystem>
-#include <sys/stat.h>
+#include "tests/support/testing.h"
 
 namespace drevix {
 namespace {

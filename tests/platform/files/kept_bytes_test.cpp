@@ -1,19 +1,9 @@
 #include "platform/files/kept_bytes.h"
 
-#include "platform/base/status.h"
 #include "platform/files/file_update.h"
 #include "platform/files/owners.h"
 #include "platform/files/shared_file.h"
-#include "tests/support/faults.h"
-#include "tests/support/scratch.h"
-
-#include <gtest/gtest.h>
-
-#include <fcntl.h>
-#include <filesystem>
-#include <sys/wait.h>
-#include <tuple>
-#include <unistd.h>
+#include "tests/support/testing.h"
 
 namespace drevix {
 namespace {

@@ -1,17 +1,8 @@
 #include "platform/files/file_update.h"
 
-#include "platform/base/status.h"
-#include "tests/support/faults.h"
-#include "tests/support/scratch.h"
+#include "tests/support/testing.h"
 
-#include <gtest/gtest.h>
-
-#include <cerrno>
-#include <cstdlib>
-#include <fcntl.h>
-#include <filesystem>
 #include <sys/ioctl.h>
-#include <unistd.h>
 
 namespace drevix {
 namespace {

@@ -1,23 +1,15 @@
 #include "platform/input/input_device.h"
 #include "platform/input/input_devices.h"
 
-#include "platform/base/status.h"
 #include "platform/input/input_codes.h"
-#include "tests/support/scratch.h"
-
-#include <gtest/gtest.h>
+#include "tests/support/testing.h"
 
 #include <array>
 #include <cstdarg>
-#include <cstring>
-#include <fcntl.h>
-#include <filesystem>
 #include <fstream>
 #include <linux/input.h>
 #include <sys/ioctl.h>
-#include <sys/stat.h>
 #include <sys/syscall.h>
-#include <unistd.h>
 
 namespace drevix::test {
 namespace {

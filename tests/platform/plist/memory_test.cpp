@@ -1,13 +1,9 @@
-#include "platform/base/status.h"
 #include "platform/catalog/apple_double.h"
 #include "platform/files/files.h"
 #include "platform/files/shared_file.h"
 #include "tests/platform/plist/property_list_support.h"
 #include "tests/support/failing_new.h"
-
-#include <gtest/gtest.h>
-
-#include <functional>
+#include "tests/support/testing.h"
 
 namespace drevix {
 namespace {

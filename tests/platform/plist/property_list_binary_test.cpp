@@ -1,14 +1,8 @@
-#include "platform/base/status.h"
 #include "tests/platform/plist/property_list_support.h"
+#include "tests/support/testing.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <algorithm>
 #include <bit>
 #include <cmath>
-#include <filesystem>
-#include <tuple>
 
 namespace drevix {
 namespace {

@@ -1,14 +1,10 @@
 // What the tests of property lists share: reading into memory, and a check against an independent program.
 #pragma once
 
-#include "platform/base/status.h"
 #include "platform/plist/property_list.h"
-#include "tests/support/scratch.h"
+#include "tests/support/testing.h"
 
 #include <cmath>
-#include <cstdlib>
-#include <string>
-#include <string_view>
 
 namespace drevix::test {
 

@@ -1,11 +1,7 @@
-#include "platform/base/status.h"
 #include "platform/files/files.h"
 #include "tests/platform/plist/property_list_support.h"
-#include "tests/support/faults.h"
+#include "tests/support/testing.h"
 
-#include <gtest/gtest.h>
-
-#include <cerrno>
 #include <limits>
 
 namespace drevix {

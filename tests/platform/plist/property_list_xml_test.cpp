@@ -1,11 +1,6 @@
-#include "platform/base/status.h"
 #include "tests/platform/plist/property_list_support.h"
+#include "tests/support/testing.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <filesystem>
 #include <new>
 #include <sys/mman.h>
 

@@ -1,13 +1,10 @@
 // A keyboard of the kernel's, with a pipe in its place.
 #include "platform/windows/desktop_uinput.h"
+#include "tests/support/testing.h"
 
 #include <array>
-#include <gtest/gtest.h>
 #include <linux/input.h>
 #include <sys/socket.h>
-#include <tuple>
-#include <unistd.h>
-#include <vector>
 
 namespace drevix {
 namespace {

@@ -1,20 +1,14 @@
 // The desktop of an X server without a screen, whose window manager is played by the test.
 #include "platform/files/owners.h"
 #include "platform/windows/desktop_x11.h"
+#include "tests/support/testing.h"
 
 #include <array>
 #include <chrono>
 #include <csignal>
-#include <cstdlib>
-#include <cstring>
-#include <functional>
-#include <gtest/gtest.h>
 #include <memory>
 #include <poll.h>
-#include <string>
-#include <sys/wait.h>
 #include <thread>
-#include <unistd.h>
 #include <xcb/xcb.h>
 
 namespace drevix {

@@ -1,9 +1,6 @@
-#include "platform/base/status.h"
 #include "platform/files/shared_file.h"
 #include "platform/xml/xml_document.h"
-#include "tests/support/scratch.h"
-
-#include <gtest/gtest.h>
+#include "tests/support/testing.h"
 
 namespace drevix {
 namespace {

@@ -1,18 +1,11 @@
 #include "util/crc32/crc32.h"
 
-#include "platform/base/status.h"
 #include "platform/catalog/named_files.h"
-#include "tests/support/faults.h"
-#include "tests/support/scratch.h"
+#include "tests/support/testing.h"
 #include "util/crc32/crc32_kernels.h"
 
-#include <gtest/gtest.h>
-
-#include <cerrno>
 #include <random>
 #include <span>
-#include <string>
-#include <vector>
 
 namespace drevix::test {
 namespace {

@@ -1,15 +1,11 @@
 // Alias files: what they say of each kind of item, and that a failure leaves none behind.
 
 #include "platform/catalog/named_files.h"
-#include "tests/support/faults.h"
+#include "tests/support/testing.h"
 #include "tests/util/items/items.h"
 #include "util/crc32/crc32.h"
 #include "util/items/alias_record.h"
 #include "util/items/disk_info.h"
-
-#include <cerrno>
-#include <cstdlib>
-#include <sys/stat.h>
 
 namespace drevix::test {
 namespace {

@@ -1,21 +1,14 @@
 // What the tests of alias files share: a scratch home, and a disk that shows a folder of it as a volume.
 #pragma once
 
-#include "platform/base/status.h"
 #include "platform/catalog/apple_double.h"
 #include "platform/catalog/named_files.h"
 #include "platform/catalog/resource_file.h"
 #include "platform/files/disk.h"
-#include "tests/support/scratch.h"
+#include "tests/support/testing.h"
 #include "util/items/alias_file.h"
 #include "util/items/file_references.h"
 #include "util/items/items_folder.h"
-
-#include <gtest/gtest.h>
-
-#include <filesystem>
-#include <map>
-#include <string>
 
 namespace drevix::test {
 

@@ -7,14 +7,8 @@
 #include "settings/action_commands.h"
 #include "settings/device_prefs.h"
 #include "settings/pascal_strings.h"
-#include "tests/support/faults.h"
+#include "tests/support/testing.h"
 #include "tests/util/items/items.h"
-
-#include <algorithm>
-#include <sys/stat.h>
-#include <sys/wait.h>
-#include <tuple>
-#include <unistd.h>
 
 namespace drevix::test {
 namespace {
