@@ -15,6 +15,7 @@ namespace {
 constexpr qreal kLeastEms = 11;
 constexpr qreal kPresetEms = 12.5;
 constexpr qreal kMostEms = 20;
+constexpr qreal kRoomyEms = 64; // of both: the callouts are seen in full
 
 QString WidthKey() {
     return QStringLiteral("sideBar/width");
@@ -65,8 +66,8 @@ QSize FoldingSplitter::minimumSizeHint() const {
 QSize FoldingSplitter::sizeHint() const {
     QSize size = QSplitter::sizeHint();
     if (count() == 2 && !fIsHidden) {
-        const int side = static_cast<int>(std::lround(fEms * EmOf(font())));
-        size.setWidth(std::max(fNeeded, side + handleWidth() + widget(1)->sizeHint().width()));
+        const int roomy = static_cast<int>(std::lround(kRoomyEms * EmOf(font())));
+        size.setWidth(std::max({roomy, fNeeded, size.width()}));
     }
     return size;
 }
