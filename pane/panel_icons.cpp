@@ -78,7 +78,7 @@ class DrawnIcon : public QIconEngine {
 QIcon PanelIcon(const char *name, const char *standIn, Drawing drawing) {
     for (const char *wanted : {name, standIn}) {
         for (const char *form : {"", "-symbolic"}) {
-            const QIcon found =
+            QIcon found =
                 wanted != nullptr ? QIcon::fromTheme(QLatin1String(wanted) + QLatin1String(form)) : QIcon();
             if (!found.availableSizes().isEmpty()) {
                 return found;
