@@ -15,7 +15,8 @@ namespace {
 constexpr qreal kLeastEms = 11;
 constexpr qreal kPresetEms = 12.5;
 constexpr qreal kMostEms = 20;
-constexpr qreal kRoomyEms = 64; // of both: the callouts are seen in full
+constexpr qreal kRoomyEms = 68; // of both: the callouts are seen in full
+constexpr qreal kRoomyHeightEms = 44;
 
 QString WidthKey() {
     return QStringLiteral("sideBar/width");
@@ -67,7 +68,8 @@ QSize FoldingSplitter::sizeHint() const {
     QSize size = QSplitter::sizeHint();
     if (count() == 2 && !fIsHidden) {
         const int roomy = static_cast<int>(std::lround(kRoomyEms * EmOf(font())));
-        size.setWidth(std::max({roomy, fNeeded, size.width()}));
+        const int high = static_cast<int>(std::lround(kRoomyHeightEms * EmOf(font())));
+        size = size.expandedTo({std::max(roomy, fNeeded), high});
     }
     return size;
 }
