@@ -91,7 +91,9 @@ bool PanelWindow::LoadPanel(PanelUse use, QString *problem) {
 }
 
 void PanelWindow::RestorePlace() {
-    restoreGeometry(QSettings().value(PlaceKey()).toByteArray());
+    if (!restoreGeometry(QSettings().value(PlaceKey()).toByteArray())) {
+        resize(sizeHint()); // on its own it would be two thirds of the screen at most
+    }
 }
 
 void PanelWindow::KeepPlace() const {

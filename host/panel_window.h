@@ -23,7 +23,8 @@ class PanelWindow : public QWidget {
     // The panel, null before it is loaded.
     [[nodiscard]] PreferencePane *Panel() const { return fPanel; }
 
-    // Takes the window's place and size from the last time, and keeps them for the next.
+    // Takes the window's place and size from the last time, the size that it would have where there is none, and keeps them for the
+    // next.
     void RestorePlace();
     void KeepPlace() const;
     // Shows a window whose panel was loaded for a picture: the panel is not selected, so nothing is saved when

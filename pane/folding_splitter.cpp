@@ -15,6 +15,8 @@ namespace {
 constexpr qreal kLeastEms = 11;
 constexpr qreal kPresetEms = 12.5;
 constexpr qreal kMostEms = 20;
+constexpr qreal kRoomyEms = 68; // of both: the callouts are seen in full
+constexpr qreal kRoomyHeightEms = 44;
 
 QString WidthKey() {
     return QStringLiteral("sideBar/width");
@@ -65,8 +67,9 @@ QSize FoldingSplitter::minimumSizeHint() const {
 QSize FoldingSplitter::sizeHint() const {
     QSize size = QSplitter::sizeHint();
     if (count() == 2 && !fIsHidden) {
-        const int side = static_cast<int>(std::lround(fEms * EmOf(font())));
-        size.setWidth(std::max(fNeeded, side + handleWidth() + widget(1)->sizeHint().width()));
+        const int roomy = static_cast<int>(std::lround(kRoomyEms * EmOf(font())));
+        const int high = static_cast<int>(std::lround(kRoomyHeightEms * EmOf(font())));
+        size = size.expandedTo({std::max(roomy, fNeeded), high});
     }
     return size;
 }

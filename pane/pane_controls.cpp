@@ -9,6 +9,7 @@
 
 #include <QEvent>
 #include <QFormLayout>
+#include <QStyleOptionComboBox>
 
 #include <algorithm>
 #include <cmath>
@@ -73,6 +74,17 @@ void AlignTitles(const QList<QWidget *> &titles) {
     for (QWidget *title : titles) {
         title->setMinimumWidth(widest);
     }
+}
+
+// The width in which a menu shows every item in full. The policy of its own for that makes it larger than its place.
+int WidthOfItems(const QComboBox &menu) {
+    int widest = 0;
+    for (int i = 0; i < menu.count(); ++i) {
+        widest = std::max(widest, menu.fontMetrics().horizontalAdvance(menu.itemText(i)));
+    }
+    QStyleOptionComboBox option;
+    option.initFrom(&menu);
+    return menu.style()->sizeFromContents(QStyle::CT_ComboBox, &option, {widest, 1}, &menu).width();
 }
 
 static_assert(kActionIcons.size() == kActionMenuPositions);
@@ -168,10 +180,17 @@ void DrevixPane::BuildLooks() {
 void DrevixPane::BuildAreas() {
     const qreal em = EmOf(fMainView->font());
     const int unit = static_cast<int>(UnitOf(em));
-    // Where a language's words need more than usual, the pages have it.
-    uiPaneTabs->ensurePolished();
-    uiPaneTabs->setFixedWidth(
-        std::max(static_cast<int>(std::lround(kPagesEms * em)), uiPaneTabs->minimumSizeHint().width()));
+    // As wide as usual, or as a language's words need.
+    int pages = static_cast<int>(std::lround(kPagesEms * em));
+    for (PopUpMenu *menu : ControlMenus()) {
+        menu->setMinimumWidth(WidthOfItems(*menu));
+    }
+    for (int page = 0; page < uiPaneTabs->count(); ++page) {
+        QLayout *rows = uiPaneTabs->widget(page)->layout();
+        rows->activate();
+        pages = std::max(pages, rows->totalMinimumSize().width());
+    }
+    uiPaneTabs->setFixedWidth(pages);
     uiSettingsGroupAction->setMaximumWidth(static_cast<int>(kActionEms * em));
     uiSettingsGroupAction->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
     editorLayout->setContentsMargins(3 * unit, 2 * unit, 3 * unit, 2 * unit);

@@ -152,6 +152,13 @@ TEST_F(Access, SmallWindow_FoldsAtOnceInEachLanguage) {
                 }
             }
         }
+        Find<QTabWidget>("uiPaneTabs")->setCurrentIndex(0);
+        QCoreApplication::processEvents();
+        const QWidget *slider = Find<QWidget>("uiSettingsSliderNavSens");
+        EXPECT_FALSE(
+            slider->geometry().intersects(Find<QWidget>("uiSettingsSliderNavSensLabel")->geometry()));
+        const QWidget *control = Find<QWidget>("uiSettingsMenuNavRing");
+        EXPECT_GE(control->width(), control->sizeHint().width()) << "the name of a control is cut";
         EXPECT_TRUE(Find<QWidget>("uiTargetSideBar")->isVisible());
     }
 }

@@ -11,6 +11,8 @@
 #include <QBuffer>
 #include <QClipboard>
 #include <QMenu>
+#include <QPaintEngine>
+#include <QPainter>
 #include <QRadioButton>
 #include <QScrollArea>
 #include <QSet>
@@ -197,6 +199,41 @@ TEST_F(FindAction, Overview_HasASheetForEachApplication) {
     });
     Click("uiPaneButtonOverview");
     EXPECT_EQ(sheets.join(u' '), u"Global Settings photo Alpha beta"_s);
+}
+
+// Paper that remembers the texts on it.
+class TextPaper : public QPaintDevice, private QPaintEngine {
+  public:
+    TextPaper() : QPaintEngine(AllFeatures) {}
+    [[nodiscard]] QPaintEngine *paintEngine() const override { return const_cast<TextPaper *>(this); }
+    QStringList texts;
+
+  private:
+    bool begin(QPaintDevice * /*device*/) override { return true; }
+    bool end() override { return true; }
+    void updateState(const QPaintEngineState & /*state*/) override {}
+    void drawPixmap(const QRectF & /*to*/, const QPixmap & /*pixmap*/, const QRectF & /*from*/) override {}
+    void drawPath(const QPainterPath & /*path*/) override {}
+    void drawPolygon(const QPointF * /*points*/, int /*count*/, PolygonDrawMode /*mode*/) override {}
+    void drawTextItem(const QPointF & /*place*/, const QTextItem &item) override { texts += item.text(); }
+    [[nodiscard]] Type type() const override { return User; }
+    [[nodiscard]] int metric(PaintDeviceMetric metric) const override {
+        return metric == PdmDevicePixelRatio ? 1 : metric == PdmDevicePixelRatioScaled ? 0x10000 : 96;
+    }
+};
+
+// German names were cut, and paper has no tool tips.
+TEST(Sheet, Actions_AreNeverCut) {
+    const QString longest = u"Strg + nach unten scrollen"_s;
+    for (const QString &action : {u"Ctrl+S"_s, longest}) {
+        SheetContents sheet{u"GIMP"_s, {}, {}};
+        sheet.controls.fill({u"Drehung losgelassen"_s, action, {}, true, false});
+        TextPaper paper;
+        QPainter painter(&paper);
+        PaintSheet(painter, sheet);
+        painter.end();
+        EXPECT_EQ(paper.texts.count(action), 15) << paper.texts.join(u' ');
+    }
 }
 
 // The words of the keyboard are known to the translations.
