@@ -1,4 +1,5 @@
 // The side bar of applications, the pop-up menu that takes its place, and the strip of messages.
+#include "pane/application_icons.h"
 #include "pane/message_strip.h"
 #include "tests/pane/panel.h"
 
@@ -105,6 +106,17 @@ TEST_F(SideBar, RowsFollowTheList) {
     ASSERT_TRUE(Choose(Targets(), 0));
     Click("uiSettingsRadioDisabled");
     EXPECT_TRUE(Find<QWidget>("uiTargetGlobal")->property("isOff").toBool());
+}
+
+TEST_F(SideBar, Icons_AreFoundFromTheStartOn) {
+    ApplicationIcons icons;
+    QSignalSpy found(&icons, &ApplicationIcons::iconsFound);
+    std::ignore = icons.IconOf(u"peach.desktop"_s, u"Peach"_s);
+    EXPECT_FALSE(found.wait(50)) << "not before the first paint";
+    icons.Start();
+    EXPECT_TRUE(found.wait());
+    std::ignore = icons.IconOf(u"beta.desktop"_s, u"Beta"_s);
+    EXPECT_TRUE(found.wait());
 }
 
 TEST_F(SideBar, Search_FindsAndAddsWithTheKeyboard) {
