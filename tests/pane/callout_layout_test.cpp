@@ -1,13 +1,11 @@
 // The stage's geometry at many sizes, fonts and lengths of names.
 #include "pane/callout_layout.h"
 #include "pane/control_map.h"
+#include "tests/support/testing.h"
 
 #include <QLineF>
 
-#include <gtest/gtest.h>
-
 #include <cmath>
-#include <vector>
 
 namespace drevix::test {
 namespace {

@@ -1,8 +1,6 @@
 // The flow of settings between file, base, working copy and controls, also when something fails.
 #include "tests/pane/panel.h"
-#include "tests/support/faults.h"
-
-#include <cerrno>
+#include "tests/support/testing.h"
 
 namespace drevix::test {
 namespace {

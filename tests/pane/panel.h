@@ -7,6 +7,7 @@
 #include "pane/target_rows.h"
 #include "platform/files/disk.h"
 #include "tests/settings/settings_files.h"
+#include "tests/support/testing.h"
 
 #include <QAction>
 #include <QApplication>
@@ -19,9 +20,6 @@
 #include <QUrl>
 #include <QVBoxLayout>
 
-#include <cerrno>
-#include <filesystem>
-#include <functional>
 #include <memory>
 
 inline std::ostream &operator<<(std::ostream &out, const QString &text) { // for what a failed test prints

@@ -1,11 +1,14 @@
 // The side bar of applications, the pop-up menu that takes its place, and the strip of messages.
+#include "pane/application_icons.h"
 #include "pane/message_strip.h"
 #include "tests/pane/panel.h"
 
 #include <QAccessible>
+#include <QImage>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QSet>
 #include <QSettings>
 #include <QSignalSpy>
 
@@ -81,6 +84,18 @@ TEST_F(SideBar, RowsFollowTheList) {
     Click("uiSettingsRadioDisabled");
     const QModelIndex row = RowModel()->index(RowModel()->RowOfSource(3), 0);
     EXPECT_EQ(row.data(Qt::AccessibleDescriptionRole).toString(), u"your settings, off, unsaved changes"_s);
+    const auto hasMark = [&](int source) { // at the end of its row
+        QRect end = View()->visualRect(RowModel()->index(RowModel()->RowOfSource(source), 0));
+        end.setLeft(end.right() - end.height());
+        const QImage drawn = View()->viewport()->grab(end).toImage();
+        QSet<QRgb> colors;
+        for (int x = 0; x < drawn.width() / 2; ++x) {
+            colors += drawn.pixel(x, drawn.height() / 2);
+        }
+        return colors.size() > 1;
+    };
+    EXPECT_TRUE(hasMark(3)) << "off";
+    EXPECT_FALSE(hasMark(4));
     const auto *access = QAccessible::queryAccessibleInterface(View());
     EXPECT_EQ(access->child(row.row())->text(QAccessible::Name), u"Alpha"_s);
     AnswerNext([](QDialog *panel) { Press(panel, u"Delete"_s); });
@@ -91,6 +106,17 @@ TEST_F(SideBar, RowsFollowTheList) {
     ASSERT_TRUE(Choose(Targets(), 0));
     Click("uiSettingsRadioDisabled");
     EXPECT_TRUE(Find<QWidget>("uiTargetGlobal")->property("isOff").toBool());
+}
+
+TEST_F(SideBar, Icons_AreFoundFromTheStartOn) {
+    ApplicationIcons icons;
+    QSignalSpy found(&icons, &ApplicationIcons::iconsFound);
+    std::ignore = icons.IconOf(u"peach.desktop"_s, u"Peach"_s);
+    EXPECT_FALSE(found.wait(50)) << "not before the first paint";
+    icons.Start();
+    EXPECT_TRUE(found.wait());
+    std::ignore = icons.IconOf(u"beta.desktop"_s, u"Beta"_s);
+    EXPECT_TRUE(found.wait());
 }
 
 TEST_F(SideBar, Search_FindsAndAddsWithTheKeyboard) {

@@ -94,9 +94,7 @@ TEST(PascalText, IsConvertedThenCut) {
         {std::string(40, 'x'), 31, std::string(31, 'x')},
         {std::string(300, 'y'), 1000, std::string(255, 'y')},
         {"ab", 0, ""},
-        {"a\xE4\xB8\xADz", 31, "a?z"},               // Mac OS Roman lacks it
         {"\xC3\xA9\xC3\xA9\xC3\xA9", 2, "\x8E\x8E"}, // two bytes each before, one after
-        {"e\xCC\x81x", 1, "\x8E"},                   // a letter and its combining accent
     };
     for (const Row &row : rows) {
         Buffer buffer;

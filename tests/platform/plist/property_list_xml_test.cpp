@@ -226,26 +226,6 @@ TEST(RootList, AnyRoot_IsReadWhole) {
     }
 }
 
-TEST(XmlList, EveryCutAndEveryChangedByte_IsSurvived) {
-    const std::string whole = PropertyListArrayText(test::EveryValue());
-    const std::size_t end = whole.rfind('>');
-    for (std::size_t length = 0; length < end; ++length) {
-        EXPECT_EQ(ParseList(whole.substr(0, length)).status, -1) << length;
-    }
-    for (std::size_t i = 0; i < whole.size(); ++i) {
-        for (const char byte : {'\0', '<', '>', '&', '%', '\xFF'}) {
-            std::string changed = whole;
-            changed[i] = byte;
-            const test::ReadOutcome outcome = ParseList(changed);
-            EXPECT_EQ(outcome.status == noErr, outcome.problem.text.empty());
-            EXPECT_TRUE(outcome.status != noErr || (byte != '\0' && byte != '\xFF')) << i;
-            if (outcome.status == noErr) {
-                EXPECT_EQ(ParseList(outcome.Text()).Text(), outcome.Text()) << i;
-            }
-        }
-    }
-}
-
 TEST(XmlList, Handler_MayStopOrRunOutOfMemory) {
     const std::string list = XmlList("<true/><true/><true/>");
     int calls = 0;
