@@ -1,7 +1,10 @@
 #include "platform/windows/x11_layout.h"
 
 // The header has a field of that name.
-#define explicit explicit_ // NOLINT(clang-diagnostic-keyword-macro)
+#ifdef __clang__
+#pragma clang diagnostic ignored "-Wkeyword-macro"
+#endif
+#define explicit explicit_
 #include <xcb/xkb.h>
 #undef explicit
 
