@@ -124,7 +124,8 @@ TEST_F(TwoPrograms, DifferentRecords_NothingIsLost) {
     EXPECT_GT(tally.saves, 1);
     EXPECT_EQ(tally.lost + tally.failed, 0);
     for (QProcess *process : {&panel, &drevixctl}) {
-        EXPECT_TRUE(process->waitForFinished(kLongestSave));
+        // One that has ended before is not waited for.
+        EXPECT_TRUE(process->state() == QProcess::NotRunning || process->waitForFinished(kLongestSave));
         EXPECT_EQ(process->exitCode(), 0);
     }
 }
