@@ -13,6 +13,9 @@
 #include "platform/files/shared_file.h"
 #include "platform/plist/json.h"
 
+#include <algorithm>
+#include <array>
+#include <cstdlib>
 #include <optional>
 
 namespace drevix {
@@ -88,6 +91,40 @@ Outcome WatchControls(const Request &request) {
                   : Failed(Translated("the device helper cannot be watched: %1", Translated(problem)));
 }
 
+// What a desktop needs that tells its windows only to a script of its own.
+struct Reporter {
+    std::string_view desktop; // as in XDG_CURRENT_DESKTOP
+    const char *hint;
+};
+constexpr auto kReporters = std::to_array<Reporter>({
+    {"GNOME",
+     ToTranslate(
+         "no window in front is known; GNOME on Wayland tells it once its extension is switched on: "
+         "log in anew after the installation, then 'gnome-extensions enable drevix-front@com.halcyra'")},
+    {"KDE",
+     ToTranslate("no window in front is known; KDE on Wayland tells it once its script is switched on: "
+                 "System Settings, Window Management, KWin Scripts, \"Drevix: window in front\"")},
+});
+
+// Says how to switch the desktop's reporter on, where no window is known.
+void NoteReporter(const Request &request, const NamedTexts &front) {
+    const auto text = [](const char *variable) {
+        const char *const value = std::getenv(variable);
+        return std::string_view(value != nullptr ? value : "");
+    };
+    const bool isKnown = std::ranges::any_of(front, [](const auto &told) {
+        return told.first == "entry" || told.first == "class" || told.first == "name";
+    });
+    for (const Reporter &reporter : kReporters) {
+        if (!isKnown && !text("WAYLAND_DISPLAY").empty() &&
+            text("XDG_CURRENT_DESKTOP").find(reporter.desktop) != std::string_view::npos) {
+            request.surroundings.err << PlainText("drevixctl: " +
+                                                  Translated("note: %1", Translated(reporter.hint)))
+                                     << '\n';
+        }
+    }
+}
+
 Outcome ShowFront(const Request &request) {
     DeviceClient client;
     if (Outcome outcome = Connect(&client); !outcome.IsDone()) {
@@ -109,6 +146,7 @@ Outcome ShowFront(const Request &request) {
     for (const auto &[name, text] : front) {
         request.Out() << PlainText(name) << ": " << PlainText(Translated(text)) << "\n";
     }
+    NoteReporter(request, front);
     return Done();
 }
 

@@ -182,7 +182,11 @@ class Helper(unittest.TestCase):
         self.start_bus()
         helper = self.start(HELPER, output="said")
         self.until(lambda: "ready\n" in self.said())
+        for desktop, hint in [("ubuntu:GNOME", "gnome-extensions enable"), ("KDE", "KWin Scripts"), ("sway", "")]:
+            self.environment.update(XDG_CURRENT_DESKTOP=desktop, WAYLAND_DISPLAY="none")
+            self.assertRegex(self.run_ctl("front").stderr, f"note: no window.*{hint}" if hint else "^$")
         early, _ = self.start_reporter(helper, ("early", "", ""))
+        self.assertEqual(self.run_ctl("front").stderr, "")
         compositor, answer = self.start_reporter(helper, ("krita", "", ""), name="org.gnome.Shell")
         self.assertEqual((answer, self.front()["entry"]), ("taken\n", "krita"))
         _, answer = self.start_reporter(helper, ("gimp", "", ""))
