@@ -5,7 +5,10 @@
 #include "settings/pascal_strings.h"
 
 #include <algorithm>
+#include <future>
+#include <optional>
 #include <string>
+#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -107,6 +110,20 @@ void WriteModifiers(std::uint8_t keyCode, std::uint8_t modifiers, StringPtr name
     }
 }
 
+struct Layout {
+    KeyboardCharacters characters;
+    std::vector<UnnamedKey> unnamed;
+};
+
+std::optional<Layout> FindLayout(WindowSystem first) {
+    Layout layout;
+    return CurrentKeyboardCharacters(&layout.characters, &layout.unnamed, first)
+               ? std::optional(std::move(layout))
+               : std::nullopt;
+}
+
+std::future<std::optional<Layout>> gLayoutAhead; // not valid unless one is being looked for
+
 void BuildTables(const KeyboardCharacters &characters, std::vector<UnnamedKey> &unnamed) {
     gAsciiTable = KeyCharacters(characters);
     gPrintedBeside = {};
@@ -120,11 +137,14 @@ void BuildTables(const KeyboardCharacters &characters, std::vector<UnnamedKey> &
 
 } // namespace
 
+void LookForLayoutAhead(WindowSystem first) try {
+    gLayoutAhead = std::async(std::launch::async, FindLayout, first);
+} catch (const std::system_error &) { // no thread: it is looked for when it is needed
+}
+
 void GetKeyboardInformation(WindowSystem first) {
-    KeyboardCharacters characters;
-    std::vector<UnnamedKey> unnamed;
-    if (CurrentKeyboardCharacters(&characters, &unnamed, first)) {
-        BuildTables(characters, unnamed);
+    if (std::optional<Layout> layout = gLayoutAhead.valid() ? gLayoutAhead.get() : FindLayout(first)) {
+        BuildTables(layout->characters, layout->unnamed);
     }
 }
 

@@ -20,6 +20,9 @@ extern std::array<std::uint8_t, 128> gAsciiTable;
 // Builds gAsciiTable from the current keyboard layout, preferring that of window system `first`; leaves it
 // unchanged if there is none. Does not follow later layout changes.
 void GetKeyboardInformation(WindowSystem first = WindowSystem::Wayland);
+// Begins to look for that layout on a thread of its own; the next GetKeyboardInformation takes what it finds. A program
+// with windows calls it before it makes them, which takes longer.
+void LookForLayoutAhead(WindowSystem first);
 // The same from a Wayland compositor over the connection of the program's windows, a wl_display. False, with
 // the table unchanged, if the compositor sends no keymap.
 [[nodiscard]] bool GetKeyboardInformationOver(void *waylandConnection);

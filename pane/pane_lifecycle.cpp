@@ -61,6 +61,7 @@ DrevixPane::~DrevixPane() {
 
 QWidget *DrevixPane::mainView() {
     if (fMainView == nullptr) {
+        LookForLayoutOfWindowsAhead();
         fMainView = new QWidget;
         setupUi(fMainView);
         BuildMenus();

@@ -69,8 +69,7 @@ void DrevixPane::BuildTargets() {
             model->item(model->rowCount() - 1)->setData(command.tag, kTargetTagRole);
         }
     }
-    uiSettingsMenuTarget->setItemDelegate(
-        new TargetDelegate(TargetDelegate::Place::PopUp, uiSettingsMenuTarget));
+    uiSettingsMenuTarget->SetDelegate(new TargetDelegate(TargetDelegate::Place::PopUp, uiSettingsMenuTarget));
 }
 
 // One action a command, wherever it can be chosen; its item in the list says whether it can be now.

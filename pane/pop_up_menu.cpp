@@ -6,9 +6,17 @@
 #include <QCoreApplication>
 #include <QKeyEvent>
 #include <QScrollBar>
+#include <QStyle>
+#include <QStyleOptionComboBox>
+
+#include <algorithm>
+#include <utility>
 
 namespace drevix {
 namespace {
+
+constexpr int kIconGap = 4;       // as QComboBox leaves beside an icon
+constexpr int kContentMargin = 2; // and above and below a text
 
 bool IsLetter(const QKeyEvent &event) {
     const QString text = event.text();
@@ -18,9 +26,24 @@ bool IsLetter(const QKeyEvent &event) {
 
 } // namespace
 
+QSize PopUpMenu::sizeHint() const {
+    const QFontMetrics metrics = fontMetrics();
+    const QSize contents(minimumContentsLength() * metrics.horizontalAdvance(QLatin1Char('X')) +
+                             iconSize().width() + kIconGap,
+                         std::max(metrics.height(), iconSize().height()) + kContentMargin);
+    QStyleOptionComboBox option;
+    initStyleOption(&option);
+    return style()->sizeFromContents(QStyle::CT_ComboBox, &option, contents, this);
+}
+
+void PopUpMenu::SetDelegate(QAbstractItemDelegate *delegate) {
+    fDelegate = delegate;
+    fDelegate->setParent(this);
+}
+
 void PopUpMenu::ShowSecondColumn() {
     fHasSecondColumn = true;
-    setItemDelegate(new SecondColumnDelegate(this));
+    SetDelegate(new SecondColumnDelegate(this));
 }
 
 void PopUpMenu::SetSecondColumn(int item, const SecondColumn &column) {
@@ -35,6 +58,9 @@ void PopUpMenu::SetSecondColumn(int item, const SecondColumn &column) {
 
 // Wide enough for what its items say.
 void PopUpMenu::showPopup() {
+    if (fDelegate != nullptr) {
+        setItemDelegate(std::exchange(fDelegate, nullptr));
+    }
     if (fHasSecondColumn) {
         view()->setMinimumWidth(view()->sizeHintForColumn(0) +
                                 view()->verticalScrollBar()->sizeHint().width());

@@ -15,6 +15,13 @@ class PopUpMenu : public QComboBox {
   public:
     using QComboBox::QComboBox;
 
+    // As wide as minimumContentsLength() letters and an icon, whatever the items say. The policy of that name would make the
+    // list that opens at once, for each menu of a window.
+    [[nodiscard]] QSize sizeHint() const override;
+    [[nodiscard]] QSize minimumSizeHint() const override { return sizeHint(); }
+
+    // What paints the items of the open list, from its first opening on. Owned here.
+    void SetDelegate(QAbstractItemDelegate *delegate);
     // A second column in the open menu: what an item stands for now, bold where that is not the usual.
     struct SecondColumn {
         QString text;
@@ -29,6 +36,7 @@ class PopUpMenu : public QComboBox {
     void wheelEvent(QWheelEvent *event) override;
 
   private:
+    QAbstractItemDelegate *fDelegate = nullptr; // still to be set
     bool fHasSecondColumn = false;
 };
 

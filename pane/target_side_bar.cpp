@@ -108,7 +108,6 @@ TargetSideBar::TargetSideBar(QWidget *parent)
     fSearch->setObjectName(QStringLiteral("uiTargetSearch"));
     fSearch->setPlaceholderText(tr("Search applications"));
     fSearch->setAccessibleName(tr("Search applications"));
-    fSearch->setClearButtonEnabled(true);
     fSearch->addAction(PanelIcon("edit-find", "system-search", Drawing::Lens), QLineEdit::LeadingPosition);
     fSearch->installEventFilter(this);
     fGlobal->setObjectName(QStringLiteral("uiTargetGlobal"));
@@ -208,6 +207,7 @@ void TargetSideBar::FocusList() {
 }
 
 void TargetSideBar::TakeSearch(const QString &text) {
+    fSearch->setClearButtonEnabled(true); // not before: its picture makes Qt load each plug-in for pictures
     fRows.Search(text);
 }
 

@@ -48,12 +48,22 @@ bool IsOnXServer() {
     return QGuiApplication::platformName() == QLatin1String("xcb");
 }
 
+WindowSystem SystemOfWindows() {
+    return IsOnXServer() ? WindowSystem::X11 : WindowSystem::Wayland;
+}
+
 } // namespace
+
+void LookForLayoutOfWindowsAhead() {
+    if (ConnectionToCompositor() == nullptr) {
+        LookForLayoutAhead(SystemOfWindows());
+    }
+}
 
 void GetKeyboardInformationOfWindows(QObject *owner, std::function<void()> rebuilt) {
     void *const connection = ConnectionToCompositor();
     if (connection == nullptr || !GetKeyboardInformationOver(connection)) {
-        GetKeyboardInformation(IsOnXServer() ? WindowSystem::X11 : WindowSystem::Wayland);
+        GetKeyboardInformation(SystemOfWindows());
     }
     if (connection != nullptr && QGuiApplication::focusWindow() == nullptr) {
         new BuildOnFocus(owner, connection, std::move(rebuilt));

@@ -50,22 +50,21 @@ OSErr FollowLinks(const std::string &path, std::string *target) try {
     return memFullErr;
 }
 
+// Mostly the folder is there already, which one call tells.
 OSErr MakeFolders(const std::string &path) {
-    for (std::size_t end = path.find('/', 1);; end = path.find('/', end + 1)) {
-        const std::string folder = path.substr(0, end);
-        OSErr status = noErr;
-        if (CurrentDisk().MakeFolder(folder.c_str(), kNewFolderMode) == 0) {
-            status = FlushFolder(FolderOfPath(folder)); // or a power cut takes it away with all that is in it
-        } else if (errno != EEXIST) {
-            status = LastError();
-        }
-        if (status != noErr) {
+    const auto make = [&path] { return CurrentDisk().MakeFolder(path.c_str(), kNewFolderMode) == 0; };
+    const std::string above = FolderOfPath(path);
+    bool isMade = make();
+    if (!isMade && errno == ENOENT && above != path) {
+        if (const OSErr status = MakeFolders(above); status != noErr) {
             return status;
         }
-        if (end == std::string::npos) {
-            return noErr;
-        }
+        isMade = make();
     }
+    if (isMade) {
+        return FlushFolder(above); // or a power cut takes it away with all that is in it
+    }
+    return errno == EEXIST ? OSErr{noErr} : LastError();
 }
 
 std::string HomeFolder() {
