@@ -125,7 +125,7 @@ constexpr auto kCommands = std::to_array<Command>({
      0, 0, 0, 0, {None, None}, ShowFront},
     {"maps", "FILE", ToTranslate("check a map of a device"),
      ToTranslate("Checks a file that says which input of a device is which control. The exit\n"
-                 "status is 1 if a line makes no sense.\n"),
+                 "status is 1 if a line is not valid.\n"),
      1, 1, 0, 0, {File, None}, CheckMaps},
     {"help", "[COMMAND]", ToTranslate("explain a command"),
      ToTranslate("Explains a command, or lists them all.\n"),

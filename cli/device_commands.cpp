@@ -163,8 +163,8 @@ Outcome CheckMaps(const Request &request) {
         request.Out() << path << ":" << problem.line << ": " << PlainText(problem.text) << "\n";
     }
     if (!problems.empty()) {
-        return Failed(TranslatedCount("%2 has %1 line that makes no sense",
-                                      "%2 has %1 lines that make no sense", problems.size(), {path}));
+        return Failed(TranslatedCount("%2 has %1 line that is not valid",
+                                      "%2 has %1 lines that are not valid", problems.size(), {path}));
     }
     request.Out() << TranslatedCount("%2: %1 map, no problem", "%2: %1 maps, no problem", maps.size(), {path})
                   << "\n";

@@ -46,7 +46,7 @@ class RawWatch {
         if (fDevices.empty()) {
             fOut << Translated("no device can be read yet; waiting for one") << std::endl;
         }
-        // Until the user ends it, or nothing can be read any more.
+        // Until the user ends it, or nothing more can be read.
         while (Wait()) {
             AddNew();
             TakeEvents();

@@ -25,7 +25,7 @@ class Helper {
 
     // Serves until `endDescriptor` can be read or the session bus has been gone for five seconds. The
     // program's exit status: 0; 1, with a line on standard error, when another helper serves this session, when
-    // there is no session bus, or for devices that make no sense.
+    // there is no session bus, or for devices that are not valid.
     // Ends with 0 too when its own program was replaced or removed.
     [[nodiscard]] int Run(int endDescriptor);
     // Whether the program should be started anew, as an upgrade has replaced it.

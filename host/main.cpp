@@ -37,7 +37,7 @@ int Fail(const QString &problem, int status) {
     return status;
 }
 
-// The value of an option that must be known before the application starts, null without one. What makes no sense
+// The value of an option that must be known before the application starts, null without one. What is not valid
 // is left for the options to complain of.
 const char *EarlyOption(int argc, char **argv, std::string_view option) {
     const char *value = nullptr;

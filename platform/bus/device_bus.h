@@ -27,7 +27,7 @@ using NamedTexts = std::vector<std::pair<std::string, std::string>>;
 
 // What the program does on behalf of the bus.
 struct DeviceBusTasks {
-    // Does with a control what `how` says, so many times. False, with the reason in *text, for what makes no sense;
+    // Does with a control what `how` says, so many times. False, with the reason in *text, for what is not valid;
     // else *text is what came of it.
     std::function<bool(const std::string &control, const std::string &how, std::uint32_t times,
                        std::string *text)>

@@ -109,7 +109,7 @@ bool EventRequests::Question::IsFrom(const char *sender) const {
 }
 
 int EventRequests::Question::TakeAnswer(sd_bus_message *message) {
-    // An error is not an answer, but nothing is pending any more; likewise an answer in another format.
+    // An error is not an answer, but nothing is pending now; likewise an answer in another format.
     slot.reset();
     AppleEvent answer{kCoreEventClass, kAnswerEvent, asked, {}};
     if (sd_bus_message_is_method_error(message, nullptr) != 0 ||

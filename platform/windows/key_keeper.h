@@ -9,7 +9,7 @@
 
 namespace drevix {
 
-// An X server keeps a key down when the program that pressed it is killed, and the person cannot type any more; a Wayland
+// An X server keeps a key down when the program that pressed it is killed, and the person can no longer type; a Wayland
 // compositor may leave modifiers. A process of its own knows which keys are down and lets them go when this program is gone. Else it sleeps. It keeps
 // none of this program's descriptors: devices and bus names are free as soon as the program is gone.
 class KeyKeeper {

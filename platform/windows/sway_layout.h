@@ -20,7 +20,7 @@ class SwayLayout {
 
     // Can be read when Take has something to take.
     [[nodiscard]] int Descriptor() const { return fSocket.Get(); }
-    // Takes what was told, without waiting. False when the connection is lost or makes no sense.
+    // Takes what was told, without waiting. False when the connection is lost or what came is not valid.
     [[nodiscard]] bool Take();
     // The group of the session's keymap, 0 for the first layout. Where keyboards differ, that of the one that was
     // switched last; in the beginning, of one that was switched at all.

@@ -79,7 +79,7 @@ void WaylandShortcuts::State::Ask() {
                        zwp_keyboard_shortcuts_inhibitor_v1 *) { static_cast<State *>(state)->Tell(false); },
     };
     if (!isListed || surface == nullptr) {
-        return; // the list is on its way, or nobody asks any more
+        return; // the list is on its way, or nobody asks for it now
     }
     if (manager != nullptr) {
         inhibitor.reset(

@@ -69,7 +69,7 @@ TEST(History, Restored_IsAnEditThatCanBeTakenBack) {
         ASSERT_EQ(document.Save(kLongWait).status, noErr);
         EXPECT_EQ(folder.State(), state);
     }
-    // One record, over the present one and where there is none any more.
+    // One record, over the present one and where there is none now.
     ASSERT_TRUE(document.TakeOne(RecordFromText("a=1")) && document.TakeOne(RecordFromText("b=1")));
     EXPECT_EQ(document.CountUnsaved(), 2);
     folder.WriteState("a=2 c=5 global=2");

@@ -397,7 +397,7 @@ def complaints(desktop):
 
 @step
 def killed(desktop):
-    """The compositor is killed: no window is known any more, and the helper goes on"""
+    """The compositor is killed: no window is known, and the helper goes on"""
     desktop.compositor.kill()
     desktop.compositor.wait()
     desktop.windows.clear()

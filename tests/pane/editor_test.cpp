@@ -132,7 +132,7 @@ TEST_F(Editor, KeyMenuAndCapture_ChangeAKeystrokeAlone) {
     ASSERT_TRUE(Choose("uiSettingsMenuAction", 10));
     expected = fPane->WorkingCopy();
     gDrevixPane->ReceiveKeystroke(1, 0x0300);
-    EXPECT_TRUE(SameBytes(fPane->WorkingCopy(), expected)) << "this is no keystroke any more";
+    EXPECT_TRUE(SameBytes(fPane->WorkingCopy(), expected)) << "this is no longer a keystroke";
 }
 
 TEST_F(Editor, DeviceControls_ChangeTheFieldOfTheSelectedAxisAlone) {

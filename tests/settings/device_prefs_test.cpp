@@ -190,7 +190,7 @@ TEST(GetDevicePrefs, RefusedFileThatCannotBeKept_IsNotOverwritten) {
     fs::remove(path);
     EXPECT_EQ(GetDevicePrefsFromPath(base.get(), path, folder.resources, 1, &status), noErr);
     EXPECT_EQ(status, fnfErr);
-    EXPECT_EQ(SaveDevicePrefsToPath(base.get(), path), noErr) << "nothing is there any more to be lost";
+    EXPECT_EQ(SaveDevicePrefsToPath(base.get(), path), noErr) << "nothing is left there to be lost";
 }
 
 // A record whose size is odd passes every check, and puts the next one at an odd address.
