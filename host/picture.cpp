@@ -10,6 +10,7 @@
 #include <QPalette>
 #include <QPixmap>
 #include <QRegularExpression>
+#include <QStandardPaths>
 #include <QTimer>
 
 #include <algorithm>
@@ -137,6 +138,10 @@ PictureRequest ReadPictureRequest(const QCommandLineParser &options, QString *pr
 
 void UsePictureLook(const PictureRequest &request) {
     if (!request.icons.isEmpty()) {
+        QStringList folders = QIcon::themeSearchPaths(); // none without a desktop
+        folders += QStandardPaths::locateAll(QStandardPaths::GenericDataLocation, QStringLiteral("icons"),
+                                             QStandardPaths::LocateDirectory);
+        QIcon::setThemeSearchPaths(folders);
         QIcon::setThemeName(request.icons);
     }
     if (request.isContrast) {
@@ -203,7 +208,7 @@ QPixmap GrabWithDialogs(const QWidget &window) {
     QPainter painter(&picture);
     painter.translate(-area.topLeft());
     for (QWidget *widget : shown) {
-        painter.drawPixmap(widget->pos(), widget->grab());
+        painter.drawPixmap(widget->geometry().topLeft(), widget->grab());
         if (widget != &window) {
             painter.setPen(Qt::gray);
             painter.drawRect(widget->geometry().adjusted(-1, -1, 0, 0));
@@ -236,7 +241,7 @@ bool WritePictureAfterSteps(PanelWindow &window, const PictureRequest &request, 
         QTimer::singleShot(kRestTime, &window, [&, undone] {
             *problem = undone;
             isWritten = undone.isEmpty() && Save(GrabWithDialogs(window), request, problem);
-            QApplication::quit();
+            QApplication::exit(); // to quit would close the window, which saves
         });
     });
     QApplication::exec();

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QIcon>
+#include <QList>
 
 #include <cstdint>
 
@@ -14,5 +15,9 @@ enum class Drawing : std::uint8_t { None, Plus, Bin, Lens };
 // which is in the colours of the palette in force. A null icon when there is none of these.
 [[nodiscard]] QIcon PanelIcon(const char *name, const char *standIn = nullptr,
                               Drawing drawing = Drawing::None);
+
+// The icons of the action menu's positions. One without an icon has an empty one of this size, so that all titles begin in
+// one line; with a theme that has none of the icons, all are null.
+[[nodiscard]] QList<QIcon> ActionMenuIcons(const QSize &size);
 
 } // namespace drevix

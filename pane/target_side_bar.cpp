@@ -1,6 +1,5 @@
 #include "pane/target_side_bar.h"
 
-#include "pane/elided_label.h"
 #include "pane/look.h"
 #include "pane/panel_icons.h"
 #include "pane/target_delegate.h"
@@ -11,6 +10,7 @@
 #include <QHBoxLayout>
 #include <QKeyEvent>
 #include <QLineEdit>
+#include <QLabel>
 #include <QListView>
 #include <QMenu>
 #include <QPainter>
@@ -103,7 +103,7 @@ QToolButton *MakeButton(QWidget *parent, const char *name) {
 
 TargetSideBar::TargetSideBar(QWidget *parent)
     : QWidget(parent), fSearch(new QLineEdit(this)), fGlobal(new GlobalRow(this)), fView(new QListView(this)),
-      fNone(new ElidedLabel(this)), fAdd(MakeButton(this, "uiTargetButtonAdd")),
+      fNone(new QLabel(this)), fAdd(MakeButton(this, "uiTargetButtonAdd")),
       fRemove(MakeButton(this, "uiTargetButtonDelete")), fMore(MakeButton(this, "uiTargetButtonMore")) {
     fSearch->setObjectName(QStringLiteral("uiTargetSearch"));
     fSearch->setPlaceholderText(tr("Search applications"));
@@ -127,6 +127,9 @@ TargetSideBar::TargetSideBar(QWidget *parent)
     fView->setMouseTracking(true);
     fView->installEventFilter(this);
     fNone->setObjectName(QStringLiteral("uiTargetNone"));
+    fNone->setTextFormat(Qt::PlainText); // what was typed is no markup
+    fNone->setWordWrap(true);
+    fNone->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Minimum);
     fNone->hide();
 
     auto *const buttons = new QHBoxLayout;
