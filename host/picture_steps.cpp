@@ -66,8 +66,10 @@ void Choose(QWidget *target, const Step &step) {
 void Click(QWidget *target, const Step & /*step*/) {
     const QPoint place = target->rect().center();
     QWindow *const window = target->window()->windowHandle();
-    const QPoint inWindow = target->mapTo(target->window(), place);
-    const QPoint onScreen = target->mapToGlobal(place);
+    const qreal scale =
+        target->devicePixelRatioF(); // a display tells pixels of its own, from one corner of one screen
+    const QPointF inWindow = scale * QPointF(target->mapTo(target->window(), place));
+    const QPointF onScreen = scale * QPointF(target->mapToGlobal(place));
     QWindowSystemInterface::handleMouseEvent(window, inWindow, onScreen, Qt::LeftButton, Qt::LeftButton,
                                              QEvent::MouseButtonPress);
     QWindowSystemInterface::handleMouseEvent(window, inWindow, onScreen, Qt::NoButton, Qt::LeftButton,

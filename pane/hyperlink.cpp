@@ -51,8 +51,10 @@ void LinkButton::paintEvent(QPaintEvent * /*event*/) {
     linkFont.setUnderline(isEnabled());
     painter.setFont(linkFont);
     const QColor background = palette().color(backgroundRole());
-    painter.setPen(isEnabled() ? HyperlinkColor(isDown() ? LinkLook::Alternate : LinkLook::Normal, background)
-                               : palette().color(QPalette::Disabled, QPalette::WindowText));
+    painter.setPen(!isEnabled() ? palette().color(QPalette::Disabled, QPalette::WindowText)
+                   : IsHighContrast(palette())
+                       ? palette().color(QPalette::Link)
+                       : HyperlinkColor(isDown() ? LinkLook::Alternate : LinkLook::Normal, background));
     const QString shown =
         painter.fontMetrics().elidedText(text(), Qt::ElideRight, width(), Qt::TextShowMnemonic);
     painter.drawText(rect(), Qt::AlignCenter | Qt::TextHideMnemonic, shown);

@@ -127,6 +127,7 @@ void DrevixPane::BuildMenus() {
         }
     }
     ShowActionIcons();
+    uiSettingsButtonFind->setIcon(PanelIcon("edit-find", "system-search", Drawing::Lens));
     for (const GroupMenu &group : GroupMenus()) {
         FillGroupMenu(MenuOf(group), group);
     }

@@ -97,7 +97,7 @@ constexpr QLatin1String kSymbolic("-symbolic");
 
 QIcon PanelIcon(const char *name, const char *standIn, Drawing drawing) {
     for (const char *wanted : {name, standIn}) {
-        for (const QLatin1String form : {QLatin1String(), kSymbolic}) {
+        for (const QLatin1String form : {kSymbolic, QLatin1String()}) {
             const QString full = QLatin1String(wanted) + form;
             QIcon found = wanted != nullptr ? QIcon::fromTheme(full) : QIcon();
             if (!found.availableSizes().isEmpty()) {

@@ -9,8 +9,8 @@
 #include <QComboBox>
 #include <QHBoxLayout>
 #include <QKeyEvent>
-#include <QLineEdit>
 #include <QLabel>
+#include <QLineEdit>
 #include <QListView>
 #include <QMenu>
 #include <QPainter>
@@ -38,8 +38,13 @@ class GlobalRow : public QAbstractButton {
     }
     [[nodiscard]] QSize sizeHint() const override {
         const qreal em = EmOf(font());
-        return {static_cast<int>(8 * em), static_cast<int>(std::lround(kGlobalEms * em))};
+        const int texts = std::max(fontMetrics().horizontalAdvance(text()),
+                                   QFontMetrics(ScaledFont(font(), kNoteSize))
+                                       .horizontalAdvance(TargetSideBar::tr("Every other application")));
+        return {static_cast<int>(std::ceil(kIconEms * em + 6 * UnitOf(em))) + texts,
+                static_cast<int>(std::lround(kGlobalEms * em))};
     }
+    [[nodiscard]] QSize minimumSizeHint() const override { return sizeHint(); }
 
   protected:
     void nextCheckState() override {} // the list says whether it is the current one
@@ -159,6 +164,8 @@ TargetSideBar::TargetSideBar(QWidget *parent)
 void TargetSideBar::SetSizes() {
     const int unit = static_cast<int>(UnitOf(EmOf(font())));
     fSearch->setMinimumHeight(static_cast<int>(EmOf(font()) * 1.65));
+    fSearch->setMinimumWidth(fSearch->minimumSizeHint().width() +
+                             fSearch->fontMetrics().horizontalAdvance(fSearch->placeholderText()));
     layout()->itemAt(0)->layout()->setContentsMargins(2 * unit, 2 * unit, 2 * unit, unit);
     layout()->itemAt(layout()->count() - 1)->layout()->setContentsMargins(unit, unit, unit, unit);
     fNone->setContentsMargins(2 * unit, unit, unit, unit);
