@@ -2,6 +2,7 @@
 
 #include "pane/painted_icon.h"
 #include "pane/pane_text.h"
+#include "pane/panel_icons.h"
 
 #include <QCollator>
 
@@ -104,7 +105,7 @@ void ApplicationIcons::LookUpSome() {
 
 QIcon ApplicationIcons::LookUp(const QString &fileName, const QString &name) const {
     if (fileName.isEmpty()) {
-        const QIcon global = QIcon::fromTheme(QStringLiteral("preferences-desktop-peripherals"));
+        const QIcon global = PanelIcon("preferences-desktop-peripherals");
         return global.isNull() ? TileOf(fileName, name) : global;
     }
     Read();

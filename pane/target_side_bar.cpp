@@ -62,7 +62,7 @@ class GlobalRow : public QAbstractButton {
         }
         const int side = static_cast<int>(std::lround(kIconEms * em));
         const QRect iconPlace(static_cast<int>(2 * unit), (height() - side) / 2, side, side);
-        icon().paint(&painter, iconPlace);
+        icon().paint(&painter, iconPlace, Qt::AlignCenter, isChecked() ? QIcon::Selected : QIcon::Normal);
         PaintTexts(painter, rect().adjusted(iconPlace.right() + static_cast<int>(2 * unit), 0,
                                             static_cast<int>(-2 * unit), 0));
         if (hasFocus()) {
