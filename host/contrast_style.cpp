@@ -15,7 +15,9 @@ namespace {
 constexpr auto kOutlined = std::to_array<QStyle::PrimitiveElement>({
     QStyle::PE_PanelLineEdit,
     QStyle::PE_IndicatorCheckBox,
+    QStyle::PE_FrameTabWidget,
 });
+constexpr int kBarHeight = 4; // pixels
 
 void Outline(const QStyleOption &option, QPainter *painter) {
     if (!IsHighContrast(option.palette)) {
@@ -29,6 +31,16 @@ void Outline(const QStyleOption &option, QPainter *painter) {
         option.palette.color(isEnabled ? QPalette::Active : QPalette::Disabled, QPalette::WindowText));
     painter->drawRoundedRect(QRectF(option.rect).adjusted(0.5, 0.5, -0.5, -0.5), 2, 2);
     painter->restore();
+}
+
+// The chosen one has a bar, too.
+void OutlineTab(const QStyleOption &option, QPainter *painter) {
+    Outline(option, painter);
+    if (IsHighContrast(option.palette) && option.state.testFlag(QStyle::State_Selected)) {
+        QRect bar = option.rect;
+        bar.setHeight(kBarHeight);
+        painter->fillRect(bar, option.palette.color(QPalette::WindowText));
+    }
 }
 
 void OutlineCircle(const QStyleOption &option, QPainter *painter) {
@@ -59,6 +71,8 @@ void ContrastStyle::drawControl(ControlElement element, const QStyleOption *opti
     QProxyStyle::drawControl(element, option, painter, widget);
     if (element == CE_PushButtonBevel) {
         Outline(*option, painter);
+    } else if (element == CE_TabBarTabShape) {
+        OutlineTab(*option, painter);
     }
 }
 
@@ -68,10 +82,21 @@ void ContrastStyle::drawComplexControl(ComplexControl control, const QStyleOptio
     if (control == CC_ComboBox) {
         Outline(*option, painter);
     }
+    if (control == CC_ScrollBar) {
+        QStyleOption slider(*option);
+        slider.rect = subControlRect(CC_ScrollBar, option, SC_ScrollBarSlider, widget);
+        Outline(slider, painter);
+    }
     if (control == CC_Slider && IsHighContrast(option->palette)) {
         QStyleOption groove(*option);
-        groove.rect = subControlRect(CC_Slider, option, SC_SliderHandle, widget);
-        OutlineCircle(groove, painter);
+        QStyleOption handle(*option);
+        groove.rect = subControlRect(CC_Slider, option, SC_SliderGroove, widget);
+        handle.rect = subControlRect(CC_Slider, option, SC_SliderHandle, widget);
+        painter->save();
+        painter->setClipRegion(QRegion(groove.rect) - QRegion(handle.rect));
+        Outline(groove, painter);
+        painter->restore();
+        OutlineCircle(handle, painter);
     }
 }
 

@@ -170,10 +170,11 @@ int main(int argc, char **argv) {
     if (picture.file.isEmpty() && !instance.Acquire(file)) {
         return 0;
     }
-    UsePictureColors(picture);
+    UsePictureLook(picture);
     UseContrastStyle();
     PanelWindow window;
-    const PanelUse use = picture.file.isEmpty() ? PanelUse::Work : PanelUse::Picture;
+    const bool isDrawnOnly = !picture.file.isEmpty() && picture.steps.isEmpty();
+    const PanelUse use = isDrawnOnly ? PanelUse::Picture : PanelUse::Work;
     if (!window.LoadPanel(use, &problem)) {
         return Fail(problem, 1);
     }
@@ -181,7 +182,8 @@ int main(int argc, char **argv) {
         return Fail(problem, 1);
     }
     if (!picture.file.isEmpty()) {
-        return WritePicture(window, picture, &problem) ? 0 : Fail(problem, 1);
+        const auto write = isDrawnOnly ? WritePicture : WritePictureAfterSteps;
+        return write(window, picture, &problem) ? 0 : Fail(problem, 1);
     }
     ObeyEndRequests(application);
 #if QT_CONFIG(sessionmanager)

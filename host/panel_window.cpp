@@ -82,10 +82,10 @@ bool PanelWindow::LoadPanel(PanelUse use, QString *problem) {
         *problem = fLoader.errorString();
         return false;
     }
-    layout()->addWidget(new ViewScroller(fPanel->mainView(), this));
     if (use == PanelUse::Picture) {
         fPanel->setDrawnOnly();
     }
+    layout()->addWidget(new ViewScroller(fPanel->mainView(), this));
     fPanel->mainViewDidLoad();
     return true;
 }

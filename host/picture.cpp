@@ -2,14 +2,20 @@
 
 #include "host/host_text.h"
 #include "host/panel_window.h"
+#include "host/picture_steps.h"
 
 #include <QApplication>
+#include <QIcon>
+#include <QPainter>
 #include <QPalette>
 #include <QPixmap>
 #include <QRegularExpression>
+#include <QStandardPaths>
+#include <QTimer>
 
 #include <algorithm>
 #include <array>
+#include <chrono>
 #include <utility>
 
 namespace drevix {
@@ -18,6 +24,8 @@ namespace {
 constexpr int kMaxPictureSide = 8000; // pixels; Qt gives up on pictures that do not fit into memory
 constexpr double kMinScale = 0.5;
 constexpr double kMaxScale = 8;
+constexpr auto kRestTime =
+    std::chrono::milliseconds(300); // icons and names of applications come after the first paint
 
 std::optional<QSize> SizeFromText(const QString &text) {
     static const QRegularExpression form(QStringLiteral("^(\\d{1,5})x(\\d{1,5})$"));
@@ -85,6 +93,9 @@ QList<QCommandLineOption> PictureOptions() {
         option("page", Host::tr("Show page N, from 0."), "N"),
         option("control", Host::tr("Show the control KEY, such as buttonII."), "KEY"),
         option("pressed", Host::tr("Show the control KEY as pressed on the device."), "KEY"),
+        option("step", Host::tr("Do this at the panel before, such as \"press Ctrl+K\"; see the manual."),
+               "STEP"),
+        option("icons", Host::tr("Take the icons of THEME."), "THEME"),
         option("size", Host::tr("Make the picture's window this large."), "WIDTHxHEIGHT"),
         option("scale", Host::tr("Draw FACTOR times as large."), "FACTOR"),
         QCommandLineOption(QStringLiteral("dark"), Host::tr("Draw light text on dark ground.")),
@@ -98,6 +109,8 @@ PictureRequest ReadPictureRequest(const QCommandLineParser &options, QString *pr
     request.app = options.value(QStringLiteral("app"));
     request.control = options.value(QStringLiteral("control"));
     request.pressed = options.value(QStringLiteral("pressed"));
+    request.icons = options.value(QStringLiteral("icons"));
+    request.steps = options.values(QStringLiteral("step"));
     request.isDark = options.isSet(QStringLiteral("dark"));
     request.isContrast = options.isSet(QStringLiteral("contrast"));
     if (options.isSet(QStringLiteral("page"))) {
@@ -123,7 +136,14 @@ PictureRequest ReadPictureRequest(const QCommandLineParser &options, QString *pr
     return request;
 }
 
-void UsePictureColors(const PictureRequest &request) {
+void UsePictureLook(const PictureRequest &request) {
+    if (!request.icons.isEmpty()) {
+        QStringList folders = QIcon::themeSearchPaths(); // none without a desktop
+        folders += QStandardPaths::locateAll(QStandardPaths::GenericDataLocation, QStringLiteral("icons"),
+                                             QStandardPaths::LocateDirectory);
+        QIcon::setThemeSearchPaths(folders);
+        QIcon::setThemeName(request.icons);
+    }
     if (request.isContrast) {
         UseContrast(request.isDark ? Qt::black : Qt::white, request.isDark ? Qt::white : Qt::black);
         return;
@@ -160,17 +180,72 @@ bool ShowRequested(PreferencePane &panel, const PictureRequest &request, QString
     return true;
 }
 
+namespace {
+
+bool Save(const QPixmap &picture, const PictureRequest &request, QString *problem) {
+    if (!picture.save(request.file, "PNG")) {
+        *problem = Host::tr("The picture could not be written to \"%1\".").arg(request.file);
+        return false;
+    }
+    return true;
+}
+
+// The window and what is open above it, as on a screen; a dialog gets the line that a window manager draws around it.
+QPixmap GrabWithDialogs(const QWidget &window) {
+    QWidgetList shown = QApplication::topLevelWidgets();
+    shown.removeIf([](const QWidget *widget) { return !widget->isVisible(); });
+    std::ranges::stable_sort(shown, {}, [&window](const QWidget *widget) {
+        return widget == &window ? 0 : widget->windowType() != Qt::Popup ? 1 : 2;
+    });
+    QRect area;
+    for (const QWidget *widget : shown) {
+        area |= widget->geometry();
+    }
+    const qreal ratio = window.devicePixelRatioF();
+    QPixmap picture(area.size() * ratio);
+    picture.setDevicePixelRatio(ratio);
+    picture.fill(Qt::gray);
+    QPainter painter(&picture);
+    painter.translate(-area.topLeft());
+    for (QWidget *widget : shown) {
+        painter.drawPixmap(widget->geometry().topLeft(), widget->grab());
+        if (widget != &window) {
+            painter.setPen(Qt::gray);
+            painter.drawRect(widget->geometry().adjusted(-1, -1, 0, 0));
+        }
+    }
+    return picture;
+}
+
+} // namespace
+
 bool WritePicture(PanelWindow &window, const PictureRequest &request, QString *problem) {
     if (request.size) {
         window.resize(*request.size);
     }
     window.ShowForPicture();
     QCoreApplication::processEvents(); // the lists lay themselves out once they are shown
-    if (!window.grab().save(request.file, "PNG")) {
-        *problem = Host::tr("The picture could not be written to \"%1\".").arg(request.file);
+    return Save(window.grab(), request, problem);
+}
+
+bool WritePictureAfterSteps(PanelWindow &window, const PictureRequest &request, QString *problem) {
+    PictureSteps steps(request.steps, problem);
+    if (!problem->isEmpty()) {
         return false;
     }
-    return true;
+    QApplication::setCursorFlashTime(0);
+    window.resize(request.size.value_or(window.sizeHint()));
+    window.show();
+    bool isWritten = false;
+    steps.Start([&](const QString &undone) {
+        QTimer::singleShot(kRestTime, &window, [&, undone] {
+            *problem = undone;
+            isWritten = undone.isEmpty() && Save(GrabWithDialogs(window), request, problem);
+            QApplication::exit(); // to quit would close the window, which saves
+        });
+    });
+    QApplication::exec();
+    return isWritten;
 }
 
 } // namespace drevix

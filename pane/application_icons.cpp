@@ -1,10 +1,10 @@
 #include "pane/application_icons.h"
 
+#include "pane/painted_icon.h"
 #include "pane/pane_text.h"
+#include "pane/panel_icons.h"
 
 #include <QCollator>
-#include <QIconEngine>
-#include <QPainter>
 
 #include <algorithm>
 
@@ -23,7 +23,7 @@ std::uint32_t HashOf(const QString &name) {
 }
 
 // A square with a letter, sharp in every size.
-class TileEngine : public QIconEngine {
+class TileEngine : public PaintedIcon {
   public:
     TileEngine(const QString &fileName, const QString &name)
         : fLetter(name.isEmpty() ? QString() : name.left(name.front().isHighSurrogate() ? 2 : 1).toUpper()),
@@ -42,13 +42,6 @@ class TileEngine : public QIconEngine {
         painter->setPen(Qt::white);
         painter->drawText(rect, Qt::AlignCenter, fLetter);
         painter->restore();
-    }
-    QPixmap pixmap(const QSize &size, QIcon::Mode mode, QIcon::State state) override {
-        QPixmap pixmap(size);
-        pixmap.fill(Qt::transparent);
-        QPainter painter(&pixmap);
-        paint(&painter, QRect(QPoint(), size), mode, state);
-        return pixmap;
     }
 
   private:
@@ -112,7 +105,7 @@ void ApplicationIcons::LookUpSome() {
 
 QIcon ApplicationIcons::LookUp(const QString &fileName, const QString &name) const {
     if (fileName.isEmpty()) {
-        const QIcon global = QIcon::fromTheme(QStringLiteral("preferences-desktop-peripherals"));
+        const QIcon global = PanelIcon("preferences-desktop-peripherals");
         return global.isNull() ? TileOf(fileName, name) : global;
     }
     Read();

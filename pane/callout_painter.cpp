@@ -102,10 +102,11 @@ void CalloutPainter::PaintTexts(QPainter &painter, const Callout &callout, const
     QRectF actionRoom = nameRoom;
     const QString shownName = nameMetrics.elidedText(name, Qt::ElideRight, nameRoom.width());
     if (fForm == CalloutForm::TwoLines) {
-        const qreal lines = nameMetrics.height() + actionMetrics.height();
+        const qreal gap = fUnit / 2; // for letters with a mark above
+        const qreal lines = nameMetrics.height() + gap + actionMetrics.height();
         nameRoom.setTop(callout.frame.top() + (callout.frame.height() - lines) / 2);
         nameRoom.setHeight(nameMetrics.height());
-        actionRoom.setTop(nameRoom.bottom());
+        actionRoom.setTop(nameRoom.bottom() + gap);
         actionRoom.setHeight(actionMetrics.height());
     } else {
         const qreal taken = nameMetrics.horizontalAdvance(shownName) + 2 * fUnit;

@@ -1,6 +1,7 @@
 #include "pane/find_panel.h"
 
 #include "pane/look.h"
+#include "pane/panel_icons.h"
 
 #include <QAccessible>
 #include <QApplication>
@@ -51,7 +52,16 @@ class FoundDelegate : public QStyledItemDelegate {
         painter->drawText(room, Qt::AlignRight | Qt::AlignVCenter, index.data(kBesideRole).toString(),
                           &besideRect);
         painter->setPen(isEnabled ? strong : dim);
-        PaintTitle(painter, option.font, room.adjusted(0, 0, -besideRect.width() - margin, 0), index);
+        QRect rest = room.adjusted(0, 0, -besideRect.width() - margin, 0);
+        if (const auto icon = index.data(Qt::DecorationRole).value<QIcon>(); !icon.isNull()) {
+            const int side = option.decorationSize.width();
+            icon.paint(painter, QRect(rest.left(), rest.top(), side, rest.height()), Qt::AlignCenter,
+                       isSelected   ? QIcon::Selected
+                       : !isEnabled ? QIcon::Disabled
+                                    : QIcon::Normal);
+            rest.setLeft(rest.left() + side + margin);
+        }
+        PaintTitle(painter, option.font, rest, index);
     }
 
   private:
@@ -89,6 +99,7 @@ FindPanel::FindPanel(QWidget *parent)
     fQuery->setPlaceholderText(tr("Search actions, or type a keystroke such as ctrl+s"));
     fQuery->setAccessibleName(tr("Search actions"));
     fQuery->setClearButtonEnabled(true);
+    fQuery->addAction(PanelIcon("edit-find", "system-search", Drawing::Lens), QLineEdit::LeadingPosition);
     fQuery->installEventFilter(this);
     fList->setObjectName(QStringLiteral("uiFindList"));
     fList->setAccessibleName(tr("Actions"));
@@ -96,6 +107,9 @@ FindPanel::FindPanel(QWidget *parent)
     fList->setFrameShape(QFrame::NoFrame);
     fList->setUniformItemSizes(true);
     fList->setFocusProxy(fQuery);
+    const int side = style()->pixelMetric(QStyle::PM_SmallIconSize);
+    fList->setIconSize({side, side});
+    fIcons = ActionMenuIcons(fList->iconSize());
     fHint->setFont(ScaledFont(font(), 0.9));
     auto *const box = new QVBoxLayout(this);
     box->addWidget(fQuery);
@@ -157,7 +171,8 @@ void FindPanel::AddKeystroke(const TypedKeystroke &keystroke) {
     ActionSlot slot{};
     slot.keyCode = keystroke.keyCode;
     slot.modifiers = keystroke.modifiers;
-    auto *const item = new QListWidgetItem(KeyCapTexts(slot).join(QLatin1Char('+')), fList);
+    auto *const item = new QListWidgetItem(fIcons[static_cast<int>(ActionMenuEntry::Keystroke)],
+                                           KeyCapTexts(slot).join(QLatin1Char('+')), fList);
     item->setData(kEntryRole, kTypedKeystroke);
     item->setData(kBesideRole, tr("Keystroke"));
     item->setData(Qt::AccessibleDescriptionRole, tr("Keystroke"));
@@ -170,7 +185,7 @@ void FindPanel::AddAction(const FoundAction &found, const QString &reason) {
         parts << static_cast<int>(part.start) << static_cast<int>(part.length);
     }
     const QString beside = reason.isEmpty() ? entry.group : reason;
-    auto *const item = new QListWidgetItem(entry.title, fList);
+    auto *const item = new QListWidgetItem(fIcons[entry.position], entry.title, fList);
     item->setData(kEntryRole, static_cast<int>(found.entry));
     item->setData(kPartsRole, parts);
     item->setData(kBesideRole, beside);

@@ -49,6 +49,7 @@ class FindPanel : public QFrame {
     QLineEdit *fQuery;
     QListWidget *fList;
     QLabel *fHint;
+    QList<QIcon> fIcons; // by position in the action menu
 };
 
 } // namespace drevix

@@ -35,6 +35,11 @@ QColor HyperlinkColor(LinkLook look, const QColor &background) {
     return isDark ? Qt::white : Qt::black;
 }
 
+QColor HyperlinkColor(LinkLook look, const QPalette &palette, QPalette::ColorRole background) {
+    return IsHighContrast(palette) ? palette.color(QPalette::Link)
+                                   : HyperlinkColor(look, palette.color(background));
+}
+
 LinkButton::LinkButton(const QString &title, QWidget *parent) : QPushButton(title, parent) {
     setCursor(Qt::PointingHandCursor);
     setSizePolicy(QSizePolicy::Maximum, QSizePolicy::Fixed);
@@ -50,8 +55,8 @@ void LinkButton::paintEvent(QPaintEvent * /*event*/) {
     QFont linkFont = font();
     linkFont.setUnderline(isEnabled());
     painter.setFont(linkFont);
-    const QColor background = palette().color(backgroundRole());
-    painter.setPen(isEnabled() ? HyperlinkColor(isDown() ? LinkLook::Alternate : LinkLook::Normal, background)
+    const LinkLook look = isDown() ? LinkLook::Alternate : LinkLook::Normal;
+    painter.setPen(isEnabled() ? HyperlinkColor(look, palette(), backgroundRole())
                                : palette().color(QPalette::Disabled, QPalette::WindowText));
     const QString shown =
         painter.fontMetrics().elidedText(text(), Qt::ElideRight, width(), Qt::TextShowMnemonic);
@@ -59,7 +64,7 @@ void LinkButton::paintEvent(QPaintEvent * /*event*/) {
     if (hasFocus()) {
         QStyleOptionFocusRect frame;
         frame.initFrom(this);
-        frame.backgroundColor = background;
+        frame.backgroundColor = palette().color(backgroundRole());
         style()->drawPrimitive(QStyle::PE_FrameFocusRect, &frame, &painter, this);
     }
 }

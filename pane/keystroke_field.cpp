@@ -27,8 +27,9 @@ bool StartsWaiting(const QKeyEvent &event) {
 }
 
 constexpr qreal kStoredNameSize = 0.9;
-constexpr qreal kEdgeShare = 0.45; // of a cap's edge, between Window and WindowText
-constexpr qreal kCapRadius = 3;    // pixels
+constexpr qreal kEdgeShare = 0.45;   // of a cap's edge, between Window and WindowText
+constexpr qreal kCapRadius = 3;      // pixels
+constexpr qreal kRecordDotEms = 0.7; // where the centre of the dot of all that records lies
 
 // A screen lock waits in vain for a keyboard that another program has.
 constexpr std::chrono::seconds kLongestGrab{30};
@@ -77,6 +78,7 @@ void KeystrokeField::SetWaiting(bool isWaiting) {
         return;
     }
     fIsWaiting = isWaiting;
+    setTextMargins(isWaiting ? static_cast<int>(EmOf(font()) * 2 * kRecordDotEms) - 4 : 0, 0, 0, 0);
     fGrabLimit.stop();
     fIsDesktopFirst = false;
     if (isWaiting) {
@@ -168,6 +170,11 @@ void KeystrokeField::paintEvent(QPaintEvent *event) {
         QPainter painter(this);
         painter.setPen(QPen(palette().highlight(), kFrameWidth, Qt::SolidLine, Qt::SquareCap, Qt::MiterJoin));
         painter.drawRect(rect().adjusted(1, 1, -1, -1));
+        const qreal em = EmOf(font());
+        painter.setRenderHint(QPainter::Antialiasing);
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(palette().highlight());
+        painter.drawEllipse(QPointF(kRecordDotEms * em, height() / 2.0), em / 4, em / 4);
     }
 }
 

@@ -1,7 +1,9 @@
 #include "pane/look.h"
 
+#include <QEvent>
 #include <QFontMetricsF>
 #include <QPainter>
+#include <QWidget>
 
 #include <algorithm>
 #include <cmath>
@@ -27,6 +29,35 @@ qreal Linear(int channel) {
 qreal Luminance(const QColor &color) {
     return 0.2126 * Linear(color.red()) + 0.7152 * Linear(color.green()) + 0.0722 * Linear(color.blue());
 }
+
+class ForegroundKeeper : public QObject {
+  public:
+    ForegroundKeeper(QWidget *widget, QColor (*color)(const QPalette &palette))
+        : QObject(widget), fWidget(widget), fColor(color) {
+        Apply();
+    }
+
+  protected:
+    bool eventFilter(QObject *watched, QEvent *event) override {
+        if (event->type() == QEvent::PaletteChange) {
+            Apply();
+        }
+        return QObject::eventFilter(watched, event);
+    }
+
+  private:
+    // The same palette again is no change, so this ends.
+    void Apply() {
+        QPalette palette = fWidget->palette();
+        const QColor color = fColor(fWidget->parentWidget()->palette());
+        palette.setColor(QPalette::Active, QPalette::WindowText, color);
+        palette.setColor(QPalette::Inactive, QPalette::WindowText, color);
+        fWidget->setPalette(palette);
+    }
+
+    QWidget *fWidget;
+    QColor (*fColor)(const QPalette &palette);
+};
 
 } // namespace
 
@@ -75,6 +106,10 @@ QColor DimColor(const QPalette &palette) {
 QColor HairlineColor(const QPalette &palette) {
     const QColor text = palette.color(QPalette::WindowText);
     return IsHighContrast(palette) ? text : Blend(palette.color(QPalette::Window), text, kHairlineShare);
+}
+
+void KeepForeground(QWidget *widget, QColor (*color)(const QPalette &palette)) {
+    widget->installEventFilter(new ForegroundKeeper(widget, color));
 }
 
 QColor StripeColor(const QPalette &palette, Tint tint) {

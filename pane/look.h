@@ -9,6 +9,7 @@
 
 class QPainter;
 class QRectF;
+class QWidget;
 
 namespace drevix {
 
@@ -37,6 +38,10 @@ inline constexpr int kLeastTarget = 24;
 // The colour of names and hints, and of thin lines.
 [[nodiscard]] QColor DimColor(const QPalette &palette);
 [[nodiscard]] QColor HairlineColor(const QPalette &palette);
+
+// Keeps what a widget paints in the window's text colour in another one, made of its parent's palette, whatever that
+// becomes.
+void KeepForeground(QWidget *widget, QColor (*color)(const QPalette &palette));
 
 // What a bar across the panel is about.
 enum class Tint : std::uint8_t { None, Unsaved, News, Failure };

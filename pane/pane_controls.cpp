@@ -127,6 +127,7 @@ void DrevixPane::BuildMenus() {
         }
     }
     ShowActionIcons();
+    uiSettingsButtonFind->setIcon(PanelIcon("edit-find", "system-search", Drawing::Lens));
     for (const GroupMenu &group : GroupMenus()) {
         FillGroupMenu(MenuOf(group), group);
     }
@@ -137,21 +138,11 @@ void DrevixPane::BuildMenus() {
     FillMenu(uiSettingsMenuExtraKeys, kExtraKeys);
 }
 
-// Items without an icon of their own get an empty one, so that all titles begin in one line; with a theme that has none of
-// the icons, no item has one.
 void DrevixPane::ShowActionIcons() {
-    QPixmap nothing(uiSettingsMenuAction->iconSize());
-    nothing.fill(Qt::transparent);
-    QList<QIcon> icons;
-    for (const char *const name : kActionIcons) {
-        icons += name != nullptr ? PanelIcon(name) : QIcon();
-    }
-    if (std::ranges::all_of(icons, &QIcon::isNull)) {
-        return;
-    }
+    const QList<QIcon> icons = ActionMenuIcons(uiSettingsMenuAction->iconSize());
     for (int i = 0; i < kActionMenuPositions; ++i) {
         if (!ActionMenuTitle(i).empty()) {
-            uiSettingsMenuAction->setItemIcon(i, icons[i].isNull() ? QIcon(nothing) : icons[i]);
+            uiSettingsMenuAction->setItemIcon(i, icons[i]);
         }
     }
 }
@@ -215,6 +206,14 @@ void DrevixPane::BuildAreas() {
     scale(uiSettingsTextButtons, kNoteScale, false);
     scale(uiSettingsTextAxis, kNoteScale, false);
     scale(uiSettingsTextKeystroke, kNoteScale, false);
+    for (QLabel *note :
+         std::to_array<QLabel *>({uiHeaderTextNote, uiSettingsTextUse, uiSettingsTextButtons,
+                                  uiSettingsTextAxis, uiSettingsTextKeystroke, uiInfoTextNone,
+                                  uiInfoTextCount, uiInfoTextFirmwareVers, uiInfoTextSerialNumber})) {
+        KeepForeground(note, DimColor);
+    }
+    uiEditorLine->setFrameShadow(QFrame::Plain);
+    KeepForeground(uiEditorLine, HairlineColor);
     uiSettingsButtonFactory->setMinimumWidth(static_cast<int>(4 * em));
     for (QWidget *target : fMainView->findChildren<QWidget *>()) {
         const bool isTarget = std::ranges::any_of(

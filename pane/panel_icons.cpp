@@ -1,12 +1,14 @@
 #include "pane/panel_icons.h"
 
+#include "pane/editor_tables.h"
+#include "pane/painted_icon.h"
+
 #include <QGuiApplication>
-#include <QIconEngine>
-#include <QPainter>
 #include <QPainterPath>
 #include <QPalette>
 
 #include <algorithm>
+#include <utility>
 
 namespace drevix {
 namespace {
@@ -44,7 +46,14 @@ QPainterPath PathOf(Drawing drawing) {
     return path;
 }
 
-class DrawnIcon : public QIconEngine {
+// The colour of text, in which signs are painted.
+QColor ColorOfSign(QIcon::Mode mode) {
+    return QGuiApplication::palette().color(mode == QIcon::Disabled ? QPalette::Disabled : QPalette::Active,
+                                            mode == QIcon::Selected ? QPalette::HighlightedText
+                                                                    : QPalette::WindowText);
+}
+
+class DrawnIcon : public PaintedIcon {
   public:
     explicit DrawnIcon(Drawing drawing) : fDrawing(drawing) {}
     void paint(QPainter *painter, const QRect &place, QIcon::Mode mode, QIcon::State /*state*/) override {
@@ -53,19 +62,9 @@ class DrawnIcon : public QIconEngine {
         painter->setRenderHint(QPainter::Antialiasing);
         painter->translate(QRectF(place).center() - QPointF(side, side) / 2);
         painter->scale(side / kGrid, side / kGrid);
-        const auto group = mode == QIcon::Disabled ? QPalette::Disabled : QPalette::Active;
-        const auto role = mode == QIcon::Selected ? QPalette::HighlightedText : QPalette::WindowText;
-        painter->setPen(
-            QPen(QGuiApplication::palette().color(group, role), kPen, Qt::SolidLine, Qt::RoundCap));
+        painter->setPen(QPen(ColorOfSign(mode), kPen, Qt::SolidLine, Qt::RoundCap));
         painter->drawPath(PathOf(fDrawing));
         painter->restore();
-    }
-    QPixmap pixmap(const QSize &size, QIcon::Mode mode, QIcon::State state) override {
-        QPixmap pixmap(size);
-        pixmap.fill(Qt::transparent);
-        QPainter painter(&pixmap);
-        paint(&painter, QRect(QPoint(), size), mode, state);
-        return pixmap;
     }
     [[nodiscard]] QIconEngine *clone() const override { return new DrawnIcon(fDrawing); }
 
@@ -73,19 +72,53 @@ class DrawnIcon : public QIconEngine {
     Drawing fDrawing;
 };
 
+// A symbolic icon of the theme: its shape alone counts, as its own colour is seen on light ground only.
+class SymbolicIcon : public PaintedIcon {
+  public:
+    explicit SymbolicIcon(QIcon shape) : fShape(std::move(shape)) {}
+    void paint(QPainter *painter, const QRect &place, QIcon::Mode mode, QIcon::State /*state*/) override {
+        QPixmap sign = fShape.pixmap(place.size(), painter->device()->devicePixelRatioF());
+        QPainter color(&sign);
+        color.setCompositionMode(QPainter::CompositionMode_SourceIn);
+        color.fillRect(QRect(QPoint(), place.size()), ColorOfSign(mode));
+        color.end();
+        const QSize size = sign.deviceIndependentSize().toSize();
+        painter->drawPixmap(place.center() - QRect(QPoint(), size).center(), sign);
+    }
+    [[nodiscard]] QIconEngine *clone() const override { return new SymbolicIcon(fShape); }
+
+  private:
+    QIcon fShape;
+};
+
+constexpr QLatin1String kSymbolic("-symbolic");
+
 } // namespace
 
 QIcon PanelIcon(const char *name, const char *standIn, Drawing drawing) {
     for (const char *wanted : {name, standIn}) {
-        for (const char *form : {"", "-symbolic"}) {
-            QIcon found =
-                wanted != nullptr ? QIcon::fromTheme(QLatin1String(wanted) + QLatin1String(form)) : QIcon();
+        for (const QLatin1String form : {kSymbolic, QLatin1String()}) {
+            const QString full = QLatin1String(wanted) + form;
+            QIcon found = wanted != nullptr ? QIcon::fromTheme(full) : QIcon();
             if (!found.availableSizes().isEmpty()) {
-                return found;
+                return full.endsWith(kSymbolic) ? QIcon(new SymbolicIcon(found)) : found;
             }
         }
     }
     return drawing == Drawing::None ? QIcon() : QIcon(new DrawnIcon(drawing));
+}
+
+QList<QIcon> ActionMenuIcons(const QSize &size) {
+    QList<QIcon> icons;
+    for (const char *const name : kActionIcons) {
+        icons += name != nullptr ? PanelIcon(name) : QIcon();
+    }
+    if (std::ranges::any_of(icons, [](const QIcon &icon) { return !icon.isNull(); })) {
+        QPixmap nothing(size);
+        nothing.fill(Qt::transparent);
+        std::ranges::replace_if(icons, &QIcon::isNull, QIcon(nothing));
+    }
+    return icons;
 }
 
 } // namespace drevix

@@ -19,7 +19,7 @@ class PreferencePane {
     // The view, made at the first call; it belongs to whom the host gives it as a child. It must stay until the
     // last willUnselect, and go before the plug-in is unloaded.
     virtual QWidget *mainView() = 0;
-    // Told, if at all, before mainViewDidLoad: the panel will only be drawn. It then starts no program and
+    // Told, if at all, before mainView: the panel will only be drawn. It then starts no program and
     // registers nothing with the system.
     virtual void setDrawnOnly() = 0;
     virtual void mainViewDidLoad() = 0;

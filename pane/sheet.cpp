@@ -41,7 +41,8 @@ QFont FontOfSize(int pixels) {
 
 // Paper is white, whatever the desktop's colours are.
 QPalette PaperPalette() {
-    QPalette paper(QColor(0xEFEFEF), Qt::white);
+    // White here and black text would be taken for a wish for all contrast there is.
+    QPalette paper(QColor(0xEFEFEF), QColor(0xEFEFEF));
     for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText}) {
         paper.setColor(role, Qt::black);
     }

@@ -83,7 +83,7 @@ class RowPainter {
     }
     void PaintAdd() {
         fPainter.setFont(fOption.font);
-        fPainter.setPen(HyperlinkColor(LinkLook::Normal, fOption.palette.color(QPalette::Window)));
+        fPainter.setPen(HyperlinkColor(LinkLook::Normal, fOption.palette, QPalette::Window));
         fPainter.drawText(TargetDelegate::AddRect(fOption.rect, fOption.font), Qt::AlignCenter, AddText());
         fRoom.setRight(TargetDelegate::AddRect(fOption.rect, fOption.font).left());
     }

@@ -1,6 +1,5 @@
 #include "pane/target_side_bar.h"
 
-#include "pane/elided_label.h"
 #include "pane/look.h"
 #include "pane/panel_icons.h"
 #include "pane/target_delegate.h"
@@ -10,6 +9,7 @@
 #include <QComboBox>
 #include <QHBoxLayout>
 #include <QKeyEvent>
+#include <QLabel>
 #include <QLineEdit>
 #include <QListView>
 #include <QMenu>
@@ -38,8 +38,13 @@ class GlobalRow : public QAbstractButton {
     }
     [[nodiscard]] QSize sizeHint() const override {
         const qreal em = EmOf(font());
-        return {static_cast<int>(8 * em), static_cast<int>(std::lround(kGlobalEms * em))};
+        const int texts = std::max(fontMetrics().horizontalAdvance(text()),
+                                   QFontMetrics(ScaledFont(font(), kNoteSize))
+                                       .horizontalAdvance(TargetSideBar::tr("Every other application")));
+        return {static_cast<int>(std::ceil(kIconEms * em + 6 * UnitOf(em))) + texts,
+                static_cast<int>(std::lround(kGlobalEms * em))};
     }
+    [[nodiscard]] QSize minimumSizeHint() const override { return sizeHint(); }
 
   protected:
     void nextCheckState() override {} // the list says whether it is the current one
@@ -57,7 +62,7 @@ class GlobalRow : public QAbstractButton {
         }
         const int side = static_cast<int>(std::lround(kIconEms * em));
         const QRect iconPlace(static_cast<int>(2 * unit), (height() - side) / 2, side, side);
-        icon().paint(&painter, iconPlace);
+        icon().paint(&painter, iconPlace, Qt::AlignCenter, isChecked() ? QIcon::Selected : QIcon::Normal);
         PaintTexts(painter, rect().adjusted(iconPlace.right() + static_cast<int>(2 * unit), 0,
                                             static_cast<int>(-2 * unit), 0));
         if (hasFocus()) {
@@ -103,7 +108,7 @@ QToolButton *MakeButton(QWidget *parent, const char *name) {
 
 TargetSideBar::TargetSideBar(QWidget *parent)
     : QWidget(parent), fSearch(new QLineEdit(this)), fGlobal(new GlobalRow(this)), fView(new QListView(this)),
-      fNone(new ElidedLabel(this)), fAdd(MakeButton(this, "uiTargetButtonAdd")),
+      fNone(new QLabel(this)), fAdd(MakeButton(this, "uiTargetButtonAdd")),
       fRemove(MakeButton(this, "uiTargetButtonDelete")), fMore(MakeButton(this, "uiTargetButtonMore")) {
     fSearch->setObjectName(QStringLiteral("uiTargetSearch"));
     fSearch->setPlaceholderText(tr("Search applications"));
@@ -126,6 +131,9 @@ TargetSideBar::TargetSideBar(QWidget *parent)
     fView->setMouseTracking(true);
     fView->installEventFilter(this);
     fNone->setObjectName(QStringLiteral("uiTargetNone"));
+    fNone->setTextFormat(Qt::PlainText); // what was typed is no markup
+    fNone->setWordWrap(true);
+    fNone->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Minimum);
     fNone->hide();
 
     auto *const buttons = new QHBoxLayout;
@@ -155,6 +163,8 @@ TargetSideBar::TargetSideBar(QWidget *parent)
 void TargetSideBar::SetSizes() {
     const int unit = static_cast<int>(UnitOf(EmOf(font())));
     fSearch->setMinimumHeight(static_cast<int>(EmOf(font()) * 1.65));
+    fSearch->setMinimumWidth(fSearch->minimumSizeHint().width() +
+                             fSearch->fontMetrics().horizontalAdvance(fSearch->placeholderText()));
     layout()->itemAt(0)->layout()->setContentsMargins(2 * unit, 2 * unit, 2 * unit, unit);
     layout()->itemAt(layout()->count() - 1)->layout()->setContentsMargins(unit, unit, unit, unit);
     fNone->setContentsMargins(2 * unit, unit, unit, unit);

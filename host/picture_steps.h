@@ -1,0 +1,33 @@
+// What a person does at the panel before it is drawn: clicks, keys and waiting, one after the other.
+#pragma once
+
+#include <QObject>
+#include <QStringList>
+#include <QTimer>
+
+#include <chrono>
+#include <functional>
+
+namespace drevix {
+
+class PictureSteps : public QObject {
+    Q_OBJECT
+
+  public:
+    // Steps such as "click uiPaneButtonApply"; the manual page lists the words. `problem` is set when there is none such.
+    PictureSteps(QStringList steps, QString *problem);
+
+    // Does them from the event loop, and then calls `done`: with an empty text, or with what could not be done within ten
+    // seconds.
+    void Start(std::function<void(const QString &problem)> done);
+
+  private:
+    void DoNext();
+
+    QStringList fSteps; // those left
+    QTimer fTimer;
+    std::chrono::steady_clock::time_point fDeadline; // of the first of them
+    std::function<void(const QString &problem)> fDone;
+};
+
+} // namespace drevix
