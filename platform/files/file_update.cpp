@@ -81,15 +81,23 @@ bool IsCopyOf(const std::string &path, const std::string &other) {
            bytes == otherBytes;
 }
 
+// noErr if something has that name, fnfErr if nothing has; or the error, after which it may be taken.
+OSErr LookAt(const std::string &path) {
+    struct stat status {};
+    return CurrentDisk().StatusAt(path.c_str(), &status) == 0 ? noErr : LastError();
+}
+
 // Moves the file at `path` to the first free of `path`.1, `path`.2, ...
 OSErr MoveToFreeName(const std::string &path) {
     for (int i = 1; i <= kMostKept; ++i) {
         const std::string free = path + "." + std::to_string(i);
-        struct stat status {};
-        if (CurrentDisk().StatusAt(free.c_str(), &status) == 0) {
-            continue;
+        const OSErr found = LookAt(free);
+        if (found == fnfErr) {
+            return CurrentDisk().Rename(path.c_str(), free.c_str()) == 0 ? noErr : LastError();
         }
-        return CurrentDisk().Rename(path.c_str(), free.c_str()) == 0 ? noErr : LastError();
+        if (found != noErr) {
+            return found;
+        }
     }
     return dirFulErr;
 }
@@ -352,13 +360,11 @@ OSErr KeepFileAside(const std::string &path, const std::string &keptPath) try {
     if (status != noErr) {
         return status;
     }
-    struct stat ignored {};
-    if (CurrentDisk().StatusAt(keptPath.c_str(), &ignored) == 0) {
-        if (status = MoveToFreeName(keptPath); status != noErr) {
-            return status;
-        }
+    status = LookAt(keptPath);
+    if (status == noErr) {
+        status = MoveToFreeName(keptPath);
     }
-    return ReplaceWholeFile(keptPath, bytes, {original});
+    return status == noErr || status == fnfErr ? ReplaceWholeFile(keptPath, bytes, {original}) : status;
 } catch (const std::bad_alloc &) {
     return memFullErr;
 }

@@ -5,6 +5,7 @@
 #include "platform/files/file_update.h"
 
 #include <array>
+#include <cerrno>
 #include <climits>
 #include <cstdlib>
 #include <new>
@@ -38,6 +39,9 @@ OSErr FollowLinks(const std::string &path, std::string *target) try {
     for (int i = 0; i < kMostLinks; ++i) {
         std::array<char, PATH_MAX> link{};
         const ssize_t length = CurrentDisk().ReadLink(reached.c_str(), link.data(), link.size());
+        if (length < 0 && errno != EINVAL && errno != ENOENT && errno != ENOTDIR) {
+            return LastError(); // it may be a link
+        }
         if (length < 0) { // not a link, or missing
             *target = reached;
             return noErr;

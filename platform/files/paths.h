@@ -17,7 +17,7 @@ namespace drevix {
 [[nodiscard]] std::string JoinPath(std::string_view folder, std::string_view name);
 
 // Follows all links at the last component of `path`, whether or not the target exists. noErr; bdNamErr for a
-// cycle of links; memFullErr.
+// cycle of links; memFullErr; or the error of a path that may be a link and cannot be read.
 [[nodiscard]] OSErr FollowLinks(const std::string &path, std::string *target);
 
 // Creates a folder, accessible only to the user, and missing ones above it, each on the disk for good. noErr, also if it

@@ -88,17 +88,22 @@ OSErr Cut(FileRef file, std::size_t length) {
 // The new bytes first come whole behind the old ones: a disk without room for them says so before the old ones
 // are touched, and while these are being replaced, by a mixture of both that could look like a file as it should
 // be, what stands behind it shows that it is none.
-OSErr WriteOver(FileRef file, std::string_view old, std::string_view bytes) {
+OSErr WriteOver(FileRef file, std::string_view old, std::string_view bytes, bool *isCut) {
     OSErr status = WriteThrough(file, OffsetOfCopy(old, bytes), bytes);
     if (status == noErr) {
         status = WriteThrough(file, 0, bytes);
     }
+    *isCut = status == noErr;
     // Also removes what another program may have appended meanwhile.
     return status == noErr ? Cut(file, bytes.size()) : status;
 }
 
-OSErr WriteBack(FileRef file, std::string_view old) {
-    const OSErr status = WriteThrough(file, 0, old);
+// What may have been cut off is put behind the file again first, for the same reason.
+OSErr WriteBack(FileRef file, std::string_view old, std::string_view bytes, bool isCut) {
+    OSErr status = isCut ? WriteThrough(file, OffsetOfCopy(old, bytes), bytes) : OSErr{noErr};
+    if (status == noErr) {
+        status = WriteThrough(file, 0, old);
+    }
     return status == noErr ? Cut(file, old.size()) : status;
 }
 
@@ -120,8 +125,9 @@ OSErr Replace(const RegularFile &opened, std::string_view bytes) {
     if (status != noErr) {
         return status;
     }
-    status = WriteOver(opened.file.Get(), old, bytes);
-    if (status == noErr || WriteBack(opened.file.Get(), old) == noErr) {
+    bool isCut = false;
+    status = WriteOver(opened.file.Get(), old, bytes, &isCut);
+    if (status == noErr || WriteBack(opened.file.Get(), old, bytes, isCut) == noErr) {
         kept.Drop();
     }
     return status;

@@ -19,7 +19,7 @@ bool FaultyDisk::Fails() {
         onFault();
         return false;
     }
-    errno = fError == 0 && onHalf ? EIO : fError; // of a call that moves no bytes
+    errno = fError == 0 ? EIO : fError; // of a call that moves no bytes
     return true;
 }
 

@@ -60,6 +60,8 @@ class FaultyDisk : public Disk, public Fault {
     std::function<void()> onFault;
     // Called, when set, after half of the bytes of the transfer that meets the fault have been moved.
     std::function<void()> onHalf;
+    // Whether the calls of the last group below are among them.
+    bool failsAll = false;
 
     int Open(const char *path, int flags, mode_t mode) override {
         return Fails() ? -1 : Disk::Open(path, flags, mode);
@@ -100,6 +102,14 @@ class FaultyDisk : public Disk, public Fault {
     }
     int ListFolder(const char *path, std::vector<std::string> *names) override {
         return Fails() ? -1 : Disk::ListFolder(path, names);
+    }
+    int Lock(int fd) override { return failsAll && Fails() ? -1 : Disk::Lock(fd); }
+    int SetOwner(int fd, uid_t user, gid_t group) override {
+        return failsAll && Fails() ? -1 : Disk::SetOwner(fd, user, group);
+    }
+    int Remove(const char *path) override { return failsAll && Fails() ? -1 : Disk::Remove(path); }
+    ssize_t ReadLink(const char *path, char *target, std::size_t size) override {
+        return failsAll && Fails() ? -1 : Disk::ReadLink(path, target, size);
     }
 
   private:

@@ -1,0 +1,198 @@
+// Every call of the disk and every request for memory fails in turn, in each operation on files: nothing stays open, no
+// other file is touched, and trying again does what an undisturbed run does.
+#include "platform/catalog/apple_double.h"
+#include "platform/catalog/catalog.h"
+#include "platform/catalog/named_files.h"
+#include "platform/catalog/resource_file.h"
+#include "platform/files/file_update.h"
+#include "platform/files/files.h"
+#include "platform/files/kept_bytes.h"
+#include "platform/files/shared_file.h"
+#include "platform/files/user_lock.h"
+#include "tests/support/failing_new.h"
+#include "tests/support/testing.h"
+
+namespace drevix::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+// Every file below a folder but locks: its bytes, or where a link leads.
+using State = std::map<std::string, std::string>;
+
+class EveryFault : public testing::Test {
+  protected:
+    // A folder that no cache has seen, with the files that the operations work on.
+    void Prepare() {
+        fs::remove_all(fFolder);
+        fs::remove_all(fScratch.Path("state"));
+        fFolder = fScratch.Path("f" + std::to_string(++fCount));
+        fs::create_directories(fFolder + "/config");
+        WriteWhole(At("file"), "old bytes");
+        WriteWhole(At("other"), "other");
+        fs::create_symlink("file", At("link"));
+        fs::create_symlink(At("link"), At("second"));
+        WriteWhole(At(fLong), "long");
+        AppleDouble companion;
+        SetFInfo(companion, {FourCharCode("TEXT"), FourCharCode("ttxt"), 0});
+        ASSERT_EQ(ResourceForkBytes(std::vector<Resource>{{1, 1, "one", "data"}}, &companion.resourceFork),
+                  noErr);
+        ASSERT_EQ(WriteAppleDouble(At("file"), companion), noErr);
+        fs::remove_all(fScratch.Path("state"));
+        ::setenv("XDG_CONFIG_HOME", At("new/config").c_str(), 1);
+    }
+    [[nodiscard]] std::string At(const std::string &name) const { return fFolder + "/" + name; }
+    [[nodiscard]] FSSpec Spec(std::string_view name) const {
+        FSSpec spec = {kRootVolume, FolderIdFromPath(fFolder), {}};
+        spec.name = Str63FromMacRoman(name);
+        return spec;
+    }
+    [[nodiscard]] State Now() const {
+        State found;
+        for (const char *top : {"state", fFolder.c_str() + fScratch.Path().size() + 1}) {
+            if (!fs::exists(fScratch.Path(top))) {
+                continue;
+            }
+            for (const auto &entry : fs::recursive_directory_iterator(fScratch.Path(top))) {
+                const std::string name =
+                    entry.path().string().substr(entry.path().string().find('/', fScratch.Path().size() + 1));
+                if (entry.is_symlink()) {
+                    found[name] = fs::read_symlink(entry.path()).filename();
+                } else if (entry.is_regular_file() && !name.ends_with(".lock")) {
+                    found[name] = ReadWhole(entry.path());
+                }
+            }
+        }
+        return found;
+    }
+
+    // In memory where there is such a folder: a disk takes 20 times as long to flush.
+    ScopedVariable fFolders{"TMPDIR", fs::is_directory("/dev/shm") ? "/dev/shm" : "/tmp"};
+    ScratchFolder fScratch;
+    std::string fFolder;
+    int fCount = 0;
+    const std::string fLong = std::string(100, 'l') + ".txt";
+};
+
+TEST_F(EveryFault, IsSurvivedAndMadeUpForByTheNextTry) {
+    std::string bytes;
+    FSRef ref;
+    FSSpec spec{};
+    CatalogInfo info{};
+    FInfo finder{};
+    AppleDouble companion;
+    std::vector<Str63> names;
+    std::int16_t volume = 0;
+    std::int32_t folder = 0;
+    const auto update = [&](const char *name, UpdateMethod method) {
+        FileUpdate change;
+        OSErr status = change.Open(At(name), method);
+        if (method == UpdateMethod::Replace) {
+            change.KeepOldAs(At("kept"));
+        }
+        char text[] = "new and longer bytes";
+        IOParam transfer = {change.File(), text, 20, 0, fsAtMark, 0};
+        status = status == noErr ? PBWriteSync(&transfer) : status;
+        return status == noErr ? change.Commit() : status;
+    };
+    const auto ask = [&](std::int32_t id, std::int16_t index, const Str63 &name) {
+        info = {};
+        info.ioVRefNum = kRootVolume;
+        info.ioDrDirID = id;
+        info.ioFDirIndex = index;
+        info.ioName = name;
+        return PBGetCatInfoSync(&info);
+    };
+    const std::vector<std::pair<const char *, std::function<OSErr()>>> operations = {
+        {"replace", [&] { return update("second", UpdateMethod::Replace); }},
+        {"in place", [&] { return update("link", UpdateMethod::InPlace); }},
+        {"write shared", [&] { return WriteSharedFile(At("file"), "short"); }},
+        {"make shared", [&] { return WriteSharedFile(At("made"), "made"); }},
+        {"read", [&] { return ReadWholeFile(At("link"), &bytes); }},
+        {"read shared", [&] { return ReadSharedFile(At("file"), 100, &bytes); }},
+        {"keep aside", [&] { return KeepFileAside(At("second"), At("other")); }},
+        {"state", [&] { return KeptFolder(kCreateFolder, &bytes); }},
+        {"find folder",
+         [&] { return FindFolder(kOnSystemDisk, kStartupFolderType, kCreateFolder, &volume, &folder); }},
+        {"reference", [&] { return FSPathMakeRef(At("second"), &ref); }},
+        {"name", [&] { return FSRefAtName({fFolder}, "file", &ref); }},
+        {"long name", [&] { return FSSpecFromRef({At(fLong)}, &spec); }},
+        {"by name", [&] { return ask(FolderIdFromPath(fFolder), 0, Str63FromMacRoman("file")); }},
+        {"by index", [&] { return ask(FolderIdFromPath(fFolder), 2, {}); }},
+        {"itself", [&] { return ask(FolderIdFromPath(fFolder), -1, {}); }},
+        {"list", [&] { return ListFolder(kRootVolume, FolderIdFromPath(fFolder), &names); }},
+        {"volume",
+         [&] {
+             VolumeInfo v = {kRootVolume, {}, 0, {}};
+             return PBHGetVInfoSync(&v);
+         }},
+        {"create", [&] { return FSpCreate(Spec("made"), 0, 0, -1); }},
+        {"create folder", [&] { return FSpDirCreate(Spec("made"), -1, &folder); }},
+        {"open",
+         [&] {
+             OwnedFile file;
+             return FSpOpenDF(Spec("file"), fsRdPerm, file.Out());
+         }},
+        {"delete", [&] { return FSpDelete(Spec("file")); }},
+        {"get information", [&] { return FSpGetFInfo(Spec("file"), &finder); }},
+        {"set information",
+         [&] {
+             return FSpSetFInfo(Spec("file"), {FourCharCode("abcd"), 0, 0});
+         }},
+        {"read companion", [&] { return ReadAppleDouble(At("file"), &companion); }},
+        {"make resource file", [&] { return FSpCreateResFile(Spec("made"), 0, 0, -1); }},
+        {"add resource",
+         [&] {
+             ResourceFile file;
+             OSErr status = file.Open(Spec("file"), fsRdWrPerm);
+             status = status == noErr ? file.AddResource({}, 2, 2, PascalLiteral("two").data()) : status;
+             return status == noErr ? file.Close() : status;
+         }},
+    };
+    const int faults[] = {0, EIO, EACCES, EINTR, ENOMEM}; // none that says what is not so, as ENOENT would
+    const std::initializer_list<Lasts> once = {Lasts::Once};
+    const std::initializer_list<Lasts> both = {Lasts::Once, Lasts::ForEver};
+    for (const auto &[name, operation] : operations) {
+        Prepare();
+        ASSERT_EQ(operation(), noErr) << name;
+        const State after = Now();
+        for (const int error : faults) {
+            ForEachFault(
+                1,
+                [&, name = name, &operation = operation](int failAt, Lasts lasts) {
+                    Prepare();
+                    OSErr status = noErr;
+                    bool wasHit = false;
+                    if (error == ENOMEM) {
+                        gNewFailsIn = failAt;
+                        try {
+                            status = operation();
+                        } catch (const std::bad_alloc &) { // of the path that this test makes
+                            status = memFullErr;
+                        }
+                        wasHit = gNewFailsIn == 0;
+                        gNewFailsIn = 0;
+                    } else {
+                        FaultyDisk disk(failAt, lasts, error);
+                        disk.failsAll = true;
+                        status = operation();
+                        wasHit = disk.WasHit();
+                    }
+                    const std::string where = std::string(name) + ", call " + std::to_string(failAt) +
+                                              ", error " + std::to_string(error);
+                    EXPECT_EQ(OpenFileCount(), 0) << where;
+                    EXPECT_TRUE(wasHit || (status == noErr && Now() == after)) << where;
+                    MendFilesCutShort();
+                    if (Now() != after) {
+                        EXPECT_EQ(operation(), noErr) << where;
+                    }
+                    EXPECT_TRUE(Now() == after) << where;
+                    return wasHit;
+                },
+                error == EINTR || error == ENOMEM ? once : both);
+        }
+    }
+}
+
+} // namespace
+} // namespace drevix::test
