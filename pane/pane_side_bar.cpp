@@ -174,7 +174,7 @@ void DrevixPane::ShowHeader() {
         notes += changed == 1 ? tr("1 control changed") : tr("%1 controls changed").arg(changed);
     }
     uiHeaderTextName->setText(name);
-    uiHeaderTextNote->setText(notes.join(QLatin1String(" · ")));
+    uiHeaderTextNote->setText(notes.join(QStringLiteral(" · ")));
     const QString key = isGlobal ? QString() : FileNameKey(fDrevixPrefs.appFileName);
     if (fHeaderIconOf != key) {
         fHeaderIconOf = key;
