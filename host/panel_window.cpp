@@ -1,5 +1,6 @@
 #include "host/panel_window.h"
 
+#include <QAccessibleWidget>
 #include <QApplication>
 #include <QCloseEvent>
 #include <QCoreApplication>
@@ -28,6 +29,13 @@ QString PlaceKey() {
 
 constexpr std::chrono::milliseconds kQuestionWait{300}; // between looks whether a question is answered
 
+// What else would be a part without a name for assistive technology, which looks for windows.
+QAccessibleInterface *MakeWindowAccessible(const QString &className, QObject *object) {
+    return className == QLatin1String(PanelWindow::staticMetaObject.className())
+               ? new QAccessibleWidget(static_cast<QWidget *>(object), QAccessible::Window)
+               : nullptr;
+}
+
 constexpr int kFrame = 40; // pixels that a window's frame and a desktop's bars take
 
 // Holds the view, which scrolls where it needs more than the whole screen has.
@@ -35,6 +43,7 @@ class ViewScroller : public QScrollArea {
   public:
     ViewScroller(QWidget *view, QWidget *parent) : QScrollArea(parent) {
         setFrameShape(QFrame::NoFrame);
+        setFocusPolicy(Qt::NoFocus); // what is in it has the keyboard
         setWidgetResizable(true);
         setWidget(view);
         view->installEventFilter(this);
@@ -59,6 +68,7 @@ class ViewScroller : public QScrollArea {
 } // namespace
 
 PanelWindow::PanelWindow() {
+    QAccessible::installFactory(MakeWindowAccessible);
     setWindowTitle(tr("Drevix Veltrana"));
     auto *const layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);

@@ -78,6 +78,7 @@ ApplicationChooser::ApplicationChooser(QWidget *window, const SettingsTest &hasS
     fSearch->setClearButtonEnabled(true);
     fSearch->installEventFilter(this);
     fList->setAccessibleName(tr("Applications"));
+    fList->setFocusProxy(fSearch); // whose keys go through it; so what they come to is told, too
     fList->setModel(&fMatches);
     fList->setUniformItemSizes(true);
     fList->setSpacing(2);

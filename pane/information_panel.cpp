@@ -37,7 +37,7 @@ InformationPanel::InformationPanel(const std::optional<QString> &version, bool h
     : QDialog(window) {
     setObjectName(QStringLiteral("uiInfoPanel"));
     setWindowModality(Qt::WindowModal);
-    setWindowTitle(tr("Information"));
+    setWindowTitle(tr("About Veltrana"));
     auto *const layout = new QVBoxLayout(this);
     layout->setSizeConstraint(QLayout::SetFixedSize);
     DvTextField *const title =
@@ -63,9 +63,9 @@ InformationPanel::InformationPanel(const std::optional<QString> &version, bool h
     QPushButton *const close = buttons->button(QDialogButtonBox::Close);
     close->setText(tr("&Close"));
     close->setDefault(true);
-    close->setFocus();
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
     layout->addWidget(buttons);
+    close->setFocus(); // now that it is in the dialog
 }
 
 } // namespace drevix

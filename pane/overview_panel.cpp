@@ -12,7 +12,6 @@
 #include <QPainter>
 #include <QPushButton>
 #include <QSaveFile>
-#include <QScrollArea>
 #include <QStandardPaths>
 #include <QUrl>
 
@@ -32,7 +31,6 @@ class SheetPage : public QWidget {
         const QSizeF size = SheetSize();
         setFixedSize(kPageWidth, static_cast<int>(kPageWidth * size.height() / size.width()));
         setAccessibleName(sheet.title);
-        setAccessibleDescription(SheetText(sheet));
     }
 
   protected:
@@ -58,7 +56,7 @@ QImage ImageOf(const SheetContents &sheet) {
 
 OverviewPanel::OverviewPanel(const QString &application, MakeSheets makeSheets, QWidget *window)
     : QDialog(window), fMakeSheets(std::move(makeSheets)), fAll(new QRadioButton(tr("&All applications"))),
-      fPages(new QWidget), fPageBox(new QVBoxLayout(fPages)), fProblem(new QLabel) {
+      fScroll(new QScrollArea), fPages(new QWidget), fPageBox(new QVBoxLayout(fPages)), fProblem(new QLabel) {
     setObjectName(QStringLiteral("uiOverviewPanel"));
     setWindowTitle(tr("Overview"));
     setWindowModality(Qt::WindowModal);
@@ -68,11 +66,10 @@ OverviewPanel::OverviewPanel(const QString &application, MakeSheets makeSheets, 
     choice->addWidget(one);
     choice->addWidget(fAll);
     choice->addStretch();
-    auto *const scroll = new QScrollArea;
-    scroll->setWidget(fPages);
-    scroll->setWidgetResizable(true);
-    scroll->setAccessibleName(tr("Sheets"));
-    scroll->setMinimumSize(480, 320);
+    fScroll->setWidget(fPages);
+    fScroll->setWidgetResizable(true);
+    fScroll->setAccessibleName(tr("Sheets"));
+    fScroll->setMinimumSize(480, 320);
     fProblem->setWordWrap(true);
     fProblem->hide();
     auto *const buttons = new QDialogButtonBox(QDialogButtonBox::Close);
@@ -86,7 +83,7 @@ OverviewPanel::OverviewPanel(const QString &application, MakeSheets makeSheets, 
     connect(fAll, &QRadioButton::toggled, this, &OverviewPanel::Show);
     auto *const box = new QVBoxLayout(this);
     box->addLayout(choice);
-    box->addWidget(scroll);
+    box->addWidget(fScroll);
     box->addWidget(fProblem);
     box->addWidget(buttons);
     resize(kPageWidth + 80, 680);
@@ -99,9 +96,12 @@ void OverviewPanel::Show() {
         delete item->widget();
         delete item;
     }
+    QStringList texts; // told where the keyboard can come to
     for (const SheetContents &sheet : fSheets) {
         fPageBox->addWidget(new SheetPage(sheet), 0, Qt::AlignHCenter);
+        texts += SheetText(sheet);
     }
+    fScroll->setAccessibleDescription(texts.join(QStringLiteral("\n\n")));
 }
 
 // A file that was there stays as it was until the new one is whole.

@@ -6,6 +6,7 @@
 #include <QDialog>
 #include <QLabel>
 #include <QRadioButton>
+#include <QScrollArea>
 #include <QVBoxLayout>
 
 #include <functional>
@@ -33,6 +34,7 @@ class OverviewPanel : public QDialog {
     MakeSheets fMakeSheets;
     std::vector<SheetContents> fSheets;
     QRadioButton *fAll;
+    QScrollArea *fScroll;
     QWidget *fPages;
     QVBoxLayout *fPageBox; // belongs to the pages
     QLabel *fProblem;

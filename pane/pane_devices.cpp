@@ -118,8 +118,7 @@ void DrevixPane::CheckDevices() {
         all += tr("Version %1, serial %2")
                    .arg(TextOf(DeviceVersionText(device.productVers)), TextOf(DeviceSerialText(device)));
     }
-    uiInfoTextStatus->setToolTip(PlainToolTip(all.join(QLatin1Char('\n'))));
-    uiInfoTextStatus->setAccessibleDescription(all.join(QLatin1String("; ")));
+    ShowToolTip(uiInfoTextStatus, all.join(QLatin1Char('\n')));
     uiInfoTextFirmwareVers->replaceMarkWith(version);
     uiInfoTextSerialNumber->replaceMarkWith(serialNumber);
     ShowDevices();

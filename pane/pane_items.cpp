@@ -90,7 +90,7 @@ void DrevixPane::ShowOpenItem(const ActionSlot &slot) {
     const DrevixItem item = isChosen ? ResolveDrevixItem(slot.data) : DrevixItem{};
     uiSettingsFieldOpenItem->setText(item.path.empty() ? TextOf(slot.data) : NameOfItem(item));
     uiSettingsFieldOpenItem->setCursorPosition(0);
-    uiSettingsFieldOpenItem->setToolTip(PlainToolTip(PathText(item)));
+    ShowToolTip(uiSettingsFieldOpenItem, PathText(item));
     uiSettingsButtonOpenItem->setEnabled(item.exists);
     uiSettingsTextOpenItem->setText(!isChosen ? tr("Choose a file, folder or application, or drop one here.")
                                     : item.path.empty() ? tr("This item can't be found any more.")

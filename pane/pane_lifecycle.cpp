@@ -7,6 +7,7 @@
 #include "keyboard/qt/keystroke_capture.h"
 #include "keyboard/qt/layout_of_windows.h"
 #include "keyboard/qt/layout_watch.h"
+#include "pane/area_roles.h"
 #include "pane/editor_tables.h"
 #include "pane/live_view.h"
 #include "pane/pane_text.h"
@@ -63,6 +64,7 @@ QWidget *DrevixPane::mainView() {
     if (fMainView == nullptr) {
         LookForLayoutOfWindowsAhead();
         fMainView = new QWidget;
+        InstallAreaRoles();
         setupUi(fMainView);
         BuildMenus();
         BuildStrip();

@@ -36,9 +36,7 @@ void SetBold(QWidget *widget, bool isBold) {
 
 // Tells on a control whether its value is another than the factory's.
 void Explain(QWidget *widget, bool isChanged, const QString &factoryValue) {
-    const QString text = isChanged ? DrevixPane::tr("Changed. Factory: %1").arg(factoryValue) : QString();
-    widget->setToolTip(PlainToolTip(text));
-    widget->setAccessibleDescription(text);
+    ShowToolTip(widget, isChanged ? DrevixPane::tr("Changed. Factory: %1").arg(factoryValue) : QString());
 }
 
 void ShowSlider(QSlider *slider, QLabel *text, int value, int factoryValue) {
@@ -209,7 +207,7 @@ void DrevixPane::ShowFactoryButton() {
     if (isChanged) {
         const QString title = tr("Back to Factory: %1").arg(ActionText(*factory));
         uiSettingsButtonFactory->setText(QString(title).replace(QLatin1Char('&'), QLatin1String("&&")));
-        uiSettingsButtonFactory->setToolTip(PlainToolTip(title));
+        ShowToolTip(uiSettingsButtonFactory, title);
         uiSettingsButtonFactory->setAccessibleName(title);
     }
     uiSettingsButtonFactory->setVisible(isChanged);

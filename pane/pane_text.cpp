@@ -8,6 +8,7 @@
 #include "settings/pascal_strings.h"
 
 #include <QCoreApplication>
+#include <QWidget>
 
 #include <tuple>
 
@@ -124,6 +125,11 @@ QString PlainToolTip(const QString &text) {
     return text.isEmpty() ? QString()
                           : QStringLiteral("<span>%1</span>")
                                 .arg(text.toHtmlEscaped().replace(QLatin1Char('\n'), QLatin1String("<br>")));
+}
+
+void ShowToolTip(QWidget *widget, const QString &text) {
+    widget->setToolTip(PlainToolTip(text));
+    widget->setAccessibleDescription(text);
 }
 
 } // namespace drevix

@@ -12,6 +12,8 @@
 #include <string>
 #include <string_view>
 
+class QWidget;
+
 namespace drevix {
 
 // UTF-8 as the window's text.
@@ -57,5 +59,8 @@ template <std::size_t N>
 
 // Lines of text as a tool tip, which would else take a name for markup. Empty for no text.
 [[nodiscard]] QString PlainToolTip(const QString &text);
+// Gives a widget such a tool tip, and assistive technology the text: without one of its own it would be told the
+// tip with its markup.
+void ShowToolTip(QWidget *widget, const QString &text);
 
 } // namespace drevix

@@ -33,7 +33,7 @@ class GlobalRow : public QAbstractButton {
   public:
     explicit GlobalRow(QWidget *parent) : QAbstractButton(parent) {
         setCheckable(true);
-        setAutoExclusive(false);
+        setAutoExclusive(true); // one of many rows, though the others are not buttons; no box to be unchecked
         setAttribute(Qt::WA_Hover);
     }
     [[nodiscard]] QSize sizeHint() const override {

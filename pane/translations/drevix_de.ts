@@ -130,6 +130,10 @@
         <translation>Die Hilfe öffnen (F1 erklärt, woran man gerade arbeitet)</translation>
     </message>
     <message>
+        <source>Pages</source>
+        <translation>Seiten</translation>
+    </message>
+    <message>
         <source>About Veltrana</source>
         <translation>Über Veltrana</translation>
     </message>
@@ -2283,8 +2287,8 @@
 <context>
     <name>drevix::InformationPanel</name>
     <message>
-        <source>Information</source>
-        <translation>Information</translation>
+        <source>About Veltrana</source>
+        <translation>Über Veltrana</translation>
     </message>
     <message>
         <source>Drevix Veltrana ##</source>
