@@ -54,6 +54,19 @@ void OutlineCircle(const QStyleOption &option, QPainter *painter) {
     }
 }
 
+// Of the radio button that is on: the style's own dot is grey.
+void FillCircle(const QStyleOption &option, QPainter *painter) {
+    if (IsHighContrast(option.palette)) {
+        painter->save();
+        painter->setRenderHint(QPainter::Antialiasing);
+        painter->setPen(Qt::NoPen);
+        painter->setBrush(option.palette.color(QPalette::WindowText));
+        const QRectF circle(option.rect);
+        painter->drawEllipse(circle.center(), circle.width() / 4, circle.height() / 4);
+        painter->restore();
+    }
+}
+
 } // namespace
 
 void ContrastStyle::drawPrimitive(PrimitiveElement element, const QStyleOption *option, QPainter *painter,
@@ -63,6 +76,9 @@ void ContrastStyle::drawPrimitive(PrimitiveElement element, const QStyleOption *
         Outline(*option, painter);
     } else if (element == PE_IndicatorRadioButton) {
         OutlineCircle(*option, painter);
+        if (option->state.testFlag(State_On)) {
+            FillCircle(*option, painter);
+        }
     }
 }
 

@@ -16,9 +16,9 @@ constexpr qreal kGap = 1.2; // between picture and callouts
 constexpr qreal kTwoLineWidth = 9;
 constexpr qreal kOneLineWidth = 12.5;
 constexpr qreal kWidest = 18;
-constexpr qreal kTwoLineHeight = 2.1;
+constexpr qreal kTwoLineHeight = 2.3;
 constexpr qreal kOneLineHeight = 1.4;
-constexpr qreal kLeastAction = 8; // room for an action beside its name
+constexpr qreal kLeastAction = 10.5; // room for an action beside its name: a key and scrolling, in German
 constexpr qreal kLargestPicture = 30;
 constexpr qreal kSmallestPicture = 10.5; // that callouts may leave
 

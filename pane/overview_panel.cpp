@@ -1,6 +1,7 @@
 #include "pane/overview_panel.h"
 
 #include "pane/file_panels.h"
+#include "pane/look.h"
 #include "pane/workspace.h"
 
 #include <QClipboard>
@@ -72,7 +73,7 @@ OverviewPanel::OverviewPanel(const QString &application, MakeSheets makeSheets, 
     scroll->setWidget(fPages);
     scroll->setWidgetResizable(true);
     scroll->setAccessibleName(tr("Sheets"));
-    scroll->setMinimumSize(480, 320);
+    scroll->setMinimumSize(320, 200);
     fProblem->setWordWrap(true);
     fProblem->hide();
     auto *const buttons = new QDialogButtonBox(QDialogButtonBox::Close);
@@ -89,7 +90,7 @@ OverviewPanel::OverviewPanel(const QString &application, MakeSheets makeSheets, 
     box->addWidget(scroll);
     box->addWidget(fProblem);
     box->addWidget(buttons);
-    resize(kPageWidth + 80, 680);
+    ResizeOnScreen(this, {kPageWidth + 80, 680});
     Show();
 }
 
