@@ -18,7 +18,7 @@ constexpr qreal kOneLineWidth = 12.5;
 constexpr qreal kWidest = 18;
 constexpr qreal kTwoLineHeight = 2.3;
 constexpr qreal kOneLineHeight = 1.4;
-constexpr qreal kLeastAction = 10.5; // room for an action beside its name: a key and scrolling, in German
+constexpr qreal kLeastAction = 11.3; // room for an action beside its name: a key and scrolling, in German
 constexpr qreal kLargestPicture = 30;
 constexpr qreal kSmallestPicture = 10.5; // that callouts may leave
 
@@ -94,13 +94,14 @@ Columns FitColumns(const QSizeF &stage, const CalloutSizes &sizes, CalloutForm f
     const qreal outside = 2 * (kGap * em + 2 * UnitOf(em));
     qreal width = kTwoLineWidth * em;
     if (form == CalloutForm::OneLine) {
-        const qreal wanted = std::max(kOneLineWidth * em, sizes.widestName + kLeastAction * em);
+        const qreal between = 5 * UnitOf(em); // the two texts, and around them
+        const qreal wanted = std::max(kOneLineWidth * em, sizes.widestName + kLeastAction * em + between);
         const qreal most = (stage.width() - outside - kSmallestPicture * em) / 2;
         width = std::min(wanted, std::max(most, kOneLineWidth * em));
     }
     const qreal side =
         std::min({stage.height() - UnitOf(em), stage.width() - outside - 2 * width, kLargestPicture * em});
-    return {std::min((stage.width() - outside - side) / 2, kWidest * em), side};
+    return {std::min((stage.width() - outside - side) / 2, std::max(kWidest * em, width)), side};
 }
 
 void PlaceSide(StageLayout &layout, std::span<const CalloutRow> rows, const QSizeF &stage, qreal width,

@@ -76,7 +76,10 @@ class FoundDelegate : public QStyledItemDelegate {
         for (qsizetype i = 0; i + 1 < parts.size(); i += 2) {
             formats.append({parts[i].toInt(), parts[i + 1].toInt(), bold});
         }
-        QTextLayout text(index.data(Qt::DisplayRole).toString(), font);
+        QFont widest = font;
+        widest.setBold(true);
+        const QString title = index.data(Qt::DisplayRole).toString();
+        QTextLayout text(QFontMetrics(widest).elidedText(title, Qt::ElideRight, room.width()), font);
         text.setFormats(formats);
         text.beginLayout();
         QTextLine line = text.createLine();

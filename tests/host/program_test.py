@@ -83,7 +83,7 @@ for words, status in [
     (["--picture", str(picture), "--control", "buttonX"], 1),
     (["--picture", str(picture), "--pressed", "buttonX"], 1),
     (["--picture", str(picture), "--page", "9"], 1),
-    (["--picture", str(picture), "--step", "jump"], 1),
+    (["--picture", str(picture), "--step", "jump"], 2),
     (["--picture", str(folder / "nowhere/x.png")], 1),
 ]:
     code, error = run(*words)
