@@ -19,6 +19,7 @@ constexpr qreal kWidest = 18;
 constexpr qreal kTwoLineHeight = 2.3;
 constexpr qreal kOneLineHeight = 1.4;
 constexpr qreal kLeastAction = 11.3; // room for an action beside its name: a key and scrolling, in German
+constexpr qreal kActionOfName = 1.5; // as long as usual, where names tell how long a language's words are
 constexpr qreal kLargestPicture = 30;
 constexpr qreal kSmallestPicture = 10.5; // that callouts may leave
 
@@ -92,7 +93,8 @@ struct Columns {
 Columns FitColumns(const QSizeF &stage, const CalloutSizes &sizes, CalloutForm form) {
     const qreal em = sizes.em;
     const qreal outside = 2 * (kGap * em + 2 * UnitOf(em));
-    qreal width = kTwoLineWidth * em;
+    const qreal action = kActionOfName * sizes.widestName + 3 * UnitOf(em);
+    qreal width = std::max(kTwoLineWidth * em, action);
     if (form == CalloutForm::OneLine) {
         const qreal between = 5 * UnitOf(em); // the two texts, and around them
         const qreal wanted = std::max(kOneLineWidth * em, sizes.widestName + kLeastAction * em + between);
