@@ -43,15 +43,24 @@ void OutlineTab(const QStyleOption &option, QPainter *painter) {
     }
 }
 
+// The style's own dot of the radio button that is on is grey.
 void OutlineCircle(const QStyleOption &option, QPainter *painter) {
-    if (IsHighContrast(option.palette)) {
-        painter->save();
-        painter->setRenderHint(QPainter::Antialiasing);
-        painter->setBrush(Qt::NoBrush);
-        painter->setPen(option.palette.color(QPalette::WindowText));
-        painter->drawEllipse(QRectF(option.rect).adjusted(0.5, 0.5, -0.5, -0.5));
-        painter->restore();
+    if (!IsHighContrast(option.palette)) {
+        return;
     }
+    const QColor color = option.palette.color(QPalette::WindowText);
+    const QRectF circle = QRectF(option.rect).adjusted(0.5, 0.5, -0.5, -0.5);
+    painter->save();
+    painter->setRenderHint(QPainter::Antialiasing);
+    painter->setBrush(Qt::NoBrush);
+    painter->setPen(color);
+    painter->drawEllipse(circle);
+    if (option.state.testFlag(QStyle::State_On)) {
+        painter->setPen(Qt::NoPen);
+        painter->setBrush(color);
+        painter->drawEllipse(circle.center(), circle.width() / 4, circle.height() / 4);
+    }
+    painter->restore();
 }
 
 } // namespace

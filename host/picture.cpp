@@ -111,6 +111,11 @@ PictureRequest ReadPictureRequest(const QCommandLineParser &options, QString *pr
     request.pressed = options.value(QStringLiteral("pressed"));
     request.icons = options.value(QStringLiteral("icons"));
     request.steps = options.values(QStringLiteral("step"));
+    for (const QString &step : std::as_const(request.steps)) {
+        if (!PictureSteps::IsStep(step)) {
+            *problem = Host::tr("There is no step \"%1\".").arg(step);
+        }
+    }
     request.isDark = options.isSet(QStringLiteral("dark"));
     request.isContrast = options.isSet(QStringLiteral("contrast"));
     if (options.isSet(QStringLiteral("page"))) {
@@ -229,10 +234,7 @@ bool WritePicture(PanelWindow &window, const PictureRequest &request, QString *p
 }
 
 bool WritePictureAfterSteps(PanelWindow &window, const PictureRequest &request, QString *problem) {
-    PictureSteps steps(request.steps, problem);
-    if (!problem->isEmpty()) {
-        return false;
-    }
+    PictureSteps steps(request.steps);
     QApplication::setCursorFlashTime(0);
     window.resize(request.size.value_or(window.sizeHint()));
     window.show();

@@ -41,6 +41,13 @@ QWidget *FindWidget(const QString &name) {
     return found != all.end() ? *found : nullptr;
 }
 
+// The list of applications is a menu that the side bar stands in for.
+QWidget *FindMenu(const QString &name) {
+    const QWidgetList all = QApplication::allWidgets();
+    const auto found = std::ranges::find(all, name, &QWidget::objectName);
+    return found != all.end() ? *found : nullptr;
+}
+
 QWidget *FindKeyTarget(const QString & /*name*/) {
     QWidget *const popup = QApplication::activePopupWidget();
     return popup != nullptr ? popup : QApplication::focusWidget();
@@ -100,7 +107,7 @@ struct StepKind {
 };
 constexpr auto kStepKinds = std::to_array<StepKind>({
     {"await", FindWidget, Await},
-    {"choose", FindWidget, Choose},
+    {"choose", FindMenu, Choose},
     {"click", FindWidget, Click},
     {"focus", FindWidget, Focus},
     {"press", FindKeyTarget, Press},
@@ -115,12 +122,11 @@ const StepKind *KindOf(const Step &step) {
 
 } // namespace
 
-PictureSteps::PictureSteps(QStringList steps, QString *problem) : fSteps(std::move(steps)) {
-    for (const QString &text : fSteps) {
-        if (KindOf(ReadStep(text)) == nullptr) {
-            *problem = Host::tr("There is no step \"%1\".").arg(text);
-        }
-    }
+bool PictureSteps::IsStep(const QString &text) {
+    return KindOf(ReadStep(text)) != nullptr;
+}
+
+PictureSteps::PictureSteps(QStringList steps) : fSteps(std::move(steps)) {
     connect(&fTimer, &QTimer::timeout, this, &PictureSteps::DoNext);
 }
 

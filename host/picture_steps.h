@@ -14,8 +14,10 @@ class PictureSteps : public QObject {
     Q_OBJECT
 
   public:
-    // Steps such as "click uiPaneButtonApply"; the manual page lists the words. `problem` is set when there is none such.
-    PictureSteps(QStringList steps, QString *problem);
+    // Steps such as "click uiPaneButtonApply"; the manual page lists the words.
+    explicit PictureSteps(QStringList steps);
+    // Whether it begins with one of the words.
+    [[nodiscard]] static bool IsStep(const QString &text);
 
     // Does them from the event loop, and then calls `done`: with an empty text, or with what could not be done within ten
     // seconds.

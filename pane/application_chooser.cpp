@@ -1,5 +1,6 @@
 #include "pane/application_chooser.h"
 
+#include "pane/look.h"
 #include "pane/pane_text.h"
 #include "pane/second_column.h"
 
@@ -113,7 +114,7 @@ ApplicationChooser::ApplicationChooser(QWidget *window, const SettingsTest &hasS
     layout->addWidget(fList);
     layout->addWidget(buttons);
     const int line = fontMetrics().height();
-    resize(26 * line, 30 * line);
+    ResizeOnScreen(this, {26 * line, 30 * line});
     ShowMatches({});
 }
 

@@ -16,9 +16,10 @@ constexpr qreal kGap = 1.2; // between picture and callouts
 constexpr qreal kTwoLineWidth = 9;
 constexpr qreal kOneLineWidth = 12.5;
 constexpr qreal kWidest = 18;
-constexpr qreal kTwoLineHeight = 2.1;
+constexpr qreal kTwoLineHeight = 2.3;
 constexpr qreal kOneLineHeight = 1.4;
-constexpr qreal kLeastAction = 8; // room for an action beside its name
+constexpr qreal kLeastAction = 11.3; // room for an action beside its name: a key and scrolling, in German
+constexpr qreal kActionOfName = 1.5; // as long as usual, where names tell how long a language's words are
 constexpr qreal kLargestPicture = 30;
 constexpr qreal kSmallestPicture = 10.5; // that callouts may leave
 
@@ -92,15 +93,17 @@ struct Columns {
 Columns FitColumns(const QSizeF &stage, const CalloutSizes &sizes, CalloutForm form) {
     const qreal em = sizes.em;
     const qreal outside = 2 * (kGap * em + 2 * UnitOf(em));
-    qreal width = kTwoLineWidth * em;
+    const qreal action = kActionOfName * sizes.widestName + 3 * UnitOf(em);
+    qreal width = std::max(kTwoLineWidth * em, action);
     if (form == CalloutForm::OneLine) {
-        const qreal wanted = std::max(kOneLineWidth * em, sizes.widestName + kLeastAction * em);
+        const qreal between = 5 * UnitOf(em); // the two texts, and around them
+        const qreal wanted = std::max(kOneLineWidth * em, sizes.widestName + kLeastAction * em + between);
         const qreal most = (stage.width() - outside - kSmallestPicture * em) / 2;
         width = std::min(wanted, std::max(most, kOneLineWidth * em));
     }
     const qreal side =
         std::min({stage.height() - UnitOf(em), stage.width() - outside - 2 * width, kLargestPicture * em});
-    return {std::min((stage.width() - outside - side) / 2, kWidest * em), side};
+    return {std::min((stage.width() - outside - side) / 2, std::max(kWidest * em, width)), side};
 }
 
 void PlaceSide(StageLayout &layout, std::span<const CalloutRow> rows, const QSizeF &stage, qreal width,

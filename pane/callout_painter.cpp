@@ -96,11 +96,13 @@ void CalloutPainter::PaintTexts(QPainter &painter, const Callout &callout, const
     actionFont.setBold(text.isChanged);
     const QFontMetricsF nameMetrics(fNameFont);
     const QFontMetricsF actionMetrics(actionFont);
-    const QString name =
-        state.isPressed ? QCoreApplication::translate("Callout", "%1 · pressed").arg(text.name) : text.name;
+    const QString form =
+        state.isPressed ? QCoreApplication::translate("Callout", "%1 · pressed") : QStringLiteral("%1");
     QRectF nameRoom = callout.frame.adjusted(1.5 * fUnit, 0, -1.5 * fUnit, 0);
     QRectF actionRoom = nameRoom;
-    const QString shownName = nameMetrics.elidedText(name, Qt::ElideRight, nameRoom.width());
+    // Where there is no room for both, the name is cut and not the news.
+    const qreal nameWidth = nameRoom.width() - nameMetrics.horizontalAdvance(form.arg(QString()));
+    const QString shownName = form.arg(nameMetrics.elidedText(text.name, Qt::ElideRight, nameWidth));
     if (fForm == CalloutForm::TwoLines) {
         const qreal gap = fUnit / 2; // for letters with a mark above
         const qreal lines = nameMetrics.height() + gap + actionMetrics.height();

@@ -1,5 +1,7 @@
 #include "pane/file_panels.h"
 
+#include "pane/look.h"
+
 #include <QDialogButtonBox>
 #include <QDir>
 #include <QFileInfo>
@@ -92,7 +94,7 @@ void ItemPanel::ArrangeView() {
         }
     }
     const int width = 42 * fontMetrics().averageCharWidth();
-    resize(3 * width, 30 * fontMetrics().height());
+    ResizeOnScreen(this, {3 * width, 30 * fontMetrics().height()});
     if (auto *const parts = findChild<QSplitter *>(); parts != nullptr) {
         parts->setSizes({width * 2 / 3, width * 7 / 3});
     }

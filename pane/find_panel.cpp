@@ -43,7 +43,9 @@ class FoundDelegate : public QStyledItemDelegate {
         option.widget->style()->drawPrimitive(QStyle::PE_PanelItemViewItem, &ground, painter, option.widget);
         const bool isSelected = (option.state & QStyle::State_Selected) != 0;
         const bool isEnabled = (index.flags() & Qt::ItemIsEnabled) != 0;
-        const QColor dim = DimColor(option.palette);
+        QPalette palette = option.palette; // what cannot be taken is there to be read all the same
+        palette.setCurrentColorGroup(QPalette::Active);
+        const QColor dim = DimColor(palette);
         const QColor strong = option.palette.color(isSelected ? QPalette::HighlightedText : QPalette::Text);
         const int margin = static_cast<int>(2 * UnitOf(EmOf(option.font)));
         const QRect room = option.rect.adjusted(margin, 0, -margin, 0);
@@ -74,7 +76,10 @@ class FoundDelegate : public QStyledItemDelegate {
         for (qsizetype i = 0; i + 1 < parts.size(); i += 2) {
             formats.append({parts[i].toInt(), parts[i + 1].toInt(), bold});
         }
-        QTextLayout text(index.data(Qt::DisplayRole).toString(), font);
+        QFont widest = font;
+        widest.setBold(true);
+        const QString title = index.data(Qt::DisplayRole).toString();
+        QTextLayout text(QFontMetrics(widest).elidedText(title, Qt::ElideRight, room.width()), font);
         text.setFormats(formats);
         text.beginLayout();
         QTextLine line = text.createLine();
@@ -128,7 +133,7 @@ void FindPanel::Open(const QString &control, Reason reason) {
     fQuery->clear();
     Show({});
     const qreal em = EmOf(font());
-    const QWidget *const over = parentWidget();
+    const QWidget *const over = parentWidget()->window(); // the view may be larger, and scroll
     const QSize size =
         QSize(static_cast<int>(kWidth * em), static_cast<int>(kHeight * em)).boundedTo(over->size());
     const int margin = static_cast<int>(2 * UnitOf(em));

@@ -25,7 +25,7 @@ class FindPanel : public QFrame {
 
     explicit FindPanel(QWidget *parent);
 
-    // Opens it at a corner of its parent for the control of this name.
+    // Opens it at a corner of its window for the control of this name.
     void Open(const QString &control, Reason reason);
 
   Q_SIGNALS:

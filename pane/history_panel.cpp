@@ -1,5 +1,7 @@
 #include "pane/history_panel.h"
 
+#include "pane/look.h"
+
 #include <QDialogButtonBox>
 #include <QHBoxLayout>
 #include <QHeaderView>
@@ -38,7 +40,7 @@ HistoryPanel::HistoryPanel(const std::vector<HistoryItem> &items, RecordsOf reco
     box->addWidget(fList);
     box->addLayout(choice);
     box->addWidget(buttons);
-    resize(640, 400);
+    ResizeOnScreen(this, {640, 400});
     for (int row = 0; row < fList->topLevelItemCount() && Row() < 0; ++row) {
         fList->topLevelItem(row)->setSelected(!fList->topLevelItem(row)->isDisabled());
     }

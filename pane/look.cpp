@@ -3,6 +3,7 @@
 #include <QEvent>
 #include <QFontMetricsF>
 #include <QPainter>
+#include <QScreen>
 #include <QWidget>
 
 #include <algorithm>
@@ -106,6 +107,11 @@ QColor DimColor(const QPalette &palette) {
 QColor HairlineColor(const QPalette &palette) {
     const QColor text = palette.color(QPalette::WindowText);
     return IsHighContrast(palette) ? text : Blend(palette.color(QPalette::Window), text, kHairlineShare);
+}
+
+void ResizeOnScreen(QWidget *window, const QSize &size) {
+    constexpr int kFrame = 40; // device-independent pixels
+    window->resize(size.boundedTo(window->screen()->availableSize() - QSize(0, kFrame)));
 }
 
 void KeepForeground(QWidget *widget, QColor (*color)(const QPalette &palette)) {

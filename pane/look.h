@@ -9,6 +9,7 @@
 
 class QPainter;
 class QRectF;
+class QSize;
 class QWidget;
 
 namespace drevix {
@@ -39,6 +40,8 @@ inline constexpr int kLeastTarget = 24;
 [[nodiscard]] QColor DimColor(const QPalette &palette);
 [[nodiscard]] QColor HairlineColor(const QPalette &palette);
 
+// Makes a window as large as wanted, or as the screen has room beside a frame and a desktop's bars.
+void ResizeOnScreen(QWidget *window, const QSize &size);
 // Keeps what a widget paints in the window's text colour in another one, made of its parent's palette, whatever that
 // becomes.
 void KeepForeground(QWidget *widget, QColor (*color)(const QPalette &palette));

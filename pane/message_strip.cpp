@@ -1,5 +1,7 @@
 #include "pane/message_strip.h"
 
+#include "pane/panel_icons.h"
+
 #include <QAccessible>
 #include <QHBoxLayout>
 #include <QLabel>
@@ -130,7 +132,8 @@ void MessageStrip::Fill(StripKind kind, const StripMessage &message) {
     fIcon->setVisible(look.icon != nullptr);
     if (look.icon != nullptr) {
         const int side = static_cast<int>(kSignEms * EmOf(font()));
-        fIcon->setPixmap(QIcon::fromTheme(QLatin1String(look.icon), style()->standardIcon(look.standIn))
+        const QIcon icon = PanelIcon(look.icon);
+        fIcon->setPixmap((icon.isNull() ? style()->standardIcon(look.standIn) : icon)
                              .pixmap({side, side}, devicePixelRatioF()));
     }
     fTitle->setText(message.title);
@@ -172,8 +175,8 @@ void MessageStrip::FillButtons(StripKind kind, const StripMessage &message) {
         auto *const close = new QToolButton(this);
         close->setAutoRaise(true);
         close->setFocusPolicy(Qt::StrongFocus);
-        close->setIcon(QIcon::fromTheme(QStringLiteral("window-close"),
-                                        style()->standardIcon(QStyle::SP_DialogCloseButton)));
+        const QIcon cross = PanelIcon("window-close");
+        close->setIcon(cross.isNull() ? style()->standardIcon(QStyle::SP_DialogCloseButton) : cross);
         close->setAccessibleName(tr("Close"));
         close->setToolTip(tr("Close"));
         fButtonRow->addWidget(close);

@@ -1,6 +1,7 @@
 #include "pane/overview_panel.h"
 
 #include "pane/file_panels.h"
+#include "pane/look.h"
 #include "pane/workspace.h"
 
 #include <QClipboard>
@@ -69,7 +70,7 @@ OverviewPanel::OverviewPanel(const QString &application, MakeSheets makeSheets, 
     fScroll->setWidget(fPages);
     fScroll->setWidgetResizable(true);
     fScroll->setAccessibleName(tr("Sheets"));
-    fScroll->setMinimumSize(480, 320);
+    fScroll->setMinimumSize(320, 200);
     fProblem->setWordWrap(true);
     fProblem->hide();
     auto *const buttons = new QDialogButtonBox(QDialogButtonBox::Close);
@@ -86,7 +87,7 @@ OverviewPanel::OverviewPanel(const QString &application, MakeSheets makeSheets, 
     box->addWidget(fScroll);
     box->addWidget(fProblem);
     box->addWidget(buttons);
-    resize(kPageWidth + 80, 680);
+    ResizeOnScreen(this, {kPageWidth + 80, 680});
     Show();
 }
 

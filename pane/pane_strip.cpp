@@ -110,7 +110,9 @@ void DrevixPane::PlaceBadges() {
     const QPoint targetPlace = hasSide ? QPoint(targets->width() - side - 2 * unit, 3 * side)
                                        : QPoint(targets->width() - 2 * side, (targets->height() - side) / 2);
     fBadges[0]->move(corner(targets, targetPlace));
-    fBadges[1]->move(corner(uiSettingsTabsImages, {unit / 2, unit / 2}));
+    // Beside the callout that is short in every language.
+    fBadges[1]->move(
+        corner(uiSettingsTabsImages, {unit / 2, uiSettingsTabsImages->height() - side - unit / 2}));
     fBadges[2]->move(corner(uiSettingsGroupAction, {uiSettingsGroupAction->width() - side, 0}));
     for (StepBadge *badge : fBadges) {
         badge->setVisible(isShown);

@@ -1192,6 +1192,22 @@
         <translation>Zeigt die Einstellungen der Anwendung APP.</translation>
     </message>
     <message>
+        <source>Do this at the panel before, such as &quot;press Ctrl+K&quot;; see the manual.</source>
+        <translation>Tut zuvor dies am Fenster, zum Beispiel &quot;press Ctrl+K&quot;; siehe die Handbuchseite.</translation>
+    </message>
+    <message>
+        <source>Take the icons of THEME.</source>
+        <translation>Nimmt die Symbole von THEME.</translation>
+    </message>
+    <message>
+        <source>There is no step &quot;%1&quot;.</source>
+        <translation>Einen Schritt „%1“ gibt es nicht.</translation>
+    </message>
+    <message>
+        <source>The step &quot;%1&quot; could not be done.</source>
+        <translation>Der Schritt „%1“ war nicht möglich.</translation>
+    </message>
+    <message>
         <source>Show page N, from 0.</source>
         <translation>Zeigt die Seite N, von 0 an.</translation>
     </message>

@@ -44,6 +44,11 @@ run("--picture", str(picture), "--app", "GIMP", "--control", "buttonII", "--size
 expect("a dark picture is the light one", picture.read_bytes() == light, False)
 run("--picture", str(picture), "--app", "GIMP", "--control", "buttonII", "--size=800x600", "--scale", "2", "--pressed", "ringLeft")
 expect("a picture with a pressed control is the one without", picture.read_bytes() == light, False)
+steps = folder / "steps.png"
+for file, words in [(picture, []), (steps, ["--step", "press Ctrl+K", "--step", "type undo"])]:
+    words = ["--picture", str(file), "--size=1000x700", "--step", "await uiTargetButtonMore", *words]
+    expect("status of a picture after steps", run(*words)[0], 0)
+expect("a picture after steps is the one without", steps.read_bytes() == picture.read_bytes(), False)
 expect("settings file after a picture", settings.exists(), False)
 
 # A machine where nobody is logged in has no folder for a session's sockets, and Qt complained of that.
@@ -78,6 +83,7 @@ for words, status in [
     (["--picture", str(picture), "--control", "buttonX"], 1),
     (["--picture", str(picture), "--pressed", "buttonX"], 1),
     (["--picture", str(picture), "--page", "9"], 1),
+    (["--picture", str(picture), "--step", "jump"], 2),
     (["--picture", str(folder / "nowhere/x.png")], 1),
 ]:
     code, error = run(*words)

@@ -81,6 +81,9 @@ TEST_F(SideBar, RowsFollowTheList) {
     ASSERT_TRUE(Choose(Targets(), 3));
     EXPECT_EQ(Selected(), u"Alpha"_s);
     EXPECT_EQ(Text("uiHeaderTextName"), u"Alpha"_s);
+    // The dot between the notes was two letters: its bytes were read as Latin-1.
+    ASSERT_TRUE(Choose(Find<PopUpMenu>("uiSettingsMenuAction"), 6));
+    EXPECT_EQ(Text("uiHeaderTextNote"), u"Your settings · 1 control changed"_s);
     Click("uiSettingsRadioDisabled");
     const QModelIndex row = RowModel()->index(RowModel()->RowOfSource(3), 0);
     EXPECT_EQ(row.data(Qt::AccessibleDescriptionRole).toString(), u"your settings, off, unsaved changes"_s);
