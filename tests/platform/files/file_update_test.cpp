@@ -238,7 +238,8 @@ TEST(UserLock, Holders_TakeTurns) {
     first.Release();
     second.Release();
     EXPECT_EQ(second.Acquire("one", {}), noErr);
-    for (const auto &[error, expected] : {std::pair{ENOLCK, noErr}, {ENOSYS, noErr}, {EIO, ioErr}}) {
+    for (const auto &[error, expected] :
+         {std::pair{ENOLCK, noErr}, {ENOSYS, noErr}, {EOPNOTSUPP, noErr}, {EINVAL, noErr}, {EIO, ioErr}}) {
         const DiskWithoutLocks disk(error);
         EXPECT_EQ(first.Acquire("one", {}), expected) << error;
         first.Release();
