@@ -188,6 +188,7 @@ TEST(Catalog, WhatCannotBe_HasItsStatus) {
     ResourceFile resources;
     const std::vector<std::pair<OSErr, OSErr>> rows = {
         {FSPathMakeRef(zero, &ref), bdNamErr},
+        {FSPathMakeRef(scratch.Path("none"), &ref), fnfErr},
         {FSRefAtName({scratch.Path()}, "", &ref), fnfErr},
         {FSRefAtName({scratch.Path()}, "a/b", &ref), bdNamErr},
         {FSRefAtName({scratch.Path()}, zero, &ref), bdNamErr},

@@ -51,6 +51,8 @@ TEST(StateFolder, IsTheUsersWhateverTheEnvironment) {
     ::setenv("XDG_STATE_HOME", "relative", 1);
     EXPECT_EQ(StateFolder(kCreateFolder, &folder), noErr);
     EXPECT_EQ(folder, scratch.Path(".local/state/com.halcyra.drevix"));
+    ::unsetenv("XDG_STATE_HOME");
+    EXPECT_EQ(StateFolder(kDontCreateFolder, &folder), noErr);
     EXPECT_EQ(FolderOfPath("name"), ".");
     EXPECT_EQ(FolderOfPath("/name"), "/");
     for (const char *home : {"relative", ""}) {
@@ -171,6 +173,28 @@ TEST(OpenFile, WhatCannotBe_HasItsStatus) {
     EXPECT_EQ(ReadSharedFile(std::string("a\0b", 3), 100, &all), bdNamErr);
     FileUpdate update;
     EXPECT_EQ(update.Commit(), rfNumErr);
+}
+
+// Writes nothing and says no reason, for ever.
+struct LazyDisk : Disk {
+    LazyDisk() { SetDisk(this); }
+    ~LazyDisk() override { SetDisk(nullptr); }
+    ssize_t WriteAt(int /*fd*/, const void * /*bytes*/, std::size_t /*count*/, off_t /*offset*/) override {
+        return 0;
+    }
+};
+
+TEST(Transfer, WriteOfNothing_IsAnError) {
+    ScratchFolder scratch;
+    test::WriteWhole(scratch.Path("f"), "text");
+    const LazyDisk lazy;
+    FileRef file = 0;
+    ASSERT_EQ(OpenFile(scratch.Path("f"), fsRdWrPerm, &file), noErr);
+    char byte = 'x';
+    IOParam transfer = {file, &byte, 1, 0, fsAtMark, 0};
+    EXPECT_EQ(PBWriteSync(&transfer), ioErr);
+    EXPECT_EQ(WriteAllAt(0, "x", 0), dskFulErr);
+    EXPECT_EQ(FSClose(file), noErr);
 }
 
 TEST(Transfer, ShortTransfers_AreContinuedAndErrorsMapped) {
