@@ -8,7 +8,6 @@
 #include <new>
 
 namespace drevix {
-namespace {} // namespace
 
 OSErr FSpCreate(const FSSpec &spec, OSType /*creator*/, OSType /*fileType*/, std::int16_t /*script*/) try {
     const std::string path = PathFromSpec(spec);

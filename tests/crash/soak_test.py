@@ -243,6 +243,11 @@ class Soak:
         self.world.hotkeys(f"<HotKeys TargetApp='System'>{entries}</HotKeys>")
 
     def companion(self):
+        if self.panel is not None:  # its settings hold over what the companion writes while it is in front
+            self.start_or_end_panel()
+        speed = (self.model[""]["ringSpeedY"] + 1) % 250  # a save: what was bound before is in our file, not only in its
+        self.world.must("set", "ringSpeedY", str(speed))
+        self.model[""]["ringSpeedY"] = speed
         bound = dict(zip(BUTTONS, self.chance.sample(TITLES, len(BUTTONS))))
         if self.chance.random() < 0.5:
             del bound[self.chance.choice(list(bound))]
@@ -262,7 +267,8 @@ class Soak:
 
     def start_or_end_panel(self):
         if self.panel is None:
-            self.panel = subprocess.Popen([self.world.panel], env=self.world.environment, stderr=subprocess.DEVNULL, start_new_session=True)
+            self.panel = subprocess.Popen([self.world.panel], env=self.world.environment, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
+                                          start_new_session=True)
             self.long[self.panel.pid] = Running("panel", self.panel.pid)
         else:
             self.panel.send_signal(self.chance.choice([signal.SIGTERM, signal.SIGTERM, signal.SIGKILL]))

@@ -5,6 +5,8 @@
 #include "platform/catalog/apple_double.h"
 #include "platform/catalog/catalog_names.h"
 #include "platform/catalog/named_files.h"
+#include "platform/catalog/resource_file.h"
+#include "platform/files/disk.h"
 #include "tests/support/testing.h"
 
 #include <sys/mount.h>
@@ -88,6 +90,142 @@ TEST(Catalog, Volumes_AreTheMountedFileSystems) {
     for (const auto &[path, number] : std::initializer_list<std::pair<const char *, int>>{
              {"/", 1}, {"/x", 1}, {"/ab", 1}, {"/a", 3}, {"/a/bc", 3}, {"/a/b", 2}, {"/a/b/c", 2}}) {
         EXPECT_EQ(VolumeOfPath(volumes, path)->number, number) << path;
+    }
+}
+
+// Shows a mount table of its own, or fails to.
+struct MountedDisk : Disk {
+    explicit MountedDisk(std::string path) : table(std::move(path)), before(SetDisk(this)) {}
+    ~MountedDisk() override { SetDisk(before); }
+    int Open(const char *path, int flags, mode_t mode) override {
+        return Disk::Open(std::string_view(path).ends_with("/mountinfo") ? table.c_str() : path, flags, mode);
+    }
+    std::string table;
+    Disk *before;
+};
+
+TEST(Catalog, MountTable_IsReadAsFarAsItMakesSense) {
+    const ScratchFolder scratch;
+    WriteWhole(scratch.Path("table"), "1 0 8:1 / /a\\040b\\134 rw shared:1 - nfs4 server /x\n"
+                                      "2 0 8:1 / /hidden rw - ext4 x y\n"
+                                      "3 0 8:1 / /hidden rw master:2 unbindable - vfat x y\n"
+                                      "4 0 8:1 / relative rw - ext4 x y\n"
+                                      "5 0 8:1 / /cut rw\n\n-\n6 0 8:1 / /tail\\04 rw - ext4");
+    const MountedDisk disk(scratch.Path("table"));
+    std::vector<Volume> volumes;
+    ASSERT_EQ(ListVolumes(&volumes), noErr);
+    std::vector<std::pair<std::string, int>> found;
+    for (const Volume &volume : volumes) {
+        found.emplace_back(volume.root, volume.fileSystem);
+    }
+    EXPECT_EQ(found, (std::vector<std::pair<std::string, int>>{{"/a b\\", kServerFileSystem},
+                                                               {"/hidden", kDosFileSystem},
+                                                               {"/tail\\04", kLocalFileSystem},
+                                                               {"/", kLocalFileSystem}}));
+    EXPECT_EQ(FindVolume(volumes, 0), &volumes.back());
+    const MountedDisk none(scratch.Path("none"));
+    EXPECT_EQ(ListVolumes(&volumes), noErr);
+    EXPECT_EQ(volumes.size(), 1U);
+    const MountedDisk folder(scratch.Path());
+    VolumeInfo info = {kRootVolume, {}, 0, {}};
+    std::int16_t number = 0;
+    std::int32_t id = 0;
+    EXPECT_EQ(PBHGetVInfoSync(&info), notAFileErr);
+    EXPECT_EQ(FindFolder(kRootVolume, kPreferencesFolderType, kDontCreateFolder, &number, &id), noErr)
+        << "the preferences do not depend on the table";
+    EXPECT_EQ(FindFolder(NumberOfVolume("/x"), kPreferencesFolderType, kDontCreateFolder, &number, &id),
+              notAFileErr);
+}
+
+TEST(Catalog, Kinds_AreTold) {
+    const ScratchFolder scratch;
+    for (const auto &[name, bytes] :
+         std::initializer_list<std::pair<const char *, const char *>>{{"elf", "\177ELF"},
+                                                                      {"script", "#!/bin/sh"},
+                                                                      {"data", "data"},
+                                                                      {"empty", ""},
+                                                                      {"a.desktop", ""}}) {
+        WriteWhole(scratch.Path(name), bytes);
+        ::chmod(scratch.Path(name).c_str(), 0700);
+    }
+    WriteWhole(scratch.Path("plain"), "#!");
+    std::filesystem::create_symlink("elf", scratch.Path("link"));
+    ASSERT_EQ(::mkfifo(scratch.Path("pipe").c_str(), 0600), 0);
+    const std::int32_t folder = FolderIdFromPath(scratch.Path());
+    for (const auto &[name, type] :
+         std::initializer_list<std::pair<const char *, OSType>>{{"elf", kApplicationType},
+                                                                {"script", kApplicationType},
+                                                                {"a.desktop", kApplicationType},
+                                                                {"data", kUnknownType},
+                                                                {"empty", kUnknownType},
+                                                                {"plain", kUnknownType},
+                                                                {"pipe", kUnknownType},
+                                                                {"config", kUnknownType},
+                                                                {"link", kSymbolicLinkType}}) {
+        CatalogInfo info = Ask(folder, 0, Str63FromMacRoman(name));
+        EXPECT_EQ(PBGetCatInfoSync(&info), noErr);
+        EXPECT_EQ(info.ioFlFndrInfo.fdType, type) << name;
+    }
+}
+
+TEST(Catalog, WhatCannotBe_HasItsStatus) {
+    const ScratchFolder scratch;
+    WriteWhole(scratch.Path("file"), "");
+    WriteWhole(scratch.Path("damaged"), "");
+    WriteWhole(scratch.Path("._damaged"), "no AppleDouble file");
+    const std::int32_t folder = FolderIdFromPath(scratch.Path());
+    const FSSpec bad = {kRootVolume, folder, Str63FromMacRoman("")};
+    const FSSpec gone = {kRootVolume, FolderIdFromPath(scratch.Path("gone")), Str63FromMacRoman("x")};
+    const std::string zero("a\0b", 3);
+    FSRef ref;
+    FSSpec spec{};
+    FInfo finder{};
+    FileRef file = 0;
+    std::int16_t number = 0;
+    std::int32_t id = 0;
+    std::vector<Str63> names;
+    CatalogInfo info = Ask(FolderIdFromPath(scratch.Path("file")), -1);
+    ResourceFile resources;
+    const std::vector<std::pair<OSErr, OSErr>> rows = {
+        {FSPathMakeRef(zero, &ref), bdNamErr},
+        {FSPathMakeRef(scratch.Path("none"), &ref), fnfErr},
+        {FSRefAtName({scratch.Path()}, "", &ref), fnfErr},
+        {FSRefAtName({scratch.Path()}, "a/b", &ref), bdNamErr},
+        {FSRefAtName({scratch.Path()}, zero, &ref), bdNamErr},
+        {FSSpecFromRef({""}, &spec), bdNamErr},
+        {FSSpecFromRef({scratch.Path("file")}, &spec, &id), paramErr},
+        {FSpCreate(bad, 0, 0, -1), bdNamErr},
+        {FSpCreate(gone, 0, 0, -1), fnfErr},
+        {FSpOpenDF(bad, fsRdPerm, &file), bdNamErr},
+        {FSpDirCreate(bad, -1, &id), bdNamErr},
+        {FSpDelete(bad), bdNamErr},
+        {FSpSetFInfo(bad, {}), bdNamErr},
+        {FSpGetFInfo(bad, &finder), bdNamErr},
+        {FSpGetFInfo(gone, &finder), fnfErr},
+        {FSpGetFInfo({kRootVolume, folder, Str63FromMacRoman("config")}, &finder), notAFileErr},
+        {FSpCreateResFile(bad, 0, 0, -1), bdNamErr},
+        {FSpCreateResFile({kRootVolume, folder, Str63FromMacRoman("damaged")}, 0, 0, -1), dupFNErr},
+        {resources.Open(bad, fsRdPerm), bdNamErr},
+        {PBGetCatInfoSync(&info), dirNFErr},
+        {ListFolder(-29999, folder, &names), nsvErr},
+        {ListFolder(kRootVolume, 9999, &names), dirNFErr},
+        {ListFolder(kRootVolume, gone.parID, &names), dirNFErr},
+        {FindFolder(NumberOfVolume("/proc"), kPreferencesFolderType, kDontCreateFolder, &number, &id),
+         fnfErr},
+        {FindFolder(NumberOfVolume("/proc"), FourCharCode("none"), kDontCreateFolder, &number, &id), fnfErr},
+        {Gestalt(FourCharCode("none"), &id), gestaltUndefSelectorErr},
+    };
+    for (const auto &[status, expected] : rows) {
+        EXPECT_EQ(status, expected) << "row " << &status - &rows[0].first;
+    }
+    EXPECT_EQ(Gestalt(FourCharCode("alis"), &id), noErr);
+    // The roots of volumes, as specifications and as folders.
+    for (const char *root : {"/", "/proc"}) {
+        EXPECT_EQ(FSSpecFromRef({root}, &spec, &id), noErr);
+        EXPECT_EQ(id, kRootFolder);
+        EXPECT_EQ(PathFromSpec(spec), root);
+        EXPECT_EQ(FindFolder(spec.vRefNum, kVolumeRootFolderType, kDontCreateFolder, &number, &id), noErr);
+        EXPECT_EQ(number, spec.vRefNum);
     }
 }
 

@@ -238,7 +238,9 @@ TEST(UserLock, Holders_TakeTurns) {
     first.Release();
     second.Release();
     EXPECT_EQ(second.Acquire("one", {}), noErr);
-    for (const auto &[error, expected] : {std::pair{ENOLCK, noErr}, {ENOSYS, noErr}, {EIO, ioErr}}) {
+    EXPECT_EQ(second.Acquire("one", {}), noErr) << "it has it already";
+    for (const auto &[error, expected] :
+         {std::pair{ENOLCK, noErr}, {ENOSYS, noErr}, {EOPNOTSUPP, noErr}, {EINVAL, noErr}, {EIO, ioErr}}) {
         const DiskWithoutLocks disk(error);
         EXPECT_EQ(first.Acquire("one", {}), expected) << error;
         first.Release();
@@ -337,6 +339,12 @@ TEST(KeepFileAside, DifferentFiles_AreAllKept) {
     EXPECT_EQ(ScratchFolder::Names(scratch.Preferences()),
               (Names{"f", "f.refused", "f.refused.1", "f.refused.2"}));
     EXPECT_EQ(KeepFileAside(scratch.Path("none"), kept), fnfErr);
+    for (int i = 3; i <= 1000; ++i) {
+        WriteWhole(kept + "." + std::to_string(i), "");
+    }
+    WriteWhole(path, "4444");
+    EXPECT_EQ(KeepFileAside(path, kept), dirFulErr);
+    EXPECT_EQ(ReadWhole(kept), "333");
 }
 
 // A refused file behind a link was once copied again at every start.

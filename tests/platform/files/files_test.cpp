@@ -1,7 +1,14 @@
 #include "platform/files/files.h"
 
 #include "platform/catalog/named_files.h"
+#include "platform/files/disk.h"
+#include "platform/files/file_update.h"
+#include "platform/files/paths.h"
+#include "platform/files/shared_file.h"
+#include "platform/files/user_lock.h"
 #include "tests/support/testing.h"
+
+#include <pwd.h>
 
 namespace drevix {
 namespace {
@@ -36,6 +43,23 @@ TEST(FindFolder, Preferences_FollowTheDesktopsRules) {
     EXPECT_EQ(FindFolder(1, kPreferencesFolderType, kDontCreateFolder, &volume, &folder), nsvErr);
     EXPECT_EQ(FindFolder(kOnSystemDisk, FourCharCode("none"), kDontCreateFolder, &volume, &folder), fnfErr);
     ::setenv("XDG_CONFIG_HOME", scratch.Preferences().c_str(), 1);
+}
+
+TEST(StateFolder, IsTheUsersWhateverTheEnvironment) {
+    ScratchFolder scratch;
+    std::string folder;
+    ::setenv("XDG_STATE_HOME", "relative", 1);
+    EXPECT_EQ(StateFolder(kCreateFolder, &folder), noErr);
+    EXPECT_EQ(folder, scratch.Path(".local/state/com.halcyra.drevix"));
+    ::unsetenv("XDG_STATE_HOME");
+    EXPECT_EQ(StateFolder(kDontCreateFolder, &folder), noErr);
+    EXPECT_EQ(FolderOfPath("name"), ".");
+    EXPECT_EQ(FolderOfPath("/name"), "/");
+    for (const char *home : {"relative", ""}) {
+        ::setenv("HOME", home, 1);
+        const struct passwd *user = ::getpwuid(::getuid());
+        EXPECT_EQ(HomeFolder(), user == nullptr ? "" : user->pw_dir);
+    }
 }
 
 TEST(FSSpec, Names_AreMacRomanWithTheOtherSystemsSeparator) {
@@ -117,8 +141,60 @@ TEST(OpenFile, WhatCannotBe_HasItsStatus) {
     EXPECT_EQ(FSClose(file), rfNumErr);
     std::int64_t length = 0;
     for (const FileRef wrong : {FileRef{0}, FileRef{-1}, FileRef{32767}, file}) {
-        EXPECT_EQ(GetEOF(wrong, &length), rfNumErr);
+        transfer.ioRefNum = wrong;
+        for (const OSErr status : {GetEOF(wrong, &length), SetEOF(wrong, 0), SetFPos(wrong, fsFromStart, 0),
+                                   PBReadSync(&transfer), PBFlushFileSync(wrong), FSClose(wrong)}) {
+            EXPECT_EQ(status, rfNumErr);
+        }
     }
+    // As many as there is room for, and one more.
+    std::vector<FileRef> files;
+    OSErr status = noErr;
+    while ((status = OpenFile(scratch.Path("f"), fsRdWrPerm, &file)) == noErr) {
+        files.push_back(file);
+    }
+    EXPECT_EQ(status, tmfoErr);
+    EXPECT_EQ(SetEOF(files[0], -1), posErr);
+    transfer = {files[0], nullptr, 1, 0, fsAtMark, 0};
+    EXPECT_EQ(PBReadSync(&transfer), paramErr);
+    transfer.ioReqCount = 0;
+    EXPECT_EQ(PBReadSync(&transfer), noErr);
+    for (const FileRef opened : files) {
+        EXPECT_EQ(FSClose(opened), noErr);
+    }
+    EXPECT_EQ(CurrentDisk().ReadAt(-1, &byte, 1, 0), -1);
+    EXPECT_EQ(CurrentDisk().WriteAt(-1, &byte, 1, 0), -1);
+    EXPECT_EQ(FlushFolder("/proc"), noErr) << "a file system that flushes nothing";
+    // More than fits in memory, but takes no room on the disk.
+    ASSERT_EQ(::truncate(scratch.Path("f").c_str(), std::int64_t{1} << 31), 0);
+    std::string all;
+    EXPECT_EQ(ReadWholeFile(scratch.Path("f"), &all), memFullErr);
+    EXPECT_EQ(ReadSharedFile(scratch.Path("f"), 100, &all), -1);
+    EXPECT_EQ(ReadSharedFile(std::string("a\0b", 3), 100, &all), bdNamErr);
+    FileUpdate update;
+    EXPECT_EQ(update.Commit(), rfNumErr);
+}
+
+// Writes nothing and says no reason, for ever.
+struct LazyDisk : Disk {
+    LazyDisk() { SetDisk(this); }
+    ~LazyDisk() override { SetDisk(nullptr); }
+    ssize_t WriteAt(int /*fd*/, const void * /*bytes*/, std::size_t /*count*/, off_t /*offset*/) override {
+        return 0;
+    }
+};
+
+TEST(Transfer, WriteOfNothing_IsAnError) {
+    ScratchFolder scratch;
+    test::WriteWhole(scratch.Path("f"), "text");
+    const LazyDisk lazy;
+    FileRef file = 0;
+    ASSERT_EQ(OpenFile(scratch.Path("f"), fsRdWrPerm, &file), noErr);
+    char byte = 'x';
+    IOParam transfer = {file, &byte, 1, 0, fsAtMark, 0};
+    EXPECT_EQ(PBWriteSync(&transfer), ioErr);
+    EXPECT_EQ(WriteAllAt(0, "x", 0), dskFulErr);
+    EXPECT_EQ(FSClose(file), noErr);
 }
 
 TEST(Transfer, ShortTransfers_AreContinuedAndErrorsMapped) {

@@ -159,6 +159,39 @@ TEST_F(KeptBytesTest, FileWrittenSince_IsLeftAloneAndItsCopyStays) {
     }
 }
 
+// A note that makes no sense was never followed by a change of its file.
+TEST_F(KeptBytesTest, DamagedNotes_GoWithTheirCopies) {
+    WriteWhole(fPath, kTexts[0].old);
+    CutShort(fPath, kTexts[0]);
+    const std::string torn = ReadWhole(fPath);
+    const std::string note = KeptFolder() + "/" + ScratchFolder::Names(KeptFolder()).back();
+    const std::string kept = note.substr(0, note.size() - 5) + ".kept";
+    const std::string whole = ReadWhole(note);
+    struct Row {
+        std::size_t offset;
+        const char *hex;
+        bool isNoNote;
+    };
+    for (const Row &row : std::initializer_list<Row>{
+             {0, "00", true}, {24, "FF FF FF FF", true}, {32, "01", true}, {16, "01", false}}) {
+        WriteWhole(kept, kTexts[0].old);
+        std::string bytes = whole;
+        bytes.replace(row.offset, test::FromHex(row.hex).size(), test::FromHex(row.hex));
+        WriteWhole(note, bytes);
+        MendFilesCutShort();
+        EXPECT_EQ(ReadWhole(fPath), torn);
+        EXPECT_EQ(ScratchFolder::Names(KeptFolder()).size(), row.isNoNote ? 0U : 1U) << row.offset;
+        fs::remove_all(KeptFolder());
+        fs::create_directory(KeptFolder());
+    }
+    WriteWhole(note, whole.substr(0, 39));
+    WriteWhole(KeptFolder() + "/" + std::string(16, 'a') + ".note", whole); // without a copy
+    MendFilesCutShort();
+    ExpectNothingKept();
+    WriteWhole(kept, "old");
+    EXPECT_EQ(FindKeptCopy(fPath), "") << "another program's";
+}
+
 // What cannot be reached now may come back.
 TEST_F(KeptBytesTest, FileThatIsAway_IsMendedWhenItIsBack) {
     WriteWhole(fPath, kTexts[0].old);

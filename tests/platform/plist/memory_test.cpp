@@ -1,6 +1,4 @@
-#include "platform/catalog/apple_double.h"
 #include "platform/files/files.h"
-#include "platform/files/shared_file.h"
 #include "tests/platform/plist/property_list_support.h"
 #include "tests/support/failing_new.h"
 #include "tests/support/testing.h"
@@ -51,27 +49,6 @@ TEST(Memory, NoRoomToWriteAList_LeavesTheOldFile) {
         5, [&] { return test::WriteList(path, list); },
         [&] { EXPECT_EQ(test::ReadWhole(path), "old bytes"); });
     EXPECT_EQ(test::ReadList(path).Text(), PropertyListArrayText(list));
-}
-
-// Without the memory for its bytes the file stayed open for good.
-TEST(Memory, NoRoomForAFilesBytes_LeavesItClosedAndAsItWas) {
-    test::ScratchFolder scratch;
-    const std::string path = scratch.Path("file");
-    const std::string old(1000, 'o');
-    test::WriteWhole(path, old);
-    AppleDouble companion;
-    companion.resourceFork = old;
-    ASSERT_EQ(WriteAppleDouble(path, companion), noErr);
-    std::string bytes;
-    const std::function<OSErr()> operations[] = {
-        [&] { return ReadSharedFile(path, 2 * old.size(), &bytes); },
-        [&] { return ReadAppleDouble(path, &companion); },
-        [&] { return WriteSharedFile(path, "new bytes"); },
-    };
-    for (const auto &operation : operations) {
-        FailEachAllocation(1, operation, [&] { EXPECT_EQ(test::ReadWhole(path), old); });
-    }
-    EXPECT_EQ(test::ReadWhole(path), "new bytes");
 }
 
 } // namespace
