@@ -1,5 +1,6 @@
 #include "pane/file_panels.h"
 
+#include <QApplication>
 #include <QDialogButtonBox>
 #include <QDir>
 #include <QFileInfo>
@@ -8,6 +9,7 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QSplitter>
+#include <QTimer>
 #include <QTreeView>
 #include <QUrl>
 
@@ -23,6 +25,16 @@ FilePanel::FilePanel(const QString &title, const QString &folder, QWidget *windo
 // Qt keeps the places for all programs when a panel goes.
 FilePanel::~FilePanel() {
     setSidebarUrls(fPlacesOfOthers);
+}
+
+// Return with the list of completions open would close both at once, after which no window has the keyboard.
+void FilePanel::done(int result) {
+    if (QWidget *completions = QApplication::activePopupWidget(); completions != nullptr) {
+        completions->close();
+        QTimer::singleShot(0, this, [this, result] { QFileDialog::done(result); });
+    } else {
+        QFileDialog::done(result);
+    }
 }
 
 void FilePanel::ShowPlaces(std::initializer_list<QStandardPaths::StandardLocation> purposes) {
