@@ -6,6 +6,7 @@
 #include <QFileInfo>
 #include <QGridLayout>
 #include <QHeaderView>
+#include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QSplitter>
@@ -20,6 +21,13 @@ FilePanel::FilePanel(const QString &title, const QString &folder, QWidget *windo
     setOption(QFileDialog::DontUseNativeDialog);
     setWindowModality(Qt::WindowModal);
     fPlacesOfOthers = sidebarUrls();
+    for (const char *part : {"lookIn", "fileType"}) { // whose labels stand beside them alone
+        auto *const label = findChild<QLabel *>(QLatin1String(part) + QLatin1String("Label"));
+        if (auto *const menu = findChild<QWidget *>(QLatin1String(part) + QLatin1String("Combo"));
+            label != nullptr) {
+            label->setBuddy(menu);
+        }
+    }
 }
 
 // Qt keeps the places for all programs when a panel goes.

@@ -35,6 +35,7 @@ void PopUpMenu::SetSecondColumn(int item, const SecondColumn &column) {
 
 // Wide enough for what its items say.
 void PopUpMenu::showPopup() {
+    view()->setAccessibleName(accessibleName()); // it is a window of its own
     if (fHasSecondColumn) {
         view()->setMinimumWidth(view()->sizeHintForColumn(0) +
                                 view()->verticalScrollBar()->sizeHint().width());
