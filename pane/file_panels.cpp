@@ -2,14 +2,17 @@
 
 #include "pane/look.h"
 
+#include <QApplication>
 #include <QDialogButtonBox>
 #include <QDir>
 #include <QFileInfo>
 #include <QGridLayout>
 #include <QHeaderView>
+#include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QSplitter>
+#include <QTimer>
 #include <QTreeView>
 #include <QUrl>
 
@@ -20,11 +23,28 @@ FilePanel::FilePanel(const QString &title, const QString &folder, QWidget *windo
     setOption(QFileDialog::DontUseNativeDialog);
     setWindowModality(Qt::WindowModal);
     fPlacesOfOthers = sidebarUrls();
+    for (const char *part : {"lookIn", "fileType"}) { // whose labels stand beside them alone
+        auto *const label = findChild<QLabel *>(QLatin1String(part) + QLatin1String("Label"));
+        if (auto *const menu = findChild<QWidget *>(QLatin1String(part) + QLatin1String("Combo"));
+            label != nullptr) {
+            label->setBuddy(menu);
+        }
+    }
 }
 
 // Qt keeps the places for all programs when a panel goes.
 FilePanel::~FilePanel() {
     setSidebarUrls(fPlacesOfOthers);
+}
+
+// Return with the list of completions open would close both at once, after which no window has the keyboard.
+void FilePanel::done(int result) {
+    if (QWidget *completions = QApplication::activePopupWidget(); completions != nullptr) {
+        completions->close();
+        QTimer::singleShot(0, this, [this, result] { QFileDialog::done(result); });
+    } else {
+        QFileDialog::done(result);
+    }
 }
 
 void FilePanel::ShowPlaces(std::initializer_list<QStandardPaths::StandardLocation> purposes) {

@@ -21,6 +21,7 @@ class FilePanel : public QFileDialog {
 
     // What was chosen, once exec was accepted.
     [[nodiscard]] QString Path() const { return selectedFiles().value(0); }
+    void done(int result) override;
 
   protected:
     // The root, and of the folders for these purposes those that are there.

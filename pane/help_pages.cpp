@@ -20,6 +20,8 @@ constexpr auto kHelpPages = std::to_array<HelpPage>({
     {"uiSettingsRadioDisable",    "applications.html"},
     {"uiSettingsTabsImages",      "controls.html"},
     {"uiPaneTabs",                "controls.html"},
+    {"uiTargetMenuMore",          "applications.html"},
+    {"uiControlMenu",             "actions.html"},
     {"uiSettingsTabToolMenu",     "companion.html"},
     {"uiSettingsGroupAction",     "actions.html"},
     {"uiInfoTextStatus",          "trouble.html"},

@@ -61,6 +61,7 @@ void PopUpMenu::showPopup() {
     if (fDelegate != nullptr) {
         setItemDelegate(std::exchange(fDelegate, nullptr));
     }
+    view()->setAccessibleName(accessibleName()); // it is a window of its own
     if (fHasSecondColumn) {
         view()->setMinimumWidth(view()->sizeHintForColumn(0) +
                                 view()->verticalScrollBar()->sizeHint().width());
