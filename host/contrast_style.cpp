@@ -16,8 +16,10 @@ constexpr auto kOutlined = std::to_array<QStyle::PrimitiveElement>({
     QStyle::PE_PanelLineEdit,
     QStyle::PE_IndicatorCheckBox,
     QStyle::PE_FrameTabWidget,
+    QStyle::PE_FrameFocusRect,
 });
 constexpr int kBarHeight = 4; // pixels
+constexpr int kFocusInset = 3;
 
 void Outline(const QStyleOption &option, QPainter *painter) {
     if (!IsHighContrast(option.palette)) {
@@ -33,9 +35,20 @@ void Outline(const QStyleOption &option, QPainter *painter) {
     painter->restore();
 }
 
+// The style marks what has the keyboard in another colour, of which there is none.
+void MarkFocus(const QStyleOption &option, QPainter *painter) {
+    constexpr auto kMarked = QStyle::State_HasFocus | QStyle::State_KeyboardFocusChange;
+    if (option.state.testFlags(kMarked)) {
+        QStyleOption inner(option);
+        inner.rect.adjust(kFocusInset, kFocusInset, -kFocusInset, -kFocusInset);
+        Outline(inner, painter);
+    }
+}
+
 // The chosen one has a bar, too.
 void OutlineTab(const QStyleOption &option, QPainter *painter) {
     Outline(option, painter);
+    MarkFocus(option, painter);
     if (IsHighContrast(option.palette) && option.state.testFlag(QStyle::State_Selected)) {
         QRect bar = option.rect;
         bar.setHeight(kBarHeight);
@@ -80,6 +93,7 @@ void ContrastStyle::drawControl(ControlElement element, const QStyleOption *opti
     QProxyStyle::drawControl(element, option, painter, widget);
     if (element == CE_PushButtonBevel) {
         Outline(*option, painter);
+        MarkFocus(*option, painter);
     } else if (element == CE_TabBarTabShape) {
         OutlineTab(*option, painter);
     }
@@ -90,6 +104,7 @@ void ContrastStyle::drawComplexControl(ComplexControl control, const QStyleOptio
     QProxyStyle::drawComplexControl(control, option, painter, widget);
     if (control == CC_ComboBox) {
         Outline(*option, painter);
+        MarkFocus(*option, painter);
     }
     if (control == CC_ScrollBar) {
         QStyleOption slider(*option);
@@ -106,6 +121,7 @@ void ContrastStyle::drawComplexControl(ComplexControl control, const QStyleOptio
         Outline(groove, painter);
         painter->restore();
         OutlineCircle(handle, painter);
+        MarkFocus(*option, painter);
     }
 }
 
