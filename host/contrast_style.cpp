@@ -90,6 +90,16 @@ void ContrastStyle::drawPrimitive(PrimitiveElement element, const QStyleOption *
 
 void ContrastStyle::drawControl(ControlElement element, const QStyleOption *option, QPainter *painter,
                                 const QWidget *widget) const {
+    const auto *const item = qstyleoption_cast<const QStyleOptionMenuItem *>(option);
+    if (element == CE_MenuItem && item != nullptr && IsHighContrast(option->palette) &&
+        option->state.testFlag(State_Selected)) {
+        QStyleOptionMenuItem chosen(*item); // the style takes the icon for light ground
+        const int side = pixelMetric(PM_SmallIconSize, option, widget);
+        chosen.icon =
+            QIcon(chosen.icon.pixmap({side, side}, painter->device()->devicePixelRatioF(), QIcon::Selected));
+        QProxyStyle::drawControl(element, &chosen, painter, widget);
+        return;
+    }
     QProxyStyle::drawControl(element, option, painter, widget);
     if (element == CE_PushButtonBevel) {
         Outline(*option, painter);
