@@ -16,8 +16,10 @@ constexpr auto kOutlined = std::to_array<QStyle::PrimitiveElement>({
     QStyle::PE_PanelLineEdit,
     QStyle::PE_IndicatorCheckBox,
     QStyle::PE_FrameTabWidget,
+    QStyle::PE_FrameFocusRect,
 });
 constexpr int kBarHeight = 4; // pixels
+constexpr int kFocusInset = 3;
 
 void Outline(const QStyleOption &option, QPainter *painter) {
     if (!IsHighContrast(option.palette)) {
@@ -33,9 +35,20 @@ void Outline(const QStyleOption &option, QPainter *painter) {
     painter->restore();
 }
 
+// The style marks what has the keyboard in another colour, of which there is none.
+void MarkFocus(const QStyleOption &option, QPainter *painter) {
+    constexpr auto kMarked = QStyle::State_HasFocus | QStyle::State_KeyboardFocusChange;
+    if (option.state.testFlags(kMarked)) {
+        QStyleOption inner(option);
+        inner.rect.adjust(kFocusInset, kFocusInset, -kFocusInset, -kFocusInset);
+        Outline(inner, painter);
+    }
+}
+
 // The chosen one has a bar, too.
 void OutlineTab(const QStyleOption &option, QPainter *painter) {
     Outline(option, painter);
+    MarkFocus(option, painter);
     if (IsHighContrast(option.palette) && option.state.testFlag(QStyle::State_Selected)) {
         QRect bar = option.rect;
         bar.setHeight(kBarHeight);
@@ -77,9 +90,20 @@ void ContrastStyle::drawPrimitive(PrimitiveElement element, const QStyleOption *
 
 void ContrastStyle::drawControl(ControlElement element, const QStyleOption *option, QPainter *painter,
                                 const QWidget *widget) const {
+    const auto *const item = qstyleoption_cast<const QStyleOptionMenuItem *>(option);
+    if (element == CE_MenuItem && item != nullptr && IsHighContrast(option->palette) &&
+        option->state.testFlag(State_Selected)) {
+        QStyleOptionMenuItem chosen(*item); // the style takes the icon for light ground
+        const int side = pixelMetric(PM_SmallIconSize, option, widget);
+        chosen.icon =
+            QIcon(chosen.icon.pixmap({side, side}, painter->device()->devicePixelRatioF(), QIcon::Selected));
+        QProxyStyle::drawControl(element, &chosen, painter, widget);
+        return;
+    }
     QProxyStyle::drawControl(element, option, painter, widget);
     if (element == CE_PushButtonBevel) {
         Outline(*option, painter);
+        MarkFocus(*option, painter);
     } else if (element == CE_TabBarTabShape) {
         OutlineTab(*option, painter);
     }
@@ -90,6 +114,7 @@ void ContrastStyle::drawComplexControl(ComplexControl control, const QStyleOptio
     QProxyStyle::drawComplexControl(control, option, painter, widget);
     if (control == CC_ComboBox) {
         Outline(*option, painter);
+        MarkFocus(*option, painter);
     }
     if (control == CC_ScrollBar) {
         QStyleOption slider(*option);
@@ -106,6 +131,7 @@ void ContrastStyle::drawComplexControl(ComplexControl control, const QStyleOptio
         Outline(groove, painter);
         painter->restore();
         OutlineCircle(handle, painter);
+        MarkFocus(*option, painter);
     }
 }
 

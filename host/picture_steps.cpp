@@ -85,6 +85,7 @@ void Click(QWidget *target, const Step & /*step*/) {
 
 void Focus(QWidget *target, const Step & /*step*/) {
     target->setFocus(Qt::TabFocusReason);
+    target->window()->setAttribute(Qt::WA_KeyboardFocusChange); // styles mark it only after a key was pressed
 }
 
 void Press(QWidget * /*target*/, const Step &step) {

@@ -26,6 +26,7 @@ HistoryPanel::HistoryPanel(const std::vector<HistoryItem> &items, RecordsOf reco
         row->setDisabled(!item.isWhole);
     }
     fList->resizeColumnToContents(0);
+    fList->setColumnWidth(0, fList->columnWidth(0) + fontMetrics().height());
     auto *const label = new QLabel(tr("&Bring back:"));
     label->setBuddy(fWhat);
     auto *const choice = new QHBoxLayout;

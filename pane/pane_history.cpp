@@ -22,7 +22,13 @@ namespace {
 QString TimeText(std::chrono::system_clock::time_point time) {
     const auto since = std::chrono::duration_cast<std::chrono::milliseconds>(time.time_since_epoch());
     const QDateTime local = QDateTime::fromMSecsSinceEpoch(since.count());
-    return QLocale().toString(local, QLocale::ShortFormat) + local.toString(QStringLiteral(":ss"));
+    const QLocale locale;
+    QString form = locale.timeFormat(QLocale::ShortFormat); // of most locales without seconds
+    if (!form.contains(QLatin1Char('s'))) {
+        form.replace(QLatin1String("mm"), QLatin1String("mm:ss"));
+    }
+    return locale.toString(local.date(), QLocale::ShortFormat) + QLatin1Char(' ') +
+           locale.toString(local.time(), form);
 }
 
 // "GIMP: Button II, ringSpeed"

@@ -34,6 +34,8 @@ TEST_F(Earlier, ComeBackWholeOrForOneApplication) {
     Ask([&](QDialog *panel) {
         auto *const list = panel->findChild<QTreeWidget *>();
         ASSERT_EQ(list->topLevelItemCount(), 2);
+        // In a language whose times have seconds they stood there twice.
+        EXPECT_EQ(list->topLevelItem(0)->text(0).count(u':'), 2) << list->topLevelItem(0)->text(0);
         EXPECT_EQ(list->topLevelItem(0)->text(1), u"beta: other values"_s);
         EXPECT_EQ(list->topLevelItem(1)->text(1), u"Global Settings: other values"_s);
         list->setCurrentItem(list->topLevelItem(1));
