@@ -78,10 +78,20 @@ class Running:
         assert now[1] <= self.first[1] + MOST_GROWTH, f"memory of the {self.name} grows from {self.first[1]} to {now[1]}"
 
 
+class World(programs.World):
+    """Remembers the last commands, for the report of a failure."""
+
+    last = collections.deque(maxlen=25)
+
+    def must(self, *words):
+        self.last.append(" ".join(words))
+        return super().must(*words)
+
+
 class Soak:
     def __init__(self, control, panel):
         ctypes.CDLL(None).prctl(SUBREAPER, 1, 0, 0, 0)
-        self.world = programs.World("", control, panel)
+        self.world = World("", control, panel)
         self.chance = random.Random(SEED)
         self.panel = self.bus = self.server = self.manager = None  # processes
         self.long = {}  # by process: what runs for long
@@ -151,6 +161,7 @@ class Soak:
         started = []
         for app in (first, second):
             words, wanted = self.words(app, first == second)
+            self.world.last.append(" ".join([*words, *self.of(app)]))
             started.append((app, words, wanted, subprocess.Popen([self.world.control, "--json", *words, *self.of(app)],
                                                                  env=self.world.environment, stdout=subprocess.PIPE,
                                                                  stderr=subprocess.PIPE)))
@@ -350,6 +361,7 @@ class Soak:
         end = time.monotonic() + seconds
         while time.monotonic() < end:
             step = self.chance.choice(steps)
+            self.world.last.append(f"[{step.__name__}]")
             self.done[step.__name__] += 1
             step()
             assert self.panel is None or self.panel.poll() is None, f"the panel ended by itself: {self.panel.poll()}"
@@ -375,7 +387,8 @@ def main():
     try:
         soak.run(float(sys.argv[3]) if len(sys.argv) > 3 else 4)
     except AssertionError as error:
-        sys.exit(f"after {dict(soak.done)}: {error}; DREVIX_SEED={SEED}")
+        steps = "\n".join(word for word in soak.world.last if not word.startswith(("export --all -", "check", "show")))
+        sys.exit(f"{steps}\nafter {dict(soak.done)}: {error}; DREVIX_SEED={SEED}")
     finally:
         soak.close()
     print(f"{soak.done.total()} steps, {dict(soak.done)}; DREVIX_SEED={SEED}")
