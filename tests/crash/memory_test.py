@@ -45,8 +45,7 @@ def run_panel(world, library, **variables):
             panel.wait(programs.TIMEOUT)
         except subprocess.TimeoutExpired:
             panel.kill()
-    said = requests.read_text()
-    return panel.returncode, int(said) if said else 0
+    return panel.returncode, max(map(int, requests.read_text().split()), default=0)  # the others are of programs that it starts
 
 
 def check_panel(world, library, chance, count):
