@@ -134,7 +134,6 @@ TEST_F(EveryFault, IsSurvivedAndMadeUpForByTheNextTry) {
         {"read", [&] { return ReadWholeFile(At("link"), &bytes); }},
         {"read shared", [&] { return ReadSharedFile(At("file"), 100, &bytes); }},
         {"keep aside", [&] { return KeepFileAside(At("second"), At("other")); }},
-        {"state", [&] { return KeptFolder(kCreateFolder, &bytes); }},
         {"find folder",
          [&] { return FindFolder(kOnSystemDisk, kStartupFolderType, kCreateFolder, &volume, &folder); }},
         {"reference", [&] { return FSPathMakeRef(At("second"), &ref); }},
@@ -144,24 +143,11 @@ TEST_F(EveryFault, IsSurvivedAndMadeUpForByTheNextTry) {
         {"by index", [&] { return ask(FolderIdFromPath(fFolder), 2, {}); }},
         {"itself", [&] { return ask(FolderIdFromPath(fFolder), -1, {}); }},
         {"list", [&] { return ListFolder(kRootVolume, FolderIdFromPath(fFolder), &names); }},
-        {"volume",
-         [&] {
-             VolumeInfo v = {kRootVolume, {}, 0, {}};
-             return PBHGetVInfoSync(&v);
-         }},
         {"create", [&] { return FSpCreate(Spec("made"), 0, 0, -1); }},
         {"create folder", [&] { return FSpDirCreate(Spec("made"), -1, &folder); }},
-        {"open",
-         [&] {
-             OwnedFile file;
-             return FSpOpenDF(Spec("file"), fsRdPerm, file.Out());
-         }},
         {"delete", [&] { return FSpDelete(Spec("file")); }},
         {"get information", [&] { return FSpGetFInfo(Spec("file"), &finder); }},
-        {"set information",
-         [&] {
-             return FSpSetFInfo(Spec("file"), {FourCharCode("abcd"), 0, 0});
-         }},
+        {"set information", [&] { return FSpSetFInfo(Spec("file"), FInfo()); }},
         {"read companion", [&] { return ReadAppleDouble(At("file"), &companion); }},
         {"make resource file", [&] { return FSpCreateResFile(Spec("made"), 0, 0, -1); }},
         {"add resource",
