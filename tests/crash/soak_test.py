@@ -256,9 +256,7 @@ class Soak:
     def companion(self):
         if self.panel is not None:  # its settings hold over what the companion writes while it is in front
             self.start_or_end_panel()
-        speed = (self.model[""]["ringSpeedY"] + 1) % 250  # a save: what was bound before is in our file, not only in its
-        self.world.must("set", "ringSpeedY", str(speed))
-        self.model[""]["ringSpeedY"] = speed
+        self.save()
         bound = dict(zip(BUTTONS, self.chance.sample(TITLES, len(BUTTONS))))
         if self.chance.random() < 0.5:
             del bound[self.chance.choice(list(bound))]
@@ -268,6 +266,13 @@ class Soak:
                 self.model[""][button] = menu_item(bound[button])
             elif self.model[""][button]["action"] == MENU_ITEM:
                 self.model[""][button] = slot(0, 0)
+        self.save()
+
+    def save(self):
+        """What is bound is in our file then, and in the history after the next save, not only in the companion's file."""
+        speed = (self.model[""]["ringSpeedY"] + 1) % 250
+        self.world.must("set", "ringSpeedY", str(speed))
+        self.model[""]["ringSpeedY"] = speed
 
     def bind(self):
         title = self.chance.choice(TITLES)
