@@ -7,6 +7,7 @@
 #include "helperlink/device_text.h"
 #include "keyboard/key_names.h"
 #include "platform/catalog/apple_double.h"
+#include "platform/catalog/catalog_names.h"
 #include "platform/desktop/desktop_entries.h"
 #include "platform/plist/property_list_reading.h"
 #include "qbase/qbase_file_check.h"
@@ -140,9 +141,18 @@ void ReadCompanion(std::string_view bytes) {
     }
 }
 
-constexpr auto kReaders =
-    std::to_array<void (*)(std::string_view)>({ReadEntry, CheckBaseFile, ReadRecords, TellDevices, ParseKeys,
-                                               ParseArguments, DescribeStandIn, ReadCompanion});
+void ReadMountTable(std::string_view text) {
+    const std::vector<Volume> volumes = ParseMountTable(std::string(text));
+    for (const Volume &volume : volumes) {
+        Check(volume.root.starts_with('/') && volume.root.size() <= text.size());
+        Check(std::ranges::count(volumes, volume.root, &Volume::root) == 1);
+        Check(NameOfVolume(volume)[0] <= 27 && VolumeOfPath(volumes, volume.root) == &volume);
+    }
+}
+
+constexpr auto kReaders = std::to_array<void (*)(std::string_view)>(
+    {ReadEntry, CheckBaseFile, ReadRecords, TellDevices, ParseKeys, ParseArguments, DescribeStandIn,
+     ReadCompanion, ReadMountTable});
 
 } // namespace
 } // namespace drevix

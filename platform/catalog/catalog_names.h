@@ -6,6 +6,7 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace drevix {
 
@@ -16,6 +17,9 @@ struct Volume {
     std::string root;        // mount point
 };
 
+// The mounts of a table as proc(5) describes it, without numbers; of several at one place the last. Skips lines that make
+// no sense.
+[[nodiscard]] std::vector<Volume> ParseMountTable(const std::string &table);
 // The volumes in mount table order. noErr, or the error reading the table.
 [[nodiscard]] OSErr ListVolumes(std::vector<Volume> *volumes);
 // The volume of a path without links; null only for an empty list.

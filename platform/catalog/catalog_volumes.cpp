@@ -79,8 +79,7 @@ bool ParseLine(const std::string &line, Volume *volume) {
     if (!(words >> word) || !root.starts_with('/')) {
         return false;
     }
-    root = Unescaped(root);
-    *volume = {NumberOfVolume(root), KindOf(word), root};
+    *volume = {0, KindOf(word), Unescaped(root)};
     return true;
 }
 
@@ -91,20 +90,28 @@ bool LiesIn(std::string_view path, std::string_view root) {
 
 } // namespace
 
-OSErr ListVolumes(std::vector<Volume> *volumes) {
-    std::string table;
-    if (const OSErr status = ReadWholeFile(kMountTable, &table); status != noErr && status != fnfErr) {
-        return status; // without a table there is only the root volume
-    }
-    volumes->clear();
+std::vector<Volume> ParseMountTable(const std::string &table) {
+    std::vector<Volume> volumes;
     std::istringstream lines(table);
     for (std::string line; std::getline(lines, line);) {
         Volume volume{};
         if (ParseLine(line, &volume)) {
             // The last mount at a place hides earlier ones.
-            std::erase_if(*volumes, [&](const Volume &other) { return other.root == volume.root; });
-            volumes->push_back(volume);
+            std::erase_if(volumes, [&](const Volume &other) { return other.root == volume.root; });
+            volumes.push_back(volume);
         }
+    }
+    return volumes;
+}
+
+OSErr ListVolumes(std::vector<Volume> *volumes) {
+    std::string table;
+    if (const OSErr status = ReadWholeFile(kMountTable, &table); status != noErr && status != fnfErr) {
+        return status; // without a table there is only the root volume
+    }
+    *volumes = ParseMountTable(table);
+    for (Volume &volume : *volumes) {
+        volume.number = NumberOfVolume(volume.root);
     }
     if (FindVolume(*volumes, kRootVolume) == nullptr) {
         volumes->push_back({kRootVolume, kLocalFileSystem, "/"}); // after chroot, "/" may not be in the table

@@ -192,7 +192,7 @@ void XmlTreeReader::End() {
 }
 
 void XmlTreeReader::AddText(std::string_view text) {
-    if (fOpen.empty()) {
+    if (fOpen.empty() || text.empty()) { // an empty CDATA section
         return;
     }
     std::vector<XmlNode> &siblings = fOpen.back().children;

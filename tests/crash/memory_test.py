@@ -1,10 +1,12 @@
 #!/usr/bin/python3
 """Lets every request for memory of drevixctl fail in turn, once and from then on: it ends by itself, says what it has not done,
-and leaves what it changes as before or as after.
+and leaves what it changes as before or as after. Some of those of the panel that is told to end and saves fail too: it may end
+as Qt does then, but what it writes must be as before or as after.
 
-Usage: memory_test.py FAIL_MEMORY DREVIXCTL [--whole]
+Usage: memory_test.py FAIL_MEMORY DREVIXCTL DREVIX_SETTINGS [--whole]
 Without --whole some of the requests, other ones in every run; DREVIX_SEED chooses them again.
 """
+import collections
 import os
 import random
 import re
@@ -15,6 +17,8 @@ import programs
 
 SEED = int(os.environ.get("DREVIX_SEED", random.randrange(1 << 30)))
 FEW = 80  # runs of a short run
+OF_PANEL, FEW_OF_PANEL = 300, 6  # with --whole, and without
+AT_ITS_END = 0.02  # of the panel's requests: when it saves
 NEXT = re.compile(r"^drevixctl: ", re.M)
 # What a program says when the settings are neither as before nor as after: without what the companion's file says, or of some
 # records that were imported only a part.
@@ -28,6 +32,46 @@ def run(world, library, operation, **variables):
     done = subprocess.run(command, env={**world.environment, **variables}, capture_output=True, timeout=programs.TIMEOUT, check=False)
     requests = (world.base / "requests").read_text()
     return done.returncode, done.stderr.decode(errors="replace"), int(requests) if requests else 0
+
+
+def run_panel(world, library, **variables):
+    """The status, negative for a signal or where it hung, and the number of requests."""
+    (world.base / "run/drevix-settings").unlink(missing_ok=True)
+    requests = world.base / "requests"
+    command = ["sh", "-c", 'exec 3>"$1"; shift; exec env LD_PRELOAD="$@"', "sh", str(requests), library, world.panel]
+    with subprocess.Popen(command, env={**world.environment, **variables}, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL) as panel:
+        programs.end_when_ready(panel, lambda: panel.pid)
+        try:
+            panel.wait(programs.TIMEOUT)
+        except subprocess.TimeoutExpired:
+            panel.kill()
+    return panel.returncode, max(map(int, requests.read_text().split()), default=0)  # the others are of programs that it starts
+
+
+def check_panel(world, library, chance, count):
+    """How its runs ended, and how many left something torn."""
+    ends, failed = collections.Counter(), 0
+    world.prepare("panel")
+    before = world.state()
+    status, requests = run_panel(world, library)
+    assert status == 0 and requests > 0, f"panel: {status}, {requests} requests"
+    after = world.state()
+    for number in range(count):
+        first = int(requests * (1 - AT_ITS_END)) if number % 2 else 1
+        at, ever = chance.randint(first, requests), chance.random() < 0.5
+        world.reset()
+        status, _ = run_panel(world, library, DREVIX_FAIL_AT=str(at), **({"DREVIX_FAIL_EVER": "1"} if ever else {}))
+        saved = world.state().get(programs.SETTINGS) != before[programs.SETTINGS]
+        ends[f"{'ended' if status == 0 else f'status {status}'}, {'saved' if saved else 'not saved'}"] += 1
+        torn = programs.torn_now(world.state(), before, after)
+        world.must("check")
+        world.must("list")
+        torn += programs.differences(world.state(), before, after)
+        if torn:
+            failed += 1
+            print(f"panel, request {at}{' and all later ones' if ever else ''}: torn: {torn}, status {status}", flush=True)
+    print(f"panel: {requests} requests, {count} of them failed: {dict(ends)}", flush=True)
+    return failed
 
 
 def check(world, library, operation, at, ever, before, after):
@@ -50,11 +94,11 @@ def check(world, library, operation, at, ever, before, after):
 
 
 def main():
-    library, control = sys.argv[1:3]
+    library, control, panel = sys.argv[1:4]
     if b"asan" in subprocess.run(["ldd", control], capture_output=True, check=True).stdout:
         sys.exit(77)  # the sanitizer has an allocator of its own
     whole, chance = "--whole" in sys.argv, random.Random(SEED)
-    world = programs.World("", control, "")
+    world = programs.World("", control, panel)
     operations = [operation for operation in programs.chosen() if operation not in ("panel", "mend")]
     tried, failed = 0, 0
     for operation in operations:
@@ -74,6 +118,9 @@ def main():
                 print(f"{operation}, request {at}{' and all later ones' if ever else ''}: {str(error).strip()}", flush=True)
         if whole:
             print(f"{operation}: {requests} requests", flush=True)
+    if "panel" in programs.chosen():
+        count = OF_PANEL if whole else FEW_OF_PANEL
+        tried, failed = tried + count, failed + check_panel(world, library, chance, count)
     world.close()
     print(f"{tried} runs, {failed} failed; DREVIX_SEED={SEED}")
     sys.exit(failed > 0)

@@ -137,9 +137,7 @@ class World:
                               pass_fds=[write_end]) as running:
             os.close(write_end)
             if words is None:
-                while running.poll() is None and not catches_term(running.pid):
-                    time.sleep(0.02)
-                running.send_signal(signal.SIGTERM)
+                end_when_ready(running, lambda: traced_by(running.pid))
             output = b"".join(running.communicate(timeout=TIMEOUT)).decode(errors="replace")
         with os.fdopen(read_end) as calls:
             said = calls.read()
@@ -170,14 +168,26 @@ class World:
         return {path: bytes_ for path, bytes_ in found.items() if "/._" not in path or path.replace("/._", "/") in found}
 
 
-def catches_term(tracer):
-    """Whether the program that this one traces has told the system what to do with SIGTERM."""
+def end_when_ready(running, find):
+    """Sends the process SIGTERM once the panel, whose id "find" gives, has told the system what to do with it."""
+    while running.poll() is None and not catches_term(find()):
+        time.sleep(0.02)
+    running.send_signal(signal.SIGTERM)
+
+
+def traced_by(tracer):
     try:
-        child = pathlib.Path(f"/proc/{tracer}/task/{tracer}/children").read_text().split()[0]
-        caught = re.search(r"SigCgt:\s*(\w+)", pathlib.Path(f"/proc/{child}/status").read_text())[1]
+        return int(pathlib.Path(f"/proc/{tracer}/task/{tracer}/children").read_text().split()[0])
     except (IndexError, OSError):
+        return 0
+
+
+def catches_term(process):
+    try:
+        caught = re.search(r"SigCgt:\s*(\w+)", pathlib.Path(f"/proc/{process}/status").read_text())[1]
+        return bool(int(caught, 16) >> (signal.SIGTERM - 1) & 1) and "drevix" in os.readlink(f"/proc/{process}/exe")
+    except (TypeError, OSError):
         return False
-    return bool(int(caught, 16) >> (signal.SIGTERM - 1) & 1) and "drevix" in os.readlink(f"/proc/{child}/exe")
 
 
 def with_own_numbers(events):

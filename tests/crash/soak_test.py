@@ -78,10 +78,20 @@ class Running:
         assert now[1] <= self.first[1] + MOST_GROWTH, f"memory of the {self.name} grows from {self.first[1]} to {now[1]}"
 
 
+class World(programs.World):
+    """Remembers the last commands, for the report of a failure."""
+
+    last = collections.deque(maxlen=25)
+
+    def must(self, *words):
+        self.last.append(" ".join(words))
+        return super().must(*words)
+
+
 class Soak:
     def __init__(self, control, panel):
         ctypes.CDLL(None).prctl(SUBREAPER, 1, 0, 0, 0)
-        self.world = programs.World("", control, panel)
+        self.world = World("", control, panel)
         self.chance = random.Random(SEED)
         self.panel = self.bus = self.server = self.manager = None  # processes
         self.long = {}  # by process: what runs for long
@@ -151,6 +161,7 @@ class Soak:
         started = []
         for app in (first, second):
             words, wanted = self.words(app, first == second)
+            self.world.last.append(" ".join([*words, *self.of(app)]))
             started.append((app, words, wanted, subprocess.Popen([self.world.control, "--json", *words, *self.of(app)],
                                                                  env=self.world.environment, stdout=subprocess.PIPE,
                                                                  stderr=subprocess.PIPE)))
@@ -245,9 +256,7 @@ class Soak:
     def companion(self):
         if self.panel is not None:  # its settings hold over what the companion writes while it is in front
             self.start_or_end_panel()
-        speed = (self.model[""]["ringSpeedY"] + 1) % 250  # a save: what was bound before is in our file, not only in its
-        self.world.must("set", "ringSpeedY", str(speed))
-        self.model[""]["ringSpeedY"] = speed
+        self.save()
         bound = dict(zip(BUTTONS, self.chance.sample(TITLES, len(BUTTONS))))
         if self.chance.random() < 0.5:
             del bound[self.chance.choice(list(bound))]
@@ -257,6 +266,13 @@ class Soak:
                 self.model[""][button] = menu_item(bound[button])
             elif self.model[""][button]["action"] == MENU_ITEM:
                 self.model[""][button] = slot(0, 0)
+        self.save()
+
+    def save(self):
+        """What is bound is in our file then, and in the history after the next save, not only in the companion's file."""
+        speed = (self.model[""]["ringSpeedY"] + 1) % 250
+        self.world.must("set", "ringSpeedY", str(speed))
+        self.model[""]["ringSpeedY"] = speed
 
     def bind(self):
         title = self.chance.choice(TITLES)
@@ -350,6 +366,7 @@ class Soak:
         end = time.monotonic() + seconds
         while time.monotonic() < end:
             step = self.chance.choice(steps)
+            self.world.last.append(f"[{step.__name__}]")
             self.done[step.__name__] += 1
             step()
             assert self.panel is None or self.panel.poll() is None, f"the panel ended by itself: {self.panel.poll()}"
@@ -375,7 +392,8 @@ def main():
     try:
         soak.run(float(sys.argv[3]) if len(sys.argv) > 3 else 4)
     except AssertionError as error:
-        sys.exit(f"after {dict(soak.done)}: {error}; DREVIX_SEED={SEED}")
+        steps = "\n".join(word for word in soak.world.last if not word.startswith(("export --all -", "check", "show")))
+        sys.exit(f"{steps}\nafter {dict(soak.done)}: {error}; DREVIX_SEED={SEED}")
     finally:
         soak.close()
     print(f"{soak.done.total()} steps, {dict(soak.done)}; DREVIX_SEED={SEED}")

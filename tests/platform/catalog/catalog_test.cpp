@@ -229,36 +229,6 @@ TEST(Catalog, WhatCannotBe_HasItsStatus) {
     }
 }
 
-TEST(Catalog, LookUps_ReportWhatTheDiskDoes) {
-    const ScratchFolder scratch;
-    WriteWhole(scratch.Path("file"), "");
-    ASSERT_EQ(WriteAppleDouble(scratch.Path("file"), {}), noErr);
-    FSRef ref;
-    FSSpec spec{};
-    CatalogInfo info{};
-    AppleDouble file;
-    std::vector<Str63> names;
-    const std::int32_t folder = FolderIdFromPath(scratch.Path());
-    const std::function<OSErr()> lookUps[] = {
-        [&] { return FSPathMakeRef(scratch.Path("file"), &ref); },
-        [&] { return FSSpecFromRef(ref, &spec); },
-        [&] { return PBGetCatInfoSync(&(info = Ask(folder, 0, spec.name))); },
-        [&] { return PBGetCatInfoSync(&(info = Ask(folder, 1))); },
-        [&] { return ListFolder(kRootVolume, folder, &names); },
-        [&] { return ReadAppleDouble(scratch.Path("file"), &file); },
-        [&] { return FSpGetFInfo(spec, &info.ioFlFndrInfo); },
-    };
-    for (const auto &lookUp : lookUps) {
-        const auto run = [&](int failAt, Lasts lasts) {
-            OSErr status = noErr;
-            const bool wasHit = MeetsFault(failAt, lasts, EIO, [&] { status = lookUp(); });
-            EXPECT_EQ(status, wasHit ? ioErr : noErr) << &lookUp - lookUps << " at " << failAt;
-            return wasHit;
-        };
-        ForEachFault(1, run);
-    }
-}
-
 TEST(Catalog, NamesBeyondThePlatform_LeadBackToTheirFiles) {
     const ScratchFolder scratch;
     const std::string longName(200, 'l');

@@ -22,6 +22,7 @@ TEST(XmlDocument, Text_IsStableWhateverItsBlanks) {
              {"<a> <b/>\r\n</a>", "<a> <b/>\n</a>\n"},
              {"<a>1<b><c/></b>2<!-- x -->3<![CDATA[<4>]]></a>", "<a>1<b><c/></b>23&lt;4&gt;</a>\n"},
              {"<a>&#13;</a>", "<a>&#13;</a>\n"},
+             {"<a><b/><![CDATA[]]></a>", "<a>\n    <b/>\n</a>\n"}, // an empty section is no text
          }) {
         XmlDocument document;
         const OSErr status = ParseXmlDocument(row.read, XmlReading::Strict, &document);
