@@ -54,10 +54,10 @@ class Help:
     def lacks(self, nodes):
         lacking = []
         for node in nodes:
-            name = plain(node.name.split(": ")[0])
-            if node.role in EXPLAINED and name and name not in SELF_EVIDENT and \
+            name = plain(node.labels[0] if node.labels else node.name.split(": ")[0] if node.role in EXPLAINED else "")
+            if name and name not in SELF_EVIDENT and \
                     not OF_THE_TOOLKIT & {above.name for above in node.above}:
-                for book, word in ((self.english, name), (self.german, self.in_german.get(name, ""))):
+                for book, word in ((self.english, name), (self.german, self.in_german.get(name, f"{name} in German"))):
                     if word not in book:
                         lacking.append(f"the help does not explain {node.role} {word!r}")
         return lacking
