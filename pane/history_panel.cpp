@@ -43,7 +43,9 @@ HistoryPanel::HistoryPanel(const std::vector<HistoryItem> &items, RecordsOf reco
     box->addWidget(buttons);
     ResizeOnScreen(this, {640, 400});
     for (int row = 0; row < fList->topLevelItemCount() && Row() < 0; ++row) {
-        fList->topLevelItem(row)->setSelected(!fList->topLevelItem(row)->isDisabled());
+        if (QTreeWidgetItem *item = fList->topLevelItem(row); !item->isDisabled()) {
+            fList->setCurrentItem(item); // where the keyboard is, too
+        }
     }
     ShowRow();
 }

@@ -32,6 +32,7 @@ class SheetPage : public QWidget {
         const QSizeF size = SheetSize();
         setFixedSize(kPageWidth, static_cast<int>(kPageWidth * size.height() / size.width()));
         setAccessibleName(sheet.title);
+        setAccessibleDescription(SheetText(sheet));
     }
 
   protected:
@@ -97,12 +98,14 @@ void OverviewPanel::Show() {
         delete item->widget();
         delete item;
     }
-    QStringList texts; // told where the keyboard can come to
+    QStringList titles;
     for (const SheetContents &sheet : fSheets) {
         fPageBox->addWidget(new SheetPage(sheet), 0, Qt::AlignHCenter);
-        texts += SheetText(sheet);
+        titles += sheet.title;
     }
-    fScroll->setAccessibleDescription(texts.join(QStringLiteral("\n\n")));
+    // Where the keyboard comes to, one sheet is told in full, of more what they are of.
+    fScroll->setAccessibleDescription(fSheets.size() == 1 ? SheetText(fSheets.front())
+                                                          : titles.join(QStringLiteral(", ")));
 }
 
 // A file that was there stays as it was until the new one is whole.

@@ -2025,7 +2025,7 @@
     </message>
     <message>
         <source>Retr&amp;y</source>
-        <translation>&amp;Wiederholen</translation>
+        <translation>Erne&amp;ut sichern</translation>
     </message>
     <message>
         <source>&amp;Save Now</source>
@@ -2487,7 +2487,7 @@
     <name>drevix::UnsavedPanel</name>
     <message>
         <source>&amp;Retry</source>
-        <translation>&amp;Wiederholen</translation>
+        <translation>Erne&amp;ut sichern</translation>
     </message>
     <message>
         <source>&amp;Export All…</source>

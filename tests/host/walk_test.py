@@ -28,6 +28,12 @@ COLUMNS = [["Push up", "Turn left", "Push left", "Push released", "Turn released
            ["Turn right", "Push right", "Push down", "Button III", "Button II", "Button I", "Tuner right"]]
 EXPLAINED = {"push button", "menu item", "check box", "radio button", "page tab"}  # roles whose names the help has
 OF_THE_TOOLKIT = {"Choose an Item to Open", "Export Settings", "Import Settings", "Save as PDF"}  # dialogs that it does not explain
+# The page that F1 opens: in a state, and where the keyboard is in the window.
+PAGE_OF_STATE = {"Select an Application": "applications", "menu of actions": "actions", "Find Action": "actions", "menu of Button II": "actions",
+                 "Choose an Item to Open": "actions", "Delete Settings?": "applications", "Export Settings": "import-export",
+                 "Import Settings": "import-export", "Overview": "controls", "earlier settings": "index", "about": "index"}
+PAGE_OF_PLACE = [("list", "Applications", "applications"), ("radio button", "On", "applications"), ("list", "Device", "controls"),
+                 ("combo box", "Action:", "actions"), ("button", "Undo", "index")]
 SELF_EVIDENT = {"Cancel", NEW, COPY}
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 
@@ -48,10 +54,10 @@ class Help:
     def lacks(self, nodes):
         lacking = []
         for node in nodes:
-            name = plain(node.name.split(": ")[0])
-            if node.role in EXPLAINED and name and name not in SELF_EVIDENT and \
+            name = plain(node.labels[0] if node.labels else node.name.split(": ")[0] if node.role in EXPLAINED else "")
+            if name and name not in SELF_EVIDENT and \
                     not OF_THE_TOOLKIT & {above.name for above in node.above}:
-                for book, word in ((self.english, name), (self.german, self.in_german.get(name, ""))):
+                for book, word in ((self.english, name), (self.german, self.in_german.get(name, f"{name} in German"))):
                     if word not in book:
                         lacking.append(f"the help does not explain {node.role} {word!r}")
         return lacking
@@ -101,7 +107,15 @@ class Panel:
         self.trees.write(f"\n== {self.walk}: {name}\n" + "".join(f"{node}\n" for node in nodes))
         self.faults += [f"{self.walk}, {name}: {fault}" for fault in faults_of(nodes)]
         self.faults += self.help.lacks(nodes)
+        if self.walk == "keys" and name in PAGE_OF_STATE:
+            self.ask_help(PAGE_OF_STATE[name], name)
         return nodes
+
+    def ask_help(self, page, what):
+        """Presses F1, and waits for the page of the help."""
+        before = opened(self)
+        self.key("F1")
+        self.expect(f"page {page} for {what}", lambda: re.search(f"/{page}.html$", opened(self)[len(before):].strip()))
 
     # The mouse.
 
@@ -421,6 +435,12 @@ def import_by_mouse(panel):
     panel.click("button", "Open")
 
 
+def help_by_keys(panel):
+    for role, name, page in PAGE_OF_PLACE:
+        panel.reach("F6", role, name)
+        panel.ask_help(page, name)
+
+
 def overview_by_keys(panel):
     panel.key("ctrl+p")
     panel.wait("dialog", "Overview")
@@ -487,7 +507,7 @@ STEPS = [
     ("end of earlier settings", lambda p: p.key("Escape"), lambda p: p.click("button", "Cancel"), lambda p: p.gone("dialog", "Earlier Settings")),
     ("about", lambda p: p.more("About Veltrana…"), lambda p: p.click("button", "About Veltrana"), lambda p: p.wait("dialog", "About Veltrana")),
     ("end of about", lambda p: p.key("Escape"), lambda p: p.click("button", "Close"), lambda p: p.gone("dialog", "About Veltrana")),
-    ("help", lambda p: p.key("F1"), lambda p: p.click("button", "Help"), lambda p: p.expect("a page of the help", lambda: ".html" in opened(p))),
+    ("help", help_by_keys, lambda p: p.click("button", "Help"), lambda p: p.expect("a page of the help", lambda: ".html" in opened(p))),
 ]
 
 
