@@ -96,7 +96,6 @@ class Soak:
         self.panel = self.bus = self.server = self.manager = None  # processes
         self.long = {}  # by process: what runs for long
         self.done = collections.Counter()
-        self.last = collections.deque(maxlen=8)  # steps
         self.start_server()
         for app in APPS[2:-1]:
             self.world.must("add", f"/usr/bin/{app}")
@@ -271,20 +270,6 @@ class Soak:
 
     def save(self):
         """What is bound is in our file then, and in the history after the next save, not only in the companion's file."""
-        self.save()  # what was bound before is in our file, not only in its
-        bound = dict(zip(BUTTONS, self.chance.sample(TITLES, len(BUTTONS))))
-        if self.chance.random() < 0.5:
-            del bound[self.chance.choice(list(bound))]
-        self.companion_file(bound)
-        for button in ("buttonI", "buttonII", "buttonIII"):
-            if button in bound:
-                self.model[""][button] = menu_item(bound[button])
-            elif self.model[""][button]["action"] == MENU_ITEM:
-                self.model[""][button] = slot(0, 0)
-        self.save()
-
-    def save(self):
-        """What is bound is in our file then, and in the history after the next save, not only in the companion's file."""
         speed = (self.model[""]["ringSpeedY"] + 1) % 250
         self.world.must("set", "ringSpeedY", str(speed))
         self.model[""]["ringSpeedY"] = speed
@@ -383,7 +368,6 @@ class Soak:
             step = self.chance.choice(steps)
             self.world.last.append(f"[{step.__name__}]")
             self.done[step.__name__] += 1
-            self.last.append(step.__name__)
             step()
             assert self.panel is None or self.panel.poll() is None, f"the panel ended by itself: {self.panel.poll()}"
             self.done["with helper"] += len(self.helpers()) > 0
