@@ -1,5 +1,7 @@
 #include "pane/confirm_panel.h"
 
+#include "pane/target_boxes.h"
+
 #include <QDialogButtonBox>
 #include <QGridLayout>
 #include <QLabel>
@@ -48,7 +50,7 @@ QLabel *MakeLabel(const QString &text) {
 } // namespace
 
 ConfirmPanel::ConfirmPanel(Kind kind, const QString &name, QWidget *window)
-    : QDialog(window), fForAll(new QCheckBox(tr("Do the same for &all"))) {
+    : QDialog(window), fForAll(new CheckBox(tr("Do the same for &all"))) {
     const ConfirmTexts &texts = kTexts[static_cast<std::size_t>(kind)];
     setObjectName(QLatin1String(texts.panel));
     setWindowModality(Qt::WindowModal);

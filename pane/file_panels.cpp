@@ -1,6 +1,7 @@
 #include "pane/file_panels.h"
 
 #include "pane/look.h"
+#include "pane/target_boxes.h"
 
 #include <QApplication>
 #include <QDialogButtonBox>
@@ -74,7 +75,7 @@ SettingsFilePanel::SettingsFilePanel(const QString &title, QFileDialog::AcceptMo
 
 ExportPanel::ExportPanel(QWidget *window)
     : SettingsFilePanel(tr("Export Settings"), QFileDialog::AcceptSave, window),
-      fExportAll(new QCheckBox(tr("A&ll applications"))) {
+      fExportAll(new CheckBox(tr("A&ll applications"))) {
     fExportAll->setObjectName(QStringLiteral("uiSaveBoxExportAll"));
     selectFile(QStringLiteral("Veltrana Config"));
     if (auto *const grid = qobject_cast<QGridLayout *>(layout()); grid != nullptr) {

@@ -47,7 +47,8 @@ LinkButton::LinkButton(const QString &title, QWidget *parent) : QPushButton(titl
 
 QSize LinkButton::sizeHint() const {
     const int margin = fontMetrics().height() / 3;
-    return fontMetrics().size(Qt::TextShowMnemonic, text()) + QSize(2 * margin, 2 * margin);
+    return (fontMetrics().size(Qt::TextShowMnemonic, text()) + QSize(2 * margin, 2 * margin))
+        .expandedTo({0, kLeastTarget});
 }
 
 void LinkButton::paintEvent(QPaintEvent * /*event*/) {

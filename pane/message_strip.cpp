@@ -162,6 +162,7 @@ void MessageStrip::FillButtons(StripKind kind, const StripMessage &message) {
     for (std::size_t i = 0; i < message.buttons.size(); ++i) {
         auto *const button = new QPushButton(message.buttons[i].title, this);
         button->setAutoDefault(false);
+        button->setMinimumHeight(kLeastTarget);
         fButtonRow->addWidget(button);
         connect(button, &QPushButton::clicked, this, [this, kind, i] {
             if (const auto &kept = fMessages[static_cast<std::size_t>(kind)];

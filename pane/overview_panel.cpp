@@ -2,6 +2,7 @@
 
 #include "pane/file_panels.h"
 #include "pane/look.h"
+#include "pane/target_boxes.h"
 #include "pane/workspace.h"
 
 #include <QClipboard>
@@ -57,12 +58,12 @@ QImage ImageOf(const SheetContents &sheet) {
 } // namespace
 
 OverviewPanel::OverviewPanel(const QString &application, MakeSheets makeSheets, QWidget *window)
-    : QDialog(window), fMakeSheets(std::move(makeSheets)), fAll(new QRadioButton(tr("&All applications"))),
+    : QDialog(window), fMakeSheets(std::move(makeSheets)), fAll(new RadioButton(tr("&All applications"))),
       fScroll(new QScrollArea), fPages(new QWidget), fPageBox(new QVBoxLayout(fPages)), fProblem(new QLabel) {
     setObjectName(QStringLiteral("uiOverviewPanel"));
     setWindowTitle(tr("Overview"));
     setWindowModality(Qt::WindowModal);
-    auto *const one = new QRadioButton(QString(application).replace(QLatin1Char('&'), QLatin1String("&&")));
+    auto *const one = new RadioButton(QString(application).replace(QLatin1Char('&'), QLatin1String("&&")));
     one->setChecked(true);
     auto *const choice = new QHBoxLayout;
     choice->addWidget(one);

@@ -147,11 +147,16 @@ TEST_F(Access, SmallWindow_FoldsAtOnceInEachLanguage) {
             for (const QWidget *button : fWindow->findChildren<QAbstractButton *>()) {
                 if (button->isVisible() && button->objectName().startsWith(u"ui"_s)) {
                     EXPECT_GE(button->width(), button->minimumSizeHint().width()) << button->objectName();
+                    EXPECT_GE(button->height(), 24) << button->objectName();
                     EXPECT_TRUE(button->parentWidget()->rect().contains(button->geometry()))
                         << button->objectName();
                 }
             }
         }
+        auto *const box = Find<QCheckBox>("uiSettingsBoxKeyShift");
+        const bool wasOn = box->isChecked();
+        QTest::mouseClick(box, Qt::LeftButton, {}, QPoint(8, 1));
+        EXPECT_NE(box->isChecked(), wasOn) << "its whole height is the target";
         Find<QTabWidget>("uiPaneTabs")->setCurrentIndex(0);
         QCoreApplication::processEvents();
         const QWidget *slider = Find<QWidget>("uiSettingsSliderNavSens");
