@@ -222,7 +222,7 @@ void DrevixPane::BuildAreas() {
             target->setMinimumHeight(kLeastTarget);
         }
     }
-    uiSettingsMenuExtraKeys->setMinimumContentsLength(6);
+    uiSettingsMenuExtraKeys->setMinimumWidth(WidthOfItems(*uiSettingsMenuExtraKeys));
 }
 
 // Handlers are called by what the user does alone: menus tell of choices, boxes of clicks; redrawing blocks
