@@ -169,8 +169,9 @@ class World:
 
 
 def end_when_ready(running, find):
-    """Sends the process SIGTERM once the panel, whose id "find" gives, has told the system what to do with it."""
-    while running.poll() is None and not catches_term(find()):
+    """Sends the process SIGTERM once the panel, whose id "find" gives, has told the system what to do with it, or hangs."""
+    end = time.monotonic() + TIMEOUT
+    while running.poll() is None and not catches_term(find()) and time.monotonic() < end:
         time.sleep(0.02)
     running.send_signal(signal.SIGTERM)
 

@@ -122,7 +122,6 @@ TEST(Catalog, MountTable_IsReadAsFarAsItMakesSense) {
                                                                {"/hidden", kDosFileSystem},
                                                                {"/tail\\04", kLocalFileSystem},
                                                                {"/", kLocalFileSystem}}));
-    EXPECT_EQ(FindVolume(volumes, 0), &volumes.back());
     const MountedDisk none(scratch.Path("none"));
     EXPECT_EQ(ListVolumes(&volumes), noErr);
     EXPECT_EQ(volumes.size(), 1U);
@@ -220,6 +219,7 @@ TEST(Catalog, WhatCannotBe_HasItsStatus) {
     }
     EXPECT_EQ(Gestalt(FourCharCode("alis"), &id), noErr);
     // The roots of volumes, as specifications and as folders.
+    EXPECT_EQ(RootOfVolume(0) + FolderPath(0, FolderIdFromPath("/")), "//");
     for (const char *root : {"/", "/proc"}) {
         EXPECT_EQ(FSSpecFromRef({root}, &spec, &id), noErr);
         EXPECT_EQ(id, kRootFolder);
