@@ -36,7 +36,7 @@ QAccessibleInterface *MakeWindowAccessible(const QString &className, QObject *ob
                : nullptr;
 }
 
-constexpr int kFrame = 40; // pixels that a window's frame and a desktop's bars take
+constexpr int kRoomAround = 40; // pixels that a window's frame and a desktop's bars take
 
 // Holds the view, which scrolls where it needs more than the whole screen has.
 class ViewScroller : public QScrollArea {
@@ -49,11 +49,11 @@ class ViewScroller : public QScrollArea {
         view->installEventFilter(this);
     }
     [[nodiscard]] QSize minimumSizeHint() const override {
-        const QSize room = screen()->availableSize() - QSize(0, kFrame);
+        const QSize room = screen()->availableSize() - QSize(0, kRoomAround);
         return widget()->minimumSizeHint().boundedTo(room);
     }
     [[nodiscard]] QSize sizeHint() const override {
-        return widget()->sizeHint().boundedTo(screen()->availableSize() - QSize(0, kFrame));
+        return widget()->sizeHint().boundedTo(screen()->availableSize() - QSize(0, kRoomAround));
     }
 
   protected:
