@@ -1,6 +1,7 @@
 #include "pane/area_roles.h"
 
 #include <QAccessibleWidget>
+#include <QWidget>
 
 #include <algorithm>
 #include <array>
