@@ -78,6 +78,9 @@ TEST_F(Exchange, FailedExport_LeavesTheFileOrNamesItsCopy) {
             EXPECT_TRUE(!kept.empty() && ReadWhole(kept) == before) << failAt;
             ++named;
         }
+        EXPECT_TRUE(run.status != ExitStatus::Done || ReadWhole(path).ends_with("</plist>\n")) << failAt;
+        EXPECT_TRUE(wasHit || run.status == ExitStatus::Done);
+        EXPECT_EQ(OpenFileCount(), 0);
         Run("list"); // puts right what is left
         EXPECT_TRUE(FindKeptCopy(path).empty());
         EXPECT_TRUE(ReadWhole(path) == before || ReadWhole(path).ends_with("</plist>\n")) << failAt;

@@ -61,17 +61,16 @@ TEST_F(Menu, Assign_FindsTheTitleAndTellsTheCompanion) {
 
 // It said that all was well, and the button was empty at the next look.
 TEST_F(Menu, UnwritableFile_IsTold) {
-    class ReadOnlyHotKeys : public Disk {
+    struct ReadOnlyHotKeys : test::ScopedDisk {
         int Open(const char *path, int flags, mode_t mode) override {
             const bool isRefused = std::string_view(path).ends_with("/~hotkeys") && (flags & O_RDWR) != 0;
             errno = EACCES;
             return isRefused ? -1 : Disk::Open(path, flags, mode);
         }
-    } disk;
-    Disk *const before = SetDisk(&disk);
+    };
+    const ReadOnlyHotKeys disk;
     const test::Result result = Run("assign buttonI menu Filter");
     const test::Result freed = Run("assign buttonII none"); // "Sharpen More" came back without a word
-    SetDisk(before);
     EXPECT_EQ(freed.status, ExitStatus::Failed);
     EXPECT_THAT(freed.err, HasSubstr("cannot write " + FindKorvaneFileForApp("_System_")));
     EXPECT_EQ(result.status, ExitStatus::Failed);

@@ -125,7 +125,7 @@ TEST_F(KorvaneSync, ToKorvane_WritesEveryFileThatCanBeReadAndNoOther) {
 
 // What the companion changes between our reading and our writing is read again, not undone.
 TEST_F(KorvaneSync, ToKorvane_KeepsAChangeThatComesBetween) {
-    struct BusyDisk : Disk {
+    struct BusyDisk : ScopedDisk {
         std::string file, change;
         int opens = 0;
         int Open(const char *path, int flags, mode_t mode) override {
@@ -139,9 +139,7 @@ TEST_F(KorvaneSync, ToKorvane_KeepsAChangeThatComesBetween) {
     disk.change = HotKeyFile({"N|5|tarnix||9", "M"});
     fFolder.Write(1, HotKeyFile({"N", "M"}));
     Bind(1, kI, "M");
-    Disk *const before = SetDisk(&disk);
     SyncToKorvane(fBase.get());
-    SetDisk(before);
     EXPECT_EQ(File(1), (Strings{"N|5|tarnix||9", "M|1|pyralis||4"}));
 }
 
@@ -271,16 +269,9 @@ TEST_F(KorvaneSync, FilesThatAreNotInStep_AreTold) {
     for (std::size_t row = 0; row < kKorvaneApps.size(); ++row) {
         Bind(row, kI, "A");
     }
-    struct FullDisk : Disk {
-        ssize_t WriteAt(int, const void *, std::size_t, off_t) override {
-            errno = ENOSPC;
-            return -1;
-        }
-    } disk;
+    const FullDisk disk;
     KorvaneResults results;
-    Disk *const before = SetDisk(&disk);
     SyncToKorvane(fBase.get(), &results);
-    SetDisk(before);
     using State = KorvaneFileState;
     const auto states = [&] {
         std::array<State, kKorvaneApps.size()> all{};
@@ -306,9 +297,8 @@ TEST_F(KorvaneSync, MissingMemory_LeavesButtonsAndFilesAsTheyWereAndIsTold) {
         Bind(1, kI, title);
         fFolder.Write(1, before);
         KorvaneResults results;
-        gNewFailsIn = failIn;
-        SyncFromKorvane(fBase.get(), &results);
-        wasHit = std::exchange(gNewFailsIn, 0) == 0;
+        wasHit =
+            MeetsFaultOrNew(failIn, Lasts::Once, kOfNew, [&] { SyncFromKorvane(fBase.get(), &results); });
         const Strings buttons = Buttons(1, {title});
         const bool isTaken = buttons == Strings{"-", title, "-"};
         EXPECT_TRUE(isTaken || buttons == (Strings{title, "-", "-"})) << failIn;
@@ -320,9 +310,9 @@ TEST_F(KorvaneSync, MissingMemory_LeavesButtonsAndFilesAsTheyWereAndIsTold) {
             EXPECT_EQ(ReadWhole(fFolder.File(1)), before) << failIn;
         }
         results = {};
-        gNewFailsIn = failIn;
-        SyncToKorvane(fBase.get(), &results);
-        wasHit = std::exchange(gNewFailsIn, 0) == 0 || wasHit;
+        wasHit =
+            MeetsFaultOrNew(failIn, Lasts::Once, kOfNew, [&] { SyncToKorvane(fBase.get(), &results); }) ||
+            wasHit;
         const bool isWritten = File(1) == Strings{title + "|1|pyralis||4"};
         EXPECT_TRUE(isWritten || ReadWhole(fFolder.File(1)) == before) << failIn;
         EXPECT_TRUE(isWritten || results[1].state == KorvaneFileState::NotWritten) << failIn;

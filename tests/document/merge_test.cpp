@@ -115,34 +115,5 @@ TEST(SettingsDocument, UserFields_ComeFromTheFileAndTheStampStays) {
     EXPECT_EQ(size, 5U);
 }
 
-// Each changes a record of its own, again and again, with the other's changes coming in between.
-bool ChangesAll(const DocumentFolder &folder, const std::string &name, int times) {
-    OpenDocument document(folder);
-    for (int i = 1; i <= times; ++i) {
-        if (!document.Put(name + "=" + std::to_string(i))) {
-            return false;
-        }
-        const SaveResult result = document.Save(kLongWait);
-        if (result.status != noErr || !result.outside.conflicts.empty()) {
-            return false;
-        }
-    }
-    return true;
-}
-
-TEST(SettingsDocument, TwoProgramsAtOnce_LoseNothing) {
-    const DocumentFolder folder("a=0 b=0 global=0");
-    constexpr int kTimes = 25;
-    const pid_t child = ::fork();
-    if (child == 0) {
-        ::_exit(ChangesAll(folder, "a", kTimes) && ChangesAll(folder, "c", kTimes) ? 0 : 1);
-    }
-    EXPECT_TRUE(ChangesAll(folder, "b", kTimes) && ChangesAll(folder, "d", kTimes));
-    int status = 0;
-    ::waitpid(child, &status, 0);
-    EXPECT_EQ(status, 0);
-    EXPECT_EQ(folder.State(), "a=25 b=25 c=25 d=25 global=0");
-}
-
 } // namespace
 } // namespace drevix::test

@@ -170,10 +170,7 @@ TEST(SettingsDocument, LockThatCannotBeMade_FailsTheSave) {
 }
 
 // A disk on which every file was last changed some time ago.
-class OldFiles : public Disk {
-  public:
-    OldFiles() : fBefore(SetDisk(this)) {}
-    ~OldFiles() override { SetDisk(fBefore); }
+struct OldFiles : ScopedDisk {
     int StatusOf(int fd, struct stat *status) override {
         const int result = Disk::StatusOf(fd, status);
         status->st_ctim.tv_sec -= 60;
@@ -184,9 +181,6 @@ class OldFiles : public Disk {
         return Disk::ReadAt(fd, bytes, count, offset);
     }
     int reads = 0;
-
-  private:
-    Disk *fBefore;
 };
 
 TEST(SettingsDocument, FileThatIsAsItWas_IsNotReadAgain) {
@@ -216,38 +210,23 @@ TEST(SettingsDocument, OutsideChangesThatMetNoMemory_AreTakenTheNextTime) {
 }
 
 // Every step of opening or saving fails in turn, while another program has changed a record too.
-constexpr int kOfNew = 0; // instead of an errno
-
-// A `new` fails once only.
-void ForEachFaultOf(int error, const std::function<bool(int failAt, Lasts lasts)> &run) {
-    if (error == kOfNew) {
-        ForEachFault(1, run, {Lasts::Once});
-    } else {
-        ForEachFault(1, run);
-    }
-}
-
-template <class Work>
-bool FailsAt(int failAt, Lasts lasts, int error, const Work &work) {
-    gNewFailsIn = error == kOfNew ? failAt : 0;
-    const bool met = MeetsFault(error == kOfNew ? kNoFault : failAt, lasts, error, work);
-    return error == kOfNew ? std::exchange(gNewFailsIn, 0) == 0 : met;
-}
-
 TEST(SettingsDocument, SaveWithEveryFault_KeepsEditsAndFile) {
-    for (const int error : {ENOSPC, ENOMEM, kOfNew}) {
-        ForEachFaultOf(error, [&](int failAt, Lasts lasts) {
+    for (const int error : {ENOSPC, EIO, ENOMEM, kOfNew}) {
+        ForEachFault(1, [&](int failAt, Lasts lasts) {
             SCOPED_TRACE(std::to_string(error) + " at " + std::to_string(failAt));
             const DocumentFolder folder("a=1 b=1 global=1");
             OpenDocument document(folder);
             EXPECT_TRUE(document.Put("a=2"));
             folder.WriteState("a=1 b=2 global=1");
             SaveResult result;
-            const bool wasHit = FailsAt(failAt, lasts, error, [&] { result = document.Save(kNoWait); });
+            const bool wasHit =
+                MeetsFaultOrNew(failAt, lasts, error, [&] { result = document.Save(kNoWait); });
             const std::string now = folder.State();
             EXPECT_TRUE(now == "a=2 b=2 global=1" || (result.status != noErr && now == "a=1 b=2 global=1"))
                 << now;
             EXPECT_EQ(document.IsSaved(), result.status == noErr);
+            EXPECT_TRUE(error == kOfNew ||
+                        QBaseGetRecordsChanged(document.Base()) == (result.status != noErr));
             std::vector<EarlierSettings> history;
             EXPECT_EQ(ListHistory(folder.file, &history), noErr);
             for (const EarlierSettings &earlier : history) {
@@ -267,9 +246,9 @@ TEST(SettingsDocument, SaveWithEveryFault_KeepsEditsAndFile) {
 
 TEST(SettingsDocument, OpenWithEveryFault_LosesNothingInASave) {
     int emptied = 0;
-    for (const int error : {EIO, ENOMEM, kOfNew}) {
+    for (const int error : {EIO, EACCES, ENOMEM, kOfNew}) {
         for (const bool isDamaged : {false, true}) {
-            ForEachFaultOf(error, [&](int failAt, Lasts lasts) {
+            ForEachFault(1, [&](int failAt, Lasts lasts) {
                 SCOPED_TRACE(std::to_string(error) + " at " + std::to_string(failAt));
                 const DocumentFolder folder("a=1 global=1");
                 if (isDamaged) {
@@ -279,7 +258,7 @@ TEST(SettingsDocument, OpenWithEveryFault_LosesNothingInASave) {
                 document.UseFile(folder.file);
                 OpenResult opened;
                 const bool wasHit =
-                    FailsAt(failAt, lasts, error, [&] { opened = document.Open(Access::Change); });
+                    MeetsFaultOrNew(failAt, lasts, error, [&] { opened = document.Open(Access::Change); });
                 emptied += opened.status != noErr && document.Base() != nullptr ? 1 : 0;
                 if (document.Base() != nullptr) {
                     const SaveResult result = document.Save(kNoWait);

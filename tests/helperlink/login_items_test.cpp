@@ -171,15 +171,6 @@ TEST_F(LoginItems, FilesOfOthers_AreNeverWrittenOver) {
 
 // What the lists held was said to be nothing when they could not be written.
 TEST_F(LoginItems, FailedWrite_StillTellsWhatWasFound) {
-    struct FullDisk : Disk {
-        FullDisk() : fBefore(SetDisk(this)) {}
-        ~FullDisk() override { SetDisk(fBefore); }
-        ssize_t WriteAt(int, const void *, std::size_t, off_t) override {
-            errno = ENOSPC;
-            return -1;
-        }
-        Disk *fBefore;
-    };
     WriteItems({"/old/DrevixHelper.app", kHelper});
     const FullDisk disk;
     std::uint16_t count = 7;

@@ -2,10 +2,8 @@
 #include "tests/pane/panel.h"
 
 #include <QClipboard>
-#include <QContextMenuEvent>
 #include <QDesktopServices>
 #include <QLineEdit>
-#include <QMenu>
 #include <QMimeData>
 #include <QScrollArea>
 #include <QSettings>
@@ -57,23 +55,6 @@ class Dialogs : public PanelTest {
     static void Select(const QDialog *chooser, const QString &name) {
         QTest::keyClicks(chooser->findChild<QLineEdit *>(), name);
         EXPECT_EQ(chooser->findChild<QListView *>()->currentIndex().data().toString(), name);
-    }
-    // Opens the menu of the control shown; true when the entry is there, and was chosen.
-    bool ChooseInMenu(const QString &entry) const {
-        auto *const picture = Find<DevicePicture>("uiSettingsTabsImages");
-        const QPoint point = picture->controlPoint(picture->currentIndex());
-        QContextMenuEvent event(QContextMenuEvent::Mouse, point, picture->mapToGlobal(point));
-        QApplication::sendEvent(picture, &event);
-        auto *const menu = qobject_cast<QMenu *>(QApplication::activePopupWidget());
-        const QList<QAction *> actions = menu->actions();
-        menu->close();
-        for (QAction *action : actions) {
-            if (action->text().remove(u'&') == entry) {
-                action->trigger();
-                return true;
-            }
-        }
-        return false;
     }
     static void EnterName(QDialog *panel, const QString &path) {
         auto *const field = panel->findChild<QLineEdit *>(u"fileNameEdit"_s);

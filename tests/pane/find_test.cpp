@@ -10,7 +10,6 @@
 
 #include <QBuffer>
 #include <QClipboard>
-#include <QMenu>
 #include <QPaintEngine>
 #include <QPainter>
 #include <QRadioButton>
@@ -95,21 +94,9 @@ class ControlMenu : public PanelTest {
     // Opens the menu of a control and chooses an entry. False where it is dim.
     bool Take(const char *control, const QString &entry) const {
         EXPECT_TRUE(fPane->showControl(QLatin1String(control)));
-        auto *const picture = Find<DevicePicture>("uiSettingsTabsImages");
-        const QPoint point = picture->controlPoint(picture->currentIndex());
-        QContextMenuEvent event(QContextMenuEvent::Mouse, point, picture->mapToGlobal(point));
-        QApplication::sendEvent(picture, &event);
-        auto *const menu = qobject_cast<QMenu *>(QApplication::activePopupWidget());
-        for (QAction *action : menu->actions()) {
-            if (action->text().remove(u'&') == entry) {
-                const bool isEnabled = action->isEnabled();
-                action->trigger();
-                menu->close();
-                return isEnabled;
-            }
-        }
-        menu->close();
-        throw std::runtime_error(entry.toStdString());
+        const std::optional<bool> chosen = ChooseInMenu(entry);
+        EXPECT_TRUE(chosen) << entry;
+        return chosen.value_or(false);
     }
 };
 

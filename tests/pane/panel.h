@@ -5,15 +5,16 @@
 #include "pane/pane_text.h"
 #include "pane/target_item.h"
 #include "pane/target_rows.h"
-#include "platform/files/disk.h"
 #include "tests/settings/settings_files.h"
 #include "tests/support/testing.h"
 
 #include <QAction>
 #include <QApplication>
+#include <QContextMenuEvent>
 #include <QDialog>
 #include <QDropEvent>
 #include <QListView>
+#include <QMenu>
 #include <QMimeData>
 #include <QTest>
 #include <QTimer>
@@ -46,20 +47,6 @@ inline AppPrefs MakeFullRecord(OSType application, std::string_view name) {
     }
     return prefs;
 }
-
-// A disk on which nothing more can be written while it lives.
-class FullDisk : public Disk {
-  public:
-    FullDisk() : fBefore(SetDisk(this)) {}
-    ~FullDisk() override { SetDisk(fBefore); }
-    ssize_t WriteAt(int /*fd*/, const void * /*bytes*/, std::size_t /*count*/, off_t /*offset*/) override {
-        errno = ENOSPC;
-        return -1;
-    }
-
-  private:
-    Disk *fBefore;
-};
 
 // The settings: the global record and "photo" from the factory, "Alpha" and "beta" of the user's own.
 class PanelTest : public ::testing::Test {
@@ -186,6 +173,24 @@ class PanelTest : public ::testing::Test {
         auto *const picture = Find<DevicePicture>("uiSettingsTabsImages");
         const int index = static_cast<int>(std::ranges::find(kPictureSlots, slot) - kPictureSlots.begin());
         return Drop(picture, picture->controlPoint(index), path, offered, Qt::ShiftModifier);
+    }
+    // Opens the menu of the control shown and chooses the entry; whether it was not dim, nothing if it is not there.
+    [[nodiscard]] std::optional<bool> ChooseInMenu(const QString &entry) const {
+        auto *const picture = Find<DevicePicture>("uiSettingsTabsImages");
+        const QPoint point = picture->controlPoint(picture->currentIndex());
+        QContextMenuEvent event(QContextMenuEvent::Mouse, point, picture->mapToGlobal(point));
+        QApplication::sendEvent(picture, &event);
+        auto *const menu = qobject_cast<QMenu *>(QApplication::activePopupWidget());
+        const QList<QAction *> actions = menu->actions();
+        menu->close();
+        for (QAction *action : actions) {
+            if (action->text().remove(u'&') == entry) {
+                const bool isEnabled = action->isEnabled();
+                action->trigger();
+                return isEnabled;
+            }
+        }
+        return std::nullopt;
     }
     // Clicks the page's tab and chooses the control in its menu.
     void SelectControl(int page, int position) const {

@@ -53,10 +53,7 @@ TEST(BaseFile, TransfersAtTheMark_TellWhatTheyMoved) {
 }
 
 // The real disk, writing down what is asked of it.
-class LoggingDisk : public Disk {
-  public:
-    LoggingDisk() : fBefore(SetDisk(this)) {}
-    ~LoggingDisk() override { SetDisk(fBefore); }
+struct LoggingDisk : ScopedDisk {
     ssize_t WriteAt(int fd, const void *bytes, std::size_t count, off_t offset) override {
         log += "write " + std::to_string(count) + " at " + std::to_string(offset) + "\n";
         return Disk::WriteAt(fd, bytes, count, offset);
@@ -70,9 +67,6 @@ class LoggingDisk : public Disk {
         return Disk::Flush(fd);
     }
     std::string log;
-
-  private:
-    Disk *fBefore;
 };
 
 TEST(BaseFile, PartsWritten_AreThoseAskedForUnlessTheFileDoesNotMatch) {

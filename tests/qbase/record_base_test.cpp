@@ -224,11 +224,6 @@ TEST(RecordBase, Duplicate_CopiesAllButTheUserBlock) {
         EXPECT_EQ(QBaseDuplicate(source.get(), refused), paramErr);
         EXPECT_EQ(QBaseDuplicateUserFields(refused, target.get()), paramErr);
     }
-    const QBaseOwner empty = NewFileBase();
-    const FaultyAllocator faults(2, Lasts::ForEver); // the index, when the records have come
-    EXPECT_EQ(QBaseDuplicate(source.get(), empty.get()), memFullErr);
-    EXPECT_EQ(QBaseCountRecords(empty.get()), 0);
-    EXPECT_EQ(empty->records.Size(), 0U);
 }
 
 // Counts requests that come while the caller's flag is not raised.

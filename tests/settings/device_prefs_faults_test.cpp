@@ -13,8 +13,6 @@ namespace {
 
 using namespace test;
 
-const Names kSettingsAlone = {"com.halcyra.drevix.prefs"};
-
 // A settings file with one record, or one that is refused; gives its bytes.
 std::string MakeFile(const SettingsFolder &folder, bool damaged) {
     folder.WriteDefaults({MakeRecord(0, "factory")});
@@ -24,28 +22,6 @@ std::string MakeFile(const SettingsFolder &folder, bool damaged) {
         EXPECT_EQ(SettingsFolder::Save(MakeBase({MakeRecord(0, "old")}, kPanelVersion)), noErr);
     }
     return ReadWhole(folder.path);
-}
-
-// A file that could not be read, for whatever reason, is still there after the save that follows.
-TEST(GetDevicePrefs, EveryFault_LosesNoFile) {
-    for (const int error : {EIO, EACCES, ENOMEM}) {
-        for (const bool damaged : {false, true}) {
-            ForEachFault(1, [&](int failAt, Lasts lasts) {
-                SettingsFolder folder;
-                const std::string before = MakeFile(folder, damaged);
-                const QBaseOwner base = NewDrevixBase();
-                OSErr status = noErr;
-                const bool wasHit =
-                    MeetsFault(failAt, lasts, error, [&] { status = folder.Load(base, kPanelVersion); });
-                std::ignore = SettingsFolder::Save(base); // may be refused, but not destroy
-                EXPECT_TRUE(status == noErr || status == resNotFound) << status;
-                EXPECT_TRUE(ReadWhole(folder.path) == before || (damaged && ReadWhole(folder.kept) == before))
-                    << failAt << " of " << error;
-                EXPECT_EQ(OpenFileCount(), 0);
-                return wasHit;
-            });
-        }
-    }
 }
 
 // An import: each record takes the place of its namesake or is added.
@@ -65,7 +41,6 @@ TEST(Import, EveryFault_SkipsWholeRecordsOnly) {
     folder.WriteDefaults({MakeRecord(kOther, "SKETCH"), MakeRecord(kOther, "1"), MakeRecord(kOther, "2"),
                           MakeRecord(kOther, "3")});
     const std::string path = folder.Path(kDefaultsFileName);
-    constexpr int kOfNew = 0; // instead of an errno
     std::set<std::size_t> skippedOnce;
     for (const int error : {EIO, ENOMEM, kOfNew}) {
         ForEachFault(1, [&](int failAt, Lasts lasts) {
@@ -73,10 +48,8 @@ TEST(Import, EveryFault_SkipsWholeRecordsOnly) {
             const QBaseOwner base = MakeBase({MakeRecord(0, ""), MakeRecord(kOther, "Sketch")});
             OSErr status = noErr;
             std::size_t skipped = 0;
-            gNewFailsIn = error == kOfNew ? failAt : 0;
-            const bool meets = MeetsFault(error == kOfNew ? kNoFault : failAt, lasts, error,
-                                          [&] { status = Import(path, base.get(), &skipped); });
-            const bool wasHit = error == kOfNew ? std::exchange(gNewFailsIn, 0) == 0 : meets;
+            const bool wasHit =
+                MeetsFaultOrNew(failAt, lasts, error, [&] { status = Import(path, base.get(), &skipped); });
             Names names = RecordNames(base);
             const bool isReplaced = names[1] == "SKETCH";
             const auto added = static_cast<std::size_t>(QBaseCountRecords(base.get())) - 2;
@@ -91,27 +64,6 @@ TEST(Import, EveryFault_SkipsWholeRecordsOnly) {
         });
     }
     EXPECT_EQ(skippedOnce, (std::set<std::size_t>{0, 1}));
-}
-
-TEST(SaveDevicePrefs, EveryFault_LeavesTheOldOrTheNewFile) {
-    for (const int error : {ENOSPC, EIO}) {
-        ForEachFault(8, [&](int failAt, Lasts lasts) {
-            SettingsFolder folder;
-            MakeFile(folder, false);
-            const QBaseOwner base = MakeBase({MakeRecord(0, "new"), MakeRecord(1, "more")});
-            OSErr status = noErr;
-            const bool wasHit =
-                MeetsFault(failAt, lasts, error, [&] { status = SettingsFolder::Save(base); });
-            const Names now = folder.SavedNames();
-            EXPECT_TRUE(now == Names{"old"} || now == (Names{"new", "more"})) << failAt;
-            EXPECT_TRUE(status != noErr || now.size() == 2) << failAt;
-            EXPECT_EQ(QBaseGetRecordsChanged(base.get()), status != noErr) << failAt;
-            EXPECT_EQ(QBaseGetUserFieldsChanged(base.get()), status != noErr) << failAt;
-            EXPECT_EQ(SettingsFolder::Names(folder.Preferences()), kSettingsAlone) << failAt;
-            EXPECT_TRUE(wasHit || status == noErr);
-            return wasHit;
-        });
-    }
 }
 
 // What a program does: reads the settings, adds a record, saves.

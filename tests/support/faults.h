@@ -47,15 +47,31 @@ class FaultyAllocator : public BlockAllocator, public Fault {
     BlockAllocator *fBefore;
 };
 
+// A disk of the test's own, in force until destruction.
+class ScopedDisk : public Disk {
+  public:
+    ScopedDisk() : fBefore(SetDisk(this)) {}
+    ~ScopedDisk() override { SetDisk(fBefore); }
+
+  private:
+    Disk *fBefore;
+};
+
+// One on which nothing more can be written.
+struct FullDisk : ScopedDisk {
+    ssize_t WriteAt(int /*fd*/, const void * /*bytes*/, std::size_t /*count*/, off_t /*offset*/) override {
+        errno = ENOSPC;
+        return -1;
+    }
+};
+
 // The real disk with one failing call that reads, writes or changes something, until destruction. If `error`
 // is 0, the failing transfer first moves half of its bytes (a short transfer, followed by an error if the
 // fault lasts).
-class FaultyDisk : public Disk, public Fault {
+class FaultyDisk : public ScopedDisk, public Fault {
   public:
     // `error` is the errno to report, such as ENOSPC.
-    FaultyDisk(int failAt, Lasts lasts, int error)
-        : Fault(failAt, lasts), fError(error), fBefore(SetDisk(this)) {}
-    ~FaultyDisk() override { SetDisk(fBefore); }
+    FaultyDisk(int failAt, Lasts lasts, int error) : Fault(failAt, lasts), fError(error) {}
     // If set, called instead of failing; for a process that must die at its n-th call.
     std::function<void()> onFault;
     // Called, when set, after half of the bytes of the transfer that meets the fault have been moved.
@@ -118,7 +134,6 @@ class FaultyDisk : public Disk, public Fault {
     bool Moves(std::size_t *count);
 
     int fError;
-    Disk *fBefore;
 };
 
 inline constexpr int kNoFault = 1'000'000; // a step that no test reaches

@@ -94,14 +94,12 @@ TEST(Catalog, Volumes_AreTheMountedFileSystems) {
 }
 
 // Shows a mount table of its own, or fails to.
-struct MountedDisk : Disk {
-    explicit MountedDisk(std::string path) : table(std::move(path)), before(SetDisk(this)) {}
-    ~MountedDisk() override { SetDisk(before); }
+struct MountedDisk : ScopedDisk {
+    explicit MountedDisk(std::string path) : table(std::move(path)) {}
     int Open(const char *path, int flags, mode_t mode) override {
         return Disk::Open(std::string_view(path).ends_with("/mountinfo") ? table.c_str() : path, flags, mode);
     }
     std::string table;
-    Disk *before;
 };
 
 TEST(Catalog, MountTable_IsReadAsFarAsItMakesSense) {
@@ -138,29 +136,30 @@ TEST(Catalog, MountTable_IsReadAsFarAsItMakesSense) {
 
 TEST(Catalog, Kinds_AreTold) {
     const ScratchFolder scratch;
-    for (const auto &[name, bytes] :
-         std::initializer_list<std::pair<const char *, const char *>>{{"elf", "\177ELF"},
-                                                                      {"script", "#!/bin/sh"},
-                                                                      {"data", "data"},
-                                                                      {"empty", ""},
-                                                                      {"a.desktop", ""}}) {
-        WriteWhole(scratch.Path(name), bytes);
-        ::chmod(scratch.Path(name).c_str(), 0700);
-    }
-    WriteWhole(scratch.Path("plain"), "#!");
     std::filesystem::create_symlink("elf", scratch.Path("link"));
     ASSERT_EQ(::mkfifo(scratch.Path("pipe").c_str(), 0600), 0);
     const std::int32_t folder = FolderIdFromPath(scratch.Path());
-    for (const auto &[name, type] :
-         std::initializer_list<std::pair<const char *, OSType>>{{"elf", kApplicationType},
-                                                                {"script", kApplicationType},
-                                                                {"a.desktop", kApplicationType},
-                                                                {"data", kUnknownType},
-                                                                {"empty", kUnknownType},
-                                                                {"plain", kUnknownType},
-                                                                {"pipe", kUnknownType},
-                                                                {"config", kUnknownType},
-                                                                {"link", kSymbolicLinkType}}) {
+    struct Row {
+        std::string name;
+        const char *bytes; // null for what is there
+        OSType type;
+        mode_t mode = 0700;
+    };
+    for (const auto &[name, bytes, type, mode] : std::initializer_list<Row>{
+             {"elf", "\177ELF", kApplicationType},
+             {"script", "#!/bin/sh", kApplicationType},
+             {"a.desktop", "", kApplicationType},
+             {"data", "data", kUnknownType},
+             {"empty", "", kUnknownType},
+             {"plain", "#!", kUnknownType, 0600},
+             {"pipe", nullptr, kUnknownType},
+             {"config", nullptr, kUnknownType},
+             {"link", nullptr, kSymbolicLinkType},
+         }) {
+        if (bytes != nullptr) {
+            WriteWhole(scratch.Path(name), bytes);
+            ::chmod(scratch.Path(name).c_str(), mode);
+        }
         CatalogInfo info = Ask(folder, 0, Str63FromMacRoman(name));
         EXPECT_EQ(PBGetCatInfoSync(&info), noErr);
         EXPECT_EQ(info.ioFlFndrInfo.fdType, type) << name;
@@ -263,10 +262,7 @@ TEST(Catalog, NamesBeyondThePlatform_LeadBackToTheirFiles) {
 TEST(Catalog, Delete_TakesTheCompanionAndNothingElse) {
     const ScratchFolder scratch;
     const auto spec = [&](const char *name) {
-        FSSpec made = {kRootVolume, FolderIdFromPath(scratch.Path()), {}};
-        made.name[0] = static_cast<std::uint8_t>(
-            std::string_view(name).copy(reinterpret_cast<char *>(made.name.data()) + 1, 63));
-        return made;
+        return FSSpec{kRootVolume, FolderIdFromPath(scratch.Path()), Str63FromMacRoman(name)};
     };
     for (const char *name : {"file", "alone"}) {
         ASSERT_EQ(WriteAppleDouble(scratch.Path(name), {}), noErr);

@@ -2,8 +2,8 @@
 
 #include "platform/catalog/resource_file.h"
 
+#include "platform/catalog/catalog_names.h"
 #include "platform/catalog/named_files.h"
-#include "platform/files/disk.h"
 #include "tests/support/testing.h"
 
 namespace drevix::test {
@@ -14,10 +14,7 @@ std::span<const std::byte> Bytes(const std::string &text) {
 }
 
 FSSpec SpecOf(const ScratchFolder &scratch, const std::string &name) {
-    FSSpec spec = {kRootVolume, FolderIdFromPath(scratch.Path()), {}};
-    spec.name[0] = static_cast<std::uint8_t>(name.size());
-    std::copy(name.begin(), name.end(), spec.name.begin() + 1);
-    return spec;
+    return {kRootVolume, FolderIdFromPath(scratch.Path()), Str63FromMacRoman(name)};
 }
 
 // The example of docs/items-folder.md: a fork with one resource of two bytes.
@@ -159,28 +156,6 @@ TEST(AppleDouble, DamagedFiles_AreRefused) {
     other[29] = 3;
     EXPECT_EQ(ParseAppleDouble(Bytes(other), &file), noErr);
     EXPECT_EQ(GetFInfo(file).fdType, 0U);
-}
-
-TEST(ResourceFile, Faults_LeaveTheOldFileAndCanBeTriedAgain) {
-    const ScratchFolder scratch;
-    const FSSpec spec = SpecOf(scratch, "file");
-    const auto run = [&](int failAt, Lasts lasts) {
-        WriteWhole(scratch.Path("._file"), ExampleCompanion());
-        ResourceFile file;
-        EXPECT_EQ(file.Open(spec, fsRdWrPerm), noErr);
-        EXPECT_EQ(file.AddResource({}, FourCharCode("MORE"), 1, PascalLiteral("").data()), noErr);
-        OSErr status = noErr;
-        const bool wasHit = MeetsFault(failAt, lasts, EIO, [&] { status = file.Close(); });
-        EXPECT_TRUE(wasHit || status == noErr);
-        EXPECT_EQ(file.Close(), noErr) << "what could not be written can be tried again";
-        ResourceFile now;
-        EXPECT_EQ(now.Open(spec, fsRdPerm), noErr) << failAt;
-        EXPECT_NE(now.Get1Resource(FourCharCode("TEST"), 128), nullptr);
-        EXPECT_NE(now.Get1Resource(FourCharCode("MORE"), 1), nullptr);
-        EXPECT_EQ(ScratchFolder::Names(scratch.Path()), (std::vector<std::string>{"._file", "config"}));
-        return wasHit;
-    };
-    ForEachFault(5, run, {Lasts::Once});
 }
 
 } // namespace

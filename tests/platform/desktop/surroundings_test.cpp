@@ -18,17 +18,13 @@ TEST(FindResourceFolder, Folder_IsTheOneBesideTheProgramsFolder) {
 }
 
 // The real disk, but for the keyboard's file.
-class DiskWithKeyboardFile : public Disk {
-  public:
-    explicit DiskWithKeyboardFile(std::string path) : fPath(std::move(path)) { SetDisk(this); }
-    ~DiskWithKeyboardFile() override { SetDisk(nullptr); }
+struct DiskWithKeyboardFile : ScopedDisk {
+    explicit DiskWithKeyboardFile(std::string path) : file(std::move(path)) {}
     int Open(const char *path, int flags, mode_t mode) override {
-        return Disk::Open(std::string_view(path) == "/etc/default/keyboard" ? fPath.c_str() : path, flags,
+        return Disk::Open(std::string_view(path) == "/etc/default/keyboard" ? file.c_str() : path, flags,
                           mode);
     }
-
-  private:
-    std::string fPath;
+    std::string file;
 };
 
 TEST(ConfiguredKeyboardLayout, Environment_GoesBeforeTheFile) {

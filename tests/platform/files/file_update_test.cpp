@@ -4,6 +4,7 @@
 #include "platform/files/owners.h"
 #include "platform/files/shared_file.h"
 #include "platform/files/user_lock.h"
+#include "tests/platform/files/updates.h"
 #include "tests/support/testing.h"
 
 #include <poll.h>
@@ -13,26 +14,13 @@ namespace {
 
 namespace fs = std::filesystem;
 using test::Lasts;
+using test::Put;
 using test::ReadWhole;
 using test::ScratchFolder;
+using test::UpdateFile;
 using test::WriteWhole;
 
 using Names = std::vector<std::string>;
-
-OSErr Put(const FileUpdate &update, std::string text) {
-    IOParam transfer = {update.File(), text.data(), static_cast<std::int32_t>(text.size()), 0, fsAtMark, 0};
-    return PBWriteSync(&transfer);
-}
-
-// Opens, writes and commits, as every caller does.
-OSErr UpdateFile(const std::string &path, UpdateMethod method, const std::string &text) {
-    FileUpdate update;
-    OSErr status = update.Open(path, method);
-    if (status == noErr) {
-        status = Put(update, text);
-    }
-    return status == noErr ? update.Commit() : status;
-}
 
 class FileUpdateBothWays : public testing::TestWithParam<UpdateMethod> {};
 INSTANTIATE_TEST_SUITE_P(Methods, FileUpdateBothWays,
@@ -215,17 +203,13 @@ bool HoldsForAPlainUser(const Check &check) {
     return status == 0;
 }
 
-class DiskWithoutLocks : public Disk {
-  public:
-    explicit DiskWithoutLocks(int error) : fError(error) { SetDisk(this); }
-    ~DiskWithoutLocks() override { SetDisk(nullptr); }
+struct DiskWithoutLocks : test::ScopedDisk {
+    explicit DiskWithoutLocks(int reason) : error(reason) {}
     int Lock(int) override {
-        errno = fError;
+        errno = error;
         return -1;
     }
-
-  private:
-    int fError;
+    int error;
 };
 
 TEST(UserLock, Holders_TakeTurns) {

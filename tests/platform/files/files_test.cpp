@@ -176,9 +176,7 @@ TEST(OpenFile, WhatCannotBe_HasItsStatus) {
 }
 
 // Writes nothing and says no reason, for ever.
-struct LazyDisk : Disk {
-    LazyDisk() { SetDisk(this); }
-    ~LazyDisk() override { SetDisk(nullptr); }
+struct LazyDisk : test::ScopedDisk {
     ssize_t WriteAt(int /*fd*/, const void * /*bytes*/, std::size_t /*count*/, off_t /*offset*/) override {
         return 0;
     }

@@ -1,8 +1,8 @@
 #include "platform/files/kept_bytes.h"
 
-#include "platform/files/file_update.h"
 #include "platform/files/owners.h"
 #include "platform/files/shared_file.h"
+#include "tests/platform/files/updates.h"
 #include "tests/support/testing.h"
 
 namespace drevix {
@@ -18,15 +18,7 @@ using Names = std::vector<std::string>;
 using Writing = OSErr (*)(const std::string &path, const std::string &bytes);
 
 OSErr WriteAsExport(const std::string &path, const std::string &bytes) {
-    FileUpdate update;
-    OSErr status = update.Open(path, UpdateMethod::InPlace);
-    if (status == noErr) {
-        std::string text = bytes;
-        IOParam transfer = {
-            update.File(), text.data(), static_cast<std::int32_t>(text.size()), 0, fsAtMark, 0};
-        status = PBWriteSync(&transfer);
-    }
-    return status == noErr ? update.Commit() : status;
+    return test::UpdateFile(path, UpdateMethod::InPlace, bytes);
 }
 
 OSErr WriteAsHotKeys(const std::string &path, const std::string &bytes) {
@@ -62,16 +54,27 @@ class KeptBytesTest : public testing::TestWithParam<Writing> {
 };
 INSTANTIATE_TEST_SUITE_P(Writers, KeptBytesTest, testing::Values(WriteAsExport, WriteAsHotKeys));
 
-// With a disk full for good, 33 of 40 exports once lost the file they were to replace.
+// With a disk full for good, 33 of 40 exports once lost the file they were to replace. Where there was none an
+// empty one once stayed behind.
 TEST_P(KeptBytesTest, EveryFault_LeavesTheOldBytesWhereItIsSaid) {
+    const std::string link = fScratch.Path("link");
+    const std::string made = fScratch.Path("made");
     for (const Texts &texts : kTexts) {
         test::ForEachFault(8, [&](int failAt, Lasts lasts) {
             WriteWhole(fPath, texts.old);
+            fs::remove(link);
+            fs::create_hard_link(fPath, link); // the file itself is written
+            fs::remove(made);
             OSErr status = noErr;
-            std::string kept;
-            const bool wasHit =
-                test::MeetsFault(failAt, lasts, ENOSPC, [&] { status = GetParam()(fPath, texts.bytes); });
-            kept = FindKeptCopy(fPath);
+            OSErr madeStatus = noErr;
+            const bool wasHit = test::MeetsFault(failAt, lasts, ENOSPC, [&] {
+                status = GetParam()(fPath, texts.bytes);
+                madeStatus = GetParam()(made, texts.bytes);
+            });
+            EXPECT_TRUE(madeStatus == noErr || !fs::exists(made) || ReadWhole(made) == texts.bytes) << failAt;
+            EXPECT_TRUE(ReadWhole(link) == ReadWhole(fPath)) << failAt;
+            EXPECT_EQ(OpenFileCount(), 0);
+            const std::string kept = FindKeptCopy(fPath);
             if (kept.empty()) {
                 EXPECT_TRUE(ReadWhole(fPath) == (status == noErr ? texts.bytes : texts.old)) << failAt;
             } else {
@@ -205,18 +208,14 @@ TEST_F(KeptBytesTest, FileThatIsAway_IsMendedWhenItIsBack) {
 }
 
 // Shows files as they will be after so many days.
-struct LaterDisk : Disk {
-    explicit LaterDisk(int days) : fSeconds(days * 86400), fBefore(SetDisk(this)) {}
-    ~LaterDisk() override { SetDisk(fBefore); }
+struct LaterDisk : test::ScopedDisk {
+    explicit LaterDisk(int days) : seconds(days * 86400) {}
     int StatusAt(const char *path, struct stat *status) override {
         const int result = Disk::StatusAt(path, status);
-        status->st_ctim.tv_sec -= fSeconds;
+        status->st_ctim.tv_sec -= seconds;
         return result;
     }
-
-  private:
-    int fSeconds;
-    Disk *fBefore;
+    int seconds;
 };
 
 TEST_F(KeptBytesTest, CopiesOfNoUse_GoAfterAMonth) {

@@ -1,5 +1,4 @@
-#include "platform/files/file_update.h"
-
+#include "tests/platform/files/updates.h"
 #include "tests/support/testing.h"
 
 #include <sys/ioctl.h>
@@ -11,6 +10,7 @@ using test::FaultyDisk;
 using test::Lasts;
 using test::ReadWhole;
 using test::ScratchFolder;
+using test::UpdateFile;
 
 // Linux's fs/ext4/ext4.h: stops the file system at once; with this flag the journal is not flushed first.
 constexpr unsigned long kExt4Shutdown = _IOR('X', 125, std::uint32_t);
@@ -50,16 +50,6 @@ class LoopMount {
     bool fReady = false;
 };
 
-OSErr Update(const std::string &path, std::string text) {
-    FileUpdate update;
-    OSErr status = update.Open(path, UpdateMethod::Replace);
-    IOParam transfer = {update.File(), text.data(), static_cast<std::int32_t>(text.size()), 0, fsAtMark, 0};
-    if (status == noErr) {
-        status = PBWriteSync(&transfer);
-    }
-    return status == noErr ? update.Commit() : status;
-}
-
 // The power is cut before each call of an update in turn, and once after it.
 TEST(PowerCut, AtEveryCall_LeavesTheOldOrTheNewFile) {
     if (::geteuid() != 0) {
@@ -74,7 +64,7 @@ TEST(PowerCut, AtEveryCall_LeavesTheOldOrTheNewFile) {
             GTEST_SKIP() << "no loop mounts here";
         }
         const std::string path = disk.Point() + "/f";
-        ASSERT_EQ(Update(path, oldText), noErr);
+        ASSERT_EQ(UpdateFile(path, UpdateMethod::Replace, oldText), noErr);
         bool cut = false;
         bool cutWorked = true;
         OSErr status = noErr;
@@ -84,7 +74,7 @@ TEST(PowerCut, AtEveryCall_LeavesTheOldOrTheNewFile) {
                 cut = true;
                 cutWorked = disk.Cut();
             };
-            status = Update(path, newText);
+            status = UpdateFile(path, UpdateMethod::Replace, newText);
         }
         if (!cutWorked) {
             GTEST_SKIP() << "the file system cannot be shut down";

@@ -11,10 +11,9 @@ namespace {
 template <typename Operation, typename Check>
 void FailEachAllocation(int least, const Operation &operation, const Check &afterwards) {
     for (int failIn = 1;; ++failIn) {
-        test::gNewFailsIn = failIn;
-        const OSErr status = operation();
-        const bool wasHit = test::gNewFailsIn == 0;
-        test::gNewFailsIn = 0;
+        OSErr status = noErr;
+        const bool wasHit =
+            test::MeetsFaultOrNew(failIn, test::Lasts::Once, test::kOfNew, [&] { status = operation(); });
         ASSERT_EQ(status, wasHit ? memFullErr : noErr) << failIn;
         EXPECT_EQ(OpenFileCount(), 0);
         if (!wasHit) {
@@ -25,21 +24,7 @@ void FailEachAllocation(int least, const Operation &operation, const Check &afte
     }
 }
 
-TEST(Memory, NoRoomToReadAList_IsReported) {
-    test::ScratchFolder scratch;
-    const std::string xml = scratch.Path("xml");
-    const std::string binary = scratch.Path("binary");
-    ASSERT_EQ(test::WriteList(xml, test::EveryValue()), noErr);
-    ASSERT_EQ(std::system(("plistutil -i " + xml + " -o " + binary).c_str()), 0);
-    const PropertyListElementHandler take = [](PropertyList &) { return true; };
-    for (const std::string &path : {xml, binary}) {
-        PropertyListProblem problem;
-        FailEachAllocation(
-            5, [&] { return ReadPropertyListArray(path, take, &problem); }, [] {});
-    }
-}
-
-TEST(Memory, NoRoomToWriteAList_LeavesTheOldFile) {
+TEST(Memory, NoRoomForAList_IsReportedAndLeavesTheOldFile) {
     test::ScratchFolder scratch;
     const std::string path = scratch.Path("config/list");
     PropertyListArray list = test::EveryValue();
@@ -49,6 +34,14 @@ TEST(Memory, NoRoomToWriteAList_LeavesTheOldFile) {
         5, [&] { return test::WriteList(path, list); },
         [&] { EXPECT_EQ(test::ReadWhole(path), "old bytes"); });
     EXPECT_EQ(test::ReadList(path).Text(), PropertyListArrayText(list));
+    const std::string binary = scratch.Path("binary");
+    ASSERT_EQ(std::system(("plistutil -i " + path + " -o " + binary).c_str()), 0);
+    const PropertyListElementHandler take = [](PropertyList &) { return true; };
+    for (const std::string &written : {path, binary}) {
+        PropertyListProblem problem;
+        FailEachAllocation(
+            5, [&] { return ReadPropertyListArray(written, take, &problem); }, [] {});
+    }
 }
 
 } // namespace

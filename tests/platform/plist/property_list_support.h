@@ -17,16 +17,22 @@ struct ReadOutcome {
     [[nodiscard]] std::string Text() const { return PropertyListArrayText(elements); }
 };
 
-inline ReadOutcome ParseList(std::string_view bytes) {
+// What `read` gives, which takes a handler of elements and a place for the problem.
+template <class Read>
+ReadOutcome Outcome(const Read &read) {
     ReadOutcome outcome{};
-    outcome.status = ParsePropertyListArray(
-        std::as_bytes(std::span(bytes)),
-        [&](PropertyList &element) {
-            outcome.elements.push_back(std::move(element));
-            return true;
-        },
-        &outcome.problem);
+    const auto take = [&](PropertyList &element) {
+        outcome.elements.push_back(std::move(element));
+        return true;
+    };
+    outcome.status = read(take, &outcome.problem);
     return outcome;
+}
+
+inline ReadOutcome ParseList(std::string_view bytes) {
+    return Outcome([&](const auto &take, PropertyListProblem *problem) {
+        return ParsePropertyListArray(std::as_bytes(std::span(bytes)), take, problem);
+    });
 }
 
 struct RootOutcome {
@@ -42,15 +48,9 @@ inline RootOutcome ParseRoot(std::string_view bytes) {
 }
 
 inline ReadOutcome ReadList(const std::string &path) {
-    ReadOutcome outcome{};
-    outcome.status = ReadPropertyListArray(
-        path,
-        [&](PropertyList &element) {
-            outcome.elements.push_back(std::move(element));
-            return true;
-        },
-        &outcome.problem);
-    return outcome;
+    return Outcome([&](const auto &take, PropertyListProblem *problem) {
+        return ReadPropertyListArray(path, take, problem);
+    });
 }
 
 inline OSErr WriteList(const std::string &path, const PropertyListArray &elements) {

@@ -10,10 +10,8 @@ namespace {
 using test::FaultyDisk;
 using test::Lasts;
 using test::ReadList;
-using test::ReadWhole;
 using test::ScratchFolder;
 using test::WriteList;
-using test::WriteWhole;
 
 // More than the writer keeps before it writes.
 PropertyListArray LongList() {
@@ -68,30 +66,6 @@ TEST(WriteList, OtherReaders_ReadTheSameValues) {
                                        "    assert a == b and type(a) == type(b), (a, b)\n"
                                        "assert values == read\n",
                                    path));
-}
-
-TEST(WriteList, AnyFault_LeavesTheOldFile) {
-    const PropertyListArray list = LongList();
-    int beside = 0; // calls that a write that worked did without
-    test::ForEachFault(5, [&](int failAt, Lasts lasts) {
-        ScratchFolder scratch;
-        const std::string path = scratch.Path("config/list");
-        WriteWhole(path, "old bytes");
-        OSErr status = noErr;
-        const bool wasHit = test::MeetsFault(failAt, lasts, ENOSPC, [&] { status = WriteList(path, list); });
-        EXPECT_EQ(OpenFileCount(), 0);
-        EXPECT_EQ(ScratchFolder::Names(scratch.Preferences()), std::vector<std::string>{"list"});
-        beside += wasHit && status == noErr ? 1 : 0;
-        EXPECT_TRUE(status == noErr || (wasHit && status == dskFulErr)) << failAt;
-        if (status == noErr) {
-            EXPECT_EQ(ReadList(path).Text(), PropertyListArrayText(list));
-        } else if (lasts == Lasts::Once) { // else the old bytes cannot be put back either
-            EXPECT_EQ(ReadWhole(path), "old bytes") << failAt;
-        }
-        return wasHit;
-    });
-    // Looking for what a program that died has left, before the write, and clearing the kept copy away behind it.
-    EXPECT_EQ(beside, 2);
 }
 
 TEST(WriteList, Unfinished_IsUndone) {

@@ -14,14 +14,13 @@ namespace drevix::test {
 
 // The real disk, but for a mount table that has "/" and "/media/Data" alone, the latter a file system of the
 // given type with what lies in `folder`. Its root has inode 2, and what is looked at in it 16, 17, ...
-class PretendDisk : public Disk {
+class PretendDisk : public ScopedDisk {
   public:
     PretendDisk(const ScratchFolder &scratch, const std::string &folder, const std::string &type)
-        : fFolder(folder), fTable(scratch.Path("mountinfo")), fBefore(SetDisk(this)) {
+        : fFolder(folder), fTable(scratch.Path("mountinfo")) {
         WriteWhole(fTable, "1 0 8:1 / / rw - ext4 /dev/a rw\n2 1 8:2 / /media/Data rw shared:2 - " + type +
                                " /dev/b rw\n");
     }
-    ~PretendDisk() override { SetDisk(fBefore); }
 
     int Open(const char *path, int flags, mode_t mode) override {
         const bool isTable = std::string_view(path) == "/proc/self/mountinfo";
@@ -53,7 +52,6 @@ class PretendDisk : public Disk {
     std::string fFolder;
     std::string fTable;
     std::map<std::string, ino_t> fInodes;
-    Disk *fBefore;
 };
 
 class ItemsTest : public testing::Test {

@@ -183,7 +183,10 @@ TEST_F(Items, HalfMade_ClearsNothingThatIsNotOurs) {
 
 // The first look-up that fails ends the walk; a file that cannot be removed does not.
 TEST_F(Items, Cleanup_StopsAtAFailedLookUpOnly) {
-    struct FailingDisk : Disk {
+    for (const char *name : {"1", "2", "3", "4"}) {
+        Alias(name);
+    }
+    struct FailingDisk : ScopedDisk {
         std::string noStatus, noRemoval;
         int StatusAt(const char *path, struct stat *status) override {
             errno = EIO;
@@ -194,14 +197,9 @@ TEST_F(Items, Cleanup_StopsAtAFailedLookUpOnly) {
             return path == noRemoval ? -1 : Disk::Remove(path);
         }
     } disk;
-    for (const char *name : {"1", "2", "3", "4"}) {
-        Alias(name);
-    }
     disk.noStatus = Item("3");
     disk.noRemoval = Item("1");
-    Disk *const before = SetDisk(&disk);
     EXPECT_EQ(CleanupDrevixItems(kName, nullptr), noErr);
-    SetDisk(before);
     EXPECT_EQ(ScratchFolder::Names(ItemsFolder()), (Names{"._1", "._3", "._4", "1", "3", "4"}));
 }
 
