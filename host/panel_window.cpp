@@ -1,5 +1,7 @@
 #include "host/panel_window.h"
 
+#include "pane/look.h"
+
 #include <QAccessibleWidget>
 #include <QApplication>
 #include <QCloseEvent>
@@ -36,8 +38,6 @@ QAccessibleInterface *MakeWindowAccessible(const QString &className, QObject *ob
                : nullptr;
 }
 
-constexpr int kRoomAround = 40; // pixels that a window's frame and a desktop's bars take
-
 // Holds the view, which scrolls where it needs more than the whole screen has.
 class ViewScroller : public QScrollArea {
   public:
@@ -49,11 +49,11 @@ class ViewScroller : public QScrollArea {
         view->installEventFilter(this);
     }
     [[nodiscard]] QSize minimumSizeHint() const override {
-        const QSize room = screen()->availableSize() - QSize(0, kRoomAround);
+        const QSize room = screen()->availableSize() - QSize(0, kFrameAndBars);
         return widget()->minimumSizeHint().boundedTo(room);
     }
     [[nodiscard]] QSize sizeHint() const override {
-        return widget()->sizeHint().boundedTo(screen()->availableSize() - QSize(0, kRoomAround));
+        return widget()->sizeHint().boundedTo(screen()->availableSize() - QSize(0, kFrameAndBars));
     }
 
   protected:

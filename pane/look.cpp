@@ -110,8 +110,7 @@ QColor HairlineColor(const QPalette &palette) {
 }
 
 void ResizeOnScreen(QWidget *window, const QSize &size) {
-    constexpr int kFrame = 40; // device-independent pixels
-    window->resize(size.boundedTo(window->screen()->availableSize() - QSize(0, kFrame)));
+    window->resize(size.boundedTo(window->screen()->availableSize() - QSize(0, kFrameAndBars)));
 }
 
 void KeepForeground(QWidget *widget, QColor (*color)(const QPalette &palette)) {

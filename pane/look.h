@@ -40,7 +40,9 @@ inline constexpr int kLeastTarget = 24;
 [[nodiscard]] QColor DimColor(const QPalette &palette);
 [[nodiscard]] QColor HairlineColor(const QPalette &palette);
 
-// Makes a window as large as wanted, or as the screen has room beside a frame and a desktop's bars.
+// Pixels, independent of the device, that a window's frame and a desktop's bars take of a screen's height.
+inline constexpr int kFrameAndBars = 40;
+// Makes a window as large as wanted, or as the screen has room beside these.
 void ResizeOnScreen(QWidget *window, const QSize &size);
 // Keeps what a widget paints in the window's text colour in another one, made of its parent's palette, whatever that
 // becomes.
