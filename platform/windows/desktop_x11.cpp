@@ -60,18 +60,20 @@ std::vector<std::uint16_t> ListOf(const KeySet &keys) {
     return list;
 }
 
-// In the process of the keeper, over a connection of its own. Twice: the server may still have a press of the killed
-// program to read, and which of two connections it reads first is open.
+// In the process of the keeper, over a connection of its own. Not at once: the server may still have a press of the killed
+// program to read, and which of two connections it reads first is open. Once only: a second time would take keys from the
+// program that has started meanwhile in the killed one's place.
 void LetGo(const std::string &display, const std::vector<std::uint16_t> &keys) {
-    constexpr std::chrono::milliseconds kBetween{50};
+    constexpr std::chrono::milliseconds kBeforeRelease{50};
+    std::this_thread::sleep_for(kBeforeRelease);
     const std::unique_ptr<X11Link> link = X11Link::Open(display.empty() ? nullptr : display.c_str());
-    for (int time = 0; link != nullptr && time < 2; ++time) {
-        for (const std::uint16_t key : keys) {
-            SendKey(*link, key, KeyState::Up);
-        }
-        Settle(link.get());
-        std::this_thread::sleep_for(kBetween);
+    if (link == nullptr) {
+        return;
     }
+    for (const std::uint16_t key : keys) {
+        SendKey(*link, key, KeyState::Up);
+    }
+    Settle(link.get());
 }
 
 // A message to the window manager about a window.
