@@ -1,5 +1,6 @@
 // The panel beside a bare window with as many widgets of the same kinds: from nothing to the first complete paint. One edit
 // with its redrawing, and the import of new records into the open panel. Drawn without a display.
+#include "host/fonts_ahead.h"
 #include "pane/drevix_pane.h"
 #include "platform/base/status.h"
 #include "settings/device_prefs.h"
@@ -261,6 +262,7 @@ int main(int argc, char **argv) {
     qputenv("QT_QPA_PLATFORM", "offscreen");
     const QApplication application(argc, argv);
     if (argc == 2 && std::strcmp(argv[1], kOpenPanel) == 0) {
+        const std::future<void> fonts = LookForFontsAhead(); // as the host does
         const OpenPanel panel;
         std::_Exit(0); // what is timed is its start
     }

@@ -1,6 +1,7 @@
 // drevix-settings: the window in which a person decides what the device's controls do.
 #include "host/contrast_style.h"
 #include "host/first_instance.h"
+#include "host/fonts_ahead.h"
 #include "host/host_text.h"
 #include "host/panel_window.h"
 #include "host/picture.h"
@@ -137,6 +138,7 @@ int main(int argc, char **argv) {
     DrawInSilence(argc, argv);
     ObeyVerbose(argc, argv);
     QApplication application(argc, argv);
+    const std::future<void> fonts = LookForFontsAhead();
     QApplication::setOrganizationName(QStringLiteral("halcyra"));
     QApplication::setApplicationName(QStringLiteral("drevix-settings"));
     QApplication::setApplicationDisplayName(QStringLiteral("Drevix Veltrana"));

@@ -137,8 +137,11 @@ void BuildTables(const KeyboardCharacters &characters, std::vector<UnnamedKey> &
 
 } // namespace
 
-void LookForLayoutAhead(WindowSystem first) try {
-    gLayoutAhead = std::async(std::launch::async, FindLayout, first);
+void LookForLayoutAhead(WindowSystem first, std::function<void()> before) try {
+    gLayoutAhead = std::async(std::launch::async, [first, before = std::move(before)] {
+        before();
+        return FindLayout(first);
+    });
 } catch (const std::system_error &) { // no thread: it is looked for when it is needed
 }
 

@@ -7,6 +7,7 @@
 
 #include <array>
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
 
@@ -21,8 +22,8 @@ extern std::array<std::uint8_t, 128> gAsciiTable;
 // unchanged if there is none. Does not follow later layout changes.
 void GetKeyboardInformation(WindowSystem first = WindowSystem::Wayland);
 // Begins to look for that layout on a thread of its own; the next GetKeyboardInformation takes what it finds. A program
-// with windows calls it before it makes them, which takes longer.
-void LookForLayoutAhead(WindowSystem first);
+// with windows calls it before it makes them, which takes longer. The thread does `before` first.
+void LookForLayoutAhead(WindowSystem first, std::function<void()> before);
 // The same from a Wayland compositor over the connection of the program's windows, a wl_display. False, with
 // the table unchanged, if the compositor sends no keymap.
 [[nodiscard]] bool GetKeyboardInformationOver(void *waylandConnection);

@@ -5,6 +5,7 @@
 #include "pane/panel_icons.h"
 
 #include <QCollator>
+#include <QFontInfo>
 
 #include <algorithm>
 
@@ -35,16 +36,26 @@ class TileEngine : public PaintedIcon {
         painter->setPen(Qt::NoPen);
         painter->setBrush(fColor);
         painter->drawRoundedRect(rect, rect.height() / 7.0, rect.height() / 7.0);
-        QFont font = painter->font();
-        font.setPixelSize(std::max(1, rect.height() * 3 / 5));
-        font.setBold(true);
-        painter->setFont(font);
-        painter->setPen(Qt::white);
-        painter->drawText(rect, Qt::AlignCenter, fLetter);
+        PaintLetter(painter, rect);
         painter->restore();
     }
 
   private:
+    // Enlarged: making a font of each size takes the start longer than all else in these pictures.
+    void PaintLetter(QPainter *painter, const QRect &rect) const {
+        constexpr qreal kPart = 0.6; // of the square
+        QFont font = painter->font();
+        font.setBold(true);
+        const qreal scale = kPart * rect.height() / std::max(1, QFontInfo(font).pixelSize());
+        const QRectF room(-rect.width() / scale / 2, -rect.height() / scale / 2, rect.width() / scale,
+                          rect.height() / scale);
+        painter->translate(QRectF(rect).center());
+        painter->scale(scale, scale);
+        painter->setFont(font);
+        painter->setPen(Qt::white);
+        painter->drawText(room, Qt::AlignCenter, fLetter);
+    }
+
     QString fLetter;
     QColor fColor;
 };

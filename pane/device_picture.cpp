@@ -56,15 +56,14 @@ DevicePicture::DevicePicture(QWidget *parent) : QWidget(parent) {
 
 // Loads the drawing in the colours of the theme.
 void DevicePicture::LoadDrawing() {
-    QByteArray drawing = DeviceDrawing(palette());
-    fDrawing.load(drawing);
-    fSolidLight.load(drawing.replace("fill-opacity=\"0.35\"", "fill-opacity=\"0.75\""));
-    ForgetLooks();
+    fDrawing.load(DeviceDrawing(palette()));
+    fSolidLight.reset();
+    fDevice = {};
+    ForgetLayout();
 }
 
-void DevicePicture::ForgetLooks() {
+void DevicePicture::ForgetLayout() {
     fLayout.reset();
-    fDevice = {};
     update();
 }
 
@@ -74,6 +73,14 @@ const ControlMap &DevicePicture::Map() const {
         fMap.emplace(fDrawing);
     }
     return *fMap;
+}
+
+QSvgRenderer &DevicePicture::SolidLight() const {
+    if (!fSolidLight) {
+        fSolidLight.emplace(
+            DeviceDrawing(palette()).replace("fill-opacity=\"0.35\"", "fill-opacity=\"0.75\""));
+    }
+    return *fSolidLight;
 }
 
 bool DevicePicture::HasCallouts() const {
@@ -168,7 +175,7 @@ void DevicePicture::setControlText(int index, const ControlText &text) {
         return;
     }
     if (shown.name != text.name) {
-        ForgetLooks();
+        ForgetLayout();
     }
     shown = text;
     UpdateControl(index);
@@ -229,7 +236,7 @@ void DevicePicture::PaintLights(QPainter &painter) const {
         const ControlState state = StateOf(i);
         if (state.isChosen || state.isPressed || state.isPointedAt) {
             painter.setOpacity(state.isChosen || state.isPressed ? 1.0 : kOfPointedAt);
-            (state.isPressed ? fSolidLight : fDrawing)
+            (state.isPressed ? SolidLight() : fDrawing)
                 .render(&painter, ElementOfControl("lit-", i), AreaOf(i));
         }
     }
@@ -276,7 +283,7 @@ void DevicePicture::changeEvent(QEvent *event) {
     if (event->type() == QEvent::PaletteChange || event->type() == QEvent::StyleChange) {
         LoadDrawing();
     } else if (event->type() == QEvent::FontChange) {
-        ForgetLooks();
+        ForgetLayout();
     }
 }
 

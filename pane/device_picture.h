@@ -92,19 +92,21 @@ class DevicePicture : public QWidget {
     void SetFocused(int index);
     [[nodiscard]] int NextControl(int from, const QPoint &way) const;
     [[nodiscard]] const StageLayout &Layout() const;
+    [[nodiscard]] QSvgRenderer &SolidLight() const;
     [[nodiscard]] bool HasCallouts() const;
     [[nodiscard]] QRectF DrawnRect() const;
     [[nodiscard]] QPointF PlaceOf(int index) const;
     [[nodiscard]] QRectF AreaOf(int index) const;
     [[nodiscard]] ControlState StateOf(int index) const;
-    void ForgetLooks();
+    void ForgetLayout();
     void UpdateControl(int index);
     void PaintDevice(QPainter &painter) const;
     void PaintLights(QPainter &painter) const;
     void PaintCallouts(QPainter &painter) const;
 
-    mutable QSvgRenderer fDrawing;    // drawing an element of it changes nothing that shows
-    mutable QSvgRenderer fSolidLight; // the same with lights that hide what they lie on
+    mutable QSvgRenderer fDrawing; // drawing an element of it changes nothing that shows
+    // The same with lights that hide what they lie on; made when a control is first pressed.
+    mutable std::optional<QSvgRenderer> fSolidLight;
     mutable std::optional<ControlMap> fMap;
     mutable std::optional<StageLayout> fLayout; // of this size, font and names
     mutable QPixmap fDevice;                    // without lights, of this size, palette and scale

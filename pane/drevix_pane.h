@@ -231,6 +231,7 @@ class DrevixPane : public QObject,
     };
     void BuildMenus();
     void ShowActionIcons();
+    void BuildPages();
     void BuildLooks();
     void BuildAreas();
     void ConnectControls();

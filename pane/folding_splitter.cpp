@@ -36,6 +36,7 @@ FoldingSplitter::FoldingSplitter(QWidget *parent)
 }
 
 void FoldingSplitter::Start() {
+    widget(1)->show();
     setStretchFactor(0, 0);
     setStretchFactor(1, 1);
     SetLimits();

@@ -12,7 +12,7 @@ class FoldingSplitter : public QSplitter {
   public:
     explicit FoldingSplitter(QWidget *parent = nullptr);
 
-    // Once both widgets are there.
+    // Once both widgets are there, hidden. Shows them.
     void Start();
     // The user hides the side, or shows it where there is room.
     void ToggleSide();

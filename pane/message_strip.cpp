@@ -55,28 +55,38 @@ QLabel *MakeStripLabel(QWidget *parent, const char *name) {
 MessageStrip::MessageStrip(QWidget *parent)
     : TintedBar(parent), fIcon(new QLabel(this)), fTitle(MakeStripLabel(this, "uiStripTitle")),
       fText(MakeStripLabel(this, "uiStripText")), fSteps(new QWidget(this)),
-      fStepRow(new QHBoxLayout(fSteps)), fButtonRow(new QHBoxLayout) {
+      fStepRow(new QHBoxLayout(fSteps)), fUpperRow(new QHBoxLayout), fButtonRow(new QHBoxLayout) {
     QFont bold = fTitle->font();
     bold.setWeight(QFont::DemiBold);
     fTitle->setFont(bold);
-    const int unit = static_cast<int>(UnitOf(EmOf(font())));
     auto *const texts = new QVBoxLayout;
     texts->setSpacing(0);
     texts->addWidget(fTitle);
     texts->addWidget(fText);
-    auto *const upper = new QHBoxLayout;
-    upper->setSpacing(2 * unit);
-    upper->addWidget(fIcon);
-    upper->addLayout(texts, 1);
-    upper->addLayout(fButtonRow);
+    fUpperRow->addWidget(fIcon);
+    fUpperRow->addLayout(texts, 1);
+    fUpperRow->addLayout(fButtonRow);
     auto *const layout = new QVBoxLayout(this);
-    layout->setContentsMargins(4 * unit, 2 * unit, 3 * unit, 2 * unit);
-    layout->setSpacing(unit);
-    layout->addLayout(upper);
+    layout->addLayout(fUpperRow);
     fStepRow->setContentsMargins(0, 0, 0, 0);
-    fStepRow->setSpacing(2 * unit);
     layout->addWidget(fSteps);
     SetLines(Qt::BottomEdge);
+}
+
+// By the font, which is wanted no earlier than there is something to show.
+void MessageStrip::SetSizes() {
+    const int unit = static_cast<int>(UnitOf(EmOf(font())));
+    layout()->setContentsMargins(4 * unit, 2 * unit, 3 * unit, 2 * unit);
+    layout()->setSpacing(unit);
+    fUpperRow->setSpacing(2 * unit);
+    fStepRow->setSpacing(2 * unit);
+}
+
+bool MessageStrip::event(QEvent *event) {
+    if (event->type() == QEvent::Polish || event->type() == QEvent::FontChange) {
+        SetSizes();
+    }
+    return TintedBar::event(event);
 }
 
 void MessageStrip::Show(StripKind kind, const StripMessage &message) {

@@ -53,7 +53,11 @@ class MessageStrip : public TintedBar {
   Q_SIGNALS:
     void changed();
 
+  protected:
+    bool event(QEvent *event) override;
+
   private:
+    void SetSizes();
     void ShowFirst();
     void Fill(StripKind kind, const StripMessage &message);
     void FillSteps(const QStringList &steps);
@@ -65,6 +69,7 @@ class MessageStrip : public TintedBar {
     QLabel *fText;
     QWidget *fSteps;
     QHBoxLayout *fStepRow;
+    QHBoxLayout *fUpperRow;
     QHBoxLayout *fButtonRow;
 };
 

@@ -147,6 +147,20 @@ void DrevixPane::ShowActionIcons() {
     }
 }
 
+// Not by the description of the view: a page is laid out as soon as it is the first, and that takes fonts.
+void DrevixPane::BuildPages() {
+    const auto add = [this](QWidget *page, const QString &title, const QString &toolTip) {
+        uiPaneTabs->setTabToolTip(uiPaneTabs->addTab(page, title), toolTip);
+    };
+    add(uiPanePageNavRing, QCoreApplication::translate("DrevixPaneView", "R&ing"),
+        QCoreApplication::translate("DrevixPaneView", "Pushing and turning the ring"));
+    add(uiPanePageToolTuner, QCoreApplication::translate("DrevixPaneView", "&Tuner"),
+        QCoreApplication::translate("DrevixPaneView", "Turning the dial"));
+    add(uiPanePageTriggerPoints, QCoreApplication::translate("DrevixPaneView", "&Buttons"),
+        QCoreApplication::translate("DrevixPaneView", "The five buttons"));
+    uiSettingsTextEmpty->show();
+}
+
 // Sizes that no change of a text moves. The fields of all kinds of action stand below one another.
 void DrevixPane::BuildLooks() {
     QList<QWidget *> titles;

@@ -76,8 +76,9 @@ QWidget *DrevixPane::mainView() {
         BuildShortcuts();
         BuildSaveControls();
         BuildUndoControls();
-        BuildLooks();
+        BuildPages(); // from here on fonts are needed, which the host may still be looking for
         ConnectControls();
+        BuildLooks();
         BuildSideBar();
     }
     return fMainView;

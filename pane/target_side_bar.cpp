@@ -107,14 +107,9 @@ QToolButton *MakeButton(QWidget *parent, const char *name) {
 } // namespace
 
 TargetSideBar::TargetSideBar(QWidget *parent)
-    : QWidget(parent), fSearch(new QLineEdit(this)), fGlobal(new GlobalRow(this)), fView(new QListView(this)),
-      fNone(new QLabel(this)), fAdd(MakeButton(this, "uiTargetButtonAdd")),
-      fRemove(MakeButton(this, "uiTargetButtonDelete")), fMore(MakeButton(this, "uiTargetButtonMore")) {
-    fSearch->setObjectName(QStringLiteral("uiTargetSearch"));
-    fSearch->setPlaceholderText(tr("Search applications"));
-    fSearch->setAccessibleName(tr("Search applications"));
-    fSearch->addAction(PanelIcon("edit-find", "system-search", Drawing::Lens), QLineEdit::LeadingPosition);
-    fSearch->installEventFilter(this);
+    : QWidget(parent), fGlobal(new GlobalRow(this)), fView(new QListView(this)), fNone(new QLabel(this)),
+      fAdd(MakeButton(this, "uiTargetButtonAdd")), fRemove(MakeButton(this, "uiTargetButtonDelete")),
+      fMore(MakeButton(this, "uiTargetButtonMore")) {
     fGlobal->setObjectName(QStringLiteral("uiTargetGlobal"));
     fGlobal->installEventFilter(this);
     fView->setObjectName(QStringLiteral("uiTargetList"));
@@ -144,20 +139,31 @@ TargetSideBar::TargetSideBar(QWidget *parent)
     auto *const layout = new QVBoxLayout(this);
     layout->setSpacing(0);
     layout->setContentsMargins(0, 0, 0, 0);
-    auto *const search = new QHBoxLayout;
-    search->addWidget(fSearch);
-    layout->addLayout(search);
+    layout->addLayout(new QHBoxLayout); // of the search
     layout->addWidget(fGlobal);
     layout->addWidget(fNone);
     layout->addWidget(fView, 1);
     layout->addLayout(buttons);
-    SetSizes();
 
-    connect(fSearch, &QLineEdit::textChanged, this, &TargetSideBar::TakeSearch);
     connect(fView, &QListView::clicked, this, &TargetSideBar::ClickRow);
     connect(delegate, &TargetDelegate::addClicked, this, &TargetSideBar::ChooseRow);
     connect(fGlobal, &QAbstractButton::clicked, this, [this] { Choose(0); });
     connect(&fRows, &TargetRows::rebuilt, this, &TargetSideBar::ShowRebuilt);
+}
+
+// Unlike all other parts a line edit wants a font as soon as it is made, and at the start fonts are still being looked for.
+void TargetSideBar::BuildSearch() {
+    fSearch = new QLineEdit(this);
+    fSearch->setObjectName(QStringLiteral("uiTargetSearch"));
+    fSearch->setPlaceholderText(tr("Search applications"));
+    fSearch->setAccessibleName(tr("Search applications"));
+    fSearch->addAction(PanelIcon("edit-find", "system-search", Drawing::Lens), QLineEdit::LeadingPosition);
+    fSearch->installEventFilter(this);
+    connect(fSearch, &QLineEdit::textChanged, this, &TargetSideBar::TakeSearch);
+    layout()->itemAt(0)->layout()->addWidget(fSearch);
+    setTabOrder(fGlobal, fSearch); // where the row is
+    setTabOrder(fSearch, fGlobal);
+    SetSizes();
 }
 
 void TargetSideBar::SetSizes() {
@@ -171,6 +177,7 @@ void TargetSideBar::SetSizes() {
 }
 
 void TargetSideBar::UseList(QComboBox *list, ApplicationIcons *icons) {
+    BuildSearch();
     fList = list;
     fRows.UseList(list->model(), icons);
     connect(list, &QComboBox::currentIndexChanged, this, &TargetSideBar::ShowCurrent);
@@ -350,7 +357,7 @@ void TargetSideBar::paintEvent(QPaintEvent * /*event*/) {
 
 void TargetSideBar::changeEvent(QEvent *event) {
     QWidget::changeEvent(event);
-    if (event->type() == QEvent::FontChange) {
+    if (event->type() == QEvent::FontChange && fSearch != nullptr) {
         SetSizes();
     }
 }

@@ -23,7 +23,7 @@ class TargetSideBar : public QWidget {
   public:
     explicit TargetSideBar(QWidget *parent = nullptr);
 
-    // Call once, when the list has its items. Both must outlive the side bar.
+    // Call once, when the list has its items and fonts are at hand. Both must outlive the side bar.
     void UseList(QComboBox *list, ApplicationIcons *icons);
     // The commands of the buttons below the list.
     void SetActions(QAction *add, QAction *remove, QMenu *more);
@@ -42,6 +42,7 @@ class TargetSideBar : public QWidget {
     void changeEvent(QEvent *event) override;
 
   private:
+    void BuildSearch();
     void SetSizes();
     void TakeSearch(const QString &text);
     void ShowCurrent();
@@ -55,7 +56,7 @@ class TargetSideBar : public QWidget {
 
     TargetRows fRows;
     QComboBox *fList = nullptr;
-    QLineEdit *fSearch;
+    QLineEdit *fSearch = nullptr;
     QAbstractButton *fGlobal;
     QListView *fView;
     QLabel *fNone;

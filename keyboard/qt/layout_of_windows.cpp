@@ -2,11 +2,13 @@
 
 #include "keyboard/key_names.h"
 
+#include <QFontDatabase>
 #include <QGuiApplication>
 #include <QWindow>
 #include <qpa/qplatformnativeinterface.h>
 
 #include <memory>
+#include <tuple>
 #include <utility>
 
 namespace drevix {
@@ -56,7 +58,8 @@ WindowSystem SystemOfWindows() {
 
 void LookForLayoutOfWindowsAhead() {
     if (ConnectionToCompositor() == nullptr) {
-        LookForLayoutAhead(SystemOfWindows());
+        // The window needs fonts sooner. Looked for at the same time, each would hold up the other where there are two processors.
+        LookForLayoutAhead(SystemOfWindows(), [] { std::ignore = QFontDatabase::families(); });
     }
 }
 

@@ -1,0 +1,12 @@
+// The desktop's fonts, looked for beside everything else that a start does.
+#pragma once
+
+#include <future>
+
+namespace drevix {
+
+// Looks for the fonts on a thread of its own; whoever wants a font before waits for it. A quarter of a start without it. Call
+// it when the application is made, and let go of what it returns, which waits for the thread, before the application goes.
+[[nodiscard]] std::future<void> LookForFontsAhead();
+
+} // namespace drevix
