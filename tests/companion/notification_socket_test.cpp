@@ -12,7 +12,6 @@ namespace {
 
 using std::chrono::milliseconds;
 using std::chrono::seconds;
-using std::chrono::steady_clock;
 
 constexpr const char *kMessage =
     "<update_cfg>_System_,Photoshop,Illustrator,InDesign,PSElements</update_cfg>";
@@ -30,8 +29,8 @@ std::int32_t Send(const char *message, int port, const char *host = nullptr) {
 struct ServingLoop : SdEventLoop {
     // Runs until no socket is left, at most ten seconds.
     void Run() {
-        const auto end = steady_clock::now() + seconds(10);
-        while (OpenSocketCount() > 0 && steady_clock::now() < end) {
+        const milliseconds end = OwnTime() + seconds(10);
+        while (OpenSocketCount() > 0 && OwnTime() < end) {
             RunOnce(milliseconds(50));
         }
         EXPECT_EQ(OpenSocketCount(), 0U);
@@ -78,13 +77,15 @@ TEST(NotificationSocket, WaitingSockets_AreBoundedAndServedWithoutAnEventLoop) {
     }
     EXPECT_EQ(first.Rest(), "\n") << "the oldest one goes first";
     EXPECT_EQ(others.Rest(), "12\n") << "those that were closed had sent their message all the same";
-    // All have hung up: the next message, refused or not, finds that out.
-    EXPECT_NE(Send(kMessage, 1), 0);
+    // All have hung up: the next message, refused or not, finds that out, whatever was interrupted before.
+    errno = EINTR;
+    EXPECT_NE(Send(nullptr, 1), 0);
     EXPECT_EQ(OpenSocketCount(), 0U);
     EXPECT_LE(OpenDescriptors(), before);
 }
 
 TEST(NotificationSocket, Failures_LeaveNothingOpenAndHoldNobodyUp) {
+    SocketAddToRunLoop(0); // none
     // More than the buffers between the two take is given up.
     const std::string endless(64 << 20, 'x');
     Peer deaf("listen 0 silent 1 2");
