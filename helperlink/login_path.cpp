@@ -45,7 +45,7 @@ void Prepend(std::string *path, const std::string &text, std::size_t size) {
 // Prepends the names of the folders from `parent` up. *volume gets the item's volume.
 OSErr PrependFolders(std::string *path, std::int32_t parent, std::size_t size, bool escapes,
                      std::int16_t *volume) {
-    for (CatalogInfo info = {}; parent != kRootParentFolder; parent = info.ioDrParID) {
+    for (CatalogInfo info = {};; parent = info.ioDrParID) {
         info.ioVRefNum = *volume;
         info.ioFDirIndex = -1;
         info.ioDrDirID = parent;
@@ -63,7 +63,6 @@ OSErr PrependFolders(std::string *path, std::int32_t parent, std::size_t size, b
             return noErr;
         }
     }
-    return noErr;
 }
 
 OSErr MakePath(const FSSpec &item, std::size_t size, bool escapes, std::string *path) {
