@@ -244,6 +244,10 @@ class Acting(ActingCase):
         self.until(lambda: "the login manager refuses: it must stay awake" in "".join(self.told("said")), "what was refused is not told")
         self.ctl("release", "buttonV")
         self.assertEqual(self.told("manager"), ["ready", "Lock", "Suspend"])
+        self.ctl("assign", "buttonV", "103")  # log out, which no session manager is there for
+        self.ctl("hold", "buttonV")
+        self.until(lambda: "no session manager" in "".join(self.told("said")), "that nobody can be asked is not told")
+        self.ctl("release", "buttonV")
         for told in ("nothing: the session is locked\n", "keys KEY_F5\n"):
             manager.send_signal(signal.SIGUSR1)
             self.until(lambda told=told: self.ctl("press", "buttonI") == told, told)

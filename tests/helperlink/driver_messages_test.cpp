@@ -240,8 +240,6 @@ class TickingLoop {
   public:
     explicit TickingLoop(DeviceList *list) : fList(list) {}
     ~TickingLoop() { LeaveSessionBus(); } // while there is a loop to leave
-    TickingLoop(const TickingLoop &) = delete;
-    TickingLoop &operator=(const TickingLoop &) = delete;
     void Run(int ticks) {
         fLeft = ticks;
         Wait();
