@@ -49,6 +49,7 @@ TEST(NotificationSocket, Address_HasThePublishedLayout) {
     EXPECT_EQ(bytes(), FromHex("00 02 00 01 C0 00 02 07 0000000000000000"));
     EXPECT_EQ(SocketInitAddress(nullptr, 1, nullptr), -1);
     EXPECT_EQ(Send(kMessage, 1, unknown.c_str()), -1);
+    EXPECT_NE(Send(nullptr, 1, "255.255.255.255"), 0) << "a refusal at once is one";
     EXPECT_EQ(OpenSocketCount(), 0U);
 }
 
