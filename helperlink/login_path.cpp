@@ -65,7 +65,7 @@ OSErr PrependFolders(std::string *path, std::int32_t parent, std::size_t size, b
     }
 }
 
-OSErr MakePath(const FSSpec &item, std::size_t size, bool escapes, std::string *path) {
+OSErr MakePath(const FSSpec &item, std::size_t size, bool escapes, std::string *path) try {
     std::int16_t volume = kRootVolume;
     std::int32_t root = kRootFolder;
     if (const OSErr status =
@@ -90,12 +90,14 @@ OSErr MakePath(const FSSpec &item, std::size_t size, bool escapes, std::string *
     }
     *path = std::move(made);
     return status;
+} catch (const std::bad_alloc &) {
+    return memFullErr;
 }
 
 } // namespace
 
 std::int32_t GetLoginPath(const FSSpec *item, char *path, std::int16_t size, std::uint16_t escape,
-                          std::uint16_t *length) try {
+                          std::uint16_t *length) {
     std::string made;
     const bool canBeMade = item != nullptr && path != nullptr && size >= kSmallestBuffer;
     const OSErr status =
@@ -107,11 +109,6 @@ std::int32_t GetLoginPath(const FSSpec *item, char *path, std::int16_t size, std
         *length = static_cast<std::uint16_t>(made.size());
     }
     return status;
-} catch (const std::bad_alloc &) {
-    if (length != nullptr) {
-        *length = 0;
-    }
-    return memFullErr;
 }
 
 } // namespace drevix

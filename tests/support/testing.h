@@ -35,9 +35,8 @@ namespace drevix::test {
 
 // The time on a clock that stands still while this thread waits for a processor, as on a busy machine.
 inline std::chrono::milliseconds OwnTime() {
-    std::int64_t ran = 0;
-    std::int64_t waited = 0; // nanoseconds
-    std::ifstream("/proc/thread-self/schedstat") >> ran >> waited;
+    std::int64_t waited = 0;                                          // nanoseconds
+    std::ifstream("/proc/thread-self/schedstat") >> waited >> waited; // the first number is how long it ran
     const auto now = std::chrono::steady_clock::now().time_since_epoch() - std::chrono::nanoseconds(waited);
     return std::chrono::duration_cast<std::chrono::milliseconds>(now);
 }
