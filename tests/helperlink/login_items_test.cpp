@@ -263,7 +263,8 @@ TEST_F(LoginPath, NamesThatDoNotFit_AreLeftOut) {
     }
     FSSpec wide = SpecOf(fScratch.Path("x"));
     wide.name.fill(0xDB); // the euro sign, of three bytes in UTF-8
-    wide.name[0] = 63;
+    wide.name[0] = 43;
+    wide.name[1] = 'x'; // with the slash 128 bytes, which leave no room for the end
     EXPECT_EQ(PathOf(wide, 128, false, paramErr), "");
 }
 
