@@ -45,7 +45,7 @@ void Prepend(std::string *path, const std::string &text, std::size_t size) {
 // Prepends the names of the folders from `parent` up. *volume gets the item's volume.
 OSErr PrependFolders(std::string *path, std::int32_t parent, std::size_t size, bool escapes,
                      std::int16_t *volume) {
-    for (CatalogInfo info = {}; parent != kRootParentFolder; parent = info.ioDrParID) {
+    for (CatalogInfo info = {};; parent = info.ioDrParID) {
         info.ioVRefNum = *volume;
         info.ioFDirIndex = -1;
         info.ioDrDirID = parent;
@@ -63,10 +63,9 @@ OSErr PrependFolders(std::string *path, std::int32_t parent, std::size_t size, b
             return noErr;
         }
     }
-    return noErr;
 }
 
-OSErr MakePath(const FSSpec &item, std::size_t size, bool escapes, std::string *path) {
+OSErr MakePath(const FSSpec &item, std::size_t size, bool escapes, std::string *path) try {
     std::int16_t volume = kRootVolume;
     std::int32_t root = kRootFolder;
     if (const OSErr status =
@@ -91,12 +90,14 @@ OSErr MakePath(const FSSpec &item, std::size_t size, bool escapes, std::string *
     }
     *path = std::move(made);
     return status;
+} catch (const std::bad_alloc &) {
+    return memFullErr;
 }
 
 } // namespace
 
 std::int32_t GetLoginPath(const FSSpec *item, char *path, std::int16_t size, std::uint16_t escape,
-                          std::uint16_t *length) try {
+                          std::uint16_t *length) {
     std::string made;
     const bool canBeMade = item != nullptr && path != nullptr && size >= kSmallestBuffer;
     const OSErr status =
@@ -108,11 +109,6 @@ std::int32_t GetLoginPath(const FSSpec *item, char *path, std::int16_t size, std
         *length = static_cast<std::uint16_t>(made.size());
     }
     return status;
-} catch (const std::bad_alloc &) {
-    if (length != nullptr) {
-        *length = 0;
-    }
-    return memFullErr;
 }
 
 } // namespace drevix

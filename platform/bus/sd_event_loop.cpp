@@ -39,9 +39,9 @@ class SdPlace : public EventLoop::Place {
         }
         fSource = sd_event_source_disable_unref(fSource);
         fDescriptor = descriptor;
-        if (descriptor >= 0 &&
-            sd_event_add_io(fEvent, &fSource, descriptor, events, CallForDescriptor, this) < 0) {
-            fSource = nullptr;
+        if (descriptor >= 0) {
+            // One that cannot be watched, as a regular file, has nothing to wait for.
+            static_cast<void>(sd_event_add_io(fEvent, &fSource, descriptor, events, CallForDescriptor, this));
         }
     }
 

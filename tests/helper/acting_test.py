@@ -134,6 +134,20 @@ class Acting(ActingCase):
         self.assertLessEqual(len(told()) - lines, 30 * (time.monotonic() - begin) + 2)
         watch.kill()
 
+    def test_2_a_control_is_down_for_watchers_until_the_last_that_holds_it_lets_go(self):
+        self.activate("gamma")
+        watcher = self.start("/usr/bin/python3", HERE / "watcher.py", str(self.helper.pid), output="pressed")
+        self.until(lambda: self.told("pressed") == ["ready"])
+        self.send((EV_KEY, BUTTON_II, 1))
+        self.until(lambda: self.told("pressed") == ["ready", "buttonII 1"])
+        self.ctl("hold", "buttonII")
+        self.send((EV_KEY, BUTTON_II, 0))
+        time.sleep(0.2)  # what came of that is told
+        self.ctl("release", "buttonII")
+        self.until(lambda: self.told("pressed")[-1] == "buttonII 0")
+        self.assertEqual(self.told("pressed"), ["ready", "buttonII 1", "buttonII 0"])
+        watcher.kill()
+
     def test_2_the_layout_in_force_says_where_a_key_is(self):
         """A layout that was switched while one window stayed in front was noticed only when the front changed."""
         self.ctl("assign", "buttonV", "182")  # undo
@@ -187,6 +201,7 @@ class Acting(ActingCase):
             self.until(lambda: len(self.keys("alpha")) > before, way.__name__)
             time.sleep(0.1)  # whoever lets go for the helper that was killed leaves the keys of the next one alone
             self.assertEqual(self.keys_down(), 2, way.__name__)
+            self.assertNotIn("again", "".join(self.told("said")))  # which the device that was plugged in again could be
             way()
             self.until(lambda: self.keys_down() == 0, f"a key stayed down: {way.__name__}")
             if self.helper.poll() is not None:
@@ -217,6 +232,26 @@ class Acting(ActingCase):
         self.until(lambda: self.told("second").count("PlayPause") == 2)
         players["second"].send_signal(signal.SIGUSR1)
         self.until(lambda: self.ctl("press", "buttonI") == "keys KEY_F5\n")
+
+    def test_5_the_login_manager_is_asked_and_its_word_counts(self):
+        self.ctl("assign", "buttonP", "102")  # lock
+        self.ctl("assign", "buttonV", "104")  # suspend
+        self.activate("gamma")
+        manager = self.start("/usr/bin/python3", HERE / "login_manager.py", output="manager")
+        self.until(lambda: self.told("manager") == ["ready"])
+        self.ctl("press", "buttonP")
+        self.until(lambda: self.told("manager") == ["ready", "Lock"])
+        self.ctl("hold", "buttonV")
+        self.until(lambda: "the login manager refuses: it must stay awake" in "".join(self.told("said")), "what was refused is not told")
+        self.ctl("release", "buttonV")
+        self.assertEqual(self.told("manager"), ["ready", "Lock", "Suspend"])
+        self.ctl("assign", "buttonV", "103")  # log out, which no session manager is there for
+        self.ctl("hold", "buttonV")
+        self.until(lambda: "no session manager" in "".join(self.told("said")), "that nobody can be asked is not told")
+        self.ctl("release", "buttonV")
+        for told in ("nothing: the session is locked\n", "keys KEY_F5\n"):
+            manager.send_signal(signal.SIGUSR1)
+            self.until(lambda told=told: self.ctl("press", "buttonI") == told, told)
 
 
 unittest.main()

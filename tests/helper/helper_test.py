@@ -3,6 +3,7 @@
 import json
 import os
 import pathlib
+import re
 import signal
 import struct
 import subprocess
@@ -95,6 +96,7 @@ class Helper(unittest.TestCase):
         self.until(lambda: "version 6.00" in self.said())
         helper.send_signal(signal.SIGTERM)
         self.assertEqual(helper.wait(20), 0)
+        self.assertEqual(sum(map(int, re.findall("connected: (.*)", self.said()))), self.said().count("  version "))
         self.assertEqual(self.run_ctl("devices").returncode, 1)
 
     def test_a_helper_that_answers_badly_is_asked_once_a_second(self):

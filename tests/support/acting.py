@@ -25,7 +25,8 @@ class ActingCase(unittest.TestCase):
         (cls.path / "config").mkdir()
         cls.environment = {"PATH": os.environ["PATH"], "HOME": str(cls.path), "XDG_CONFIG_HOME": str(cls.path / "config"),
                            "XDG_STATE_HOME": str(cls.path / "state"), "LC_ALL": "C.UTF-8", "ASAN_OPTIONS": "detect_leaks=0",
-                           "DBUS_SESSION_BUS_ADDRESS": f"unix:path={cls.path}/bus"}
+                           "DBUS_SESSION_BUS_ADDRESS": f"unix:path={cls.path}/bus",
+                           "DBUS_SYSTEM_BUS_ADDRESS": f"unix:path={cls.path}/bus"}
         cls.start("dbus-daemon", "--session", "--nofork", "--nopidfile", f"--address=unix:path={cls.path}/bus")
         os.mkfifo(cls.path / "dial")
 

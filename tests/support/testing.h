@@ -10,10 +10,13 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
 #include <filesystem>
+#include <fstream>
 #include <functional>
 #include <initializer_list>
 #include <map>
@@ -28,3 +31,15 @@
 #include <unistd.h>
 #include <utility>
 #include <vector>
+
+namespace drevix::test {
+
+// The time on a clock that stands still while this thread waits for a processor, as on a busy machine.
+inline std::chrono::milliseconds OwnTime() {
+    std::int64_t waited = 0;                                          // nanoseconds
+    std::ifstream("/proc/thread-self/schedstat") >> waited >> waited; // the first number is how long it ran
+    const auto now = std::chrono::steady_clock::now().time_since_epoch() - std::chrono::nanoseconds(waited);
+    return std::chrono::duration_cast<std::chrono::milliseconds>(now);
+}
+
+} // namespace drevix::test
