@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <cstdint>
 #include <ctime>
+#include <tuple>
 #include <poll.h>
 #include <systemd/sd-event.h>
 #include <utility>
@@ -41,7 +42,7 @@ class SdPlace : public EventLoop::Place {
         fDescriptor = descriptor;
         if (descriptor >= 0) {
             // One that cannot be watched, as a regular file, has nothing to wait for.
-            static_cast<void>(sd_event_add_io(fEvent, &fSource, descriptor, events, CallForDescriptor, this));
+            std::ignore = sd_event_add_io(fEvent, &fSource, descriptor, events, CallForDescriptor, this);
         }
     }
 
