@@ -11,6 +11,7 @@ import subprocess
 import sys
 import tempfile
 import time
+import zlib
 
 PROGRAM, CONTROL = sys.argv[1:]
 folder = pathlib.Path(tempfile.mkdtemp(prefix="drevix-host-"))
@@ -34,11 +35,36 @@ def picture_size(path):
     return struct.unpack(">II", path.read_bytes()[16:24])
 
 
+def rows_of(path):
+    """A picture's rows of pixels, each pixel four bytes: blue, green, red and one more."""
+    data, at, packed = path.read_bytes(), 8, b""
+    width, height = picture_size(path)
+    while at < len(data):
+        size, kind = struct.unpack(">I4s", data[at : at + 8])
+        packed += data[at + 8 : at + 8 + size] if kind == b"IDAT" else b""
+        at += size + 12
+    depth = {2: 3, 6: 4}[data[25]]
+    unpacked, before, rows = zlib.decompress(packed), bytes(width * depth), []
+    for row in range(height):
+        start = row * (1 + width * depth)
+        coding, line = unpacked[start], bytearray(unpacked[start + 1 : start + 1 + width * depth])
+        for i in range(len(line)):
+            left, above, corner = (line[i - depth], before[i], before[i - depth]) if i >= depth else (0, before[i], 0)
+            guess = left + above - corner
+            nearest = min((left, above, corner), key=lambda one: abs(guess - one))
+            line[i] = (line[i] + (0, left, above, (left + above) // 2, nearest)[coding]) & 255
+        before = bytes(line)
+        rows.append([before[i : i + 3] for i in range(0, len(before), depth)])
+    return rows
+
+
 # Pictures: of the size asked for, at the scale asked for, without a change of anything.
 picture = folder / "panel.png"
-for words, size in [(["--size", "800x600"], (800, 600)), (["--size=800x600", "--scale", "2"], (1600, 1200))]:
+for words, size in [(["--size", "800x600"], (800, 600)), (["--size=800x600", "--scale", "2"], (1600, 1200)),
+                    (["--size=4000x700", "--scale=2"], (8000, 1400)), (["--size=800x600", "--scale", "2"], (1600, 1200))]:
     expect("status of a picture", run("--picture", str(picture), "--app", "GIMP", "--control", "buttonII", *words)[0], 0)
     expect("size of the picture", picture_size(picture), size)
+expect("login item after a picture", (folder / "config/autostart").exists(), False)
 light = picture.read_bytes()
 run("--picture", str(picture), "--app", "GIMP", "--control", "buttonII", "--size=800x600", "--scale", "2", "--dark")
 expect("a dark picture is the light one", picture.read_bytes() == light, False)
@@ -75,15 +101,19 @@ for word, start in [("--version", "drevix-settings "), ("--help", "Usage: "), (f
 # Wrong words: one line, nothing written.
 for words, status in [
     (["--size", "big"], 2),
+    (["--size", "0x600"], 2),
+    (["--size", "9000x600"], 2),
     (["--page", "one"], 2),
     (["--scale", "0"], 2),  # these two were a crash
     (["--size", "8000x8000", "--scale", "8"], 2),
+    (["--size", "4001x700", "--scale", "2"], 2),
     (["one", "two"], 2),
     (["--picture", str(picture), "--app", "nobody"], 1),
     (["--picture", str(picture), "--control", "buttonX"], 1),
     (["--picture", str(picture), "--pressed", "buttonX"], 1),
     (["--picture", str(picture), "--page", "9"], 1),
     (["--picture", str(picture), "--step", "jump"], 2),
+    (["--picture", str(picture), "--step", "await nobody"], 1),
     (["--picture", str(folder / "nowhere/x.png")], 1),
 ]:
     code, error = run(*words)

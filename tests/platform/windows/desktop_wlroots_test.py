@@ -9,13 +9,14 @@ import os
 import pathlib
 import shutil
 import signal
+import socket
 import subprocess
 import sys
 import tempfile
 
 sys.path.insert(0, str(pathlib.Path(__file__).parents[2] / "support"))
 import wayland  # noqa: E402
-from compositor import SEAT, TOPLEVELS, Compositor  # noqa: E402
+from compositor import KEYBOARDS, SEAT, TOPLEVELS, Compositor  # noqa: E402
 
 PROBE = sys.argv[1]
 SKIPPED = 77
@@ -150,22 +151,44 @@ def main():
     probe.process.send_signal(signal.SIGKILL)
     two.expect(("key", A, 0))  # the compositor lets it go
 
+    try_silent_sway(environment)
     probe = Probe(environment)
     compositor.kill()
     probe.expect("lost")
     if not os.access("/dev/uinput", os.W_OK):  # else the machine's own desktop would get the key
-        try_without_keyboard(environment)
+        try_without_keyboard({**environment, "WAYLAND_DISPLAY": "other", "SWAYSOCK": ""})
+
+
+def try_silent_sway(environment):
+    """One that is asked for the layout and says nothing is let go, and keys are pressed all the same."""
+    with socket.socket(socket.AF_UNIX) as sway:
+        sway.bind(f"{folder}/sway")
+        sway.listen()
+        sway.settimeout(20)
+        probe = Probe({**environment, "SWAYSOCK": f"{folder}/sway"})
+        asked, _ = sway.accept()
+        with asked:
+            asked.settimeout(20)
+            while asked.recv(4096):
+                pass
+        probe.do(f"down {A}", f"up {A}")
+    probe.process.kill()
 
 
 def try_without_keyboard(environment):
-    """A compositor tells its windows but takes no keys, and the kernel makes no keyboard: one line says so."""
+    """A compositor tells its windows but takes no keys, or hangs up when asked for a keymap, and the kernel makes no keyboard: one
+    line says so."""
+    problem = ("the Wayland compositor takes no keys from programs, and no keyboard can be made by /dev/uinput: No such file or directory; "
+               "see DrevixHelper(1)")
     stand_in = Compositor(folder / "other", [SEAT, TOPLEVELS], front="in-front")
-    probe = Probe({**environment, "WAYLAND_DISPLAY": "other", "SWAYSOCK": ""}, first="the Wayland compositor takes no keys from programs, "
-                  "and no keyboard can be made by /dev/uinput: No such file or directory; see DrevixHelper(1)")
+    probe = Probe(environment, first=problem)
     probe.expect("front in-front")
     probe.do(f"down {A}", f"scroll {UP} 1", answer="no")
     stand_in.end()
     probe.expect("lost")
+    Compositor(folder / "other", [SEAT, KEYBOARDS], syncs=1)
+    if Probe(environment, first=problem).process.wait(timeout=20) != 1:
+        sys.exit("a desktop was made of a compositor that had hung up")
 
 
 try:
