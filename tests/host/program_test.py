@@ -11,7 +11,10 @@ import subprocess
 import sys
 import tempfile
 import time
-import zlib
+
+import gi
+gi.require_version("GdkPixbuf", "2.0")
+from gi.repository import GdkPixbuf  # noqa: E402
 
 PROGRAM, CONTROL = sys.argv[1:]
 folder = pathlib.Path(tempfile.mkdtemp(prefix="drevix-host-"))
@@ -35,27 +38,12 @@ def picture_size(path):
     return struct.unpack(">II", path.read_bytes()[16:24])
 
 
-def rows_of(path):
-    """A picture's rows of pixels, each pixel four bytes: blue, green, red and one more."""
-    data, at, packed = path.read_bytes(), 8, b""
-    width, height = picture_size(path)
-    while at < len(data):
-        size, kind = struct.unpack(">I4s", data[at : at + 8])
-        packed += data[at + 8 : at + 8 + size] if kind == b"IDAT" else b""
-        at += size + 12
-    depth = {2: 3, 6: 4}[data[25]]
-    unpacked, before, rows = zlib.decompress(packed), bytes(width * depth), []
-    for row in range(height):
-        start = row * (1 + width * depth)
-        coding, line = unpacked[start], bytearray(unpacked[start + 1 : start + 1 + width * depth])
-        for i in range(len(line)):
-            left, above, corner = (line[i - depth], before[i], before[i - depth]) if i >= depth else (0, before[i], 0)
-            guess = left + above - corner
-            nearest = min((left, above, corner), key=lambda one: abs(guess - one))
-            line[i] = (line[i] + (0, left, above, (left + above) // 2, nearest)[coding]) & 255
-        before = bytes(line)
-        rows.append([before[i : i + 3] for i in range(0, len(before), depth)])
-    return rows
+def black_of(*words):
+    """The black pixels of a picture in black and white."""
+    run("--picture", str(picture), "--app", "GIMP", "--control", "buttonII", "--size=1000x700", "--contrast", *words)
+    image = GdkPixbuf.Pixbuf.new_from_file(str(picture))
+    pixels, row, depth = image.get_pixels(), image.get_rowstride(), image.get_n_channels()
+    return {(x, y) for y in range(image.get_height()) for x in range(image.get_width()) if not any(pixels[y * row + x * depth : y * row + x * depth + 3])}
 
 
 # Pictures: of the size asked for, at the scale asked for, without a change of anything.
@@ -76,6 +64,13 @@ for file, words in [(picture, []), (steps, ["--step", "press Ctrl+K", "--step", 
     expect("status of a picture after steps", run(*words)[0], 0)
 expect("a picture after steps is the one without", steps.read_bytes() == picture.read_bytes(), False)
 expect("settings file after a picture", settings.exists(), False)
+
+# In black and white what has the keyboard has a line around it, the wide field a longer one than the button, and a radio button a
+# black dot.
+field, button, off = [black_of("--step", step) for step in
+                      ("focus uiSettingsMenuAction", "focus uiSettingsButtonFind", "click uiSettingsRadioDisabled")]
+expect("a longer line around the field", len(field) > len(button), True)
+expect("a dot that moves", [any(x > 500 and y < 44 for x, y in dots) for dots in (field - off, off - field)], [True, True])
 
 # A machine where nobody is logged in has no folder for a session's sockets, and Qt complained of that.
 bare = {name: value for name, value in environment.items() if name != "XDG_RUNTIME_DIR"}

@@ -68,7 +68,8 @@ class Panel:
         self.layout, self.apply_key, self.names = layout, apply_key, US_NAMES | names
         run("setxkbmap", *layout.split())
         run(CONTROL, "assign", "ringCW", "keystroke", "F9")
-        self.process = start(PROGRAM)
+        with open(folder / "said", "wb") as said:
+            self.process = start(PROGRAM, stdout=said, stderr=said)
         window = run("xdotool", "search", "--sync", "--onlyvisible", "--name", "Drevix Veltrana").split()[0]
         run("xdotool", "windowactivate", "--sync", window, "sleep", "0.3", "key", f"alt+{field_key}")
 
@@ -91,6 +92,8 @@ class Panel:
         self.process.terminate()
         if self.process.wait(timeout=20) != 0:
             sys.exit(f"drevix-settings ended with {self.process.returncode} in {self.layout}")
+        if "layout was switched" in (folder / "said").read_text():
+            sys.exit(f"a switch was told of that there was not, in {self.layout}")
 
 
 def main():

@@ -10,6 +10,7 @@ import pathlib
 import shutil
 import signal
 import socket
+import struct
 import subprocess
 import sys
 import tempfile
@@ -31,6 +32,7 @@ for_window [app_id="two"] floating enable, move absolute position 400 0
 """
 A, SHIFT_KEY, CTRL_KEY = 30, 42, 29
 UP, DOWN, LEFT, RIGHT = range(4)
+GET_INPUTS = 100  # of sway's own messages
 CLOSE, MINIMIZE, FULL_SCREEN, SHOW_DESKTOP = range(4)
 
 if not shutil.which("sway"):
@@ -72,7 +74,8 @@ class Probe:
     def __init__(self, environment, first="open"):
         self.process = subprocess.Popen([PROBE], env=environment, stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True, bufsize=1)
         children.append(self.process)
-        self.expect(first)
+        if first:
+            self.expect(first)
 
     def expect(self, wanted):
         seen = []
@@ -151,7 +154,8 @@ def main():
     probe.process.send_signal(signal.SIGKILL)
     two.expect(("key", A, 0))  # the compositor lets it go
 
-    try_silent_sway(environment)
+    for says in (b"", b"i3-ipc" + struct.pack("=II", 2, GET_INPUTS) + b"[]" + b"no message at all"):
+        try_foreign_sway(environment, says)
     probe = Probe(environment)
     compositor.kill()
     probe.expect("lost")
@@ -159,20 +163,23 @@ def main():
         try_without_keyboard({**environment, "WAYLAND_DISPLAY": "other", "SWAYSOCK": ""})
 
 
-def try_silent_sway(environment):
-    """One that is asked for the layout and says nothing is let go, and keys are pressed all the same."""
+def try_foreign_sway(environment, says):
+    """One that does not answer when it is asked for the layout, or not as sway does, is let go, and keys are pressed all the same."""
     with socket.socket(socket.AF_UNIX) as sway:
         sway.bind(f"{folder}/sway")
         sway.listen()
         sway.settimeout(20)
-        probe = Probe({**environment, "SWAYSOCK": f"{folder}/sway"})
+        probe = Probe({**environment, "SWAYSOCK": f"{folder}/sway"}, first=None)
         asked, _ = sway.accept()
         with asked:
             asked.settimeout(20)
+            asked.sendall(says)
             while asked.recv(4096):
                 pass
+        probe.expect("open")
         probe.do(f"down {A}", f"up {A}")
     probe.process.kill()
+    os.unlink(f"{folder}/sway")
 
 
 def try_without_keyboard(environment):
