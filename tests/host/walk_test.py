@@ -4,7 +4,8 @@ every command, on an X server without a screen. In each state what assistive tec
 checked; what the steps came to is checked in the settings file.
 
 Usage: walk_test.py DREVIX_SETTINGS DREVIXCTL [keys|mouse|start...] [--trees FILE]
-Without a word all three: `start` counts the clicks from the first start to a keystroke on a button. What is read is added to FILE.
+Without a word all three: `start` counts the clicks from the first start to a keystroke on a button, and closes the window while the
+disk is full. What is read is added to FILE.
 Ends with 77 where there is no Xvfb, openbox, xdotool or bus of assistive technology.
 """
 import argparse
