@@ -549,18 +549,20 @@ def count_clicks(panel):
 
 def close_without_room(panel):
     """Asks before it goes with a change that the disk does not take, and saves it when told to end after that."""
-    panel.desktop.run("xdotool", "windowactivate", "--sync", panel.desktop.run("xdotool", "search", "--name", "^Drevix Veltrana").split()[0])
+    window = panel.desktop.run("xdotool", "search", "--name", "^Drevix Veltrana").split()[0]
+    panel.desktop.run("xdotool", "windowactivate", "--sync", window)
     panel.click("text", "Keys")
     panel.wait("text", "Keys", lambda node: node.text == "Press the keys now")
     panel.key("ctrl+shift+d")
     panel.shows("Button II", "Ctrl+Shift+D")
-    resource.prlimit(panel.process.pid, resource.RLIMIT_FSIZE, (0, resource.RLIM_INFINITY))
+    limits = resource.prlimit(panel.process.pid, resource.RLIMIT_FSIZE)
+    resource.prlimit(panel.process.pid, resource.RLIMIT_FSIZE, (0, limits[1]))
     panel.key("alt+F4")
     panel.wait("button", "Cancel")
     panel.state("a question before closing")
     panel.key("Escape")
     panel.gone("button", "Cancel")
-    resource.prlimit(panel.process.pid, resource.RLIMIT_FSIZE, (resource.RLIM_INFINITY, resource.RLIM_INFINITY))
+    resource.prlimit(panel.process.pid, resource.RLIMIT_FSIZE, limits)
 
 
 def run(name, arguments, trees):

@@ -134,8 +134,9 @@ TEST_F(KeystrokeCapture, KeyDown_IsStoredByItsPlaceAndModifiers) {
         {{0, Qt::Key_Plus, kKeypad, 0, 0}, {0x45, 0}},
         {{0, Qt::Key_Delete, {}, 0, 0}, {0x75, 0}},
         {{0, Qt::Key_Delete, kKeypad, 0, 0}, {0x41, 0}},
-        // Keyboards that number their keys from 1: every letter was stored as Escape.
+        // Keyboards that number their keys from 1: every letter, and then still the space, was stored as Escape.
         {{KEY_ESC, Qt::Key_A, Qt::ControlModifier, 0x04, 'a'}, {0x00, 0x1000}},
+        {{KEY_ESC, Qt::Key_Space, {}, 0, ' '}, {0x31, 0}},
         {{KEY_F1, Qt::Key_Exclam, Qt::ShiftModifier, 0x01, '!'}, {0x12, 0x0200}},
         {{KEY_UP, Qt::Key_Z, {}, 0, 'z'}, {0x06, 0}},
         {{KEY_SPACE, Qt::Key_nobreakspace, {}, kMod5, 0xA0}, {0x31, 0x0800}}, // as layouts have it
