@@ -9,14 +9,6 @@
 #include <QTest>
 #include <linux/input-event-codes.h>
 
-#include <ostream>
-
-namespace drevix {
-static void PrintTo(const Keystroke &keystroke, std::ostream *out) {
-    *out << std::hex << int{keystroke.keyCode} << " with " << keystroke.modifiers;
-}
-} // namespace drevix
-
 namespace drevix::test {
 namespace {
 
