@@ -111,12 +111,15 @@ for words, status in [
     (["--picture", str(picture), "--pressed", "buttonX"], 1),
     (["--picture", str(picture), "--page", "9"], 1),
     (["--picture", str(picture), "--step", "jump"], 2),
-    (["--picture", str(picture), "--step", "await nobody"], 1),
     (["--picture", str(folder / "nowhere/x.png")], 1),
 ]:
     code, error = run(*words)
     expect(f"status of {words}", code, status)
     expect(f"lines that {words} gives", [line.startswith("drevix-settings: ") for line in error.splitlines()], [True])
+
+# A step that cannot be done is told of after a while; the helper that the panel starts for steps may say something, too.
+code, error = run("--picture", str(picture), "--step", "await nobody")
+expect("a step that waits for nobody", (code, "await nobody" in error), (1, True))
 
 # A second start ends at once and leaves the first running; the first saves the settings when it goes.
 first = subprocess.Popen([PROGRAM], env=environment)

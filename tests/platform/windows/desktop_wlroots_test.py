@@ -32,7 +32,7 @@ for_window [app_id="two"] floating enable, move absolute position 400 0
 """
 A, SHIFT_KEY, CTRL_KEY = 30, 42, 29
 UP, DOWN, LEFT, RIGHT = range(4)
-GET_INPUTS = 100  # of sway's own messages
+GET_INPUTS, INPUT_EVENT = 100, 0x80000015  # of sway's own messages
 CLOSE, MINIMIZE, FULL_SCREEN, SHOW_DESKTOP = range(4)
 
 if not shutil.which("sway"):
@@ -154,13 +154,18 @@ def main():
     probe.process.send_signal(signal.SIGKILL)
     two.expect(("key", A, 0))  # the compositor lets it go
 
-    for says in (b"", b"i3-ipc" + struct.pack("=II", 2, GET_INPUTS) + b"[]" + b"no message at all"):
+    answer = sway_message(GET_INPUTS, b"[]")
+    for says in (b"", answer + b"no message at all", answer + sway_message(INPUT_EVENT, b"[]")):
         try_foreign_sway(environment, says)
     probe = Probe(environment)
     compositor.kill()
     probe.expect("lost")
     if not os.access("/dev/uinput", os.W_OK):  # else the machine's own desktop would get the key
         try_without_keyboard({**environment, "WAYLAND_DISPLAY": "other", "SWAYSOCK": ""})
+
+
+def sway_message(kind, text):
+    return b"i3-ipc" + struct.pack("=II", len(text), kind) + text
 
 
 def try_foreign_sway(environment, says):
