@@ -74,7 +74,7 @@ std::uint8_t KeyCodeOfCharacter(const std::string &character, bool isOnKeypad) {
 }
 
 bool IsPrintingKey(int key) {
-    return key > Qt::Key_Space && key <= 0xFFFF;
+    return key >= Qt::Key_Space && key <= 0xFFFF;
 }
 
 std::uint8_t KeyCodeOfPrintingKey(int key, bool isOnKeypad) {

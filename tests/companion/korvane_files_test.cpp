@@ -346,6 +346,7 @@ TEST(KorvaneFiles, FileWithBothTexts_IsReadAsTheWholeOneAndMended) {
     const std::string before = KorvaneFileText(ListOf(oldRows));
     const std::string bytes = KorvaneFileText(ListOf(newRows));
     const std::string gap(bytes.size() - before.size(), '\0');
+    const std::string others = std::string(bytes).erase(bytes.find('\n'), 1); // not as we write it
     struct Row {
         std::string file;
         Strings rows; // none: not ours to mend
@@ -353,7 +354,8 @@ TEST(KorvaneFiles, FileWithBothTexts_IsReadAsTheWholeOneAndMended) {
     for (const Row &row : {Row{before + gap + bytes, newRows},
                            Row{bytes.substr(0, 100) + before.substr(100) + gap + bytes, newRows},
                            Row{bytes + bytes, newRows}, Row{before + gap + bytes.substr(0, 150), oldRows},
-                           Row{before.substr(0, 120) + bytes.substr(0, 150), {}}}) {
+                           Row{before.substr(0, before.rfind('\n')) + bytes.substr(0, 150), oldRows},
+                           Row{before.substr(0, 120) + bytes.substr(0, 150), {}}, Row{others + others, {}}}) {
         folder.Write(1, row.file);
         const auto loaded = LoadKorvaneFileForApp("Photoshop");
         if (row.rows.empty()) {

@@ -5,8 +5,10 @@ peer.py listen PORT answer|close|flood|read           prints the port, then what
 peer.py listen PORT silent COUNT SECONDS              takes that many connections, no more for so long, and prints how
                                                       many sent a message
 peer.py show FILE...                                  prints each file's hotkeys, as XML readers of others find them
-peer.py edit FILE SECONDS                             binds and unbinds hotkeys of another device, whole files at a time
+peer.py edit FILE ROUNDS                              binds and unbinds hotkeys of another device, whole files at a time; makes
+                                                      FILE.enough after so many, and goes on until that is gone
 """
+import pathlib
 import random
 import socket
 import subprocess
@@ -77,12 +79,14 @@ def show(*paths):
             print("|".join([*values, str(zlib.crc32(values[0].encode()))]))
 
 
-def edit(path, seconds):
+def edit(path, wanted):
     """Knows its hotkeys, as the companion does, and takes over what another program wrote where that can be read."""
-    end = time.monotonic() + float(seconds)
+    enough = pathlib.Path(path + ".enough")
     known = None
     rounds = 0
-    while time.monotonic() < end:
+    is_last = False
+    while not is_last:
+        is_last = rounds > int(wanted) and not enough.exists()
         try:
             target, known = hotkeys(path)
         except ElementTree.ParseError:
@@ -99,8 +103,9 @@ def edit(path, seconds):
         with open(path, "wb") as file:
             file.write(ElementTree.tostring(root, "UTF-8", xml_declaration=True))
         rounds += 1
+        if rounds == int(wanted):
+            enough.touch()
         time.sleep(random.random() / 500)
-    print(rounds)
 
 
 if __name__ == "__main__":

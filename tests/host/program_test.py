@@ -12,6 +12,10 @@ import sys
 import tempfile
 import time
 
+import gi
+gi.require_version("GdkPixbuf", "2.0")
+from gi.repository import GdkPixbuf  # noqa: E402
+
 PROGRAM, CONTROL = sys.argv[1:]
 folder = pathlib.Path(tempfile.mkdtemp(prefix="drevix-host-"))
 settings = folder / "config/com.halcyra.drevix.prefs"
@@ -34,11 +38,21 @@ def picture_size(path):
     return struct.unpack(">II", path.read_bytes()[16:24])
 
 
+def black_of(*words):
+    """The black pixels of a picture in black and white."""
+    run("--picture", str(picture), "--app", "GIMP", "--control", "buttonII", "--size=1000x700", "--contrast", *words)
+    image = GdkPixbuf.Pixbuf.new_from_file(str(picture))
+    pixels, row, depth = image.get_pixels(), image.get_rowstride(), image.get_n_channels()
+    return {(x, y) for y in range(image.get_height()) for x in range(image.get_width()) if not any(pixels[y * row + x * depth : y * row + x * depth + 3])}
+
+
 # Pictures: of the size asked for, at the scale asked for, without a change of anything.
 picture = folder / "panel.png"
-for words, size in [(["--size", "800x600"], (800, 600)), (["--size=800x600", "--scale", "2"], (1600, 1200))]:
+for words, size in [(["--size", "800x600"], (800, 600)), (["--size=800x600", "--scale", "2"], (1600, 1200)),
+                    (["--size=4000x700", "--scale=2"], (8000, 1400)), (["--size=800x600", "--scale", "2"], (1600, 1200))]:
     expect("status of a picture", run("--picture", str(picture), "--app", "GIMP", "--control", "buttonII", *words)[0], 0)
     expect("size of the picture", picture_size(picture), size)
+expect("login item after a picture", (folder / "config/autostart").exists(), False)
 light = picture.read_bytes()
 run("--picture", str(picture), "--app", "GIMP", "--control", "buttonII", "--size=800x600", "--scale", "2", "--dark")
 expect("a dark picture is the light one", picture.read_bytes() == light, False)
@@ -50,6 +64,16 @@ for file, words in [(picture, []), (steps, ["--step", "press Ctrl+K", "--step", 
     expect("status of a picture after steps", run(*words)[0], 0)
 expect("a picture after steps is the one without", steps.read_bytes() == picture.read_bytes(), False)
 expect("settings file after a picture", settings.exists(), False)
+
+# In black and white what has the keyboard has a second line in its own, the wide field a longer one than the button, and a radio
+# button a black dot.
+field, button, off = [black_of("--step", step) for step in
+                      ("focus uiSettingsMenuAction", "focus uiSettingsButtonFind", "click uiSettingsRadioDisabled")]
+expect("a longer line in the field", len(field) > len(button), True)
+inner = field - button
+across, top = range(min(x for x, _ in inner), max(x for x, _ in inner)), min(y for _, y in inner)
+expect("a line around it", any(all((x, top - above) in field for x in across) for above in range(1, 6)), True)
+expect("a dot that moves", [any(x > 500 and y < 44 for x, y in dots) for dots in (field - off, off - field)], [True, True])
 
 # A machine where nobody is logged in has no folder for a session's sockets, and Qt complained of that.
 bare = {name: value for name, value in environment.items() if name != "XDG_RUNTIME_DIR"}
@@ -75,9 +99,12 @@ for word, start in [("--version", "drevix-settings "), ("--help", "Usage: "), (f
 # Wrong words: one line, nothing written.
 for words, status in [
     (["--size", "big"], 2),
+    (["--size", "0x600"], 2),
+    (["--size", "9000x600"], 2),
     (["--page", "one"], 2),
     (["--scale", "0"], 2),  # these two were a crash
     (["--size", "8000x8000", "--scale", "8"], 2),
+    (["--size", "4001x700", "--scale", "2"], 2),
     (["one", "two"], 2),
     (["--picture", str(picture), "--app", "nobody"], 1),
     (["--picture", str(picture), "--control", "buttonX"], 1),
@@ -89,6 +116,10 @@ for words, status in [
     code, error = run(*words)
     expect(f"status of {words}", code, status)
     expect(f"lines that {words} gives", [line.startswith("drevix-settings: ") for line in error.splitlines()], [True])
+
+# A step that cannot be done is told of after a while; the helper that the panel starts for steps may say something, too.
+code, error = run("--picture", str(picture), "--step", "await nobody")
+expect("a step that waits for nobody", (code, "await nobody" in error), (1, True))
 
 # A second start ends at once and leaves the first running; the first saves the settings when it goes.
 first = subprocess.Popen([PROGRAM], env=environment)

@@ -68,7 +68,8 @@ class Panel:
         self.layout, self.apply_key, self.names = layout, apply_key, US_NAMES | names
         run("setxkbmap", *layout.split())
         run(CONTROL, "assign", "ringCW", "keystroke", "F9")
-        self.process = start(PROGRAM)
+        with open(folder / "said", "wb") as said:
+            self.process = start(PROGRAM, stdout=said, stderr=said)
         window = run("xdotool", "search", "--sync", "--onlyvisible", "--name", "Drevix Veltrana").split()[0]
         run("xdotool", "windowactivate", "--sync", window, "sleep", "0.3", "key", f"alt+{field_key}")
 
@@ -84,6 +85,15 @@ class Panel:
             # Behind some names stands the key's label; the name of "enter" is its label alone.
             if shown not in re.fullmatch(r"(.*?)(?: \((.+)\))?", re.split("  +", line)[-1]).groups():
                 sys.exit(f"{where}: shown as {line!r}, not {shown!r}")
+
+    def tells_of_switch(self):
+        return "layout was switched" in (folder / "said").read_text()
+
+    def switch(self, layout, key):
+        """To another layout, in which the key types another letter; the window is in front all the time."""
+        run("setxkbmap", layout)
+        run("xdotool", "key", key)
+        wait_for(f"word of {layout} after {self.layout}", self.tells_of_switch)
 
     def leave(self):
         if self.process.poll() is not None:
@@ -110,6 +120,10 @@ def main():
         for row in WITH_CAPS_LOCK:
             panel.press(*row)
         run("xdotool", "key", "Caps_Lock")
+        if panel.tells_of_switch():
+            sys.exit(f"a switch was told of that there was not, in {layout}")
+        if layout == LAYOUTS[-1][0]:
+            panel.switch("de", "29")
         panel.leave()
         pressed += len(EVERYWHERE) + len(more) + len(WITH_CAPS_LOCK)
     print(f"{pressed} combinations in {len(LAYOUTS)} layouts arrived as they were pressed")

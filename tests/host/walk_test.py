@@ -4,7 +4,8 @@ every command, on an X server without a screen. In each state what assistive tec
 checked; what the steps came to is checked in the settings file.
 
 Usage: walk_test.py DREVIX_SETTINGS DREVIXCTL [keys|mouse|start...] [--trees FILE]
-Without a word all three: `start` counts the clicks from the first start to a keystroke on a button. What is read is added to FILE.
+Without a word all three: `start` counts the clicks from the first start to a keystroke on a button, and closes the window while the
+disk is full. What is read is added to FILE.
 Ends with 77 where there is no Xvfb, openbox, xdotool or bus of assistive technology.
 """
 import argparse
@@ -13,6 +14,7 @@ import json
 import os
 import pathlib
 import re
+import resource
 import subprocess
 import sys
 import time
@@ -73,7 +75,7 @@ class Panel:
     def __init__(self, desktop, program, control, trees, walk):
         self.desktop, self.control, self.trees, self.walk = desktop, control, trees, walk
         self.faults, self.states, self.clicks, self.help = [], 0, 0, Help()
-        self.process = desktop.start(program)
+        self.process = desktop.start(program, restore_signals=False)  # a write beyond the limit fails, and ends nobody
         self.wait("button", "Apply")
 
     def nodes(self):
@@ -545,6 +547,24 @@ def count_clicks(panel):
         sys.exit(f"{panel.clicks} clicks from the first start to a keystroke")
 
 
+def close_without_room(panel):
+    """Asks before it goes with a change that the disk does not take, and saves it when told to end after that."""
+    window = panel.desktop.run("xdotool", "search", "--name", "^Drevix Veltrana").split()[0]
+    panel.desktop.run("xdotool", "windowactivate", "--sync", window)
+    panel.click("text", "Keys")
+    panel.wait("text", "Keys", lambda node: node.text == "Press the keys now")
+    panel.key("ctrl+shift+d")
+    panel.shows("Button II", "Ctrl+Shift+D")
+    limits = resource.prlimit(panel.process.pid, resource.RLIMIT_FSIZE)
+    resource.prlimit(panel.process.pid, resource.RLIMIT_FSIZE, (0, limits[1]))
+    panel.key("alt+F4")
+    panel.wait("button", "Cancel")
+    panel.state("a question before closing")
+    panel.key("Escape")
+    panel.gone("button", "Cancel")
+    resource.prlimit(panel.process.pid, resource.RLIMIT_FSIZE, limits)
+
+
 def run(name, arguments, trees):
     with Desktop() as desktop:
         desktop.add_program("aardvark", NEW, "exit 0")
@@ -553,10 +573,16 @@ def run(name, arguments, trees):
         desktop.add_program("xdg-open", "Opener", 'echo "$@" >> "$HOME/opened"', NoDisplay="true")
         (desktop.folder / "Notes.txt").write_text("notes\n")
         panel = Panel(desktop, arguments.program, arguments.control, trees, name)
-        count_clicks(panel) if name == "start" else walk(panel, name)
+        if name == "start":
+            count_clicks(panel)
+            close_without_room(panel)
+        else:
+            walk(panel, name)
         panel.process.terminate()
         if (status := panel.process.wait(timeout=20)) != 0:
             sys.exit(f"{name}: drevix-settings ended with {status}")
+        if name == "start" and panel.does("buttonII", "gimp") != "Keystroke shift+ctrl+d":
+            sys.exit(f"the last change was lost: {panel.does('buttonII', 'gimp')}")
         print(f"{name}: {panel.states} states, {panel.clicks} clicks")
         return panel.faults
 

@@ -12,10 +12,12 @@ ACTIVATED = 2
 
 
 class Compositor:
-    """Serves at a path until `end`. Of the requests it keeps (interface, opcode, words), those of unknown objects left out."""
+    """Serves at a path until `end`. Of the requests it keeps (interface, opcode, words), those of unknown objects left out.
+    Where `syncs` says how many it answers, it hangs up at the next one."""
 
-    def __init__(self, path, offers, front="", keymap=b""):
+    def __init__(self, path, offers, front="", keymap=b"", syncs=-1):
         self.offers, self.front, self.keymap, self.requests, self.clients = offers, front, keymap, [], []
+        self.syncs = syncs
         self.listener = socket.socket(socket.AF_UNIX)
         self.path = str(path)
         self.listener.bind(self.path)
@@ -53,7 +55,10 @@ class Compositor:
     def _take(self, client, objects, thing, opcode, body):
         words = struct.unpack(f"={len(body) // 4}I", body)
         interface = objects.get(thing)
-        if interface == "wl_display" and opcode == 0:  # sync
+        if interface == "wl_display" and opcode == 0 and self.syncs == 0:
+            client.shutdown(socket.SHUT_RDWR)
+        elif interface == "wl_display" and opcode == 0:  # sync
+            self.syncs -= 1
             self._tell(client, words[0], 0, 0)
             self._tell(client, 1, 1, words[0])  # delete_id
         elif interface == "wl_display" and opcode == 1:  # get_registry

@@ -9,13 +9,15 @@ import os
 import pathlib
 import shutil
 import signal
+import socket
+import struct
 import subprocess
 import sys
 import tempfile
 
 sys.path.insert(0, str(pathlib.Path(__file__).parents[2] / "support"))
 import wayland  # noqa: E402
-from compositor import SEAT, TOPLEVELS, Compositor  # noqa: E402
+from compositor import KEYBOARDS, SEAT, TOPLEVELS, Compositor  # noqa: E402
 
 PROBE = sys.argv[1]
 SKIPPED = 77
@@ -30,6 +32,7 @@ for_window [app_id="two"] floating enable, move absolute position 400 0
 """
 A, SHIFT_KEY, CTRL_KEY = 30, 42, 29
 UP, DOWN, LEFT, RIGHT = range(4)
+GET_INPUTS, INPUT_EVENT = 100, 0x80000015  # of sway's own messages
 CLOSE, MINIMIZE, FULL_SCREEN, SHOW_DESKTOP = range(4)
 
 if not shutil.which("sway"):
@@ -71,7 +74,8 @@ class Probe:
     def __init__(self, environment, first="open"):
         self.process = subprocess.Popen([PROBE], env=environment, stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True, bufsize=1)
         children.append(self.process)
-        self.expect(first)
+        if first:
+            self.expect(first)
 
     def expect(self, wanted):
         seen = []
@@ -150,22 +154,53 @@ def main():
     probe.process.send_signal(signal.SIGKILL)
     two.expect(("key", A, 0))  # the compositor lets it go
 
+    answer = sway_message(GET_INPUTS, b"[]")
+    for says in (b"", answer + b"no message at all", answer + sway_message(INPUT_EVENT, b"[]")):
+        try_foreign_sway(environment, says)
     probe = Probe(environment)
     compositor.kill()
     probe.expect("lost")
     if not os.access("/dev/uinput", os.W_OK):  # else the machine's own desktop would get the key
-        try_without_keyboard(environment)
+        try_without_keyboard({**environment, "WAYLAND_DISPLAY": "other", "SWAYSOCK": ""})
+
+
+def sway_message(kind, text):
+    return b"i3-ipc" + struct.pack("=II", len(text), kind) + text
+
+
+def try_foreign_sway(environment, says):
+    """One that does not answer when it is asked for the layout, or not as sway does, is let go, and keys are pressed all the same."""
+    with socket.socket(socket.AF_UNIX) as sway:
+        sway.bind(f"{folder}/sway")
+        sway.listen()
+        sway.settimeout(20)
+        probe = Probe({**environment, "SWAYSOCK": f"{folder}/sway"}, first=None)
+        asked, _ = sway.accept()
+        with asked:
+            asked.settimeout(20)
+            asked.sendall(says)
+            while asked.recv(4096):
+                pass
+        probe.expect("open")
+        probe.do(f"down {A}", f"up {A}")
+    probe.process.kill()
+    os.unlink(f"{folder}/sway")
 
 
 def try_without_keyboard(environment):
-    """A compositor tells its windows but takes no keys, and the kernel makes no keyboard: one line says so."""
+    """A compositor tells its windows but takes no keys, or hangs up when asked for a keymap, and the kernel makes no keyboard: one
+    line says so."""
+    problem = ("the Wayland compositor takes no keys from programs, and no keyboard can be made by /dev/uinput: No such file or directory; "
+               "see DrevixHelper(1)")
     stand_in = Compositor(folder / "other", [SEAT, TOPLEVELS], front="in-front")
-    probe = Probe({**environment, "WAYLAND_DISPLAY": "other", "SWAYSOCK": ""}, first="the Wayland compositor takes no keys from programs, "
-                  "and no keyboard can be made by /dev/uinput: No such file or directory; see DrevixHelper(1)")
+    probe = Probe(environment, first=problem)
     probe.expect("front in-front")
     probe.do(f"down {A}", f"scroll {UP} 1", answer="no")
     stand_in.end()
     probe.expect("lost")
+    Compositor(folder / "other", [SEAT, KEYBOARDS], syncs=1)
+    if Probe(environment, first=problem).process.wait(timeout=20) != 1:
+        sys.exit("a desktop was made of a compositor that had hung up")
 
 
 try:

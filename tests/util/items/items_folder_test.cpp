@@ -266,7 +266,7 @@ TEST_F(Items, Resolve_TellsWhatIsGone) {
     tooLong[0] = 255;
     for (const Str31 &name : {Stored(""), Stored("."), Stored(".."), Stored("../Letter"), Stored("none"),
                               Str31{3, 'a', 0, 'b'}, tooLong}) {
-        EXPECT_EQ(ResolveDrevixItem(name).path, "");
+        EXPECT_TRUE(ResolveDrevixItem(name).path.empty() && !ResolveDrevixItem(name).exists);
     }
 }
 
@@ -294,6 +294,7 @@ TEST_F(Items, References_OfMissingItems_AreMadeWhereAllowed) {
         EXPECT_EQ(GetFSSpecFromNSString(fScratch.Path(row.path).c_str(), &spec, row.missing), row.status)
             << row.path;
         EXPECT_EQ(PathFromSpec(spec), row.madeFor.empty() ? "" : fScratch.Path(row.madeFor)) << row.path;
+        EXPECT_LT(spec.name[0], spec.name.size()) << row.path;
     }
 }
 
