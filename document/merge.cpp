@@ -37,15 +37,21 @@ class Merger {
   public:
     explicit Merger(const MergeSides &sides)
         : fSides(sides), fOurs(RecordsByKey(sides.ours)), fTheirs(RecordsByKey(sides.theirs)),
-          fOnDisk(RecordsByKey(sides.asOnDisk)) {
+          fOnDisk(RecordsByKey(sides.asOnDisk)),
+          fMayBeOnDisk(sides.mayBeOnDisk != nullptr ? RecordsByKey(sides.mayBeOnDisk) : KeyedRecords()) {
         fResult.before = sides.before;
     }
 
     // False if out of memory.
     bool Merge() {
         for (const RecordKey &key : AllKeys()) {
-            if (BytesAt(fSides.theirs, fTheirs, key) != BytesAt(fSides.asOnDisk, fOnDisk, key) &&
-                !MergeChanged(key)) {
+            const auto theirs = BytesAt(fSides.theirs, fTheirs, key);
+            if (theirs == BytesAt(fSides.asOnDisk, fOnDisk, key)) {
+                continue;
+            }
+            if (fSides.mayBeOnDisk != nullptr && theirs == BytesAt(fSides.mayBeOnDisk, fMayBeOnDisk, key)) {
+                fResult.before[key] = Copy(Find(fSides.theirsHere, fTheirs, key)); // our own word
+            } else if (!MergeChanged(key)) {
                 return false;
             }
         }
@@ -124,6 +130,7 @@ class Merger {
     KeyedRecords fOurs;
     KeyedRecords fTheirs;
     KeyedRecords fOnDisk;
+    KeyedRecords fMayBeOnDisk;
     std::vector<RecordNumber> fGone;
     MergeResult fResult;
 };
@@ -175,14 +182,6 @@ bool CopyRecords(const BaseWithKeys &from, const BaseWithKeys &to) {
     }
     QBaseRemoveMarkedRecords(to.base);
     return true;
-}
-
-bool HaveSameRecords(QBaseHandle a, QBaseHandle b) {
-    const KeyedRecords recordsOfA = RecordsByKey(a);
-    const KeyedRecords recordsOfB = RecordsByKey(b);
-    return recordsOfA.size() == recordsOfB.size() && std::ranges::all_of(recordsOfA, [&](const auto &entry) {
-               return BytesAt(b, recordsOfB, entry.first) == BytesOf(a, entry.second);
-           });
 }
 
 bool IsChangedHere(const RecordsBefore &before, QBaseHandle base, const KeyedRecords &records,
