@@ -102,7 +102,10 @@ class Merger {
         if (bytes == BytesAt(fSides.ours, fOurs, key)) {
             return true;
         }
-        if (fResult.base == nullptr && (fResult.base = CopyBase(fSides.ours)) == nullptr) {
+        if (fResult.base == nullptr) {
+            fResult.base = CopyBase(fSides.ours);
+        }
+        if (fResult.base == nullptr) {
             return false;
         }
         QBaseHandle base = fResult.base.get();
@@ -134,14 +137,6 @@ class Merger {
     std::vector<RecordNumber> fGone;
     MergeResult fResult;
 };
-
-// The user fields except the stamp and the block.
-auto UserFields(QBaseHandle base) {
-    QBaseRect rect = {};
-    QBaseGetUserRect(base, &rect);
-    return std::tuple(QBaseGetUserData(base), QBaseGetUserFlags(base), QBaseGetUserWord(base),
-                      QBaseGetUserMode(base), rect.top, rect.left, rect.bottom, rect.right);
-}
 
 std::string_view UserBlock(QBaseHandle base) {
     std::uint32_t size = 0;
@@ -196,17 +191,14 @@ std::optional<MergeResult> MergeRecords(const MergeSides &sides) {
     return merger.Merge() ? std::optional(merger.Result()) : std::nullopt;
 }
 
-bool MergeUserFields(const MergeSides &sides) {
-    const std::uint32_t stamp = std::max(QBaseGetUserLong(sides.ours), QBaseGetUserLong(sides.theirs));
-    const std::string_view block = UserBlock(sides.theirs);
-    if (UserBlock(sides.ours) == UserBlock(sides.asOnDisk) &&
-        QBaseSetUserBlock(sides.ours, block.data(), static_cast<std::uint32_t>(block.size())) != noErr) {
+bool TakeUserFields(QBaseHandle theirs, QBaseHandle ours) {
+    const std::uint32_t stamp = std::max(QBaseGetUserLong(ours), QBaseGetUserLong(theirs));
+    const std::string_view block = UserBlock(theirs);
+    if (QBaseSetUserBlock(ours, block.data(), static_cast<std::uint32_t>(block.size())) != noErr) {
         return false;
     }
-    if (UserFields(sides.ours) == UserFields(sides.asOnDisk)) {
-        std::ignore = QBaseDuplicateUserFields(sides.theirs, sides.ours); // cannot fail: both hold settings
-    }
-    QBaseSetUserLong(sides.ours, stamp);
+    std::ignore = QBaseDuplicateUserFields(theirs, ours); // cannot fail: both hold settings
+    QBaseSetUserLong(ours, stamp);
     return true;
 }
 

@@ -43,8 +43,8 @@ struct MergeResult {
 // Merges by record; the resulting base is sorted. nullopt if out of memory.
 [[nodiscard]] std::optional<MergeResult> MergeRecords(const MergeSides &sides);
 
-// Copies user fields and user block from theirs to our base, except those changed here since `asOnDisk`;
-// keeps the higher version stamp. False, with our base unchanged, if out of memory.
-[[nodiscard]] bool MergeUserFields(const MergeSides &sides);
+// Copies user fields and user block, which nothing here changes, from theirs to our base; keeps the higher version stamp.
+// False, with our base unchanged, if out of memory.
+[[nodiscard]] bool TakeUserFields(QBaseHandle theirs, QBaseHandle ours);
 
 } // namespace drevix

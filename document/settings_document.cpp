@@ -127,13 +127,13 @@ OpenResult SettingsDocument::Open(Access access) try {
         result.status = asOnDisk != nullptr ? noErr : memFullErr;
     }
     if (result.status != noErr) {
-        if (fBase != nullptr && reading.base != nullptr) {
-            QBaseSetReadOnly(fBase.get(), QBaseGetReadOnly(reading.base.get()));
-        } else if (fBase == nullptr) {
+        if (fBase == nullptr) {
             fAccess = access;
             fBase = std::move(reading.base);
             QBaseEmpty(fBase.get());
             fAsOnDisk = NewDrevixBase();
+        } else if (reading.base != nullptr) {
+            QBaseSetReadOnly(fBase.get(), QBaseGetReadOnly(reading.base.get()));
         }
         return result;
     }
@@ -157,7 +157,7 @@ OpenResult SettingsDocument::Open(Access access) try {
 RecordNumber SettingsDocument::Store(const AppPrefs &record, RecordNumber number) try {
     fCountUnsaved.reset();
     const AppPrefs *old = GetAppPrefs(fBase.get(), number);
-    const bool isAdded = old == nullptr || NameInKey(*old) != NameInKey(record);
+    const bool isAdded = old == nullptr || !IsNamed(*old, NameInKey(record));
     if (old != nullptr) {
         NoteAlike(*old, false);
     }
@@ -176,7 +176,7 @@ bool SettingsDocument::Replace(RecordNumber number, const AppPrefs &record) try 
         return false;
     }
     NoteAlike(*old, false);
-    if (NameInKey(*old) != NameInKey(record)) {
+    if (!IsNamed(*old, NameInKey(record))) {
         NoteAlike(record, true);
     }
     return QBaseReplaceRecord(fBase.get(), number, &record, sizeof record) != kNoRecord;
@@ -332,27 +332,23 @@ OutsideChanges SettingsDocument::TakeOutsideChanges() try {
 
 // Merges another program's changes from a usable file. False, with nothing changed, if out of memory.
 bool SettingsDocument::Merge(Reading &theirs, OutsideChanges *outside) {
-    QBaseOwner theirsHere;
-    if (Owner() == Ownership::UsersOwn) {
-        theirsHere = CopyBase(theirs.base.get());
-        KorvaneResults companion;
-        if (theirsHere != nullptr) {
-            SyncFromKorvane(theirsHere.get(), &companion);
-        }
-        if (theirsHere == nullptr || std::ranges::find(companion, KorvaneFileState::NotRead,
-                                                       &KorvaneFileResult::state) != companion.end()) {
-            return false;
-        }
+    QBaseOwner theirsHere = CopyBase(theirs.base.get());
+    KorvaneResults companion = {};
+    if (theirsHere != nullptr && Owner() == Ownership::UsersOwn) {
+        SyncFromKorvane(theirsHere.get(), &companion);
     }
-    MergeSides sides = {fBase.get(),       fBeforeEdits,
-                        fAsOnDisk.get(),   fMayBeOnDisk.get(),
-                        theirs.base.get(), theirsHere != nullptr ? theirsHere.get() : theirs.base.get()};
+    const bool isRead =
+        std::ranges::find(companion, KorvaneFileState::NotRead, &KorvaneFileResult::state) == companion.end();
+    if (theirsHere == nullptr || !isRead) {
+        return false;
+    }
+    const MergeSides sides = {fBase.get(),        fBeforeEdits,      fAsOnDisk.get(),
+                              fMayBeOnDisk.get(), theirs.base.get(), theirsHere.get()};
     std::optional<MergeResult> merged = MergeRecords(sides);
     if (!merged) {
         return false;
     }
-    sides.ours = merged->base != nullptr ? merged->base.get() : fBase.get();
-    if (!MergeUserFields(sides)) {
+    if (!TakeUserFields(theirs.base.get(), merged->base != nullptr ? merged->base.get() : fBase.get())) {
         return false;
     }
     if (merged->base != nullptr) {
@@ -368,9 +364,7 @@ bool SettingsDocument::Merge(Reading &theirs, OutsideChanges *outside) {
     fIsSettled = theirs.isSettled;
     QBaseSetReadOnly(fBase.get(), false);
     *outside = std::move(merged->outside);
-    if (IsLogged("document")) {
-        Log("document", "merged, conflicts: " + std::to_string(outside->conflicts.size()));
-    }
+    LogStep("document", outside->conflicts.empty() ? "merged" : "merged with conflicts", fPath, noErr);
     return true;
 }
 

@@ -113,10 +113,11 @@ TEST(SettingsDocument, Conflict_TellsBothRecords) {
     EXPECT_EQ(NamesOf(document.TakeOutsideChanges().conflicts), "a");
 }
 
-TEST(SettingsDocument, UserFields_ComeFromTheFileAndTheStampStays) {
+TEST(SettingsDocument, UserFieldsAndForeignRecords_ComeFromTheFileAndTheStampStays) {
     const DocumentFolder folder("global=1");
     OpenDocument document(folder);
     const QBaseOwner other = MakeBase({RecordFromText("global=1")}, kPanelVersion - 1);
+    EXPECT_NE(QBaseAddRecord(other.get(), "no settings", 11), kNoRecord);
     QBaseSetUserWord(other.get(), 7);
     ASSERT_EQ(QBaseSetUserBlock(other.get(), "block", 5), noErr);
     ASSERT_EQ(SaveDevicePrefsToPath(other.get(), folder.file), noErr);
@@ -127,6 +128,11 @@ TEST(SettingsDocument, UserFields_ComeFromTheFileAndTheStampStays) {
     EXPECT_EQ(QBaseGetUserLong(saved.Base()), kPanelVersion);
     EXPECT_NE(QBaseGetUserBlock(saved.Base(), &size), nullptr);
     EXPECT_EQ(size, 5U);
+    EXPECT_EQ(TextOfBase(saved.Base()), "? factory=9 global=1");
+    const QBaseOwner earlier = MakeBase({RecordFromText("a=1")});
+    EXPECT_NE(QBaseAddRecord(earlier.get(), "another", 7), kNoRecord);
+    EXPECT_TRUE(document.TakeAll(earlier.get()));
+    EXPECT_EQ(document.State(), "? a=1") << "of an earlier base settings are taken";
 }
 
 } // namespace

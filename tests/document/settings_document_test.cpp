@@ -314,30 +314,38 @@ TEST(SettingsDocument, SaveWithEveryFault_KeepsEditsAndFile) {
 }
 
 TEST(SettingsDocument, OpenWithEveryFault_LosesNothingInASave) {
+    const ScopedVariable noBus("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent");
     int emptied = 0;
+    const auto isKept = [&](int error, int failAt, Lasts lasts, bool isDamaged, bool isOpen) {
+        SCOPED_TRACE(std::to_string(error) + " at " + std::to_string(failAt));
+        const DocumentFolder folder("");
+        folder.WriteState("a=1 global=1", folder.path);
+        if (isDamaged) {
+            WriteWhole(folder.path, "damaged");
+        }
+        SettingsDocument document(folder.resources, kPanelVersion);
+        if (isOpen) {
+            EXPECT_EQ(document.Open(Access::Change).status, noErr);
+        }
+        OpenResult opened;
+        const bool wasHit =
+            MeetsFaultOrNew(failAt, lasts, error, [&] { opened = document.Open(Access::Change); });
+        emptied += opened.status != noErr && document.Base() != nullptr && !isOpen ? 1 : 0;
+        document.TakeOutsideChanges();
+        EXPECT_EQ(document.Save(kNoWait).status, document.Base() != nullptr ? noErr : memFullErr);
+        EXPECT_TRUE(isDamaged && document.Base() != nullptr
+                        ? ReadWhole(folder.kept) == "damaged"
+                        : isDamaged || folder.State(folder.path).starts_with("a=1 "))
+            << folder.State(folder.path);
+        return wasHit;
+    };
     for (const int error : {EIO, EACCES, ENOMEM, kOfNew}) {
         for (const bool isDamaged : {false, true}) {
-            ForEachFault(1, [&](int failAt, Lasts lasts) {
-                SCOPED_TRACE(std::to_string(error) + " at " + std::to_string(failAt));
-                const DocumentFolder folder("a=1 global=1");
-                if (isDamaged) {
-                    WriteWhole(folder.file, "damaged");
-                }
-                SettingsDocument document(folder.resources, kPanelVersion);
-                document.UseFile(folder.file);
-                OpenResult opened;
-                const bool wasHit =
-                    MeetsFaultOrNew(failAt, lasts, error, [&] { opened = document.Open(Access::Change); });
-                emptied += opened.status != noErr && document.Base() != nullptr ? 1 : 0;
-                if (document.Base() != nullptr) {
-                    const SaveResult result = document.Save(kNoWait);
-                    EXPECT_EQ(result.status, noErr);
-                    EXPECT_TRUE(isDamaged ? ReadWhole(folder.file + kRefusedSuffix) == "damaged"
-                                          : folder.State().starts_with("a=1 "))
-                        << folder.State();
-                }
-                return wasHit;
-            });
+            for (const bool isOpen : {false, true}) {
+                ForEachFault(1, [&](int failAt, Lasts lasts) {
+                    return isKept(error, failAt, lasts, isDamaged, isOpen);
+                });
+            }
         }
     }
     EXPECT_GT(emptied, 0) << "a document whose records met no memory is an empty one";
