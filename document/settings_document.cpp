@@ -157,7 +157,8 @@ OpenResult SettingsDocument::Open(Access access) try {
 RecordNumber SettingsDocument::Store(const AppPrefs &record, RecordNumber number) try {
     fCountUnsaved.reset();
     const AppPrefs *old = GetAppPrefs(fBase.get(), number);
-    const bool isAdded = old == nullptr || !IsNamed(*old, NameInKey(record));
+    const std::string name = NameInKey(record);
+    const bool isAdded = old == nullptr || !IsNamed(*old, name);
     if (old != nullptr) {
         NoteAlike(*old, false);
     }

@@ -399,6 +399,7 @@ TEST(SettingsDocument, UsersOwnFile_GoesHandInHandWithTheCompanion) {
     ASSERT_NE(document.Store(edited, 1), kNoRecord);
     edited.device[0].navSpeed = 2;
     ASSERT_NE(document.Store(edited, 1), kNoRecord);
+    ASSERT_TRUE(document.Remove(document.Store(MakeRecord(kOther, "other"), kNoRecord)));
     folder.Write(kApp, HotKeyFile({"Copy|1|pyralis||4", "Cut|||"}));
     document.TakeCompanionChanges();
     EXPECT_NE(shown().device[0].action[kButtonI].crc, edited.device[0].action[kButtonI].crc);

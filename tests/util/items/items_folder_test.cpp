@@ -7,6 +7,7 @@
 #include "settings/action_commands.h"
 #include "settings/device_prefs.h"
 #include "settings/pascal_strings.h"
+#include "tests/support/failing_new.h"
 #include "tests/support/testing.h"
 #include "tests/util/items/items.h"
 
@@ -179,6 +180,84 @@ TEST_F(Items, HalfMade_ClearsNothingThatIsNotOurs) {
     Names after = stay;
     std::erase(after, "._made");
     EXPECT_EQ(ScratchFolder::Names(ItemsFolder()), after);
+}
+
+// Whatever fails in an operation, trying it again does what an undisturbed run does.
+TEST_F(Items, EveryFault_IsMadeUpForByTheNextTry) {
+    const ScopedVariable other("XDG_DATA_HOME", fScratch.Path("data"));
+    std::filesystem::create_directories(fScratch.Path("data/applications"));
+    const std::string letter = File("folder/letter");
+    const std::string script = File("script", "#!/bin/sh\n");
+    const std::string longName = File("folder/" + std::string(40, 'n'));
+    std::filesystem::create_symlink("letter", fScratch.Path("folder/link"));
+    AppleDouble companion;
+    ASSERT_EQ(ResourceForkBytes(std::vector<Resource>{{kAliasResourceType, kAliasID, "", "cut"}},
+                                &companion.resourceFork),
+              noErr);
+    FSSpec spec{};
+    FSRef ref;
+    Str31 name{};
+    OSType type = 0;
+    IconHandles icons;
+    const auto make = [&](const std::string &path) {
+        return [&, path] { return MakeDrevixItem(path, &name); };
+    };
+    const std::vector<std::pair<std::string, std::function<OSErr()>>> operations = {
+        {"make", make(letter)},
+        {"make under another name", make(longName)},
+        {"make of a folder", make(fScratch.Path("data/applications"))},
+        {"make what is there", make(script)},
+        {"make by its alias", make(Item("script"))},
+        {"resolve",
+         [&] { return ResolveDrevixItem(Stored("SCRIPT")).path == script ? noErr : OSErr{fnfErr}; }},
+        {"clean up", [&] { return CleanupDrevixItems(kName, nullptr); }},
+        {"clear",
+         [&] {
+             ClearHalfMadeItems(kName);
+             return OSErr{noErr};
+         }},
+        {"look at",
+         [&] { return GetSourceInfo(Spec(fScratch.Path("data/applications")), &type, nullptr, icons); }},
+        {"refer to a link", [&] { return GetFSRefFromNSString(fScratch.Path("folder/link").c_str(), &ref); }},
+        {"refer to what is missing",
+         [&] {
+             const std::string path = fScratch.Path("folder/new//");
+             const OSErr status = GetFSSpecFromNSString(path.c_str(), &spec, MissingItem::Allowed);
+             return status == fnfErr && spec.parID != 0 ? OSErr{noErr} : status;
+         }},
+    };
+    for (const auto &[what, operation] : operations) {
+        Names after;
+        for (const int error : {EIO, ENOMEM, kOfNew}) {
+            ForEachFault(0, [&, what = what, &operation = operation](int failAt, Lasts lasts) {
+                SCOPED_TRACE(what + ", error " + std::to_string(error) + " at " + std::to_string(failAt));
+                std::filesystem::remove_all(ItemsFolder());
+                ::chmod(script.c_str(), 0644);
+                Make(script);
+                ::chmod(script.c_str(), what == "make what is there" ? 0755 : 0644);
+                EXPECT_EQ(WriteAppleDouble(Item("halfmade"), companion), noErr);
+                WriteWhole(Item(".._cut.0123456789abcdef.new"), "");
+                spec = {};
+                OSErr status = noErr;
+                const bool wasHit = MeetsFaultOrNew(failAt, lasts, error, [&] {
+                    try {
+                        status = operation();
+                    } catch (const std::bad_alloc &) { // of what this test makes
+                        status = memFullErr;
+                    }
+                });
+                EXPECT_TRUE(wasHit || status == noErr) << status;
+                EXPECT_EQ(OpenFileCount(), 0);
+                if (wasHit || after.empty()) {
+                    EXPECT_EQ(operation(), noErr);
+                }
+                const Names now = ScratchFolder::Names(ItemsFolder());
+                after = after.empty() ? now : after;
+                EXPECT_EQ(now, after);
+                return wasHit;
+            });
+        }
+    }
 }
 
 // The first look-up that fails ends the walk; a file that cannot be removed does not.
