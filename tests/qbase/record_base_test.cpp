@@ -166,6 +166,65 @@ TEST(RecordBase, HeaderFields_AreGivenAsSetAndCopied) {
     EXPECT_EQ(QBaseGetType(target.get()), 0U);
 }
 
+// A caller may have no base, no data, no function, or no use for an answer.
+TEST(RecordBase, NullArguments_ChangeNothing) {
+    const QBaseOwner base = FullFileBase();
+    const ExchangeOwner exchange = Take(base.get());
+    const MemoryFile file;
+    const std::string before = State(base.get());
+    const QBaseCompareFunction compare = [](const void *, std::int32_t, const void *, std::int32_t) {
+        return 0;
+    };
+    std::int32_t length = 9;
+    const QBaseHandle none = nullptr;
+    for (const auto &act : std::initializer_list<void (*)(QBaseHandle)>{
+             QBaseDispose, QBaseEmpty, QBaseLock, QBaseRebuildIndex, QBaseRemoveMarkedRecords}) {
+        act(none);
+    }
+    QBaseSetFlipProc(none, nullptr, nullptr);
+    QBaseSetType(none, 1, 2);
+    QBaseSetUserLong(none, 1);
+    QBaseUnlock(none, true);
+    QBaseTruncate(none, 0);
+    QBaseUpdateOffsets(none, 1, 0, 10);
+    QBaseSetRecordFlags(none, 0, 1);
+    QBaseSetAllRecordFlags(none, 1);
+    QBaseSort(none, compare, 130);
+    EXPECT_FALSE(QBaseValidate(none));
+    EXPECT_EQ(QBaseGetSize(none), 0U);
+    EXPECT_EQ(QBaseRemoveInvalidOffsets(none), 0);
+    EXPECT_EQ(QBaseCreateIndexOfOffsets(none, 3).Size(), 0U);
+    EXPECT_EQ(QBaseMoveIndexes(none, 0, SelectAll), paramErr);
+    EXPECT_EQ(QBaseSetUserBlock(none, "block", 5), paramErr);
+    EXPECT_EQ(QBaseFindLongHeader(none, 0), nullptr);
+    EXPECT_EQ(QBaseGetRecordFlags(none, 0), 0);
+    EXPECT_EQ(QBaseSearch(none, compare, "k", 1), kNoRecord);
+    EXPECT_EQ(QBaseGetExchange(none, SelectAll), nullptr);
+    EXPECT_EQ(QBasePutExchange(none, exchange.get(), 0, 0), 0);
+    EXPECT_EQ(QBaseRead(none, file.Ref(), true, true, true, true), paramErr);
+    EXPECT_EQ(QBaseWrite(none, file.Ref(), true, true), paramErr);
+    QBaseSort(base.get(), nullptr, 130);
+    QBaseGetUserRect(base.get(), nullptr);
+    EXPECT_EQ(QBaseGetType(base.get()), kFileTestType);
+    EXPECT_EQ(QBaseMoveIndexes(base.get(), 0, nullptr), paramErr);
+    EXPECT_EQ(QBaseReplaceRecord(base.get(), 0, nullptr, 1), kNoRecord);
+    EXPECT_EQ(QBaseReplaceRecord(base.get(), 0, "", -1), kNoRecord);
+    EXPECT_EQ(QBaseSearch(base.get(), nullptr, "k", 1), kNoRecord);
+    EXPECT_EQ(QBaseSearch(base.get(), compare, nullptr, 1), kNoRecord);
+    EXPECT_EQ(QBaseSearch(base.get(), compare, "k", 0), kNoRecord);
+    EXPECT_EQ(QBaseGetExchange(base.get(), nullptr), nullptr);
+    EXPECT_EQ(QBasePutExchange(base.get(), nullptr, 0, 0), 0);
+    EXPECT_EQ(QBaseCountExchangeRecords(nullptr), 0);
+    EXPECT_EQ(QBaseGetExchangeRecord(nullptr, 0, &length), nullptr);
+    EXPECT_EQ(length, 0);
+    EXPECT_EQ(QBaseGetExchangeRecord(exchange.get(), -1, nullptr), nullptr);
+    EXPECT_EQ(QBaseLockExchange(nullptr), nullptr);
+    EXPECT_EQ(QBaseRead(base.get(), 0, true, true, true, true), paramErr);
+    EXPECT_EQ(QBaseWrite(base.get(), 0, true, true), paramErr);
+    EXPECT_NE(QBaseGetUserBlock(base.get()), nullptr);
+    EXPECT_EQ(State(base.get()), before);
+}
+
 TEST(RecordBase, LocksAndMemoryFlag_AreCountedAndPutBack) {
     const QBaseOwner base = NewFileBase();
     const std::pair<bool, int> unlocks[] = {{false, 2}, {true, 0}, {false, 0}};
