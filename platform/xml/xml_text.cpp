@@ -73,8 +73,10 @@ std::string EncodingOf(std::string_view &bytes) {
     if (std::ranges::find(kMacRomanNames, small) != kMacRomanNames.end()) {
         return std::string(kMacRoman);
     }
-    // A text of single bytes cannot be UTF-16.
-    return name.empty() || small.starts_with("utf-16") ? "UTF-8" : name;
+    if (name.empty() || small.starts_with("utf-16")) { // a text of single bytes cannot be that
+        return "UTF-8";
+    }
+    return name;
 }
 
 std::string TextOfMacRoman(std::string_view bytes) {

@@ -56,6 +56,16 @@ TEST(ChooseAction, EverySlotCommandAndOtherCommand_ChangesWhatTheRulesSay) {
     }
 }
 
+TEST(ChooseAction, SlotThatIsNone_ChangesNothing) {
+    for (const SlotIndex slot : std::initializer_list<SlotIndex>{kNoSlot, kActionSlots}) {
+        AppPrefs prefs = FullRecord(7);
+        ChooseAction(prefs, slot, 7);
+        UpdateOppositeAction(prefs, slot);
+        EXPECT_TRUE(SameBytes(prefs, FullRecord(7)));
+        EXPECT_EQ(OppositeSlot(slot), kNoSlot);
+    }
+}
+
 TEST(UpdateToolMenuAction, SameEntry_StaysOnOneButton) {
     for (SlotIndex slot = 0; slot < kActionSlots; ++slot) {
         for (const ActionCommand held : {kActionToolMenu, kActionKeystroke}) {

@@ -211,6 +211,24 @@ TEST(GetDevicePrefs, RecordsAtOddPlaces_AreSettingsLikeOthers) {
     EXPECT_EQ(folder.SavedNames(), (Names{"", "Odd"}));
 }
 
+TEST(DevicePrefs, WithoutABaseOrAName_NothingIsReadOrSaved) {
+    const SettingsFolder folder;
+    const QBaseOwner base = MakeBase({MakeRecord(0, "")});
+    auto name = kDrevixPrefsName;
+    Str63 noName{};
+    OSErr fileStatus = 7;
+    EXPECT_EQ(GetDevicePrefs(nullptr, name.data(), folder.resources, 0), paramErr);
+    EXPECT_EQ(GetDevicePrefsFromPath(nullptr, folder.path, folder.resources, 0, &fileStatus), paramErr);
+    EXPECT_EQ(fileStatus, 7);
+    EXPECT_EQ(EnsureGlobalPrefs(nullptr, folder.resources), paramErr);
+    EXPECT_EQ(SaveDevicePrefs(nullptr, name.data(), 0, 0), noErr);
+    EXPECT_EQ(SaveDevicePrefs(base.get(), nullptr, 0, 0), noErr);
+    EXPECT_EQ(SaveDevicePrefs(base.get(), noName.data(), 0, 0), noErr);
+    EXPECT_EQ(SaveDevicePrefsToPath(nullptr, folder.path), noErr);
+    EXPECT_EQ(SaveDevicePrefsToPath(base.get(), ""), noErr);
+    EXPECT_EQ(SettingsFolder::Names(folder.Preferences()).size(), 0U);
+}
+
 TEST(DevicePrefs, LongName_IsCutInPlace) {
     SettingsFolder folder;
     const QBaseOwner base = MakeBase({MakeRecord(0, "")});

@@ -54,11 +54,15 @@ std::string TargetOf(const std::string &path) {
         return {};
     }
     std::string found(target.data(), static_cast<std::size_t>(length));
-    return found.starts_with('/') ? found : FolderOfPath(path).append("/").append(found);
+    if (!found.starts_with('/')) {
+        found.insert(0, FolderOfPath(path) + '/');
+    }
+    return found;
 }
 
 bool IsThere(const std::string &path) {
-    return !path.empty() && DiskDescriptor(CurrentDisk().Open(path.c_str(), O_PATH, 0));
+    const DiskDescriptor opened(CurrentDisk().Open(path.c_str(), O_PATH, 0)); // none at an empty path
+    return static_cast<bool>(opened);
 }
 
 // The first entry in the folder with this name, ignoring letter case; empty if none.
