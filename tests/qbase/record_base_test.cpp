@@ -168,61 +168,55 @@ TEST(RecordBase, HeaderFields_AreGivenAsSetAndCopied) {
 
 // A caller may have no base, no data, no function, or no use for an answer.
 TEST(RecordBase, NullArguments_ChangeNothing) {
-    const QBaseOwner base = FullFileBase();
-    const ExchangeOwner exchange = Take(base.get());
+    const QBaseOwner owner = FullFileBase();
+    QBaseHandle const base = owner.get();
+    const ExchangeOwner exchange = Take(base);
     const MemoryFile file;
-    const std::string before = State(base.get());
+    const std::string before = State(base);
     const QBaseCompareFunction compare = [](const void *, std::int32_t, const void *, std::int32_t) {
         return 0;
     };
-    std::int32_t length = 9;
-    const QBaseHandle none = nullptr;
-    for (const auto &act : std::initializer_list<void (*)(QBaseHandle)>{
-             QBaseDispose, QBaseEmpty, QBaseLock, QBaseRebuildIndex, QBaseRemoveMarkedRecords}) {
-        act(none);
+    for (const auto act :
+         {QBaseDispose, QBaseEmpty, QBaseLock, QBaseRebuildIndex, QBaseRemoveMarkedRecords}) {
+        act(nullptr);
     }
-    QBaseSetFlipProc(none, nullptr, nullptr);
-    QBaseSetType(none, 1, 2);
-    QBaseSetUserLong(none, 1);
-    QBaseUnlock(none, true);
-    QBaseTruncate(none, 0);
-    QBaseUpdateOffsets(none, 1, 0, 10);
-    QBaseSetRecordFlags(none, 0, 1);
-    QBaseSetAllRecordFlags(none, 1);
-    QBaseSort(none, compare, 130);
-    EXPECT_FALSE(QBaseValidate(none));
-    EXPECT_EQ(QBaseGetSize(none), 0U);
-    EXPECT_EQ(QBaseRemoveInvalidOffsets(none), 0);
-    EXPECT_EQ(QBaseCreateIndexOfOffsets(none, 3).Size(), 0U);
-    EXPECT_EQ(QBaseMoveIndexes(none, 0, SelectAll), paramErr);
-    EXPECT_EQ(QBaseSetUserBlock(none, "block", 5), paramErr);
-    EXPECT_EQ(QBaseFindLongHeader(none, 0), nullptr);
-    EXPECT_EQ(QBaseGetRecordFlags(none, 0), 0);
-    EXPECT_EQ(QBaseSearch(none, compare, "k", 1), kNoRecord);
-    EXPECT_EQ(QBaseGetExchange(none, SelectAll), nullptr);
-    EXPECT_EQ(QBasePutExchange(none, exchange.get(), 0, 0), 0);
-    EXPECT_EQ(QBaseRead(none, file.Ref(), true, true, true, true), paramErr);
-    EXPECT_EQ(QBaseWrite(none, file.Ref(), true, true), paramErr);
-    QBaseSort(base.get(), nullptr, 130);
-    QBaseGetUserRect(base.get(), nullptr);
-    EXPECT_EQ(QBaseGetType(base.get()), kFileTestType);
-    EXPECT_EQ(QBaseMoveIndexes(base.get(), 0, nullptr), paramErr);
-    EXPECT_EQ(QBaseReplaceRecord(base.get(), 0, nullptr, 1), kNoRecord);
-    EXPECT_EQ(QBaseReplaceRecord(base.get(), 0, "", -1), kNoRecord);
-    EXPECT_EQ(QBaseSearch(base.get(), nullptr, "k", 1), kNoRecord);
-    EXPECT_EQ(QBaseSearch(base.get(), compare, nullptr, 1), kNoRecord);
-    EXPECT_EQ(QBaseSearch(base.get(), compare, "k", 0), kNoRecord);
-    EXPECT_EQ(QBaseGetExchange(base.get(), nullptr), nullptr);
-    EXPECT_EQ(QBasePutExchange(base.get(), nullptr, 0, 0), 0);
+    QBaseSetFlipProc(nullptr, nullptr, nullptr);
+    QBaseSetType(nullptr, 1, 2);
+    QBaseSetUserLong(nullptr, 1);
+    QBaseUnlock(nullptr, true);
+    QBaseTruncate(nullptr, 0);
+    QBaseUpdateOffsets(nullptr, 1, 0, 10);
+    QBaseSetRecordFlags(nullptr, 0, 1);
+    QBaseSetAllRecordFlags(nullptr, 1);
+    QBaseSort(nullptr, compare, 130);
+    QBaseSort(base, nullptr, 130);
+    QBaseGetUserRect(base, nullptr);
+    EXPECT_TRUE(!QBaseValidate(nullptr) && QBaseGetSize(nullptr) == 0 &&
+                QBaseGetRecordFlags(nullptr, 0) == 0);
+    EXPECT_TRUE(QBaseRemoveInvalidOffsets(nullptr) == 0 && QBaseCreateIndexOfOffsets(nullptr, 3).Size() == 0);
+    EXPECT_TRUE(QBaseFindLongHeader(nullptr, 0) == nullptr &&
+                QBaseGetExchange(nullptr, SelectAll) == nullptr);
+    EXPECT_TRUE(QBaseGetExchange(base, nullptr) == nullptr && QBaseLockExchange(nullptr) == nullptr);
+    EXPECT_TRUE(QBaseGetType(base) == kFileTestType && QBaseGetUserBlock(base) != nullptr);
+    for (const OSErr status :
+         {QBaseMoveIndexes(nullptr, 0, SelectAll), QBaseMoveIndexes(base, 0, nullptr),
+          QBaseSetUserBlock(nullptr, "block", 5), QBaseRead(nullptr, file.Ref(), true, true, true, true),
+          QBaseRead(base, 0, true, true, true, true), QBaseWrite(nullptr, file.Ref(), true, true),
+          QBaseWrite(base, 0, true, true)}) {
+        EXPECT_EQ(status, paramErr);
+    }
+    for (const RecordNumber found :
+         {QBaseReplaceRecord(base, 0, nullptr, 1), QBaseReplaceRecord(base, 0, "", -1),
+          QBaseSearch(nullptr, compare, "k", 1), QBaseSearch(base, nullptr, "k", 1),
+          QBaseSearch(base, compare, nullptr, 1), QBaseSearch(base, compare, "k", 0)}) {
+        EXPECT_EQ(found, kNoRecord);
+    }
+    EXPECT_EQ(QBasePutExchange(nullptr, exchange.get(), 0, 0) + QBasePutExchange(base, nullptr, 0, 0), 0);
     EXPECT_EQ(QBaseCountExchangeRecords(nullptr), 0);
-    EXPECT_EQ(QBaseGetExchangeRecord(nullptr, 0, &length), nullptr);
-    EXPECT_EQ(length, 0);
+    std::int32_t length = 9;
+    EXPECT_TRUE(QBaseGetExchangeRecord(nullptr, 0, &length) == nullptr && length == 0);
     EXPECT_EQ(QBaseGetExchangeRecord(exchange.get(), -1, nullptr), nullptr);
-    EXPECT_EQ(QBaseLockExchange(nullptr), nullptr);
-    EXPECT_EQ(QBaseRead(base.get(), 0, true, true, true, true), paramErr);
-    EXPECT_EQ(QBaseWrite(base.get(), 0, true, true), paramErr);
-    EXPECT_NE(QBaseGetUserBlock(base.get()), nullptr);
-    EXPECT_EQ(State(base.get()), before);
+    EXPECT_EQ(State(base), before);
 }
 
 TEST(RecordBase, LocksAndMemoryFlag_AreCountedAndPutBack) {

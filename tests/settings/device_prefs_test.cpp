@@ -216,16 +216,14 @@ TEST(DevicePrefs, WithoutABaseOrAName_NothingIsReadOrSaved) {
     const QBaseOwner base = MakeBase({MakeRecord(0, "")});
     auto name = kDrevixPrefsName;
     Str63 noName{};
-    OSErr fileStatus = 7;
     EXPECT_EQ(GetDevicePrefs(nullptr, name.data(), folder.resources, 0), paramErr);
-    EXPECT_EQ(GetDevicePrefsFromPath(nullptr, folder.path, folder.resources, 0, &fileStatus), paramErr);
-    EXPECT_EQ(fileStatus, 7);
     EXPECT_EQ(EnsureGlobalPrefs(nullptr, folder.resources), paramErr);
-    EXPECT_EQ(SaveDevicePrefs(nullptr, name.data(), 0, 0), noErr);
-    EXPECT_EQ(SaveDevicePrefs(base.get(), nullptr, 0, 0), noErr);
-    EXPECT_EQ(SaveDevicePrefs(base.get(), noName.data(), 0, 0), noErr);
-    EXPECT_EQ(SaveDevicePrefsToPath(nullptr, folder.path), noErr);
-    EXPECT_EQ(SaveDevicePrefsToPath(base.get(), ""), noErr);
+    for (const OSErr status :
+         {SaveDevicePrefs(nullptr, name.data(), 0, 0), SaveDevicePrefs(base.get(), nullptr, 0, 0),
+          SaveDevicePrefs(base.get(), noName.data(), 0, 0), SaveDevicePrefsToPath(nullptr, folder.path),
+          SaveDevicePrefsToPath(base.get(), "")}) {
+        EXPECT_EQ(status, noErr);
+    }
     EXPECT_EQ(SettingsFolder::Names(folder.Preferences()).size(), 0U);
 }
 
