@@ -68,7 +68,7 @@ std::string EncodingOf(std::string_view &bytes) {
             return std::string(row.encoding);
         }
     }
-    const std::string name = DeclaredEncoding(bytes);
+    std::string name = DeclaredEncoding(bytes);
     const std::string small = SmallLetters(name);
     if (std::ranges::find(kMacRomanNames, small) != kMacRomanNames.end()) {
         return std::string(kMacRoman);

@@ -1,5 +1,6 @@
 #include "settings/action_commands.h"
 
+#include "settings/action_paste.h"
 #include "tests/settings/settings_files.h"
 #include "tests/support/testing.h"
 
@@ -64,6 +65,18 @@ TEST(ChooseAction, SlotThatIsNone_ChangesNothing) {
         EXPECT_TRUE(SameBytes(prefs, FullRecord(7)));
         EXPECT_EQ(OppositeSlot(slot), kNoSlot);
     }
+}
+
+TEST(PasteAssignments, ActionsThatAreAllowed_AreTakenAndOthersNamed) {
+    AppPrefs prefs = MakeRecord(kGlobalSignature, "");
+    AppPrefs source = prefs;
+    source.device[0].action[18].command = kActionToolMenu;
+    source.device[0].action[19].command = 231;
+    const std::vector<RefusedAction> refused = PasteAssignments(prefs, source);
+    ASSERT_EQ(refused.size(), 1U);
+    EXPECT_EQ(refused[0].slot, 19);
+    EXPECT_EQ(prefs.device[0].action[18].command, kActionToolMenu);
+    EXPECT_EQ(prefs.device[0].action[19].command, 0);
 }
 
 TEST(UpdateToolMenuAction, SameEntry_StaysOnOneButton) {

@@ -252,7 +252,7 @@ TEST_F(Items, EveryFault_IsMadeUpForByTheNextTry) {
                 }
                 spec = {};
                 OSErr status = noErr;
-                const int gap = error == kOfNew && what.starts_with("make") ? 11 : 1; // of a thousand
+                const int gap = error == kOfNew && what.starts_with("make") ? 23 : 1; // of a thousand
                 const bool wasHit = MeetsFaultOrNew(failAt * gap, lasts, error, [&] {
                     try {
                         status = operation();
