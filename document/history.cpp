@@ -42,6 +42,11 @@ constexpr const char *kNameFormat = "%019" PRIu64 "-%016" PRIx64;
 constexpr std::size_t kTimeDigits = 19;
 constexpr std::size_t kNameLength = kTimeDigits + 1 + 16;
 
+// Nothing to keep, or to list, is no error.
+OSErr UnlessMissing(OSErr status) {
+    return status == fnfErr || status == dirNFErr ? OSErr{noErr} : status;
+}
+
 struct Kept {
     std::string name;
     KeptTime time;
@@ -75,20 +80,19 @@ std::optional<Kept> ParseName(const std::string &name) {
     return Kept{name, {system_clock::time_point(replaced), *contents}};
 }
 
-// The newest first; empty for a folder that is not there.
-std::vector<Kept> ListFolder(const std::string &folder) {
+// The newest first; none for a folder that is not there.
+OSErr ListFolder(const std::string &folder, std::vector<Kept> *all) {
     std::vector<std::string> names;
-    std::vector<Kept> all;
     if (CurrentDisk().ListFolder(folder.c_str(), &names) != 0) {
-        return all;
+        return UnlessMissing(LastError());
     }
     for (const std::string &name : names) {
         if (std::optional<Kept> kept = ParseName(name)) {
-            all.push_back(std::move(*kept));
+            all->push_back(std::move(*kept));
         }
     }
-    std::ranges::sort(all, std::ranges::greater(), &Kept::name);
-    return all;
+    std::ranges::sort(*all, std::ranges::greater(), &Kept::name);
+    return noErr;
 }
 
 std::uint64_t ContentsOf(std::string_view bytes) {
@@ -165,14 +169,15 @@ std::vector<bool> ChooseKept(const std::vector<KeptTime> &kept, system_clock::ti
 OSErr ListHistory(const std::string &settings, std::vector<EarlierSettings> *history) try {
     history->clear();
     std::string folder;
-    const OSErr status = FolderFor(settings, kDontCreateFolder, &folder);
-    if (status != noErr) {
-        return status == fnfErr || status == dirNFErr ? OSErr{noErr} : status;
+    std::vector<Kept> all;
+    OSErr status = FolderFor(settings, kDontCreateFolder, &folder);
+    if (status == noErr) {
+        status = ListFolder(folder, &all);
     }
-    for (const Kept &kept : ListFolder(folder)) {
+    for (const Kept &kept : all) {
         history->push_back({JoinPath(folder, kept.name), kept.time.replaced});
     }
-    return noErr;
+    return UnlessMissing(status);
 } catch (const std::bad_alloc &) {
     return memFullErr;
 }
@@ -190,13 +195,16 @@ QBaseOwner ReadEarlierSettings(const EarlierSettings &earlier) {
 OSErr Forerunner::Prepare(const std::string &settings) try {
     OSErr status = ReadWholeFile(settings, &fBytes);
     if (status != noErr || fBytes.empty()) {
-        return status == fnfErr || status == dirNFErr ? OSErr{noErr} : status;
+        return UnlessMissing(status);
     }
+    std::vector<Kept> all;
     status = FolderFor(settings, kCreateFolder, &fFolder);
+    if (status == noErr) {
+        status = ListFolder(fFolder, &all);
+    }
     if (status != noErr) {
         return status;
     }
-    std::vector<Kept> all = ListFolder(fFolder);
     KeptTime time = {system_clock::now(), ContentsOf(fBytes)};
     if (!all.empty()) {
         const auto afterNewest = all[0].time.replaced + nanoseconds(1);

@@ -37,15 +37,21 @@ class Merger {
   public:
     explicit Merger(const MergeSides &sides)
         : fSides(sides), fOurs(RecordsByKey(sides.ours)), fTheirs(RecordsByKey(sides.theirs)),
-          fOnDisk(RecordsByKey(sides.asOnDisk)) {
+          fOnDisk(RecordsByKey(sides.asOnDisk)),
+          fMayBeOnDisk(sides.mayBeOnDisk != nullptr ? RecordsByKey(sides.mayBeOnDisk) : KeyedRecords()) {
         fResult.before = sides.before;
     }
 
     // False if out of memory.
     bool Merge() {
         for (const RecordKey &key : AllKeys()) {
-            if (BytesAt(fSides.theirs, fTheirs, key) != BytesAt(fSides.asOnDisk, fOnDisk, key) &&
-                !MergeChanged(key)) {
+            const auto theirs = BytesAt(fSides.theirs, fTheirs, key);
+            if (theirs == BytesAt(fSides.asOnDisk, fOnDisk, key)) {
+                continue;
+            }
+            if (fSides.mayBeOnDisk != nullptr && theirs == BytesAt(fSides.mayBeOnDisk, fMayBeOnDisk, key)) {
+                fResult.before[key] = Copy(Find(fSides.theirsHere, fTheirs, key)); // our own word
+            } else if (!MergeChanged(key)) {
                 return false;
             }
         }
@@ -96,7 +102,10 @@ class Merger {
         if (bytes == BytesAt(fSides.ours, fOurs, key)) {
             return true;
         }
-        if (fResult.base == nullptr && (fResult.base = CopyBase(fSides.ours)) == nullptr) {
+        if (fResult.base == nullptr) {
+            fResult.base = CopyBase(fSides.ours);
+        }
+        if (fResult.base == nullptr) {
             return false;
         }
         QBaseHandle base = fResult.base.get();
@@ -124,17 +133,10 @@ class Merger {
     KeyedRecords fOurs;
     KeyedRecords fTheirs;
     KeyedRecords fOnDisk;
+    KeyedRecords fMayBeOnDisk;
     std::vector<RecordNumber> fGone;
     MergeResult fResult;
 };
-
-// The user fields except the stamp and the block.
-auto UserFields(QBaseHandle base) {
-    QBaseRect rect = {};
-    QBaseGetUserRect(base, &rect);
-    return std::tuple(QBaseGetUserData(base), QBaseGetUserFlags(base), QBaseGetUserWord(base),
-                      QBaseGetUserMode(base), rect.top, rect.left, rect.bottom, rect.right);
-}
 
 std::string_view UserBlock(QBaseHandle base) {
     std::uint32_t size = 0;
@@ -177,14 +179,6 @@ bool CopyRecords(const BaseWithKeys &from, const BaseWithKeys &to) {
     return true;
 }
 
-bool HaveSameRecords(QBaseHandle a, QBaseHandle b) {
-    const KeyedRecords recordsOfA = RecordsByKey(a);
-    const KeyedRecords recordsOfB = RecordsByKey(b);
-    return recordsOfA.size() == recordsOfB.size() && std::ranges::all_of(recordsOfA, [&](const auto &entry) {
-               return BytesAt(b, recordsOfB, entry.first) == BytesOf(a, entry.second);
-           });
-}
-
 bool IsChangedHere(const RecordsBefore &before, QBaseHandle base, const KeyedRecords &records,
                    const RecordKey &key) {
     const auto found = before.find(key);
@@ -197,17 +191,14 @@ std::optional<MergeResult> MergeRecords(const MergeSides &sides) {
     return merger.Merge() ? std::optional(merger.Result()) : std::nullopt;
 }
 
-bool MergeUserFields(const MergeSides &sides) {
-    const std::uint32_t stamp = std::max(QBaseGetUserLong(sides.ours), QBaseGetUserLong(sides.theirs));
-    const std::string_view block = UserBlock(sides.theirs);
-    if (UserBlock(sides.ours) == UserBlock(sides.asOnDisk) &&
-        QBaseSetUserBlock(sides.ours, block.data(), static_cast<std::uint32_t>(block.size())) != noErr) {
+bool TakeUserFields(QBaseHandle theirs, QBaseHandle ours) {
+    const std::uint32_t stamp = std::max(QBaseGetUserLong(ours), QBaseGetUserLong(theirs));
+    const std::string_view block = UserBlock(theirs);
+    if (QBaseSetUserBlock(ours, block.data(), static_cast<std::uint32_t>(block.size())) != noErr) {
         return false;
     }
-    if (UserFields(sides.ours) == UserFields(sides.asOnDisk)) {
-        std::ignore = QBaseDuplicateUserFields(sides.theirs, sides.ours); // cannot fail: both hold settings
-    }
-    QBaseSetUserLong(sides.ours, stamp);
+    std::ignore = QBaseDuplicateUserFields(theirs, ours); // cannot fail: both hold settings
+    QBaseSetUserLong(ours, stamp);
     return true;
 }
 

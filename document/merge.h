@@ -11,9 +11,6 @@ namespace drevix {
 // A copy of a base including its user block; null for a null base or if out of memory.
 [[nodiscard]] QBaseOwner CopyBase(QBaseHandle base);
 
-// Whether both hold the same records, in any order.
-[[nodiscard]] bool HaveSameRecords(QBaseHandle a, QBaseHandle b);
-
 // Makes the settings records of one base those of another, whatever else that one holds. False, with the other base
 // changed in part, if out of memory.
 struct BaseWithKeys {
@@ -34,6 +31,7 @@ struct MergeSides {
     QBaseHandle ours;
     const RecordsBefore &before; // of ours
     QBaseHandle asOnDisk;        // the file when it was last read or written
+    QBaseHandle mayBeOnDisk;     // what a failed save of ours may have written since; null: none
     QBaseHandle theirs;          // the file now
     QBaseHandle theirsHere;      // the same as this program shows it; same record numbers as `theirs`
 };
@@ -45,8 +43,8 @@ struct MergeResult {
 // Merges by record; the resulting base is sorted. nullopt if out of memory.
 [[nodiscard]] std::optional<MergeResult> MergeRecords(const MergeSides &sides);
 
-// Copies user fields and user block from theirs to our base, except those changed here since `asOnDisk`;
-// keeps the higher version stamp. False, with our base unchanged, if out of memory.
-[[nodiscard]] bool MergeUserFields(const MergeSides &sides);
+// Copies user fields and user block, which nothing here changes, from theirs to our base; keeps the higher version stamp.
+// False, with our base unchanged, if out of memory.
+[[nodiscard]] bool TakeUserFields(QBaseHandle theirs, QBaseHandle ours);
 
 } // namespace drevix

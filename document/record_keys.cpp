@@ -48,6 +48,10 @@ std::string NameInKey(const AppPrefs &record) {
     return name + '\0' + std::to_string(record.application);
 }
 
+bool IsNamed(const AppPrefs &record, std::string_view name) {
+    return NameInKey(record) == name;
+}
+
 RecordKey KeyOfNth(std::string_view name, std::size_t ordinal) {
     return std::string(name) + '\0' + std::to_string(ordinal);
 }
@@ -56,7 +60,7 @@ std::vector<RecordNumber> RecordsAlike(QBaseHandle base, std::string_view name) 
     std::vector<RecordNumber> numbers;
     for (RecordNumber number = 0; number < QBaseCountRecords(base); ++number) {
         const AppPrefs *record = GetAppPrefs(base, number);
-        if (record != nullptr && NameInKey(*record) == name) {
+        if (record != nullptr && IsNamed(*record, name)) {
             numbers.push_back(number);
         }
     }

@@ -15,8 +15,9 @@ namespace drevix {
 // records alike in that are numbered by position. A record that is not settings is identified by its bytes.
 using RecordKey = std::string;
 
-// The part of a key that alike records share, and the key of the n-th of them.
+// The part of a key that alike records share, whether it is that of a record, and the key of the n-th of them.
 [[nodiscard]] std::string NameInKey(const AppPrefs &record);
+[[nodiscard]] bool IsNamed(const AppPrefs &record, std::string_view name);
 [[nodiscard]] RecordKey KeyOfNth(std::string_view name, std::size_t ordinal);
 
 // The numbers of the alike records, in the order of their ordinals.

@@ -127,13 +127,13 @@ OpenResult SettingsDocument::Open(Access access) try {
         result.status = asOnDisk != nullptr ? noErr : memFullErr;
     }
     if (result.status != noErr) {
-        if (fBase != nullptr && reading.base != nullptr) {
-            QBaseSetReadOnly(fBase.get(), QBaseGetReadOnly(reading.base.get()));
-        } else if (fBase == nullptr) {
+        if (fBase == nullptr) {
             fAccess = access;
             fBase = std::move(reading.base);
             QBaseEmpty(fBase.get());
             fAsOnDisk = NewDrevixBase();
+        } else if (reading.base != nullptr) {
+            QBaseSetReadOnly(fBase.get(), QBaseGetReadOnly(reading.base.get()));
         }
         return result;
     }
@@ -157,7 +157,8 @@ OpenResult SettingsDocument::Open(Access access) try {
 RecordNumber SettingsDocument::Store(const AppPrefs &record, RecordNumber number) try {
     fCountUnsaved.reset();
     const AppPrefs *old = GetAppPrefs(fBase.get(), number);
-    const bool isAdded = old == nullptr || NameInKey(*old) != NameInKey(record);
+    const std::string name = NameInKey(record);
+    const bool isAdded = old == nullptr || !IsNamed(*old, name);
     if (old != nullptr) {
         NoteAlike(*old, false);
     }
@@ -176,7 +177,7 @@ bool SettingsDocument::Replace(RecordNumber number, const AppPrefs &record) try 
         return false;
     }
     NoteAlike(*old, false);
-    if (NameInKey(*old) != NameInKey(record)) {
+    if (!IsNamed(*old, NameInKey(record))) {
         NoteAlike(record, true);
     }
     return QBaseReplaceRecord(fBase.get(), number, &record, sizeof record) != kNoRecord;
@@ -301,7 +302,7 @@ std::vector<UnsavedRecord> SettingsDocument::Unsaved() const try {
 }
 
 bool SettingsDocument::IsSaved() const {
-    return !fHasMore && CountUnsaved() == 0;
+    return !fHasMore && fMayBeOnDisk == nullptr && CountUnsaved() == 0;
 }
 
 bool SettingsDocument::IsReadOnly() const {
@@ -332,25 +333,23 @@ OutsideChanges SettingsDocument::TakeOutsideChanges() try {
 
 // Merges another program's changes from a usable file. False, with nothing changed, if out of memory.
 bool SettingsDocument::Merge(Reading &theirs, OutsideChanges *outside) {
-    if (fMayBeOnDisk != nullptr && HaveSameRecords(fMayBeOnDisk.get(), theirs.base.get())) {
-        fAsOnDisk = std::move(fMayBeOnDisk);
+    QBaseOwner theirsHere = CopyBase(theirs.base.get());
+    KorvaneResults companion = {};
+    if (theirsHere != nullptr && Owner() == Ownership::UsersOwn) {
+        SyncFromKorvane(theirsHere.get(), &companion);
     }
-    QBaseOwner theirsHere;
-    if (Owner() == Ownership::UsersOwn) {
-        theirsHere = CopyBase(theirs.base.get());
-        if (theirsHere == nullptr) {
-            return false;
-        }
-        SyncFromKorvane(theirsHere.get());
+    const bool isRead =
+        std::ranges::find(companion, KorvaneFileState::NotRead, &KorvaneFileResult::state) == companion.end();
+    if (theirsHere == nullptr || !isRead) {
+        return false;
     }
-    MergeSides sides = {fBase.get(), fBeforeEdits, fAsOnDisk.get(), theirs.base.get(),
-                        theirsHere != nullptr ? theirsHere.get() : theirs.base.get()};
+    const MergeSides sides = {fBase.get(),        fBeforeEdits,      fAsOnDisk.get(),
+                              fMayBeOnDisk.get(), theirs.base.get(), theirsHere.get()};
     std::optional<MergeResult> merged = MergeRecords(sides);
     if (!merged) {
         return false;
     }
-    sides.ours = merged->base != nullptr ? merged->base.get() : fBase.get();
-    if (!MergeUserFields(sides)) {
+    if (!TakeUserFields(theirs.base.get(), merged->base != nullptr ? merged->base.get() : fBase.get())) {
         return false;
     }
     if (merged->base != nullptr) {
@@ -366,9 +365,7 @@ bool SettingsDocument::Merge(Reading &theirs, OutsideChanges *outside) {
     fIsSettled = theirs.isSettled;
     QBaseSetReadOnly(fBase.get(), false);
     *outside = std::move(merged->outside);
-    if (IsLogged("document")) {
-        Log("document", "merged, conflicts: " + std::to_string(outside->conflicts.size()));
-    }
+    LogStep("document", outside->conflicts.empty() ? "merged" : "merged with conflicts", fPath, noErr);
     return true;
 }
 
@@ -376,6 +373,34 @@ void SettingsDocument::TakeCompanionChanges() {
     fCountUnsaved.reset();
     if (Owner() == Ownership::UsersOwn) {
         SyncFromKorvane(fBase.get(), &fCompanion);
+        TakeCompanionChangesBeforeEdits();
+    }
+}
+
+// What the companion changes is no edit: the records as they were before the edits get it too. They are looked for where
+// those of the base are. Without memory they stay, and too much counts as unsaved.
+void SettingsDocument::TakeCompanionChangesBeforeEdits() {
+    const QBaseOwner base = fBeforeEdits.empty() ? nullptr : CopyBase(fBase.get());
+    if (base == nullptr) {
+        return;
+    }
+    const KeyedRecords records = RecordsByKey(base.get());
+    std::vector<std::pair<AppPrefs *, RecordNumber>> before;
+    for (auto &[key, record] : fBeforeEdits) {
+        if (record) {
+            const auto here = records.find(key);
+            const RecordNumber number =
+                here == records.end()
+                    ? QBaseAddRecord(base.get(), &*record, sizeof *record)
+                    : QBaseReplaceRecord(base.get(), here->second, &*record, sizeof *record);
+            before.emplace_back(&*record, number);
+        }
+    }
+    SyncFromKorvane(base.get());
+    for (const auto &[record, number] : before) {
+        if (const AppPrefs *synced = GetAppPrefs(base.get(), number)) {
+            *record = *synced;
+        }
     }
 }
 
@@ -383,31 +408,34 @@ OSErr SettingsDocument::Lock(std::chrono::milliseconds wait) {
     return fLock.Acquire(kLockName, wait);
 }
 
-SaveResult SettingsDocument::Save(std::chrono::milliseconds wait) try {
+SaveResult SettingsDocument::Save(std::chrono::milliseconds wait) {
     SaveResult result;
+    result.status = TrySave(wait, &result);
+    result.replacedDamaged = result.replacedDamaged && result.status == noErr;
+    return result;
+}
+
+// Even where memory is out, the result says what was done before that.
+OSErr SettingsDocument::TrySave(std::chrono::milliseconds wait, SaveResult *result) try {
     if (fBase == nullptr || fAccess != Access::Change) {
-        result.status = fBase == nullptr ? memFullErr : wrPermErr;
-        return result;
+        return fBase == nullptr ? memFullErr : wrPermErr;
     }
     const LockForNow lock(fLock);
-    result.status = Lock(wait);
-    if (result.status == noErr) {
-        result.status = MakePlace();
+    OSErr status = Lock(wait);
+    if (status == noErr) {
+        status = MakePlace();
     }
-    if (result.status == noErr) {
-        result.status = LookBeforeSave(&result);
+    if (status == noErr) {
+        status = LookBeforeSave(result);
     }
-    if (result.status == noErr) {
-        result.wasTried = true;
-        result.status = Write(&result.history);
+    if (status == noErr) {
+        result->wasTried = true;
+        status = Write(&result->history);
     }
-    result.replacedDamaged = result.replacedDamaged && result.status == noErr;
-    LogStep("document", "saved", fPath, result.status);
-    return result;
+    LogStep("document", "saved", fPath, status);
+    return status;
 } catch (const std::bad_alloc &) {
-    SaveResult result;
-    result.status = memFullErr;
-    return result;
+    return memFullErr;
 }
 
 // Merges outside changes and makes sure that the file may be replaced.

@@ -122,7 +122,8 @@ class SettingsDocument {
     [[nodiscard]] int CountUnsaved() const;
     // Those records; none if out of memory.
     [[nodiscard]] std::vector<UnsavedRecord> Unsaved() const;
-    // Whether the file matches the base. False after an edit, or if reading added factory records.
+    // Whether the file matches the base. False after an edit, if reading added factory records, or until it is known what
+    // a failed save has written.
     [[nodiscard]] bool IsSaved() const;
     // Whether the file must not be replaced: it could not be read, or is damaged and could not be copied
     // aside. A save checks again, and fails with the reason if that is still so.
@@ -171,9 +172,11 @@ class SettingsDocument {
     Reading Read(RefusedFile refused) const;
     [[nodiscard]] bool MayHaveChanged() const;
     bool Merge(Reading &theirs, OutsideChanges *outside);
+    OSErr TrySave(std::chrono::milliseconds wait, SaveResult *result);
     OSErr LookBeforeSave(SaveResult *result);
     OSErr Write(OSErr *history);
     void NoteAlike(const AppPrefs &record, bool isAdded);
+    void TakeCompanionChangesBeforeEdits();
 
     FSRef fResources;
     std::uint32_t fVersion;

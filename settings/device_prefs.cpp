@@ -238,7 +238,7 @@ OSErr SaveDevicePrefs(QBaseHandle base, StringPtr fileName, OSType /*fileType*/,
 }
 
 OSErr SaveDevicePrefsToPath(QBaseHandle base, const std::string &path, const std::string &keepOldAs,
-                            OSErr *oldKept) {
+                            OSErr *oldKept) try {
     if (base == nullptr || path.empty()) {
         return noErr;
     }
@@ -250,10 +250,10 @@ OSErr SaveDevicePrefsToPath(QBaseHandle base, const std::string &path, const std
     FileUpdate update;
     OSErr status = update.Open(path, UpdateMethod::Replace, kPrivateFile);
     if (status == noErr) {
+        update.KeepOldAs(keepOldAs); // the last that may throw, before anything is marked as written
         status = QBaseWrite(base, update.File(), true, true);
     }
     if (status == noErr) {
-        update.KeepOldAs(keepOldAs);
         status = update.Commit();
     }
     if (oldKept != nullptr) {
@@ -264,6 +264,8 @@ OSErr SaveDevicePrefsToPath(QBaseHandle base, const std::string &path, const std
         QBaseSetUserFieldsChanged(base, userFieldsChanged);
     }
     return status;
+} catch (const std::bad_alloc &) {
+    return memFullErr;
 }
 
 OSErr FindDevicePrefsPath(std::string *path) try {

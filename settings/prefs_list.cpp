@@ -66,6 +66,12 @@ bool HasName(const AppPrefs *prefs, ConstStringPtr appFileName) {
     return prefs != nullptr && PStringCmp(prefs->appFileName.data(), appFileName) == 0;
 }
 
+// Whether the text is its signature, or that as a number.
+bool HasSignature(const AppPrefs &prefs, std::string_view text) {
+    const std::string number = std::to_string(OSType{prefs.application});
+    return number == text || SignatureText(prefs.application) == text;
+}
+
 // How well a record matches `former`; 0: not at all.
 int LikenessOf(const AppPrefs *prefs, const AppPrefs &former) {
     if (!HasName(prefs, former.appFileName.data())) {
@@ -102,8 +108,7 @@ RecordNumber FindByNameAndSignature(QBaseHandle base, std::string_view text) {
     const Str63 name = FileNameOf(text.substr(0, colon));
     const std::string_view signature = text.substr(colon + 1);
     return FindIf(base, [&](const AppPrefs *prefs) {
-        return HasName(prefs, name.data()) && (SignatureText(prefs->application) == signature ||
-                                               std::to_string(OSType{prefs->application}) == signature);
+        return HasName(prefs, name.data()) && HasSignature(*prefs, signature);
     });
 }
 

@@ -125,7 +125,10 @@ void XmlTreeReader::AddDefault(XmlCharacters element, XmlCharacters attribute, X
 
 // A recovering parser may continue in the middle of a character.
 std::string XmlTreeReader::Mended(std::string_view text) const {
-    return fReading == XmlReading::Recovering && !text.empty() ? MendUtf8(text) : std::string(text);
+    if (fReading == XmlReading::Recovering) {
+        return MendUtf8(text);
+    }
+    return std::string(text);
 }
 
 void XmlTreeReader::AddAttribute(XmlNode &node, std::string_view name, std::string_view value) const {

@@ -68,13 +68,15 @@ std::string EncodingOf(std::string_view &bytes) {
             return std::string(row.encoding);
         }
     }
-    const std::string name = DeclaredEncoding(bytes);
+    std::string name = DeclaredEncoding(bytes);
     const std::string small = SmallLetters(name);
     if (std::ranges::find(kMacRomanNames, small) != kMacRomanNames.end()) {
         return std::string(kMacRoman);
     }
-    // A text of single bytes cannot be UTF-16.
-    return name.empty() || small.starts_with("utf-16") ? "UTF-8" : name;
+    if (name.empty() || small.starts_with("utf-16")) { // a text of single bytes cannot be that
+        return "UTF-8";
+    }
+    return name;
 }
 
 std::string TextOfMacRoman(std::string_view bytes) {

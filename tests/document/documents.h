@@ -62,6 +62,7 @@ inline const std::string &Made(const std::string &state, const std::string &leaf
         const SettingsFolder folder;
         folder.WriteDefaults({RecordFromText("global=9"), RecordFromText("factory=9")});
         const QBaseOwner base = MakeBase({}, kPanelVersion);
+        EXPECT_EQ(QBaseSetUserBlock(base.get(), "block", 5), noErr);
         for (const AppPrefs &record : RecordsFromText(state)) {
             EXPECT_NE(QBaseAddRecord(base.get(), &record, sizeof record), kNoRecord);
         }
@@ -83,10 +84,11 @@ struct DocumentFolder : SettingsFolder {
     void WriteState(const std::string &state, const std::string &to = {}) const {
         WriteWhole(to.empty() ? file : to, Made(state, "settings"));
     }
-    [[nodiscard]] std::string State() const {
+    [[nodiscard]] std::string State(const std::string &of = {}) const {
         const QBaseOwner base = NewDrevixBase();
         DevicePrefsFile found;
-        std::ignore = ReadDevicePrefs(base.get(), file, {}, 0, RefusedFile::LeaveAlone, &found);
+        std::ignore =
+            ReadDevicePrefs(base.get(), of.empty() ? file : of, {}, 0, RefusedFile::LeaveAlone, &found);
         return found.status == noErr ? TextOfBase(base.get()) : "status " + std::to_string(found.status);
     }
 };

@@ -36,10 +36,19 @@ TEST(History, EachSave_KeepsWhatItReplaces) {
     EXPECT_EQ(document.Save(kLongWait).status, noErr);
     EXPECT_EQ(StatesBefore(folder), States{"a=1 global=1"})
         << "a save that changes nothing has no forerunner";
+    std::vector<EarlierSettings> history; // what else lies there is neither listed nor removed
+    EXPECT_EQ(ListHistory(folder.file, &history), noErr);
+    const fs::path kept = history.at(0).path;
+    const std::string name = kept.filename();
+    for (const std::string &other : {std::string("notes"), name + "0", name.substr(0, 35) + "x",
+                                     "x" + name.substr(1), name.substr(0, 19) + "_" + name.substr(20)}) {
+        WriteWhole(kept.parent_path() / other, "other");
+    }
     folder.WriteState("a=2 b=7 global=1"); // another program
     EXPECT_TRUE(document.Put("a=3"));
     EXPECT_EQ(document.Save(kLongWait).status, noErr);
     EXPECT_EQ(StatesBefore(folder), (States{"a=2 b=7 global=1", "a=1 global=1"}));
+    EXPECT_EQ(ScratchFolder::Names(kept.parent_path()).size(), 7U);
 }
 
 // What loses against a change made here is not lost.
@@ -175,13 +184,16 @@ TEST(RecordChanges, AreNamedByRecordAndKey) {
     ASSERT_EQ(global.application, kGlobalSignature);
     global.device[0].action[19].command = 12;
     global.device[0].useSeparateNavSens = 1;
+    GetAppPrefs(after.get(), 1)->active = 0;
+    GetAppPrefs(after.get(), 1)->appName = {2, 'B', '!'};
+    ASSERT_NE(QBaseAddRecord(after.get(), "no settings", 11), kNoRecord);
     const std::vector<RecordChange> changes = ChangesBetween(before.get(), after.get());
     ASSERT_EQ(changes.size(), 4U);
     using Keys = std::vector<std::string_view>;
     EXPECT_EQ(changes[0].fileName, "");
     EXPECT_EQ(changes[0].keys, (Keys{"buttonII", "ringSensitivitySeparate"}));
     EXPECT_EQ(changes[1].fileName, "b");
-    EXPECT_EQ(changes[1].keys, Keys{"ringSpeed"});
+    EXPECT_EQ(changes[1].keys, (Keys{"configName", "active", "ringSpeed"}));
     EXPECT_EQ(changes[2].kind, ChangeKind::Added);
     EXPECT_EQ(changes[3].kind, ChangeKind::Removed);
     EXPECT_EQ(changes[3].fileName, "c");

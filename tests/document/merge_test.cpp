@@ -2,43 +2,10 @@
 #include "tests/document/documents.h"
 #include "tests/support/testing.h"
 
+#include <random>
+
 namespace drevix::test {
 namespace {
-
-struct MergeRow {
-    const char *opened;
-    const char *here; // after edits
-    const char *disk; // after another program's
-    const char *merged;
-    const char *conflicts; // the records' names, "*" for the global one
-    int unsaved;           // records, after the merge
-};
-constexpr auto kMerges = std::to_array<MergeRow>({
-    {"a=1 b=1 global=1", "a=1 b=1 global=1", "a=2 global=1 n=1", "a=2 global=1 n=1", "", 0},
-    {"a=1 b=1 global=1", "a=2 b=1 global=1", "a=1 b=2 global=1", "a=2 b=2 global=1", "", 1},
-    {"a=1 global=1", "a=2 global=1", "a=1 global=2 n=1", "a=2 global=2 n=1", "", 1},
-    {"a=1 b=1 global=1", "b=1 global=1", "a=1 global=1", "global=1", "", 1},
-    {"global=1", "global=1 n=1", "global=1 m=1", "global=1 m=1 n=1", "", 1},
-    // Both the same.
-    {"a=1 global=1", "a=2 global=1", "a=2 global=1", "a=2 global=1", "", 0},
-    {"a=1 global=1", "global=1", "global=1", "global=1", "", 0},
-    {"global=1", "global=1 n=1", "global=1 n=1", "global=1 n=1", "", 0},
-    // An edit that was taken back is none.
-    {"a=1 global=1", "a=1 global=1", "a=3 global=1", "a=3 global=1", "", 0},
-    // Both, but not the same.
-    {"a=1 global=1", "a=2 global=1", "a=3 global=1", "a=2 global=1", "a", 1},
-    {"a=1 global=1", "global=1", "a=3 global=1", "global=1", "a", 1},
-    {"a=1 global=1", "a=2 global=1", "global=1", "a=2 global=1", "a", 1},
-    {"global=1", "global=1 n=1", "global=1 n=2", "global=1 n=1", "n", 1},
-    {"a=1 global=1", "a=1 global=2", "a=1 global=3", "a=1 global=2", "*", 1},
-    {"a=1 b=1 global=1", "a=2 b=2 global=1", "a=3 b=1 global=3", "a=2 b=2 global=3", "a", 2},
-    // Several of one name; letter case does not tell names apart.
-    {"a/X=1 a/Y=1 global=1", "a/X=2 a/Y=1 global=1", "a/X=1 a/Y=2 global=1", "a/X=2 a/Y=2 global=1", "", 1},
-    {"a/X=1 a/Y=1 global=1", "a/Y=1 global=1", "a/X=1 a/Y=1 b=1 global=1", "a/Y=1 b=1 global=1", "", 1},
-    {"a/X=1 global=1", "a/X=1 a/Y=1 global=1", "a/X=2 global=1", "a/X=2 a/Y=1 global=1", "", 1},
-    {"a/Y=1 global=1", "a/Y=2 global=1", "a/X=1 a/Y=1 global=1", "a/X=1 a/Y=2 global=1", "", 1},
-    {"global=1", "global=1 n=1", "N=2 global=1", "global=1 n=1", "n", 1},
-});
 
 std::string NamesOf(const std::vector<RecordConflict> &conflicts) {
     std::string names;
@@ -48,38 +15,85 @@ std::string NamesOf(const std::vector<RecordConflict> &conflicts) {
     return names;
 }
 
-// Settings written by one program were once written over by another that had them open.
-TEST(SettingsDocument, ChangesOnBothSides_AreMergedByRecord) {
-    for (const MergeRow &row : kMerges) {
-        for (const bool looksFirst : {true, false}) {
-            SCOPED_TRACE(std::string(row.here) + " | " + row.disk + (looksFirst ? " looked at" : " saved"));
-            const DocumentFolder folder(row.opened);
-            OpenDocument document(folder);
-            ASSERT_EQ(document.State(), row.opened);
-            document.Edit(row.here);
-            folder.WriteState(row.disk);
-            OutsideChanges outside;
-            if (looksFirst) {
-                outside = document.TakeOutsideChanges();
-                EXPECT_EQ(document.State(), row.merged);
-                EXPECT_EQ(document.CountUnsaved(), row.unsaved);
-                EXPECT_EQ(document.IsSaved(), row.unsaved == 0);
-                EXPECT_TRUE(IsGlobalPrefs(GetAppPrefs(document.Base(), 0))) << "not sorted";
-            }
-            const SaveResult saved = document.Save(kLongWait);
-            EXPECT_EQ(saved.status, noErr);
-            if (looksFirst) { // each is told once
-                EXPECT_FALSE(saved.outside.cameIn);
-                EXPECT_EQ(NamesOf(saved.outside.conflicts), "");
-            } else {
-                outside = saved.outside;
-            }
-            EXPECT_EQ(NamesOf(outside.conflicts), row.conflicts);
-            EXPECT_EQ(outside.cameIn, std::string(row.here) != row.merged);
-            EXPECT_EQ(folder.State(), row.merged);
-            EXPECT_TRUE(document.IsSaved());
-            EXPECT_FALSE(document.TakeOutsideChanges().cameIn) << "its own save is taken for another's";
+// Settings written by one program were once written over by another that had them open. Each record goes by itself: a
+// change on one side is taken, and of two that differ the one here stays and is told, once.
+TEST(SettingsDocument, RandomChangesOnBothSides_AreMergedByRecord) {
+    using State = std::map<std::string, int>; // values by name; 0: no such record
+    const auto text = [](const State &state) {
+        std::string words;
+        for (const auto &[name, value] : state) {
+            words += value == 0 ? "" : (words.empty() ? "" : " ") + name + "=" + std::to_string(value);
         }
+        return words;
+    };
+    std::mt19937 random(1);
+    State here = {{"a", 1}, {"b", 1}, {"c", 0}, {"global", 1}};
+    State disk = here;
+    State before = here; // as both sides last had it
+    const DocumentFolder folder(text(here));
+    OpenDocument document(folder);
+    for (int round = 0; round < 300; ++round) {
+        for (State *side : {&here, &disk}) {
+            for (auto &[name, value] : *side) {
+                value =
+                    random() % 3 == 0 ? static_cast<int>(random() % 3) + (name == "global" ? 1 : 0) : value;
+            }
+        }
+        SCOPED_TRACE(text(before) + ": " + text(here) + " | " + text(disk));
+        document.Edit(text(here));
+        folder.WriteState(text(disk));
+        std::string conflicts;
+        const State edited = here;
+        for (const auto &[name, there] : disk) {
+            int &ours = here[name];
+            int &old = before[name];
+            const bool isTaken = there == old || ours == old || ours == there;
+            conflicts = isTaken ? conflicts : name == "global" ? "*" + conflicts : conflicts + name;
+            ours = there != old && ours == old ? there : ours;
+            old = there;
+        }
+        const bool isSave = random() % 2 == 0;
+        const OutsideChanges outside =
+            isSave ? document.Save(kLongWait).outside : document.TakeOutsideChanges();
+        disk = before = isSave ? here : disk;
+        EXPECT_EQ(document.State(), text(here));
+        EXPECT_EQ(folder.State(), text(disk));
+        EXPECT_EQ(NamesOf(outside.conflicts), conflicts);
+        EXPECT_EQ(outside.cameIn, here != edited);
+        EXPECT_EQ(document.IsSaved(), here == before);
+        EXPECT_EQ(document.CountUnsaved(), std::ranges::count_if(here, [&](const auto &record) {
+                      return before[record.first] != record.second;
+                  }));
+        EXPECT_TRUE(IsGlobalPrefs(GetAppPrefs(document.Base(), 0))) << "not sorted";
+        const OutsideChanges again = document.TakeOutsideChanges();
+        EXPECT_TRUE(!again.cameIn && again.conflicts.empty()) << "told twice, or its own save is another's";
+    }
+}
+
+// Several of one name; letter case does not tell names apart.
+TEST(SettingsDocument, RecordsAlike_AreToldApart) {
+    struct Row {
+        const char *opened;
+        const char *here; // after edits
+        const char *disk; // after another program's
+        const char *merged;
+        const char *conflicts;
+    };
+    for (const Row &row : std::initializer_list<Row>{
+             {"a/X=1 a/Y=1 global=1", "a/X=2 a/Y=1 global=1", "a/X=1 a/Y=2 global=1", "a/X=2 a/Y=2 global=1",
+              ""},
+             {"a/X=1 a/Y=1 global=1", "a/Y=1 global=1", "a/X=1 a/Y=1 b=1 global=1", "a/Y=1 b=1 global=1", ""},
+             {"a/X=1 global=1", "a/X=1 a/Y=1 global=1", "a/X=2 global=1", "a/X=2 a/Y=1 global=1", ""},
+             {"a/Y=1 global=1", "a/Y=2 global=1", "a/X=1 a/Y=1 global=1", "a/X=1 a/Y=2 global=1", ""},
+             {"global=1", "global=1 n=1", "N=2 global=1", "global=1 n=1", "n"},
+         }) {
+        SCOPED_TRACE(std::string(row.here) + " | " + row.disk);
+        const DocumentFolder folder(row.opened);
+        OpenDocument document(folder);
+        document.Edit(row.here);
+        folder.WriteState(row.disk);
+        EXPECT_EQ(NamesOf(document.Save(kLongWait).outside.conflicts), row.conflicts);
+        EXPECT_EQ(folder.State(), row.merged);
     }
 }
 
@@ -99,10 +113,11 @@ TEST(SettingsDocument, Conflict_TellsBothRecords) {
     EXPECT_EQ(NamesOf(document.TakeOutsideChanges().conflicts), "a");
 }
 
-TEST(SettingsDocument, UserFields_ComeFromTheFileAndTheStampStays) {
+TEST(SettingsDocument, UserFieldsAndForeignRecords_ComeFromTheFileAndTheStampStays) {
     const DocumentFolder folder("global=1");
     OpenDocument document(folder);
     const QBaseOwner other = MakeBase({RecordFromText("global=1")}, kPanelVersion - 1);
+    EXPECT_NE(QBaseAddRecord(other.get(), "no settings", 11), kNoRecord);
     QBaseSetUserWord(other.get(), 7);
     ASSERT_EQ(QBaseSetUserBlock(other.get(), "block", 5), noErr);
     ASSERT_EQ(SaveDevicePrefsToPath(other.get(), folder.file), noErr);
@@ -113,6 +128,11 @@ TEST(SettingsDocument, UserFields_ComeFromTheFileAndTheStampStays) {
     EXPECT_EQ(QBaseGetUserLong(saved.Base()), kPanelVersion);
     EXPECT_NE(QBaseGetUserBlock(saved.Base(), &size), nullptr);
     EXPECT_EQ(size, 5U);
+    EXPECT_EQ(TextOfBase(saved.Base()), "? factory=9 global=1");
+    const QBaseOwner earlier = MakeBase({RecordFromText("a=1")});
+    EXPECT_NE(QBaseAddRecord(earlier.get(), "another", 7), kNoRecord);
+    EXPECT_TRUE(document.TakeAll(earlier.get()));
+    EXPECT_EQ(document.State(), "? a=1") << "of an earlier base settings are taken";
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 // The life of a settings file: opened, edited, saved, while it is damaged or fails.
 #include "document/history.h"
+#include "document/record_changes.h"
 #include "tests/companion/companion_folder.h"
 #include "tests/document/documents.h"
 #include "tests/support/failing_new.h"
@@ -197,78 +198,154 @@ TEST(SettingsDocument, FileThatIsAsItWas_IsNotReadAgain) {
     EXPECT_GT(disk.reads, before);
 }
 
-TEST(SettingsDocument, OutsideChangesThatMetNoMemory_AreTakenTheNextTime) {
-    ForEachFault(1, [](int failAt, Lasts lasts) {
-        const DocumentFolder folder("a=1 global=1");
-        OpenDocument document(folder);
-        folder.WriteState("a=2 global=1");
-        const bool wasHit = MeetsFault(failAt, lasts, ENOMEM, [&] { document.TakeOutsideChanges(); });
-        document.TakeOutsideChanges();
-        EXPECT_EQ(document.State(), "a=2 global=1") << failAt;
-        return wasHit;
-    });
+// Each operation is done, or nothing has changed and it can be done again.
+TEST(SettingsDocument, OperationsWithEveryFault_AreDoneOrNot) {
+    const AppPrefs a = RecordFromText("a=1");
+    const std::string asked = "a=1 b=2 b=9 cut=1 global=1 global=1 x=1";
+    const auto withEarlier = [](OpenDocument &it, const std::function<bool(QBaseHandle)> &use) {
+        std::vector<EarlierSettings> history;
+        const OSErr status = ListHistory(it.Path(), &history);
+        const QBaseOwner base =
+            status == noErr && !history.empty() ? ReadEarlierSettings(history[0]) : nullptr;
+        return base != nullptr && use(base.get());
+    };
+    const std::vector<std::pair<std::string, std::function<bool(OpenDocument &)>>> operations = {
+        {"add", [](OpenDocument &it) { return it.Put("n=1"); }},
+        {"store", [](OpenDocument &it) { return it.Put("a=5"); }},
+        {"replace", [&](OpenDocument &it) { return it.Replace(it.Find(a), RecordFromText("n=5")); }},
+        {"remove", [&](OpenDocument &it) { return it.Remove(it.Find(a)); }},
+        {"take one", [](OpenDocument &it) { return it.TakeOne(RecordFromText("a=7")); }},
+        {"take all",
+         [&](OpenDocument &it) { return withEarlier(it, [&](QBaseHandle old) { return it.TakeAll(old); }); }},
+        {"take others'", [](OpenDocument &it) { return it.TakeOutsideChanges().cameIn; }},
+        {"ask",
+         [](OpenDocument &it) {
+             EXPECT_TRUE(it.IsUnsaved(RecordFromText("b=2")) && it.CountUnsaved() > 0);
+             return it.Unsaved().size() == 1 && !it.IsUnsaved(RecordFromText("a=1"));
+         }},
+        {"items",
+         [&](OpenDocument &it) {
+             const QBaseOwner records = it.RecordsWithItems();
+             EXPECT_TRUE(records == nullptr || TextOfBase(records.get()) == asked);
+             return records != nullptr;
+         }},
+        {"compare",
+         [&](OpenDocument &it) {
+             return withEarlier(it,
+                                [&](QBaseHandle old) { return ChangesBetween(old, it.Base()).size() == 3; });
+         }},
+    };
+    for (const auto &[name, operation] : operations) {
+        std::string after;
+        for (const int error : {EIO, ENOMEM, kOfNew}) {
+            ForEachFault(0, [&, name = name, &operation = operation](int failAt, Lasts lasts) {
+                SCOPED_TRACE(name + " " + std::to_string(error) + " at " + std::to_string(failAt));
+                const DocumentFolder folder("b=9 global=1 x=1");
+                OpenDocument document(folder);
+                document.Edit("a=1 b=1 global=1");
+                EXPECT_EQ(document.Save(kNoWait).status, noErr);
+                EXPECT_TRUE(document.Put("b=2"));
+                folder.WriteState("cut=1 lost=1", folder.file + kRefusedSuffix);
+                std::filesystem::resize_file(folder.file + kRefusedSuffix,
+                                             std::filesystem::file_size(folder.file + kRefusedSuffix) - 2);
+                if (name == "take others'") {
+                    folder.WriteState("a=8 b=1 global=1");
+                }
+                const std::string before = document.State();
+                bool isDone = false;
+                const bool wasHit = MeetsFaultOrNew(failAt, lasts, error, [&] {
+                    try {
+                        isDone = operation(document);
+                    } catch (const std::bad_alloc &) { // of what this test makes
+                    }
+                });
+                EXPECT_TRUE(wasHit || isDone);
+                if (!isDone) {
+                    EXPECT_EQ(document.State(), before);
+                    EXPECT_EQ(document.CountUnsaved(), 1);
+                    EXPECT_TRUE(operation(document));
+                }
+                after = after.empty() ? document.State() : after;
+                EXPECT_EQ(document.State(), after);
+                return wasHit;
+            });
+        }
+    }
 }
 
-// Every step of opening or saving fails in turn, while another program has changed a record too.
+// Every step of opening or saving fails in turn, while another program has changed a record too. Of a save that failed
+// after it had written, an edit that was taken back then was once lost, and with it what the save had taken in.
 TEST(SettingsDocument, SaveWithEveryFault_KeepsEditsAndFile) {
+    const auto isKept = [](int error, int failAt, Lasts lasts, const std::string &next) {
+        SCOPED_TRACE(std::to_string(error) + " at " + std::to_string(failAt) + ", then " + next);
+        const DocumentFolder folder("a=1 b=1 global=1");
+        OpenDocument document(folder);
+        EXPECT_TRUE(document.Put("a=2"));
+        folder.WriteState("a=1 b=2 global=1");
+        SaveResult result;
+        const bool wasHit = MeetsFaultOrNew(failAt, lasts, error, [&] { result = document.Save(kNoWait); });
+        const std::string now = folder.State();
+        EXPECT_TRUE(now == "a=2 b=2 global=1" || (result.status != noErr && now == "a=1 b=2 global=1"))
+            << now;
+        EXPECT_EQ(document.IsSaved(), result.status == noErr);
+        EXPECT_EQ(QBaseGetRecordsChanged(document.Base()), result.status != noErr);
+        EXPECT_EQ(result.outside.cameIn, document.State() == "a=2 b=2 global=1");
+        std::vector<EarlierSettings> history;
+        EXPECT_EQ(ListHistory(folder.file, &history), noErr);
+        for (const EarlierSettings &earlier : history) {
+            EXPECT_EQ(TextOfBase(ReadEarlierSettings(earlier).get()), "a=1 b=2 global=1");
+        }
+        EXPECT_EQ(OpenFileCount(), 0);
+        EXPECT_TRUE(document.Put(next));
+        EXPECT_TRUE(!document.IsSaved() || folder.State().starts_with(next));
+        EXPECT_TRUE(document.TakeOutsideChanges().conflicts.empty())
+            << "its own words are taken for another's";
+        EXPECT_EQ(document.IsSaved(), folder.State() == document.State());
+        EXPECT_EQ(document.Save(kNoWait).status, noErr);
+        EXPECT_EQ(folder.State(), next + " b=2 global=1");
+        EXPECT_EQ(ScratchFolder::Names(folder.Path()).size(), 4U) << "something is left behind";
+        return wasHit;
+    };
     for (const int error : {ENOSPC, EIO, ENOMEM, kOfNew}) {
-        ForEachFault(1, [&](int failAt, Lasts lasts) {
-            SCOPED_TRACE(std::to_string(error) + " at " + std::to_string(failAt));
-            const DocumentFolder folder("a=1 b=1 global=1");
-            OpenDocument document(folder);
-            EXPECT_TRUE(document.Put("a=2"));
-            folder.WriteState("a=1 b=2 global=1");
-            SaveResult result;
-            const bool wasHit =
-                MeetsFaultOrNew(failAt, lasts, error, [&] { result = document.Save(kNoWait); });
-            const std::string now = folder.State();
-            EXPECT_TRUE(now == "a=2 b=2 global=1" || (result.status != noErr && now == "a=1 b=2 global=1"))
-                << now;
-            EXPECT_EQ(document.IsSaved(), result.status == noErr);
-            EXPECT_TRUE(error == kOfNew ||
-                        QBaseGetRecordsChanged(document.Base()) == (result.status != noErr));
-            std::vector<EarlierSettings> history;
-            EXPECT_EQ(ListHistory(folder.file, &history), noErr);
-            for (const EarlierSettings &earlier : history) {
-                EXPECT_EQ(TextOfBase(ReadEarlierSettings(earlier).get()), "a=1 b=2 global=1");
-            }
-            EXPECT_EQ(OpenFileCount(), 0);
-            EXPECT_TRUE(document.Put("a=3"));
-            const SaveResult second = document.Save(kNoWait);
-            EXPECT_EQ(second.status, noErr);
-            EXPECT_TRUE(second.outside.conflicts.empty()) << "its own words are taken for another's";
-            EXPECT_EQ(folder.State(), "a=3 b=2 global=1");
-            EXPECT_EQ(ScratchFolder::Names(folder.Path()).size(), 4U) << "something is left behind";
-            return wasHit;
-        });
+        for (const char *next : {"a=3", "a=1"}) {
+            ForEachFault(1, [&](int failAt, Lasts lasts) { return isKept(error, failAt, lasts, next); });
+        }
     }
 }
 
 TEST(SettingsDocument, OpenWithEveryFault_LosesNothingInASave) {
+    const ScopedVariable noBus("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent");
     int emptied = 0;
+    const auto isKept = [&](int error, int failAt, Lasts lasts, bool isDamaged, bool isOpen) {
+        SCOPED_TRACE(std::to_string(error) + " at " + std::to_string(failAt));
+        const DocumentFolder folder("");
+        folder.WriteState("a=1 global=1", folder.path);
+        if (isDamaged) {
+            WriteWhole(folder.path, "damaged");
+        }
+        SettingsDocument document(folder.resources, kPanelVersion);
+        if (isOpen) {
+            EXPECT_EQ(document.Open(Access::Change).status, noErr);
+        }
+        OpenResult opened;
+        const bool wasHit =
+            MeetsFaultOrNew(failAt, lasts, error, [&] { opened = document.Open(Access::Change); });
+        emptied += opened.status != noErr && document.Base() != nullptr && !isOpen ? 1 : 0;
+        document.TakeOutsideChanges();
+        EXPECT_EQ(document.Save(kNoWait).status, document.Base() != nullptr ? noErr : memFullErr);
+        EXPECT_TRUE(isDamaged && document.Base() != nullptr
+                        ? ReadWhole(folder.kept) == "damaged"
+                        : isDamaged || folder.State(folder.path).starts_with("a=1 "))
+            << folder.State(folder.path);
+        return wasHit;
+    };
     for (const int error : {EIO, EACCES, ENOMEM, kOfNew}) {
         for (const bool isDamaged : {false, true}) {
-            ForEachFault(1, [&](int failAt, Lasts lasts) {
-                SCOPED_TRACE(std::to_string(error) + " at " + std::to_string(failAt));
-                const DocumentFolder folder("a=1 global=1");
-                if (isDamaged) {
-                    WriteWhole(folder.file, "damaged");
-                }
-                SettingsDocument document(folder.resources, kPanelVersion);
-                document.UseFile(folder.file);
-                OpenResult opened;
-                const bool wasHit =
-                    MeetsFaultOrNew(failAt, lasts, error, [&] { opened = document.Open(Access::Change); });
-                emptied += opened.status != noErr && document.Base() != nullptr ? 1 : 0;
-                if (document.Base() != nullptr) {
-                    const SaveResult result = document.Save(kNoWait);
-                    EXPECT_EQ(result.status, noErr);
-                    EXPECT_TRUE(isDamaged ? ReadWhole(folder.file + kRefusedSuffix) == "damaged"
-                                          : folder.State().starts_with("a=1 "))
-                        << folder.State();
-                }
-                return wasHit;
-            });
+            for (const bool isOpen : {false, true}) {
+                ForEachFault(1, [&](int failAt, Lasts lasts) {
+                    return isKept(error, failAt, lasts, isDamaged, isOpen);
+                });
+            }
         }
     }
     EXPECT_GT(emptied, 0) << "a document whose records met no memory is an empty one";
@@ -315,6 +392,32 @@ TEST(SettingsDocument, UsersOwnFile_GoesHandInHandWithTheCompanion) {
     EXPECT_TRUE(document.TakeOutsideChanges().cameIn);
     EXPECT_EQ(shown().device[0].navSpeed, 2);
     EXPECT_EQ(shown().device[0].action[kButtonI].command, kToolMenu) << "the companion's entry is lost";
+
+    // An edit that is taken back is none when the companion binds another entry, and another program's change comes in.
+    AppPrefs edited = shown();
+    edited.device[0].navSpeed = 9;
+    ASSERT_NE(document.Store(edited, 1), kNoRecord);
+    edited.device[0].navSpeed = 2;
+    ASSERT_NE(document.Store(edited, 1), kNoRecord);
+    ASSERT_TRUE(document.Remove(document.Store(MakeRecord(kOther, "other"), kNoRecord)));
+    folder.Write(kApp, HotKeyFile({"Copy|1|pyralis||4", "Cut|||"}));
+    document.TakeCompanionChanges();
+    EXPECT_NE(shown().device[0].action[kButtonI].crc, edited.device[0].action[kButtonI].crc);
+    EXPECT_TRUE(document.IsSaved());
+    folder.Write(kApp, HotKeyFile({"Cut|1|pyralis||4"}));
+    write(3);
+    EXPECT_TRUE(document.TakeOutsideChanges().conflicts.empty());
+    EXPECT_EQ(shown().device[0].navSpeed, 3);
+    // Without memory to read what the companion binds nothing comes in yet.
+    ForEachFault(1,
+                 [&](int failAt, Lasts lasts) {
+                     write(static_cast<std::uint8_t>(10 + failAt % 2));
+                     const bool wasHit =
+                         MeetsFaultOrNew(failAt, lasts, kOfNew, [&] { document.TakeOutsideChanges(); });
+                     EXPECT_EQ(shown().device[0].action[kButtonI].command, kToolMenu) << failAt;
+                     return wasHit;
+                 },
+                 {Lasts::Once});
 
     SettingsDocument alone({folder.Path()}, kPanelVersion);
     alone.UseFileAlone(path);

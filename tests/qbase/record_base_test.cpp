@@ -166,6 +166,59 @@ TEST(RecordBase, HeaderFields_AreGivenAsSetAndCopied) {
     EXPECT_EQ(QBaseGetType(target.get()), 0U);
 }
 
+// A caller may have no base, no data, no function, or no use for an answer.
+TEST(RecordBase, NullArguments_ChangeNothing) {
+    const QBaseOwner owner = FullFileBase();
+    QBaseHandle const base = owner.get();
+    const ExchangeOwner exchange = Take(base);
+    const MemoryFile file;
+    const std::string before = State(base);
+    const QBaseCompareFunction compare = [](const void *, std::int32_t, const void *, std::int32_t) {
+        return 0;
+    };
+    for (const auto act :
+         {QBaseDispose, QBaseEmpty, QBaseLock, QBaseRebuildIndex, QBaseRemoveMarkedRecords}) {
+        act(nullptr);
+    }
+    QBaseSetFlipProc(nullptr, nullptr, nullptr);
+    QBaseSetType(nullptr, 1, 2);
+    QBaseSetUserLong(nullptr, 1);
+    QBaseUnlock(nullptr, true);
+    QBaseTruncate(nullptr, 0);
+    QBaseUpdateOffsets(nullptr, 1, 0, 10);
+    QBaseSetRecordFlags(nullptr, 0, 1);
+    QBaseSetAllRecordFlags(nullptr, 1);
+    QBaseSort(nullptr, compare, 130);
+    QBaseSort(base, nullptr, 130);
+    QBaseGetUserRect(base, nullptr);
+    EXPECT_TRUE(!QBaseValidate(nullptr) && QBaseGetSize(nullptr) == 0 &&
+                QBaseGetRecordFlags(nullptr, 0) == 0);
+    EXPECT_TRUE(QBaseRemoveInvalidOffsets(nullptr) == 0 && QBaseCreateIndexOfOffsets(nullptr, 3).Size() == 0);
+    EXPECT_TRUE(QBaseFindLongHeader(nullptr, 0) == nullptr &&
+                QBaseGetExchange(nullptr, SelectAll) == nullptr);
+    EXPECT_TRUE(QBaseGetExchange(base, nullptr) == nullptr && QBaseLockExchange(nullptr) == nullptr);
+    EXPECT_TRUE(QBaseGetType(base) == kFileTestType && QBaseGetUserBlock(base) != nullptr);
+    for (const OSErr status :
+         {QBaseMoveIndexes(nullptr, 0, SelectAll), QBaseMoveIndexes(base, 0, nullptr),
+          QBaseSetUserBlock(nullptr, "block", 5), QBaseRead(nullptr, file.Ref(), true, true, true, true),
+          QBaseRead(base, 0, true, true, true, true), QBaseWrite(nullptr, file.Ref(), true, true),
+          QBaseWrite(base, 0, true, true)}) {
+        EXPECT_EQ(status, paramErr);
+    }
+    for (const RecordNumber found :
+         {QBaseReplaceRecord(base, 0, nullptr, 1), QBaseReplaceRecord(base, 0, "", -1),
+          QBaseSearch(nullptr, compare, "k", 1), QBaseSearch(base, nullptr, "k", 1),
+          QBaseSearch(base, compare, nullptr, 1), QBaseSearch(base, compare, "k", 0)}) {
+        EXPECT_EQ(found, kNoRecord);
+    }
+    EXPECT_EQ(QBasePutExchange(nullptr, exchange.get(), 0, 0) + QBasePutExchange(base, nullptr, 0, 0), 0);
+    EXPECT_EQ(QBaseCountExchangeRecords(nullptr), 0);
+    std::int32_t length = 9;
+    EXPECT_TRUE(QBaseGetExchangeRecord(nullptr, 0, &length) == nullptr && length == 0);
+    EXPECT_EQ(QBaseGetExchangeRecord(exchange.get(), -1, nullptr), nullptr);
+    EXPECT_EQ(State(base), before);
+}
+
 TEST(RecordBase, LocksAndMemoryFlag_AreCountedAndPutBack) {
     const QBaseOwner base = NewFileBase();
     const std::pair<bool, int> unlocks[] = {{false, 2}, {true, 0}, {false, 0}};

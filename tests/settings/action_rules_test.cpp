@@ -1,5 +1,6 @@
 #include "settings/action_commands.h"
 
+#include "settings/action_paste.h"
 #include "tests/settings/settings_files.h"
 #include "tests/support/testing.h"
 
@@ -54,6 +55,28 @@ TEST(ChooseAction, EverySlotCommandAndOtherCommand_ChangesWhatTheRulesSay) {
             }
         }
     }
+}
+
+TEST(ChooseAction, SlotThatIsNone_ChangesNothing) {
+    for (const SlotIndex slot : std::initializer_list<SlotIndex>{kNoSlot, kActionSlots}) {
+        AppPrefs prefs = FullRecord(7);
+        ChooseAction(prefs, slot, 7);
+        UpdateOppositeAction(prefs, slot);
+        EXPECT_TRUE(SameBytes(prefs, FullRecord(7)));
+        EXPECT_EQ(OppositeSlot(slot), kNoSlot);
+    }
+}
+
+TEST(PasteAssignments, ActionsThatAreAllowed_AreTakenAndOthersNamed) {
+    AppPrefs prefs = MakeRecord(kGlobalSignature, "");
+    AppPrefs source = prefs;
+    source.device[0].action[18].command = kActionToolMenu;
+    source.device[0].action[19].command = 231;
+    const std::vector<RefusedAction> refused = PasteAssignments(prefs, source);
+    ASSERT_EQ(refused.size(), 1U);
+    EXPECT_EQ(refused[0].slot, 19);
+    EXPECT_EQ(prefs.device[0].action[18].command, kActionToolMenu);
+    EXPECT_EQ(prefs.device[0].action[19].command, 0);
 }
 
 TEST(UpdateToolMenuAction, SameEntry_StaysOnOneButton) {

@@ -76,6 +76,30 @@ OSErr LoadAndSave(const SettingsFolder &folder) {
     return SettingsFolder::Save(base);
 }
 
+TEST(DevicePrefs, EveryFault_LeavesTheOldFileOrTheNewOne) {
+    for (const int error : {EIO, ENOMEM, kOfNew}) {
+        ForEachFault(1, [&](int failAt, Lasts lasts) {
+            SCOPED_TRACE(std::to_string(error) + " at " + std::to_string(failAt));
+            const SettingsFolder folder;
+            MakeFile(folder, false);
+            OSErr status = noErr;
+            bool isLoaded = false;
+            AppPrefs defaults = MakeRecord(0, "mine");
+            const bool wasHit = MeetsFaultOrNew(failAt, lasts, error, [&] {
+                status = LoadAndSave(folder);
+                isLoaded = LoadDefaultPrefs(folder.resources, MakeRecord(0, ""), &defaults);
+            });
+            const Names names = folder.SavedNames();
+            EXPECT_TRUE(names == (Names{"old", "added"}) ||
+                        ((wasHit || status != noErr) && names == Names{"old"}));
+            EXPECT_EQ(NameOf(defaults), isLoaded ? "factory" : "mine");
+            EXPECT_TRUE(isLoaded || wasHit);
+            EXPECT_EQ(OpenFileCount(), 0);
+            return wasHit;
+        });
+    }
+}
+
 // Runs it in a process that is killed at its n-th call of the disk; tells whether it was.
 bool IsKilledAt(int call, const SettingsFolder &folder) {
     const pid_t child = ::fork();

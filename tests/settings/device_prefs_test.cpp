@@ -211,6 +211,22 @@ TEST(GetDevicePrefs, RecordsAtOddPlaces_AreSettingsLikeOthers) {
     EXPECT_EQ(folder.SavedNames(), (Names{"", "Odd"}));
 }
 
+TEST(DevicePrefs, WithoutABaseOrAName_NothingIsReadOrSaved) {
+    const SettingsFolder folder;
+    const QBaseOwner base = MakeBase({MakeRecord(0, "")});
+    auto name = kDrevixPrefsName;
+    Str63 noName{};
+    EXPECT_EQ(GetDevicePrefs(nullptr, name.data(), folder.resources, 0), paramErr);
+    EXPECT_EQ(EnsureGlobalPrefs(nullptr, folder.resources), paramErr);
+    for (const OSErr status :
+         {SaveDevicePrefs(nullptr, name.data(), 0, 0), SaveDevicePrefs(base.get(), nullptr, 0, 0),
+          SaveDevicePrefs(base.get(), noName.data(), 0, 0), SaveDevicePrefsToPath(nullptr, folder.path),
+          SaveDevicePrefsToPath(base.get(), "")}) {
+        EXPECT_EQ(status, noErr);
+    }
+    EXPECT_EQ(SettingsFolder::Names(folder.Preferences()).size(), 0U);
+}
+
 TEST(DevicePrefs, LongName_IsCutInPlace) {
     SettingsFolder folder;
     const QBaseOwner base = MakeBase({MakeRecord(0, "")});

@@ -54,11 +54,15 @@ std::string TargetOf(const std::string &path) {
         return {};
     }
     std::string found(target.data(), static_cast<std::size_t>(length));
-    return found.starts_with('/') ? found : FolderOfPath(path).append("/").append(found);
+    if (!found.starts_with('/')) {
+        found.insert(0, FolderOfPath(path) + '/');
+    }
+    return found;
 }
 
 bool IsThere(const std::string &path) {
-    return !path.empty() && DiskDescriptor(CurrentDisk().Open(path.c_str(), O_PATH, 0));
+    const DiskDescriptor opened(CurrentDisk().Open(path.c_str(), O_PATH, 0)); // none at an empty path
+    return static_cast<bool>(opened);
 }
 
 // The first entry in the folder with this name, ignoring letter case; empty if none.
@@ -99,16 +103,22 @@ OSErr MakeUnderName(const Place &place, const std::vector<Str63> &names, std::st
 
 // The item at a path, or its target if it is an alias file in the items folder.
 OSErr FindItem(const std::string &path, const Place &place, FSSpec *item) {
-    const OSErr status = GetFSSpecFromNSString(path.c_str(), item, MissingItem::Refused);
-    if (status != noErr) {
-        return status;
-    }
     CatalogInfo folder{};
     CatalogInfo items{};
-    const bool isInside = DrevixGetCatInfo(*item, -1, &folder, nullptr) == noErr &&
-                          DrevixGetCatInfo({place.volume, place.folder, {}}, -1, &items, nullptr) == noErr &&
-                          folder.ioNode == items.ioNode && folder.ioDevice == items.ioDevice;
-    const std::string target = isInside ? TargetOf(PathFromSpec(*item)) : std::string();
+    OSErr status = GetFSSpecFromNSString(path.c_str(), item, MissingItem::Refused);
+    if (status == noErr && item->parID == kRootParentFolder) {
+        return noErr; // a volume lies in no folder
+    }
+    if (status == noErr) {
+        status = DrevixGetCatInfo(*item, -1, &folder, nullptr);
+    }
+    if (status == noErr) {
+        status = DrevixGetCatInfo({place.volume, place.folder, {}}, -1, &items, nullptr);
+    }
+    if (status != noErr || folder.ioNode != items.ioNode || folder.ioDevice != items.ioDevice) {
+        return status;
+    }
+    const std::string target = TargetOf(PathFromSpec(*item));
     return target.empty() ? noErr : GetFSSpecFromNSString(target.c_str(), item, MissingItem::Refused);
 }
 

@@ -56,7 +56,10 @@ OSErr GetFSRefFromNSString(const char *path, FSRef *ref) try {
     }
     FSRef parent;
     const OSErr status = FSPathMakeRef(FolderOfPath(path), &parent);
-    return status == noErr ? FSRefAtName(parent, LeafOfPath(path), ref) : status;
+    if (status != noErr) {
+        return status;
+    }
+    return FSRefAtName(parent, LeafOfPath(path), ref);
 } catch (const std::bad_alloc &) {
     return memFullErr;
 }
@@ -70,7 +73,10 @@ OSErr GetFSSpecFromNSString(const char *path, FSSpec *spec, MissingItem missing)
     if (status == noErr) {
         status = FSSpecFromRef(ref, spec);
     }
-    return status == fnfErr && missing == MissingItem::Allowed ? SpecOfMissing(path, spec) : status;
+    if (status == fnfErr && missing == MissingItem::Allowed) {
+        return SpecOfMissing(path, spec);
+    }
+    return status;
 } catch (const std::bad_alloc &) {
     return memFullErr;
 }

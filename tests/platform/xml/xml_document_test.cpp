@@ -16,6 +16,10 @@ TEST(XmlDocument, Text_IsStableWhateverItsBlanks) {
              {"<a/>", "<a/>\n"},
              {"<a x=y/>", ""}, // an attribute without quotes
              {"<a>&</a>", ""},
+             {"<a>\xE4</a>", ""},
+             {"<!DOCTYPE a [<!ATTLIST a x CDATA '1' y CDATA '3'><!ATTLIST b x CDATA '2'><!ATTLIST a x CDATA "
+              "'4'>]><a><b/></a>",
+              "<a x=\"1\" y=\"3\">\n    <b x=\"2\"/>\n</a>\n"},
              {"<p:a/>", "<a/>\n"},
              {"<a x=\"1&#10;2&amp;&quot;\"><b/><c>t</c></a>",
               "<a x=\"1&#10;2&amp;&#34;\">\n    <b/>\n    <c>t</c>\n</a>\n"},
@@ -61,10 +65,14 @@ TEST(XmlDocument, Text_IsMendedWhereItCanBe) {
              {"<!DOCTYPE a '>' [<!ENTITY b '1'>]><a>&b;</a>", nullptr},
              {"<a><b x='<>&\"'>1</b><b x=\"'>\">2</b>&</a>", "12&"},
              {"<a:><b:>1</b:></a:>", "1"},
+             {"<a>1<_b>2</_b><:c/><\u00E4/>&</a>", "12&"},
+             {"<!DOCTYPE a [<!-- ", nullptr},
+             {"<?xml version='1.0' encoding=none?><a>1</a>", "1"},
+             {"<a>1</a>2<b>3</b>", "1", false},
              {"<a>1<b>2</a>", "12", false},
              {"<a>1", "1", false},
              {"", nullptr},
-             {"\xEF\xBB\xBF<a>\xE4\xC3\xA4\xF4\x90</a>", "\u2030\u00E4\u00D9\u00EA"},
+             {"\xEF\xBB\xBF<a>\xE4\xC3\xA4\xF4\x90\xF5</a>", "\u2030\u00E4\u00D9\u00EA\u0131"},
              {latin + "<a>\xE4&</a>", "\u00E4&"},
              {"<?xml version='1.0' encoding=\"Mac\"?><a>\x8A&</a>", "\u00E4&"},
              {"<?xml version='1.0' encoding='UTF-16'?><a>\xC3\xA4&</a>", "\u00E4&"},
@@ -107,6 +115,7 @@ TEST(XmlDocument, Bounds_HoldToTheLastOne) {
         EXPECT_EQ(document.root.attributes.size(), kXmlMaxAttributes);
         EXPECT_EQ(ParseXmlDocument(attributes(kXmlMaxAttributes + 1), reading, &document), -1);
         EXPECT_EQ(document.root.attributes.size(), kXmlMaxAttributes); // as it was
+        EXPECT_EQ(ParseXmlDocument(std::string(kXmlMaxBytes + 1, ' '), reading, &document), -1);
     }
     const test::ScratchFolder folder;
     std::string bytes;

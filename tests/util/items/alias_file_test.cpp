@@ -99,6 +99,7 @@ TEST_F(AliasFile, Volumes_AreDisksOrServersWithTheBuiltInIcon) {
         EXPECT_EQ(FSpDelete(Spec(Item("alias"))), noErr);
     }
     std::int16_t kind = -1;
+    EXPECT_EQ(GetDiskType(-30000, nullptr), nsvErr);
     EXPECT_EQ(GetDiskType(-30000, &kind), nsvErr);
     EXPECT_EQ(kind, 0);
     Block icon;

@@ -7,6 +7,7 @@
 #include "settings/action_commands.h"
 #include "settings/device_prefs.h"
 #include "settings/pascal_strings.h"
+#include "tests/support/failing_new.h"
 #include "tests/support/testing.h"
 #include "tests/util/items/items.h"
 
@@ -59,6 +60,7 @@ TEST_F(Items, Find_MakesItOnlyWhenAsked) {
     };
     EXPECT_EQ(find(nullptr, kCreateFolder), paramErr);
     EXPECT_EQ(find(PascalLiteral("").data(), kCreateFolder), paramErr);
+    EXPECT_EQ(find(Str63{64}.data(), kCreateFolder), paramErr);
     EXPECT_EQ(find(kName, kDontCreateFolder), fnfErr);
     EXPECT_EQ(ScratchFolder::Names(fScratch.Preferences()), Names{});
     EXPECT_EQ(folder, 0);
@@ -181,6 +183,97 @@ TEST_F(Items, HalfMade_ClearsNothingThatIsNotOurs) {
     EXPECT_EQ(ScratchFolder::Names(ItemsFolder()), after);
 }
 
+// Whatever fails in an operation, trying it again does what an undisturbed run does. A look-up that failed once made an alias
+// of an alias.
+TEST_F(Items, EveryFault_IsMadeUpForByTheNextTry) {
+    const ScopedVariable other("XDG_DATA_HOME", fScratch.Path("data"));
+    std::filesystem::create_directories(fScratch.Path("data/applications"));
+    File("folder/letter");
+    const std::string script = File("script of some length", "#!/bin/sh\n");
+    const std::string longName = File("folder/" + std::string(40, 'n'));
+    std::filesystem::create_symlink("letter", fScratch.Path("folder/link"));
+    AppleDouble companion;
+    ASSERT_EQ(ResourceForkBytes(std::vector<Resource>{{kAliasResourceType, kAliasID, "", "cut"}},
+                                &companion.resourceFork),
+              noErr);
+    FSSpec spec{};
+    FSRef ref;
+    Str31 name{};
+    IconHandles icons;
+    const FSSpec applications = Spec(fScratch.Path("data/applications"));
+    const auto make = [&](const std::string &path) {
+        return [&, path] { return MakeDrevixItem(path, &name); };
+    };
+    const std::vector<std::pair<std::string, std::function<OSErr()>>> operations = {
+        {"make under another name", make(longName)},
+        {"make of a folder", make(fScratch.Path("data/applications"))},
+        {"make anew", make(script)},
+        {"make by its alias", make(Item("script of some length"))},
+        {"resolve",
+         [&] {
+             return ResolveDrevixItem(Stored("SCRIPT OF SOME LENGTH")).path == script ? noErr : OSErr{fnfErr};
+         }},
+        {"clean up",
+         [&] {
+             const OSErr status = CleanupDrevixItems(kName, nullptr);
+             ClearHalfMadeItems(kName);
+             return status;
+         }},
+        {"look at", [&] { return GetSourceInfo(applications, nullptr, nullptr, icons); }},
+        {"refer to a link", [&] { return GetFSRefFromNSString(fScratch.Path("folder/link").c_str(), &ref); }},
+        {"refer to what is missing",
+         [&] {
+             const std::string path = fScratch.Path("folder/new//");
+             const OSErr status = GetFSSpecFromNSString(path.c_str(), &spec, MissingItem::Allowed);
+             return status == fnfErr && spec.parID != 0 ? OSErr{noErr} : status;
+         }},
+    };
+    const auto prepare = [&](const std::string &what) {
+        std::filesystem::remove_all(ItemsFolder());
+        ::chmod(script.c_str(), 0644);
+        Make(script);
+        ::chmod(script.c_str(), what == "make anew" ? 0755 : 0644);
+        if (what == "clean up") { // each takes a megabyte to read
+            EXPECT_EQ(WriteAppleDouble(Item("halfmade"), companion), noErr);
+        }
+        WriteWhole(Item(".._cut.0123456789abcdef.new"), "");
+        return ScratchFolder::Names(ItemsFolder());
+    };
+    for (const auto &[what, operation] : operations) {
+        const Names before = prepare(what);
+        EXPECT_EQ(operation(), noErr);
+        const Names after = ScratchFolder::Names(ItemsFolder());
+        Names now = after;
+        for (const int error : {EIO, ENOMEM, kOfNew}) {
+            const auto isMet = [&, what = what, &operation = operation](int failAt, Lasts lasts) {
+                SCOPED_TRACE(what + ", error " + std::to_string(error) + " at " + std::to_string(failAt));
+                if (now != before) {
+                    prepare(what);
+                }
+                spec = {};
+                OSErr status = noErr;
+                const int gap = error == kOfNew && what.starts_with("make") ? 23 : 1; // of a thousand
+                const bool wasHit = MeetsFaultOrNew(failAt * gap, lasts, error, [&] {
+                    try {
+                        status = operation();
+                    } catch (const std::bad_alloc &) { // of what this test makes
+                        status = memFullErr;
+                    }
+                });
+                EXPECT_TRUE(wasHit || status == noErr) << status;
+                EXPECT_EQ(OpenFileCount(), 0);
+                now = ScratchFolder::Names(ItemsFolder());
+                if (now != before) {
+                    EXPECT_EQ(operation(), noErr);
+                    EXPECT_EQ(ScratchFolder::Names(ItemsFolder()), after);
+                }
+                return wasHit;
+            };
+            ForEachFault(0, isMet, {Lasts::Once});
+        }
+    }
+}
+
 // The first look-up that fails ends the walk; a file that cannot be removed does not.
 TEST_F(Items, Cleanup_StopsAtAFailedLookUpOnly) {
     for (const char *name : {"1", "2", "3", "4"}) {
@@ -238,6 +331,7 @@ TEST_F(Items, Make_LeavesWhatIsNoAliasFileAndFollowsThoseOfTheFolder) {
     Str31 name = Stored("untouched");
     EXPECT_EQ(MakeDrevixItem(fScratch.Path("gone"), &name), fnfErr);
     EXPECT_EQ(MakeDrevixItem("", &name), fnfErr);
+    EXPECT_EQ(MakeDrevixItem(std::string("a\0b", 3), &name), bdNamErr);
     EXPECT_EQ(Text(name), "untouched");
 
     // The alias file of a slot, chosen as an item, stands for its item.
@@ -275,7 +369,10 @@ TEST_F(Items, References_OfMissingItems_AreMadeWhereAllowed) {
     FSSpec spec{};
     FSRef ref;
     EXPECT_EQ(GetFSRefFromNSString(nullptr, &ref), paramErr);
+    EXPECT_EQ(GetFSRefFromNSString("/", nullptr), paramErr);
     EXPECT_EQ(GetFSSpecFromNSString("/", nullptr, MissingItem::Refused), paramErr);
+    EXPECT_EQ(GetFSSpecFromNSString(nullptr, &spec, MissingItem::Refused), paramErr);
+    EXPECT_EQ(DrevixGetCatInfo(Spec(fScratch.Path("folder")), 0, nullptr, nullptr), noErr);
     struct Row {
         std::string path;
         MissingItem missing;
