@@ -138,7 +138,6 @@ int main(int argc, char **argv) {
     DrawInSilence(argc, argv);
     ObeyVerbose(argc, argv);
     QApplication application(argc, argv);
-    const std::future<void> fonts = LookForFontsAhead();
     QApplication::setOrganizationName(QStringLiteral("halcyra"));
     QApplication::setApplicationName(QStringLiteral("drevix-settings"));
     QApplication::setApplicationDisplayName(QStringLiteral("Drevix Veltrana"));
@@ -167,6 +166,8 @@ int main(int argc, char **argv) {
         return Fail(problem, kWrongUsage);
     }
 
+    const std::future<void> fonts =
+        LookForFontsAhead(); // not before: a word that is answered at once ends the process
     const QString file = files.isEmpty() ? QString() : QFileInfo(files[0]).absoluteFilePath();
     FirstInstance instance;
     if (picture.file.isEmpty() && !instance.Acquire(file)) {
