@@ -63,6 +63,8 @@ struct RecordTrace {
 };
 
 class FindPanel;
+class ItemField;
+class KeystrokeField;
 class LayoutWatch;
 class LiveView;
 struct EarlierSettings;
@@ -232,6 +234,7 @@ class DrevixPane : public QObject,
     void BuildMenus();
     void ShowActionIcons();
     void BuildPages();
+    void BuildFields();
     void BuildLooks();
     void BuildAreas();
     void ConnectControls();
@@ -347,7 +350,9 @@ class DrevixPane : public QObject,
     void UpdateToolMenu();
     [[nodiscard]] int FindInToolMenu(std::uint32_t crc) const;
 
-    QPointer<QWidget> fMainView;     // made by mainView; its owner is the host
+    QPointer<QWidget> fMainView;                        // made by mainView; its owner is the host
+    KeystrokeField *uiSettingsFieldKeystroke = nullptr; // belong to the main view
+    ItemField *uiSettingsFieldOpenItem = nullptr;
     FindPanel *fFindPanel = nullptr; // made when it is first asked for; belongs to the main view
     LiveView *fLiveView = nullptr;   // belongs to the main view
     LayoutWatch *fLayoutWatch = nullptr;

@@ -3,6 +3,8 @@
 
 #include "companion/korvane_crc.h"
 #include "pane/editor_tables.h"
+#include "pane/item_field.h"
+#include "pane/keystroke_field.h"
 #include "pane/look.h"
 #include "pane/pane_text.h"
 #include "pane/panel_icons.h"
@@ -147,7 +149,7 @@ void DrevixPane::ShowActionIcons() {
     }
 }
 
-// Not by the description of the view: a page is laid out as soon as it is the first, and that takes fonts.
+// Not by the description of the view, as the fields: a page is laid out as soon as it is the first, and that takes fonts.
 void DrevixPane::BuildPages() {
     const auto add = [this](QWidget *page, const QString &title, const QString &toolTip) {
         uiPaneTabs->setTabToolTip(uiPaneTabs->addTab(page, title), toolTip);
@@ -159,6 +161,25 @@ void DrevixPane::BuildPages() {
     add(uiPanePageTriggerPoints, QCoreApplication::translate("DrevixPaneView", "&Buttons"),
         QCoreApplication::translate("DrevixPaneView", "The five buttons"));
     uiSettingsTextEmpty->show();
+}
+
+// A line edit wants a font as soon as it is made.
+void DrevixPane::BuildFields() {
+    uiSettingsFieldKeystroke = new KeystrokeField(uiSettingsKeys);
+    uiSettingsFieldKeystroke->setObjectName(QStringLiteral("uiSettingsFieldKeystroke"));
+    uiSettingsFieldKeystroke->setAccessibleName(QCoreApplication::translate("DrevixPaneView", "Keys"));
+    uiSettingsFieldKeystroke->setToolTip(
+        QCoreApplication::translate("DrevixPaneView", "Click, then press the keys."));
+    keysLayout->insertWidget(0, uiSettingsFieldKeystroke);
+    uiSettingsFieldKeystrokeLabel->setBuddy(uiSettingsFieldKeystroke);
+    QWidget::setTabOrder(uiSettingsButtonFind, uiSettingsFieldKeystroke);
+
+    uiSettingsFieldOpenItem = new ItemField(uiSettingsTabOpenItem);
+    uiSettingsFieldOpenItem->setObjectName(QStringLiteral("uiSettingsFieldOpenItem"));
+    uiSettingsFieldOpenItem->setAccessibleName(QCoreApplication::translate("DrevixPaneView", "Item to open"));
+    openItemLayout->setWidget(0, QFormLayout::FieldRole, uiSettingsFieldOpenItem);
+    uiSettingsFieldOpenItemLabel->setBuddy(uiSettingsFieldOpenItem);
+    QWidget::setTabOrder(uiSettingsMenuPredefined, uiSettingsFieldOpenItem);
 }
 
 // Sizes that no change of a text moves. The fields of all kinds of action stand below one another.

@@ -4,6 +4,7 @@
 #include "keyboard/qt/keystroke_capture.h"
 #include "pane/editor_tables.h"
 #include "pane/key_texts.h"
+#include "pane/keystroke_field.h"
 #include "pane/pane_text.h"
 
 #include <QActionGroup>

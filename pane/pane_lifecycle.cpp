@@ -66,6 +66,8 @@ QWidget *DrevixPane::mainView() {
         fMainView = new QWidget;
         InstallAreaRoles();
         setupUi(fMainView);
+        BuildPages(); // from here on fonts are needed, which are still being looked for
+        BuildFields();
         BuildMenus();
         BuildStrip();
         BuildKeystrokeControls();
@@ -76,7 +78,6 @@ QWidget *DrevixPane::mainView() {
         BuildShortcuts();
         BuildSaveControls();
         BuildUndoControls();
-        BuildPages(); // from here on fonts are needed, which the host may still be looking for
         ConnectControls();
         BuildLooks();
         BuildSideBar();

@@ -4,6 +4,7 @@
 
 #include "helperlink/driver_messages.h"
 #include "pane/file_panels.h"
+#include "pane/keystroke_field.h"
 #include "pane/look.h"
 #include "pane/pane_text.h"
 #include "pane/unsaved_panel.h"
