@@ -30,11 +30,11 @@ CatalogInfo Ask(std::int32_t folder, std::int16_t index, const Str63 &name = {})
 TEST(Catalog, Indexes_CountEntriesWithoutCompanions) {
     const ScratchFolder scratch;
     const std::int32_t folder = FolderIdFromPath(scratch.Path());
-    AppleDouble companion;
-    SetFInfo(companion, {FourCharCode("TEXT"), FourCharCode("ttxt"), kIsAlias});
+    AppleDouble appleDouble;
+    SetFInfo(appleDouble, {FourCharCode("TEXT"), FourCharCode("ttxt"), kIsAlias});
     WriteWhole(scratch.Path("b"), "");
-    ASSERT_EQ(WriteAppleDouble(scratch.Path("b"), companion), noErr);
-    ASSERT_EQ(WriteAppleDouble(scratch.Path("alone"), companion), noErr);
+    ASSERT_EQ(WriteAppleDouble(scratch.Path("b"), appleDouble), noErr);
+    ASSERT_EQ(WriteAppleDouble(scratch.Path("alone"), appleDouble), noErr);
     std::vector<std::string> seen;
     for (std::int16_t index = 1;; ++index) {
         CatalogInfo info = Ask(folder, index);

@@ -35,11 +35,11 @@ class EveryFault : public testing::Test {
         fs::create_symlink("file", At("link"));
         fs::create_symlink(At("link"), At("second"));
         WriteWhole(At(fLong), "long");
-        AppleDouble companion;
-        SetFInfo(companion, {FourCharCode("TEXT"), FourCharCode("ttxt"), 0});
-        ASSERT_EQ(ResourceForkBytes(std::vector<Resource>{{1, 1, "one", "data"}}, &companion.resourceFork),
+        AppleDouble appleDouble;
+        SetFInfo(appleDouble, {FourCharCode("TEXT"), FourCharCode("ttxt"), 0});
+        ASSERT_EQ(ResourceForkBytes(std::vector<Resource>{{1, 1, "one", "data"}}, &appleDouble.resourceFork),
                   noErr);
-        ASSERT_EQ(WriteAppleDouble(At("file"), companion), noErr);
+        ASSERT_EQ(WriteAppleDouble(At("file"), appleDouble), noErr);
         fs::remove_all(fScratch.Path("state"));
         // What a program left that died while it wrote "new bytes" in place; of one file another has been made since.
         KeptBytes kept;
@@ -99,7 +99,7 @@ TEST_F(EveryFault, IsSurvivedAndMadeUpForByTheNextTry) {
     FSSpec spec{};
     CatalogInfo info{};
     FInfo finder{};
-    AppleDouble companion;
+    AppleDouble appleDouble;
     std::vector<Str63> names;
     std::int16_t volume = 0;
     std::int32_t folder = 0;
@@ -140,7 +140,7 @@ TEST_F(EveryFault, IsSurvivedAndMadeUpForByTheNextTry) {
         {"delete", [&] { return FSpDelete(Spec("file")); }},
         {"get information", [&] { return FSpGetFInfo(Spec("file"), &finder); }},
         {"set information", [&] { return FSpSetFInfo(Spec("file"), FInfo()); }},
-        {"read companion", [&] { return ReadAppleDouble(At("file"), &companion); }},
+        {"read appleDouble", [&] { return ReadAppleDouble(At("file"), &appleDouble); }},
         {"make resource file", [&] { return FSpCreateResFile(Spec("made"), 0, 0, -1); }},
         {"add resource",
          [&] {

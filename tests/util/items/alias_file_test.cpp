@@ -13,15 +13,15 @@ namespace {
 class AliasFile : public ItemsTest {
   protected:
     void GiveIcon(const std::string &path, const FInfo &info, std::initializer_list<OSType> types) {
-        AppleDouble companion;
+        AppleDouble appleDouble;
         std::vector<Resource> icons;
         for (const OSType type : types) {
             icons.push_back({type, kCustomIconID, "", Code(type) + " of " + path});
         }
         icons.push_back({FourCharCode("ICN#"), 128, "", "not this"});
-        EXPECT_EQ(ResourceForkBytes(icons, &companion.resourceFork), noErr);
-        SetFInfo(companion, info);
-        EXPECT_EQ(WriteAppleDouble(path, companion), noErr);
+        EXPECT_EQ(ResourceForkBytes(icons, &appleDouble.resourceFork), noErr);
+        SetFInfo(appleDouble, info);
+        EXPECT_EQ(WriteAppleDouble(path, appleDouble), noErr);
     }
 };
 
@@ -162,14 +162,14 @@ TEST_F(AliasFile, EveryFault_LeavesNothingBehind) {
         OSErr status = noErr;
         const bool wasHit = MeetsFault(failAt, lasts, ENOSPC, [&] { status = CreateAliasFile(item, alias); });
         EXPECT_TRUE(wasHit || status == noErr);
-        AppleDouble companion;
-        if (status == noErr) { // a missing icon, a companion's flush on a file system without it
-            EXPECT_EQ(ReadAppleDouble(Item("alias"), &companion), noErr) << failAt;
-            EXPECT_EQ(GetFInfo(companion).fdFlags & kIsAlias, kIsAlias) << failAt;
+        AppleDouble appleDouble;
+        if (status == noErr) { // a missing icon, an AppleDouble file's flush on a file system without it
+            EXPECT_EQ(ReadAppleDouble(Item("alias"), &appleDouble), noErr) << failAt;
+            EXPECT_EQ(GetFInfo(appleDouble).fdFlags & kIsAlias, kIsAlias) << failAt;
             EXPECT_EQ(FSpDelete(alias), noErr);
         }
         if (lasts == Lasts::ForEver) {
-            // Where the disk stays broken the companion may stay, but never a link without it.
+            // Where the disk stays broken the AppleDouble file may stay, but never a link without it.
             EXPECT_FALSE(std::filesystem::is_symlink(Item("alias"))) << failAt;
             std::filesystem::remove(Item("._alias"));
         }

@@ -86,10 +86,10 @@ class ItemsTest : public testing::Test {
         std::filesystem::create_directories(ItemsFolder());
         Made made{};
         made.status = CreateAliasFile(Spec(path), Spec(Item(name)));
-        AppleDouble companion;
-        if (made.status == noErr && ReadAppleDouble(Item(name), &companion) == noErr) {
-            made.info = GetFInfo(companion);
-            EXPECT_EQ(ParseResourceFork(std::as_bytes(std::span(companion.resourceFork)), &made.resources),
+        AppleDouble appleDouble;
+        if (made.status == noErr && ReadAppleDouble(Item(name), &appleDouble) == noErr) {
+            made.info = GetFInfo(appleDouble);
+            EXPECT_EQ(ParseResourceFork(std::as_bytes(std::span(appleDouble.resourceFork)), &made.resources),
                       noErr);
         }
         return made;

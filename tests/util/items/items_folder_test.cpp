@@ -192,9 +192,9 @@ TEST_F(Items, EveryFault_IsMadeUpForByTheNextTry) {
     const std::string script = File("script of some length", "#!/bin/sh\n");
     const std::string longName = File("folder/" + std::string(40, 'n'));
     std::filesystem::create_symlink("letter", fScratch.Path("folder/link"));
-    AppleDouble companion;
+    AppleDouble appleDouble;
     ASSERT_EQ(ResourceForkBytes(std::vector<Resource>{{kAliasResourceType, kAliasID, "", "cut"}},
-                                &companion.resourceFork),
+                                &appleDouble.resourceFork),
               noErr);
     FSSpec spec{};
     FSRef ref;
@@ -234,7 +234,7 @@ TEST_F(Items, EveryFault_IsMadeUpForByTheNextTry) {
         Make(script);
         ::chmod(script.c_str(), what == "make anew" ? 0755 : 0644);
         if (what == "clean up") { // each takes a megabyte to read
-            EXPECT_EQ(WriteAppleDouble(Item("halfmade"), companion), noErr);
+            EXPECT_EQ(WriteAppleDouble(Item("halfmade"), appleDouble), noErr);
         }
         WriteWhole(Item(".._cut.0123456789abcdef.new"), "");
         return ScratchFolder::Names(ItemsFolder());
