@@ -4,9 +4,9 @@
 #include <cerrno>
 #include <cstdint>
 #include <ctime>
-#include <tuple>
 #include <poll.h>
 #include <systemd/sd-event.h>
+#include <tuple>
 #include <utility>
 
 namespace drevix {
