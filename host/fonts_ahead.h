@@ -5,7 +5,7 @@
 
 namespace drevix {
 
-// Looks for the fonts on a thread of its own, which takes a quarter of a start; whoever wants a font before waits for it. Call
+// Looks for the fonts on a thread of its own, which takes a sixth of a start; whoever wants a font before waits for it. Call
 // it when the application is made, and let go of what it returns, which waits for the thread, before the application goes or
 // the process ends.
 [[nodiscard]] std::future<void> LookForFontsAhead();
