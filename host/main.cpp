@@ -166,8 +166,8 @@ int main(int argc, char **argv) {
         return Fail(problem, kWrongUsage);
     }
 
-    const std::future<void> fonts =
-        LookForFontsAhead(); // not before: a word that is answered at once ends the process
+    // Not before: a word that is answered at once ends the process.
+    const std::future<void> fonts = LookForFontsAhead();
     const QString file = files.isEmpty() ? QString() : QFileInfo(files[0]).absoluteFilePath();
     FirstInstance instance;
     if (picture.file.isEmpty() && !instance.Acquire(file)) {

@@ -78,8 +78,8 @@ QWidget *DrevixPane::mainView() {
         BuildShortcuts();
         BuildSaveControls();
         BuildUndoControls();
-        ConnectControls();
         BuildLooks();
+        ConnectControls();
         BuildSideBar();
     }
     return fMainView;
