@@ -142,9 +142,16 @@ def main():
             nodes += node["nodes"] + node["floating_nodes"]
         return None
 
+    # Asked before the compositor has told of the last change, as a busy one may, it asks for what is there already.
     for mode in (1, 0):
-        probe.do(f"ask {FULL_SCREEN}")
-        two.connection.wait(lambda mode=mode: two_node()["fullscreen_mode"] == mode, f"full screen {mode}")
+        for tries_left in (2, 1, 0):
+            probe.do(f"ask {FULL_SCREEN}")
+            try:
+                two.connection.wait(lambda mode=mode: two_node()["fullscreen_mode"] == mode, f"full screen {mode}", seconds=5)
+                break
+            except RuntimeError:
+                if tries_left == 0:
+                    raise
         two.connection.listen(0.1)
     probe.do(f"ask {SHOW_DESKTOP}", answer="no")
 
