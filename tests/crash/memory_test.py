@@ -25,27 +25,35 @@ NEXT = re.compile(r"^drevixctl: ", re.M)
 OTHERS = re.compile("keep what they have|the others were imported")
 
 
+def counted(world, library, *words):
+    """A command whose requests are counted in a file of its own: programs that an earlier one started write to theirs."""
+    (world.base / "requests").unlink(missing_ok=True)
+    return ["sh", "-c", 'exec 3>>"$1"; shift; exec env LD_PRELOAD="$@"', "sh", str(world.base / "requests"), library, *words]
+
+
+def requests_of(world):
+    """The number of requests of the command that ran last; the lower ones are of programs that it started."""
+    return max(map(int, (world.base / "requests").read_text().split()), default=0)
+
+
 def run(world, library, operation, **variables):
     """The status, what is said, and the number of requests."""
     words = [word.format(world.root) for word in programs.OPERATIONS[operation]]
-    command = ["sh", "-c", 'exec 3>"$1"; shift; exec env LD_PRELOAD="$@"', "sh", str(world.base / "requests"), library, world.control, *words]
+    command = counted(world, library, world.control, *words)
     done = subprocess.run(command, env={**world.environment, **variables}, capture_output=True, timeout=programs.TIMEOUT, check=False)
-    requests = (world.base / "requests").read_text()
-    return done.returncode, done.stderr.decode(errors="replace"), int(requests) if requests else 0
+    return done.returncode, done.stderr.decode(errors="replace"), requests_of(world)
 
 
 def run_panel(world, library, **variables):
     """The status, negative for a signal or where it hung, and the number of requests."""
     (world.base / "run/drevix-settings").unlink(missing_ok=True)
-    requests = world.base / "requests"
-    command = ["sh", "-c", 'exec 3>"$1"; shift; exec env LD_PRELOAD="$@"', "sh", str(requests), library, world.panel]
-    with subprocess.Popen(command, env={**world.environment, **variables}, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL) as panel:
+    with subprocess.Popen(counted(world, library, world.panel), env={**world.environment, **variables}, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL) as panel:
         programs.end_when_ready(panel, lambda: panel.pid)
         try:
             panel.wait(programs.TIMEOUT)
         except subprocess.TimeoutExpired:
             panel.kill()
-    return panel.returncode, max(map(int, requests.read_text().split()), default=0)  # the others are of programs that it starts
+    return panel.returncode, requests_of(world)
 
 
 def check_panel(world, library, chance, count):
