@@ -3,8 +3,10 @@
 
 Usage: program_test.py DREVIX_SETTINGS DREVIXCTL
 """
+import atexit
 import os
 import pathlib
+import shutil
 import signal
 import struct
 import subprocess
@@ -18,6 +20,7 @@ from gi.repository import GdkPixbuf  # noqa: E402
 
 PROGRAM, CONTROL = sys.argv[1:]
 folder = pathlib.Path(tempfile.mkdtemp(prefix="drevix-host-"))
+atexit.register(shutil.rmtree, folder)
 settings = folder / "config/com.halcyra.drevix.prefs"
 environment = dict(os.environ, XDG_CONFIG_HOME=str(folder / "config"), XDG_STATE_HOME=str(folder / "state"), HOME=str(folder), XDG_RUNTIME_DIR=str(folder),
                    DBUS_SESSION_BUS_ADDRESS=f"unix:path={folder}/no-bus")
