@@ -204,7 +204,9 @@ ButtonEntries EntriesOf(const std::vector<KorvaneHotKey> &hotKeys) {
     return entries;
 }
 
-void UpdateSlots(AppPrefs &prefs, const ButtonEntries &entries) {
+// Whether the record has changed.
+bool UpdateSlots(AppPrefs &prefs, const ButtonEntries &entries) {
+    const AppPrefs before = prefs;
     for (std::size_t i = 0; i < entries.size(); ++i) {
         ActionSlot &slot = SlotOf(prefs, kButtons[i]);
         if (entries[i]) {
@@ -213,16 +215,14 @@ void UpdateSlots(AppPrefs &prefs, const ButtonEntries &entries) {
             SetSlot(slot, kActionNone, 0);
         }
     }
+    return std::memcmp(&before, &prefs, sizeof(before)) != 0;
 }
 
 void UpdateRecord(QBaseHandle base, OSType creator, ConstStringPtr fileName, const ButtonEntries &entries) {
     const LockedBase lock(base);
-    if (AppPrefs *prefs = KorvaneFindAppPrefs(base, creator, fileName)) {
-        const AppPrefs before = *prefs;
-        UpdateSlots(*prefs, entries);
-        if (std::memcmp(&before, prefs, sizeof(before)) != 0) {
-            QBaseSetRecordsChanged(base, true);
-        }
+    AppPrefs *prefs = KorvaneFindAppPrefs(base, creator, fileName);
+    if (prefs != nullptr && UpdateSlots(*prefs, entries)) {
+        QBaseSetRecordsChanged(base, true);
     }
 }
 
@@ -297,11 +297,16 @@ void SyncAppFromKorvane(QBaseHandle base, OSType creator, ConstStringPtr fileNam
 }
 
 void AdoptSeenFiles(QBaseHandle base, KorvaneResults read, KorvaneResults *results) try {
+    const LockedBase lock(base);
     for (std::size_t row = 0; row < read.size(); ++row) {
-        auto &[state, status, kept, seen] = read[row];
-        if (state == KorvaneFileState::InStep && seen && !seen->empty() &&
-            UpdateHotKeys(*seen, base, kKorvaneApps[row]).empty()) {
-            (*results)[row].seen = std::move(seen);
+        const KorvaneApp &app = kKorvaneApps[row];
+        SeenHotKeys &seen = read[row].seen;
+        const AppPrefs *prefs = KorvaneFindAppPrefs(base, app.creator, app.fileName);
+        if (seen && !seen->empty() && prefs != nullptr) {
+            AppPrefs copy = *prefs;
+            if (!UpdateSlots(copy, EntriesOf(*seen))) {
+                (*results)[row].seen = std::move(seen);
+            }
         }
     }
 } catch (const std::bad_alloc &) {

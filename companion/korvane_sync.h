@@ -59,8 +59,8 @@ void SyncFromKorvane(QBaseHandle base, KorvaneResults *results = nullptr, QBaseH
 // file in that folder. An empty folder means that of the row that creator and name select, if any.
 void SyncAppFromKorvane(QBaseHandle base, OSType creator, ConstStringPtr fileName, std::string_view folder);
 
-// For records that came from another base, into which the files were read with the results `read`: of the files that
-// match the buttons here, *results get what was seen. Without memory it counts as unknown.
+// For records that came from another base, into which the files were read with the results `read`: where the buttons
+// here do what the file says, *results get what was seen. Without memory it counts as unknown.
 void AdoptSeenFiles(QBaseHandle base, KorvaneResults read, KorvaneResults *results);
 
 } // namespace drevix

@@ -88,6 +88,31 @@ TEST_F(Menu, FileReadInPart_IsTold) {
     EXPECT_THAT(result.err, HasSubstr("let the companion dial's own program save it again"));
 }
 
+// What the companion wrote while the command ran was replaced without a word.
+TEST_F(Menu, ReplacedChange_IsTold) {
+    struct BusyCompanion : test::ScopedDisk {
+        int Open(const char *path, int flags, mode_t mode) override {
+            if (std::string_view(path).ends_with("/companion.lock")) { // just before the files are written
+                test::WriteWhole(FindKorvaneFileForApp("_System_"), "<HotKeys TargetApp='System'/>");
+                test::WriteWhole(FindKorvaneFileForApp("_System_"), fWritten);
+            }
+            return Disk::Open(path, flags, mode);
+        }
+        std::string fWritten = kHotKeys;
+    } companion;
+    EXPECT_EQ(Run("assign buttonI menu Filter").err, "");
+    companion.fWritten = "<HotKeys "
+                         "TargetApp='System'><HotKey><Menu>Filter</Menu><Key>2</Key><Device>pyralis</"
+                         "Device></HotKey></HotKeys>";
+    const test::Result result = Run("set ringSensitivity 130");
+    EXPECT_EQ(result.status, ExitStatus::Done);
+    EXPECT_THAT(result.err,
+                HasSubstr("note: the settings for buttons I, II and III replaced what another program "
+                          "had meanwhile changed in " +
+                          FindKorvaneFileForApp("_System_") + "; what "));
+    EXPECT_EQ(LoadKorvaneFileForApp("_System_")->HotKeys[0].Text(KorvaneKey::Key), "1");
+}
+
 TEST_F(Menu, OtherSettingsFiles_AreNotTheCompanions) {
     const std::string other = "--prefs " + fFolder.Path("other.prefs");
     Do(other + " assign buttonI menu Filter");

@@ -72,6 +72,57 @@ TEST_F(Earlier, CompanionsFileThatIsNotWritten_IsTold) {
     EXPECT_FALSE(fPane->mayClose()) << "it is to be read";
 }
 
+// What the companion wrote while the panel was in front was replaced by Apply, and nobody was told.
+TEST_F(Earlier, CompanionsChangeThatIsReplaced_IsToldOnce) {
+    const std::string file = FindKorvaneFileForApp("_System_");
+    std::filesystem::create_directories(std::filesystem::path(file).parent_path());
+    const auto write = [&](const std::string &binding) {
+        WriteWhole(file, "<HotKeys TargetApp=\"System\"><HotKey><Menu>Empty Trash</Menu>" + binding +
+                             "</HotKey><HotKey><Menu>Eject</Menu></HotKey></HotKeys>");
+        return ReadWhole(file);
+    };
+    write("");
+    Start();
+    ASSERT_TRUE(fPane->showControl(u"buttonII"_s));
+    ASSERT_TRUE(Choose("uiSettingsMenuAction", 3));
+    ASSERT_TRUE(Choose("uiSettingsMenuToolMenu", 2));
+    const std::string bound = write("<Key>1</Key><Device>pyralis</Device><VirtualKey>4</VirtualKey>");
+    Click("uiPaneButtonApply");
+    EXPECT_TRUE(fProblem.contains(TextOf(file)) && fProblem.contains(u"meanwhile changed"_s)) << fProblem;
+    const QStringList words = fProblem.chopped(1).split(u' ');
+    EXPECT_EQ(ReadWhole(words.constLast().toStdString()), bound) << "the copy that is named";
+    write("<Key>2</Key><Device>pyralis</Device>");
+    EXPECT_FALSE(fPane->mayClose()) << "what closing replaced is to be read";
+    EXPECT_TRUE(fPane->mayClose());
+    fPane->didSelect();
+    Edit();
+    Click("uiPaneButtonApply");
+    EXPECT_EQ(fProblem, u""_s);
+
+    // What came in when the panel came to the front, by Revert or with another program's save, is known.
+    GoAway();
+    write("<Key>1</Key><Device>pyralis</Device>");
+    ComeBack();
+    ASSERT_TRUE(fPane->showControl(u"buttonI"_s));
+    ASSERT_TRUE(Choose("uiSettingsMenuToolMenu", 2));
+    write("<Key>2</Key><Device>pyralis</Device>");
+    Click("uiPaneButtonRevert");
+    Edit();
+    Click("uiPaneButtonApply");
+    EXPECT_EQ(fProblem, u""_s);
+    write("<Key>3</Key><Device>pyralis</Device>");
+    AppPrefs theirs = fPane->WorkingCopy();
+    theirs.device[0].navSpeed = 7;
+    Save({theirs});
+    ASSERT_TRUE(QTest::qWaitFor(
+        [&] { return fPane->WorkingCopy().device[0].navSpeed == theirs.device[0].navSpeed; }));
+    ASSERT_TRUE(fPane->showControl(u"buttonII"_s));
+    ASSERT_TRUE(Choose("uiSettingsMenuToolMenu", 2));
+    Click("uiPaneButtonApply");
+    EXPECT_EQ(fProblem, u""_s);
+    EXPECT_EQ(LoadKorvaneFileForApp("_System_")->HotKeys[1].Text(KorvaneKey::Key), "3");
+}
+
 TEST_F(Earlier, KeptCopyOfAFailedExport_IsNamed) {
     const std::string path = fFolder.Path("all.veltrana");
     WriteWhole(path, std::string(200'000, 'x'));
