@@ -240,7 +240,7 @@ KorvaneFileResult UpdateRecords(std::initializer_list<QBaseHandle> bases, const 
     }
     const ButtonEntries entries = EntriesOf(list->HotKeys);
     *seen = std::move(list->HotKeys);
-    for (const QBaseHandle base : bases) {
+    for (QBaseHandle base : bases) {
         if (base != nullptr) {
             UpdateRecord(base, app.creator, app.fileName, entries);
         }
