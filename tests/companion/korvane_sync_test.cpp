@@ -283,93 +283,61 @@ TEST_F(KorvaneSync, FilesThatAreNotInStep_AreTold) {
 
 // What the companion had written since the last reading was replaced, and nobody was told.
 TEST_F(KorvaneSync, ChangesOfOthersThatAreReplaced_AreToldOnceAndKept) {
-    const std::string damaged = HotKeyFile({"A"}) + "<HotKey>";
-    const std::string laidOutOtherwise =
-        "<HotKeys TargetApp='A'><HotKey><Menu>A</Menu><Key>1</Key>"
-        "<Device>pyralis</Device><VirtualKey>4</VirtualKey></HotKey></HotKeys>";
     const std::string ours = HotKeyFile({"A|1|pyralis||4", "B"});
     struct Row {
         const char *what;
-        std::string read; // empty: no file yet
+        std::string read; // before; empty: no file yet
         std::string found;
         bool isTold;
-        std::string onI = "A"; // what the user has chosen since, if anything
+        std::string chosen = "A"; // on button I meanwhile
     };
     for (const Row &row : std::initializer_list<Row>{
              {"bound elsewhere", ours, HotKeyFile({"A", "B|1|pyralis||4"}), true},
              {"freed", ours, HotKeyFile({"A", "B"}), true},
              {"given to another device", ours, HotKeyFile({"A|7|tarnix||9", "B"}), true},
              {"a new one, bound", ours, HotKeyFile({"A|1|pyralis||4", "C|2|pyralis||16"}), true},
-             {"another title", ours, HotKeyFile({"A2|1|pyralis||4"}), true},
              {"a new file", "", HotKeyFile({"B|1|pyralis||4"}), true},
-             {"whole again", damaged, HotKeyFile({"B|1|pyralis||4"}), true},
+             {"whole again", ours + "<HotKey>", HotKeyFile({"B|1|pyralis||4"}), true},
              {"the same bytes", ours, ours, false, "B"},
-             {"another layout", ours, laidOutOtherwise, false, ""},
-             {"what nothing replaces", ours, HotKeyFile({"N", "M|5|tarnix||9", "A|1|pyralis||4"}), false, ""},
+             {"another layout", ours, ours + "<!-- -->", false, "B"},
+             {"what nothing replaces", ours, HotKeyFile({"N", "M|5|tarnix||9", "A|1|pyralis||4"}), false},
              {"what the user chose too", ours, HotKeyFile({"A", "B|1|pyralis||4"}), false, "B"},
              {"a new one, free", ours, HotKeyFile({"A|1|pyralis||4", "N"}), false, "N"},
+             {"nobody knows what was there", "a folder", HotKeyFile({"B|1|pyralis||4"}), false},
          }) {
         KorvaneResults results;
         std::filesystem::remove(fFolder.File(1));
-        if (!row.read.empty()) {
+        if (row.read == "a folder") {
+            std::filesystem::create_directory(fFolder.File(1));
+        } else if (!row.read.empty()) {
             fFolder.Write(1, row.read);
         }
-        Bind(1, kI, "A");
-        Slot(1, kIII) = {};
         SyncFromKorvane(fBase.get(), &results);
-        Bind(1, kI, row.onI);
-        Slot(1, kI).command = row.onI.empty() ? kActionNone : kActionToolMenu;
+        std::filesystem::remove(fFolder.File(1));
         fFolder.Write(1, row.found);
+        Bind(1, kI, row.chosen);
         {
             const FullDisk full; // a write that fails replaces nothing, and the next one tells
             SyncToKorvane(fBase.get(), &results);
             EXPECT_NE(results[1].state, KorvaneFileState::Replaced) << row.what;
         }
         SyncToKorvane(fBase.get(), &results);
-        EXPECT_EQ(results[1].state, row.isTold ? KorvaneFileState::Replaced : KorvaneFileState::InStep)
-            << row.what;
-        EXPECT_EQ(row.isTold ? ReadWhole(results[1].kept) : results[1].kept, row.isTold ? row.found : "")
-            << row.what;
+        EXPECT_EQ(results[1].state == KorvaneFileState::Replaced, row.isTold) << row.what;
+        EXPECT_EQ(row.isTold ? ReadWhole(results[1].kept) : row.found, row.found) << row.what;
         Bind(1, kI, "B"); // our own write is nobody else's change
         SyncToKorvane(fBase.get(), &results);
         EXPECT_EQ(results[1].state, KorvaneFileState::InStep) << row.what;
     }
-}
-
-TEST_F(KorvaneSync, OnlyWhatWasReadForTheseButtons_TellsOfChanges) {
-    const std::string found = HotKeyFile({"B|1|pyralis||4"});
-    const auto stateAfterSync = [&](KorvaneResults &results) {
-        fFolder.Write(1, found);
-        Bind(1, kI, "A");
-        SyncToKorvane(fBase.get(), &results);
-        return results[1].state;
-    };
-    struct UnreadableDisk : ScopedDisk {
-        int Open(const char *path, int flags, mode_t mode) override {
-            const bool isRefused = std::string_view(path).ends_with("/~hotkeys");
-            errno = EIO;
-            return isRefused ? -1 : Disk::Open(path, flags, mode);
-        }
-    };
-    KorvaneResults results;
-    {
-        const UnreadableDisk disk; // nobody may have written it since
-        SyncFromKorvane(fBase.get(), &results);
-    }
-    EXPECT_EQ(stateAfterSync(results), KorvaneFileState::InStep);
-
-    // What did not come in with another base, as the button was edited here, and what did.
-    fFolder.Write(1, found);
+    fFolder.Write(1, ours);
+    KorvaneResults seen;
     KorvaneResults read;
+    SyncFromKorvane(fBase.get(), &seen);
+    fFolder.Write(1, HotKeyFile({"A", "B|1|pyralis||4"}));
     SyncFromKorvane(fBase.get(), &read);
-    Bind(1, kI, "A");
-    AdoptSeenFiles(fBase.get(), std::move(read), &results);
-    EXPECT_EQ(stateAfterSync(results), KorvaneFileState::Replaced);
-    fFolder.Write(1, found);
-    read = {};
-    SyncFromKorvane(fBase.get(), &read);
-    AdoptSeenFiles(fBase.get(), std::move(read), &results);
-    EXPECT_EQ(stateAfterSync(results), KorvaneFileState::InStep);
+    Bind(1, kI, "A"); // a merge leaves it so where it was edited here
+    AdoptSeenFiles(fBase.get(), std::move(read), &seen);
+    SyncToKorvane(fBase.get(), &seen);
+    EXPECT_EQ(seen[1].state, KorvaneFileState::Replaced);
 }
 
 // Without memory a button was freed on the way, and stayed so in both files.
