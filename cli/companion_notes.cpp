@@ -50,13 +50,34 @@ std::string PathOf(std::size_t row) {
     return FindKorvaneFileForApp(kKorvaneApps[row].folder);
 }
 
+void Note(const std::string &text, std::ostream &err) {
+    err << PlainText("drevixctl: " + Translated("note: %1", text)) << '\n';
+}
+
+// Where a copy of what the file held is, if anywhere.
+std::string KeptAs(std::size_t row, const std::string &kept) {
+    return kept.empty() ? kept : "; " + Translated("what %1 held is kept as %2", PathOf(row), kept);
+}
+
 } // namespace
 
 void NoteKorvaneReading(const KorvaneResults &results, std::ostream &err) {
     for (std::size_t row = 0; row < results.size(); ++row) {
         if (const Sentence *sentence = SentenceFor(kReading, results[row])) {
-            err << PlainText("drevixctl: " + Translated("note: %1", Translated(sentence->text, PathOf(row))))
-                << '\n';
+            Note(Translated(sentence->text, PathOf(row)), err);
+        }
+    }
+}
+
+void NoteKorvaneReplacing(const KorvaneResults &results, std::ostream &err) {
+    for (std::size_t row = 0; row < results.size(); ++row) {
+        const auto &[state, status, kept, seen] = results[row];
+        if (state == KorvaneFileState::Replaced) {
+            Note(Translated("the settings for buttons I, II and III replaced what another program had "
+                            "meanwhile changed in %1",
+                            PathOf(row)) +
+                     KeptAs(row, kept),
+                 err);
         }
     }
 }
@@ -75,9 +96,7 @@ Outcome OutcomeOfKorvaneWriting(const KorvaneResults &results) {
 std::string KeptHotKeys() {
     std::string text;
     for (std::size_t row = 0; row < kKorvaneApps.size(); ++row) {
-        if (const std::string kept = FindKeptCopy(PathOf(row)); !kept.empty()) {
-            text += "; " + Translated("what %1 held is kept as %2", PathOf(row), kept);
-        }
+        text += KeptAs(row, FindKeptCopy(PathOf(row)));
     }
     return text;
 }

@@ -12,6 +12,9 @@ namespace drevix {
 // Writes a line to `err` for each file that was read only in part or not at all.
 void NoteKorvaneReading(const KorvaneResults &results, std::ostream &err);
 
+// Writes a line to `err` for each file in which a write replaced what another program had changed.
+void NoteKorvaneReplacing(const KorvaneResults &results, std::ostream &err);
+
 // Done, or Failed for the first file that does not match the saved settings.
 Outcome OutcomeOfKorvaneWriting(const KorvaneResults &results);
 

@@ -218,6 +218,9 @@ void Session::SayWhatElseCame(const SaveResult &result) const {
         Note(Translated("what %1 held before could not be kept in the history: %2", Path(),
                         Translated(StatusText(result.history))));
     }
+    if (result.wasTried) {
+        NoteKorvaneReplacing(fDocument.Companion(), fRequest.surroundings.err);
+    }
     if (result.replacedDamaged) {
         Note(Translated("%1 was damaged meanwhile; what it held is kept as %2", Path(),
                         Path() + kRefusedSuffix));

@@ -188,12 +188,15 @@ std::optional<KorvaneHotKeyList> ParseKorvaneFile(std::string bytes, bool *isWel
 
 // While the companion writes the file it is empty or incomplete. So read a malformed file until it is
 // well-formed or stops changing.
-std::optional<KorvaneHotKeyList> LoadKorvaneFile(const std::string &path) {
+std::optional<KorvaneHotKeyList> LoadKorvaneFile(const std::string &path, OSErr *result) {
     std::string before;
     for (int readings = 1;; ++readings) {
         std::string bytes;
         bool isWellFormed = false;
         const OSErr status = ThrowIfMemoryFull(ReadSharedFile(path, kXmlMaxBytes, &bytes));
+        if (result != nullptr) {
+            *result = status;
+        }
         if (status != noErr && status != fBsyErr) {
             return std::nullopt;
         }
@@ -218,12 +221,12 @@ std::string KorvaneFileText(const KorvaneHotKeyList &list) {
     return XmlDocumentText(root);
 }
 
-OSErr WriteKorvanePrefs(const KorvaneHotKeyList &list, const std::string &path) {
+OSErr WriteKorvanePrefs(const KorvaneHotKeyList &list, const std::string &path, std::string *old) {
     if (list.HotKeys.empty() || list.isPartial || list.HotKeys.size() > kMostKorvaneHotKeys) {
         return paramErr;
     }
     const std::string text = KorvaneFileText(list);
-    return text.size() > kXmlMaxBytes ? paramErr : WriteSharedFile(path, text);
+    return text.size() > kXmlMaxBytes ? paramErr : WriteSharedFile(path, text, old);
 }
 
 bool SaveKorvanePrefs(const KorvaneHotKeyList &list, const std::string &path) {

@@ -96,13 +96,18 @@ struct KorvaneHotKeyList {
 // hotkey file or names no target application. Retries for up to 20 ms while another program seems to be
 // writing the file. Reads what it can of a malformed file; where an interrupted write of ours left two texts in
 // the file, reads the one that is whole, and the next write repairs the file.
-[[nodiscard]] std::optional<KorvaneHotKeyList> LoadKorvaneFile(const std::string &path);
+// *status, if given, gets that of the last reading: noErr also for a file that is none of ours, fBsyErr, or the file's
+// error.
+[[nodiscard]] std::optional<KorvaneHotKeyList> LoadKorvaneFile(const std::string &path,
+                                                               OSErr *status = nullptr);
 [[nodiscard]] std::optional<KorvaneHotKeyList> LoadKorvaneFileForApp(std::string_view folder);
 // Writes the list to the file in place. False, with the file unchanged, for a list without hotkeys, a partial
 // one, one too long to be read again, or a failed write.
 [[nodiscard]] bool SaveKorvanePrefs(const KorvaneHotKeyList &list, const std::string &path);
-// The same with a status: noErr, paramErr for a list that cannot be written, or the file's error.
-[[nodiscard]] OSErr WriteKorvanePrefs(const KorvaneHotKeyList &list, const std::string &path);
+// The same with a status: noErr, paramErr for a list that cannot be written, or the file's error. `old` as for
+// WriteSharedFile ("platform/files/shared_file.h").
+[[nodiscard]] OSErr WriteKorvanePrefs(const KorvaneHotKeyList &list, const std::string &path,
+                                      std::string *old = nullptr);
 [[nodiscard]] bool SaveKorvanePrefsForApp(const KorvaneHotKeyList &list, std::string_view folder);
 // Convert a file's bytes to a list and back. *isWellFormed gets whether the bytes are well-formed XML.
 [[nodiscard]] std::optional<KorvaneHotKeyList> ParseKorvaneFile(std::string bytes, bool *isWellFormed);

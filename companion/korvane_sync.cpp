@@ -13,7 +13,10 @@
 #include <array>
 #include <charconv>
 #include <cstring>
+#include <initializer_list>
+#include <iterator>
 #include <new>
+#include <set>
 #include <tuple>
 
 namespace drevix {
@@ -27,9 +30,6 @@ struct Button {
 };
 // In search order. Key 2 is button III.
 constexpr auto kButtons = std::to_array<Button>({{1, 18, 4}, {2, 20, 16}, {3, 19, 8}});
-
-constexpr auto kBindingKeys =
-    std::to_array({KorvaneKey::Key, KorvaneKey::Device, KorvaneKey::Modifier, KorvaneKey::VirtualKey});
 
 constexpr std::uint16_t kNotificationPort = 5539;
 constexpr int kMostTries = 5;                          // for a file that another program is writing
@@ -62,51 +62,92 @@ void UpdateHotKey(KorvaneHotKey &hotKey, AppPrefs &prefs) {
     }
 }
 
-// What a button may change, as text. Do not copy the hotkey itself: if memory runs out, the library's copy of
+// A hotkey's values as text, the title first. Do not copy the hotkey itself: if memory runs out, the library's copy of
 // a variant with a string destroys a value that it never constructed.
-std::array<std::string, kBindingKeys.size()> BindingOf(const KorvaneHotKey &hotKey) {
-    std::array<std::string, kBindingKeys.size()> texts;
-    std::ranges::transform(kBindingKeys, texts.begin(), [&](KorvaneKey key) { return hotKey.Text(key); });
+using HotKeyTexts = std::array<std::string, kKorvaneKeyNames.size()>;
+
+HotKeyTexts TextsOf(const KorvaneHotKey &hotKey) {
+    HotKeyTexts texts;
+    for (std::size_t i = 0; i < texts.size(); ++i) {
+        texts[i] = hotKey.Text(static_cast<KorvaneKey>(i));
+    }
     return texts;
 }
 
-// Returns whether any hotkey has changed.
-bool UpdateHotKeys(KorvaneHotKeyList &list, QBaseHandle base, const KorvaneApp &app) {
+// Returns the hotkeys that have changed, as they were.
+std::vector<HotKeyTexts> UpdateHotKeys(std::vector<KorvaneHotKey> &hotKeys, QBaseHandle base,
+                                       const KorvaneApp &app) {
     const LockedBase lock(base);
-    bool isChanged = false;
+    std::vector<HotKeyTexts> replaced;
     if (AppPrefs *prefs = KorvaneFindAppPrefs(base, app.creator, app.fileName)) {
-        for (KorvaneHotKey &hotKey : list.HotKeys) {
-            const auto before = BindingOf(hotKey);
+        for (KorvaneHotKey &hotKey : hotKeys) {
+            HotKeyTexts before = TextsOf(hotKey);
             UpdateHotKey(hotKey, *prefs);
-            isChanged = isChanged || before != BindingOf(hotKey);
+            if (before != TextsOf(hotKey)) {
+                replaced.push_back(std::move(before));
+            }
         }
     }
-    return isChanged;
+    return replaced;
+}
+
+// Whether any of the replaced hotkeys had been changed by another program since they were seen. A new one without a
+// binding had nothing to lose.
+bool HasOthersChanges(const std::vector<HotKeyTexts> &replaced, const std::vector<KorvaneHotKey> &seen) {
+    if (replaced.empty()) {
+        return false; // as nearly always
+    }
+    std::set<HotKeyTexts> known;
+    std::ranges::transform(seen, std::inserter(known, known.end()), TextsOf);
+    return std::ranges::any_of(replaced, [&](const HotKeyTexts &texts) {
+        const HotKeyTexts unbound = {texts[0]};
+        const auto titled = known.lower_bound(unbound);
+        const bool isNew = titled == known.end() || (*titled)[0] != texts[0];
+        return isNew ? texts != unbound : !known.contains(texts);
+    });
+}
+
+// Writes an updated list back and notes it as seen.
+KorvaneFileResult WriteFile(KorvaneHotKeyList &list, const std::string &path,
+                            const std::vector<HotKeyTexts> &replaced, SeenHotKeys *seen) {
+    const bool isReplaced = *seen && HasOthersChanges(replaced, **seen);
+    KorvaneFileResult result;
+    result.status = WriteKorvanePrefs(list, path, isReplaced ? &result.kept : nullptr);
+    if (result.status == noErr) {
+        result.state = isReplaced ? KorvaneFileState::Replaced : KorvaneFileState::InStep;
+        *seen = std::move(list.HotKeys);
+        return result;
+    }
+    // A failed write leaves the old file, and the next one tries again; where the disk does not even take the old bytes,
+    // they are kept elsewhere, and the file is as nobody has written it.
+    const bool isTorn = !FindKeptCopy(path).empty();
+    if (isTorn) {
+        seen->reset();
+    }
+    if (isTorn || !replaced.empty()) {
+        result.state = result.status == paramErr ? KorvaneFileState::TooLong : KorvaneFileState::NotWritten;
+    }
+    return result;
 }
 
 // Write back only if the file is still as read. Otherwise we would undo a change by the companion, or make a
 // half-written file permanent.
-KorvaneFileResult UpdateFile(QBaseHandle base, const KorvaneApp &app, bool isOurTurn) try {
+KorvaneFileResult UpdateFile(QBaseHandle base, const KorvaneApp &app, bool isOurTurn, SeenHotKeys *seen) try {
     const std::string path = FindKorvaneFileForApp(app.folder);
     for (int tries = isOurTurn ? 0 : kMostTries; tries <= kMostTries; ++tries) {
         auto list = LoadKorvaneFile(path);
         if (!list || list->HotKeys.empty()) {
             return {};
         }
-        const bool isInStep = !UpdateHotKeys(*list, base, app);
+        const std::vector<HotKeyTexts> replaced = UpdateHotKeys(list->HotKeys, base, app);
         if (list->isPartial) {
             return {KorvaneFileState::ReadInPart, noErr};
         }
         if (tries == kMostTries) {
-            return {isInStep ? KorvaneFileState::InStep : KorvaneFileState::InUse, fBsyErr};
+            return {replaced.empty() ? KorvaneFileState::InStep : KorvaneFileState::InUse, fBsyErr};
         }
         if (IsKorvaneFileUnchanged(*list, app.folder)) {
-            // A failed write leaves the old file, and the next one tries again; where the disk does not even take
-            // the old bytes, they are kept elsewhere.
-            const OSErr status = WriteKorvanePrefs(*list, path);
-            const bool isLost = status != noErr && (!isInStep || !FindKeptCopy(path).empty());
-            const auto state = status == paramErr ? KorvaneFileState::TooLong : KorvaneFileState::NotWritten;
-            return {isLost ? state : KorvaneFileState::InStep, status};
+            return WriteFile(*list, path, replaced, seen);
         }
     }
     return {};
@@ -144,44 +185,65 @@ void SetSlot(ActionSlot &slot, ActionCommand command, std::uint32_t crc) {
     slot.data[0] = 0;
 }
 
-void UpdateSlots(AppPrefs &prefs, const KorvaneHotKeyList &list) {
-    for (const Button &button : kButtons) {
-        if (SlotOf(prefs, button).command == kActionToolMenu) {
-            SetSlot(SlotOf(prefs, button), kActionNone, 0);
-        }
-    }
-    for (const KorvaneHotKey &hotKey : list.HotKeys) {
+// What a file says of each button: the checksum of its entry, if any.
+using ButtonEntries = std::array<std::optional<std::uint32_t>, kButtons.size()>;
+
+ButtonEntries EntriesOf(const std::vector<KorvaneHotKey> &hotKeys) {
+    ButtonEntries entries;
+    for (const KorvaneHotKey &hotKey : hotKeys) {
         if (hotKey.Text(KorvaneKey::Device) != kKorvaneDevice) {
             continue;
         }
         const auto *button =
             std::ranges::find(kButtons, IntegerValue(hotKey.Text(KorvaneKey::Key)), &Button::key);
         if (button != kButtons.end()) {
-            SetSlot(SlotOf(prefs, *button), kActionToolMenu, KorvaneStringCRC(hotKey.Text(KorvaneKey::Menu)));
+            entries[static_cast<std::size_t>(button - kButtons.begin())] =
+                KorvaneStringCRC(hotKey.Text(KorvaneKey::Menu));
         }
+    }
+    return entries;
+}
+
+// Whether the record has changed.
+bool UpdateSlots(AppPrefs &prefs, const ButtonEntries &entries) {
+    const AppPrefs before = prefs;
+    for (std::size_t i = 0; i < entries.size(); ++i) {
+        ActionSlot &slot = SlotOf(prefs, kButtons[i]);
+        if (entries[i]) {
+            SetSlot(slot, kActionToolMenu, *entries[i]);
+        } else if (slot.command == kActionToolMenu) {
+            SetSlot(slot, kActionNone, 0);
+        }
+    }
+    return std::memcmp(&before, &prefs, sizeof(before)) != 0;
+}
+
+void UpdateRecord(QBaseHandle base, OSType creator, ConstStringPtr fileName, const ButtonEntries &entries) {
+    const LockedBase lock(base);
+    AppPrefs *prefs = KorvaneFindAppPrefs(base, creator, fileName);
+    if (prefs != nullptr && UpdateSlots(*prefs, entries)) {
+        QBaseSetRecordsChanged(base, true);
     }
 }
 
-// As SyncAppFromKorvane.
-KorvaneFileResult UpdateRecord(QBaseHandle base, OSType creator, ConstStringPtr fileName,
-                               std::string_view folder) try {
-    if (folder.empty()) {
-        folder = FindKorvaneName(creator, fileName).value_or("");
+// As SyncAppFromKorvane, for each base. What takes memory comes before the first change.
+KorvaneFileResult UpdateRecords(std::initializer_list<QBaseHandle> bases, const KorvaneApp &app,
+                                SeenHotKeys *seen) try {
+    OSErr status = noErr;
+    auto list = LoadKorvaneFile(FindKorvaneFileForApp(app.folder), &status);
+    if (!list || list->isPartial) { // an unreadable hotkey is no reason to free a button
+        const bool isUnknown = !list && status != noErr && status != fnfErr && status != dirNFErr;
+        if (!*seen && !isUnknown) {
+            seen->emplace();
+        }
+        return {list ? KorvaneFileState::ReadInPart : KorvaneFileState::InStep, noErr};
     }
-    const auto list = folder.empty() ? std::nullopt : LoadKorvaneFileForApp(folder);
-    if (list && list->isPartial) { // an unreadable hotkey is no reason to free a button
-        return {KorvaneFileState::ReadInPart, noErr};
-    }
-    const LockedBase lock(base);
-    AppPrefs *prefs = list ? KorvaneFindAppPrefs(base, creator, fileName) : nullptr;
-    if (prefs == nullptr) {
-        return {};
-    }
-    AppPrefs updated = *prefs; // a copy, in case memory runs out midway
-    UpdateSlots(updated, *list);
-    if (std::memcmp(&updated, prefs, sizeof(updated)) != 0) {
-        *prefs = updated;
-        QBaseSetRecordsChanged(base, true);
+    const ButtonEntries entries = EntriesOf(list->HotKeys);
+    *seen = std::move(list->HotKeys);
+    for (QBaseHandle base : bases) {
+        if (base != nullptr) {
+            UpdateRecord(base, app.creator, app.fileName, entries);
+        }
     }
     return {};
 } catch (const std::bad_alloc &) {
@@ -199,7 +261,9 @@ std::int32_t SyncToKorvane(QBaseHandle base, KorvaneResults *results) try {
     const bool isOurTurn = turn.Acquire(kLockName, kLongestTurn) != fBsyErr;
     for (std::size_t row = 0; row < each.size(); ++row) {
         if (each[row].state != KorvaneFileState::NotRead) { // else the buttons do not know yet what it says
-            each[row] = UpdateFile(base, kKorvaneApps[row], isOurTurn);
+            auto seen = std::move(each[row].seen);
+            each[row] = UpdateFile(base, kKorvaneApps[row], isOurTurn, &seen);
+            each[row].seen = std::move(seen);
         }
     }
     turn.Release();
@@ -211,17 +275,44 @@ std::int32_t SyncToKorvane(QBaseHandle base, KorvaneResults *results) try {
     return kSocketNoAddress;
 }
 
-void SyncFromKorvane(QBaseHandle base, KorvaneResults *results) {
+void SyncFromKorvane(QBaseHandle base, KorvaneResults *results, QBaseHandle other) {
     KorvaneResults unasked;
     KorvaneResults &each = results != nullptr ? *results : unasked;
     MendFilesCutShort();
-    std::ranges::transform(kKorvaneApps, each.begin(), [base](const KorvaneApp &app) {
-        return UpdateRecord(base, app.creator, app.fileName, app.folder);
-    });
+    for (std::size_t row = 0; row < each.size(); ++row) {
+        auto seen = std::move(each[row].seen);
+        each[row] = UpdateRecords({base, other}, kKorvaneApps[row], &seen);
+        each[row].seen = std::move(seen);
+    }
 }
 
 void SyncAppFromKorvane(QBaseHandle base, OSType creator, ConstStringPtr fileName, std::string_view folder) {
-    std::ignore = UpdateRecord(base, creator, fileName, folder);
+    if (folder.empty()) {
+        folder = FindKorvaneName(creator, fileName).value_or("");
+    }
+    if (!folder.empty()) {
+        SeenHotKeys unasked;
+        std::ignore = UpdateRecords({base}, {creator, fileName, folder}, &unasked);
+    }
+}
+
+void AdoptSeenFiles(QBaseHandle base, KorvaneResults read, KorvaneResults *results) try {
+    const LockedBase lock(base);
+    for (std::size_t row = 0; row < read.size(); ++row) {
+        const KorvaneApp &app = kKorvaneApps[row];
+        SeenHotKeys &seen = read[row].seen;
+        const AppPrefs *prefs = KorvaneFindAppPrefs(base, app.creator, app.fileName);
+        if (seen && !seen->empty() && prefs != nullptr) {
+            AppPrefs copy = *prefs;
+            if (!UpdateSlots(copy, EntriesOf(*seen))) {
+                (*results)[row].seen = std::move(seen);
+            }
+        }
+    }
+} catch (const std::bad_alloc &) {
+    for (KorvaneFileResult &result : *results) {
+        result.seen.reset();
+    }
 }
 
 } // namespace drevix

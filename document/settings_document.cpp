@@ -53,6 +53,12 @@ struct SettingsDocument::Reading {
     }
 };
 
+struct SettingsDocument::RecordsBeforeEdits {
+    QBaseOwner base; // null: none, or no memory
+    // Each in fBeforeEdits, with its number in the base.
+    std::vector<std::pair<AppPrefs *, RecordNumber>> records;
+};
+
 SettingsDocument::SettingsDocument(FSRef resources, std::uint32_t version)
     : fResources(std::move(resources)), fVersion(version) {}
 
@@ -364,44 +370,51 @@ bool SettingsDocument::Merge(Reading &theirs, OutsideChanges *outside) {
     fHeldSettings = true;
     fIsSettled = theirs.isSettled;
     QBaseSetReadOnly(fBase.get(), false);
+    AdoptSeenFiles(fBase.get(), std::move(companion), &fCompanion);
     *outside = std::move(merged->outside);
     LogStep("document", outside->conflicts.empty() ? "merged" : "merged with conflicts", fPath, noErr);
     return true;
 }
 
+// What the companion changes is no edit: the records as they were before the edits get it too.
 void SettingsDocument::TakeCompanionChanges() {
     fCountUnsaved.reset();
-    if (Owner() == Ownership::UsersOwn) {
-        SyncFromKorvane(fBase.get(), &fCompanion);
-        TakeCompanionChangesBeforeEdits();
+    if (Owner() != Ownership::UsersOwn) {
+        return;
+    }
+    const RecordsBeforeEdits before = CopyBeforeEdits();
+    SyncFromKorvane(fBase.get(), &fCompanion, before.base.get());
+    for (const auto &[record, number] : before.records) {
+        if (const AppPrefs *synced = GetAppPrefs(before.base.get(), number)) {
+            *record = *synced;
+        }
     }
 }
 
-// What the companion changes is no edit: the records as they were before the edits get it too. They are looked for where
-// those of the base are. Without memory they stay, and too much counts as unsaved.
-void SettingsDocument::TakeCompanionChangesBeforeEdits() {
-    const QBaseOwner base = fBeforeEdits.empty() ? nullptr : CopyBase(fBase.get());
-    if (base == nullptr) {
-        return;
+// They are looked for where those of the base are. Without memory they stay, and too much counts as unsaved.
+SettingsDocument::RecordsBeforeEdits SettingsDocument::CopyBeforeEdits() try {
+    RecordsBeforeEdits before = {fBeforeEdits.empty() ? nullptr : CopyBase(fBase.get()), {}};
+    if (before.base == nullptr) {
+        return before;
     }
-    const KeyedRecords records = RecordsByKey(base.get());
-    std::vector<std::pair<AppPrefs *, RecordNumber>> before;
+    const KeyedRecords records = RecordsByKey(before.base.get());
     for (auto &[key, record] : fBeforeEdits) {
         if (record) {
             const auto here = records.find(key);
             const RecordNumber number =
                 here == records.end()
-                    ? QBaseAddRecord(base.get(), &*record, sizeof *record)
-                    : QBaseReplaceRecord(base.get(), here->second, &*record, sizeof *record);
-            before.emplace_back(&*record, number);
+                    ? QBaseAddRecord(before.base.get(), &*record, sizeof *record)
+                    : QBaseReplaceRecord(before.base.get(), here->second, &*record, sizeof *record);
+            before.records.emplace_back(&*record, number);
         }
     }
-    SyncFromKorvane(base.get());
-    for (const auto &[record, number] : before) {
-        if (const AppPrefs *synced = GetAppPrefs(base.get(), number)) {
-            *record = *synced;
-        }
-    }
+    return before;
+} catch (const std::bad_alloc &) {
+    return {};
+}
+
+void SettingsDocument::WriteCompanionFiles() {
+    std::ignore = SyncToKorvane(fBase.get(), &fCompanion); // the companion may not be installed
 }
 
 OSErr SettingsDocument::Lock(std::chrono::milliseconds wait) {
@@ -429,8 +442,7 @@ OSErr SettingsDocument::TrySave(std::chrono::milliseconds wait, SaveResult *resu
         status = LookBeforeSave(result);
     }
     if (status == noErr) {
-        result->wasTried = true;
-        status = Write(&result->history);
+        status = Write(result);
     }
     LogStep("document", "saved", fPath, status);
     return status;
@@ -459,20 +471,21 @@ OSErr SettingsDocument::LookBeforeSave(SaveResult *result) {
 
 // After a failure the new file may still be in place but not flushed. It then is our own write, not another
 // program's change.
-OSErr SettingsDocument::Write(OSErr *history) {
+OSErr SettingsDocument::Write(SaveResult *result) {
     QBaseOwner written = CopyBase(fBase.get());
     if (written == nullptr) {
         return memFullErr;
     }
     ValidateDevicePrefs(written.get()); // as a read will return it
+    result->wasTried = true;
     const bool isOwn = Owner() == Ownership::UsersOwn;
     if (isOwn) {
-        std::ignore = SyncToKorvane(fBase.get(), &fCompanion); // the companion may not be installed
+        WriteCompanionFiles();
     }
     Forerunner forerunner;
     const OSErr prepared = fHeldSettings ? forerunner.Prepare(fPath) : OSErr{noErr};
-    const OSErr status = SaveDevicePrefsToPath(fBase.get(), fPath, forerunner.Path(), history);
-    *history = prepared != noErr ? prepared : *history;
+    const OSErr status = SaveDevicePrefsToPath(fBase.get(), fPath, forerunner.Path(), &result->history);
+    result->history = prepared != noErr ? prepared : result->history;
     forerunner.Finish();
     fIsSettled = false; // the file may already be another program's
     if (status != noErr) {

@@ -138,6 +138,8 @@ class SettingsDocument {
     // Copies the companion's menu entries into the records (the companion's are right when the panel comes to
     // the front). Not an edit.
     void TakeCompanionChanges();
+    // Writes the companion's files from the base and notifies the companion, as a save does, but saves nothing.
+    void WriteCompanionFiles();
     // The results of last reading or writing the companion's files for this document.
     [[nodiscard]] const KorvaneResults &Companion() const { return fCompanion; }
 
@@ -166,6 +168,8 @@ class SettingsDocument {
     using RecordKey = std::string;
     // The file as it was found.
     struct Reading;
+    // fBeforeEdits in a base of its own.
+    struct RecordsBeforeEdits;
 
     OSErr Locate();
     OSErr MakePlace();
@@ -174,9 +178,9 @@ class SettingsDocument {
     bool Merge(Reading &theirs, OutsideChanges *outside);
     OSErr TrySave(std::chrono::milliseconds wait, SaveResult *result);
     OSErr LookBeforeSave(SaveResult *result);
-    OSErr Write(OSErr *history);
+    OSErr Write(SaveResult *result);
     void NoteAlike(const AppPrefs &record, bool isAdded);
-    void TakeCompanionChangesBeforeEdits();
+    [[nodiscard]] RecordsBeforeEdits CopyBeforeEdits();
 
     FSRef fResources;
     std::uint32_t fVersion;

@@ -254,9 +254,8 @@ void DrevixPane::GetPrefsFromBase() {
 
 void DrevixPane::SavePrefsToBase() {
     KeepEdits();
-    KorvaneResults results = {};
-    std::ignore = SyncToKorvane(fDrevixBase, &results); // nobody may listen
-    TellCompanionProblems(results);
+    fDocument.WriteCompanionFiles();
+    TellCompanionProblems(fDocument.Companion());
 }
 
 void DrevixPane::KeepEdits() {

@@ -72,25 +72,33 @@ QString HistoryKeys() {
 }
 
 // Which files of the companion a write has left other than the buttons, that they win, and what is kept of one that was
-// cut short.
+// cut short; and in which it replaced what another program had changed.
 QStringList CompanionProblems(const KorvaneResults &results) {
     QStringList problems;
     for (std::size_t row = 0; row < results.size(); ++row) {
         const KorvaneFileState state = results[row].state;
+        const std::string path = FindKorvaneFileForApp(kKorvaneApps[row].folder);
+        std::string kept;
         const bool isInUse = state == KorvaneFileState::InUse;
         const bool isTooLong = state == KorvaneFileState::TooLong;
         if (isInUse || isTooLong || state == KorvaneFileState::NotWritten) {
             const QString why = isInUse     ? DrevixPane::tr("another program kept writing it")
                                 : isTooLong ? DrevixPane::tr("it is too long")
                                             : StatusSentence(results[row].status);
-            const std::string path = FindKorvaneFileForApp(kKorvaneApps[row].folder);
             problems +=
                 DrevixPane::tr("The companion dial's file %1 could not be written: %2. Its entries hold "
                                "again for buttons I, II and III when it is next read.")
                     .arg(TextOf(path), why);
-            if (const std::string kept = FindKeptCopy(path); !kept.empty()) {
-                problems += DrevixPane::tr("What it held is kept as %1.").arg(TextOf(kept));
-            }
+            kept = FindKeptCopy(path);
+        } else if (state == KorvaneFileState::Replaced) {
+            problems +=
+                DrevixPane::tr("Your settings for buttons I, II and III replaced what another program "
+                               "had meanwhile changed in the companion dial's file %1.")
+                    .arg(TextOf(path));
+            kept = results[row].kept;
+        }
+        if (!kept.empty()) {
+            problems += DrevixPane::tr("What it held is kept as %1.").arg(TextOf(kept));
         }
     }
     return problems;
@@ -182,9 +190,9 @@ OSErr DrevixPane::SaveBaseToFile(std::chrono::milliseconds wait) {
         ShowProblem(result.status == noErr ? problems.join(QLatin1Char(' ')) : QString());
     }
     AskAbout(result.outside.conflicts);
-    const bool isOtherFileLeft =
+    const bool isCompanionTold =
         result.status == noErr && !CompanionProblems(fDocument.Companion()).isEmpty();
-    fIsConflictShown = fIsConflictShown || isOtherFileLeft;
+    fIsConflictShown = fIsConflictShown || isCompanionTold;
     return result.status;
 }
 

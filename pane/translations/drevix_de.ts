@@ -2208,6 +2208,10 @@
         <translation>Die Datei %1 des Begleitgeräts konnte nicht geschrieben werden: %2. Ihre Einträge gelten für die Tasten I, II und III wieder, sobald sie das nächste Mal gelesen wird.</translation>
     </message>
     <message>
+        <source>Your settings for buttons I, II and III replaced what another program had meanwhile changed in the companion dial&apos;s file %1.</source>
+        <translation>Ihre Einstellungen für die Tasten I, II und III haben ersetzt, was ein anderes Programm inzwischen in der Datei %1 des Begleitgeräts geändert hatte.</translation>
+    </message>
+    <message>
         <source>What it held is kept as %1.</source>
         <translation>Ihr Inhalt ist als %1 aufgehoben.</translation>
     </message>

@@ -294,6 +294,17 @@ void KeptBytes::Drop() {
     }
 }
 
+std::string KeptBytes::DropToOld() try {
+    std::string old = WithSuffix(fNote, kOldSuffix);
+    const std::string folder = FolderOfPath(old);
+    const bool isOld = CurrentDisk().Rename(fKept.c_str(), old.c_str()) == 0;
+    Drop();
+    return isOld && FlushFolder(folder) == noErr ? old : std::string();
+} catch (const std::bad_alloc &) {
+    Drop();
+    return {};
+}
+
 void MendFilesCutShort() try {
     std::string folder;
     std::vector<std::string> names;

@@ -34,6 +34,8 @@ class KeptBytes {
 
     // Lets the copy go. The file is whole.
     void Drop();
+    // The same, but the copy stays for a month as "DIGITS.old". Returns its path; empty if it could not stay.
+    [[nodiscard]] std::string DropToOld();
 
   private:
     UserLock fTurn;

@@ -108,7 +108,7 @@ OSErr WriteBack(FileRef file, std::string_view old, std::string_view bytes, bool
 }
 
 // Writes the bytes over those of an open file. A copy that could not be put back stays for the next program.
-OSErr Replace(const RegularFile &opened, std::string_view bytes) {
+OSErr Replace(const RegularFile &opened, std::string_view bytes, std::string *oldCopy) {
     KeptBytes kept;
     OSErr status = kept.TakeTurn();
     std::string old; // read only now: what another program had left may have been put right just before
@@ -127,7 +127,9 @@ OSErr Replace(const RegularFile &opened, std::string_view bytes) {
     }
     bool isCut = false;
     status = WriteOver(opened.file.Get(), old, bytes, &isCut);
-    if (status == noErr || WriteBack(opened.file.Get(), old, bytes, isCut) == noErr) {
+    if (status == noErr && oldCopy != nullptr) {
+        *oldCopy = kept.DropToOld();
+    } else if (status == noErr || WriteBack(opened.file.Get(), old, bytes, isCut) == noErr) {
         kept.Drop();
     }
     return status;
@@ -143,11 +145,14 @@ OSErr ReadSharedFile(const std::string &path, std::size_t most, std::string *byt
     return memFullErr;
 }
 
-OSErr WriteSharedFile(const std::string &path, std::string_view bytes) try {
+OSErr WriteSharedFile(const std::string &path, std::string_view bytes, std::string *old) try {
+    if (old != nullptr) {
+        old->clear();
+    }
     RegularFile opened;
     OSErr status = OpenRegular(path, fsRdWrPerm, &opened);
     if (status != fnfErr) {
-        return status == noErr ? Replace(opened, bytes) : status;
+        return status == noErr ? Replace(opened, bytes, old) : status;
     }
     {
         const DiskDescriptor made(

@@ -19,6 +19,8 @@ namespace drevix {
 // for longer than a second; or the file's error. After a failure the old bytes are back, or FindKeptCopy says where
 // they are; without room for that copy nothing is touched. A file that holds these very bytes is written over them, and
 // at no moment holds anything else.
-[[nodiscard]] OSErr WriteSharedFile(const std::string &path, std::string_view bytes);
+// With `old`, a copy of other bytes that were replaced stays for a month; *old gets its path, or is empty.
+[[nodiscard]] OSErr WriteSharedFile(const std::string &path, std::string_view bytes,
+                                    std::string *old = nullptr);
 
 } // namespace drevix

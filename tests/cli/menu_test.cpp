@@ -88,6 +88,25 @@ TEST_F(Menu, FileReadInPart_IsTold) {
     EXPECT_THAT(result.err, HasSubstr("let the companion dial's own program save it again"));
 }
 
+// What the companion wrote while the command ran was replaced without a word.
+TEST_F(Menu, ReplacedChange_IsTold) {
+    Do("assign buttonI menu Filter");
+    struct BusyCompanion : test::ScopedDisk {
+        int Open(const char *path, int flags, mode_t mode) override {
+            if (std::string_view(path).ends_with("/companion.lock")) { // just before the files are written
+                test::WriteWhole(FindKorvaneFileForApp("_System_"), kHotKeys);
+            }
+            return Disk::Open(path, flags, mode);
+        }
+    } companion;
+    const test::Result result = Run("set ringSensitivity 130");
+    EXPECT_EQ(result.status, ExitStatus::Done);
+    const std::string file = FindKorvaneFileForApp("_System_");
+    EXPECT_THAT(result.err,
+                HasSubstr("meanwhile changed in " + file + "; what " + file + " held is kept as "));
+    EXPECT_EQ(Device(0), kKorvaneDevice);
+}
+
 TEST_F(Menu, OtherSettingsFiles_AreNotTheCompanions) {
     const std::string other = "--prefs " + fFolder.Path("other.prefs");
     Do(other + " assign buttonI menu Filter");

@@ -281,6 +281,65 @@ TEST_F(KorvaneSync, FilesThatAreNotInStep_AreTold) {
                                                State::InStep));
 }
 
+// What the companion had written since the last reading was replaced, and nobody was told.
+TEST_F(KorvaneSync, ChangesOfOthersThatAreReplaced_AreToldOnceAndKept) {
+    const std::string ours = HotKeyFile({"A|1|pyralis||4", "B"});
+    struct Row {
+        const char *what;
+        std::string read; // before; empty: no file yet
+        std::string found;
+        bool isTold;
+        std::string chosen = "A"; // on button I meanwhile
+    };
+    for (const Row &row : std::initializer_list<Row>{
+             {"bound elsewhere", ours, HotKeyFile({"A", "B|1|pyralis||4"}), true},
+             {"freed", ours, HotKeyFile({"A", "B"}), true},
+             {"given to another device", ours, HotKeyFile({"A|7|tarnix||9", "B"}), true},
+             {"a new one, bound", ours, HotKeyFile({"A|1|pyralis||4", "C|2|pyralis||16"}), true},
+             {"a new file", "", HotKeyFile({"B|1|pyralis||4"}), true},
+             {"whole again", ours + "<HotKey>", HotKeyFile({"B|1|pyralis||4"}), true},
+             {"the same bytes", ours, ours, false, "B"},
+             {"another layout", ours, ours + "<!-- -->", false, "B"},
+             {"what nothing replaces", ours, HotKeyFile({"N", "M|5|tarnix||9", "A|1|pyralis||4"}), false},
+             {"what the user chose too", ours, HotKeyFile({"A", "B|1|pyralis||4"}), false, "B"},
+             {"a new one, free", ours, HotKeyFile({"A|1|pyralis||4", "N"}), false, "N"},
+             {"nobody knows what was there", "a folder", HotKeyFile({"B|1|pyralis||4"}), false},
+         }) {
+        KorvaneResults results;
+        std::filesystem::remove(fFolder.File(1));
+        if (row.read == "a folder") {
+            std::filesystem::create_directory(fFolder.File(1));
+        } else if (!row.read.empty()) {
+            fFolder.Write(1, row.read);
+        }
+        SyncFromKorvane(fBase.get(), &results);
+        std::filesystem::remove(fFolder.File(1));
+        fFolder.Write(1, row.found);
+        Bind(1, kI, row.chosen);
+        {
+            const FullDisk full; // a write that fails replaces nothing, and the next one tells
+            SyncToKorvane(fBase.get(), &results);
+            EXPECT_NE(results[1].state, KorvaneFileState::Replaced) << row.what;
+        }
+        SyncToKorvane(fBase.get(), &results);
+        EXPECT_EQ(results[1].state == KorvaneFileState::Replaced, row.isTold) << row.what;
+        EXPECT_EQ(row.isTold ? ReadWhole(results[1].kept) : row.found, row.found) << row.what;
+        Bind(1, kI, "B"); // our own write is nobody else's change
+        SyncToKorvane(fBase.get(), &results);
+        EXPECT_EQ(results[1].state, KorvaneFileState::InStep) << row.what;
+    }
+    fFolder.Write(1, ours);
+    KorvaneResults seen;
+    KorvaneResults read;
+    SyncFromKorvane(fBase.get(), &seen);
+    fFolder.Write(1, HotKeyFile({"A", "B|1|pyralis||4"}));
+    SyncFromKorvane(fBase.get(), &read);
+    Bind(1, kI, "A"); // a merge leaves it so where it was edited here
+    AdoptSeenFiles(fBase.get(), std::move(read), &seen);
+    SyncToKorvane(fBase.get(), &seen);
+    EXPECT_EQ(seen[1].state, KorvaneFileState::Replaced);
+}
+
 // Without memory a button was freed on the way, and stayed so in both files.
 TEST_F(KorvaneSync, MissingMemory_LeavesButtonsAndFilesAsTheyWereAndIsTold) {
     const std::string title = "A title that takes memory of its own";

@@ -72,6 +72,50 @@ TEST_F(Earlier, CompanionsFileThatIsNotWritten_IsTold) {
     EXPECT_FALSE(fPane->mayClose()) << "it is to be read";
 }
 
+// What the companion wrote while the panel was in front was replaced by Apply, and nobody was told.
+TEST_F(Earlier, CompanionsChangeThatIsReplaced_IsToldOnce) {
+    const std::string file = FindKorvaneFileForApp("_System_");
+    std::filesystem::create_directories(std::filesystem::path(file).parent_path());
+    const auto bind = [&](const std::string &key) {
+        WriteWhole(
+            file, "<HotKeys TargetApp=\"System\"><HotKey><Menu>Empty Trash</Menu><Key>" + key +
+                      "</Key><Device>pyralis</Device></HotKey><HotKey><Menu>Eject</Menu></HotKey></HotKeys>");
+        return ReadWhole(file);
+    };
+    const auto eject = [&](const QString &control) {
+        return fPane->showControl(control) && Choose("uiSettingsMenuAction", 3) &&
+               Choose("uiSettingsMenuToolMenu", 2);
+    };
+    bind("");
+    Start();
+    ASSERT_TRUE(eject(u"buttonII"_s));
+    const std::string bound = bind("1");
+    Click("uiPaneButtonApply");
+    EXPECT_TRUE(fProblem.contains(TextOf(file)) && fProblem.contains(u"meanwhile changed"_s)) << fProblem;
+    EXPECT_EQ(ReadWhole(fProblem.chopped(1).section(u' ', -1).toStdString()), bound)
+        << "the copy that is named";
+    bind("2");
+    EXPECT_FALSE(fPane->mayClose()) << "what closing replaced is to be read";
+    EXPECT_TRUE(fPane->mayClose());
+    fPane->didSelect();
+
+    // What came in when the panel came to the front, or with another program's save, is known.
+    GoAway();
+    bind("1");
+    ComeBack();
+    ASSERT_TRUE(eject(u"buttonI"_s));
+    Click("uiPaneButtonApply");
+    EXPECT_EQ(fProblem, u""_s);
+    bind("3");
+    AppPrefs theirs = fPane->WorkingCopy();
+    theirs.device[0].navSpeed = 7;
+    Save({theirs});
+    ASSERT_TRUE(QTest::qWaitFor([&] { return fPane->WorkingCopy().device[0].navSpeed == 7; }));
+    ASSERT_TRUE(eject(u"buttonII"_s));
+    Click("uiPaneButtonApply");
+    EXPECT_EQ(fProblem, u""_s);
+}
+
 TEST_F(Earlier, KeptCopyOfAFailedExport_IsNamed) {
     const std::string path = fFolder.Path("all.veltrana");
     WriteWhole(path, std::string(200'000, 'x'));
