@@ -119,7 +119,7 @@ KorvaneFileResult WriteFile(KorvaneHotKeyList &list, const std::string &path,
         return result;
     }
     // A failed write leaves the old file, and the next one tries again; where the disk does not even take the old bytes,
-    // they are kept elsewhere, and the file is as nobody has written it.
+    // they are kept elsewhere, and what is in the file now is no other program's.
     const bool isTorn = !FindKeptCopy(path).empty();
     if (isTorn) {
         seen->reset();

@@ -24,7 +24,8 @@ enum class KorvaneFileState : std::uint8_t {
     InStep,     // it matches the buttons, or has no hotkeys for us
     ReadInPart, // damaged: neither it nor the buttons were changed
     NotRead,    // out of memory: the buttons were not changed
-    // When writing: it matches the buttons, which took the place of what another program had changed since it was seen.
+    // When writing: it matches the buttons, which took the place of what another program had changed since the file was
+    // last seen here.
     Replaced,
     // When writing: the file does not match the buttons. Its contents win when it is read again.
     InUse,      // another program kept writing it
