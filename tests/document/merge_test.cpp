@@ -1,6 +1,5 @@
 // What comes of it when two programs have changed one settings file.
 #include "tests/document/documents.h"
-#include "tests/support/testing.h"
 
 #include <random>
 

@@ -91,14 +91,9 @@ TEST_F(Keys, EachHasTheKernelsScanCodeAndItsName) {
         EXPECT_EQ(ScanCodeToSend(keyCode), scanCode) << int{keyCode};
     }
     EXPECT_TRUE(IsModifierKey(54) && IsModifierKey(63) && !IsModifierKey(53) && !IsModifierKey(64));
-    for (const auto &[keyCode, never] : {std::pair{53, true},
-                                         {117, true},
-                                         {36, true},
-                                         {0, false},
-                                         {49, false},
-                                         {71, false},
-                                         {54, false},
-                                         {127, false}}) {
+    static constexpr std::pair<int, bool> kNeverPrint[] = {
+        {53, true}, {117, true}, {36, true}, {0, false}, {49, false}, {71, false}, {54, false}, {127, false}};
+    for (const auto &[keyCode, never] : kNeverPrint) {
         EXPECT_EQ(NeverPrints(static_cast<std::uint8_t>(keyCode)), never) << keyCode;
     }
 }

@@ -1,15 +1,11 @@
 #include "platform/files/disk.h"
 #include "tests/qbase/file_support.h"
 
-#include <tuple>
-
-namespace drevix {
+namespace drevix::test {
 namespace {
 
-using namespace test;
-
 TEST(BaseFile, PublishedExample_IsWhatIsWritten) {
-    EXPECT_EQ(HexText(FileOf(FullFileBase().get())), HexText(PublishedExample("record-base-file.md")));
+    EXPECT_EQ(FileOf(FullFileBase().get()), PublishedExample("record-base-file.md"));
     EXPECT_EQ(FileOf(NewFileBase().get()).size(), 64U);
 }
 
@@ -121,4 +117,4 @@ TEST(BaseFile, PartsWritten_AreThoseAskedForUnlessTheFileDoesNotMatch) {
 }
 
 } // namespace
-} // namespace drevix
+} // namespace drevix::test

@@ -3,13 +3,8 @@
 #include "settings/action_commands.h"
 #include "tests/settings/settings_files.h"
 
-#include <filesystem>
-
-namespace drevix {
+namespace drevix::test {
 namespace {
-
-namespace fs = std::filesystem;
-using namespace test;
 
 constexpr OSType kPhotoshop = FourCharCode("8BIM");
 
@@ -35,15 +30,14 @@ TEST(GetDevicePrefs, FirstStart_HasTheFactoryRecordsAndSavingMakesTheFolder) {
 }
 
 TEST(GetDevicePrefs, Stamp_DecidesWhetherFactoryRecordsAreAdded) {
-    struct Row {
+    const struct {
         std::uint32_t stamp;
         std::uint32_t version;
         bool merges;
         std::uint32_t stampAfter;
-    };
-    const Row rows[] = {{5, 6, true, 6},  {6, 6, false, 6}, {7, 6, false, 7},
-                        {5, 0, false, 5}, {0, 0, false, 0}, {0x7FFFFFFF, 0x80000000, true, 0x80000000}};
-    for (const Row &row : rows) {
+    } rows[] = {{5, 6, true, 6},  {6, 6, false, 6}, {7, 6, false, 7},
+                {5, 0, false, 5}, {0, 0, false, 0}, {0x7FFFFFFF, 0x80000000, true, 0x80000000}};
+    for (const auto &row : rows) {
         SettingsFolder folder;
         folder.WriteDefaults({MakeRecord(kOther, "New")});
         ASSERT_EQ(SettingsFolder::Save(MakeBase({MakeRecord(0, "")}, row.stamp)), noErr);
@@ -141,7 +135,7 @@ TEST(GetDevicePrefs, OldFile_IsRepairedByTheStampItBrought) {
         {9, kElements, 5, 40, 40}, {9, kNoSignature, 5, 40, 0}, {9, kWildcardSignature, 5, 40, 40},
     };
     // clang-format on
-    for (const Row &row : rows) {
+    for (const auto &row : rows) {
         SettingsFolder folder;
         AppPrefs record = MakeRecord(row.application, "ADOBE illustrator");
         ActionSlot &slot = record.device[0].action[row.slot];
@@ -238,4 +232,4 @@ TEST(DevicePrefs, LongName_IsCutInPlace) {
 }
 
 } // namespace
-} // namespace drevix
+} // namespace drevix::test

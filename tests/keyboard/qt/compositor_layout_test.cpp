@@ -10,7 +10,6 @@
 #include <xkbcommon/xkbcommon.h>
 
 #include <atomic>
-#include <chrono>
 #include <memory>
 #include <thread>
 

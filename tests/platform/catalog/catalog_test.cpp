@@ -67,7 +67,7 @@ TEST(Catalog, Root_IsItsOwnParentsChildAndUnknownFoldersHaveStatuses) {
 TEST(Catalog, Volumes_AreTheMountedFileSystems) {
     const ScratchFolder scratch;
     const std::string root = scratch.Path("a b\\c:d");
-    std::filesystem::create_directory(root);
+    fs::create_directory(root);
     const bool isMounted = ::mount("none", root.c_str(), "tmpfs", 0, nullptr) == 0; // the superuser's right
     const std::vector<std::pair<std::string, std::string>> all = {{"/proc", "proc"}, {root, "a b\\c/d"}};
     for (const auto &[mountPoint, name] : std::span(all).first(isMounted ? 2 : 1)) {
@@ -93,14 +93,7 @@ TEST(Catalog, Volumes_AreTheMountedFileSystems) {
     }
 }
 
-// Shows a mount table of its own, or fails to.
-struct MountedDisk : ScopedDisk {
-    explicit MountedDisk(std::string path) : table(std::move(path)) {}
-    int Open(const char *path, int flags, mode_t mode) override {
-        return Disk::Open(std::string_view(path).ends_with("/mountinfo") ? table.c_str() : path, flags, mode);
-    }
-    std::string table;
-};
+constexpr const char *kMountTable = "/proc/self/mountinfo";
 
 TEST(Catalog, MountTable_IsReadAsFarAsItMakesSense) {
     const ScratchFolder scratch;
@@ -109,7 +102,7 @@ TEST(Catalog, MountTable_IsReadAsFarAsItMakesSense) {
                                       "3 0 8:1 / /hidden rw master:2 unbindable - vfat x y\n"
                                       "4 0 8:1 / relative rw - ext4 x y\n"
                                       "5 0 8:1 / /cut rw\n\n-\n6 0 8:1 / /tail\\04 rw - ext4");
-    const MountedDisk disk(scratch.Path("table"));
+    const ExchangedFile disk(kMountTable, scratch.Path("table"));
     std::vector<Volume> volumes;
     ASSERT_EQ(ListVolumes(&volumes), noErr);
     std::vector<std::pair<std::string, int>> found;
@@ -120,10 +113,10 @@ TEST(Catalog, MountTable_IsReadAsFarAsItMakesSense) {
                                                                {"/hidden", kDosFileSystem},
                                                                {"/tail\\04", kLocalFileSystem},
                                                                {"/", kLocalFileSystem}}));
-    const MountedDisk none(scratch.Path("none"));
+    const ExchangedFile none(kMountTable, scratch.Path("none"));
     EXPECT_EQ(ListVolumes(&volumes), noErr);
     EXPECT_EQ(volumes.size(), 1U);
-    const MountedDisk folder(scratch.Path());
+    const ExchangedFile folder(kMountTable, scratch.Path());
     VolumeInfo info = {kRootVolume, {}, 0, {}};
     std::int16_t number = 0;
     std::int32_t id = 0;
@@ -136,7 +129,7 @@ TEST(Catalog, MountTable_IsReadAsFarAsItMakesSense) {
 
 TEST(Catalog, Kinds_AreTold) {
     const ScratchFolder scratch;
-    std::filesystem::create_symlink("elf", scratch.Path("link"));
+    fs::create_symlink("elf", scratch.Path("link"));
     ASSERT_EQ(::mkfifo(scratch.Path("pipe").c_str(), 0600), 0);
     const std::int32_t folder = FolderIdFromPath(scratch.Path());
     struct Row {

@@ -17,7 +17,7 @@ class DesktopEntries : public ::testing::Test {
     }
     [[nodiscard]] std::string Write(const std::string &name, const std::string &text) const {
         const std::string path = fFolder.Path(name);
-        std::filesystem::create_directories(std::filesystem::path(path).parent_path());
+        fs::create_directories(fs::path(path).parent_path());
         WriteWhole(path, text);
         return path;
     }
@@ -104,13 +104,12 @@ TEST_F(DesktopEntries, InstalledApplications_TakeTheFirstOfEachId) {
     WriteEntry("two/applications/quiet.desktop", "quiet", "NoDisplay=true\n");
     WriteEntry("two/applications/c.desktop", "two c", "NoDisplay=false\n");
     WriteEntry("two/applications/other.txt", "no entry");
-    std::filesystem::create_directory_symlink(fFolder.Path("two/applications"),
-                                              fFolder.Path("two/applications/loop"));
+    fs::create_directory_symlink(fFolder.Path("two/applications"), fFolder.Path("two/applications/loop"));
     std::map<std::string, std::string> found;
     for (const DesktopEntry &entry : InstalledApplications("")) {
         if (entry.id.find("loop") == std::string::npos) {
             found[entry.id] = entry.name;
-            EXPECT_TRUE(std::filesystem::exists(entry.path));
+            EXPECT_TRUE(fs::exists(entry.path));
             EXPECT_EQ(entry.icon, entry.name == "home a" ? "pic" : "");
         }
     }

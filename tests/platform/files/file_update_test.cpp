@@ -9,18 +9,8 @@
 
 #include <poll.h>
 
-namespace drevix {
+namespace drevix::test {
 namespace {
-
-namespace fs = std::filesystem;
-using test::Lasts;
-using test::Put;
-using test::ReadWhole;
-using test::ScratchFolder;
-using test::UpdateFile;
-using test::WriteWhole;
-
-using Names = std::vector<std::string>;
 
 class FileUpdateBothWays : public testing::TestWithParam<UpdateMethod> {};
 INSTANTIATE_TEST_SUITE_P(Methods, FileUpdateBothWays,
@@ -60,14 +50,14 @@ TEST_P(FileUpdateBothWays, Abandoned_LeavesWhatWas) {
 }
 
 TEST_P(FileUpdateBothWays, EveryFault_LeavesTheOldOrTheNewFileAndTheOldUnderTheNameAskedFor) {
-    test::ForEachFault(5, [](int failAt, Lasts lasts) {
+    ForEachFault(5, {ENOSPC}, [](const FaultAt &fault) {
         ScratchFolder scratch;
         const std::string path = scratch.Preferences() + "/f";
         const std::string kept = scratch.Path("kept");
         WriteWhole(path, "old");
         OSErr status = noErr;
         OSErr oldKept = noErr;
-        const bool wasHit = test::MeetsFault(failAt, lasts, ENOSPC, [&] {
+        const bool wasHit = fault.Meets([&] {
             FileUpdate update;
             status = update.Open(path, GetParam());
             update.KeepOldAs(kept);
@@ -76,20 +66,20 @@ TEST_P(FileUpdateBothWays, EveryFault_LeavesTheOldOrTheNewFileAndTheOldUnderTheN
             oldKept = update.OldKept();
         });
         const std::string now = ReadWhole(path);
-        if (GetParam() == UpdateMethod::Replace || lasts == Lasts::Once) {
-            EXPECT_TRUE(now == "new" || (now == "old" && status == dskFulErr)) << failAt << now;
+        if (GetParam() == UpdateMethod::Replace || fault.lasts == Lasts::Once) {
+            EXPECT_TRUE(now == "new" || (now == "old" && status == dskFulErr)) << now;
         }
         if (now == "new") {
-            EXPECT_EQ(oldKept == noErr, fs::exists(kept)) << failAt;
+            EXPECT_EQ(oldKept == noErr, fs::exists(kept));
         } else if (GetParam() == UpdateMethod::Replace) {
-            EXPECT_FALSE(fs::exists(kept)) << failAt;
+            EXPECT_FALSE(fs::exists(kept));
         }
-        EXPECT_TRUE(!fs::exists(kept) || ReadWhole(kept) == "old") << failAt;
-        EXPECT_TRUE(!fs::exists(kept) || !fs::equivalent(kept, path)) << failAt;
-        EXPECT_TRUE(status == noErr || status == dskFulErr) << failAt;
+        EXPECT_TRUE(!fs::exists(kept) || ReadWhole(kept) == "old");
+        EXPECT_TRUE(!fs::exists(kept) || !fs::equivalent(kept, path));
+        EXPECT_TRUE(status == noErr || status == dskFulErr);
         EXPECT_TRUE(wasHit || status == noErr);
         EXPECT_EQ(OpenFileCount(), 0);
-        EXPECT_EQ(ScratchFolder::Names(scratch.Preferences()), Names{"f"}) << failAt;
+        EXPECT_EQ(ScratchFolder::Names(scratch.Preferences()), Names{"f"});
         return wasHit;
     });
 }
@@ -203,7 +193,7 @@ bool HoldsForAPlainUser(const Check &check) {
     return status == 0;
 }
 
-struct DiskWithoutLocks : test::ScopedDisk {
+struct DiskWithoutLocks : ScopedDisk {
     explicit DiskWithoutLocks(int reason) : error(reason) {}
     int Lock(int) override {
         errno = error;
@@ -355,4 +345,4 @@ TEST(KeepFileAside, Links_CountAsTheirFileAndNeverAsACopy) {
 }
 
 } // namespace
-} // namespace drevix
+} // namespace drevix::test

@@ -5,20 +5,13 @@
 #include "tests/platform/files/updates.h"
 #include "tests/support/testing.h"
 
-namespace drevix {
+namespace drevix::test {
 namespace {
 
-namespace fs = std::filesystem;
-using test::Lasts;
-using test::ReadWhole;
-using test::ScratchFolder;
-using test::WriteWhole;
-
-using Names = std::vector<std::string>;
 using Writing = OSErr (*)(const std::string &path, const std::string &bytes);
 
 OSErr WriteAsExport(const std::string &path, const std::string &bytes) {
-    return test::UpdateFile(path, UpdateMethod::InPlace, bytes);
+    return UpdateFile(path, UpdateMethod::InPlace, bytes);
 }
 
 OSErr WriteAsHotKeys(const std::string &path, const std::string &bytes) {
@@ -60,31 +53,31 @@ TEST_P(KeptBytesTest, EveryFault_LeavesTheOldBytesWhereItIsSaid) {
     const std::string link = fScratch.Path("link");
     const std::string made = fScratch.Path("made");
     for (const Texts &texts : kTexts) {
-        test::ForEachFault(8, [&](int failAt, Lasts lasts) {
+        ForEachFault(8, {ENOSPC}, [&](const FaultAt &fault) {
             WriteWhole(fPath, texts.old);
             fs::remove(link);
             fs::create_hard_link(fPath, link); // the file itself is written
             fs::remove(made);
             OSErr status = noErr;
             OSErr madeStatus = noErr;
-            const bool wasHit = test::MeetsFault(failAt, lasts, ENOSPC, [&] {
+            const bool wasHit = fault.Meets([&] {
                 status = GetParam()(fPath, texts.bytes);
                 madeStatus = GetParam()(made, texts.bytes);
             });
-            EXPECT_TRUE(madeStatus == noErr || !fs::exists(made) || ReadWhole(made) == texts.bytes) << failAt;
-            EXPECT_TRUE(ReadWhole(link) == ReadWhole(fPath)) << failAt;
+            EXPECT_TRUE(madeStatus == noErr || !fs::exists(made) || ReadWhole(made) == texts.bytes);
+            EXPECT_TRUE(ReadWhole(link) == ReadWhole(fPath));
             EXPECT_EQ(OpenFileCount(), 0);
             const std::string kept = FindKeptCopy(fPath);
             if (kept.empty()) {
-                EXPECT_TRUE(ReadWhole(fPath) == (status == noErr ? texts.bytes : texts.old)) << failAt;
+                EXPECT_TRUE(ReadWhole(fPath) == (status == noErr ? texts.bytes : texts.old));
             } else {
                 EXPECT_NE(status, noErr);
-                EXPECT_TRUE(ReadWhole(kept) == texts.old) << failAt;
+                EXPECT_TRUE(ReadWhole(kept) == texts.old);
             }
             MendFilesCutShort();
             // Of a file that is whole, the last flush may be what failed.
             const bool isNew = ReadWhole(fPath) == texts.bytes;
-            EXPECT_TRUE(isNew ? status == noErr || !kept.empty() : ReadWhole(fPath) == texts.old) << failAt;
+            EXPECT_TRUE(isNew ? status == noErr || !kept.empty() : ReadWhole(fPath) == texts.old);
             ExpectNothingKept();
             return wasHit;
         });
@@ -94,21 +87,14 @@ TEST_P(KeptBytesTest, EveryFault_LeavesTheOldBytesWhereItIsSaid) {
 // The process dies before its n-th call, or in the middle of its n-th transfer.
 TEST_P(KeptBytesTest, Death_IsPutRightByTheNextProgram) {
     for (const Texts &texts : kTexts) {
-        for (const int error : {0, ENOSPC}) {
-            int result = 1;
-            for (int dieAt = 1; result != 0; ++dieAt) {
+        for (const Death death : {Death::HalfOfATransfer, Death::BeforeTheCall}) {
+            bool hasDied = true;
+            for (int call = 1; hasDied; ++call) {
                 WriteWhole(fPath, texts.old);
-                const pid_t child = ::fork();
-                if (child == 0) {
-                    test::FaultyDisk disk(dieAt, Lasts::Once, error);
-                    (error != 0 ? disk.onFault : disk.onHalf) = [] { ::_exit(1); };
-                    std::ignore = GetParam()(fPath, texts.bytes);
-                    ::_exit(disk.WasHit() ? 1 : 0);
-                }
-                ::waitpid(child, &result, 0);
+                hasDied = DiesAt(call, death, [&] { return GetParam()(fPath, texts.bytes) == noErr; });
                 MendFilesCutShort();
                 const std::string now = ReadWhole(fPath);
-                EXPECT_TRUE(now == texts.bytes || now == texts.old) << dieAt << " " << now.size();
+                EXPECT_TRUE(now == texts.bytes || now == texts.old) << call << " " << now.size();
                 ExpectNothingKept();
             }
             EXPECT_TRUE(ReadWhole(fPath) == texts.bytes);
@@ -179,7 +165,7 @@ TEST_F(KeptBytesTest, DamagedNotes_GoWithTheirCopies) {
              {0, "00", true}, {24, "FF FF FF FF", true}, {32, "01", true}, {16, "01", false}}) {
         WriteWhole(kept, kTexts[0].old);
         std::string bytes = whole;
-        bytes.replace(row.offset, test::FromHex(row.hex).size(), test::FromHex(row.hex));
+        bytes.replace(row.offset, FromHex(row.hex).size(), FromHex(row.hex));
         WriteWhole(note, bytes);
         MendFilesCutShort();
         EXPECT_EQ(ReadWhole(fPath), torn);
@@ -208,7 +194,7 @@ TEST_F(KeptBytesTest, FileThatIsAway_IsMendedWhenItIsBack) {
 }
 
 // Shows files as they will be after so many days.
-struct LaterDisk : test::ScopedDisk {
+struct LaterDisk : ScopedDisk {
     explicit LaterDisk(int days) : seconds(days * 86400) {}
     int StatusAt(const char *path, struct stat *status) override {
         const int result = Disk::StatusAt(path, status);
@@ -248,4 +234,4 @@ TEST_P(KeptBytesTest, NoRoomForTheCopy_TouchesNothing) {
 }
 
 } // namespace
-} // namespace drevix
+} // namespace drevix::test

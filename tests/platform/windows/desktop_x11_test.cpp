@@ -4,7 +4,6 @@
 #include "tests/support/testing.h"
 
 #include <array>
-#include <chrono>
 #include <csignal>
 #include <memory>
 #include <poll.h>

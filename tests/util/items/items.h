@@ -40,7 +40,7 @@ class PretendDisk : public ScopedDisk {
             return Disk::RealPath(path, real);
         }
         *real = path;
-        return std::filesystem::exists(Mapped(path)) ? 0 : -1;
+        return fs::exists(Mapped(path)) ? 0 : -1;
     }
 
   private:
@@ -63,7 +63,7 @@ class ItemsTest : public testing::Test {
     // A file of the scratch home with contents, and its path.
     std::string File(const std::string &name, std::string_view bytes = "x") const {
         const std::string path = fScratch.Path(name);
-        std::filesystem::create_directories(std::filesystem::path(path).parent_path());
+        fs::create_directories(fs::path(path).parent_path());
         WriteWhole(path, bytes);
         return path;
     }
@@ -83,7 +83,7 @@ class ItemsTest : public testing::Test {
         std::vector<Resource> resources;
     };
     Made MakeAlias(const std::string &path, const std::string &name = "alias") {
-        std::filesystem::create_directories(ItemsFolder());
+        fs::create_directories(ItemsFolder());
         Made made{};
         made.status = CreateAliasFile(Spec(path), Spec(Item(name)));
         AppleDouble appleDouble;
