@@ -10,8 +10,7 @@ namespace {
 using std::chrono::milliseconds;
 using std::chrono::seconds;
 
-constexpr const char *kMessage =
-    "<update_cfg>_System_,Photoshop,Illustrator,InDesign,PSElements</update_cfg>";
+constexpr auto kMessage = "<update_cfg>_System_,Photoshop,Illustrator,InDesign,PSElements</update_cfg>";
 
 std::ptrdiff_t OpenDescriptors() {
     const fs::directory_iterator open("/proc/self/fd");

@@ -117,8 +117,7 @@ TEST(ActionPlan, KeysThatAreNamedByWhatTheyType_AreFoundInTheLayout) {
     };
     for (const auto &row : kRows) {
         const ActionSlot slot = Slot(row.command, 0x06, kControlModifier);
-        EXPECT_EQ(TextOf(PlanAction(slot, Layout(row.layout), {})), row.plan)
-            << row.command << ' ' << row.layout;
+        EXPECT_EQ(TextOf(PlanAction(slot, Layout(row.layout), {})), row.plan) << row.command << row.layout;
     }
 }
 

@@ -63,19 +63,17 @@ struct OutsideFile {
     bool isKeptAside;
 };
 const OutsideFile kOutsideFiles[] = {
-    {"emptied", [](const std::string &path) { WriteWhole(path, ""); }, noErr, false},
-    {"half written", [](const std::string &path) { fs::resize_file(path, fs::file_size(path) / 2); }, noErr,
-     true},
-    {"another kind of file", [](const std::string &path) { WriteWhole(path, std::string(5000, 'x')); }, noErr,
-     true},
+    {"emptied", [](const auto &path) { WriteWhole(path, ""); }, noErr, false},
+    {"half written", [](const auto &path) { fs::resize_file(path, fs::file_size(path) / 2); }, noErr, true},
+    {"another kind of file", [](const auto &path) { WriteWhole(path, std::string(5000, 'x')); }, noErr, true},
     {"without records",
-     [](const std::string &path) {
+     [](const auto &path) {
          EXPECT_EQ(SaveDevicePrefsToPath(MakeBase({}, kPanelVersion).get(), path), noErr);
      },
      noErr, false},
-    {"removed", [](const std::string &path) { fs::remove(path); }, noErr, false},
+    {"removed", [](const auto &path) { fs::remove(path); }, noErr, false},
     {"a folder",
-     [](const std::string &path) {
+     [](const auto &path) {
          fs::remove(path);
          fs::create_directory(path);
      },
@@ -211,7 +209,7 @@ TEST(SettingsDocument, OperationsWithEveryFault_AreDoneOrNot) {
         {"remove", [&](OpenDocument &it) { return it.Remove(it.Find(a)); }},
         {"take one", [](OpenDocument &it) { return it.TakeOne(RecordFromText("a=7")); }},
         {"take all",
-         [&](OpenDocument &it) { return withEarlier(it, [&](QBaseHandle old) { return it.TakeAll(old); }); }},
+         [&](OpenDocument &it) { return withEarlier(it, [&](auto old) { return it.TakeAll(old); }); }},
         {"take others'", [](OpenDocument &it) { return it.TakeOutsideChanges().cameIn; }},
         {"ask",
          [](OpenDocument &it) {
@@ -226,8 +224,7 @@ TEST(SettingsDocument, OperationsWithEveryFault_AreDoneOrNot) {
          }},
         {"compare",
          [&](OpenDocument &it) {
-             return withEarlier(it,
-                                [&](QBaseHandle old) { return ChangesBetween(old, it.Base()).size() == 3; });
+             return withEarlier(it, [&](auto old) { return ChangesBetween(old, it.Base()).size() == 3; });
          }},
     };
     for (const auto &operation : operations) {
@@ -287,8 +284,7 @@ TEST(SettingsDocument, SaveWithEveryFault_KeepsEditsAndFile) {
             EXPECT_EQ(OpenFileCount(), 0);
             EXPECT_TRUE(document.Put(next));
             EXPECT_TRUE(!document.IsSaved() || folder.State().starts_with(next));
-            EXPECT_TRUE(document.TakeOutsideChanges().conflicts.empty())
-                << "its own words are taken for another's";
+            EXPECT_TRUE(document.TakeOutsideChanges().conflicts.empty()) << "its own words are another's";
             EXPECT_EQ(document.IsSaved(), folder.State() == document.State());
             EXPECT_EQ(document.Save(kNoWait).status, noErr);
             EXPECT_EQ(folder.State(), next + " b=2 global=1");

@@ -54,8 +54,7 @@ class DriverMessages : public testing::Test {
         LeaveSessionBus();
     }
     // Serves what comes until the condition holds.
-    template <typename Condition>
-    static bool Until(Condition condition, milliseconds most = milliseconds(10000)) {
+    static bool Until(const std::function<bool()> &condition, milliseconds most = milliseconds(10000)) {
         const Clock::time_point end = Clock::now() + most;
         while (!condition() && Clock::now() < end) {
             WaitForAppleEvents(milliseconds(20));

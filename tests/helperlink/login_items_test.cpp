@@ -216,8 +216,7 @@ class LoginPath : public ::testing::Test {
         return spec;
     }
     // The path that is made, checked to end within the buffer.
-    static std::string PathOf(const FSSpec &spec, std::int16_t size, bool escapes,
-                              std::int32_t expected = noErr) {
+    static std::string PathOf(const FSSpec &spec, std::int16_t size, bool escapes, int expected = noErr) {
         std::string buffer(static_cast<std::size_t>(size) + 8, '#');
         std::uint16_t length = 7;
         EXPECT_EQ(GetLoginPath(&spec, buffer.data(), size, escapes ? 1 : 0, &length), expected);

@@ -6,6 +6,8 @@
 namespace drevix::test {
 namespace {
 
+using testing::HasSubstr;
+
 // The output of record_base.py, our other reader and writer.
 std::string Python(const std::string &arguments) {
     const std::string command = "/usr/bin/python3 " DREVIX_TEST_DATA "/../qbase/record_base.py " + arguments;
@@ -37,9 +39,8 @@ TEST(BaseFile, Written_IsReadAlikeByOurOtherReader) {
         WriteWhole(folder.Path("base"), FileOf(base));
         const std::string dump = Python("dump " + folder.Path("base"));
         EXPECT_EQ(LinesAs(dump, Contents(base)), Contents(base));
-        EXPECT_NE(dump.find("magic 1363301189\ntype 1413829460\nversion 2\ntypeVersion 3\n"),
-                  std::string::npos);
-        EXPECT_NE(dump.find("savedSortMode " + std::to_string(base->sortMode) + "\n"), std::string::npos);
+        EXPECT_THAT(dump, HasSubstr("magic 1363301189\ntype 1413829460\nversion 2\ntypeVersion 3\n"));
+        EXPECT_THAT(dump, HasSubstr("savedSortMode " + std::to_string(base->sortMode) + "\n"));
     }
 }
 

@@ -1,5 +1,6 @@
 // What a base does at its edges: limits, damage, memory that runs out, and its header.
 #include "qbase/qbase_internal.h"
+#include "qbase/qbase_sort.h"
 #include "tests/qbase/file_support.h"
 
 namespace drevix::test {

@@ -45,8 +45,7 @@ TEST(GetDevicePrefs, Stamp_DecidesWhetherFactoryRecordsAreAdded) {
         EXPECT_EQ(folder.Load(base, row.version), noErr);
         EXPECT_EQ(RecordNames(base), row.merges ? (Names{"", "New"}) : Names{""}) << row.stamp;
         EXPECT_EQ(QBaseGetUserLong(base.get()), row.stampAfter);
-        EXPECT_EQ(QBaseGetRecordsChanged(base.get()), row.merges)
-            << "a file of this version is as it is to be";
+        EXPECT_EQ(QBaseGetRecordsChanged(base.get()), row.merges) << "not in a file of this version";
         fs::remove(folder.Path(kDefaultsFileName)); // which does not keep the stamp from being set
         EXPECT_EQ(folder.Load(base, row.version), noErr);
         EXPECT_EQ(QBaseGetUserLong(base.get()), row.stampAfter);

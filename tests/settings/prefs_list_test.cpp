@@ -81,8 +81,7 @@ TEST(StoreAppPrefs, Record_ReplacesItsNamesakeAndStaysTheFactorys) {
     EXPECT_EQ(GetAppPrefs(base.get(), 1)->factory, 1);
     EXPECT_EQ(OSType{GetAppPrefs(base.get(), 1)->application}, FourCharCode("abcd"));
     EXPECT_EQ(FindReplacedAppPrefs(base.get(), MakeRecord(0, "Other")), 0) << "a global record has no name";
-    EXPECT_EQ(FindReplacedAppPrefs(base.get(), MakeRecord(kOther, "")), kNoRecord)
-        << "nor is it found by one";
+    EXPECT_EQ(FindReplacedAppPrefs(base.get(), MakeRecord(kOther, "")), kNoRecord) << "nor found by one";
     const QBaseOwner withoutGlobal = MakeBase({MakeRecord(kOther, "First")});
     EXPECT_EQ(FindReplacedAppPrefs(withoutGlobal.get(), MakeRecord(0, "")), kNoRecord)
         << "the global record would have taken the place of an application's";

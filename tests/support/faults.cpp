@@ -47,13 +47,14 @@ void ForEachFault(int least, const std::function<bool(int failAt, Lasts lasts)> 
 void ForEachFault(int least, std::initializer_list<int> errors,
                   const std::function<bool(const FaultAt &fault)> &run,
                   std::initializer_list<Lasts> lengths) {
+    const auto once = {Lasts::Once};
     for (const int error : errors) {
         SCOPED_TRACE("error " + std::to_string(error));
         const auto withError = [&](int failAt, Lasts lasts) {
             SCOPED_TRACE("call " + std::to_string(failAt) + (lasts == Lasts::Once ? "" : " and later ones"));
             return run({failAt, lasts, error});
         };
-        ForEachFault(least, withError, lengths);
+        ForEachFault(least, withError, error == kOfNew ? once : lengths);
     }
 }
 

@@ -35,7 +35,7 @@ TEST(Catalog, Indexes_CountEntriesWithoutCompanions) {
     WriteWhole(scratch.Path("b"), "");
     ASSERT_EQ(WriteAppleDouble(scratch.Path("b"), appleDouble), noErr);
     ASSERT_EQ(WriteAppleDouble(scratch.Path("alone"), appleDouble), noErr);
-    std::vector<std::string> seen;
+    Names seen;
     for (std::int16_t index = 1;; ++index) {
         CatalogInfo info = Ask(folder, index);
         const OSErr status = PBGetCatInfoSync(&info);
@@ -47,7 +47,7 @@ TEST(Catalog, Indexes_CountEntriesWithoutCompanions) {
         EXPECT_EQ(info.ioDrParID, folder);
         EXPECT_EQ(info.ioFlFndrInfo.fdFlags, Text(info.ioName) == "b" ? kIsAlias : 0);
     }
-    EXPECT_EQ(seen, (std::vector<std::string>{"._alone", "b", "config/"}));
+    EXPECT_EQ(seen, (Names{"._alone", "b", "config/"}));
 }
 
 TEST(Catalog, Root_IsItsOwnParentsChildAndUnknownFoldersHaveStatuses) {
@@ -224,9 +224,8 @@ TEST(Catalog, WhatCannotBe_HasItsStatus) {
 TEST(Catalog, NamesBeyondThePlatform_LeadBackToTheirFiles) {
     const ScratchFolder scratch;
     const std::string longName(200, 'l');
-    const std::vector<std::string> names = {
-        "plain",  "Fl\u00FCge",   "a:b",     "\u5199\u771F.jpeg", "\u96C6\u3081.jpeg",
-        longName, longName + "2", "bad\xFF", "e\u0301",           "line\nend"};
+    const Names names = {"plain",  "Fl\u00FCge",   "a:b",     "\u5199\u771F.jpeg", "\u96C6\u3081.jpeg",
+                         longName, longName + "2", "bad\xFF", "e\u0301",           "line\nend"};
     const std::set<std::string> exact = {"plain", "Fl\u00FCge", "a:b", "line\nend"};
     std::set<std::string> seen;
     for (const std::string &name : names) {
@@ -268,7 +267,7 @@ TEST(Catalog, Delete_TakesTheCompanionAndNothingElse) {
     EXPECT_EQ(FSpDelete(spec("other")), noErr);
     EXPECT_EQ(FSpDelete(spec("none")), fnfErr);
     EXPECT_EQ(FSpDelete(spec("config")), notAFileErr);
-    EXPECT_EQ(ScratchFolder::Names(scratch.Path()), (std::vector<std::string>{"._other", "config"}));
+    EXPECT_EQ(ScratchFolder::Names(scratch.Path()), (Names{"._other", "config"}));
     std::int32_t folder = 0;
     EXPECT_EQ(FSpDirCreate(spec("config"), -1, &folder), dupFNErr);
     EXPECT_EQ(FSpSetFInfo(spec("none"), {}), fnfErr);

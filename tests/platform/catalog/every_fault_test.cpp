@@ -2,6 +2,7 @@
 // other file is touched, what changes nothing tells of it, and trying again does what an undisturbed run does.
 #include "platform/catalog/apple_double.h"
 #include "platform/catalog/catalog.h"
+#include "platform/catalog/catalog_names.h"
 #include "platform/catalog/named_files.h"
 #include "platform/catalog/resource_file.h"
 #include "platform/files/files.h"

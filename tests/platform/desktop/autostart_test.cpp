@@ -47,7 +47,7 @@ TEST(ProgramStarter, Arguments_ReachTheProgramAsTheyAre) {
     for (int i = 0; i < 500 && !fs::exists(scratch.Path(name)); ++i) {
         ::usleep(10'000);
     }
-    EXPECT_EQ(ScratchFolder::Names(scratch.Path()), (std::vector<std::string>{"config", name}));
+    EXPECT_EQ(ScratchFolder::Names(scratch.Path()), (Names{"config", name}));
 }
 
 TEST_F(Autostart, EntryOfOurs_FollowsTheProgramAndKeepsTheUsersLines) {

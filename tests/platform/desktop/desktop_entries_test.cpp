@@ -6,15 +6,6 @@ namespace {
 
 class DesktopEntries : public ::testing::Test {
   protected:
-    DesktopEntries() {
-        // One folder, not a list of them: with a colon in its name its applications were not found.
-        setenv("XDG_DATA_HOME", fFolder.Path("ho:me").c_str(), 1);
-        setenv("XDG_DATA_DIRS", (fFolder.Path("one") + ":relative::" + fFolder.Path("two") + "/").c_str(), 1);
-    }
-    ~DesktopEntries() override {
-        unsetenv("XDG_DATA_HOME");
-        unsetenv("XDG_DATA_DIRS");
-    }
     [[nodiscard]] std::string Write(const std::string &name, const std::string &text) const {
         const std::string path = fFolder.Path(name);
         fs::create_directories(fs::path(path).parent_path());
@@ -26,6 +17,9 @@ class DesktopEntries : public ::testing::Test {
     }
 
     ScratchFolder fFolder;
+    // One folder, not a list of them: with a colon in its name its applications were not found.
+    ScopedVariable fHome{"XDG_DATA_HOME", fFolder.Path("ho:me")};
+    ScopedVariable fShared{"XDG_DATA_DIRS", fFolder.Path("one") + ":relative::" + fFolder.Path("two") + "/"};
 };
 
 TEST_F(DesktopEntries, Names_FollowTheLanguage) {
@@ -118,7 +112,7 @@ TEST_F(DesktopEntries, InstalledApplications_TakeTheFirstOfEachId) {
 }
 
 TEST_F(DesktopEntries, DefaultApplications_GoByTheFirstListThatNamesAnInstalledOne) {
-    setenv("XDG_CURRENT_DESKTOP", "Odd:Test", 1);
+    const ScopedVariable desktop("XDG_CURRENT_DESKTOP", "Odd:Test");
     WriteEntry("one/applications/web.desktop", "web",
                "Exec=web\nStartupWMClass=Web\nCategories=Network;WebBrowser;\n");
     WriteEntry("two/applications/kde/mail.desktop", "mail", "Exec=mail\n");
@@ -133,7 +127,6 @@ TEST_F(DesktopEntries, DefaultApplications_GoByTheFirstListThatNamesAnInstalledO
         EXPECT_EQ(FindDefaultApplication(type, &entry), *name != '\0') << type;
         EXPECT_EQ(entry.name, name) << type;
     }
-    unsetenv("XDG_CURRENT_DESKTOP");
     DesktopEntry entry;
     ASSERT_TRUE(FindDesktopEntry("web.desktop", "", &entry));
     EXPECT_EQ(entry.startupClass + entry.categories, "WebNetwork;WebBrowser;");

@@ -12,47 +12,48 @@
 namespace drevix::test {
 namespace {
 
-class FileUpdateBothWays : public testing::TestWithParam<UpdateMethod> {};
+class FileUpdateBothWays : public testing::TestWithParam<UpdateMethod> {
+  protected:
+    [[nodiscard]] Names Left() const { return ScratchFolder::Names(fScratch.Preferences()); }
+    const ScratchFolder fScratch;
+    const std::string fPath = fScratch.Path("config/f");
+};
 INSTANTIATE_TEST_SUITE_P(Methods, FileUpdateBothWays,
                          testing::Values(UpdateMethod::Replace, UpdateMethod::InPlace));
 
 TEST_P(FileUpdateBothWays, Committed_IsTheWholeNewFile) {
-    ScratchFolder scratch;
-    const std::string path = scratch.Preferences() + "/f";
-    EXPECT_EQ(UpdateFile(path, GetParam(), "first, which is longer"), noErr);
-    EXPECT_EQ(ReadWhole(path), "first, which is longer");
-    ::chmod(path.c_str(), 0640);
-    EXPECT_EQ(UpdateFile(path, GetParam(), "second"), noErr);
-    EXPECT_EQ(ReadWhole(path), "second");
-    EXPECT_EQ(fs::status(path).permissions(), fs::perms(0640));
-    EXPECT_EQ(ScratchFolder::Names(scratch.Preferences()), Names{"f"});
+    EXPECT_EQ(UpdateFile(fPath, GetParam(), "first, which is longer"), noErr);
+    EXPECT_EQ(ReadWhole(fPath), "first, which is longer");
+    ::chmod(fPath.c_str(), 0640);
+    EXPECT_EQ(UpdateFile(fPath, GetParam(), "second"), noErr);
+    EXPECT_EQ(ReadWhole(fPath), "second");
+    EXPECT_EQ(fs::status(fPath).permissions(), fs::perms(0640));
+    EXPECT_EQ(Left(), Names{"f"});
     EXPECT_EQ(OpenFileCount(), 0);
 }
 
 TEST_P(FileUpdateBothWays, Abandoned_LeavesWhatWas) {
-    ScratchFolder scratch;
-    const std::string path = scratch.Preferences() + "/f";
     {
         FileUpdate update;
-        ASSERT_EQ(update.Open(path, GetParam()), noErr);
+        ASSERT_EQ(update.Open(fPath, GetParam()), noErr);
         ASSERT_EQ(Put(update, "half"), noErr);
     }
-    EXPECT_EQ(ScratchFolder::Names(scratch.Preferences()), Names{});
-    WriteWhole(path, "old bytes");
+    EXPECT_EQ(Left(), Names{});
+    WriteWhole(fPath, "old bytes");
     {
         FileUpdate update;
-        ASSERT_EQ(update.Open(path, GetParam()), noErr);
+        ASSERT_EQ(update.Open(fPath, GetParam()), noErr);
         ASSERT_EQ(Put(update, "half, and longer than the old"), noErr);
-        EXPECT_EQ(update.Open(path, GetParam()), fBsyErr);
+        EXPECT_EQ(update.Open(fPath, GetParam()), fBsyErr);
     }
-    EXPECT_EQ(ReadWhole(path), "old bytes");
-    EXPECT_EQ(ScratchFolder::Names(scratch.Preferences()), Names{"f"});
+    EXPECT_EQ(ReadWhole(fPath), "old bytes");
+    EXPECT_EQ(Left(), Names{"f"});
 }
 
 TEST_P(FileUpdateBothWays, EveryFault_LeavesTheOldOrTheNewFileAndTheOldUnderTheNameAskedFor) {
     ForEachFault(5, {ENOSPC}, [](const FaultAt &fault) {
-        ScratchFolder scratch;
-        const std::string path = scratch.Preferences() + "/f";
+        const ScratchFolder scratch;
+        const std::string path = scratch.Path("config/f");
         const std::string kept = scratch.Path("kept");
         WriteWhole(path, "old");
         OSErr status = noErr;
@@ -85,33 +86,30 @@ TEST_P(FileUpdateBothWays, EveryFault_LeavesTheOldOrTheNewFileAndTheOldUnderTheN
 }
 
 TEST_P(FileUpdateBothWays, Links_StayLinks) {
-    ScratchFolder scratch;
-    const std::string folder = scratch.Path("real");
+    const std::string folder = fScratch.Path("real");
     fs::create_directory(folder);
-    fs::create_symlink("../real/f", scratch.Path("config/a"));
-    fs::create_symlink("a", scratch.Path("config/b"));
+    fs::create_symlink("../real/f", fScratch.Path("config/a"));
+    fs::create_symlink("a", fScratch.Path("config/b"));
     for (const char *text : {"made through a dangling link", "and changed"}) {
-        EXPECT_EQ(UpdateFile(scratch.Path("config/b"), GetParam(), text), noErr);
+        EXPECT_EQ(UpdateFile(fScratch.Path("config/b"), GetParam(), text), noErr);
         EXPECT_EQ(ReadWhole(folder + "/f"), text);
     }
-    EXPECT_TRUE(fs::is_symlink(scratch.Path("config/b")));
+    EXPECT_TRUE(fs::is_symlink(fScratch.Path("config/b")));
     EXPECT_EQ(ScratchFolder::Names(folder), Names{"f"});
-    fs::create_symlink("loop", scratch.Path("config/loop"));
-    EXPECT_EQ(UpdateFile(scratch.Path("config/loop"), GetParam(), ""), bdNamErr);
+    fs::create_symlink("loop", fScratch.Path("config/loop"));
+    EXPECT_EQ(UpdateFile(fScratch.Path("config/loop"), GetParam(), ""), bdNamErr);
 }
 
 TEST_P(FileUpdateBothWays, Pipe_StaysAndGetsTheBytes) {
-    ScratchFolder scratch;
-    const std::string path = scratch.Preferences() + "/pipe";
-    ASSERT_EQ(::mkfifo(path.c_str(), 0600), 0);
-    const SystemDescriptor reader(::open(path.c_str(), O_RDONLY | O_NONBLOCK));
-    EXPECT_EQ(UpdateFile(path, GetParam(), "text"), noErr);
+    ASSERT_EQ(::mkfifo(fPath.c_str(), 0600), 0);
+    const SystemDescriptor reader(::open(fPath.c_str(), O_RDONLY | O_NONBLOCK));
+    EXPECT_EQ(UpdateFile(fPath, GetParam(), "text"), noErr);
     char bytes[8] = {};
     EXPECT_EQ(::read(reader.Get(), bytes, sizeof bytes), 4);
-    EXPECT_TRUE(fs::is_fifo(path));
-    EXPECT_EQ(WriteSharedFile(path, "text"), -1) << "no device for a file that is shared";
+    EXPECT_TRUE(fs::is_fifo(fPath));
+    EXPECT_EQ(WriteSharedFile(fPath, "text"), -1) << "no device for a file that is shared";
     EXPECT_EQ(UpdateFile("", GetParam(), ""), bdNamErr);
-    EXPECT_EQ(UpdateFile(path + std::string("\0x", 2), GetParam(), ""), bdNamErr);
+    EXPECT_EQ(UpdateFile(fPath + std::string("\0x", 2), GetParam(), ""), bdNamErr);
 }
 
 TEST(FileUpdate, TwoWriters_TakeTurns) {
@@ -178,8 +176,7 @@ TEST(FileUpdate, PrivateFile_IsSoWhateverTheUmask) {
 }
 
 // Runs a check as a user without the superuser's rights, in a child, so that permissions count.
-template <typename Check>
-bool HoldsForAPlainUser(const Check &check) {
+bool HoldsForAPlainUser(const std::function<bool()> &check) {
     const pid_t child = ::fork();
     if (child == 0) {
         constexpr uid_t kNobody = 65534;

@@ -38,7 +38,6 @@ TEST(FindFolder, Preferences_FollowTheDesktopsRules) {
               dirNFErr);
     EXPECT_EQ(FindFolder(1, kPreferencesFolderType, kDontCreateFolder, &volume, &folder), nsvErr);
     EXPECT_EQ(FindFolder(kOnSystemDisk, FourCharCode("none"), kDontCreateFolder, &volume, &folder), fnfErr);
-    ::setenv("XDG_CONFIG_HOME", scratch.Preferences().c_str(), 1);
 }
 
 TEST(StateFolder, IsTheUsersWhateverTheEnvironment) {

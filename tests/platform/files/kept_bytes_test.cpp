@@ -104,6 +104,7 @@ TEST_P(KeptBytesTest, Death_IsPutRightByTheNextProgram) {
 
 // Leaves a file as a death in the middle of the writing does, with its kept copy.
 void CutShort(const std::string &path, const Texts &texts) {
+    WriteWhole(path, texts.old);
     const pid_t child = ::fork();
     if (child == 0) {
         KeptBytes kept;
@@ -129,7 +130,6 @@ TEST_F(KeptBytesTest, FileWrittenSince_IsLeftAloneAndItsCopyStays) {
     for (const Row &row :
          {Row{"of another", false, {".old"}}, Row{cut + "more", false, {".old"}}, Row{cut, true, {".old"}},
           Row{texts.old, false, {}}, Row{texts.bytes, false, {}}}) {
-        WriteWhole(fPath, texts.old);
         CutShort(fPath, texts);
         ASSERT_EQ(ReadWhole(fPath), cut);
         WriteWhole(row.isReplaced ? fScratch.Path("other") : fPath, row.now);
@@ -150,7 +150,6 @@ TEST_F(KeptBytesTest, FileWrittenSince_IsLeftAloneAndItsCopyStays) {
 
 // A note that makes no sense was never followed by a change of its file.
 TEST_F(KeptBytesTest, DamagedNotes_GoWithTheirCopies) {
-    WriteWhole(fPath, kTexts[0].old);
     CutShort(fPath, kTexts[0]);
     const std::string torn = ReadWhole(fPath);
     const std::string note = KeptFolder() + "/" + ScratchFolder::Names(KeptFolder()).back();
@@ -183,7 +182,6 @@ TEST_F(KeptBytesTest, DamagedNotes_GoWithTheirCopies) {
 
 // What cannot be reached now may come back.
 TEST_F(KeptBytesTest, FileThatIsAway_IsMendedWhenItIsBack) {
-    WriteWhole(fPath, kTexts[0].old);
     CutShort(fPath, kTexts[0]);
     fs::rename(fPath, fScratch.Path("away"));
     MendFilesCutShort();
@@ -210,13 +208,11 @@ TEST_F(KeptBytesTest, CopiesOfNoUse_GoAfterAMonth) {
         MendFilesCutShort();
         return ScratchFolder::Names(KeptFolder()).size();
     };
-    WriteWhole(fPath, kTexts[0].old);
     CutShort(fPath, kTexts[0]);
     WriteWhole(fPath, "of another");
     EXPECT_EQ(countAfter(0), 1U);
     EXPECT_EQ(countAfter(30), 1U);
     EXPECT_EQ(countAfter(32), 0U);
-    WriteWhole(fPath, kTexts[0].old);
     CutShort(fPath, kTexts[0]);
     fs::remove(fPath);
     EXPECT_EQ(countAfter(30), 2U);

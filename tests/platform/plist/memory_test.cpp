@@ -11,16 +11,14 @@ TEST(Memory, NoRoomForAList_IsReportedAndLeavesTheOldFile) {
     PropertyListArray list = EveryValue();
     list.emplace_back(std::string(100'000, 'x'));
     WriteWhole(path, "old bytes");
-    ForEachFault(5, {kOfNew},
-                 [&](const FaultAt &fault) {
-                     OSErr status = noErr;
-                     const bool wasHit = fault.Meets([&] { status = WriteList(path, list); });
-                     EXPECT_EQ(status, wasHit ? memFullErr : noErr);
-                     EXPECT_EQ(OpenFileCount(), 0);
-                     EXPECT_TRUE(!wasHit || ReadWhole(path) == "old bytes");
-                     return wasHit;
-                 },
-                 {Lasts::Once});
+    ForEachFault(5, {kOfNew}, [&](const FaultAt &fault) {
+        OSErr status = noErr;
+        const bool wasHit = fault.Meets([&] { status = WriteList(path, list); });
+        EXPECT_EQ(status, wasHit ? memFullErr : noErr);
+        EXPECT_EQ(OpenFileCount(), 0);
+        EXPECT_TRUE(!wasHit || ReadWhole(path) == "old bytes");
+        return wasHit;
+    });
     EXPECT_EQ(ReadList(path).Text(), PropertyListArrayText(list));
     const std::string binary = scratch.Path("binary");
     ASSERT_EQ(std::system(("plistutil -i " + path + " -o " + binary).c_str()), 0);

@@ -15,7 +15,7 @@ class AliasFile : public ItemsTest {
         AppleDouble appleDouble;
         std::vector<Resource> icons;
         for (const OSType type : types) {
-            icons.push_back({type, kCustomIconID, "", Code(type) + " of " + path});
+            icons.push_back({type, kCustomIconID, "", SignatureText(type) + " of " + path});
         }
         icons.push_back({FourCharCode("ICN#"), 128, "", "not this"});
         EXPECT_EQ(ResourceForkBytes(icons, &appleDouble.resourceFork), noErr);
@@ -25,7 +25,7 @@ class AliasFile : public ItemsTest {
 };
 
 TEST_F(AliasFile, KindsOfItem_GiveTypeAndCreator) {
-    ::setenv("XDG_DATA_HOME", fScratch.Path("data").c_str(), 1);
+    const ScopedVariable data("XDG_DATA_HOME", fScratch.Path("data"));
     for (const char *folder : {"folder", "data/Trash/files", "far/applications", "far/startup"}) {
         fs::create_directories(fScratch.Path(folder));
     }
@@ -49,14 +49,13 @@ TEST_F(AliasFile, KindsOfItem_GiveTypeAndCreator) {
     for (const auto &[item, codes] : kItems) {
         const Made made = MakeAlias(fScratch.Path(item));
         EXPECT_EQ(made.status, noErr) << item;
-        EXPECT_EQ(Code(made.info.fdType) + Code(made.info.fdCreator), codes) << item;
+        EXPECT_EQ(SignatureText(made.info.fdType) + SignatureText(made.info.fdCreator), codes) << item;
         EXPECT_EQ(made.info.fdFlags, kIsAlias) << item;
         EXPECT_EQ(made.resources.size(), 1U) << item;
         EXPECT_EQ(fs::read_symlink(Item("alias")), fScratch.Path(item));
         EXPECT_EQ(FSpDelete(Spec(Item("alias"))), noErr);
-        EXPECT_EQ(ScratchFolder::Names(ItemsFolder()).size(), 0U);
+        EXPECT_EQ(ItemNames().size(), 0U);
     }
-    ::unsetenv("XDG_DATA_HOME");
 }
 
 TEST_F(AliasFile, Volumes_AreDisksOrServersWithTheBuiltInIcon) {
@@ -77,7 +76,8 @@ TEST_F(AliasFile, Volumes_AreDisksOrServersWithTheBuiltInIcon) {
         EXPECT_EQ(GetDiskType(Spec("/media/Data").vRefNum, &kind), noErr);
         EXPECT_EQ(kind, row.kind) << row.fileSystem;
         const Made made = MakeAlias("/media/Data");
-        EXPECT_EQ(Code(made.info.fdType) + Code(made.info.fdCreator), row.type) << row.fileSystem;
+        EXPECT_EQ(SignatureText(made.info.fdType) + SignatureText(made.info.fdCreator), row.type)
+            << row.fileSystem;
         EXPECT_EQ(made.info.fdFlags, 0x8400);
         ASSERT_EQ(made.resources.size(), 2U);
         std::uint32_t crc = 0; // that of the published picture
@@ -125,7 +125,8 @@ TEST_F(AliasFile, CustomIcons_AreTakenWhereTheBitSaysSo) {
         ASSERT_EQ(made.resources.size(), 1 + row.types.size()) << row.item;
         for (std::size_t i = 0; i < row.types.size(); ++i) {
             EXPECT_EQ(made.resources[i + 1].type, row.types[i]) << row.item;
-            EXPECT_TRUE(made.resources[i + 1].data.starts_with(Code(row.types[i]) + " of ")) << row.item;
+            EXPECT_TRUE(made.resources[i + 1].data.starts_with(SignatureText(row.types[i]) + " of "))
+                << row.item;
         }
     }
     // A volume's own icon stands in the place of the built-in one.
@@ -161,7 +162,7 @@ TEST_F(AliasFile, EveryFault_LeavesNothingBehind) {
             EXPECT_FALSE(fs::is_symlink(Item("alias")));
             fs::remove(Item("._alias"));
         }
-        EXPECT_EQ(ScratchFolder::Names(ItemsFolder()), Names{"other"});
+        EXPECT_EQ(ItemNames(), Names{"other"});
         return wasHit;
     });
 }
@@ -178,7 +179,7 @@ TEST_F(AliasFile, TakenNamesAndMissingItems_AreRefusedWithoutATrace) {
     EXPECT_EQ(CreateAliasFile(Spec(item), Spec(Item("new"))), -5551);
     gAFAliasAndFSSAvailable = -1;
     EXPECT_EQ(AliasesAvailable(), 1);
-    EXPECT_EQ(ScratchFolder::Names(ItemsFolder()), (std::vector<std::string>{"._foreign", "taken"}));
+    EXPECT_EQ(ItemNames(), (std::vector<std::string>{"._foreign", "taken"}));
     EXPECT_EQ(ReadWhole(Item("taken")), "mine");
 }
 

@@ -5,6 +5,7 @@
 #include "platform/catalog/named_files.h"
 #include "platform/catalog/resource_file.h"
 #include "platform/files/disk.h"
+#include "settings/app_prefs.h"
 #include "tests/support/testing.h"
 #include "util/items/alias_file.h"
 #include "util/items/file_references.h"
@@ -60,6 +61,7 @@ class ItemsTest : public testing::Test {
         return fScratch.Preferences() + "/com.halcyra.drevix.stuff";
     }
     [[nodiscard]] std::string Item(const std::string &name) const { return ItemsFolder() + "/" + name; }
+    [[nodiscard]] Names ItemNames() const { return ScratchFolder::Names(ItemsFolder()); }
     // A file of the scratch home with contents, and its path.
     std::string File(const std::string &name, std::string_view bytes = "x") const {
         const std::string path = fScratch.Path(name);
@@ -93,13 +95,6 @@ class ItemsTest : public testing::Test {
                       noErr);
         }
         return made;
-    }
-    [[nodiscard]] static std::string Code(OSType code) {
-        std::string text;
-        for (int shift = 24; shift >= 0; shift -= 8) {
-            text.push_back(static_cast<char>(code >> shift));
-        }
-        return text;
     }
 
     ScratchFolder fScratch;

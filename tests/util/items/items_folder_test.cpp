@@ -81,10 +81,9 @@ TEST_F(Items, Cleanup_RemovesAliasFilesThatNoSlotNames) {
     }
     const QBaseOwner base = BaseWith({"pHOTO", "\u00C9T\u00C9", "Caf\u00E9", "zz", "not there"});
     EXPECT_EQ(CleanupDrevixItems(kName, base.get()), noErr);
-    EXPECT_EQ(ScratchFolder::Names(ItemsFolder()),
-              (Names{"._Photo", "._zz", "._\u00E9t\u00E9", "Photo", "zz", "\u00E9t\u00E9"}));
+    EXPECT_EQ(ItemNames(), (Names{"._Photo", "._zz", "._\u00E9t\u00E9", "Photo", "zz", "\u00E9t\u00E9"}));
     EXPECT_EQ(CleanupDrevixItems(kName, nullptr), noErr);
-    EXPECT_EQ(ScratchFolder::Names(ItemsFolder()), Names{});
+    EXPECT_EQ(ItemNames(), Names{});
 }
 
 TEST_F(Items, Cleanup_LeavesAllThatIsNoAliasFile) {
@@ -115,21 +114,21 @@ TEST_F(Items, Cleanup_LeavesAllThatIsNoAliasFile) {
     WriteWhole(Item("._d"), std::string(26, '\0'));
     fs::copy_file(Item("._real"), Item("._e"));
     fs::resize_file(Item("._e"), std::uint64_t{1} << 40);
-    const Names before = ScratchFolder::Names(ItemsFolder());
+    const Names before = ItemNames();
 
     EXPECT_EQ(CleanupDrevixItems(kName, BaseWith({"real"}).get()), noErr);
-    EXPECT_EQ(ScratchFolder::Names(ItemsFolder()), before);
+    EXPECT_EQ(ItemNames(), before);
     Names after = before;
     std::erase_if(after, [](const std::string &name) { return name == "real" || name == "._real"; });
     EXPECT_EQ(CleanupDrevixItems(kName, nullptr), noErr);
-    EXPECT_EQ(ScratchFolder::Names(ItemsFolder()), after);
+    EXPECT_EQ(ItemNames(), after);
 }
 
 // 51 of 271 kills once left half an alias file in the folder for good.
 TEST_F(Items, HalfMade_IsClearedAfterADeathAtAnyCall) {
     const std::string item = File("item", "contents");
     Alias("other");
-    const Names whole = ScratchFolder::Names(ItemsFolder());
+    const Names whole = ItemNames();
     Str31 name{};
     const auto make = [&] { return MakeDrevixItem(item, &name) == noErr; };
     bool hasDied = true;
@@ -137,7 +136,7 @@ TEST_F(Items, HalfMade_IsClearedAfterADeathAtAnyCall) {
         hasDied = DiesAt(call, Death::BeforeTheCall, make);
         EXPECT_TRUE(hasDied || call > 10);
         ClearHalfMadeItems(kName);
-        const Names now = ScratchFolder::Names(ItemsFolder());
+        const Names now = ItemNames();
         if (std::ranges::find(now, "item") == now.end()) {
             EXPECT_EQ(now, whole) << call;
         } else {
@@ -147,7 +146,7 @@ TEST_F(Items, HalfMade_IsClearedAfterADeathAtAnyCall) {
         }
     }
     ClearHalfMadeItems(kName);
-    EXPECT_EQ(ScratchFolder::Names(ItemsFolder()), whole);
+    EXPECT_EQ(ItemNames(), whole);
 }
 
 TEST_F(Items, HalfMade_ClearsNothingThatIsNotOurs) {
@@ -159,17 +158,17 @@ TEST_F(Items, HalfMade_ClearsNothingThatIsNotOurs) {
     WriteWhole(Item("other.new"), ours.substr(0, 40));
     fs::create_symlink("._real", Item("._link"));
     WriteWhole(Item("._made"), ours);
-    const Names stay = ScratchFolder::Names(ItemsFolder());
+    const Names stay = ItemNames();
     UserLock making;
     ASSERT_EQ(making.Acquire(kItemsLockName, {}), noErr);
     ClearHalfMadeItems(kName);
-    EXPECT_EQ(ScratchFolder::Names(ItemsFolder()), stay) << "a program is making the item";
+    EXPECT_EQ(ItemNames(), stay) << "a program is making the item";
     making.Release();
     WriteWhole(Item(".._older.new"), ours.substr(0, 40));
     ClearHalfMadeItems(kName);
     Names after = stay;
     std::erase(after, "._made");
-    EXPECT_EQ(ScratchFolder::Names(ItemsFolder()), after);
+    EXPECT_EQ(ItemNames(), after);
 }
 
 // Whatever fails in an operation, trying it again does what an undisturbed run does. A look-up that failed once made an alias
@@ -226,14 +225,14 @@ TEST_F(Items, EveryFault_IsMadeUpForByTheNextTry) {
             EXPECT_EQ(WriteAppleDouble(Item("halfmade"), appleDouble), noErr);
         }
         WriteWhole(Item(".._cut.0123456789abcdef.new"), "");
-        return ScratchFolder::Names(ItemsFolder());
+        return ItemNames();
     };
     for (const auto &operation : operations) {
         const std::string &what = operation.name;
         SCOPED_TRACE(what);
         const Names before = prepare(what);
         EXPECT_EQ(operation.run(), noErr);
-        const Names after = ScratchFolder::Names(ItemsFolder());
+        const Names after = ItemNames();
         Names now = after;
         const auto isMet = [&](FaultAt fault) {
             if (now != before) {
@@ -245,10 +244,10 @@ TEST_F(Items, EveryFault_IsMadeUpForByTheNextTry) {
             const bool wasHit = fault.Meets([&] { status = GivenMemory(operation.run, OSErr{memFullErr}); });
             EXPECT_TRUE(wasHit || status == noErr) << status;
             EXPECT_EQ(OpenFileCount(), 0);
-            now = ScratchFolder::Names(ItemsFolder());
+            now = ItemNames();
             if (now != before) {
                 EXPECT_EQ(operation.run(), noErr);
-                EXPECT_EQ(ScratchFolder::Names(ItemsFolder()), after);
+                EXPECT_EQ(ItemNames(), after);
             }
             return wasHit;
         };
@@ -275,7 +274,7 @@ TEST_F(Items, Cleanup_StopsAtAFailedLookUpOnly) {
     disk.noStatus = Item("3");
     disk.noRemoval = Item("1");
     EXPECT_EQ(CleanupDrevixItems(kName, nullptr), noErr);
-    EXPECT_EQ(ScratchFolder::Names(ItemsFolder()), (Names{"._1", "._3", "._4", "1", "3", "4"}));
+    EXPECT_EQ(ItemNames(), (Names{"._1", "._3", "._4", "1", "3", "4"}));
 }
 
 TEST_F(Items, Make_StoresANameThatLeadsToThisItemOnly) {
@@ -297,7 +296,7 @@ TEST_F(Items, Make_StoresANameThatLeadsToThisItemOnly) {
     EXPECT_EQ(Make(File("._companion")).substr(0, 10), "_companion");
     EXPECT_EQ(Make("/"), "File System");
     EXPECT_EQ(Make("/etc"), "etc");
-    for (const std::string &name : ScratchFolder::Names(ItemsFolder())) {
+    for (const std::string &name : ItemNames()) {
         EXPECT_TRUE(name.starts_with("._") || fs::exists(Item("._" + name))) << name;
     }
 }
@@ -326,7 +325,7 @@ TEST_F(Items, Make_LeavesWhatIsNoAliasFileAndFollowsThoseOfTheFolder) {
     EXPECT_EQ(Make(letter), "letter");
     FInfo info{};
     EXPECT_EQ(FSpGetFInfo(Spec(Item("letter")), &info), noErr);
-    EXPECT_EQ(Code(info.fdType), "adrp");
+    EXPECT_EQ(SignatureText(info.fdType), "adrp");
 }
 
 TEST_F(Items, Resolve_TellsWhatIsGone) {
