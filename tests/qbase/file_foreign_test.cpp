@@ -51,8 +51,7 @@ OSErr Touch(void *bytes, std::int32_t count) {
 TEST(BaseFile, FilesOfOurOtherWriter_AreReadWhateverTheirVersionAndOrder) {
     const struct {
         const char *make;
-        QBaseFlipFunction recordFlip;
-        QBaseFlipFunction userFlip;
+        QBaseFlipFunction recordFlip, userFlip;
         OSErr status;
         bool changed;
     } rows[] = {

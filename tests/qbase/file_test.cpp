@@ -73,8 +73,7 @@ TEST(BaseFile, PartsWritten_AreThoseAskedForUnlessTheFileDoesNotMatch) {
     constexpr std::string_view kUser = "write 36 at 28\nwrite 5 at 64\nflush\n";
     struct Row {
         const char *what;
-        bool user;
-        bool records;
+        bool user, records;
         std::size_t changedByte; // of the file that is there
         std::string_view log;
     };

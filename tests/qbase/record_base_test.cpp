@@ -176,13 +176,12 @@ TEST(RecordBase, NullArguments_ChangeNothing) {
     QBaseSort(nullptr, compare, 130);
     QBaseSort(base, nullptr, 130);
     QBaseGetUserRect(base, nullptr);
-    EXPECT_TRUE(!QBaseValidate(nullptr) && QBaseGetSize(nullptr) == 0 &&
-                QBaseGetRecordFlags(nullptr, 0) == 0);
+    EXPECT_TRUE(!QBaseValidate(nullptr) && QBaseGetSize(nullptr) == 0 && QBaseGetType(base) == kFileTestType);
+    EXPECT_TRUE(QBaseGetRecordFlags(nullptr, 0) == 0 && QBaseFindLongHeader(nullptr, 0) == nullptr);
     EXPECT_TRUE(QBaseRemoveInvalidOffsets(nullptr) == 0 && QBaseCreateIndexOfOffsets(nullptr, 3).Size() == 0);
-    EXPECT_TRUE(QBaseFindLongHeader(nullptr, 0) == nullptr &&
-                QBaseGetExchange(nullptr, SelectAll) == nullptr);
-    EXPECT_TRUE(QBaseGetExchange(base, nullptr) == nullptr && QBaseLockExchange(nullptr) == nullptr);
-    EXPECT_TRUE(QBaseGetType(base) == kFileTestType && QBaseGetUserBlock(base) != nullptr);
+    EXPECT_TRUE(QBaseGetExchange(nullptr, SelectAll) == nullptr &&
+                QBaseGetExchange(base, nullptr) == nullptr);
+    EXPECT_TRUE(QBaseLockExchange(nullptr) == nullptr && QBaseGetUserBlock(base) != nullptr);
     for (const OSErr status :
          {QBaseMoveIndexes(nullptr, 0, SelectAll), QBaseMoveIndexes(base, 0, nullptr),
           QBaseSetUserBlock(nullptr, "block", 5), QBaseRead(nullptr, file.Ref(), true, true, true, true),

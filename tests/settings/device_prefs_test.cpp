@@ -31,8 +31,7 @@ TEST(GetDevicePrefs, FirstStart_HasTheFactoryRecordsAndSavingMakesTheFolder) {
 
 TEST(GetDevicePrefs, Stamp_DecidesWhetherFactoryRecordsAreAdded) {
     const struct {
-        std::uint32_t stamp;
-        std::uint32_t version;
+        std::uint32_t stamp, version;
         bool merges;
         std::uint32_t stampAfter;
     } rows[] = {{5, 6, true, 6},  {6, 6, false, 6}, {7, 6, false, 7},
@@ -120,8 +119,7 @@ TEST(GetDevicePrefs, OldFile_IsRepairedByTheStampItBrought) {
         std::uint32_t stamp;
         OSType application;
         SlotIndex slot;
-        ActionCommand command;
-        ActionCommand expected;
+        ActionCommand command, expected;
     };
     constexpr OSType kArt = FourCharCode("ART5");
     constexpr OSType kIndesign = FourCharCode("InDn");
@@ -204,13 +202,12 @@ TEST(GetDevicePrefs, RecordsAtOddPlaces_AreSettingsLikeOthers) {
     EXPECT_EQ(folder.SavedNames(), (Names{"", "Odd"}));
 }
 
-TEST(DevicePrefs, WithoutABaseOrAName_NothingIsReadOrSaved) {
+TEST(DevicePrefs, WithoutABaseOrAName_NothingIsReadOrSavedAndALongNameIsCut) {
     const SettingsFolder folder;
     const QBaseOwner base = MakeBase({MakeRecord(0, "")});
     auto name = kDrevixPrefsName;
     Str63 noName{};
     EXPECT_EQ(GetDevicePrefs(nullptr, name.data(), folder.resources, 0), paramErr);
-    EXPECT_EQ(EnsureGlobalPrefs(nullptr, folder.resources), paramErr);
     for (const OSErr status :
          {SaveDevicePrefs(nullptr, name.data(), 0, 0), SaveDevicePrefs(base.get(), nullptr, 0, 0),
           SaveDevicePrefs(base.get(), noName.data(), 0, 0), SaveDevicePrefsToPath(nullptr, folder.path),
@@ -218,15 +215,10 @@ TEST(DevicePrefs, WithoutABaseOrAName_NothingIsReadOrSaved) {
         EXPECT_EQ(status, noErr);
     }
     EXPECT_EQ(SettingsFolder::Names(folder.Preferences()).size(), 0U);
-}
-
-TEST(DevicePrefs, LongName_IsCutInPlace) {
-    SettingsFolder folder;
-    const QBaseOwner base = MakeBase({MakeRecord(0, "")});
-    Str255 name;
-    name.fill('n');
-    EXPECT_EQ(SaveDevicePrefs(base.get(), name.data(), 0, 0), noErr);
-    EXPECT_EQ(name[0], 63);
+    Str255 longName;
+    longName.fill('n');
+    EXPECT_EQ(SaveDevicePrefs(base.get(), longName.data(), 0, 0), noErr);
+    EXPECT_EQ(longName[0], 63);
     EXPECT_EQ(SettingsFolder::Names(folder.Preferences()), Names{std::string(63, 'n')});
 }
 

@@ -114,7 +114,7 @@ TEST(BinaryList, Objects_AreReadStrictly) {
     }
 }
 
-TEST(BinaryList, Bounds_HoldForSharedObjectsToo) {
+TEST(BinaryList, Bounds_HoldForSharedObjectsAndFilesToo) {
     EXPECT_EQ(ParseList(Sharing(kPropertyListMaxDepth, 1)).status, noErr);
     const ReadOutcome deep = ParseList(Sharing(kPropertyListMaxDepth + 1, 1));
     EXPECT_EQ(deep.status, -1);
@@ -128,9 +128,7 @@ TEST(BinaryList, Bounds_HoldForSharedObjectsToo) {
     EXPECT_EQ(CountElements(SharedData(kPropertyListMaxText, 64)).text, "");
     EXPECT_THAT(CountElements(SharedData(kPropertyListMaxText, 65)).text, HasSubstr("shared texts"));
     EXPECT_THAT(CountElements(SharedData(kPropertyListMaxText + 1, 1)).text, HasSubstr("16 MB"));
-}
 
-TEST(BinaryList, TooLargeFile_IsRefused) {
     ScratchFolder scratch;
     WriteWhole(scratch.Path("large"), "bplist00");
     fs::resize_file(scratch.Path("large"), kPropertyListMaxBinaryBytes + 1);

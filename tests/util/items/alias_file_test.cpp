@@ -61,8 +61,7 @@ TEST_F(AliasFile, KindsOfItem_GiveTypeAndCreator) {
 TEST_F(AliasFile, Volumes_AreDisksOrServersWithTheBuiltInIcon) {
     fs::create_directory(fScratch.Path("disk"));
     struct Row {
-        const char *fileSystem;
-        const char *type;
+        const char *fileSystem, *type;
         std::int16_t kind;
     };
     for (const Row &row : std::initializer_list<Row>{
