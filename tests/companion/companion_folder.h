@@ -15,7 +15,7 @@ class CompanionFolder : public ScratchFolder {
     // Makes the folders of all five applications, without files.
     CompanionFolder() {
         for (std::size_t row = 0; row < kKorvaneApps.size(); ++row) {
-            std::filesystem::create_directories(std::filesystem::path(File(row)).parent_path());
+            fs::create_directories(fs::path(File(row)).parent_path());
         }
     }
     [[nodiscard]] std::string File(std::size_t row) const {

@@ -6,7 +6,6 @@
 #include "settings/device_prefs.h"
 #include "settings/pascal_strings.h"
 #include "tests/companion/companion_folder.h"
-#include "tests/support/testing.h"
 
 #include <ctime>
 #include <sys/resource.h>
@@ -207,12 +206,11 @@ TEST(KorvaneFiles, Load_IsBounded) {
         names += "a" + std::to_string(i) + "|"; // close to all that a document type may hold
     }
     names.resize(names.rfind('|', 64'000) + 1);
-    struct Row {
+    const struct {
         const char *what;
         std::string bytes;
         std::size_t hotKeys; // read; 0 for nothing
-    };
-    const Row rows[] = {
+    } rows[] = {
         {"entity bomb", bomb + "]>" + OfMenu("&a29;"), 0},
         {"external entity", "<!DOCTYPE a [<!ENTITY e SYSTEM 'file:///etc/passwd'>]>" + OfMenu("&e;"), 0},
         {"parameter entity", "<!DOCTYPE a [<!ENTITY % e SYSTEM 'file:///etc/passwd'> %e;]>" + Whole(kOne), 0},
@@ -235,7 +233,7 @@ TEST(KorvaneFiles, Load_IsBounded) {
         {"controls", kHead + std::string(4 << 20, '\x01'), 0},
     };
     const std::int64_t before = PeakKilobytes();
-    for (const Row &row : rows) {
+    for (const auto &row : rows) {
         folder.Write(0, row.bytes);
         const std::clock_t start = std::clock(); // of this process, however busy the machine is
         const auto list = LoadKorvaneFileForApp("_System_");
@@ -279,7 +277,7 @@ TEST(KorvaneFiles, Save_WritesWhatOtherReadersRead) {
     list.HotKeys[0].Set(KorvaneKey::Menu, std::string(kXmlMaxBytes / 5, '&'));
     EXPECT_TRUE(isRefused());
     EXPECT_FALSE(SaveKorvanePrefs(*loaded, folder.Path("none/~hotkeys")));
-    EXPECT_FALSE(std::filesystem::exists(folder.Path("none")));
+    EXPECT_FALSE(fs::exists(folder.Path("none")));
     // 40,000 were read and written back, and then refused for the white space between their tags.
     ASSERT_TRUE(SaveKorvanePrefsForApp(ListOf(Strings(kMostKorvaneHotKeys, "a|b|c|d|e")), "InDesign"));
     const auto most = LoadKorvaneFileForApp("InDesign");
@@ -313,17 +311,11 @@ TEST(KorvaneFiles, KilledSave_LosesNoBytes) {
         const KorvaneHotKeyList list = ListOf(newRows);
         const std::string before = KorvaneFileText(ListOf(oldRows));
         const std::string bytes = KorvaneFileText(list);
-        int isDead = 1;
-        for (int dieAt = 1; isDead != 0; ++dieAt) {
+        const auto save = [&] { return SaveKorvanePrefsForApp(list, "Photoshop"); };
+        bool hasDied = true;
+        for (int dieAt = 1; hasDied; ++dieAt) {
             folder.Write(1, before);
-            const pid_t child = ::fork();
-            if (child == 0) {
-                FaultyDisk disk(dieAt, Lasts::Once, 0);
-                disk.onHalf = [] { ::_exit(1); };
-                std::ignore = SaveKorvanePrefsForApp(list, "Photoshop");
-                ::_exit(disk.WasHit() ? 1 : 0);
-            }
-            ::waitpid(child, &isDead, 0);
+            hasDied = DiesAt(dieAt, Death::HalfOfATransfer, save);
             const std::string after = ReadWhole(folder.File(1));
             EXPECT_THAT(after, AnyOf(HasSubstr(before), HasSubstr(bytes))) << dieAt;
             EXPECT_TRUE(before != bytes || after == bytes) << dieAt;
@@ -347,26 +339,27 @@ TEST(KorvaneFiles, FileWithBothTexts_IsReadAsTheWholeOneAndMended) {
     const std::string bytes = KorvaneFileText(ListOf(newRows));
     const std::string gap(bytes.size() - before.size(), '\0');
     const std::string others = std::string(bytes).erase(bytes.find('\n'), 1); // not as we write it
-    struct Row {
-        std::string file;
-        Strings rows; // none: not ours to mend
+    const std::pair<std::string, Strings> files[] = {
+        {before + gap + bytes, newRows},
+        {bytes.substr(0, 100) + before.substr(100) + gap + bytes, newRows},
+        {bytes + bytes, newRows},
+        {before + gap + bytes.substr(0, 150), oldRows},
+        {before.substr(0, before.rfind('\n')) + bytes.substr(0, 150), oldRows},
+        {before.substr(0, 120) + bytes.substr(0, 150), {}}, // not ours to mend
+        {others + others, {}},
     };
-    for (const Row &row : {Row{before + gap + bytes, newRows},
-                           Row{bytes.substr(0, 100) + before.substr(100) + gap + bytes, newRows},
-                           Row{bytes + bytes, newRows}, Row{before + gap + bytes.substr(0, 150), oldRows},
-                           Row{before.substr(0, before.rfind('\n')) + bytes.substr(0, 150), oldRows},
-                           Row{before.substr(0, 120) + bytes.substr(0, 150), {}}, Row{others + others, {}}}) {
-        folder.Write(1, row.file);
+    for (const auto &[file, rows] : files) {
+        folder.Write(1, file);
         const auto loaded = LoadKorvaneFileForApp("Photoshop");
-        if (row.rows.empty()) {
+        if (rows.empty()) {
             EXPECT_TRUE(!loaded || loaded->isPartial);
             continue;
         }
-        ASSERT_TRUE(loaded && !loaded->isPartial) << row.file;
-        EXPECT_EQ(Rows(loaded), row.rows);
+        ASSERT_TRUE(loaded && !loaded->isPartial) << file;
+        EXPECT_EQ(Rows(loaded), rows);
         EXPECT_TRUE(IsKorvaneFileUnchanged(*loaded, "Photoshop"));
         EXPECT_TRUE(SaveKorvanePrefsForApp(*loaded, "Photoshop"));
-        EXPECT_EQ(ReadWhole(folder.File(1)), KorvaneFileText(ListOf(row.rows)));
+        EXPECT_EQ(ReadWhole(folder.File(1)), KorvaneFileText(ListOf(rows)));
     }
 }
 

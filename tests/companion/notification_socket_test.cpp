@@ -3,9 +3,6 @@
 #include "platform/bus/sd_event_loop.h"
 #include "settings/device_prefs.h"
 #include "tests/companion/companion_folder.h"
-#include "tests/support/testing.h"
-
-#include <chrono>
 
 namespace drevix::test {
 namespace {
@@ -13,11 +10,10 @@ namespace {
 using std::chrono::milliseconds;
 using std::chrono::seconds;
 
-constexpr const char *kMessage =
-    "<update_cfg>_System_,Photoshop,Illustrator,InDesign,PSElements</update_cfg>";
+constexpr auto kMessage = "<update_cfg>_System_,Photoshop,Illustrator,InDesign,PSElements</update_cfg>";
 
 std::ptrdiff_t OpenDescriptors() {
-    const std::filesystem::directory_iterator open("/proc/self/fd");
+    const fs::directory_iterator open("/proc/self/fd");
     return std::distance(begin(open), end(open));
 }
 

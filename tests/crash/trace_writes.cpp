@@ -107,10 +107,6 @@ std::map<pid_t, std::string> gOpenRecords; // of the calls that each thread is i
 
 using Arguments = std::array<std::uint64_t, 6>;
 
-Arguments ArgumentsOf(const user_regs_struct &registers) {
-    return {registers.rdi, registers.rsi, registers.rdx, registers.r10, registers.r8, registers.r9};
-}
-
 std::string Memory(pid_t thread, std::uint64_t address, std::size_t count) {
     std::string bytes(count, '\0');
     const iovec here = {bytes.data(), count};
@@ -153,10 +149,6 @@ std::string PathOf(pid_t thread, const Arguments &arguments, int folder, int pat
     const std::string proc = base == AT_FDCWD ? "/proc/" + std::to_string(thread) + "/cwd"
                                               : DescriptorFile(thread, static_cast<std::uint64_t>(base));
     return (std::filesystem::path(LinkTarget(proc)) / given).lexically_normal().string();
-}
-
-bool IsUnder(const std::string &path) {
-    return path.starts_with(gAsked.under + "/");
 }
 
 std::uint64_t InodeOf(const std::string &path) {
@@ -204,11 +196,11 @@ Met Meet(pid_t thread, const user_regs_struct &registers) {
     if (met.call == nullptr) {
         return met;
     }
-    met.arguments = ArgumentsOf(registers);
+    met.arguments = {registers.rdi, registers.rsi, registers.rdx, registers.r10, registers.r8, registers.r9};
     met.path = met.call->descriptor != kNone
                    ? LinkTarget(DescriptorFile(thread, met.At(met.call->descriptor)))
                    : PathOf(thread, met.arguments, met.call->folder, met.call->path);
-    if (!IsUnder(met.path) || !Changes(met)) {
+    if (!met.path.starts_with(gAsked.under + "/") || !Changes(met)) {
         met.path.clear();
     }
     return met;

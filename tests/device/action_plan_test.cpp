@@ -104,27 +104,20 @@ TEST(ActionPlan, Slots_BecomeSteps) {
 TEST(ActionPlan, KeysThatAreNamedByWhatTheyType_AreFoundInTheLayout) {
     static const struct {
         ActionCommand command;
-        std::map<std::string, const char *> plans; // by layout
+        const char *layout, *plan;
     } kRows[] = {
-        {182,
-         {{"us", "CTRL+Z"},
-          {"de", "CTRL+Y"},
-          {"fr", "CTRL+W"},
-          {"us dvorak", "CTRL+SLASH"},
-          {"ru", "CTRL+Z"}}},
-        {186, {{"de", "CTRL+A"}, {"fr", "CTRL+Q"}}},
-        {41, {{"de", "CTRL+SLASH"}, {"fr", "CTRL+6"}}},
-        {42, {{"us", "CTRL+SHIFT+EQUAL"}, {"de", "CTRL+RIGHTBRACE"}, {"fr", "CTRL+SHIFT+EQUAL"}}},
-        {43, {{"us", "CTRL+0"}, {"fr", "CTRL+SHIFT+0"}}},
-        {35, {{"us", "LEFTBRACE"}, {"de", "nothing: the keyboard layout has no key for it"}}},
-        {181, {{"us dvorak", "ask 1 else META+J"}}},
-        {32, {{"de", "CTRL+Z"}, {"fr", "CTRL+Z"}}}, // by place
+        // clang-format off
+        {182, "us", "CTRL+Z"}, {182, "de", "CTRL+Y"}, {182, "fr", "CTRL+W"}, {182, "us dvorak", "CTRL+SLASH"},
+        {182, "ru", "CTRL+Z"}, {186, "de", "CTRL+A"}, {186, "fr", "CTRL+Q"}, {181, "us dvorak", "ask 1 else META+J"},
+        {41, "de", "CTRL+SLASH"}, {41, "fr", "CTRL+6"}, {43, "us", "CTRL+0"}, {43, "fr", "CTRL+SHIFT+0"},
+        {42, "us", "CTRL+SHIFT+EQUAL"}, {42, "de", "CTRL+RIGHTBRACE"}, {42, "fr", "CTRL+SHIFT+EQUAL"},
+        {35, "us", "LEFTBRACE"}, {35, "de", "nothing: the keyboard layout has no key for it"},
+        {32, "de", "CTRL+Z"}, {32, "fr", "CTRL+Z"}, // by place
+        // clang-format on
     };
     for (const auto &row : kRows) {
-        for (const auto &[layout, plan] : row.plans) {
-            const ActionSlot slot = Slot(row.command, 0x06, kControlModifier);
-            EXPECT_EQ(TextOf(PlanAction(slot, Layout(layout), {})), plan) << row.command << ' ' << layout;
-        }
+        const ActionSlot slot = Slot(row.command, 0x06, kControlModifier);
+        EXPECT_EQ(TextOf(PlanAction(slot, Layout(row.layout), {})), row.plan) << row.command << row.layout;
     }
 }
 

@@ -1,7 +1,6 @@
 #include "device/device_map.h"
 
 #include "tests/device/control_words.h"
-#include "tests/support/testing.h"
 
 namespace drevix::test {
 namespace {
@@ -71,7 +70,7 @@ TEST(DeviceMap, AllWordsOfADeviceMustFit) {
 
 TEST(DeviceMap, TheMapsThatComeWithIt_UseEveryControl) {
     std::set<SlotIndex> used;
-    for (const auto &file : std::filesystem::directory_iterator(DREVIX_TEST_DATA "/../../resources/maps")) {
+    for (const auto &file : fs::directory_iterator(DREVIX_TEST_DATA "/../../resources/maps")) {
         std::vector<MapProblem> problems;
         const auto maps = ParseDeviceMaps(ReadWhole(file.path()), &problems);
         EXPECT_TRUE(problems.empty())

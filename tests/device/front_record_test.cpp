@@ -3,8 +3,6 @@
 #include "settings/action_commands.h"
 #include "tests/settings/settings_files.h"
 
-#include <map>
-
 namespace drevix::test {
 namespace {
 

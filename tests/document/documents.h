@@ -4,7 +4,6 @@
 
 #include "document/settings_document.h"
 #include "tests/settings/settings_files.h"
-#include "tests/support/testing.h"
 
 namespace drevix::test {
 
@@ -61,11 +60,8 @@ inline const std::string &Made(const std::string &state, const std::string &leaf
     if (bytes.empty()) {
         const SettingsFolder folder;
         folder.WriteDefaults({RecordFromText("global=9"), RecordFromText("factory=9")});
-        const QBaseOwner base = MakeBase({}, kPanelVersion);
+        const QBaseOwner base = MakeBase(RecordsFromText(state), kPanelVersion);
         EXPECT_EQ(QBaseSetUserBlock(base.get(), "block", 5), noErr);
-        for (const AppPrefs &record : RecordsFromText(state)) {
-            EXPECT_NE(QBaseAddRecord(base.get(), &record, sizeof record), kNoRecord);
-        }
         EXPECT_EQ(SaveDevicePrefsToPath(base.get(), folder.Path("settings")), noErr);
         bytes = ReadWhole(folder.Path(leaf));
     }

@@ -2,20 +2,18 @@
 
 #include "document/record_changes.h"
 #include "tests/document/documents.h"
-#include "tests/support/testing.h"
 
 namespace drevix::test {
 namespace {
 
-namespace fs = std::filesystem;
 using std::chrono::hours;
 using std::chrono::minutes;
 
 // The states in the history, the newest first.
-std::vector<std::string> StatesBefore(const DocumentFolder &folder) {
+Names StatesBefore(const DocumentFolder &folder) {
     std::vector<EarlierSettings> history;
     EXPECT_EQ(ListHistory(folder.file, &history), noErr);
-    std::vector<std::string> states;
+    Names states;
     for (const EarlierSettings &earlier : history) {
         EXPECT_EQ(fs::status(earlier.path).permissions(), fs::perms(0600));
         const QBaseOwner base = ReadEarlierSettings(earlier);
@@ -24,18 +22,15 @@ std::vector<std::string> StatesBefore(const DocumentFolder &folder) {
     return states;
 }
 
-using States = std::vector<std::string>;
-
 TEST(History, EachSave_KeepsWhatItReplaces) {
     const DocumentFolder folder("a=1 global=1");
-    EXPECT_EQ(StatesBefore(folder), States{});
+    EXPECT_EQ(StatesBefore(folder), Names{});
     OpenDocument document(folder);
     EXPECT_TRUE(document.Put("a=2"));
     EXPECT_EQ(document.Save(kLongWait).history, noErr);
-    EXPECT_EQ(StatesBefore(folder), States{"a=1 global=1"});
+    EXPECT_EQ(StatesBefore(folder), Names{"a=1 global=1"});
     EXPECT_EQ(document.Save(kLongWait).status, noErr);
-    EXPECT_EQ(StatesBefore(folder), States{"a=1 global=1"})
-        << "a save that changes nothing has no forerunner";
+    EXPECT_EQ(StatesBefore(folder), Names{"a=1 global=1"}) << "a save that changes nothing has no forerunner";
     std::vector<EarlierSettings> history; // what else lies there is neither listed nor removed
     EXPECT_EQ(ListHistory(folder.file, &history), noErr);
     const fs::path kept = history.at(0).path;
@@ -47,7 +42,7 @@ TEST(History, EachSave_KeepsWhatItReplaces) {
     folder.WriteState("a=2 b=7 global=1"); // another program
     EXPECT_TRUE(document.Put("a=3"));
     EXPECT_EQ(document.Save(kLongWait).status, noErr);
-    EXPECT_EQ(StatesBefore(folder), (States{"a=2 b=7 global=1", "a=1 global=1"}));
+    EXPECT_EQ(StatesBefore(folder), (Names{"a=2 b=7 global=1", "a=1 global=1"}));
     EXPECT_EQ(ScratchFolder::Names(kept.parent_path()).size(), 7U);
 }
 
@@ -59,7 +54,7 @@ TEST(History, LoserOfAConflict_IsInIt) {
     folder.WriteState("a=9 global=1");
     EXPECT_EQ(document.Save(kLongWait).outside.conflicts.size(), 1U);
     EXPECT_EQ(folder.State(), "a=2 global=1");
-    EXPECT_EQ(StatesBefore(folder), States{"a=9 global=1"});
+    EXPECT_EQ(StatesBefore(folder), Names{"a=9 global=1"});
 }
 
 TEST(History, Restored_IsAnEditThatCanBeTakenBack) {
@@ -116,7 +111,7 @@ TEST(History, ManySaves_LeaveTen) {
         EXPECT_TRUE(document.Put("a=" + std::to_string(i)));
         ASSERT_EQ(document.Save(kLongWait).status, noErr);
     }
-    const States states = StatesBefore(folder);
+    const Names states = StatesBefore(folder);
     ASSERT_EQ(states.size(), 11U); // and the first of the day
     EXPECT_EQ(states.front(), "a=13 global=1");
     EXPECT_EQ(states[9], "a=4 global=1");
@@ -132,7 +127,7 @@ TEST(History, DeathBeforeTheSave_LeavesNoNameOfTheFileItself) {
     OpenDocument document(folder);
     EXPECT_TRUE(document.Put("a=2"));
     ASSERT_EQ(document.Save(kLongWait).status, noErr);
-    EXPECT_EQ(StatesBefore(folder), States{"a=1 global=1"});
+    EXPECT_EQ(StatesBefore(folder), Names{"a=1 global=1"});
 }
 
 TEST(History, ThatCannotBeKept_StopsNoSaveAndIsTold) {
@@ -171,15 +166,8 @@ TEST(History, ItemsOfEarlierSettings_AreStillNamed) {
 }
 
 TEST(RecordChanges, AreNamedByRecordAndKey) {
-    const auto base = [](const std::string &state) {
-        QBaseOwner made = MakeBase({}, kPanelVersion);
-        for (const AppPrefs &record : RecordsFromText(state)) {
-            EXPECT_NE(QBaseAddRecord(made.get(), &record, sizeof record), kNoRecord);
-        }
-        return made;
-    };
-    const QBaseOwner before = base("a=1 b=1 c=1 global=1");
-    const QBaseOwner after = base("a=1 b=2 d=1 global=1");
+    const QBaseOwner before = MakeBase(RecordsFromText("a=1 b=1 c=1 global=1"));
+    const QBaseOwner after = MakeBase(RecordsFromText("a=1 b=2 d=1 global=1"));
     AppPrefs &global = *GetAppPrefs(after.get(), 3);
     ASSERT_EQ(global.application, kGlobalSignature);
     global.device[0].action[19].command = 12;

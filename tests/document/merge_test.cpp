@@ -1,6 +1,5 @@
 // What comes of it when two programs have changed one settings file.
 #include "tests/document/documents.h"
-#include "tests/support/testing.h"
 
 #include <random>
 
@@ -73,11 +72,8 @@ TEST(SettingsDocument, RandomChangesOnBothSides_AreMergedByRecord) {
 // Several of one name; letter case does not tell names apart.
 TEST(SettingsDocument, RecordsAlike_AreToldApart) {
     struct Row {
-        const char *opened;
-        const char *here; // after edits
-        const char *disk; // after another program's
-        const char *merged;
-        const char *conflicts;
+        const char *opened, *here, *disk; // the last two after edits, and after another program's
+        const char *merged, *conflicts;
     };
     for (const Row &row : std::initializer_list<Row>{
              {"a/X=1 a/Y=1 global=1", "a/X=2 a/Y=1 global=1", "a/X=1 a/Y=2 global=1", "a/X=2 a/Y=2 global=1",

@@ -4,7 +4,6 @@
 #include "tests/companion/companion_folder.h"
 #include "tests/document/documents.h"
 #include "tests/support/failing_new.h"
-#include "tests/support/testing.h"
 
 namespace drevix::test {
 namespace {
@@ -44,7 +43,7 @@ TEST(SettingsDocument, Edits_AreCountedUntilSavedOrTakenBack) {
 
 TEST(SettingsDocument, FactorysRecords_AreUnsavedUntilTheFileHasThem) {
     DocumentFolder folder("a=1 global=1");
-    std::filesystem::remove(folder.file);
+    fs::remove(folder.file);
     OpenDocument document(folder);
     EXPECT_EQ(document.result.status, noErr);
     EXPECT_EQ(document.result.fileStatus, fnfErr);
@@ -64,24 +63,19 @@ struct OutsideFile {
     bool isKeptAside;
 };
 const OutsideFile kOutsideFiles[] = {
-    {"emptied", [](const std::string &path) { WriteWhole(path, ""); }, noErr, false},
-    {"half written",
-     [](const std::string &path) {
-         std::filesystem::resize_file(path, std::filesystem::file_size(path) / 2);
-     },
-     noErr, true},
-    {"another kind of file", [](const std::string &path) { WriteWhole(path, std::string(5000, 'x')); }, noErr,
-     true},
+    {"emptied", [](const auto &path) { WriteWhole(path, ""); }, noErr, false},
+    {"half written", [](const auto &path) { fs::resize_file(path, fs::file_size(path) / 2); }, noErr, true},
+    {"another kind of file", [](const auto &path) { WriteWhole(path, std::string(5000, 'x')); }, noErr, true},
     {"without records",
-     [](const std::string &path) {
+     [](const auto &path) {
          EXPECT_EQ(SaveDevicePrefsToPath(MakeBase({}, kPanelVersion).get(), path), noErr);
      },
      noErr, false},
-    {"removed", [](const std::string &path) { std::filesystem::remove(path); }, noErr, false},
+    {"removed", [](const auto &path) { fs::remove(path); }, noErr, false},
     {"a folder",
-     [](const std::string &path) {
-         std::filesystem::remove(path);
-         std::filesystem::create_directory(path);
+     [](const auto &path) {
+         fs::remove(path);
+         fs::create_directory(path);
      },
      notAFileErr, false},
 };
@@ -99,13 +93,13 @@ TEST(SettingsDocument, FileThatIsNoSettings_IsNotTakenOver) {
         const SaveResult result = document.Save(kNoWait);
         EXPECT_EQ(result.status, outside.saved);
         EXPECT_EQ(result.replacedDamaged, outside.isKeptAside);
-        EXPECT_EQ(std::filesystem::exists(folder.file + kRefusedSuffix), outside.isKeptAside);
+        EXPECT_EQ(fs::exists(folder.file + kRefusedSuffix), outside.isKeptAside);
         EXPECT_EQ(document.State(), "a=2 global=1");
         EXPECT_EQ(document.IsReadOnly(), outside.saved != noErr);
         if (outside.saved == noErr) {
             EXPECT_EQ(folder.State(), "a=2 global=1");
         } else { // can be tried again
-            std::filesystem::remove_all(folder.file);
+            fs::remove_all(folder.file);
             folder.WriteState("a=1 b=1 global=1");
             EXPECT_EQ(document.Save(kNoWait).status, noErr);
             EXPECT_EQ(folder.State(), "a=2 b=1 global=1");
@@ -121,7 +115,7 @@ TEST(SettingsDocument, DamagedFile_IsKeptAsideOnlyByThoseThatMayWrite) {
     EXPECT_TRUE(IsDamaged(reader.result.fileStatus));
     EXPECT_EQ(reader.State(), "factory=9 global=9");
     EXPECT_EQ(reader.Save(kNoWait).status, wrPermErr);
-    EXPECT_FALSE(std::filesystem::exists(folder.file + kRefusedSuffix));
+    EXPECT_FALSE(fs::exists(folder.file + kRefusedSuffix));
     OpenDocument writer(folder);
     EXPECT_EQ(ReadWhole(folder.file + kRefusedSuffix), "damaged");
     const SaveResult result = writer.Save(kNoWait);
@@ -158,16 +152,15 @@ TEST(SettingsDocument, LockThatCannotBeMade_FailsTheSave) {
         EXPECT_EQ(document.Save(kNoWait).status, dirNFErr);
     }
     const std::string lock = folder.Path("state/com.halcyra.drevix/settings.lock");
-    std::filesystem::create_directories(folder.Path("state/com.halcyra.drevix"));
-    std::filesystem::create_symlink(folder.Path("elsewhere"), lock);
+    fs::create_directories(folder.Path("state/com.halcyra.drevix"));
+    fs::create_symlink(folder.Path("elsewhere"), lock);
     EXPECT_EQ(document.Save(kNoWait).status, bdNamErr);
-    EXPECT_FALSE(std::filesystem::exists(folder.Path("elsewhere")));
-    std::filesystem::remove(lock);
+    EXPECT_FALSE(fs::exists(folder.Path("elsewhere")));
+    fs::remove(lock);
     EXPECT_EQ(folder.State(), "a=1 global=1");
     EXPECT_EQ(document.Save(kNoWait).status, noErr);
-    EXPECT_EQ(std::filesystem::status(lock).permissions(), std::filesystem::perms(0600));
-    EXPECT_EQ(std::filesystem::status(folder.Path("state/com.halcyra.drevix")).permissions(),
-              std::filesystem::perms(0700));
+    EXPECT_EQ(fs::status(lock).permissions(), fs::perms(0600));
+    EXPECT_EQ(fs::status(folder.Path("state/com.halcyra.drevix")).permissions(), fs::perms(0700));
 }
 
 // A disk on which every file was last changed some time ago.
@@ -209,14 +202,14 @@ TEST(SettingsDocument, OperationsWithEveryFault_AreDoneOrNot) {
             status == noErr && !history.empty() ? ReadEarlierSettings(history[0]) : nullptr;
         return base != nullptr && use(base.get());
     };
-    const std::vector<std::pair<std::string, std::function<bool(OpenDocument &)>>> operations = {
+    const Operation<bool(OpenDocument &)> operations[] = {
         {"add", [](OpenDocument &it) { return it.Put("n=1"); }},
         {"store", [](OpenDocument &it) { return it.Put("a=5"); }},
         {"replace", [&](OpenDocument &it) { return it.Replace(it.Find(a), RecordFromText("n=5")); }},
         {"remove", [&](OpenDocument &it) { return it.Remove(it.Find(a)); }},
         {"take one", [](OpenDocument &it) { return it.TakeOne(RecordFromText("a=7")); }},
         {"take all",
-         [&](OpenDocument &it) { return withEarlier(it, [&](QBaseHandle old) { return it.TakeAll(old); }); }},
+         [&](OpenDocument &it) { return withEarlier(it, [&](auto old) { return it.TakeAll(old); }); }},
         {"take others'", [](OpenDocument &it) { return it.TakeOutsideChanges().cameIn; }},
         {"ask",
          [](OpenDocument &it) {
@@ -231,121 +224,102 @@ TEST(SettingsDocument, OperationsWithEveryFault_AreDoneOrNot) {
          }},
         {"compare",
          [&](OpenDocument &it) {
-             return withEarlier(it,
-                                [&](QBaseHandle old) { return ChangesBetween(old, it.Base()).size() == 3; });
+             return withEarlier(it, [&](auto old) { return ChangesBetween(old, it.Base()).size() == 3; });
          }},
     };
-    for (const auto &[name, operation] : operations) {
+    for (const auto &operation : operations) {
+        SCOPED_TRACE(operation.name);
         std::string after;
-        for (const int error : {EIO, ENOMEM, kOfNew}) {
-            ForEachFault(0, [&, name = name, &operation = operation](int failAt, Lasts lasts) {
-                SCOPED_TRACE(name + " " + std::to_string(error) + " at " + std::to_string(failAt));
-                const DocumentFolder folder("b=9 global=1 x=1");
-                OpenDocument document(folder);
-                document.Edit("a=1 b=1 global=1");
-                EXPECT_EQ(document.Save(kNoWait).status, noErr);
-                EXPECT_TRUE(document.Put("b=2"));
-                folder.WriteState("cut=1 lost=1", folder.file + kRefusedSuffix);
-                std::filesystem::resize_file(folder.file + kRefusedSuffix,
-                                             std::filesystem::file_size(folder.file + kRefusedSuffix) - 2);
-                if (name == "take others'") {
-                    folder.WriteState("a=8 b=1 global=1");
-                }
-                const std::string before = document.State();
-                bool isDone = false;
-                const bool wasHit = MeetsFaultOrNew(failAt, lasts, error, [&] {
-                    try {
-                        isDone = operation(document);
-                    } catch (const std::bad_alloc &) { // of what this test makes
-                    }
-                });
-                EXPECT_TRUE(wasHit || isDone);
-                if (!isDone) {
-                    EXPECT_EQ(document.State(), before);
-                    EXPECT_EQ(document.CountUnsaved(), 1);
-                    EXPECT_TRUE(operation(document));
-                }
-                after = after.empty() ? document.State() : after;
-                EXPECT_EQ(document.State(), after);
-                return wasHit;
-            });
-        }
+        ForEachFault(0, {EIO, ENOMEM, kOfNew}, [&](const FaultAt &fault) {
+            const DocumentFolder folder("b=9 global=1 x=1");
+            OpenDocument document(folder);
+            document.Edit("a=1 b=1 global=1");
+            EXPECT_EQ(document.Save(kNoWait).status, noErr);
+            EXPECT_TRUE(document.Put("b=2"));
+            folder.WriteState("cut=1 lost=1", folder.file + kRefusedSuffix);
+            fs::resize_file(folder.file + kRefusedSuffix, fs::file_size(folder.file + kRefusedSuffix) - 2);
+            if (operation.name == "take others'") {
+                folder.WriteState("a=8 b=1 global=1");
+            }
+            const std::string before = document.State();
+            bool isDone = false;
+            const auto run = [&] { return operation.run(document); };
+            const bool wasHit = fault.Meets([&] { isDone = GivenMemory(run, false); });
+            EXPECT_TRUE(wasHit || isDone);
+            if (!isDone) {
+                EXPECT_EQ(document.State(), before);
+                EXPECT_EQ(document.CountUnsaved(), 1);
+                EXPECT_TRUE(run());
+            }
+            after = after.empty() ? document.State() : after;
+            EXPECT_EQ(document.State(), after);
+            return wasHit;
+        });
     }
 }
 
 // Every step of opening or saving fails in turn, while another program has changed a record too. Of a save that failed
 // after it had written, an edit that was taken back then was once lost, and with it what the save had taken in.
 TEST(SettingsDocument, SaveWithEveryFault_KeepsEditsAndFile) {
-    const auto isKept = [](int error, int failAt, Lasts lasts, const std::string &next) {
-        SCOPED_TRACE(std::to_string(error) + " at " + std::to_string(failAt) + ", then " + next);
-        const DocumentFolder folder("a=1 b=1 global=1");
-        OpenDocument document(folder);
-        EXPECT_TRUE(document.Put("a=2"));
-        folder.WriteState("a=1 b=2 global=1");
-        SaveResult result;
-        const bool wasHit = MeetsFaultOrNew(failAt, lasts, error, [&] { result = document.Save(kNoWait); });
-        const std::string now = folder.State();
-        EXPECT_TRUE(now == "a=2 b=2 global=1" || (result.status != noErr && now == "a=1 b=2 global=1"))
-            << now;
-        EXPECT_EQ(document.IsSaved(), result.status == noErr);
-        EXPECT_EQ(QBaseGetRecordsChanged(document.Base()), result.status != noErr);
-        EXPECT_EQ(result.outside.cameIn, document.State() == "a=2 b=2 global=1");
-        std::vector<EarlierSettings> history;
-        EXPECT_EQ(ListHistory(folder.file, &history), noErr);
-        for (const EarlierSettings &earlier : history) {
-            EXPECT_EQ(TextOfBase(ReadEarlierSettings(earlier).get()), "a=1 b=2 global=1");
-        }
-        EXPECT_EQ(OpenFileCount(), 0);
-        EXPECT_TRUE(document.Put(next));
-        EXPECT_TRUE(!document.IsSaved() || folder.State().starts_with(next));
-        EXPECT_TRUE(document.TakeOutsideChanges().conflicts.empty())
-            << "its own words are taken for another's";
-        EXPECT_EQ(document.IsSaved(), folder.State() == document.State());
-        EXPECT_EQ(document.Save(kNoWait).status, noErr);
-        EXPECT_EQ(folder.State(), next + " b=2 global=1");
-        EXPECT_EQ(ScratchFolder::Names(folder.Path()).size(), 4U) << "something is left behind";
-        return wasHit;
-    };
-    for (const int error : {ENOSPC, EIO, ENOMEM, kOfNew}) {
-        for (const char *next : {"a=3", "a=1"}) {
-            ForEachFault(1, [&](int failAt, Lasts lasts) { return isKept(error, failAt, lasts, next); });
-        }
+    for (const std::string next : {"a=3", "a=1"}) {
+        SCOPED_TRACE("then " + next);
+        ForEachFault(1, {ENOSPC, EIO, ENOMEM, kOfNew}, [&](const FaultAt &fault) {
+            const DocumentFolder folder("a=1 b=1 global=1");
+            OpenDocument document(folder);
+            EXPECT_TRUE(document.Put("a=2"));
+            folder.WriteState("a=1 b=2 global=1");
+            SaveResult result;
+            const bool wasHit = fault.Meets([&] { result = document.Save(kNoWait); });
+            const std::string now = folder.State();
+            EXPECT_TRUE(now == "a=2 b=2 global=1" || (result.status != noErr && now == "a=1 b=2 global=1"))
+                << now;
+            EXPECT_EQ(document.IsSaved(), result.status == noErr);
+            EXPECT_EQ(QBaseGetRecordsChanged(document.Base()), result.status != noErr);
+            EXPECT_EQ(result.outside.cameIn, document.State() == "a=2 b=2 global=1");
+            std::vector<EarlierSettings> history;
+            EXPECT_EQ(ListHistory(folder.file, &history), noErr);
+            for (const EarlierSettings &earlier : history) {
+                EXPECT_EQ(TextOfBase(ReadEarlierSettings(earlier).get()), "a=1 b=2 global=1");
+            }
+            EXPECT_EQ(OpenFileCount(), 0);
+            EXPECT_TRUE(document.Put(next));
+            EXPECT_TRUE(!document.IsSaved() || folder.State().starts_with(next));
+            EXPECT_TRUE(document.TakeOutsideChanges().conflicts.empty()) << "its own words are another's";
+            EXPECT_EQ(document.IsSaved(), folder.State() == document.State());
+            EXPECT_EQ(document.Save(kNoWait).status, noErr);
+            EXPECT_EQ(folder.State(), next + " b=2 global=1");
+            EXPECT_EQ(ScratchFolder::Names(folder.Path()).size(), 4U) << "something is left behind";
+            return wasHit;
+        });
     }
 }
 
 TEST(SettingsDocument, OpenWithEveryFault_LosesNothingInASave) {
     const ScopedVariable noBus("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent");
     int emptied = 0;
-    const auto isKept = [&](int error, int failAt, Lasts lasts, bool isDamaged, bool isOpen) {
-        SCOPED_TRACE(std::to_string(error) + " at " + std::to_string(failAt));
-        const DocumentFolder folder("");
-        folder.WriteState("a=1 global=1", folder.path);
-        if (isDamaged) {
-            WriteWhole(folder.path, "damaged");
-        }
-        SettingsDocument document(folder.resources, kPanelVersion);
-        if (isOpen) {
-            EXPECT_EQ(document.Open(Access::Change).status, noErr);
-        }
-        OpenResult opened;
-        const bool wasHit =
-            MeetsFaultOrNew(failAt, lasts, error, [&] { opened = document.Open(Access::Change); });
-        emptied += opened.status != noErr && document.Base() != nullptr && !isOpen ? 1 : 0;
-        document.TakeOutsideChanges();
-        EXPECT_EQ(document.Save(kNoWait).status, document.Base() != nullptr ? noErr : memFullErr);
-        EXPECT_TRUE(isDamaged && document.Base() != nullptr
-                        ? ReadWhole(folder.kept) == "damaged"
-                        : isDamaged || folder.State(folder.path).starts_with("a=1 "))
-            << folder.State(folder.path);
-        return wasHit;
-    };
-    for (const int error : {EIO, EACCES, ENOMEM, kOfNew}) {
-        for (const bool isDamaged : {false, true}) {
-            for (const bool isOpen : {false, true}) {
-                ForEachFault(1, [&](int failAt, Lasts lasts) {
-                    return isKept(error, failAt, lasts, isDamaged, isOpen);
-                });
-            }
+    for (const bool isDamaged : {false, true}) {
+        for (const bool isOpen : {false, true}) {
+            ForEachFault(1, {EIO, EACCES, ENOMEM, kOfNew}, [&](const FaultAt &fault) {
+                const DocumentFolder folder("");
+                folder.WriteState("a=1 global=1", folder.path);
+                if (isDamaged) {
+                    WriteWhole(folder.path, "damaged");
+                }
+                SettingsDocument document(folder.resources, kPanelVersion);
+                if (isOpen) {
+                    EXPECT_EQ(document.Open(Access::Change).status, noErr);
+                }
+                OpenResult opened;
+                const bool wasHit = fault.Meets([&] { opened = document.Open(Access::Change); });
+                emptied += opened.status != noErr && document.Base() != nullptr && !isOpen ? 1 : 0;
+                document.TakeOutsideChanges();
+                EXPECT_EQ(document.Save(kNoWait).status, document.Base() != nullptr ? noErr : memFullErr);
+                EXPECT_TRUE(isDamaged && document.Base() != nullptr
+                                ? ReadWhole(folder.kept) == "damaged"
+                                : isDamaged || folder.State(folder.path).starts_with("a=1 "))
+                    << folder.State(folder.path);
+                return wasHit;
+            });
         }
     }
     EXPECT_GT(emptied, 0) << "a document whose records met no memory is an empty one";
@@ -355,15 +329,14 @@ TEST(SettingsDocument, KeptCopies_HaveTheirItemsKept) {
     const DocumentFolder folder("a=1 global=1");
     folder.WriteState("whole=1", folder.file + ".refused.90");
     folder.WriteState("cut=1 lost=1", folder.file + ".refused");
-    std::filesystem::resize_file(folder.file + ".refused",
-                                 std::filesystem::file_size(folder.file + ".refused") - 2);
+    fs::resize_file(folder.file + ".refused", fs::file_size(folder.file + ".refused") - 2);
     for (const char *end : {".old", ".", "9"}) {
         folder.WriteState("other=1", folder.file + ".refused" + end);
     }
     const OpenDocument document(folder);
     EXPECT_EQ(TextOfBase(document.RecordsWithItems().get()), "a=1 cut=1 global=1 whole=1");
     EXPECT_EQ(document.State(), "a=1 global=1");
-    std::filesystem::create_directory(folder.file + ".refused.2"); // cannot be read
+    fs::create_directory(folder.file + ".refused.2"); // cannot be read
     EXPECT_EQ(document.RecordsWithItems(), nullptr);
 }
 
@@ -409,15 +382,12 @@ TEST(SettingsDocument, UsersOwnFile_GoesHandInHandWithTheCompanion) {
     EXPECT_TRUE(document.TakeOutsideChanges().conflicts.empty());
     EXPECT_EQ(shown().device[0].navSpeed, 3);
     // Without memory to read what the companion binds nothing comes in yet.
-    ForEachFault(1,
-                 [&](int failAt, Lasts lasts) {
-                     write(static_cast<std::uint8_t>(10 + failAt % 2));
-                     const bool wasHit =
-                         MeetsFaultOrNew(failAt, lasts, kOfNew, [&] { document.TakeOutsideChanges(); });
-                     EXPECT_EQ(shown().device[0].action[kButtonI].command, kToolMenu) << failAt;
-                     return wasHit;
-                 },
-                 {Lasts::Once});
+    ForEachFault(1, {kOfNew}, [&](const FaultAt &fault) {
+        write(static_cast<std::uint8_t>(10 + fault.call % 2));
+        const bool wasHit = fault.Meets([&] { document.TakeOutsideChanges(); });
+        EXPECT_EQ(shown().device[0].action[kButtonI].command, kToolMenu);
+        return wasHit;
+    });
 
     SettingsDocument alone({folder.Path()}, kPanelVersion);
     alone.UseFileAlone(path);

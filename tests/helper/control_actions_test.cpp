@@ -129,7 +129,7 @@ class Actions : public ::testing::Test {
 TEST_F(Actions, Item_IsOpenedWhileItIsThere) {
     AppPrefs record = RecordOf(kGlobalSignature, "", {{kI, kActionOpenItem}});
     const std::string item = fFolder.Path("item");
-    std::filesystem::create_directory(item);
+    fs::create_directory(item);
     ASSERT_EQ(MakeDrevixItem(item, &record.device[0].action[kI].data), noErr);
     fFolder.WriteDefaults({record});
     std::string problem;
@@ -138,7 +138,7 @@ TEST_F(Actions, Item_IsOpenedWhileItIsThere) {
         fStarted.clear();
         Play("+18 -18");
         EXPECT_EQ(fStarted.empty() ? "" : fStarted.back(), isThere ? item : "");
-        std::filesystem::remove(item);
+        fs::remove(item);
     }
 }
 

@@ -10,7 +10,7 @@ TEST(ProgramChoice, Kind_IsTheDefaultElseAnEntryElseTheFirstOfItsCategories) {
     const ScopedVariable home("XDG_DATA_HOME", folder.Path("home"));
     const ScopedVariable shared("XDG_DATA_DIRS", folder.Path("shared"));
     const ScopedVariable lists("XDG_CONFIG_DIRS", folder.Path("lists"));
-    std::filesystem::create_directories(folder.Path("shared/applications"));
+    fs::create_directories(folder.Path("shared/applications"));
     const auto add = [&](const std::string &name, const std::string &categories) {
         WriteWhole(folder.Path("shared/applications/" + name + ".desktop"),
                    "[Desktop Entry]\nType=Application\nName=x\nExec=" + name + "\nCategories=" + categories);

@@ -9,7 +9,6 @@
 #include "tests/support/testing.h"
 
 #include <csignal>
-#include <fstream>
 
 namespace drevix::test {
 namespace {
@@ -55,8 +54,7 @@ class DriverMessages : public testing::Test {
         LeaveSessionBus();
     }
     // Serves what comes until the condition holds.
-    template <typename Condition>
-    static bool Until(Condition condition, milliseconds most = milliseconds(10000)) {
+    static bool Until(const std::function<bool()> &condition, milliseconds most = milliseconds(10000)) {
         const Clock::time_point end = Clock::now() + most;
         while (!condition() && Clock::now() < end) {
             WaitForAppleEvents(milliseconds(20));
@@ -154,13 +152,12 @@ TEST_F(DriverMessages, AnswersThatNobodyAskedForAreNotTaken) {
     RegisterProcess("Panel", [&](const ProcessSerialNumber *) { isRegistered = true; });
     ASSERT_TRUE(Until([&] { return isRegistered; }));
     ASSERT_TRUE(IsAsked(helper));
-    ASSERT_EQ(::kill(static_cast<pid_t>(helper.Id()), SIGSTOP),
-              0); // answers after the stranger, however slow that is
+    helper.Signal(SIGSTOP); // answers after the stranger, however slow that is
     fList.count = 7;
     const Peer stranger("attack", "DrevixHelper");
     Until([] { return false; }, milliseconds(300));
     EXPECT_EQ(fList.count, 7);
-    ASSERT_EQ(::kill(static_cast<pid_t>(helper.Id()), SIGCONT), 0);
+    helper.Signal(SIGCONT);
     EXPECT_TRUE(Until([&] { return fList.count == 1; })) << "the helper's own answer must still count";
 }
 
@@ -218,7 +215,7 @@ struct Holdings {
     std::int64_t kilobytes = 0;
 
     Holdings() {
-        const std::filesystem::directory_iterator entries("/proc/self/fd");
+        const fs::directory_iterator entries("/proc/self/fd");
         descriptors = std::distance(begin(entries), end(entries));
         std::ifstream("/proc/self/statm") >> kilobytes >> kilobytes; // the second number is that in memory
         kilobytes *= 4;

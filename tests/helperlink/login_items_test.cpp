@@ -49,7 +49,7 @@ class LoginItems : public ::testing::Test {
     // An application folder with a program.
     [[nodiscard]] std::string MakeApp(const std::string &name) const {
         const std::string folder = fFolder.Path(name);
-        std::filesystem::create_directories(folder + "/Contents/Linux");
+        fs::create_directories(folder + "/Contents/Linux");
         WriteWhole(folder + "/Contents/Linux/DrevixHelper", "#!/bin/sh\n");
         return folder;
     }
@@ -151,12 +151,11 @@ TEST_F(LoginItems, FilesOfOthers_AreNeverWrittenOver) {
     EXPECT_EQ(AddLoginItem("", nullptr, 0, 1, nullptr), paramErr);
     EXPECT_EQ(AddLoginItem(nullptr, nullptr, 0, 1, nullptr), paramErr);
     EXPECT_EQ(ReadWhole(fPath), before);
-    std::filesystem::remove(fPath);
-    std::filesystem::create_symlink(fFolder.Path("elsewhere"),
-                                    fPath); // once was no missing file, but a foreign one
+    fs::remove(fPath);
+    fs::create_symlink(fFolder.Path("elsewhere"), fPath); // once was no missing file, but a foreign one
     EXPECT_EQ(AddLoginItem(kHelper, nullptr, 0, 1, nullptr), noErr);
     EXPECT_EQ(Items(), Paths{"/new/DrevixHelper.app*"});
-    EXPECT_TRUE(std::filesystem::is_symlink(fPath));
+    EXPECT_TRUE(fs::is_symlink(fPath));
 }
 
 // What the lists held was said to be nothing when they could not be written.
@@ -171,35 +170,33 @@ TEST_F(LoginItems, FailedWrite_StillTellsWhatWasFound) {
 }
 
 TEST_F(LoginItems, AnyFault_LeavesTheOldItems) {
-    const auto run = [&](int failAt, Lasts lasts) {
+    ForEachFault(5, {EIO}, [&](const FaultAt &fault) {
         WriteItems({"/old/DrevixHelper.app"});
         const std::string before = ReadWhole(fPath);
         std::int32_t status = noErr;
-        const bool wasHit =
-            MeetsFault(failAt, lasts, EIO, [&] { status = AddLoginItem(kHelper, nullptr, 0, 1, nullptr); });
+        const bool wasHit = fault.Meets([&] { status = AddLoginItem(kHelper, nullptr, 0, 1, nullptr); });
         const bool isNew = ReadWhole(fPath) != before; // only the folder's flush can still fail then
-        EXPECT_TRUE(!isNew || Items() == Paths{"/new/DrevixHelper.app*"}) << failAt;
+        EXPECT_TRUE(!isNew || Items() == Paths{"/new/DrevixHelper.app*"});
         EXPECT_TRUE(wasHit || (status == noErr && isNew));
-        EXPECT_EQ(ScratchFolder::Names(fFolder.Preferences()), Paths{"loginwindow.plist"}) << failAt;
+        EXPECT_EQ(ScratchFolder::Names(fFolder.Preferences()), Paths{"loginwindow.plist"});
         return wasHit;
-    };
-    ForEachFault(5, run, {Lasts::ForEver});
+    });
 }
 
 TEST_F(LoginItems, ItemsWithAProgram_AreStartedByTheDesktop) {
     const std::string first = MakeApp("first/DrevixHelper.app");
     // A link, as some installers make them, was not taken for a program, and the helper never started at login.
-    std::filesystem::rename(first + "/Contents/Linux/DrevixHelper", fFolder.Path("real"));
-    std::filesystem::create_symlink(fFolder.Path("real"), first + "/Contents/Linux/DrevixHelper");
+    fs::rename(first + "/Contents/Linux/DrevixHelper", fFolder.Path("real"));
+    fs::create_symlink(fFolder.Path("real"), first + "/Contents/Linux/DrevixHelper");
     const std::string second = MakeApp("second/DrevixHelper.app");
     const auto add = [](const std::string &path, std::int16_t replace) {
         EXPECT_EQ(AddLoginItem(path.c_str(), nullptr, 0, replace, nullptr), noErr) << path;
     };
     add(kHelper, 1);
-    EXPECT_FALSE(std::filesystem::exists(fEntry)) << "there is no such program";
+    EXPECT_FALSE(fs::exists(fEntry)) << "there is no such program";
     add(first, 1);
     EXPECT_THAT(ReadWhole(fEntry), HasSubstr("Exec=\"" + first + "/Contents/Linux/DrevixHelper\"\n"));
-    std::filesystem::remove(fEntry);
+    fs::remove(fEntry);
     add(first, 1); // makes it for an item that was registered, too
     WriteWhole(fEntry, ReadWhole(fEntry) + "Hidden=true\n");
     add(second, 0);
@@ -208,19 +205,18 @@ TEST_F(LoginItems, ItemsWithAProgram_AreStartedByTheDesktop) {
     EXPECT_EQ(RemoveLoginItem("second/DrevixHelper.app", nullptr), noErr);
     EXPECT_THAT(ReadWhole(fEntry), HasSubstr(first)) << "the other copy is left";
     EXPECT_EQ(RemoveLoginItem("DrevixHelper.app", nullptr), noErr);
-    EXPECT_FALSE(std::filesystem::exists(fEntry));
+    EXPECT_FALSE(fs::exists(fEntry));
 }
 
 class LoginPath : public ::testing::Test {
   protected:
-    static FSSpec SpecOf(const std::filesystem::path &path) {
+    static FSSpec SpecOf(const fs::path &path) {
         FSSpec spec = {kRootVolume, FolderIdFromPath(path.parent_path()), {}};
         getPascalString(path.filename().string(), spec.name.data(), 63);
         return spec;
     }
     // The path that is made, checked to end within the buffer.
-    static std::string PathOf(const FSSpec &spec, std::int16_t size, bool escapes,
-                              std::int32_t expected = noErr) {
+    static std::string PathOf(const FSSpec &spec, std::int16_t size, bool escapes, int expected = noErr) {
         std::string buffer(static_cast<std::size_t>(size) + 8, '#');
         std::uint16_t length = 7;
         EXPECT_EQ(GetLoginPath(&spec, buffer.data(), size, escapes ? 1 : 0, &length), expected);
@@ -235,7 +231,7 @@ class LoginPath : public ::testing::Test {
 
 TEST_F(LoginPath, Folders_AreNamedUpToTheRoot) {
     const std::string folder = fScratch.Path("My Apps/1_a.B\u00FC");
-    std::filesystem::create_directories(folder);
+    fs::create_directories(folder);
     const FSSpec tool = SpecOf(folder + "/My Tool.app");
     EXPECT_EQ(PathOf(tool, 500, false), folder + "/My Tool.app");
     EXPECT_THAT(PathOf(tool, 500, true), HasSubstr("/My\\ Apps/\\1\\_a.B\\\xC3\\\xBC/My Tool.app"));
@@ -255,7 +251,7 @@ TEST_F(LoginPath, NamesThatDoNotFit_AreLeftOut) {
     for (const std::size_t length : {55U, 56U}) { // the first makes a path of 126 characters
         const std::string parent(length, 'm');
         const std::string folder = fScratch.Path("short/" + parent + "/" + name);
-        std::filesystem::create_directories(folder);
+        fs::create_directories(folder);
         const std::string path = PathOf(SpecOf(folder + "/Tool.app"), 128, false);
         EXPECT_TRUE(length == 55 ? path == "/" + parent + "/" + name + "/Tool.app"
                                  : path.ends_with("/short/" + name + "/Tool.app"))

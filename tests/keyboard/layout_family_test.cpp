@@ -35,17 +35,11 @@ TEST(LayoutFamilies, Letters_AreTypedAsInTheUnitedStates) {
     static constexpr struct {
         const char *layout, *variant, *folder;
     } kRows[] = {
-        {"us", "", ""},
-        {"gb", "", ""},
-        {"es", "", ""},
-        {"ru", "", ""},
-        {"de", "", "qwertz"},
-        {"ch", "", "qwertz"},
-        {"cz", "", "qwertz"},
-        {"fr", "", "azerty"},
-        {"be", "", "azerty"},
-        {"us", "dvorak", "dvorak"},
-        {"us", "colemak", "colemak"},
+        // clang-format off
+        {"us", "", ""}, {"gb", "", ""}, {"es", "", ""}, {"ru", "", ""},
+        {"de", "", "qwertz"}, {"ch", "", "qwertz"}, {"cz", "", "qwertz"}, {"fr", "", "azerty"}, {"be", "", "azerty"},
+        {"us", "dvorak", "dvorak"}, {"us", "colemak", "colemak"},
+        // clang-format on
     };
     const FamilyTable us = FamilyTableOf("us");
     const std::vector<AppPrefs> byUs = RecordsIn(kResources);

@@ -1,10 +1,7 @@
 #include "tests/qbase/file_support.h"
-#include "tests/support/testing.h"
 
-namespace drevix {
+namespace drevix::test {
 namespace {
-
-using namespace test;
 
 std::string BytesOf(QBaseExchange exchange) {
     std::uint32_t size = 0;
@@ -24,7 +21,7 @@ QBaseOwner ExampleBase() {
 
 TEST(Exchange, PublishedExample_IsWhatIsMade) {
     const ExchangeOwner exchange = Take(ExampleBase().get());
-    EXPECT_EQ(HexText(BytesOf(exchange.get())), HexText(PublishedExample("exchange-block.md")));
+    EXPECT_EQ(BytesOf(exchange.get()), PublishedExample("exchange-block.md"));
     EXPECT_EQ(QBaseCountExchangeRecords(exchange.get()), 2);
     std::int32_t length = 9;
     EXPECT_NE(QBaseGetExchangeRecord(exchange.get(), 0, &length), nullptr);
@@ -65,8 +62,7 @@ TEST(Exchange, Import_PlacesTheRecordsAndSetsTheMode) {
         EXPECT_EQ(QBasePutExchange(base.get(), Take(source.get()).get(), row.position, row.flags), 2);
         std::string order;
         for (RecordNumber i = 0; i < QBaseCountRecords(base.get()); ++i) {
-            std::int32_t length = 0;
-            EXPECT_NE(QBaseGetRecord(base.get(), i, &length), nullptr);
+            const int length = static_cast<int>(DataOf(base.get(), i).size());
             order += std::to_string(length);
             EXPECT_EQ(QBaseGetRecordFlags(base.get(), i), length >= 8 ? row.flags : length);
         }
@@ -88,9 +84,7 @@ TEST(Exchange, BlockInARecordOfTheTarget_IsCopiedFirst) {
         const FaultyAllocator faults(hasMemory ? kNoFault : 1, Lasts::Once);
         EXPECT_EQ(QBasePutExchangePtr(base.get(), own, size, 0, 0), hasMemory ? 2 : 0);
         EXPECT_EQ(QBaseCountRecords(base.get()), hasMemory ? 3 : 1);
-        std::int32_t length = 0;
-        const void *const kept = QBaseGetRecord(base.get(), hasMemory ? 2 : 0, &length);
-        EXPECT_EQ(std::string(static_cast<const char *>(kept), static_cast<std::size_t>(length)), block);
+        EXPECT_EQ(DataOf(base.get(), hasMemory ? 2 : 0), block);
     }
 }
 
@@ -129,4 +123,4 @@ TEST(Exchange, DamagedBlock_IsTakenUpToTheDamage) {
 }
 
 } // namespace
-} // namespace drevix
+} // namespace drevix::test

@@ -2,16 +2,12 @@
 #include "qbase/qbase_internal.h"
 #include "tests/qbase/file_support.h"
 #include "tests/support/failing_new.h"
-#include "tests/support/faults.h"
-#include "tests/support/testing.h"
 
 #include <random>
 #include <span>
 
-namespace drevix {
+namespace drevix::test {
 namespace {
-
-using namespace test;
 
 constexpr std::string_view kKind("ESBQTSET\2\0\3\0", 12); // magic, type and versions of the test's files
 
@@ -128,41 +124,37 @@ TEST(BaseFileFaults, EveryFailingReadStep_LeavesTheBaseOrReadsItAll) {
     const QBaseOwner read = start();
     ASSERT_EQ(QBaseRead(read.get(), file.Ref(), true, true, false, false), noErr);
     const std::string after = State(read.get());
-    for (const int error : {EIO, ENOMEM}) {
-        ForEachFault(2, [&](int failAt, Lasts lasts) {
-            std::int16_t wantsMemory = 5;
-            QBaseUseWantsMemFull(&wantsMemory);
-            const QBaseOwner base = start();
-            OSErr status = noErr;
-            const bool wasHit = MeetsFault(failAt, lasts, error, [&] {
-                status = QBaseRead(base.get(), file.Ref(), true, true, false, false);
-            });
-            QBaseUseWantsMemFull(nullptr);
-            EXPECT_EQ(wantsMemory, 5);
-            EXPECT_EQ(State(base.get()), status == noErr ? after : before);
-            EXPECT_TRUE(status == noErr || status == (error == EIO ? ioErr : memFullErr)) << status;
-            EXPECT_TRUE(status == noErr ? !wasHit || error == ENOMEM : wasHit);
-            return wasHit;
-        });
-    }
+    ForEachFault(2, {EIO, ENOMEM}, [&](const FaultAt &fault) {
+        std::int16_t wantsMemory = 5;
+        QBaseUseWantsMemFull(&wantsMemory);
+        const QBaseOwner base = start();
+        OSErr status = noErr;
+        const bool wasHit =
+            fault.Meets([&] { status = QBaseRead(base.get(), file.Ref(), true, true, false, false); });
+        QBaseUseWantsMemFull(nullptr);
+        EXPECT_EQ(wantsMemory, 5);
+        EXPECT_EQ(State(base.get()), status == noErr ? after : before);
+        EXPECT_TRUE(status == noErr || status == (fault.error == EIO ? ioErr : memFullErr)) << status;
+        EXPECT_TRUE(status == noErr ? !wasHit || fault.error == ENOMEM : wasHit);
+        return wasHit;
+    });
 }
 
 TEST(BaseFileFaults, EveryFailingWriteStep_LeavesTheChangeFlagsOfWhatIsNotThere) {
     const std::string whole = FileOf(FullFileBase().get());
     const std::string old(200, 'x');
-    ForEachFault(6, [&](int failAt, Lasts lasts) {
-        SCOPED_TRACE(failAt);
+    ForEachFault(6, {ENOSPC}, [&](const FaultAt &fault) {
         const MemoryFile file(old);
         const QBaseOwner base = FullFileBase();
-        const FaultyDisk disk(failAt, lasts, ENOSPC);
-        const OSErr status = QBaseWrite(base.get(), file.Ref(), true, true);
-        EXPECT_EQ(status, disk.WasHit() ? dskFulErr : noErr);
-        EXPECT_EQ(QBaseGetRecordsChanged(base.get()), disk.WasHit());
-        EXPECT_TRUE(disk.WasHit() || file.Bytes() == whole);
+        OSErr status = noErr;
+        const bool wasHit = fault.Meets([&] { status = QBaseWrite(base.get(), file.Ref(), true, true); });
+        EXPECT_EQ(status, wasHit ? dskFulErr : noErr);
+        EXPECT_EQ(QBaseGetRecordsChanged(base.get()), wasHit);
+        EXPECT_TRUE(wasHit || file.Bytes() == whole);
         if (!QBaseGetUserFieldsChanged(base.get())) {
             EXPECT_EQ(file.Bytes().substr(28, 41), whole.substr(28, 41));
         }
-        return disk.WasHit();
+        return wasHit;
     });
 }
 
@@ -240,4 +232,4 @@ TEST(BaseValidation, Verdict_IsThatOfTheRulesWithMemoryAndWithout) {
 }
 
 } // namespace
-} // namespace drevix
+} // namespace drevix::test

@@ -3,10 +3,10 @@
 
 #include <cstdio>
 
-namespace drevix {
+namespace drevix::test {
 namespace {
 
-using namespace test;
+using testing::HasSubstr;
 
 // The output of record_base.py, our other reader and writer.
 std::string Python(const std::string &arguments) {
@@ -39,46 +39,38 @@ TEST(BaseFile, Written_IsReadAlikeByOurOtherReader) {
         WriteWhole(folder.Path("base"), FileOf(base));
         const std::string dump = Python("dump " + folder.Path("base"));
         EXPECT_EQ(LinesAs(dump, Contents(base)), Contents(base));
-        EXPECT_NE(dump.find("magic 1363301189\ntype 1413829460\nversion 2\ntypeVersion 3\n"),
-                  std::string::npos);
-        EXPECT_NE(dump.find("savedSortMode " + std::to_string(base->sortMode) + "\n"), std::string::npos);
+        EXPECT_THAT(dump, HasSubstr("magic 1363301189\ntype 1413829460\nversion 2\ntypeVersion 3\n"));
+        EXPECT_THAT(dump, HasSubstr("savedSortMode " + std::to_string(base->sortMode) + "\n"));
     }
 }
 
 OSErr Touch(void *bytes, std::int32_t count) {
     return bytes == nullptr || count < 0 ? paramErr : noErr;
 }
-OSErr RefuseEmpty(void * /*bytes*/, std::int32_t count) {
-    return count == 0 ? OSErr{-7} : noErr;
-}
-OSErr Refuse(void * /*bytes*/, std::int32_t /*count*/) {
-    return -8;
-}
 
 TEST(BaseFile, FilesOfOurOtherWriter_AreReadWhateverTheirVersionAndOrder) {
-    struct Row {
+    const struct {
         const char *make;
-        QBaseFlipFunction recordFlip;
-        QBaseFlipFunction userFlip;
+        QBaseFlipFunction recordFlip, userFlip;
         OSErr status;
         bool changed;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {"2 little 3,0,6,1 3,1,0,2 68656c6c6f", nullptr, nullptr, noErr, false},
         {"2 little '' '' -", nullptr, nullptr, noErr, false},
         {"2 big 3,0,6,1 3,1,0,2 68656c6c6f", Touch, Touch, noErr, false},
         {"2 big 3,0,6,1 3,1,0,2 -", Touch, Touch, noErr, false},
         {"2 big 3,0,6 2,1,0 6869", Touch, nullptr, noErr, false}, // nobody can convert the user block
         {"2 big 3,0,6,1 3,1,0,2 68656c6c6f", nullptr, Touch, -1, false},
-        {"2 big 3,0,6 2,1,0 6869", RefuseEmpty, Touch, -7, false},
-        {"2 big 3,0,6 2,1,0 6869", Touch, Refuse, -8, false},
+        {"2 big 3,0,6 2,1,0 6869", [](void *, std::int32_t count) { return OSErr(count == 0 ? -7 : 0); },
+         Touch, -7, false},
+        {"2 big 3,0,6 2,1,0 6869", Touch, [](void *, std::int32_t) { return OSErr{-8}; }, -8, false},
         {"1 little 3,0,6,1 3,1,0,2 -", nullptr, nullptr, noErr, true},
         {"1 big 3,0,6,1 3,1,0,2 -", Touch, nullptr, noErr, true},
         {"1 little '' '' -", nullptr, nullptr, eofErr, false}, // shorter than a header of version 2
     };
     const ScratchFolder folder;
     const std::string path = folder.Path("made");
-    for (const Row &row : rows) {
+    for (const auto &row : rows) {
         SCOPED_TRACE(row.make);
         Python("make " + path + " " + row.make);
         const bool isRead = row.status == noErr;
@@ -115,4 +107,4 @@ TEST(BaseFile, FilesOfOurOtherWriter_AreReadWhateverTheirVersionAndOrder) {
 }
 
 } // namespace
-} // namespace drevix
+} // namespace drevix::test

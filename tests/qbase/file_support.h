@@ -4,7 +4,6 @@
 #include "qbase/qbase_exchange.h"
 #include "qbase/qbase_file.h"
 #include "tests/qbase/memory_file.h"
-#include "tests/support/testing.h"
 
 namespace drevix::test {
 
@@ -26,6 +25,13 @@ inline void AddMadeRecords(QBaseHandle base, std::initializer_list<int> lengths)
         ASSERT_EQ(QBaseAddRecord(base, data.data(), length), number);
         QBaseSetRecordFlags(base, number, static_cast<std::uint16_t>(number));
     }
+}
+
+inline std::string DataOf(QBaseHandle base, RecordNumber number) {
+    std::int32_t length = 0;
+    const void *const data = QBaseGetRecord(base, number, &length);
+    EXPECT_NE(data, nullptr);
+    return {static_cast<const char *>(data), static_cast<std::size_t>(length)};
 }
 
 // Records 1, 2, 0 in index order, user fields, a user block of five bytes, sort mode 128.
@@ -55,10 +61,6 @@ inline std::string HexOrDash(const void *bytes, std::size_t size) {
         digits += "0123456789abcdef"[byte & 15];
     }
     return digits.empty() ? "-" : digits;
-}
-
-inline std::string HexText(const std::string &bytes) {
-    return HexOrDash(bytes.data(), bytes.size());
 }
 
 // The bytes of the worked example of a page of docs/: the digits before the bars.

@@ -1,15 +1,11 @@
 #include "platform/files/disk.h"
 #include "tests/qbase/file_support.h"
 
-#include <tuple>
-
-namespace drevix {
+namespace drevix::test {
 namespace {
 
-using namespace test;
-
 TEST(BaseFile, PublishedExample_IsWhatIsWritten) {
-    EXPECT_EQ(HexText(FileOf(FullFileBase().get())), HexText(PublishedExample("record-base-file.md")));
+    EXPECT_EQ(FileOf(FullFileBase().get()), PublishedExample("record-base-file.md"));
     EXPECT_EQ(FileOf(NewFileBase().get()).size(), 64U);
 }
 
@@ -77,8 +73,7 @@ TEST(BaseFile, PartsWritten_AreThoseAskedForUnlessTheFileDoesNotMatch) {
     constexpr std::string_view kUser = "write 36 at 28\nwrite 5 at 64\nflush\n";
     struct Row {
         const char *what;
-        bool user;
-        bool records;
+        bool user, records;
         std::size_t changedByte; // of the file that is there
         std::string_view log;
     };
@@ -121,4 +116,4 @@ TEST(BaseFile, PartsWritten_AreThoseAskedForUnlessTheFileDoesNotMatch) {
 }
 
 } // namespace
-} // namespace drevix
+} // namespace drevix::test

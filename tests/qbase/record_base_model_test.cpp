@@ -2,11 +2,10 @@
 #include "qbase/qbase_internal.h"
 #include "qbase/qbase_sort.h"
 #include "tests/qbase/file_support.h"
-#include "tests/support/testing.h"
 
 #include <random>
 
-namespace drevix {
+namespace drevix::test {
 namespace {
 
 constexpr std::int16_t kGrowth = 4;
@@ -29,7 +28,7 @@ std::int32_t IsMarked(const void * /*data*/, std::int32_t /*length*/, std::int16
 
 class Pair {
   public:
-    explicit Pair(unsigned seed) : fRandom(seed), fBase(test::NewFileBase()) {}
+    explicit Pair(unsigned seed) : fRandom(seed), fBase(NewFileBase()) {}
 
     void Step() {
         QBaseSetRecordsChanged(Base(), fChanged = false);
@@ -174,10 +173,7 @@ class Pair {
         std::size_t size = 0;
         for (int i = 0; i < Count(); ++i) {
             const ModelRecord &record = fRecords[static_cast<std::size_t>(i)];
-            std::int32_t length = -7;
-            const void *const data = QBaseGetRecord(Base(), i, &length);
-            ASSERT_EQ(std::string(static_cast<const char *>(data), static_cast<std::size_t>(length)),
-                      record.data);
+            ASSERT_EQ(DataOf(Base(), i), record.data);
             ASSERT_EQ(static_cast<std::uint16_t>(QBaseGetRecordFlags(Base(), i)), record.flags);
             size += (10 + record.data.size() + 1) / 2 * 2;
         }
@@ -213,4 +209,4 @@ TEST(RecordBase, RandomOperations_AgreeWithAPlainModel) {
 }
 
 } // namespace
-} // namespace drevix
+} // namespace drevix::test

@@ -1,12 +1,10 @@
 // What a base does at its edges: limits, damage, memory that runs out, and its header.
 #include "qbase/qbase_internal.h"
+#include "qbase/qbase_sort.h"
 #include "tests/qbase/file_support.h"
-#include "tests/support/testing.h"
 
-namespace drevix {
+namespace drevix::test {
 namespace {
-
-using namespace test;
 
 std::int32_t SelectOdd(const void * /*data*/, std::int32_t length, std::int16_t /*flags*/) {
     return length % 2;
@@ -15,11 +13,7 @@ std::int32_t SelectOdd(const void * /*data*/, std::int32_t length, std::int16_t 
 TEST(RecordBase, DataOfTheBaseItself_AreStoredAsTheyWere) {
     const QBaseOwner base = NewFileBase();
     AddMadeRecords(base.get(), {6, 3, 4000});
-    const auto dataOf = [&base](RecordNumber number) {
-        std::int32_t length = 0;
-        const void *const data = QBaseGetRecord(base.get(), number, &length);
-        return std::string(static_cast<const char *>(data), static_cast<std::size_t>(length));
-    };
+    const auto dataOf = [&base](RecordNumber number) { return DataOf(base.get(), number); };
     const std::string whole = dataOf(2);
     for (RecordNumber number = 3; number < 9; ++number) {
         ASSERT_EQ(QBaseAddRecord(base.get(), QBaseGetRecord(base.get(), 2), 4000), number);
@@ -115,27 +109,18 @@ TEST(RecordBase, SelectionThatChangesItsMind_LosesNoRecord) {
     }
 }
 
-using Fields = std::vector<std::int64_t>;
+using Fields = std::vector<std::vector<std::int64_t>>;
 
 Fields FieldsOf(QBaseHandle base) {
     QBaseRect rect = {9, 9, 9, 9};
     QBaseGetUserRect(base, &rect);
     std::uint16_t typeVersion = 9;
     const OSType type = QBaseGetType(base, &typeVersion);
-    return {QBaseGetUserLong(base),
-            QBaseGetUserData(base),
-            QBaseGetUserFlags(base),
-            QBaseGetUserWord(base),
-            QBaseGetUserMode(base),
-            rect.top,
-            rect.left,
-            rect.bottom,
-            rect.right,
-            QBaseGetTempLong(base),
-            QBaseGetTempData(base),
-            QBaseGetReadOnly(base),
-            type,
-            typeVersion};
+    return {{QBaseGetUserLong(base), QBaseGetUserData(base), QBaseGetUserFlags(base), QBaseGetUserWord(base),
+             QBaseGetUserMode(base)},
+            {rect.top, rect.left, rect.bottom, rect.right},
+            {QBaseGetTempLong(base), QBaseGetTempData(base), QBaseGetReadOnly(base)},
+            {type, typeVersion}};
 }
 
 TEST(RecordBase, HeaderFields_AreGivenAsSetAndCopied) {
@@ -147,9 +132,9 @@ TEST(RecordBase, HeaderFields_AreGivenAsSetAndCopied) {
     QBaseSetReadOnly(base.get(), true);
     QBaseSetType(base.get(), 7, 8);
     EXPECT_FALSE(QBaseGetUserFieldsChanged(base.get())) << "these are none";
-    Fields expected = {0x01020304, 0x11121314, 0x21222324, -2, 0x4142, -1, 2, -3, 4, 5, 6, 1, 7, 8};
+    Fields expected = {{0x01020304, 0x11121314, 0x21222324, -2, 0x4142}, {-1, 2, -3, 4}, {5, 6, 1}, {7, 8}};
     EXPECT_EQ(FieldsOf(base.get()), expected);
-    EXPECT_EQ(FieldsOf(nullptr), (Fields{0, 0, 0, 0, 0, 9, 9, 9, 9, 0, 0, 0, 0, 9}));
+    EXPECT_EQ(FieldsOf(nullptr), (Fields{{0, 0, 0, 0, 0}, {9, 9, 9, 9}, {0, 0, 0}, {0, 9}}));
 
     const QBaseOwner target(QBaseNew(7, 8, 0));
     AddMadeRecords(target.get(), {1, 2});
@@ -157,7 +142,7 @@ TEST(RecordBase, HeaderFields_AreGivenAsSetAndCopied) {
     target->file.reserved4 = 1;
     QBaseSetUserFieldsChanged(target.get(), true);
     EXPECT_EQ(QBaseDuplicateUserFields(base.get(), target.get()), noErr);
-    std::fill_n(expected.begin() + 9, 3, 0);
+    expected[2] = {0, 0, 0};
     EXPECT_EQ(FieldsOf(target.get()), expected);
     EXPECT_FALSE(QBaseGetUserFieldsChanged(target.get()));
     EXPECT_EQ(target->file.reserved4, 0U);
@@ -191,13 +176,12 @@ TEST(RecordBase, NullArguments_ChangeNothing) {
     QBaseSort(nullptr, compare, 130);
     QBaseSort(base, nullptr, 130);
     QBaseGetUserRect(base, nullptr);
-    EXPECT_TRUE(!QBaseValidate(nullptr) && QBaseGetSize(nullptr) == 0 &&
-                QBaseGetRecordFlags(nullptr, 0) == 0);
+    EXPECT_TRUE(!QBaseValidate(nullptr) && QBaseGetSize(nullptr) == 0 && QBaseGetType(base) == kFileTestType);
+    EXPECT_TRUE(QBaseGetRecordFlags(nullptr, 0) == 0 && QBaseFindLongHeader(nullptr, 0) == nullptr);
     EXPECT_TRUE(QBaseRemoveInvalidOffsets(nullptr) == 0 && QBaseCreateIndexOfOffsets(nullptr, 3).Size() == 0);
-    EXPECT_TRUE(QBaseFindLongHeader(nullptr, 0) == nullptr &&
-                QBaseGetExchange(nullptr, SelectAll) == nullptr);
-    EXPECT_TRUE(QBaseGetExchange(base, nullptr) == nullptr && QBaseLockExchange(nullptr) == nullptr);
-    EXPECT_TRUE(QBaseGetType(base) == kFileTestType && QBaseGetUserBlock(base) != nullptr);
+    EXPECT_TRUE(QBaseGetExchange(nullptr, SelectAll) == nullptr &&
+                QBaseGetExchange(base, nullptr) == nullptr);
+    EXPECT_TRUE(QBaseLockExchange(nullptr) == nullptr && QBaseGetUserBlock(base) != nullptr);
     for (const OSErr status :
          {QBaseMoveIndexes(nullptr, 0, SelectAll), QBaseMoveIndexes(base, 0, nullptr),
           QBaseSetUserBlock(nullptr, "block", 5), QBaseRead(nullptr, file.Ref(), true, true, true, true),
@@ -301,42 +285,6 @@ QBaseOwner BaseForFaults() {
     return base;
 }
 
-// Operations that ask for memory; each tells whether it did what it is for.
-const std::string kLarge(5000, 'L');
-bool Add(QBaseHandle base) {
-    return QBaseAddRecord(base, kLarge.data(), 5000) == 4;
-}
-bool Replace(QBaseHandle base) {
-    return QBaseReplaceRecord(base, 1, kLarge.data(), 5000) == 1;
-}
-bool AddItsOwn(QBaseHandle base) {
-    return QBaseAddRecord(base, QBaseGetRecord(base, 1), 6) == 4;
-}
-bool SetBlock(QBaseHandle base) {
-    return QBaseSetUserBlock(base, kLarge.data(), 5000) == noErr;
-}
-bool Move(QBaseHandle base) {
-    return QBaseMoveIndexes(base, 0, SelectOdd) == noErr;
-}
-// Another base, with one long record.
-QBaseHandle Other() {
-    static const QBaseOwner other = [] {
-        QBaseOwner made = NewFileBase();
-        AddMadeRecords(made.get(), {5000});
-        return made;
-    }();
-    return other.get();
-}
-bool Duplicate(QBaseHandle base) {
-    return QBaseDuplicate(Other(), base) == noErr;
-}
-bool Import(QBaseHandle base) {
-    static const ExchangeOwner exchange = Take(Other());
-    return QBasePutExchange(base, exchange.get(), 1, 6) == 1;
-}
-bool Export(QBaseHandle base) {
-    return Take(base) != nullptr;
-}
 bool Remove(QBaseHandle base) {
     QBaseMarkRecordForRemoval(base, 0);
     QBaseMarkRecordForRemoval(base, 2);
@@ -344,34 +292,36 @@ bool Remove(QBaseHandle base) {
     return QBaseGetSortMode(base) == 130;
 }
 
-// What a base must be after the failure.
-void Unchanged(QBaseHandle /*base*/) {}
-void Unsorted(QBaseHandle base) {
-    QBaseSetSortMode(base, kSortNone);
-}
-void InDataOrder(QBaseHandle base) {
-    Remove(base);
-    EXPECT_EQ(ResizeIndex(base, base->file.count), noErr);
-    QBaseRebuildIndex(base);
-}
-
 TEST(RecordBase, NthAllocationFailing_LeavesWhatWasPromised) {
-    struct Row {
+    const QBaseOwner owner = NewFileBase();
+    QBaseHandle const other = owner.get();
+    AddMadeRecords(other, {5000});
+    const void *const large = QBaseGetRecord(other, 0);
+    const ExchangeOwner exchange = Take(other);
+    const auto unchanged = [](QBaseHandle) {};
+    const struct {
         const char *name;
-        bool (*succeeds)(QBaseHandle);
-        void (*failed)(QBaseHandle);
+        std::function<bool(QBaseHandle)> succeeds; // whether it did what it is for
+        std::function<void(QBaseHandle)> failed;   // makes of a base what it must be after the failure
+    } rows[] = {
+        {"add", [&](auto base) { return QBaseAddRecord(base, large, 5000) == 4; }, unchanged},
+        {"replace", [&](auto base) { return QBaseReplaceRecord(base, 1, large, 5000) == 1; }, unchanged},
+        {"own", [](auto base) { return QBaseAddRecord(base, QBaseGetRecord(base, 1), 6) == 4; }, unchanged},
+        {"user block", [&](auto base) { return QBaseSetUserBlock(base, large, 5000) == noErr; }, unchanged},
+        {"import", [&](auto base) { return QBasePutExchange(base, exchange.get(), 1, 6) == 1; }, unchanged},
+        {"export", [](auto base) { return Take(base) != nullptr; }, unchanged},
+        {"duplicate", [&](auto base) { return QBaseDuplicate(other, base) == noErr; }, QBaseEmpty},
+        {"move", [](auto base) { return QBaseMoveIndexes(base, 0, SelectOdd) == noErr; },
+         [](auto base) { QBaseSetSortMode(base, kSortNone); }},
+        {"remove", Remove,
+         [](auto base) { // the index follows the data
+             Remove(base);
+             EXPECT_EQ(ResizeIndex(base, base->file.count), noErr);
+             QBaseRebuildIndex(base);
+         }},
     };
-    const Row rows[] = {{"add", Add, Unchanged},
-                        {"replace", Replace, Unchanged},
-                        {"own", AddItsOwn, Unchanged},
-                        {"user block", SetBlock, Unchanged},
-                        {"import", Import, Unchanged},
-                        {"export", Export, Unchanged},
-                        {"duplicate", Duplicate, QBaseEmpty},
-                        {"move", Move, Unsorted},
-                        {"remove", Remove, InDataOrder}};
     QBaseUseWantsMemFull(&FlagWatch::gFlag);
-    for (const Row &row : rows) {
+    for (const auto &row : rows) {
         const QBaseOwner done = BaseForFaults();
         ASSERT_TRUE(row.succeeds(done.get())) << row.name;
         const QBaseOwner failed = BaseForFaults();
@@ -394,4 +344,4 @@ TEST(RecordBase, NthAllocationFailing_LeavesWhatWasPromised) {
 }
 
 } // namespace
-} // namespace drevix
+} // namespace drevix::test

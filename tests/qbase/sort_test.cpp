@@ -1,16 +1,13 @@
 #include "qbase/fast_sort.h"
 #include "qbase/qbase_sort.h"
 #include "tests/qbase/file_support.h"
-#include "tests/support/testing.h"
 
 #include <cmath>
 #include <numeric>
 #include <random>
 
-namespace drevix {
+namespace drevix::test {
 namespace {
-
-using namespace test;
 
 std::uint64_t gComparisons = 0;
 std::uint64_t gCancelAt = 0;
@@ -165,4 +162,4 @@ TEST(BaseSort, WideResult_CountsByItsLowHalf) {
 }
 
 } // namespace
-} // namespace drevix
+} // namespace drevix::test

@@ -2,12 +2,9 @@
 
 #include "settings/action_paste.h"
 #include "tests/settings/settings_files.h"
-#include "tests/support/testing.h"
 
-namespace drevix {
+namespace drevix::test {
 namespace {
-
-using namespace test;
 
 const std::map<int, int> kToolPartners = {{35, 36}, {36, 35}};
 const std::map<int, int> kNavPartners = {{37, 38}, {38, 37}, {39, 40}, {40, 39}, {41, 42}, {42, 41}};
@@ -99,25 +96,15 @@ TEST(CheckAction, Commands_AreRefusedAsTheEditorLacksThem) {
     constexpr OSType kPhotoshop = FourCharCode("8BIM");
     constexpr OSType kForeign = FourCharCode("8bim");
     const std::tuple<OSType, SlotIndex, ActionCommand, ActionRefusal> rows[] = {
-        {kPhotoshop, -1, 0, NoControl},
-        {kPhotoshop, 10, 0, NoControl},
-        {kPhotoshop, 21, 34, NoControl},
-        {kPhotoshop, 9, 176, None},
-        {kPhotoshop, 16, 7, None},
-        {0, 18, 4, NotInGlobalRecord},
-        {kForeign, 18, 4, None},
-        {0, 6, 35, NotInThisRecord},
-        {kForeign, 0, 43, NotInThisRecord},
-        {kWildcardSignature, 6, 36, None},
-        {kPhotoshop, 16, 37, None},
-        {kPhotoshop, 5, 36, NotOnThisControl},
-        {kPhotoshop, 7, 43, NotOnThisControl},
-        {0, 18, 34, None},
-        {kPhotoshop, 20, 34, None},
-        {kForeign, 18, 34, NotInThisRecord},
-        {0, 17, 34, NotOnThisControl},
-        {0, 0, 44, UnknownCommand},
-        {0, 0, 228, UnknownCommand},
+        // clang-format off
+        {kPhotoshop, -1, 0, NoControl}, {kPhotoshop, 10, 0, NoControl}, {kPhotoshop, 21, 34, NoControl},
+        {kPhotoshop, 9, 176, None}, {kPhotoshop, 16, 7, None}, {kPhotoshop, 16, 37, None}, {kPhotoshop, 20, 34, None},
+        {kForeign, 18, 4, None}, {0, 18, 34, None}, {kWildcardSignature, 6, 36, None},
+        {0, 18, 4, NotInGlobalRecord}, {0, 6, 35, NotInThisRecord},
+        {kForeign, 0, 43, NotInThisRecord}, {kForeign, 18, 34, NotInThisRecord},
+        {kPhotoshop, 5, 36, NotOnThisControl}, {kPhotoshop, 7, 43, NotOnThisControl}, {0, 17, 34, NotOnThisControl},
+        {0, 0, 44, UnknownCommand}, {0, 0, 228, UnknownCommand},
+        // clang-format on
     };
     AppPrefs prefs = gDefaultGlobalPrefs;
     for (const auto &[application, slot, code, refusal] : rows) {
@@ -127,4 +114,4 @@ TEST(CheckAction, Commands_AreRefusedAsTheEditorLacksThem) {
 }
 
 } // namespace
-} // namespace drevix
+} // namespace drevix::test

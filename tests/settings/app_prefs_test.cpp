@@ -2,15 +2,15 @@
 #include "settings/pascal_strings.h"
 #include "tests/support/testing.h"
 
-namespace drevix {
+namespace drevix::test {
 namespace {
 
 // The bytes of a page's example: 16 a line, behind their place; what is left out is 0.
 std::string PublishedExample(const std::string &page) {
-    std::istringstream lines(test::FencedBlock(DREVIX_TEST_DATA "/../../docs/" + page, "hex"));
+    std::istringstream lines(FencedBlock(DREVIX_TEST_DATA "/../../docs/" + page, "hex"));
     std::string bytes(sizeof(AppPrefs), '\0');
     for (std::string line; std::getline(lines, line);) {
-        bytes.replace(std::stoul(line.substr(0, 4), nullptr, 16), 16, test::FromHex(line.substr(4)));
+        bytes.replace(std::stoul(line.substr(0, 4), nullptr, 16), 16, FromHex(line.substr(4)));
     }
     return bytes;
 }
@@ -47,4 +47,4 @@ TEST(ControlSlots, EachSlot_HasItsAxis) {
 }
 
 } // namespace
-} // namespace drevix
+} // namespace drevix::test

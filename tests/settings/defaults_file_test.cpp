@@ -1,11 +1,8 @@
 #include "settings/action_commands.h"
 #include "tests/settings/settings_files.h"
-#include "tests/support/testing.h"
 
-namespace drevix {
+namespace drevix::test {
 namespace {
-
-using namespace test;
 
 const std::string kTree = DREVIX_TEST_DATA "/../..";
 
@@ -92,4 +89,4 @@ TEST(FactoryDefaults, Slots_KeepTheRulesAndOppositesAreOpposite) {
 }
 
 } // namespace
-} // namespace drevix
+} // namespace drevix::test

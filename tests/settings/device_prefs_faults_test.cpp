@@ -4,14 +4,9 @@
 #include "qbase/qbase_file.h"
 #include "tests/settings/settings_files.h"
 #include "tests/support/failing_new.h"
-#include "tests/support/testing.h"
 
-#include <csignal>
-
-namespace drevix {
+namespace drevix::test {
 namespace {
-
-using namespace test;
 
 // A settings file with one record, or one that is refused; gives its bytes.
 std::string MakeFile(const SettingsFolder &folder, bool damaged) {
@@ -42,27 +37,23 @@ TEST(Import, EveryFault_SkipsWholeRecordsOnly) {
                           MakeRecord(kOther, "3")});
     const std::string path = folder.Path(kDefaultsFileName);
     std::set<std::size_t> skippedOnce;
-    for (const int error : {EIO, ENOMEM, kOfNew}) {
-        ForEachFault(1, [&](int failAt, Lasts lasts) {
-            SCOPED_TRACE(failAt);
-            const QBaseOwner base = MakeBase({MakeRecord(0, ""), MakeRecord(kOther, "Sketch")});
-            OSErr status = noErr;
-            std::size_t skipped = 0;
-            const bool wasHit =
-                MeetsFaultOrNew(failAt, lasts, error, [&] { status = Import(path, base.get(), &skipped); });
-            Names names = RecordNames(base);
-            const bool isReplaced = names[1] == "SKETCH";
-            const auto added = static_cast<std::size_t>(QBaseCountRecords(base.get())) - 2;
-            EXPECT_EQ(added + skipped + (isReplaced ? 1 : 0), status == noErr ? 4U : 0U);
-            std::erase_if(names, [](const std::string &name) { return name > "3"; });
-            EXPECT_TRUE(std::ranges::is_sorted(names)) << "none is there twice, or out of order";
-            EXPECT_TRUE(status == noErr || status == (error == EIO ? ioErr : memFullErr)) << status;
-            EXPECT_TRUE(QBaseValidate(base.get()));
-            EXPECT_EQ(OpenFileCount(), 0);
-            skippedOnce.insert(lasts == Lasts::Once ? skipped : 0);
-            return wasHit;
-        });
-    }
+    ForEachFault(1, {EIO, ENOMEM, kOfNew}, [&](const FaultAt &fault) {
+        const QBaseOwner base = MakeBase({MakeRecord(0, ""), MakeRecord(kOther, "Sketch")});
+        OSErr status = noErr;
+        std::size_t skipped = 0;
+        const bool wasHit = fault.Meets([&] { status = Import(path, base.get(), &skipped); });
+        Names names = RecordNames(base);
+        const bool isReplaced = names[1] == "SKETCH";
+        const auto added = static_cast<std::size_t>(QBaseCountRecords(base.get())) - 2;
+        EXPECT_EQ(added + skipped + (isReplaced ? 1 : 0), status == noErr ? 4U : 0U);
+        std::erase_if(names, [](const std::string &name) { return name > "3"; });
+        EXPECT_TRUE(std::ranges::is_sorted(names)) << "none is there twice, or out of order";
+        EXPECT_TRUE(status == noErr || status == (fault.error == EIO ? ioErr : memFullErr)) << status;
+        EXPECT_TRUE(QBaseValidate(base.get()));
+        EXPECT_EQ(OpenFileCount(), 0);
+        skippedOnce.insert(fault.lasts == Lasts::Once ? skipped : 0);
+        return wasHit;
+    });
     EXPECT_EQ(skippedOnce, (std::set<std::size_t>{0, 1}));
 }
 
@@ -77,41 +68,24 @@ OSErr LoadAndSave(const SettingsFolder &folder) {
 }
 
 TEST(DevicePrefs, EveryFault_LeavesTheOldFileOrTheNewOne) {
-    for (const int error : {EIO, ENOMEM, kOfNew}) {
-        ForEachFault(1, [&](int failAt, Lasts lasts) {
-            SCOPED_TRACE(std::to_string(error) + " at " + std::to_string(failAt));
-            const SettingsFolder folder;
-            MakeFile(folder, false);
-            OSErr status = noErr;
-            bool isLoaded = false;
-            AppPrefs defaults = MakeRecord(0, "mine");
-            const bool wasHit = MeetsFaultOrNew(failAt, lasts, error, [&] {
-                status = LoadAndSave(folder);
-                isLoaded = LoadDefaultPrefs(folder.resources, MakeRecord(0, ""), &defaults);
-            });
-            const Names names = folder.SavedNames();
-            EXPECT_TRUE(names == (Names{"old", "added"}) ||
-                        ((wasHit || status != noErr) && names == Names{"old"}));
-            EXPECT_EQ(NameOf(defaults), isLoaded ? "factory" : "mine");
-            EXPECT_TRUE(isLoaded || wasHit);
-            EXPECT_EQ(OpenFileCount(), 0);
-            return wasHit;
+    ForEachFault(1, {EIO, ENOMEM, kOfNew}, [](const FaultAt &fault) {
+        const SettingsFolder folder;
+        MakeFile(folder, false);
+        OSErr status = noErr;
+        bool isLoaded = false;
+        AppPrefs defaults = MakeRecord(0, "mine");
+        const bool wasHit = fault.Meets([&] {
+            status = LoadAndSave(folder);
+            isLoaded = LoadDefaultPrefs(folder.resources, MakeRecord(0, ""), &defaults);
         });
-    }
-}
-
-// Runs it in a process that is killed at its n-th call of the disk; tells whether it was.
-bool IsKilledAt(int call, const SettingsFolder &folder) {
-    const pid_t child = ::fork();
-    if (child == 0) {
-        FaultyDisk faults(call, Lasts::Once, EIO);
-        faults.onFault = [] { ::raise(SIGKILL); };
-        ::_exit(LoadAndSave(folder) == noErr ? 0 : 1);
-    }
-    int status = 0;
-    ::waitpid(child, &status, 0);
-    EXPECT_TRUE(WIFSIGNALED(status) || status == 0);
-    return WIFSIGNALED(status);
+        const Names names = folder.SavedNames();
+        EXPECT_TRUE(names == (Names{"old", "added"}) ||
+                    ((wasHit || status != noErr) && names == Names{"old"}));
+        EXPECT_EQ(NameOf(defaults), isLoaded ? "factory" : "mine");
+        EXPECT_TRUE(isLoaded || wasHit);
+        EXPECT_EQ(OpenFileCount(), 0);
+        return wasHit;
+    });
 }
 
 TEST(SaveDurability, KilledAtEveryCall_LosesNeitherSettingsNorARefusedFile) {
@@ -121,7 +95,7 @@ TEST(SaveDurability, KilledAtEveryCall_LosesNeitherSettingsNorARefusedFile) {
             SCOPED_TRACE(call);
             SettingsFolder folder;
             const std::string before = MakeFile(folder, damaged);
-            killed = IsKilledAt(call, folder);
+            killed = DiesAt(call, Death::BeforeTheCall, [&] { return LoadAndSave(folder) == noErr; });
             EXPECT_TRUE(killed || call > (damaged ? 20 : 12));
             const std::string now = ReadWhole(folder.path);
             EXPECT_TRUE(now == before || !damaged || ReadWhole(folder.kept) == before);
@@ -137,4 +111,4 @@ TEST(SaveDurability, KilledAtEveryCall_LosesNeitherSettingsNorARefusedFile) {
 }
 
 } // namespace
-} // namespace drevix
+} // namespace drevix::test

@@ -3,13 +3,8 @@
 #include "settings/action_commands.h"
 #include "tests/settings/settings_files.h"
 
-#include <filesystem>
-
-namespace drevix {
+namespace drevix::test {
 namespace {
-
-namespace fs = std::filesystem;
-using namespace test;
 
 constexpr OSType kPhotoshop = FourCharCode("8BIM");
 
@@ -35,15 +30,13 @@ TEST(GetDevicePrefs, FirstStart_HasTheFactoryRecordsAndSavingMakesTheFolder) {
 }
 
 TEST(GetDevicePrefs, Stamp_DecidesWhetherFactoryRecordsAreAdded) {
-    struct Row {
-        std::uint32_t stamp;
-        std::uint32_t version;
+    const struct {
+        std::uint32_t stamp, version;
         bool merges;
         std::uint32_t stampAfter;
-    };
-    const Row rows[] = {{5, 6, true, 6},  {6, 6, false, 6}, {7, 6, false, 7},
-                        {5, 0, false, 5}, {0, 0, false, 0}, {0x7FFFFFFF, 0x80000000, true, 0x80000000}};
-    for (const Row &row : rows) {
+    } rows[] = {{5, 6, true, 6},  {6, 6, false, 6}, {7, 6, false, 7},
+                {5, 0, false, 5}, {0, 0, false, 0}, {0x7FFFFFFF, 0x80000000, true, 0x80000000}};
+    for (const auto &row : rows) {
         SettingsFolder folder;
         folder.WriteDefaults({MakeRecord(kOther, "New")});
         ASSERT_EQ(SettingsFolder::Save(MakeBase({MakeRecord(0, "")}, row.stamp)), noErr);
@@ -51,8 +44,7 @@ TEST(GetDevicePrefs, Stamp_DecidesWhetherFactoryRecordsAreAdded) {
         EXPECT_EQ(folder.Load(base, row.version), noErr);
         EXPECT_EQ(RecordNames(base), row.merges ? (Names{"", "New"}) : Names{""}) << row.stamp;
         EXPECT_EQ(QBaseGetUserLong(base.get()), row.stampAfter);
-        EXPECT_EQ(QBaseGetRecordsChanged(base.get()), row.merges)
-            << "a file of this version is as it is to be";
+        EXPECT_EQ(QBaseGetRecordsChanged(base.get()), row.merges) << "not in a file of this version";
         fs::remove(folder.Path(kDefaultsFileName)); // which does not keep the stamp from being set
         EXPECT_EQ(folder.Load(base, row.version), noErr);
         EXPECT_EQ(QBaseGetUserLong(base.get()), row.stampAfter);
@@ -127,8 +119,7 @@ TEST(GetDevicePrefs, OldFile_IsRepairedByTheStampItBrought) {
         std::uint32_t stamp;
         OSType application;
         SlotIndex slot;
-        ActionCommand command;
-        ActionCommand expected;
+        ActionCommand command, expected;
     };
     constexpr OSType kArt = FourCharCode("ART5");
     constexpr OSType kIndesign = FourCharCode("InDn");
@@ -141,7 +132,7 @@ TEST(GetDevicePrefs, OldFile_IsRepairedByTheStampItBrought) {
         {9, kElements, 5, 40, 40}, {9, kNoSignature, 5, 40, 0}, {9, kWildcardSignature, 5, 40, 40},
     };
     // clang-format on
-    for (const Row &row : rows) {
+    for (const auto &row : rows) {
         SettingsFolder folder;
         AppPrefs record = MakeRecord(row.application, "ADOBE illustrator");
         ActionSlot &slot = record.device[0].action[row.slot];
@@ -211,13 +202,12 @@ TEST(GetDevicePrefs, RecordsAtOddPlaces_AreSettingsLikeOthers) {
     EXPECT_EQ(folder.SavedNames(), (Names{"", "Odd"}));
 }
 
-TEST(DevicePrefs, WithoutABaseOrAName_NothingIsReadOrSaved) {
+TEST(DevicePrefs, WithoutABaseOrAName_NothingIsReadOrSavedAndALongNameIsCut) {
     const SettingsFolder folder;
     const QBaseOwner base = MakeBase({MakeRecord(0, "")});
     auto name = kDrevixPrefsName;
     Str63 noName{};
     EXPECT_EQ(GetDevicePrefs(nullptr, name.data(), folder.resources, 0), paramErr);
-    EXPECT_EQ(EnsureGlobalPrefs(nullptr, folder.resources), paramErr);
     for (const OSErr status :
          {SaveDevicePrefs(nullptr, name.data(), 0, 0), SaveDevicePrefs(base.get(), nullptr, 0, 0),
           SaveDevicePrefs(base.get(), noName.data(), 0, 0), SaveDevicePrefsToPath(nullptr, folder.path),
@@ -225,17 +215,12 @@ TEST(DevicePrefs, WithoutABaseOrAName_NothingIsReadOrSaved) {
         EXPECT_EQ(status, noErr);
     }
     EXPECT_EQ(SettingsFolder::Names(folder.Preferences()).size(), 0U);
-}
-
-TEST(DevicePrefs, LongName_IsCutInPlace) {
-    SettingsFolder folder;
-    const QBaseOwner base = MakeBase({MakeRecord(0, "")});
-    Str255 name;
-    name.fill('n');
-    EXPECT_EQ(SaveDevicePrefs(base.get(), name.data(), 0, 0), noErr);
-    EXPECT_EQ(name[0], 63);
+    Str255 longName;
+    longName.fill('n');
+    EXPECT_EQ(SaveDevicePrefs(base.get(), longName.data(), 0, 0), noErr);
+    EXPECT_EQ(longName[0], 63);
     EXPECT_EQ(SettingsFolder::Names(folder.Preferences()), Names{std::string(63, 'n')});
 }
 
 } // namespace
-} // namespace drevix
+} // namespace drevix::test

@@ -8,7 +8,7 @@ TEST(NewApplication, NameAndSignatureComeFromWhatIsThere) {
     const ScratchFolder folder;
     const std::string app = folder.Path("Tool.APP");
     const std::string list = app + "/Contents/Info.plist";
-    std::filesystem::create_directories(app + "/Contents");
+    fs::create_directories(app + "/Contents");
     const auto signature = [](const std::string &text) {
         return "<plist><dict><key>CFBundleSignature</key>" + text + "</dict></plist>";
     };

@@ -69,7 +69,7 @@ TEST(StringOrder, FoldsAsciiOnly) {
     };
     // clang-format on
     const auto sign = [](int order) { return (order > 0) - (order < 0); };
-    for (const Row &row : rows) {
+    for (const auto &row : rows) {
         SCOPED_TRACE(testing::Message() << row.a << ' ' << row.b);
         EXPECT_EQ(PStringCmp(Buffer(row.a).Pascal(), Buffer(row.b).Pascal()), row.order);
         EXPECT_EQ(sign(CStringCmp(row.a, row.b)), sign(row.order));
@@ -85,18 +85,17 @@ TEST(PascalText, IsConvertedThenCut) {
     getPascalString(stringWithPascalString(all.data()), back.data());
     EXPECT_EQ(back, all) << "every byte is a character";
 
-    struct Row {
+    const struct {
         std::string text;
         int limit;
         std::string stored;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {std::string(40, 'x'), 31, std::string(31, 'x')},
         {std::string(300, 'y'), 1000, std::string(255, 'y')},
         {"ab", 0, ""},
         {"\xC3\xA9\xC3\xA9\xC3\xA9", 2, "\x8E\x8E"}, // two bytes each before, one after
     };
-    for (const Row &row : rows) {
+    for (const auto &row : rows) {
         Buffer buffer;
         getPascalString(row.text, buffer.Pascal(), row.limit);
         EXPECT_EQ(buffer.bytes, Buffer(row.stored).bytes) << row.text;

@@ -6,7 +6,7 @@
 #include <array>
 #include <bit>
 
-namespace drevix {
+namespace drevix::test {
 namespace {
 
 using Image = std::array<std::uint8_t, sizeof(AppPrefs)>; // a record's bytes
@@ -97,13 +97,12 @@ TEST(PrefsDictionary, EachKey_IsReadIntoItsFieldAndWrittenFromIt) {
 
 TEST(PrefsDictionary, OddValues_KeepTheirLowBitsOrCountAsAbsent) {
     const std::string slot = "devices/veltrana/assignments/ringLeft/";
-    struct Row {
+    const struct {
         std::string path;
         PropertyList value;
         std::size_t offset;
         std::string bytes; // what the zero record then has there; the rest of it stays zero
-    };
-    const Row rows[] = {
+    } rows[] = {
         {slot + "keyCode", std::int64_t{-1}, 136, "\xFF"},
         {slot + "menu", std::int64_t{0x7123456789ABCDEF}, 140, "\xEF\xCD\xAB\x89"},
         {"fileName", std::string(80, 'x'), 4, "\x3F" + std::string(63, 'x')},
@@ -114,7 +113,7 @@ TEST(PrefsDictionary, OddValues_KeepTheirLowBitsOrCountAsAbsent) {
         {"fileName", std::int64_t{5}, 4, ""},
         {"devices/veltrana/assignments/ringLeft", PropertyListArray{std::int64_t{5}}, 132, ""},
     };
-    for (const Row &row : rows) {
+    for (const auto &row : rows) {
         Image expected = {};
         std::memcpy(expected.data() + row.offset, row.bytes.data(), row.bytes.size());
         EXPECT_EQ(ImageOf(RecordOf(Nest(row.path, row.value))), expected) << row.path;
@@ -122,7 +121,7 @@ TEST(PrefsDictionary, OddValues_KeepTheirLowBitsOrCountAsAbsent) {
 }
 
 TEST(PrefsFile, ExampleOfItsPage_IsRead) {
-    const test::ScratchFolder scratch;
+    const ScratchFolder scratch;
     const std::string path = scratch.Path("import");
     AppPrefs expected = {};
     expected.application = FourCharCode("SkCh");
@@ -134,19 +133,19 @@ TEST(PrefsFile, ExampleOfItsPage_IsRead) {
     expected.device[0].action[17].keyCode = kNoKeyCode;
     getPascalString("Notes", expected.device[0].action[17].data.data(), kMaxAppNameLength);
 
-    std::string example = test::FencedBlock(DREVIX_TEST_DATA "/../../docs/property-list.md", "xml");
+    std::string example = FencedBlock(DREVIX_TEST_DATA "/../../docs/property-list.md", "xml");
     const std::string array = "<array>\n";
     // Beside other elements, which are skipped.
     example.insert(example.find(array) + array.size(), "<true/><string>x</string><array><dict/></array>");
     std::vector<Image> records;
     const auto take = [&](const AppPrefs &record) { records.push_back(ImageOf(record)); };
-    test::WriteWhole(path, example);
+    WriteWhole(path, example);
     EXPECT_EQ(ReadAppPrefsFile(path, take), noErr);
     EXPECT_EQ(records, std::vector{ImageOf(expected)});
-    test::WriteWhole(path, example.substr(0, example.find("</plist>")));
+    WriteWhole(path, example.substr(0, example.find("</plist>")));
     EXPECT_EQ(ReadAppPrefsFile(path, take), -1);
     EXPECT_EQ(records.size(), 1U) << "a damaged file gives no record at all";
 }
 
 } // namespace
-} // namespace drevix
+} // namespace drevix::test

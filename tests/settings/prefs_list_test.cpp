@@ -1,12 +1,9 @@
 #include "settings/prefs_list.h"
 
 #include "tests/settings/settings_files.h"
-#include "tests/support/testing.h"
 
-namespace drevix {
+namespace drevix::test {
 namespace {
-
-using namespace test;
 
 AppPrefs Factory(std::string_view name) {
     AppPrefs prefs = MakeRecord(kOther, name);
@@ -84,8 +81,7 @@ TEST(StoreAppPrefs, Record_ReplacesItsNamesakeAndStaysTheFactorys) {
     EXPECT_EQ(GetAppPrefs(base.get(), 1)->factory, 1);
     EXPECT_EQ(OSType{GetAppPrefs(base.get(), 1)->application}, FourCharCode("abcd"));
     EXPECT_EQ(FindReplacedAppPrefs(base.get(), MakeRecord(0, "Other")), 0) << "a global record has no name";
-    EXPECT_EQ(FindReplacedAppPrefs(base.get(), MakeRecord(kOther, "")), kNoRecord)
-        << "nor is it found by one";
+    EXPECT_EQ(FindReplacedAppPrefs(base.get(), MakeRecord(kOther, "")), kNoRecord) << "nor found by one";
     const QBaseOwner withoutGlobal = MakeBase({MakeRecord(kOther, "First")});
     EXPECT_EQ(FindReplacedAppPrefs(withoutGlobal.get(), MakeRecord(0, "")), kNoRecord)
         << "the global record would have taken the place of an application's";
@@ -134,16 +130,15 @@ TEST(LoadDefaultPrefs, Record_IsTheFirstOfItsSignatureElseTheLastGlobalOne) {
 
 // Every byte of the record is either the group's and the factory's, or as it was.
 TEST(CopyGroupFromDefaultPrefs, Group_IsRestoredByteForByte) {
-    struct Row {
+    const struct {
         ControlGroup group;
         std::vector<std::size_t> slots;
         std::set<std::size_t> fields; // offsets in the record
-    };
-    const Row rows[] = {
+    } rows[] = {
         {ControlGroup::Ring, {5, 4, 9, 1, 0, 3, 2, 8}, {117, 119, 120, 121, 122, 123, 124, 125, 126, 127}},
         {ControlGroup::Tuner, {7, 6}, {116, 118}},
         {ControlGroup::Buttons, {16, 17, 18, 20, 19}, {}}};
-    for (const Row &row : rows) {
+    for (const auto &row : rows) {
         std::set<std::size_t> expected = row.fields;
         for (std::size_t i = 0; i < row.slots.size() * sizeof(ActionSlot); ++i) {
             expected.insert(132 + 48 * row.slots[i / 48] + i % 48);
@@ -161,4 +156,4 @@ TEST(CopyGroupFromDefaultPrefs, Group_IsRestoredByteForByte) {
 }
 
 } // namespace
-} // namespace drevix
+} // namespace drevix::test

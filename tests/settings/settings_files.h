@@ -17,7 +17,7 @@ inline AppPrefs MakeRecord(OSType application, std::string_view name) {
     return prefs;
 }
 
-inline QBaseOwner MakeBase(std::initializer_list<AppPrefs> records, std::uint32_t stamp = 0) {
+inline QBaseOwner MakeBase(const std::vector<AppPrefs> &records, std::uint32_t stamp = 0) {
     QBaseOwner base = NewDrevixBase();
     for (const AppPrefs &record : records) {
         EXPECT_NE(QBaseAddRecord(base.get(), &record, sizeof record), kNoRecord);
@@ -33,8 +33,6 @@ inline std::string NameOf(const AppPrefs &prefs) {
 inline bool SameBytes(const AppPrefs &a, const AppPrefs &b) {
     return std::memcmp(&a, &b, sizeof a) == 0;
 }
-
-using Names = std::vector<std::string>;
 
 // The file names of a base's records, in order.
 inline Names RecordNames(const QBaseOwner &base) {

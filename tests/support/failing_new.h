@@ -5,21 +5,12 @@
 
 #include <cstdlib>
 #include <new>
-#include <utility>
 
 namespace drevix::test {
 
-// The n-th `new` from now on fails once; 0: none.
-inline int gNewFailsIn = 0;
-
-inline constexpr int kOfNew = -1; // in the place of an errno: a `new` fails, once only
-
-// As MeetsFault, or with a `new` that fails for kOfNew.
 template <class Work>
 bool MeetsFaultOrNew(int failAt, Lasts lasts, int error, const Work &work) {
-    gNewFailsIn = error == kOfNew ? failAt : 0;
-    const bool met = MeetsFault(error == kOfNew ? kNoFault : failAt, lasts, error, work);
-    return error == kOfNew ? std::exchange(gNewFailsIn, 0) == 0 : met;
+    return MeetsFault(failAt, lasts, error, work);
 }
 
 } // namespace drevix::test

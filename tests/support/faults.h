@@ -7,6 +7,9 @@
 #include <cerrno>
 #include <functional>
 #include <initializer_list>
+#include <new>
+#include <string>
+#include <utility>
 
 namespace drevix::test {
 
@@ -57,6 +60,19 @@ class ScopedDisk : public Disk {
     Disk *fBefore;
 };
 
+// The real disk, but that of two files the second is opened for the first.
+class ExchangedFile : public ScopedDisk {
+  public:
+    ExchangedFile(std::string first, std::string second)
+        : fFirst(std::move(first)), fSecond(std::move(second)) {}
+    int Open(const char *path, int flags, mode_t mode) override {
+        return Disk::Open(path == fFirst ? fSecond.c_str() : path, flags, mode);
+    }
+
+  private:
+    std::string fFirst, fSecond;
+};
+
 // One on which nothing more can be written.
 struct FullDisk : ScopedDisk {
     ssize_t WriteAt(int /*fd*/, const void * /*bytes*/, std::size_t /*count*/, off_t /*offset*/) override {
@@ -64,6 +80,9 @@ struct FullDisk : ScopedDisk {
         return -1;
     }
 };
+
+// Which calls of the disk can fail: All are with those of the last group of FaultyDisk.
+enum class DiskCalls { Usual, All };
 
 // The real disk with one failing call that reads, writes or changes something, until destruction. If `error`
 // is 0, the failing transfer first moves half of its bytes (a short transfer, followed by an error if the
@@ -76,8 +95,7 @@ class FaultyDisk : public ScopedDisk, public Fault {
     std::function<void()> onFault;
     // Called, when set, after half of the bytes of the transfer that meets the fault have been moved.
     std::function<void()> onHalf;
-    // Whether the calls of the last group below are among them.
-    bool failsAll = false;
+    DiskCalls calls = DiskCalls::Usual;
 
     int Open(const char *path, int flags, mode_t mode) override {
         return Fails() ? -1 : Disk::Open(path, flags, mode);
@@ -119,13 +137,15 @@ class FaultyDisk : public ScopedDisk, public Fault {
     int ListFolder(const char *path, std::vector<std::string> *names) override {
         return Fails() ? -1 : Disk::ListFolder(path, names);
     }
-    int Lock(int fd) override { return failsAll && Fails() ? -1 : Disk::Lock(fd); }
+    int Lock(int fd) override { return calls == DiskCalls::All && Fails() ? -1 : Disk::Lock(fd); }
     int SetOwner(int fd, uid_t user, gid_t group) override {
-        return failsAll && Fails() ? -1 : Disk::SetOwner(fd, user, group);
+        return calls == DiskCalls::All && Fails() ? -1 : Disk::SetOwner(fd, user, group);
     }
-    int Remove(const char *path) override { return failsAll && Fails() ? -1 : Disk::Remove(path); }
+    int Remove(const char *path) override {
+        return calls == DiskCalls::All && Fails() ? -1 : Disk::Remove(path);
+    }
     ssize_t ReadLink(const char *path, char *target, std::size_t size) override {
-        return failsAll && Fails() ? -1 : Disk::ReadLink(path, target, size);
+        return calls == DiskCalls::All && Fails() ? -1 : Disk::ReadLink(path, target, size);
     }
 
   private:
@@ -137,20 +157,68 @@ class FaultyDisk : public ScopedDisk, public Fault {
 };
 
 inline constexpr int kNoFault = 1'000'000; // a step that no test reaches
+inline constexpr int kOfNew = -1;          // in the place of an errno: a `new` fails, once only
 
-// Runs `work` with one disk fault, or a memory fault for ENOMEM. Returns whether it was hit.
+// The n-th `new` from now on fails once; 0: none. For programs with failing_new.h.
+inline int gNewFailsIn = 0;
+
+// Runs `work` with one disk fault, a memory fault for ENOMEM, or a `new` that fails for kOfNew. Returns whether
+// it was hit.
 template <class Work>
-bool MeetsFault(int failAt, Lasts lasts, int error, const Work &work) {
-    const bool ofMemory = error == ENOMEM;
-    FaultyAllocator memory(ofMemory ? failAt : kNoFault, lasts);
-    FaultyDisk disk(ofMemory ? kNoFault : failAt, lasts, error);
+bool MeetsFault(int failAt, Lasts lasts, int error, const Work &work, DiskCalls calls = DiskCalls::Usual) {
+    gNewFailsIn = error == kOfNew ? failAt : 0;
+    const bool ofDisk = error != kOfNew && error != ENOMEM;
+    FaultyAllocator memory(error == ENOMEM ? failAt : kNoFault, lasts);
+    FaultyDisk disk(ofDisk ? failAt : kNoFault, lasts, error);
+    disk.calls = calls;
     work();
-    return memory.WasHit() || disk.WasHit();
+    const bool hasFailed = error == kOfNew && gNewFailsIn == 0;
+    gNewFailsIn = 0;
+    return hasFailed || memory.WasHit() || disk.WasHit();
 }
 
 // Calls `run(failAt, lasts)`, which returns whether it hit the fault, with 1, 2, ... until it does not. Fewer
 // than `least` faults fail the running test.
 void ForEachFault(int least, const std::function<bool(int failAt, Lasts lasts)> &run,
                   std::initializer_list<Lasts> lengths = {Lasts::Once, Lasts::ForEver});
+
+// The call that fails, how long, and with what errno.
+struct FaultAt {
+    int call;
+    Lasts lasts;
+    int error;
+    // As MeetsFault.
+    template <class Work>
+    [[nodiscard]] bool Meets(const Work &work, DiskCalls calls = DiskCalls::Usual) const {
+        return MeetsFault(call, lasts, error, work, calls);
+    }
+};
+
+// As above, with each of these errors; what fails in `run` tells of the fault.
+void ForEachFault(int least, std::initializer_list<int> errors,
+                  const std::function<bool(const FaultAt &fault)> &run,
+                  std::initializer_list<Lasts> lengths = {Lasts::Once, Lasts::ForEver});
+
+// A row of a table of operations that are tried with every fault.
+template <class Function>
+struct Operation {
+    std::string name;
+    std::function<Function> run;
+};
+
+// What the operation gives, or `otherwise` if there is no memory for what the test makes to call it.
+template <class Operation, class Result>
+Result GivenMemory(const Operation &operation, Result otherwise) {
+    try {
+        return operation();
+    } catch (const std::bad_alloc &) {
+        return otherwise;
+    }
+}
+
+enum class Death { BeforeTheCall, HalfOfATransfer };
+
+// Runs `work` in a process that dies at its n-th call of the disk. False once there are fewer; then it must give true.
+bool DiesAt(int call, Death death, const std::function<bool()> &work);
 
 } // namespace drevix::test

@@ -34,6 +34,10 @@
 
 namespace drevix::test {
 
+namespace fs = std::filesystem;
+
+using Names = std::vector<std::string>; // of files, mostly
+
 // The time on a clock that stands still while this thread waits for a processor, as on a busy machine.
 inline std::chrono::milliseconds OwnTime() {
     std::int64_t waited = 0;                                          // nanoseconds

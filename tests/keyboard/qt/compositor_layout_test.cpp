@@ -10,7 +10,6 @@
 #include <xkbcommon/xkbcommon.h>
 
 #include <atomic>
-#include <chrono>
 #include <memory>
 #include <thread>
 
@@ -79,8 +78,7 @@ class Compositor {
     static void BindSeat(wl_client *client, void *data, std::uint32_t version, std::uint32_t id) {
         static constexpr struct wl_seat_interface kSeat = {
             .get_pointer = nullptr, .get_keyboard = GiveKeyboard, .get_touch = nullptr, .release = Release};
-        wl_resource *const seat =
-            wl_resource_create(client, &wl_seat_interface, static_cast<int>(version), id);
+        auto *const seat = wl_resource_create(client, &wl_seat_interface, static_cast<int>(version), id);
         wl_resource_set_implementation(seat, &kSeat, data, nullptr);
         const bool isThere = static_cast<Compositor *>(data)->fKeyboard.isThere;
         wl_seat_send_capabilities(seat, isThere ? WL_SEAT_CAPABILITY_KEYBOARD : WL_SEAT_CAPABILITY_POINTER);

@@ -104,8 +104,7 @@ class KeystrokeCapture : public ::testing::Test, public KeystrokeReceiver {
 };
 
 TEST_F(KeystrokeCapture, KeyDown_IsStoredByItsPlaceAndModifiers) {
-    const Qt::KeyboardModifiers all =
-        Qt::ShiftModifier | Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier;
+    const auto all = Qt::ShiftModifier | Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier;
     const struct {
         Key key;
         Keystroke stored;

@@ -77,19 +77,10 @@ TEST(FieldWords, Lines_AreTakenWordByWord) {
 }
 
 TEST(FieldWords, Numbers_AreWholeAndWithinTheirBounds) {
-    for (const auto &[text, number] :
-         std::initializer_list<std::pair<const char *, int>>{{"7", 7},
-                                                             {"-7", -7},
-                                                             {"0x7", 7},
-                                                             {"-0x7", -7},
-                                                             {"8", 99},
-                                                             {"-8", 99},
-                                                             {"7x", 99},
-                                                             {"0x", 99},
-                                                             {"", 99},
-                                                             {"-", 99},
-                                                             {"--7", 99},
-                                                             {"0x100000007", 99}}) {
+    const std::pair<const char *, int> rows[] = {{"7", 7},  {"-7", -7}, {"0x7", 7},  {"-0x7", -7},
+                                                 {"8", 99}, {"-8", 99}, {"7x", 99},  {"0x", 99},
+                                                 {"", 99},  {"-", 99},  {"--7", 99}, {"0x100000007", 99}};
+    for (const auto &[text, number] : rows) {
         EXPECT_EQ(FieldNumber(text, -7, 7).value_or(99), number) << text;
     }
 }
@@ -101,19 +92,13 @@ TEST(MacRoman, EveryByte_ComesBackUnchanged) {
         EXPECT_EQ(MacRomanFromUtf8(text), std::string(1, static_cast<char>(byte))) << value;
         EXPECT_TRUE(FitsMacRoman(text)) << value;
     }
-}
-
-TEST(MacRoman, KnownCharacters_HaveTheirPublishedBytes) {
+    // Some have the published bytes.
     const std::uint8_t bytes[] = {0x80, 0x8A, 0xA7, 0xDB, 0xF0, 0xFF};
     EXPECT_EQ(Utf8FromMacRoman(bytes), "\u00C4\u00E4\u00DF\u20AC\uF8FF\u02C7");
 }
 
 TEST(MacRoman, TextItLacks_IsReplacedInItsPlace) {
-    struct Row {
-        std::string_view text;
-        std::string_view expected;
-    };
-    const Row rows[] = {
+    const std::pair<std::string_view, std::string_view> rows[] = {
         {"a\u0416b", "a?b"},             // Cyrillic
         {"\U0001F600!", "?!"},           // four bytes, one character
         {"e\u0301t\u00E9", "\x8Et\x8E"}, // a combining accent and the ready letter
@@ -122,9 +107,9 @@ TEST(MacRoman, TextItLacks_IsReplacedInItsPlace) {
         {"\xED\xA0\x80", "???"},         // a surrogate
         {"\xC0\x80\xF5\x80", "????"},    // overlong, beyond Unicode
     };
-    for (const Row &row : rows) {
-        EXPECT_EQ(MacRomanFromUtf8(row.text), row.expected) << row.expected;
-        EXPECT_EQ(FitsMacRoman(row.text), row.expected.find('?') == std::string_view::npos) << row.expected;
+    for (const auto &[text, expected] : rows) {
+        EXPECT_EQ(MacRomanFromUtf8(text), expected);
+        EXPECT_EQ(FitsMacRoman(text), expected.find('?') == std::string_view::npos) << expected;
     }
 }
 

@@ -35,7 +35,7 @@ TEST(Catalog, Indexes_CountEntriesWithoutCompanions) {
     WriteWhole(scratch.Path("b"), "");
     ASSERT_EQ(WriteAppleDouble(scratch.Path("b"), appleDouble), noErr);
     ASSERT_EQ(WriteAppleDouble(scratch.Path("alone"), appleDouble), noErr);
-    std::vector<std::string> seen;
+    Names seen;
     for (std::int16_t index = 1;; ++index) {
         CatalogInfo info = Ask(folder, index);
         const OSErr status = PBGetCatInfoSync(&info);
@@ -47,7 +47,7 @@ TEST(Catalog, Indexes_CountEntriesWithoutCompanions) {
         EXPECT_EQ(info.ioDrParID, folder);
         EXPECT_EQ(info.ioFlFndrInfo.fdFlags, Text(info.ioName) == "b" ? kIsAlias : 0);
     }
-    EXPECT_EQ(seen, (std::vector<std::string>{"._alone", "b", "config/"}));
+    EXPECT_EQ(seen, (Names{"._alone", "b", "config/"}));
 }
 
 TEST(Catalog, Root_IsItsOwnParentsChildAndUnknownFoldersHaveStatuses) {
@@ -67,7 +67,7 @@ TEST(Catalog, Root_IsItsOwnParentsChildAndUnknownFoldersHaveStatuses) {
 TEST(Catalog, Volumes_AreTheMountedFileSystems) {
     const ScratchFolder scratch;
     const std::string root = scratch.Path("a b\\c:d");
-    std::filesystem::create_directory(root);
+    fs::create_directory(root);
     const bool isMounted = ::mount("none", root.c_str(), "tmpfs", 0, nullptr) == 0; // the superuser's right
     const std::vector<std::pair<std::string, std::string>> all = {{"/proc", "proc"}, {root, "a b\\c/d"}};
     for (const auto &[mountPoint, name] : std::span(all).first(isMounted ? 2 : 1)) {
@@ -93,14 +93,7 @@ TEST(Catalog, Volumes_AreTheMountedFileSystems) {
     }
 }
 
-// Shows a mount table of its own, or fails to.
-struct MountedDisk : ScopedDisk {
-    explicit MountedDisk(std::string path) : table(std::move(path)) {}
-    int Open(const char *path, int flags, mode_t mode) override {
-        return Disk::Open(std::string_view(path).ends_with("/mountinfo") ? table.c_str() : path, flags, mode);
-    }
-    std::string table;
-};
+constexpr const char *kMountTable = "/proc/self/mountinfo";
 
 TEST(Catalog, MountTable_IsReadAsFarAsItMakesSense) {
     const ScratchFolder scratch;
@@ -109,7 +102,7 @@ TEST(Catalog, MountTable_IsReadAsFarAsItMakesSense) {
                                       "3 0 8:1 / /hidden rw master:2 unbindable - vfat x y\n"
                                       "4 0 8:1 / relative rw - ext4 x y\n"
                                       "5 0 8:1 / /cut rw\n\n-\n6 0 8:1 / /tail\\04 rw - ext4");
-    const MountedDisk disk(scratch.Path("table"));
+    const ExchangedFile disk(kMountTable, scratch.Path("table"));
     std::vector<Volume> volumes;
     ASSERT_EQ(ListVolumes(&volumes), noErr);
     std::vector<std::pair<std::string, int>> found;
@@ -120,10 +113,10 @@ TEST(Catalog, MountTable_IsReadAsFarAsItMakesSense) {
                                                                {"/hidden", kDosFileSystem},
                                                                {"/tail\\04", kLocalFileSystem},
                                                                {"/", kLocalFileSystem}}));
-    const MountedDisk none(scratch.Path("none"));
+    const ExchangedFile none(kMountTable, scratch.Path("none"));
     EXPECT_EQ(ListVolumes(&volumes), noErr);
     EXPECT_EQ(volumes.size(), 1U);
-    const MountedDisk folder(scratch.Path());
+    const ExchangedFile folder(kMountTable, scratch.Path());
     VolumeInfo info = {kRootVolume, {}, 0, {}};
     std::int16_t number = 0;
     std::int32_t id = 0;
@@ -136,7 +129,7 @@ TEST(Catalog, MountTable_IsReadAsFarAsItMakesSense) {
 
 TEST(Catalog, Kinds_AreTold) {
     const ScratchFolder scratch;
-    std::filesystem::create_symlink("elf", scratch.Path("link"));
+    fs::create_symlink("elf", scratch.Path("link"));
     ASSERT_EQ(::mkfifo(scratch.Path("pipe").c_str(), 0600), 0);
     const std::int32_t folder = FolderIdFromPath(scratch.Path());
     struct Row {
@@ -231,9 +224,8 @@ TEST(Catalog, WhatCannotBe_HasItsStatus) {
 TEST(Catalog, NamesBeyondThePlatform_LeadBackToTheirFiles) {
     const ScratchFolder scratch;
     const std::string longName(200, 'l');
-    const std::vector<std::string> names = {
-        "plain",  "Fl\u00FCge",   "a:b",     "\u5199\u771F.jpeg", "\u96C6\u3081.jpeg",
-        longName, longName + "2", "bad\xFF", "e\u0301",           "line\nend"};
+    const Names names = {"plain",  "Fl\u00FCge",   "a:b",     "\u5199\u771F.jpeg", "\u96C6\u3081.jpeg",
+                         longName, longName + "2", "bad\xFF", "e\u0301",           "line\nend"};
     const std::set<std::string> exact = {"plain", "Fl\u00FCge", "a:b", "line\nend"};
     std::set<std::string> seen;
     for (const std::string &name : names) {
@@ -275,7 +267,7 @@ TEST(Catalog, Delete_TakesTheCompanionAndNothingElse) {
     EXPECT_EQ(FSpDelete(spec("other")), noErr);
     EXPECT_EQ(FSpDelete(spec("none")), fnfErr);
     EXPECT_EQ(FSpDelete(spec("config")), notAFileErr);
-    EXPECT_EQ(ScratchFolder::Names(scratch.Path()), (std::vector<std::string>{"._other", "config"}));
+    EXPECT_EQ(ScratchFolder::Names(scratch.Path()), (Names{"._other", "config"}));
     std::int32_t folder = 0;
     EXPECT_EQ(FSpDirCreate(spec("config"), -1, &folder), dupFNErr);
     EXPECT_EQ(FSpSetFInfo(spec("none"), {}), fnfErr);

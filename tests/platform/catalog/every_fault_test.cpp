@@ -2,6 +2,7 @@
 // other file is touched, what changes nothing tells of it, and trying again does what an undisturbed run does.
 #include "platform/catalog/apple_double.h"
 #include "platform/catalog/catalog.h"
+#include "platform/catalog/catalog_names.h"
 #include "platform/catalog/named_files.h"
 #include "platform/catalog/resource_file.h"
 #include "platform/files/files.h"
@@ -15,8 +16,6 @@
 
 namespace drevix::test {
 namespace {
-
-namespace fs = std::filesystem;
 
 // Every file below a folder but locks: its bytes, or where a link leads.
 using State = std::map<std::string, std::string>;
@@ -112,7 +111,7 @@ TEST_F(EveryFault, IsSurvivedAndMadeUpForByTheNextTry) {
         info.ioName = name;
         return PBGetCatInfoSync(&info);
     };
-    const std::vector<std::pair<std::string, std::function<OSErr()>>> operations = {
+    const Operation<OSErr()> operations[] = {
         {"replace", [&] { return UpdateFile(At("second"), UpdateMethod::Replace, fNew); }},
         {"in place", [&] { return UpdateFile(At("link"), UpdateMethod::InPlace, fNew); }},
         {"write shared", [&] { return WriteSharedFile(At("file"), "short"); }},
@@ -154,58 +153,36 @@ TEST_F(EveryFault, IsSurvivedAndMadeUpForByTheNextTry) {
              return status;
          }},
     };
-    const int faults[] = {0,     EIO,   EACCES,
-                          EROFS, EINTR, ENOMEM}; // none that says what is not so, as ENOENT would
-    const std::initializer_list<Lasts> once = {Lasts::Once};
-    const std::initializer_list<Lasts> both = {Lasts::Once, Lasts::ForEver};
-    for (const auto &[name, operation] : operations) {
+    for (const auto &operation : operations) {
+        SCOPED_TRACE(operation.name);
         Prepare();
         const State before = Now();
-        ASSERT_EQ(operation(), noErr) << name;
+        ASSERT_EQ(operation.run(), noErr);
         const bool isLook = Now() == before;
         MendFilesCutShort();
         const State after = Now();
         EXPECT_EQ(after.at("/torn"), "old text");
-        for (const int error : faults) {
-            ForEachFault(
-                1,
-                [&, name = name, &operation = operation](int failAt, Lasts lasts) {
-                    Prepare();
-                    OSErr status = noErr;
-                    bool wasHit = false;
-                    lastsForEver = lasts == Lasts::ForEver;
-                    if (error == ENOMEM) {
-                        gNewFailsIn = failAt;
-                        try {
-                            status = operation();
-                        } catch (const std::bad_alloc &) { // of the path that this test makes
-                            status = memFullErr;
-                        }
-                        wasHit = gNewFailsIn == 0;
-                        gNewFailsIn = 0;
-                    } else {
-                        FaultyDisk disk(failAt, lasts, error);
-                        disk.failsAll = true;
-                        status = operation();
-                        wasHit = disk.WasHit();
-                    }
-                    const std::string where =
-                        name + ", call " + std::to_string(failAt) + ", error " + std::to_string(error);
-                    EXPECT_EQ(OpenFileCount(), 0) << where;
-                    EXPECT_TRUE(wasHit || status == noErr) << where;
-                    EXPECT_TRUE(!isLook || !wasHit || error != EIO || status == ioErr) << where;
-                    MendFilesCutShort();
-                    // The file that the dead program left may stay for one time more.
-                    EXPECT_TRUE((wasHit && (status != noErr || name == "replace")) || Now() == after)
-                        << where;
-                    if (Now() != after) {
-                        EXPECT_EQ(operation(), noErr) << where;
-                    }
-                    EXPECT_TRUE(Now() == after) << where;
-                    return wasHit;
-                },
-                error == 0 || error == EIO ? both : once);
-        }
+        const auto isMet = [&](const FaultAt &fault) {
+            Prepare();
+            OSErr status = noErr;
+            lastsForEver = fault.lasts == Lasts::ForEver;
+            const bool wasHit =
+                fault.Meets([&] { status = GivenMemory(operation.run, OSErr{memFullErr}); }, DiskCalls::All);
+            EXPECT_EQ(OpenFileCount(), 0);
+            EXPECT_TRUE(wasHit || status == noErr);
+            EXPECT_TRUE(!isLook || !wasHit || fault.error != EIO || status == ioErr);
+            MendFilesCutShort();
+            // The file that the dead program left may stay for one time more.
+            EXPECT_TRUE((wasHit && (status != noErr || operation.name == "replace")) || Now() == after);
+            if (Now() != after) {
+                EXPECT_EQ(operation.run(), noErr);
+            }
+            EXPECT_TRUE(Now() == after);
+            return wasHit;
+        };
+        // None that says what is not so, as ENOENT would.
+        ForEachFault(1, {0, EIO}, isMet);
+        ForEachFault(1, {EACCES, EROFS, EINTR, kOfNew}, isMet, {Lasts::Once});
     }
 }
 

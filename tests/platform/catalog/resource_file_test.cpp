@@ -50,7 +50,7 @@ TEST(ResourceFile, Writer_MakesThePublishedBytes) {
     info.fdFlags |= 0x8400;
     EXPECT_EQ(FSpSetFInfo(spec, info), noErr);
     EXPECT_EQ(ReadWhole(scratch.Path("._file")), ExampleCompanion());
-    EXPECT_EQ(ScratchFolder::Names(scratch.Path()), (std::vector<std::string>{"._file", "config"}));
+    EXPECT_EQ(ScratchFolder::Names(scratch.Path()), (Names{"._file", "config"}));
 
     ResourceFile again;
     ASSERT_EQ(again.Open(spec, fsRdPerm), noErr);

@@ -8,9 +8,9 @@ namespace {
 
 class Autostart : public ::testing::Test {
   protected:
-    [[nodiscard]] bool Exists() const { return std::filesystem::exists(fPath); }
+    [[nodiscard]] bool Exists() const { return fs::exists(fPath); }
     void WriteEntry(const std::string &text) const {
-        std::filesystem::create_directories(std::filesystem::path(fPath).parent_path());
+        fs::create_directories(fs::path(fPath).parent_path());
         WriteWhole(fPath, text);
     }
     ScratchFolder fFolder;
@@ -32,10 +32,10 @@ TEST_F(Autostart, AnyPath_IsStartedByTheDesktop) {
         ASSERT_EQ(WriteAutostartEntry("Helper", program), noErr) << name;
         EXPECT_EQ(std::system(("desktop-file-validate '" + fPath + "'").c_str()), 0) << ReadWhole(fPath);
         EXPECT_EQ(std::system(("gio launch '" + fPath + "'").c_str()), 0) << ReadWhole(fPath);
-        for (int i = 0; i < 500 && !std::filesystem::exists(started); ++i) {
+        for (int i = 0; i < 500 && !fs::exists(started); ++i) {
             ::usleep(10'000);
         }
-        ASSERT_TRUE(std::filesystem::remove(started)) << name << ": " << ReadWhole(fPath);
+        ASSERT_TRUE(fs::remove(started)) << name << ": " << ReadWhole(fPath);
     }
 }
 
@@ -44,10 +44,10 @@ TEST(ProgramStarter, Arguments_ReachTheProgramAsTheyAre) {
     const std::string name = "two words$(id);`id`|x>y'\"&\\";
     ProgramStarter starter;
     ASSERT_EQ(starter.Start({"touch", scratch.Path(name)}, nullptr), noErr);
-    for (int i = 0; i < 500 && !std::filesystem::exists(scratch.Path(name)); ++i) {
+    for (int i = 0; i < 500 && !fs::exists(scratch.Path(name)); ++i) {
         ::usleep(10'000);
     }
-    EXPECT_EQ(ScratchFolder::Names(scratch.Path()), (std::vector<std::string>{"config", name}));
+    EXPECT_EQ(ScratchFolder::Names(scratch.Path()), (Names{"config", name}));
 }
 
 TEST_F(Autostart, EntryOfOurs_FollowsTheProgramAndKeepsTheUsersLines) {
@@ -75,7 +75,7 @@ TEST_F(Autostart, EntryOfOurs_FollowsTheProgramAndKeepsTheUsersLines) {
 
 TEST_F(Autostart, EntriesOfOthers_AreLeftAlone) {
     EXPECT_EQ(RemoveAutostartEntry("Helper"), noErr);
-    EXPECT_FALSE(std::filesystem::exists(fFolder.Preferences() + "/autostart"));
+    EXPECT_FALSE(fs::exists(fFolder.Preferences() + "/autostart"));
     for (const char *foreign : {"[Desktop Entry]\nExec=x\n", "", "[Other]\nX-Drevix-LoginItem=true\n",
                                 "[Desktop Entry]\n# X-Drevix-LoginItem=true\n"}) {
         WriteEntry(foreign);
@@ -83,7 +83,7 @@ TEST_F(Autostart, EntriesOfOthers_AreLeftAlone) {
         EXPECT_EQ(RemoveAutostartEntry("Helper"), noErr);
         EXPECT_EQ(ReadWhole(fPath), foreign);
     }
-    std::filesystem::remove(fPath);
+    fs::remove(fPath);
     ASSERT_EQ(::mkfifo(fPath.c_str(), 0600), 0);
     EXPECT_EQ(WriteAutostartEntry("Helper", "/new"), noErr) << "a pipe would wait for its writer";
     EXPECT_EQ(RemoveAutostartEntry("Helper"), noErr);

@@ -6,18 +6,9 @@ namespace {
 
 class DesktopEntries : public ::testing::Test {
   protected:
-    DesktopEntries() {
-        // One folder, not a list of them: with a colon in its name its applications were not found.
-        setenv("XDG_DATA_HOME", fFolder.Path("ho:me").c_str(), 1);
-        setenv("XDG_DATA_DIRS", (fFolder.Path("one") + ":relative::" + fFolder.Path("two") + "/").c_str(), 1);
-    }
-    ~DesktopEntries() override {
-        unsetenv("XDG_DATA_HOME");
-        unsetenv("XDG_DATA_DIRS");
-    }
     [[nodiscard]] std::string Write(const std::string &name, const std::string &text) const {
         const std::string path = fFolder.Path(name);
-        std::filesystem::create_directories(std::filesystem::path(path).parent_path());
+        fs::create_directories(fs::path(path).parent_path());
         WriteWhole(path, text);
         return path;
     }
@@ -26,6 +17,9 @@ class DesktopEntries : public ::testing::Test {
     }
 
     ScratchFolder fFolder;
+    // One folder, not a list of them: with a colon in its name its applications were not found.
+    ScopedVariable fHome{"XDG_DATA_HOME", fFolder.Path("ho:me")};
+    ScopedVariable fShared{"XDG_DATA_DIRS", fFolder.Path("one") + ":relative::" + fFolder.Path("two") + "/"};
 };
 
 TEST_F(DesktopEntries, Names_FollowTheLanguage) {
@@ -104,13 +98,12 @@ TEST_F(DesktopEntries, InstalledApplications_TakeTheFirstOfEachId) {
     WriteEntry("two/applications/quiet.desktop", "quiet", "NoDisplay=true\n");
     WriteEntry("two/applications/c.desktop", "two c", "NoDisplay=false\n");
     WriteEntry("two/applications/other.txt", "no entry");
-    std::filesystem::create_directory_symlink(fFolder.Path("two/applications"),
-                                              fFolder.Path("two/applications/loop"));
+    fs::create_directory_symlink(fFolder.Path("two/applications"), fFolder.Path("two/applications/loop"));
     std::map<std::string, std::string> found;
     for (const DesktopEntry &entry : InstalledApplications("")) {
         if (entry.id.find("loop") == std::string::npos) {
             found[entry.id] = entry.name;
-            EXPECT_TRUE(std::filesystem::exists(entry.path));
+            EXPECT_TRUE(fs::exists(entry.path));
             EXPECT_EQ(entry.icon, entry.name == "home a" ? "pic" : "");
         }
     }
@@ -119,7 +112,7 @@ TEST_F(DesktopEntries, InstalledApplications_TakeTheFirstOfEachId) {
 }
 
 TEST_F(DesktopEntries, DefaultApplications_GoByTheFirstListThatNamesAnInstalledOne) {
-    setenv("XDG_CURRENT_DESKTOP", "Odd:Test", 1);
+    const ScopedVariable desktop("XDG_CURRENT_DESKTOP", "Odd:Test");
     WriteEntry("one/applications/web.desktop", "web",
                "Exec=web\nStartupWMClass=Web\nCategories=Network;WebBrowser;\n");
     WriteEntry("two/applications/kde/mail.desktop", "mail", "Exec=mail\n");
@@ -134,7 +127,6 @@ TEST_F(DesktopEntries, DefaultApplications_GoByTheFirstListThatNamesAnInstalledO
         EXPECT_EQ(FindDefaultApplication(type, &entry), *name != '\0') << type;
         EXPECT_EQ(entry.name, name) << type;
     }
-    unsetenv("XDG_CURRENT_DESKTOP");
     DesktopEntry entry;
     ASSERT_TRUE(FindDesktopEntry("web.desktop", "", &entry));
     EXPECT_EQ(entry.startupClass + entry.categories, "WebNetwork;WebBrowser;");

@@ -9,27 +9,17 @@ namespace drevix::test {
 namespace {
 
 TEST(FindResourceFolder, Folder_IsTheOneBesideTheProgramsFolder) {
-    const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe");
-    const std::filesystem::path there = program.parent_path().parent_path() / "share/drevix-settings";
+    const fs::path program = fs::read_symlink("/proc/self/exe");
+    const fs::path there = program.parent_path().parent_path() / "share/drevix-settings";
     FSRef found;
-    const bool exists = std::filesystem::is_directory(there);
+    const bool exists = fs::is_directory(there);
     EXPECT_EQ(FindResourceFolder(&found), exists ? noErr : fnfErr);
     EXPECT_EQ(found.path, exists ? there : "");
 }
 
-// The real disk, but for the keyboard's file.
-struct DiskWithKeyboardFile : ScopedDisk {
-    explicit DiskWithKeyboardFile(std::string path) : file(std::move(path)) {}
-    int Open(const char *path, int flags, mode_t mode) override {
-        return Disk::Open(std::string_view(path) == "/etc/default/keyboard" ? file.c_str() : path, flags,
-                          mode);
-    }
-    std::string file;
-};
-
 TEST(ConfiguredKeyboardLayout, Environment_GoesBeforeTheFile) {
     const ScratchFolder folder;
-    const DiskWithKeyboardFile disk(folder.Path("keyboard"));
+    const ExchangedFile disk("/etc/default/keyboard", folder.Path("keyboard"));
     const ScopedVariable variant("XKB_DEFAULT_VARIANT", "nodeadkeys");
     const auto layout = [](const std::string &wanted) {
         const ScopedVariable variable("XKB_DEFAULT_LAYOUT", wanted);

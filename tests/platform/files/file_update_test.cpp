@@ -9,65 +9,56 @@
 
 #include <poll.h>
 
-namespace drevix {
+namespace drevix::test {
 namespace {
 
-namespace fs = std::filesystem;
-using test::Lasts;
-using test::Put;
-using test::ReadWhole;
-using test::ScratchFolder;
-using test::UpdateFile;
-using test::WriteWhole;
-
-using Names = std::vector<std::string>;
-
-class FileUpdateBothWays : public testing::TestWithParam<UpdateMethod> {};
+class FileUpdateBothWays : public testing::TestWithParam<UpdateMethod> {
+  protected:
+    [[nodiscard]] Names Left() const { return ScratchFolder::Names(fScratch.Preferences()); }
+    const ScratchFolder fScratch;
+    const std::string fPath = fScratch.Path("config/f");
+};
 INSTANTIATE_TEST_SUITE_P(Methods, FileUpdateBothWays,
                          testing::Values(UpdateMethod::Replace, UpdateMethod::InPlace));
 
 TEST_P(FileUpdateBothWays, Committed_IsTheWholeNewFile) {
-    ScratchFolder scratch;
-    const std::string path = scratch.Preferences() + "/f";
-    EXPECT_EQ(UpdateFile(path, GetParam(), "first, which is longer"), noErr);
-    EXPECT_EQ(ReadWhole(path), "first, which is longer");
-    ::chmod(path.c_str(), 0640);
-    EXPECT_EQ(UpdateFile(path, GetParam(), "second"), noErr);
-    EXPECT_EQ(ReadWhole(path), "second");
-    EXPECT_EQ(fs::status(path).permissions(), fs::perms(0640));
-    EXPECT_EQ(ScratchFolder::Names(scratch.Preferences()), Names{"f"});
+    EXPECT_EQ(UpdateFile(fPath, GetParam(), "first, which is longer"), noErr);
+    EXPECT_EQ(ReadWhole(fPath), "first, which is longer");
+    ::chmod(fPath.c_str(), 0640);
+    EXPECT_EQ(UpdateFile(fPath, GetParam(), "second"), noErr);
+    EXPECT_EQ(ReadWhole(fPath), "second");
+    EXPECT_EQ(fs::status(fPath).permissions(), fs::perms(0640));
+    EXPECT_EQ(Left(), Names{"f"});
     EXPECT_EQ(OpenFileCount(), 0);
 }
 
 TEST_P(FileUpdateBothWays, Abandoned_LeavesWhatWas) {
-    ScratchFolder scratch;
-    const std::string path = scratch.Preferences() + "/f";
     {
         FileUpdate update;
-        ASSERT_EQ(update.Open(path, GetParam()), noErr);
+        ASSERT_EQ(update.Open(fPath, GetParam()), noErr);
         ASSERT_EQ(Put(update, "half"), noErr);
     }
-    EXPECT_EQ(ScratchFolder::Names(scratch.Preferences()), Names{});
-    WriteWhole(path, "old bytes");
+    EXPECT_EQ(Left(), Names{});
+    WriteWhole(fPath, "old bytes");
     {
         FileUpdate update;
-        ASSERT_EQ(update.Open(path, GetParam()), noErr);
+        ASSERT_EQ(update.Open(fPath, GetParam()), noErr);
         ASSERT_EQ(Put(update, "half, and longer than the old"), noErr);
-        EXPECT_EQ(update.Open(path, GetParam()), fBsyErr);
+        EXPECT_EQ(update.Open(fPath, GetParam()), fBsyErr);
     }
-    EXPECT_EQ(ReadWhole(path), "old bytes");
-    EXPECT_EQ(ScratchFolder::Names(scratch.Preferences()), Names{"f"});
+    EXPECT_EQ(ReadWhole(fPath), "old bytes");
+    EXPECT_EQ(Left(), Names{"f"});
 }
 
 TEST_P(FileUpdateBothWays, EveryFault_LeavesTheOldOrTheNewFileAndTheOldUnderTheNameAskedFor) {
-    test::ForEachFault(5, [](int failAt, Lasts lasts) {
-        ScratchFolder scratch;
-        const std::string path = scratch.Preferences() + "/f";
+    ForEachFault(5, {ENOSPC}, [](const FaultAt &fault) {
+        const ScratchFolder scratch;
+        const std::string path = scratch.Path("config/f");
         const std::string kept = scratch.Path("kept");
         WriteWhole(path, "old");
         OSErr status = noErr;
         OSErr oldKept = noErr;
-        const bool wasHit = test::MeetsFault(failAt, lasts, ENOSPC, [&] {
+        const bool wasHit = fault.Meets([&] {
             FileUpdate update;
             status = update.Open(path, GetParam());
             update.KeepOldAs(kept);
@@ -76,52 +67,49 @@ TEST_P(FileUpdateBothWays, EveryFault_LeavesTheOldOrTheNewFileAndTheOldUnderTheN
             oldKept = update.OldKept();
         });
         const std::string now = ReadWhole(path);
-        if (GetParam() == UpdateMethod::Replace || lasts == Lasts::Once) {
-            EXPECT_TRUE(now == "new" || (now == "old" && status == dskFulErr)) << failAt << now;
+        if (GetParam() == UpdateMethod::Replace || fault.lasts == Lasts::Once) {
+            EXPECT_TRUE(now == "new" || (now == "old" && status == dskFulErr)) << now;
         }
         if (now == "new") {
-            EXPECT_EQ(oldKept == noErr, fs::exists(kept)) << failAt;
+            EXPECT_EQ(oldKept == noErr, fs::exists(kept));
         } else if (GetParam() == UpdateMethod::Replace) {
-            EXPECT_FALSE(fs::exists(kept)) << failAt;
+            EXPECT_FALSE(fs::exists(kept));
         }
-        EXPECT_TRUE(!fs::exists(kept) || ReadWhole(kept) == "old") << failAt;
-        EXPECT_TRUE(!fs::exists(kept) || !fs::equivalent(kept, path)) << failAt;
-        EXPECT_TRUE(status == noErr || status == dskFulErr) << failAt;
+        EXPECT_TRUE(!fs::exists(kept) || ReadWhole(kept) == "old");
+        EXPECT_TRUE(!fs::exists(kept) || !fs::equivalent(kept, path));
+        EXPECT_TRUE(status == noErr || status == dskFulErr);
         EXPECT_TRUE(wasHit || status == noErr);
         EXPECT_EQ(OpenFileCount(), 0);
-        EXPECT_EQ(ScratchFolder::Names(scratch.Preferences()), Names{"f"}) << failAt;
+        EXPECT_EQ(ScratchFolder::Names(scratch.Preferences()), Names{"f"});
         return wasHit;
     });
 }
 
 TEST_P(FileUpdateBothWays, Links_StayLinks) {
-    ScratchFolder scratch;
-    const std::string folder = scratch.Path("real");
+    const std::string folder = fScratch.Path("real");
     fs::create_directory(folder);
-    fs::create_symlink("../real/f", scratch.Path("config/a"));
-    fs::create_symlink("a", scratch.Path("config/b"));
+    fs::create_symlink("../real/f", fScratch.Path("config/a"));
+    fs::create_symlink("a", fScratch.Path("config/b"));
     for (const char *text : {"made through a dangling link", "and changed"}) {
-        EXPECT_EQ(UpdateFile(scratch.Path("config/b"), GetParam(), text), noErr);
+        EXPECT_EQ(UpdateFile(fScratch.Path("config/b"), GetParam(), text), noErr);
         EXPECT_EQ(ReadWhole(folder + "/f"), text);
     }
-    EXPECT_TRUE(fs::is_symlink(scratch.Path("config/b")));
+    EXPECT_TRUE(fs::is_symlink(fScratch.Path("config/b")));
     EXPECT_EQ(ScratchFolder::Names(folder), Names{"f"});
-    fs::create_symlink("loop", scratch.Path("config/loop"));
-    EXPECT_EQ(UpdateFile(scratch.Path("config/loop"), GetParam(), ""), bdNamErr);
+    fs::create_symlink("loop", fScratch.Path("config/loop"));
+    EXPECT_EQ(UpdateFile(fScratch.Path("config/loop"), GetParam(), ""), bdNamErr);
 }
 
 TEST_P(FileUpdateBothWays, Pipe_StaysAndGetsTheBytes) {
-    ScratchFolder scratch;
-    const std::string path = scratch.Preferences() + "/pipe";
-    ASSERT_EQ(::mkfifo(path.c_str(), 0600), 0);
-    const SystemDescriptor reader(::open(path.c_str(), O_RDONLY | O_NONBLOCK));
-    EXPECT_EQ(UpdateFile(path, GetParam(), "text"), noErr);
+    ASSERT_EQ(::mkfifo(fPath.c_str(), 0600), 0);
+    const SystemDescriptor reader(::open(fPath.c_str(), O_RDONLY | O_NONBLOCK));
+    EXPECT_EQ(UpdateFile(fPath, GetParam(), "text"), noErr);
     char bytes[8] = {};
     EXPECT_EQ(::read(reader.Get(), bytes, sizeof bytes), 4);
-    EXPECT_TRUE(fs::is_fifo(path));
-    EXPECT_EQ(WriteSharedFile(path, "text"), -1) << "no device for a file that is shared";
+    EXPECT_TRUE(fs::is_fifo(fPath));
+    EXPECT_EQ(WriteSharedFile(fPath, "text"), -1) << "no device for a file that is shared";
     EXPECT_EQ(UpdateFile("", GetParam(), ""), bdNamErr);
-    EXPECT_EQ(UpdateFile(path + std::string("\0x", 2), GetParam(), ""), bdNamErr);
+    EXPECT_EQ(UpdateFile(fPath + std::string("\0x", 2), GetParam(), ""), bdNamErr);
 }
 
 TEST(FileUpdate, TwoWriters_TakeTurns) {
@@ -188,8 +176,7 @@ TEST(FileUpdate, PrivateFile_IsSoWhateverTheUmask) {
 }
 
 // Runs a check as a user without the superuser's rights, in a child, so that permissions count.
-template <typename Check>
-bool HoldsForAPlainUser(const Check &check) {
+bool HoldsForAPlainUser(const std::function<bool()> &check) {
     const pid_t child = ::fork();
     if (child == 0) {
         constexpr uid_t kNobody = 65534;
@@ -203,7 +190,7 @@ bool HoldsForAPlainUser(const Check &check) {
     return status == 0;
 }
 
-struct DiskWithoutLocks : test::ScopedDisk {
+struct DiskWithoutLocks : ScopedDisk {
     explicit DiskWithoutLocks(int reason) : error(reason) {}
     int Lock(int) override {
         errno = error;
@@ -355,4 +342,4 @@ TEST(KeepFileAside, Links_CountAsTheirFileAndNeverAsACopy) {
 }
 
 } // namespace
-} // namespace drevix
+} // namespace drevix::test

@@ -10,12 +10,8 @@
 
 #include <pwd.h>
 
-namespace drevix {
+namespace drevix::test {
 namespace {
-
-using test::FaultyDisk;
-using test::Lasts;
-using test::ScratchFolder;
 
 FSSpec SpecOf(std::int32_t folder, std::string_view name) {
     FSSpec spec = {kRootVolume, folder, {}};
@@ -36,13 +32,12 @@ TEST(FindFolder, Preferences_FollowTheDesktopsRules) {
     EXPECT_EQ(FindFolder(kOnSystemDisk, kPreferencesFolderType, kCreateFolder, &volume, &folder), noErr);
     EXPECT_EQ(PathFromSpec(SpecOf(folder, "x")), scratch.Path(".config/x"));
 
-    test::WriteWhole(scratch.Path("file"), "in the way");
+    WriteWhole(scratch.Path("file"), "in the way");
     ::setenv("XDG_CONFIG_HOME", scratch.Path("file").c_str(), 1);
     EXPECT_EQ(FindFolder(kOnSystemDisk, kPreferencesFolderType, kDontCreateFolder, &volume, &folder),
               dirNFErr);
     EXPECT_EQ(FindFolder(1, kPreferencesFolderType, kDontCreateFolder, &volume, &folder), nsvErr);
     EXPECT_EQ(FindFolder(kOnSystemDisk, FourCharCode("none"), kDontCreateFolder, &volume, &folder), fnfErr);
-    ::setenv("XDG_CONFIG_HOME", scratch.Preferences().c_str(), 1);
 }
 
 TEST(StateFolder, IsTheUsersWhateverTheEnvironment) {
@@ -83,7 +78,7 @@ TEST(FSSpec, Names_AreMacRomanWithTheOtherSystemsSeparator) {
 
 TEST(OpenFile, MarkAndEnd_BehaveAsOnThePlatform) {
     ScratchFolder scratch;
-    test::WriteWhole(scratch.Path("f"), "0123456789");
+    WriteWhole(scratch.Path("f"), "0123456789");
     FileRef file = 0;
     ASSERT_EQ(OpenFile(scratch.Path("f"), fsRdWrPerm, &file), noErr);
     std::int64_t length = 0;
@@ -117,7 +112,7 @@ TEST(OpenFile, MarkAndEnd_BehaveAsOnThePlatform) {
     transfer.ioPosOffset = -1;
     EXPECT_EQ(PBReadSync(&transfer), posErr);
     EXPECT_EQ(FSClose(file), noErr);
-    EXPECT_EQ(test::ReadWhole(scratch.Path("f")), "0123++") << "the mark moved back to the new end";
+    EXPECT_EQ(ReadWhole(scratch.Path("f")), "0123++") << "the mark moved back to the new end";
 }
 
 TEST(OpenFile, WhatCannotBe_HasItsStatus) {
@@ -130,7 +125,7 @@ TEST(OpenFile, WhatCannotBe_HasItsStatus) {
         EXPECT_EQ(OpenFile(path, fsRdPerm, &file), notAFileErr) << path;
     }
     EXPECT_EQ(OpenFile(scratch.Path() + std::string("/a\0b", 4), fsRdPerm, &file), bdNamErr);
-    test::WriteWhole(scratch.Path("f"), "text");
+    WriteWhole(scratch.Path("f"), "text");
     ASSERT_EQ(OpenFile(scratch.Path("f"), fsRdPerm, &file), noErr);
     char byte = 'x';
     IOParam transfer = {file, &byte, 1, 99, fsAtMark, 0};
@@ -176,7 +171,7 @@ TEST(OpenFile, WhatCannotBe_HasItsStatus) {
 }
 
 // Writes nothing and says no reason, for ever.
-struct LazyDisk : test::ScopedDisk {
+struct LazyDisk : ScopedDisk {
     ssize_t WriteAt(int /*fd*/, const void * /*bytes*/, std::size_t /*count*/, off_t /*offset*/) override {
         return 0;
     }
@@ -184,7 +179,7 @@ struct LazyDisk : test::ScopedDisk {
 
 TEST(Transfer, WriteOfNothing_IsAnError) {
     ScratchFolder scratch;
-    test::WriteWhole(scratch.Path("f"), "text");
+    WriteWhole(scratch.Path("f"), "text");
     const LazyDisk lazy;
     FileRef file = 0;
     ASSERT_EQ(OpenFile(scratch.Path("f"), fsRdWrPerm, &file), noErr);
@@ -197,7 +192,7 @@ TEST(Transfer, WriteOfNothing_IsAnError) {
 
 TEST(Transfer, ShortTransfers_AreContinuedAndErrorsMapped) {
     ScratchFolder scratch;
-    test::WriteWhole(scratch.Path("f"), "0123456789");
+    WriteWhole(scratch.Path("f"), "0123456789");
     for (const auto &[error, expected] : {std::pair{0, noErr}, {EINTR, noErr}, {ENOMEM, memFullErr}}) {
         FileRef file = 0;
         ASSERT_EQ(OpenFile(scratch.Path("f"), fsRdPerm, &file), noErr);
@@ -213,4 +208,4 @@ TEST(Transfer, ShortTransfers_AreContinuedAndErrorsMapped) {
 }
 
 } // namespace
-} // namespace drevix
+} // namespace drevix::test

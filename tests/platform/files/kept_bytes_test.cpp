@@ -5,20 +5,13 @@
 #include "tests/platform/files/updates.h"
 #include "tests/support/testing.h"
 
-namespace drevix {
+namespace drevix::test {
 namespace {
 
-namespace fs = std::filesystem;
-using test::Lasts;
-using test::ReadWhole;
-using test::ScratchFolder;
-using test::WriteWhole;
-
-using Names = std::vector<std::string>;
 using Writing = OSErr (*)(const std::string &path, const std::string &bytes);
 
 OSErr WriteAsExport(const std::string &path, const std::string &bytes) {
-    return test::UpdateFile(path, UpdateMethod::InPlace, bytes);
+    return UpdateFile(path, UpdateMethod::InPlace, bytes);
 }
 
 OSErr WriteAsHotKeys(const std::string &path, const std::string &bytes) {
@@ -60,31 +53,31 @@ TEST_P(KeptBytesTest, EveryFault_LeavesTheOldBytesWhereItIsSaid) {
     const std::string link = fScratch.Path("link");
     const std::string made = fScratch.Path("made");
     for (const Texts &texts : kTexts) {
-        test::ForEachFault(8, [&](int failAt, Lasts lasts) {
+        ForEachFault(8, {ENOSPC}, [&](const FaultAt &fault) {
             WriteWhole(fPath, texts.old);
             fs::remove(link);
             fs::create_hard_link(fPath, link); // the file itself is written
             fs::remove(made);
             OSErr status = noErr;
             OSErr madeStatus = noErr;
-            const bool wasHit = test::MeetsFault(failAt, lasts, ENOSPC, [&] {
+            const bool wasHit = fault.Meets([&] {
                 status = GetParam()(fPath, texts.bytes);
                 madeStatus = GetParam()(made, texts.bytes);
             });
-            EXPECT_TRUE(madeStatus == noErr || !fs::exists(made) || ReadWhole(made) == texts.bytes) << failAt;
-            EXPECT_TRUE(ReadWhole(link) == ReadWhole(fPath)) << failAt;
+            EXPECT_TRUE(madeStatus == noErr || !fs::exists(made) || ReadWhole(made) == texts.bytes);
+            EXPECT_TRUE(ReadWhole(link) == ReadWhole(fPath));
             EXPECT_EQ(OpenFileCount(), 0);
             const std::string kept = FindKeptCopy(fPath);
             if (kept.empty()) {
-                EXPECT_TRUE(ReadWhole(fPath) == (status == noErr ? texts.bytes : texts.old)) << failAt;
+                EXPECT_TRUE(ReadWhole(fPath) == (status == noErr ? texts.bytes : texts.old));
             } else {
                 EXPECT_NE(status, noErr);
-                EXPECT_TRUE(ReadWhole(kept) == texts.old) << failAt;
+                EXPECT_TRUE(ReadWhole(kept) == texts.old);
             }
             MendFilesCutShort();
             // Of a file that is whole, the last flush may be what failed.
             const bool isNew = ReadWhole(fPath) == texts.bytes;
-            EXPECT_TRUE(isNew ? status == noErr || !kept.empty() : ReadWhole(fPath) == texts.old) << failAt;
+            EXPECT_TRUE(isNew ? status == noErr || !kept.empty() : ReadWhole(fPath) == texts.old);
             ExpectNothingKept();
             return wasHit;
         });
@@ -94,21 +87,14 @@ TEST_P(KeptBytesTest, EveryFault_LeavesTheOldBytesWhereItIsSaid) {
 // The process dies before its n-th call, or in the middle of its n-th transfer.
 TEST_P(KeptBytesTest, Death_IsPutRightByTheNextProgram) {
     for (const Texts &texts : kTexts) {
-        for (const int error : {0, ENOSPC}) {
-            int result = 1;
-            for (int dieAt = 1; result != 0; ++dieAt) {
+        for (const Death death : {Death::HalfOfATransfer, Death::BeforeTheCall}) {
+            bool hasDied = true;
+            for (int call = 1; hasDied; ++call) {
                 WriteWhole(fPath, texts.old);
-                const pid_t child = ::fork();
-                if (child == 0) {
-                    test::FaultyDisk disk(dieAt, Lasts::Once, error);
-                    (error != 0 ? disk.onFault : disk.onHalf) = [] { ::_exit(1); };
-                    std::ignore = GetParam()(fPath, texts.bytes);
-                    ::_exit(disk.WasHit() ? 1 : 0);
-                }
-                ::waitpid(child, &result, 0);
+                hasDied = DiesAt(call, death, [&] { return GetParam()(fPath, texts.bytes) == noErr; });
                 MendFilesCutShort();
                 const std::string now = ReadWhole(fPath);
-                EXPECT_TRUE(now == texts.bytes || now == texts.old) << dieAt << " " << now.size();
+                EXPECT_TRUE(now == texts.bytes || now == texts.old) << call << " " << now.size();
                 ExpectNothingKept();
             }
             EXPECT_TRUE(ReadWhole(fPath) == texts.bytes);
@@ -118,6 +104,7 @@ TEST_P(KeptBytesTest, Death_IsPutRightByTheNextProgram) {
 
 // Leaves a file as a death in the middle of the writing does, with its kept copy.
 void CutShort(const std::string &path, const Texts &texts) {
+    WriteWhole(path, texts.old);
     const pid_t child = ::fork();
     if (child == 0) {
         KeptBytes kept;
@@ -143,7 +130,6 @@ TEST_F(KeptBytesTest, FileWrittenSince_IsLeftAloneAndItsCopyStays) {
     for (const Row &row :
          {Row{"of another", false, {".old"}}, Row{cut + "more", false, {".old"}}, Row{cut, true, {".old"}},
           Row{texts.old, false, {}}, Row{texts.bytes, false, {}}}) {
-        WriteWhole(fPath, texts.old);
         CutShort(fPath, texts);
         ASSERT_EQ(ReadWhole(fPath), cut);
         WriteWhole(row.isReplaced ? fScratch.Path("other") : fPath, row.now);
@@ -164,7 +150,6 @@ TEST_F(KeptBytesTest, FileWrittenSince_IsLeftAloneAndItsCopyStays) {
 
 // A note that makes no sense was never followed by a change of its file.
 TEST_F(KeptBytesTest, DamagedNotes_GoWithTheirCopies) {
-    WriteWhole(fPath, kTexts[0].old);
     CutShort(fPath, kTexts[0]);
     const std::string torn = ReadWhole(fPath);
     const std::string note = KeptFolder() + "/" + ScratchFolder::Names(KeptFolder()).back();
@@ -179,7 +164,7 @@ TEST_F(KeptBytesTest, DamagedNotes_GoWithTheirCopies) {
              {0, "00", true}, {24, "FF FF FF FF", true}, {32, "01", true}, {16, "01", false}}) {
         WriteWhole(kept, kTexts[0].old);
         std::string bytes = whole;
-        bytes.replace(row.offset, test::FromHex(row.hex).size(), test::FromHex(row.hex));
+        bytes.replace(row.offset, FromHex(row.hex).size(), FromHex(row.hex));
         WriteWhole(note, bytes);
         MendFilesCutShort();
         EXPECT_EQ(ReadWhole(fPath), torn);
@@ -197,7 +182,6 @@ TEST_F(KeptBytesTest, DamagedNotes_GoWithTheirCopies) {
 
 // What cannot be reached now may come back.
 TEST_F(KeptBytesTest, FileThatIsAway_IsMendedWhenItIsBack) {
-    WriteWhole(fPath, kTexts[0].old);
     CutShort(fPath, kTexts[0]);
     fs::rename(fPath, fScratch.Path("away"));
     MendFilesCutShort();
@@ -208,7 +192,7 @@ TEST_F(KeptBytesTest, FileThatIsAway_IsMendedWhenItIsBack) {
 }
 
 // Shows files as they will be after so many days.
-struct LaterDisk : test::ScopedDisk {
+struct LaterDisk : ScopedDisk {
     explicit LaterDisk(int days) : seconds(days * 86400) {}
     int StatusAt(const char *path, struct stat *status) override {
         const int result = Disk::StatusAt(path, status);
@@ -224,13 +208,11 @@ TEST_F(KeptBytesTest, CopiesOfNoUse_GoAfterAMonth) {
         MendFilesCutShort();
         return ScratchFolder::Names(KeptFolder()).size();
     };
-    WriteWhole(fPath, kTexts[0].old);
     CutShort(fPath, kTexts[0]);
     WriteWhole(fPath, "of another");
     EXPECT_EQ(countAfter(0), 1U);
     EXPECT_EQ(countAfter(30), 1U);
     EXPECT_EQ(countAfter(32), 0U);
-    WriteWhole(fPath, kTexts[0].old);
     CutShort(fPath, kTexts[0]);
     fs::remove(fPath);
     EXPECT_EQ(countAfter(30), 2U);
@@ -248,4 +230,4 @@ TEST_P(KeptBytesTest, NoRoomForTheCopy_TouchesNothing) {
 }
 
 } // namespace
-} // namespace drevix
+} // namespace drevix::test

@@ -3,14 +3,8 @@
 
 #include <sys/ioctl.h>
 
-namespace drevix {
+namespace drevix::test {
 namespace {
-
-using test::FaultyDisk;
-using test::Lasts;
-using test::ReadWhole;
-using test::ScratchFolder;
-using test::UpdateFile;
 
 // Linux's fs/ext4/ext4.h: stops the file system at once; with this flag the journal is not flushed first.
 constexpr unsigned long kExt4Shutdown = _IOR('X', 125, std::uint32_t);
@@ -24,7 +18,7 @@ int Run(const std::string &command) {
 class LoopMount {
   public:
     explicit LoopMount(const std::string &folder) : fImage(folder + "/image"), fPoint(folder + "/mounted") {
-        std::filesystem::create_directory(fPoint);
+        fs::create_directory(fPoint);
         fReady = Run("truncate -s 16M " + fImage) == 0 && Run("mkfs.ext4 -q -F " + fImage) == 0 && Mount();
     }
     LoopMount(const LoopMount &) = delete;
@@ -94,4 +88,4 @@ TEST(PowerCut, AtEveryCall_LeavesTheOldOrTheNewFile) {
 }
 
 } // namespace
-} // namespace drevix
+} // namespace drevix::test

@@ -6,7 +6,6 @@
 
 #include <array>
 #include <cstdarg>
-#include <fstream>
 #include <linux/input.h>
 #include <sys/ioctl.h>
 #include <sys/syscall.h>
@@ -195,16 +194,16 @@ TEST(InputDevices, ThatCome_AreToldWhateverHappensToTheirFolder) {
     const std::string input = folder.Path("input");
     InputDevices devices(input);
     EXPECT_TRUE(devices.TakeNew().empty());
-    std::filesystem::create_directory(input);
+    fs::create_directory(input);
     WriteWhole(input + "/event3", ""); // before anyone has looked
     EXPECT_EQ(devices.TakeNew().at(0), input + "/event3");
     WriteWhole(input + "/mouse0", "");
     EXPECT_TRUE(devices.TakeNew().empty());
-    std::filesystem::permissions(input + "/event3", std::filesystem::perms::owner_read);
+    fs::permissions(input + "/event3", fs::perms::owner_read);
     EXPECT_EQ(devices.TakeNew().at(0), input + "/event3");
-    std::filesystem::remove_all(input);
+    fs::remove_all(input);
     EXPECT_TRUE(devices.TakeNew().empty());
-    std::filesystem::create_directory(input);
+    fs::create_directory(input);
     WriteWhole(input + "/event12", "");
     EXPECT_EQ(devices.TakeNew().at(0), input + "/event12");
     // One that comes while the kernel's queue is full.

@@ -1,8 +1,6 @@
 #include "platform/plist/json.h"
 #include "tests/platform/plist/property_list_support.h"
 
-#include <gtest/gtest.h>
-
 namespace drevix {
 namespace {
 

@@ -35,6 +35,15 @@ inline ReadOutcome ParseList(std::string_view bytes) {
     });
 }
 
+// What reading a list of one element gave: this text of it, or with null a refusal.
+inline void ExpectElement(const ReadOutcome &outcome, const char *written) {
+    EXPECT_EQ(outcome.status, written == nullptr ? -1 : noErr) << outcome.problem.text;
+    EXPECT_EQ(outcome.problem.text.empty(), written != nullptr);
+    if (written != nullptr) {
+        EXPECT_THAT(outcome.Text(), testing::HasSubstr("<array>\n\t" + std::string(written) + "\n</array>"));
+    }
+}
+
 struct RootOutcome {
     OSErr status;
     PropertyList root;

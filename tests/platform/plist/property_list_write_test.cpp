@@ -1,21 +1,14 @@
 #include "platform/files/files.h"
 #include "tests/platform/plist/property_list_support.h"
-#include "tests/support/testing.h"
 
 #include <limits>
 
-namespace drevix {
+namespace drevix::test {
 namespace {
-
-using test::FaultyDisk;
-using test::Lasts;
-using test::ReadList;
-using test::ScratchFolder;
-using test::WriteList;
 
 // More than the writer keeps before it writes.
 PropertyListArray LongList() {
-    PropertyListArray list = test::EveryValue();
+    PropertyListArray list = EveryValue();
     list.emplace_back(std::string(200'000, 'x'));
     list.emplace_back(std::string(100'000, 'y'));
     return list;
@@ -45,27 +38,27 @@ TEST(WriteList, WhatXmlCannotHold_IsReplaced) {
         {"\U0010FFFF\uD7FF\uE000", "\U0010FFFF\uD7FF\uE000"},
     };
     for (const auto &[text, expected] : rows) {
-        const test::ReadOutcome back = test::ParseList(PropertyListArrayText({PropertyList(text)}));
+        const ReadOutcome back = ParseList(PropertyListArrayText({PropertyList(text)}));
         ASSERT_EQ(back.status, noErr) << back.problem.text;
         EXPECT_EQ(*back.elements.at(0).As<std::string>(), expected);
     }
     const PropertyListDate never{std::numeric_limits<double>::quiet_NaN()};
-    EXPECT_EQ(test::ParseList(PropertyListArrayText({PropertyList(never)})).status, noErr);
+    EXPECT_EQ(ParseList(PropertyListArrayText({PropertyList(never)})).status, noErr);
 }
 
 TEST(WriteList, OtherReaders_ReadTheSameValues) {
     ScratchFolder scratch;
     const std::string path = scratch.Path("list");
-    ASSERT_EQ(WriteList(path, test::EveryValue()), noErr);
-    EXPECT_TRUE(test::RunsInPython(scratch,
-                                   std::string(test::kEveryValueInPython) +
-                                       "import plistlib, sys\n"
-                                       "with open(sys.argv[1], 'rb') as file:\n"
-                                       "    read = plistlib.load(file)\n"
-                                       "for a, b in zip(values, read):\n"
-                                       "    assert a == b and type(a) == type(b), (a, b)\n"
-                                       "assert values == read\n",
-                                   path));
+    ASSERT_EQ(WriteList(path, EveryValue()), noErr);
+    EXPECT_TRUE(RunsInPython(scratch,
+                             std::string(kEveryValueInPython) +
+                                 "import plistlib, sys\n"
+                                 "with open(sys.argv[1], 'rb') as file:\n"
+                                 "    read = plistlib.load(file)\n"
+                                 "for a, b in zip(values, read):\n"
+                                 "    assert a == b and type(a) == type(b), (a, b)\n"
+                                 "assert values == read\n",
+                             path));
 }
 
 TEST(WriteList, Unfinished_IsUndone) {
@@ -91,18 +84,17 @@ TEST(ReadList, AnyFault_HasItsStatusAndLeavesNoFileOpen) {
     ScratchFolder scratch;
     const std::string path = scratch.Path("list");
     ASSERT_EQ(WriteList(path, LongList()), noErr);
-    const auto run = [&](int failAt, Lasts lasts) {
-        FaultyDisk faults(failAt, lasts, EIO);
-        const test::ReadOutcome outcome = ReadList(path);
+    ForEachFault(5, {EIO}, [&](const FaultAt &fault) {
+        ReadOutcome outcome;
+        const bool wasHit = fault.Meets([&] { outcome = ReadList(path); });
         EXPECT_EQ(OpenFileCount(), 0);
-        EXPECT_EQ(outcome.status, faults.WasHit() ? ioErr : noErr) << failAt;
-        EXPECT_EQ(outcome.problem.text, faults.WasHit() ? StatusText(ioErr) : "");
-        return faults.WasHit();
-    };
-    test::ForEachFault(5, run, {Lasts::ForEver});
+        EXPECT_EQ(outcome.status, wasHit ? ioErr : noErr);
+        EXPECT_EQ(outcome.problem.text, wasHit ? StatusText(ioErr) : "");
+        return wasHit;
+    });
     EXPECT_EQ(ReadList(scratch.Path("none")).status, fnfErr);
     EXPECT_EQ(ReadList(scratch.Path()).status, notAFileErr);
 }
 
 } // namespace
-} // namespace drevix
+} // namespace drevix::test

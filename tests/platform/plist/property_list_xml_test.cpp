@@ -1,16 +1,11 @@
 #include "tests/platform/plist/property_list_support.h"
-#include "tests/support/testing.h"
 
 #include <new>
 #include <sys/mman.h>
 
-namespace drevix {
+namespace drevix::test {
 namespace {
 
-using test::ParseList;
-using test::ParseRoot;
-using test::ReadList;
-using test::XmlList;
 using testing::HasSubstr;
 
 struct DamagedFile {
@@ -62,27 +57,22 @@ constexpr DamagedFile kDamagedFiles[] = {
 TEST(XmlList, DamagedFiles_AreRefusedWithLineAndReason) {
     const std::string folder = DREVIX_TEST_DATA "/property_lists/";
     for (const DamagedFile &damaged : kDamagedFiles) {
-        const test::ReadOutcome outcome = ReadList(folder + damaged.name + ".plist");
+        const ReadOutcome outcome = ReadList(folder + damaged.name + ".plist");
         EXPECT_EQ(outcome.status, -1) << damaged.name;
         EXPECT_EQ(outcome.problem.line, damaged.line) << damaged.name;
         EXPECT_THAT(outcome.problem.text, HasSubstr(damaged.text)) << damaged.name;
         EXPECT_FALSE(outcome.problem.text.empty()) << damaged.name;
         EXPECT_EQ(outcome.elements.size(), damaged.elementsBefore) << damaged.name;
     }
-    const auto files =
-        std::ranges::count_if(std::filesystem::directory_iterator(folder),
-                              [](const auto &entry) { return entry.path().extension() == ".plist"; });
+    const auto files = std::ranges::count_if(fs::directory_iterator(folder), [](const auto &entry) {
+        return entry.path().extension() == ".plist";
+    });
     EXPECT_EQ(files, std::ssize(kDamagedFiles)) << "a file is in no row";
 }
 
-// An element's text and what the writer makes of the value; null for text that is refused.
-struct ElementRow {
-    const char *text;
-    const char *written;
-};
-
+// Elements' texts and what the writer makes of the values; null for text that is refused.
 // clang-format off
-constexpr ElementRow kElements[] = {
+constexpr std::pair<const char *, const char *> kElements[] = {
     {"<integer>\n\t- 007 </integer>",            "<integer>-7</integer>"},
     {"<integer>0xFF</integer>",                  "<integer>255</integer>"},
     {"<integer>-0Xff</integer>",                 "<integer>-255</integer>"},
@@ -125,13 +115,11 @@ constexpr ElementRow kElements[] = {
 // clang-format on
 
 TEST(XmlList, Elements_AreReadStrictlyAndWrittenPlainly) {
-    for (const ElementRow &row : kElements) {
-        const test::ReadOutcome outcome = ParseList(XmlList(row.text));
-        EXPECT_EQ(outcome.status, row.written == nullptr ? -1 : noErr) << row.text;
+    for (const auto &[text, written] : kElements) {
+        SCOPED_TRACE(text);
+        const ReadOutcome outcome = ParseList(XmlList(text));
+        ExpectElement(outcome, written);
         EXPECT_TRUE(std::ranges::all_of(outcome.problem.text, [](char c) { return c >= ' ' && c <= '~'; }));
-        if (row.written != nullptr) {
-            EXPECT_THAT(outcome.Text(), HasSubstr("<array>\n\t" + std::string(row.written) + "\n</array>"));
-        }
     }
 }
 
@@ -195,7 +183,7 @@ TEST(XmlList, TooLargeList_IsRefusedUnread) {
     void *const memory =
         ::mmap(nullptr, kSize, PROT_READ, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
     ASSERT_NE(memory, MAP_FAILED);
-    const test::ReadOutcome outcome = ParseList({static_cast<const char *>(memory), kSize});
+    const ReadOutcome outcome = ParseList({static_cast<const char *>(memory), kSize});
     ::munmap(memory, kSize);
     EXPECT_EQ(outcome.status, -1);
     EXPECT_THAT(outcome.problem.text, HasSubstr("larger than 2 GB"));
@@ -203,26 +191,23 @@ TEST(XmlList, TooLargeList_IsRefusedUnread) {
 
 // Roots of any kind are read whole, in both formats, and written again as the same.
 TEST(RootList, AnyRoot_IsReadWhole) {
-    struct Row {
-        const char *root;
-        const char *problem; // null for a root that is read
-    };
-    static constexpr Row kRows[] = {
+    static constexpr std::pair<const char *, const char *> kRows[] = {
+        // A root, and why it is refused; null for one that is read.
         {"<dict>\n\t<key>d</key>\n\t<date>2024-02-29T23:59:59Z</date>\n</dict>\n", nullptr},
         {"<array>\n\t<dict/>\n\t<array/>\n</array>\n", nullptr},
         {"<dict/>\n<dict/>\n", "more than one root"},
         {"", "it holds no value"},
     };
-    for (const Row &row : kRows) {
+    for (const auto &[root, problem] : kRows) {
         const std::string text = PropertyListText(PropertyList(true));
         const std::size_t at = text.find("<true/>");
-        const std::string list = text.substr(0, at) + row.root + "</plist>\n";
-        const test::RootOutcome outcome = ParseRoot(list);
-        EXPECT_EQ(outcome.status, row.problem == nullptr ? noErr : -1) << row.root;
+        const std::string list = text.substr(0, at) + root + "</plist>\n";
+        const RootOutcome outcome = ParseRoot(list);
+        EXPECT_EQ(outcome.status, problem == nullptr ? noErr : -1) << root;
         EXPECT_EQ(PropertyListText(outcome.root),
-                  row.problem == nullptr ? list : PropertyListText(PropertyList(false)))
+                  problem == nullptr ? list : PropertyListText(PropertyList(false)))
             << "set on success only";
-        EXPECT_THAT(outcome.problem.text, HasSubstr(row.problem == nullptr ? "" : row.problem));
+        EXPECT_THAT(outcome.problem.text, HasSubstr(problem == nullptr ? "" : problem));
     }
 }
 
@@ -243,4 +228,4 @@ TEST(XmlList, Handler_MayStopOrRunOutOfMemory) {
 }
 
 } // namespace
-} // namespace drevix
+} // namespace drevix::test

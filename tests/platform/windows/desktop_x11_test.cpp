@@ -4,7 +4,6 @@
 #include "tests/support/testing.h"
 
 #include <array>
-#include <chrono>
 #include <csignal>
 #include <memory>
 #include <poll.h>
@@ -230,8 +229,7 @@ TEST_F(DesktopX11, Wheel_TurnsInWhatIsUnderThePointer) {
 TEST_F(DesktopX11, Requests_GoToTheWindowManager) {
     const struct {
         WindowRequest request;
-        const char *needed;
-        const char *message;
+        const char *needed, *message;
         bool isToWindow;
         std::uint32_t first;
     } rows[] = {

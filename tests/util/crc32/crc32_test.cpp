@@ -129,18 +129,17 @@ struct OpenScratchFile {
 };
 
 TEST(CalcFileCRC32, Forks_AreTakenUpInChunksLessTheResourceForksReservedBytes) {
-    struct Row {
+    const struct {
         std::size_t length;
         bool isResourceFork;
         std::size_t skippedFrom, skippedTo; // the bytes left out
         int calls;                          // of the callback, with an interval of 0
-    };
-    const Row rows[] = {
+    } rows[] = {
         {0, true, 0, 0, 0},      {15, true, 0, 0, 1},       {16, true, 16, 16, 0},
         {256, true, 16, 256, 0}, {257, true, 16, 256, 1},   {32768, false, 0, 0, 1},
         {32769, false, 0, 0, 2}, {33024, true, 16, 256, 1}, {33025, true, 16, 256, 2},
     };
-    for (const Row &row : rows) {
+    for (const auto &row : rows) {
         SCOPED_TRACE(row.length);
         const OpenScratchFile scratch(row.length);
         const std::span<const std::uint8_t> bytes(scratch.bytes);
@@ -173,16 +172,15 @@ TEST(CalcFileCRC32, CancelledOrFailing_HasItsStatusAndOutputs) {
     EXPECT_EQ(gCalls, 2);
     EXPECT_TRUE(crc == 0 && sum == 0);
     // The length comes first, so its failure leaves the outputs; a later one sets them to 0.
-    const auto run = [&](int failAt, Lasts lasts) {
+    ForEachFault(4, {EIO}, [&](const FaultAt &fault) {
         crc = 5;
         sum = 6;
-        FaultyDisk faults(failAt, lasts, EIO);
-        const OSErr status = calculate(scratch.file);
-        EXPECT_EQ(status, faults.WasHit() ? ioErr : noErr) << failAt;
-        EXPECT_TRUE(status == noErr || (failAt == 1 ? crc == 5 && sum == 6 : crc == 0 && sum == 0)) << failAt;
-        return faults.WasHit();
-    };
-    ForEachFault(4, run, {Lasts::Once});
+        OSErr status = noErr;
+        const bool wasHit = fault.Meets([&] { status = calculate(scratch.file); });
+        EXPECT_EQ(status, wasHit ? ioErr : noErr);
+        EXPECT_TRUE(!wasHit || (fault.call == 1 ? crc == 5 && sum == 6 : crc == 0 && sum == 0));
+        return wasHit;
+    });
 }
 
 TEST(CalcSpecCRC32, Forks_GiveTheFirstFailureAndKeepWhatWasTakenUp) {

@@ -1,7 +1,6 @@
 // Alias files: what they say of each kind of item, and that a failure leaves none behind.
 
 #include "platform/catalog/named_files.h"
-#include "tests/support/testing.h"
 #include "tests/util/items/items.h"
 #include "util/crc32/crc32.h"
 #include "util/items/alias_record.h"
@@ -16,7 +15,7 @@ class AliasFile : public ItemsTest {
         AppleDouble appleDouble;
         std::vector<Resource> icons;
         for (const OSType type : types) {
-            icons.push_back({type, kCustomIconID, "", Code(type) + " of " + path});
+            icons.push_back({type, kCustomIconID, "", SignatureText(type) + " of " + path});
         }
         icons.push_back({FourCharCode("ICN#"), 128, "", "not this"});
         EXPECT_EQ(ResourceForkBytes(icons, &appleDouble.resourceFork), noErr);
@@ -26,56 +25,43 @@ class AliasFile : public ItemsTest {
 };
 
 TEST_F(AliasFile, KindsOfItem_GiveTypeAndCreator) {
-    ::setenv("XDG_DATA_HOME", fScratch.Path("data").c_str(), 1);
+    const ScopedVariable data("XDG_DATA_HOME", fScratch.Path("data"));
     for (const char *folder : {"folder", "data/Trash/files", "far/applications", "far/startup"}) {
-        std::filesystem::create_directories(fScratch.Path(folder));
+        fs::create_directories(fScratch.Path(folder));
     }
     // Special folders that are links were taken for plain ones.
-    std::filesystem::create_directory_symlink(fScratch.Path("far/applications"),
-                                              fScratch.Path("data/applications"));
-    std::filesystem::create_directory_symlink(fScratch.Path("far/startup"),
-                                              fScratch.Path("config/autostart"));
-    std::filesystem::create_directory_symlink(fScratch.Path("folder"), fScratch.Path("link"));
+    fs::create_directory_symlink(fScratch.Path("far/applications"), fScratch.Path("data/applications"));
+    fs::create_directory_symlink(fScratch.Path("far/startup"), fScratch.Path("config/autostart"));
+    fs::create_directory_symlink(fScratch.Path("folder"), fScratch.Path("link"));
     ::chmod(File("script", "#!/bin/sh\n").c_str(), 0755);
     ::chmod(File("picture").c_str(), 0755); // as every file on a disk without modes
     File("org.example.desktop");
     SetInfo(File("typed"), {FourCharCode("TEXT"), FourCharCode("ttxt"), 0x0008});
     ASSERT_EQ(::mkfifo(fScratch.Path("pipe").c_str(), 0600), 0);
-    struct Row {
-        const char *item;
-        const char *codes; // type and creator
+    static constexpr std::pair<const char *, const char *> kItems[] = {
+        // clang-format off
+        {"script", "adrp????"},            {"org.example.desktop", "adrp????"}, {"picture", "????????"},
+        {"typed", "TEXTttxt"},             {"pipe", "????????"},                {"link", "slnkrhap"},
+        {"folder", "fdrpMACS"},            {"data/Trash/files", "trshMACS"},    {"config", "fapfMACS"},
+        {"data/applications", "slnkrhap"}, {"far/applications", "faamMACS"},    {"far/startup", "fastMACS"},
+        // clang-format on
     };
-    for (const Row &row : std::initializer_list<Row>{
-             {"script", "adrp????"},
-             {"org.example.desktop", "adrp????"},
-             {"picture", "????????"},
-             {"typed", "TEXTttxt"},
-             {"pipe", "????????"},
-             {"link", "slnkrhap"},
-             {"folder", "fdrpMACS"},
-             {"data/Trash/files", "trshMACS"},
-             {"data/applications", "slnkrhap"},
-             {"far/applications", "faamMACS"},
-             {"config", "fapfMACS"},
-             {"far/startup", "fastMACS"},
-         }) {
-        const Made made = MakeAlias(fScratch.Path(row.item));
-        EXPECT_EQ(made.status, noErr) << row.item;
-        EXPECT_EQ(Code(made.info.fdType) + Code(made.info.fdCreator), row.codes) << row.item;
-        EXPECT_EQ(made.info.fdFlags, kIsAlias) << row.item;
-        EXPECT_EQ(made.resources.size(), 1U) << row.item;
-        EXPECT_EQ(std::filesystem::read_symlink(Item("alias")), fScratch.Path(row.item));
+    for (const auto &[item, codes] : kItems) {
+        const Made made = MakeAlias(fScratch.Path(item));
+        EXPECT_EQ(made.status, noErr) << item;
+        EXPECT_EQ(SignatureText(made.info.fdType) + SignatureText(made.info.fdCreator), codes) << item;
+        EXPECT_EQ(made.info.fdFlags, kIsAlias) << item;
+        EXPECT_EQ(made.resources.size(), 1U) << item;
+        EXPECT_EQ(fs::read_symlink(Item("alias")), fScratch.Path(item));
         EXPECT_EQ(FSpDelete(Spec(Item("alias"))), noErr);
-        EXPECT_EQ(ScratchFolder::Names(ItemsFolder()).size(), 0U);
+        EXPECT_EQ(ItemNames().size(), 0U);
     }
-    ::unsetenv("XDG_DATA_HOME");
 }
 
 TEST_F(AliasFile, Volumes_AreDisksOrServersWithTheBuiltInIcon) {
-    std::filesystem::create_directory(fScratch.Path("disk"));
+    fs::create_directory(fScratch.Path("disk"));
     struct Row {
-        const char *fileSystem;
-        const char *type;
+        const char *fileSystem, *type;
         std::int16_t kind;
     };
     for (const Row &row : std::initializer_list<Row>{
@@ -89,7 +75,8 @@ TEST_F(AliasFile, Volumes_AreDisksOrServersWithTheBuiltInIcon) {
         EXPECT_EQ(GetDiskType(Spec("/media/Data").vRefNum, &kind), noErr);
         EXPECT_EQ(kind, row.kind) << row.fileSystem;
         const Made made = MakeAlias("/media/Data");
-        EXPECT_EQ(Code(made.info.fdType) + Code(made.info.fdCreator), row.type) << row.fileSystem;
+        EXPECT_EQ(SignatureText(made.info.fdType) + SignatureText(made.info.fdCreator), row.type)
+            << row.fileSystem;
         EXPECT_EQ(made.info.fdFlags, 0x8400);
         ASSERT_EQ(made.resources.size(), 2U);
         std::uint32_t crc = 0; // that of the published picture
@@ -111,8 +98,8 @@ TEST_F(AliasFile, CustomIcons_AreTakenWhereTheBitSaysSo) {
     const OSType kSmall = FourCharCode("ics#");
     GiveIcon(File("pictured"), {kUnknownType, kUnknownType, kHasCustomIcon}, {kSmall, kLarge});
     GiveIcon(File("without bit"), {kUnknownType, kUnknownType, 0}, {kLarge});
-    std::filesystem::create_directories(fScratch.Path("folder"));
-    std::filesystem::create_directories(fScratch.Path("disk"));
+    fs::create_directories(fScratch.Path("folder"));
+    fs::create_directories(fScratch.Path("disk"));
     SetInfo(fScratch.Path("folder"), {0, 0, kHasCustomIcon});
     GiveIcon(fScratch.Path("folder/Icon\r"), {0, 0, 0}, {kLarge});
     GiveIcon(fScratch.Path("disk/Icon\r"), {0, 0, 0}, {kSmall});
@@ -137,7 +124,8 @@ TEST_F(AliasFile, CustomIcons_AreTakenWhereTheBitSaysSo) {
         ASSERT_EQ(made.resources.size(), 1 + row.types.size()) << row.item;
         for (std::size_t i = 0; i < row.types.size(); ++i) {
             EXPECT_EQ(made.resources[i + 1].type, row.types[i]) << row.item;
-            EXPECT_TRUE(made.resources[i + 1].data.starts_with(Code(row.types[i]) + " of ")) << row.item;
+            EXPECT_TRUE(made.resources[i + 1].data.starts_with(SignatureText(row.types[i]) + " of "))
+                << row.item;
         }
     }
     // A volume's own icon stands in the place of the built-in one.
@@ -156,31 +144,31 @@ TEST_F(AliasFile, CustomIcons_AreTakenWhereTheBitSaysSo) {
 TEST_F(AliasFile, EveryFault_LeavesNothingBehind) {
     GiveIcon(File("item"), {kUnknownType, kUnknownType, kHasCustomIcon}, {FourCharCode("icl8")});
     File("config/com.halcyra.drevix.stuff/other");
-    ForEachFault(30, [&](int failAt, Lasts lasts) {
+    ForEachFault(30, {ENOSPC}, [&](const FaultAt &fault) {
         const FSSpec item = Spec(fScratch.Path("item"));
         const FSSpec alias = Spec(Item("alias"));
         OSErr status = noErr;
-        const bool wasHit = MeetsFault(failAt, lasts, ENOSPC, [&] { status = CreateAliasFile(item, alias); });
+        const bool wasHit = fault.Meets([&] { status = CreateAliasFile(item, alias); });
         EXPECT_TRUE(wasHit || status == noErr);
         AppleDouble appleDouble;
         if (status == noErr) { // a missing icon, an AppleDouble file's flush on a file system without it
-            EXPECT_EQ(ReadAppleDouble(Item("alias"), &appleDouble), noErr) << failAt;
-            EXPECT_EQ(GetFInfo(appleDouble).fdFlags & kIsAlias, kIsAlias) << failAt;
+            EXPECT_EQ(ReadAppleDouble(Item("alias"), &appleDouble), noErr);
+            EXPECT_EQ(GetFInfo(appleDouble).fdFlags & kIsAlias, kIsAlias);
             EXPECT_EQ(FSpDelete(alias), noErr);
         }
-        if (lasts == Lasts::ForEver) {
+        if (fault.lasts == Lasts::ForEver) {
             // Where the disk stays broken the AppleDouble file may stay, but never a link without it.
-            EXPECT_FALSE(std::filesystem::is_symlink(Item("alias"))) << failAt;
-            std::filesystem::remove(Item("._alias"));
+            EXPECT_FALSE(fs::is_symlink(Item("alias")));
+            fs::remove(Item("._alias"));
         }
-        EXPECT_EQ(ScratchFolder::Names(ItemsFolder()), std::vector<std::string>{"other"}) << failAt;
+        EXPECT_EQ(ItemNames(), Names{"other"});
         return wasHit;
     });
 }
 
 TEST_F(AliasFile, TakenNamesAndMissingItems_AreRefusedWithoutATrace) {
     const std::string item = File("item");
-    std::filesystem::create_directories(ItemsFolder());
+    fs::create_directories(ItemsFolder());
     WriteWhole(Item("taken"), "mine");
     WriteWhole(Item("._foreign"), "not AppleDouble");
     EXPECT_EQ(CreateAliasFile(Spec(item), Spec(Item("taken"))), dupFNErr);
@@ -190,13 +178,13 @@ TEST_F(AliasFile, TakenNamesAndMissingItems_AreRefusedWithoutATrace) {
     EXPECT_EQ(CreateAliasFile(Spec(item), Spec(Item("new"))), -5551);
     gAFAliasAndFSSAvailable = -1;
     EXPECT_EQ(AliasesAvailable(), 1);
-    EXPECT_EQ(ScratchFolder::Names(ItemsFolder()), (std::vector<std::string>{"._foreign", "taken"}));
+    EXPECT_EQ(ItemNames(), (std::vector<std::string>{"._foreign", "taken"}));
     EXPECT_EQ(ReadWhole(Item("taken")), "mine");
 }
 
 // The example of docs/items-folder.md.
 TEST_F(AliasFile, AliasRecord_HasThePublishedLayout) {
-    std::filesystem::create_directories(fScratch.Path("disk/Notes"));
+    fs::create_directories(fScratch.Path("disk/Notes"));
     WriteWhole(fScratch.Path("disk/Notes/Letter.txt"), "x");
     SetInfo(fScratch.Path("disk/Notes/Letter.txt"), {FourCharCode("TEXT"), FourCharCode("ttxt"), 0});
     const PretendDisk disk(fScratch, fScratch.Path("disk"), "ext4");
@@ -223,14 +211,13 @@ TEST_F(AliasFile, IndependentReader_ReadsWhatWasMade) {
     GiveIcon(path, {FourCharCode("TEXT"), FourCharCode("ttxt"), kHasCustomIcon},
              {FourCharCode("ICN#"), FourCharCode("icl4")});
     ASSERT_EQ(MakeAlias(path, "Fl\u00FCge.txt").status, noErr);
-    const auto reader =
-        std::filesystem::path(DREVIX_TEST_DATA).parent_path() / "util" / "items" / "read_alias.py";
+    const auto reader = fs::path(DREVIX_TEST_DATA).parent_path() / "util" / "items" / "read_alias.py";
     const std::string output = fScratch.Path("output");
     EXPECT_EQ(std::system(("/usr/bin/python3 " + reader.string() + " '" + Item("Fl\u00FCge.txt") + "' >'" +
                            output + "'")
                               .c_str()),
               0);
-    const std::string folder = std::filesystem::path(path).parent_path().filename();
+    const std::string folder = fs::path(path).parent_path().filename();
     const std::string iconSize = std::to_string(8 + path.size());
     EXPECT_EQ(ReadWhole(output), "leads to " + path + "\ntype TEXT creator ttxt flags 0x8400\n" +
                                      "alis 0 'Fl\u00FCge.txt': file Fl\u00FCge.txt TEXT ttxt in " + folder +

@@ -5,6 +5,7 @@
 #include "platform/catalog/named_files.h"
 #include "platform/catalog/resource_file.h"
 #include "platform/files/disk.h"
+#include "settings/app_prefs.h"
 #include "tests/support/testing.h"
 #include "util/items/alias_file.h"
 #include "util/items/file_references.h"
@@ -40,7 +41,7 @@ class PretendDisk : public ScopedDisk {
             return Disk::RealPath(path, real);
         }
         *real = path;
-        return std::filesystem::exists(Mapped(path)) ? 0 : -1;
+        return fs::exists(Mapped(path)) ? 0 : -1;
     }
 
   private:
@@ -60,10 +61,11 @@ class ItemsTest : public testing::Test {
         return fScratch.Preferences() + "/com.halcyra.drevix.stuff";
     }
     [[nodiscard]] std::string Item(const std::string &name) const { return ItemsFolder() + "/" + name; }
+    [[nodiscard]] Names ItemNames() const { return ScratchFolder::Names(ItemsFolder()); }
     // A file of the scratch home with contents, and its path.
     std::string File(const std::string &name, std::string_view bytes = "x") const {
         const std::string path = fScratch.Path(name);
-        std::filesystem::create_directories(std::filesystem::path(path).parent_path());
+        fs::create_directories(fs::path(path).parent_path());
         WriteWhole(path, bytes);
         return path;
     }
@@ -83,7 +85,7 @@ class ItemsTest : public testing::Test {
         std::vector<Resource> resources;
     };
     Made MakeAlias(const std::string &path, const std::string &name = "alias") {
-        std::filesystem::create_directories(ItemsFolder());
+        fs::create_directories(ItemsFolder());
         Made made{};
         made.status = CreateAliasFile(Spec(path), Spec(Item(name)));
         AppleDouble appleDouble;
@@ -93,13 +95,6 @@ class ItemsTest : public testing::Test {
                       noErr);
         }
         return made;
-    }
-    [[nodiscard]] static std::string Code(OSType code) {
-        std::string text;
-        for (int shift = 24; shift >= 0; shift -= 8) {
-            text.push_back(static_cast<char>(code >> shift));
-        }
-        return text;
     }
 
     ScratchFolder fScratch;

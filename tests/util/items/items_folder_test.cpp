@@ -8,14 +8,12 @@
 #include "settings/device_prefs.h"
 #include "settings/pascal_strings.h"
 #include "tests/support/failing_new.h"
-#include "tests/support/testing.h"
 #include "tests/util/items/items.h"
 
 namespace drevix::test {
 namespace {
 
 constexpr ConstStringPtr kName = kDrevixItemsFolderName.data();
-using Names = std::vector<std::string>;
 
 class Items : public ItemsTest {
   protected:
@@ -66,11 +64,11 @@ TEST_F(Items, Find_MakesItOnlyWhenAsked) {
     EXPECT_EQ(folder, 0);
     EXPECT_EQ(find(kName, kCreateFolder), noErr);
     EXPECT_EQ(PathFromSpec(spec), ItemsFolder());
-    EXPECT_EQ(std::filesystem::status(ItemsFolder()).permissions(), std::filesystem::perms(0700));
+    EXPECT_EQ(fs::status(ItemsFolder()).permissions(), fs::perms(0700));
     EXPECT_EQ(PathFromSpec({volume, folder, {1, 'x'}}), Item("x"));
     EXPECT_EQ(FindDrevixItemsFolder(kName, kDontCreateFolder, nullptr, nullptr, nullptr), noErr);
 
-    std::filesystem::remove(ItemsFolder());
+    fs::remove(ItemsFolder());
     WriteWhole(ItemsFolder(), "a file in the way");
     EXPECT_EQ(find(kName, kCreateFolder), ioErr);
     EXPECT_EQ(CleanupDrevixItems(kName, nullptr), ioErr);
@@ -83,21 +81,20 @@ TEST_F(Items, Cleanup_RemovesAliasFilesThatNoSlotNames) {
     }
     const QBaseOwner base = BaseWith({"pHOTO", "\u00C9T\u00C9", "Caf\u00E9", "zz", "not there"});
     EXPECT_EQ(CleanupDrevixItems(kName, base.get()), noErr);
-    EXPECT_EQ(ScratchFolder::Names(ItemsFolder()),
-              (Names{"._Photo", "._zz", "._\u00E9t\u00E9", "Photo", "zz", "\u00E9t\u00E9"}));
+    EXPECT_EQ(ItemNames(), (Names{"._Photo", "._zz", "._\u00E9t\u00E9", "Photo", "zz", "\u00E9t\u00E9"}));
     EXPECT_EQ(CleanupDrevixItems(kName, nullptr), noErr);
-    EXPECT_EQ(ScratchFolder::Names(ItemsFolder()), Names{});
+    EXPECT_EQ(ItemNames(), Names{});
 }
 
 TEST_F(Items, Cleanup_LeavesAllThatIsNoAliasFile) {
-    std::filesystem::create_directories(Item("folder/inner"));
+    fs::create_directories(Item("folder/inner"));
     WriteWhole(Item("file"), "text");
     WriteWhole(Item("typed"), "text");
     SetInfo(Item("typed"), {FourCharCode("TEXT"), FourCharCode("ttxt"), 0x7FFF});
     WriteWhole(Item("._alone"), "x beside nothing");
     WriteWhole(Item("bad\xFF\xFEname"), "no UTF-8");
-    std::filesystem::create_symlink("/etc", Item("foreign"));
-    std::filesystem::create_symlink("/nowhere", Item("dangling"));
+    fs::create_symlink("/etc", Item("foreign"));
+    fs::create_symlink("/nowhere", Item("dangling"));
     // A companion that says alias, in the place of a pipe's or folder's, makes neither one.
     for (const char *name : {"pipe", "directory"}) {
         AppleDouble alias;
@@ -105,60 +102,51 @@ TEST_F(Items, Cleanup_LeavesAllThatIsNoAliasFile) {
         EXPECT_EQ(WriteAppleDouble(Item(name), alias), noErr);
     }
     ASSERT_EQ(::mkfifo(Item("pipe").c_str(), 0600), 0);
-    std::filesystem::create_directory(Item("directory"));
+    fs::create_directory(Item("directory"));
     // Companions that cannot be one: a pipe that nobody writes, a link, a folder, damage, a huge file.
     for (const char *name : {"a", "b", "c", "d", "e"}) {
-        std::filesystem::create_symlink("/etc/passwd", Item(name));
+        fs::create_symlink("/etc/passwd", Item(name));
     }
     ASSERT_EQ(::mkfifo(Item("._a").c_str(), 0600), 0);
     Alias("real");
-    std::filesystem::create_symlink("._real", Item("._b"));
-    std::filesystem::create_directory(Item("._c"));
+    fs::create_symlink("._real", Item("._b"));
+    fs::create_directory(Item("._c"));
     WriteWhole(Item("._d"), std::string(26, '\0'));
-    std::filesystem::copy_file(Item("._real"), Item("._e"));
-    std::filesystem::resize_file(Item("._e"), std::uint64_t{1} << 40);
-    const Names before = ScratchFolder::Names(ItemsFolder());
+    fs::copy_file(Item("._real"), Item("._e"));
+    fs::resize_file(Item("._e"), std::uint64_t{1} << 40);
+    const Names before = ItemNames();
 
     EXPECT_EQ(CleanupDrevixItems(kName, BaseWith({"real"}).get()), noErr);
-    EXPECT_EQ(ScratchFolder::Names(ItemsFolder()), before);
+    EXPECT_EQ(ItemNames(), before);
     Names after = before;
     std::erase_if(after, [](const std::string &name) { return name == "real" || name == "._real"; });
     EXPECT_EQ(CleanupDrevixItems(kName, nullptr), noErr);
-    EXPECT_EQ(ScratchFolder::Names(ItemsFolder()), after);
+    EXPECT_EQ(ItemNames(), after);
 }
 
 // 51 of 271 kills once left half an alias file in the folder for good.
 TEST_F(Items, HalfMade_IsClearedAfterADeathAtAnyCall) {
     const std::string item = File("item", "contents");
     Alias("other");
-    const Names whole = ScratchFolder::Names(ItemsFolder());
-    ForEachFault(10,
-                 [&](int dieAt, Lasts) {
-                     const pid_t child = ::fork();
-                     if (child == 0) {
-                         FaultyDisk disk(dieAt, Lasts::Once, EIO);
-                         disk.onFault = [] { ::_exit(1); };
-                         disk.onHalf = disk.onFault;
-                         Str31 name{};
-                         std::ignore = MakeDrevixItem(item, &name);
-                         ::_exit(disk.WasHit() ? 1 : 0);
-                     }
-                     int status = 0;
-                     ::waitpid(child, &status, 0);
-                     ClearHalfMadeItems(kName);
-                     const Names now = ScratchFolder::Names(ItemsFolder());
-                     if (std::ranges::find(now, "item") == now.end()) {
-                         EXPECT_EQ(now, whole) << dieAt;
-                     } else {
-                         EXPECT_EQ(now.size(), whole.size() + 2) << dieAt;
-                         EXPECT_EQ(Make(item), "item");
-                         std::filesystem::remove(Item("item")); // as a death in its removal does
-                     }
-                     return WEXITSTATUS(status) != 0;
-                 },
-                 {Lasts::Once});
+    const Names whole = ItemNames();
+    Str31 name{};
+    const auto make = [&] { return MakeDrevixItem(item, &name) == noErr; };
+    bool hasDied = true;
+    for (int call = 1; hasDied; ++call) {
+        hasDied = DiesAt(call, Death::BeforeTheCall, make);
+        EXPECT_TRUE(hasDied || call > 10);
+        ClearHalfMadeItems(kName);
+        const Names now = ItemNames();
+        if (std::ranges::find(now, "item") == now.end()) {
+            EXPECT_EQ(now, whole) << call;
+        } else {
+            EXPECT_EQ(now.size(), whole.size() + 2) << call;
+            EXPECT_EQ(Make(item), "item");
+            fs::remove(Item("item")); // as a death in its removal does
+        }
+    }
     ClearHalfMadeItems(kName);
-    EXPECT_EQ(ScratchFolder::Names(ItemsFolder()), whole);
+    EXPECT_EQ(ItemNames(), whole);
 }
 
 TEST_F(Items, HalfMade_ClearsNothingThatIsNotOurs) {
@@ -168,30 +156,30 @@ TEST_F(Items, HalfMade_ClearsNothingThatIsNotOurs) {
     WriteWhole(Item("._text"), "a text of that name");
     WriteWhole(Item(".._text.new"), "another");
     WriteWhole(Item("other.new"), ours.substr(0, 40));
-    std::filesystem::create_symlink("._real", Item("._link"));
+    fs::create_symlink("._real", Item("._link"));
     WriteWhole(Item("._made"), ours);
-    const Names stay = ScratchFolder::Names(ItemsFolder());
+    const Names stay = ItemNames();
     UserLock making;
     ASSERT_EQ(making.Acquire(kItemsLockName, {}), noErr);
     ClearHalfMadeItems(kName);
-    EXPECT_EQ(ScratchFolder::Names(ItemsFolder()), stay) << "a program is making the item";
+    EXPECT_EQ(ItemNames(), stay) << "a program is making the item";
     making.Release();
     WriteWhole(Item(".._older.new"), ours.substr(0, 40));
     ClearHalfMadeItems(kName);
     Names after = stay;
     std::erase(after, "._made");
-    EXPECT_EQ(ScratchFolder::Names(ItemsFolder()), after);
+    EXPECT_EQ(ItemNames(), after);
 }
 
 // Whatever fails in an operation, trying it again does what an undisturbed run does. A look-up that failed once made an alias
 // of an alias.
 TEST_F(Items, EveryFault_IsMadeUpForByTheNextTry) {
     const ScopedVariable other("XDG_DATA_HOME", fScratch.Path("data"));
-    std::filesystem::create_directories(fScratch.Path("data/applications"));
+    fs::create_directories(fScratch.Path("data/applications"));
     File("folder/letter");
     const std::string script = File("script of some length", "#!/bin/sh\n");
     const std::string longName = File("folder/" + std::string(40, 'n'));
-    std::filesystem::create_symlink("letter", fScratch.Path("folder/link"));
+    fs::create_symlink("letter", fScratch.Path("folder/link"));
     AppleDouble appleDouble;
     ASSERT_EQ(ResourceForkBytes(std::vector<Resource>{{kAliasResourceType, kAliasID, "", "cut"}},
                                 &appleDouble.resourceFork),
@@ -204,7 +192,7 @@ TEST_F(Items, EveryFault_IsMadeUpForByTheNextTry) {
     const auto make = [&](const std::string &path) {
         return [&, path] { return MakeDrevixItem(path, &name); };
     };
-    const std::vector<std::pair<std::string, std::function<OSErr()>>> operations = {
+    const Operation<OSErr()> operations[] = {
         {"make under another name", make(longName)},
         {"make of a folder", make(fScratch.Path("data/applications"))},
         {"make anew", make(script)},
@@ -229,7 +217,7 @@ TEST_F(Items, EveryFault_IsMadeUpForByTheNextTry) {
          }},
     };
     const auto prepare = [&](const std::string &what) {
-        std::filesystem::remove_all(ItemsFolder());
+        fs::remove_all(ItemsFolder());
         ::chmod(script.c_str(), 0644);
         Make(script);
         ::chmod(script.c_str(), what == "make anew" ? 0755 : 0644);
@@ -237,40 +225,33 @@ TEST_F(Items, EveryFault_IsMadeUpForByTheNextTry) {
             EXPECT_EQ(WriteAppleDouble(Item("halfmade"), appleDouble), noErr);
         }
         WriteWhole(Item(".._cut.0123456789abcdef.new"), "");
-        return ScratchFolder::Names(ItemsFolder());
+        return ItemNames();
     };
-    for (const auto &[what, operation] : operations) {
+    for (const auto &operation : operations) {
+        const std::string &what = operation.name;
+        SCOPED_TRACE(what);
         const Names before = prepare(what);
-        EXPECT_EQ(operation(), noErr);
-        const Names after = ScratchFolder::Names(ItemsFolder());
+        EXPECT_EQ(operation.run(), noErr);
+        const Names after = ItemNames();
         Names now = after;
-        for (const int error : {EIO, ENOMEM, kOfNew}) {
-            const auto isMet = [&, what = what, &operation = operation](int failAt, Lasts lasts) {
-                SCOPED_TRACE(what + ", error " + std::to_string(error) + " at " + std::to_string(failAt));
-                if (now != before) {
-                    prepare(what);
-                }
-                spec = {};
-                OSErr status = noErr;
-                const int gap = error == kOfNew && what.starts_with("make") ? 23 : 1; // of a thousand
-                const bool wasHit = MeetsFaultOrNew(failAt * gap, lasts, error, [&] {
-                    try {
-                        status = operation();
-                    } catch (const std::bad_alloc &) { // of what this test makes
-                        status = memFullErr;
-                    }
-                });
-                EXPECT_TRUE(wasHit || status == noErr) << status;
-                EXPECT_EQ(OpenFileCount(), 0);
-                now = ScratchFolder::Names(ItemsFolder());
-                if (now != before) {
-                    EXPECT_EQ(operation(), noErr);
-                    EXPECT_EQ(ScratchFolder::Names(ItemsFolder()), after);
-                }
-                return wasHit;
-            };
-            ForEachFault(0, isMet, {Lasts::Once});
-        }
+        const auto isMet = [&](FaultAt fault) {
+            if (now != before) {
+                prepare(what);
+            }
+            spec = {};
+            OSErr status = noErr;
+            fault.call *= fault.error == kOfNew && what.starts_with("make") ? 23 : 1; // of a thousand
+            const bool wasHit = fault.Meets([&] { status = GivenMemory(operation.run, OSErr{memFullErr}); });
+            EXPECT_TRUE(wasHit || status == noErr) << status;
+            EXPECT_EQ(OpenFileCount(), 0);
+            now = ItemNames();
+            if (now != before) {
+                EXPECT_EQ(operation.run(), noErr);
+                EXPECT_EQ(ItemNames(), after);
+            }
+            return wasHit;
+        };
+        ForEachFault(0, {EIO, ENOMEM, kOfNew}, isMet, {Lasts::Once});
     }
 }
 
@@ -293,7 +274,7 @@ TEST_F(Items, Cleanup_StopsAtAFailedLookUpOnly) {
     disk.noStatus = Item("3");
     disk.noRemoval = Item("1");
     EXPECT_EQ(CleanupDrevixItems(kName, nullptr), noErr);
-    EXPECT_EQ(ScratchFolder::Names(ItemsFolder()), (Names{"._1", "._3", "._4", "1", "3", "4"}));
+    EXPECT_EQ(ItemNames(), (Names{"._1", "._3", "._4", "1", "3", "4"}));
 }
 
 TEST_F(Items, Make_StoresANameThatLeadsToThisItemOnly) {
@@ -315,18 +296,18 @@ TEST_F(Items, Make_StoresANameThatLeadsToThisItemOnly) {
     EXPECT_EQ(Make(File("._companion")).substr(0, 10), "_companion");
     EXPECT_EQ(Make("/"), "File System");
     EXPECT_EQ(Make("/etc"), "etc");
-    for (const std::string &name : ScratchFolder::Names(ItemsFolder())) {
-        EXPECT_TRUE(name.starts_with("._") || std::filesystem::exists(Item("._" + name))) << name;
+    for (const std::string &name : ItemNames()) {
+        EXPECT_TRUE(name.starts_with("._") || fs::exists(Item("._" + name))) << name;
     }
 }
 
 TEST_F(Items, Make_LeavesWhatIsNoAliasFileAndFollowsThoseOfTheFolder) {
     const std::string report = File("report.txt");
-    std::filesystem::create_directories(Item("report.txt"));
+    fs::create_directories(Item("report.txt"));
     EXPECT_NE(Make(report), "report.txt") << "a folder has the name";
-    std::filesystem::create_symlink("/etc/passwd", Item("notes"));
+    fs::create_symlink("/etc/passwd", Item("notes"));
     EXPECT_NE(Make(File("notes")), "notes") << "a link of someone else's has it";
-    EXPECT_EQ(std::filesystem::read_symlink(Item("notes")), "/etc/passwd");
+    EXPECT_EQ(fs::read_symlink(Item("notes")), "/etc/passwd");
 
     Str31 name = Stored("untouched");
     EXPECT_EQ(MakeDrevixItem(fScratch.Path("gone"), &name), fnfErr);
@@ -344,17 +325,17 @@ TEST_F(Items, Make_LeavesWhatIsNoAliasFileAndFollowsThoseOfTheFolder) {
     EXPECT_EQ(Make(letter), "letter");
     FInfo info{};
     EXPECT_EQ(FSpGetFInfo(Spec(Item("letter")), &info), noErr);
-    EXPECT_EQ(Code(info.fdType), "adrp");
+    EXPECT_EQ(SignatureText(info.fdType), "adrp");
 }
 
 TEST_F(Items, Resolve_TellsWhatIsGone) {
     const std::string letter = File("Letter");
     const std::string stored = Make(letter);
     EXPECT_EQ(ResolveDrevixItem(Stored("LETTER")).path, letter) << "letter case does not matter";
-    std::filesystem::remove(letter);
+    fs::remove(letter);
     EXPECT_EQ(ResolveDrevixItem(Stored(stored)).path, letter);
     EXPECT_FALSE(ResolveDrevixItem(Stored(stored)).exists);
-    std::filesystem::create_symlink("../../other", Item("relative"));
+    fs::create_symlink("../../other", Item("relative"));
     EXPECT_EQ(ResolveDrevixItem(Stored("relative")).path, ItemsFolder() + "/../../other");
     Str31 tooLong = Stored("x");
     tooLong[0] = 255;
