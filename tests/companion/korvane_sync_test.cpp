@@ -351,8 +351,7 @@ TEST_F(KorvaneSync, MissingMemory_LeavesButtonsAndFilesAsTheyWereAndIsTold) {
         Bind(1, kI, title);
         fFolder.Write(1, before);
         KorvaneResults results;
-        wasHit =
-            MeetsFaultOrNew(failIn, Lasts::Once, kOfNew, [&] { SyncFromKorvane(fBase.get(), &results); });
+        wasHit = MeetsFault(failIn, Lasts::Once, kOfNew, [&] { SyncFromKorvane(fBase.get(), &results); });
         const Strings buttons = Buttons(1, {title});
         const bool isTaken = buttons == Strings{"-", title, "-"};
         EXPECT_TRUE(isTaken || buttons == (Strings{title, "-", "-"})) << failIn;
@@ -365,8 +364,7 @@ TEST_F(KorvaneSync, MissingMemory_LeavesButtonsAndFilesAsTheyWereAndIsTold) {
         }
         results = {};
         wasHit =
-            MeetsFaultOrNew(failIn, Lasts::Once, kOfNew, [&] { SyncToKorvane(fBase.get(), &results); }) ||
-            wasHit;
+            MeetsFault(failIn, Lasts::Once, kOfNew, [&] { SyncToKorvane(fBase.get(), &results); }) || wasHit;
         const bool isWritten = File(1) == Strings{title + "|1|pyralis||4"};
         EXPECT_TRUE(isWritten || ReadWhole(fFolder.File(1)) == before) << failIn;
         EXPECT_TRUE(isWritten || results[1].state == KorvaneFileState::NotWritten) << failIn;

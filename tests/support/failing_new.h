@@ -6,15 +6,6 @@
 #include <cstdlib>
 #include <new>
 
-namespace drevix::test {
-
-template <class Work>
-bool MeetsFaultOrNew(int failAt, Lasts lasts, int error, const Work &work) {
-    return MeetsFault(failAt, lasts, error, work);
-}
-
-} // namespace drevix::test
-
 void *operator new(std::size_t size) {
     const bool fails = drevix::test::gNewFailsIn > 0 && --drevix::test::gNewFailsIn == 0;
     void *const memory = fails ? nullptr : std::malloc(size);
