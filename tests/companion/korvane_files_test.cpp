@@ -115,6 +115,7 @@ TEST(KorvaneFiles, Load_FindsEveryHotKeyOrSaysThatItDoesNot) {
              {"empty", "", nothing},
              {"other root", "<HotKey TargetApp='A'>" + kOne + "</HotKey>", nothing},
              {"empty target", "<HotKeys TargetApp=''>" + kOne + "</HotKeys>", nothing},
+             {"no target", "<HotKeys>" + kOne + "</HotKeys>", nothing},
              {"entity", "<!DOCTYPE a [<!ENTITY e 'One'>]>" + OfMenu("&e;"), nothing},
              // Not well-formed, and perhaps not all there.
              {"cut at a hotkey", kHead + kOne, onePartial},
@@ -360,6 +361,7 @@ TEST(KorvaneFiles, FileWithBothTexts_IsReadAsTheWholeOneAndMended) {
         EXPECT_TRUE(IsKorvaneFileUnchanged(*loaded, "Photoshop"));
         EXPECT_TRUE(SaveKorvanePrefsForApp(*loaded, "Photoshop"));
         EXPECT_EQ(ReadWhole(folder.File(1)), KorvaneFileText(ListOf(rows)));
+        EXPECT_FALSE(IsKorvaneFileUnchanged(*loaded, "Photoshop"));
     }
 }
 
