@@ -1,6 +1,7 @@
 // Nothing is lost: edits in the background, what other programs save, and saves that fail.
 #include "tests/pane/panel.h"
 
+#include <QLineEdit>
 #include <sys/stat.h>
 
 namespace drevix::test {
