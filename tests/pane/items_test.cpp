@@ -1,8 +1,8 @@
 // Items to open: chosen, dropped, shown, missing; and the companion's menu entries.
 #include "companion/korvane_crc.h"
 #include "tests/pane/panel.h"
-
 #include "util/items/items_folder.h"
+
 #include <QLineEdit>
 
 namespace drevix::test {
