@@ -28,14 +28,25 @@ struct OffsetOrder {
     const std::int32_t *offsets;
 };
 
-// Lists the first n index slots by offset with a bucket sort: cells of half a record's size, so that records
-// of similar size each start in their own cell. Linear in the count: removing from 100 records takes 1.2 times
-// a memmove of the same bytes with it, 1.6 times without. An empty block if two records start in
-// one cell, an offset is out of range, or memory is out.
+// Moves the numbers from 0 on to the front, in their order, and returns how many these are. Does not branch on
+// them: the processor cannot predict which are negative.
+std::size_t MoveToFront(std::span<std::int32_t> numbers) {
+    std::size_t kept = 0;
+    for (const std::int32_t number : numbers) {
+        numbers[kept] = number;
+        kept += static_cast<std::size_t>(number >= 0);
+    }
+    return kept;
+}
+
+// Lists the first n index slots by offset with a bucket sort. A cell is as large as the mean record, rounded
+// down to a power of two, so that records of one size each start in their own cell. Linear in the count:
+// removing from 100 records in a sorted order takes 1.2 times a memmove of the same bytes with it, 1.4 times
+// without. An empty block if two records start in one cell, an offset is out of range, or memory is out.
 Block SpreadSlots(QBaseHandle base, std::int32_t n) {
     const std::size_t size = base->records.Size();
-    const std::size_t halfRecord = size / static_cast<std::size_t>(base->file.count) / 2;
-    const int cellBits = std::countr_zero(std::bit_floor(halfRecord | 1));
+    const std::size_t meanRecord = size / static_cast<std::size_t>(base->file.count);
+    const int cellBits = std::countr_zero(std::bit_floor(meanRecord | 1));
     Block cells;
     if (cells.Resize(((size >> cellBits) + 1) * sizeof(std::int32_t)) != noErr) {
         return {};
@@ -51,22 +62,27 @@ Block SpreadSlots(QBaseHandle base, std::int32_t n) {
         }
         table[cell] = slot;
     }
-    std::ignore = std::remove(table.begin(), table.end(), -1);                      // the n slots come first
+    std::ignore = MoveToFront(table);                                               // the n slots
     std::ignore = cells.Resize(static_cast<std::size_t>(n) * sizeof(std::int32_t)); // shrinking cannot fail
     return cells;
 }
 
+// The numbers 0 to n - 1; an empty block if memory is out.
+Block NumberSlots(std::int32_t n) {
+    Block list;
+    if (list.Resize(static_cast<std::size_t>(n) * sizeof(std::int32_t)) == noErr) {
+        auto *const numbers = reinterpret_cast<std::int32_t *>(list.Data());
+        std::iota(numbers, numbers + n, 0);
+    }
+    return list;
+}
+
 // The same by comparison sort, for records of any size.
 Block SortSlots(QBaseHandle base, std::int32_t n) {
-    Block list;
-    if (list.Resize(static_cast<std::size_t>(n) * sizeof(std::int32_t)) != noErr) {
-        return {};
-    }
-    auto *const order = reinterpret_cast<std::int32_t *>(list.Data());
-    std::iota(order, order + n, 0);
+    Block list = NumberSlots(n);
     // This comparison never cancels the sort.
     std::ignore =
-        SortElements(order, static_cast<std::size_t>(n), kOffsetSize, OffsetOrder{IndexOffsets(base)});
+        SortElements(list.Data(), list.Size() / kOffsetSize, kOffsetSize, OffsetOrder{IndexOffsets(base)});
     return list;
 }
 
@@ -76,6 +92,14 @@ class GapCloser {
     // `order` lists the index slots of the kept records in data order, or is empty if it could not be made.
     GapCloser(QBaseHandle base, std::span<const std::int32_t> order)
         : fBytes(base->records.Data()), fOffsets(IndexOffsets(base)), fOrder(order) {}
+
+    // Counts one more record into the run; its slot gets the offset that the run will move it to.
+    void Keep() {
+        if (static_cast<std::size_t>(kept) < fOrder.size()) {
+            fOffsets[fOrder[static_cast<std::size_t>(kept)]] -= static_cast<std::int32_t>(fRunStart - fEnd);
+        }
+        ++kept;
+    }
 
     // Ends the run before a dropped record and starts the next one after it.
     void Drop(std::size_t start, std::size_t end) {
@@ -95,24 +119,17 @@ class GapCloser {
 
   private:
     void MoveRun(std::size_t runEnd) {
-        const std::size_t distance = fRunStart - fEnd;
-        if (distance > 0) {
+        if (fRunStart > fEnd) {
             std::memmove(fBytes + fEnd, fBytes + fRunStart, runEnd - fRunStart);
-            const auto listed = std::min(static_cast<std::size_t>(kept), fOrder.size());
-            for (std::size_t i = fRunFirst; i < listed; ++i) {
-                fOffsets[fOrder[i]] -= static_cast<std::int32_t>(distance);
-            }
         }
         fEnd += runEnd - fRunStart;
-        fRunFirst = static_cast<std::size_t>(kept);
     }
 
     std::byte *fBytes;
     std::int32_t *fOffsets;
     std::span<const std::int32_t> fOrder;
     std::size_t fEnd = 0;      // end of the data already in their final place
-    std::size_t fRunStart = 0; // start of the current run of kept records, and its first record's number
-    std::size_t fRunFirst = 0;
+    std::size_t fRunStart = 0; // start of the current run of kept records
 };
 
 // Removes the data of all records marked by their length; returns how many.
@@ -120,12 +137,12 @@ std::int32_t DropMarkedData(QBaseHandle base, std::span<const std::int32_t> orde
     GapCloser closer(base, order);
     RecordWalk walk(base);
     std::size_t end = 0;
-    for (std::int32_t i = 0; i < base->file.count; ++i) {
+    std::int32_t seen = 0;
+    for (; seen < base->file.count; ++seen) {
         const std::size_t start = walk.Offset();
         const QBaseRecord *const record = walk.Next();
         if (record == nullptr) {
             // Past a damaged record the records cannot be told apart, so all the rest stays.
-            closer.kept += base->file.count - i;
             end = base->records.Size();
             break;
         }
@@ -133,8 +150,11 @@ std::int32_t DropMarkedData(QBaseHandle base, std::span<const std::int32_t> orde
         if (record->length < 0) {
             closer.Drop(start, end);
         } else {
-            ++closer.kept;
+            closer.Keep();
         }
+    }
+    for (; seen < base->file.count; ++seen) {
+        closer.Keep();
     }
     const std::size_t left = closer.Finish(end);
     if (closer.dropped > 0) {
@@ -159,12 +179,11 @@ std::int32_t QBaseRemoveInvalidOffsets(QBaseHandle base) {
         return 0;
     }
     const MemoryRequest request;
-    std::int32_t *const begin = IndexOffsets(base);
-    std::int32_t *const end = begin + SlotsInUse(base);
-    std::int32_t *const kept = std::remove_if(begin, end, [](std::int32_t offset) { return offset < 0; });
-    // Clear the freed slots: the count still includes them and must not lead to stale offsets.
-    std::fill(kept, end, -1);
-    const auto dropped = static_cast<std::int32_t>(end - kept);
+    const std::span offsets(IndexOffsets(base), static_cast<std::size_t>(SlotsInUse(base)));
+    const std::span freed = offsets.subspan(MoveToFront(offsets));
+    // The count still includes the freed slots: they must not lead to stale offsets.
+    std::ranges::fill(freed, -1);
+    const auto dropped = static_cast<std::int32_t>(freed.size());
     if (dropped > 0) {
         std::ignore = ResizeIndex(base, base->capacity - dropped); // shrinking cannot fail
     }
@@ -178,7 +197,8 @@ Block QBaseCreateIndexOfOffsets(QBaseHandle base, std::int32_t n) {
     }
     const MemoryRequest request;
     gOffsets = IndexOffsets(base);
-    Block list = SpreadSlots(base, slots);
+    const bool isInDataOrder = std::is_sorted(gOffsets, gOffsets + slots);
+    Block list = isInDataOrder ? NumberSlots(slots) : SpreadSlots(base, slots);
     if (list.Size() == 0) {
         list = SortSlots(base, slots);
     }
