@@ -103,7 +103,7 @@ RecordNumber QBaseAddRecord(QBaseHandle base, const void *data, std::int32_t len
         return AddWithMoreRoom(base, data, length);
     }
     const std::size_t end = base->records.Size();
-    std::ignore = base->records.Resize(end + size); // there is room
+    base->records.TakeRoom(size);
     const RecordNumber number = base->file.count++;
     IndexOffsets(base)[number] = static_cast<std::int32_t>(end);
     if (base->sortMode != kSortDataOrder) {

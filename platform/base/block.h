@@ -43,6 +43,9 @@ class Block {
     // How many bytes the block can grow without moving.
     [[nodiscard]] std::size_t Room() const { return fReserve - fSize; }
 
+    // Adds `size` bytes of the room, at most Room(), to the size; they are undefined. Nothing moves.
+    void TakeRoom(std::size_t size) { fSize += size; }
+
     // Sets the size. Keeps existing bytes; new ones are undefined. Growing beyond the reserve may move the
     // block and at least doubles the reserve, so that n appends cost O(n) copies. Shrinking never fails and
     // keeps the reserve, except that size 0 frees all memory. noErr, or memFullErr with the block unchanged.
