@@ -88,7 +88,7 @@ std::optional<KorvaneHotKeyList> ListFromXml(const XmlNode &root) {
     return list;
 }
 
-// Whether the bytes are a hotkey file whole, and its list.
+// The list of a hotkey file that is well-formed and complete.
 std::optional<KorvaneHotKeyList> StrictList(std::string_view bytes) {
     XmlDocument document;
     if (ThrowIfMemoryFull(ParseXmlDocument(bytes, XmlReading::Strict, &document)) != noErr) {
@@ -97,9 +97,9 @@ std::optional<KorvaneHotKeyList> StrictList(std::string_view bytes) {
     return ListFromXml(document.root);
 }
 
-// The text of our own that a write of ours which was cut short has left in a file beside the old one: new bytes once
-// came behind the old ones before they were written over them, and no copy was kept. What stands behind is taken when
-// it came there whole, for the old bytes may be touched then; else what stands before it, if that is whole.
+// Earlier versions wrote the new text behind the old one, then over it, and kept no copy. A file that such a
+// write left when it was interrupted holds both. The second text counts if it is complete, because the first
+// may be overwritten in part; otherwise the first, if that is complete.
 std::optional<KorvaneHotKeyList> ListOfCutShortFile(std::string_view bytes) {
     const std::string head = KorvaneFileText({});
     const std::string_view declaration = std::string_view(head).substr(0, head.find('\n') + 1);

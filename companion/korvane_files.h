@@ -94,10 +94,9 @@ struct KorvaneHotKeyList {
 [[nodiscard]] std::string FindKorvaneFileForApp(std::string_view folder);
 // Reads every "HotKey" in the root, skipping anything else. nullopt for a file that cannot be read, is not a
 // hotkey file or names no target application. Retries for up to 20 ms while another program seems to be
-// writing the file. Reads what it can of a malformed file; where an interrupted write of ours left two texts in
-// the file, reads the one that is whole, and the next write repairs the file.
-// *status, if given, gets that of the last reading: noErr also for a file that is none of ours, fBsyErr, or the file's
-// error.
+// writing the file. Reads what it can of a malformed file. If an interrupted write of ours left two texts in
+// the file, reads the intact one; the next write repairs the file. *status, if given, gets the status of the
+// last reading: noErr, even for a file that is not a hotkey file; fBsyErr; or the file's error.
 [[nodiscard]] std::optional<KorvaneHotKeyList> LoadKorvaneFile(const std::string &path,
                                                                OSErr *status = nullptr);
 [[nodiscard]] std::optional<KorvaneHotKeyList> LoadKorvaneFileForApp(std::string_view folder);

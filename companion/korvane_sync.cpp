@@ -118,8 +118,8 @@ KorvaneFileResult WriteFile(KorvaneHotKeyList &list, const std::string &path,
         *seen = std::move(list.HotKeys);
         return result;
     }
-    // A failed write leaves the old file, and the next one tries again; where the disk does not even take the old bytes,
-    // they are kept elsewhere, and what is in the file now is no other program's.
+    // A failed write leaves the old file, and the next one tries again. If not even the old bytes could be
+    // written back, they are kept elsewhere, and the bytes in the file now are no other program's.
     const bool isTorn = !FindKeptCopy(path).empty();
     if (isTorn) {
         seen->reset();

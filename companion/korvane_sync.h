@@ -24,8 +24,8 @@ enum class KorvaneFileState : std::uint8_t {
     InStep,     // it matches the buttons, or has no hotkeys for us
     ReadInPart, // damaged: neither it nor the buttons were changed
     NotRead,    // out of memory: the buttons were not changed
-    // When writing: it matches the buttons, which took the place of what another program had changed since the file was
-    // last seen here.
+    // When writing: it matches the buttons, whose entries replaced what another program had changed since the
+    // file was last seen here.
     Replaced,
     // When writing: the file does not match the buttons. Its contents win when it is read again.
     InUse,      // another program kept writing it
@@ -35,7 +35,7 @@ enum class KorvaneFileState : std::uint8_t {
 struct KorvaneFileResult {
     KorvaneFileState state = KorvaneFileState::InStep;
     OSErr status = noErr;
-    // Of one that was Replaced, the path of a copy as it was, which stays for a month; empty if it could not be kept.
+    // If Replaced: the path of a copy of the file as it was, kept for a month; empty if it could not be kept.
     std::string kept = {};
     SeenHotKeys seen = {};
 };
@@ -47,21 +47,22 @@ using KorvaneResults = std::array<KorvaneFileResult, kKorvaneApps.size()>;
 // hotkey keeps its position and title. If another program changes a file meanwhile it is read again; one that
 // keeps changing is left for next time, as are all files if another of our programs holds them for more than
 // half a second. Returns the announcement's status ("notification_socket.h"). The base is not changed.
-// *results, if given, gets the result for each file. Give those of the last call for these records: by them it is
-// known what others have changed, and a file that is NotRead there, as SyncFromKorvane has left it, is not written, as
-// the buttons would take from it what it says.
+// *results, if given, gets the result for each file. Pass in the results of the last call for these records:
+// they tell what others have changed since. A file that is NotRead there, as SyncFromKorvane left it, is not
+// written, because the buttons do not hold its entries yet.
 std::int32_t SyncToKorvane(QBaseHandle base, KorvaneResults *results = nullptr);
 
 // Reads the buttons' menu entries of every companion application's record from its hotkey file. A record
 // whose file is missing or damaged stays as it is. Changes records in place and marks the base changed.
-// *results, if given, gets the result for each file. The same reading goes into the records of `other`, if given.
+// *results, if given, gets the result for each file. The same entries go into the records of `other`, if
+// given.
 void SyncFromKorvane(QBaseHandle base, KorvaneResults *results = nullptr, QBaseHandle other = nullptr);
 // The same for one application: the record with this file name, or this creator if the name is null, from the
 // file in that folder. An empty folder means that of the row that creator and name select, if any.
 void SyncAppFromKorvane(QBaseHandle base, OSType creator, ConstStringPtr fileName, std::string_view folder);
 
-// For records that came from another base, into which the files were read with the results `read`: where the buttons
-// here do what the file says, *results get what was seen. Without memory it counts as unknown.
+// For records taken from another base, into which the files were read with the results `read`. Where the
+// buttons here match the file, *results get what was seen then; if memory runs out, that counts as unknown.
 void AdoptSeenFiles(QBaseHandle base, KorvaneResults read, KorvaneResults *results);
 
 } // namespace drevix

@@ -1,5 +1,6 @@
-// What saves have replaced: the settings file as it was before each, in the user's state folder. Kept are the last ten
-// that differ, and the first one of each day of the last month, which is how the day before left the settings.
+// What saves have replaced: the settings file as it was before each save, in the user's state folder. Kept
+// are the last ten that differ, and the first of each day of the last month, which is how the day before left
+// the settings.
 #pragma once
 
 #include "qbase/qbase.h"
@@ -29,7 +30,7 @@ struct KeptTime {
     std::chrono::system_clock::time_point replaced;
     std::uint64_t contents; // equal for equal contents
 };
-// Of kept files, the newest first, those that stay: see above. For tests.
+// Which of the kept files, newest first, stay by the rule above. For tests.
 [[nodiscard]] std::vector<bool> ChooseKept(const std::vector<KeptTime> &kept,
                                            std::chrono::system_clock::time_point now);
 
@@ -41,7 +42,7 @@ class Forerunner {
     [[nodiscard]] OSErr Prepare(const std::string &settings);
     // The name that the save is to give it ("settings/device_prefs.h": SaveDevicePrefsToPath). Empty: none.
     [[nodiscard]] const std::string &Path() const { return fPath; }
-    // After the save: lets it go if the file is still the same, else takes others' access away, and removes what is
+    // After the save: removes it if the file did not change, else takes others' access away; removes what is
     // too old.
     void Finish() const;
 

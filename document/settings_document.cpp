@@ -391,7 +391,7 @@ void SettingsDocument::TakeCompanionChanges() {
     }
 }
 
-// They are looked for where those of the base are. Without memory they stay, and too much counts as unsaved.
+// Looks for them where those of the base are. Without memory they stay, and too much counts as unsaved.
 SettingsDocument::RecordsBeforeEdits SettingsDocument::CopyBeforeEdits() try {
     RecordsBeforeEdits before = {fBeforeEdits.empty() ? nullptr : CopyBase(fBase.get()), {}};
     if (before.base == nullptr) {

@@ -111,8 +111,8 @@ class SettingsDocument {
     // Removes the record; false if there is no such record or memory is out.
     [[nodiscard]] bool Remove(RecordNumber number);
 
-    // Takes the records of an earlier base as edits: all of them, with those that it has not removed here, or one.
-    // False, with nothing changed, if memory is out. Base() may be another one afterwards, and is sorted.
+    // Makes the records those of an earlier base, as edits: all of them, which removes records that it does
+    // not have, or one. False, with nothing changed, if memory is out. May replace and sort Base().
     [[nodiscard]] bool TakeAll(QBaseHandle earlier);
     [[nodiscard]] bool TakeOne(const AppPrefs &earlier);
 
@@ -158,9 +158,9 @@ class SettingsDocument {
     // every kept copy of it (only intact records of damaged ones). Null, meaning no cleanup at all, if one of them
     // cannot be read or memory is out.
     [[nodiscard]] QBaseOwner RecordsWithItems() const;
-    // Calls `cleanUp` with them under the user's lock, with what others have saved taken in: no program can be making
-    // an item for settings that it has not saved yet. Does nothing without the lock (waits for it at most `wait`),
-    // with unsaved edits, or without the records.
+    // Calls `cleanUp` with them under the user's lock, after taking in what others have saved: so no program
+    // can have made an item for settings that it has not saved yet. Does nothing without the lock (waits for
+    // it at most `wait`), with unsaved edits, or without the records.
     void CleanUpItems(std::chrono::milliseconds wait, const std::function<void(QBaseHandle)> &cleanUp);
 
   private:

@@ -109,7 +109,7 @@ void OverviewPanel::Show() {
                                                           : titles.join(QStringLiteral(", ")));
 }
 
-// A file that was there stays as it was until the new one is whole.
+// An existing file stays as it is until the new one is complete.
 bool OverviewPanel::WriteTo(const QString &path, Readers readers) {
     QSaveFile file(path);
     const bool isOpen = file.open(QIODevice::WriteOnly) &&

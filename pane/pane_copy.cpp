@@ -44,8 +44,8 @@ QByteArray ExchangeBytes(const AppPrefs &prefs) {
     return {static_cast<const char *>(bytes), static_cast<qsizetype>(size)};
 }
 
-// The record on the clipboard, which may be from anywhere: nothing unless the block is whole and holds one record of
-// settings.
+// The record on the clipboard, which any program may have put there; nothing unless the block is intact and
+// holds one settings record.
 std::optional<AppPrefs> CopiedRecord() {
     const QMimeData *const data = QGuiApplication::clipboard()->mimeData();
     const QByteArray bytes = data == nullptr ? QByteArray() : data->data(RecordType());

@@ -296,7 +296,7 @@ OSErr FileUpdate::Commit() try {
     return memFullErr;
 }
 
-// A link costs next to nothing, and what is renamed over a file leaves it whole under its other name.
+// A link costs next to nothing, and a rename over the file leaves the old one intact under its other name.
 OSErr FileUpdate::KeepOld() {
     if (fKeepAs.empty() || !fExisted) {
         return noErr;
@@ -328,7 +328,7 @@ void FileUpdate::RemoveKept() {
     }
 }
 
-// Lets go of the file; what was not committed goes.
+// Closes the file and discards what was not committed.
 void FileUpdate::Discard() {
     if (!fBeside.empty()) {
         CurrentDisk().Remove(fBeside.c_str());

@@ -18,9 +18,9 @@ enum class UpdateMethod {
     // mode and owner. If the folder is not writable, or the owner cannot be kept, but the file is writable,
     // updates in place instead.
     Replace,
-    // The file itself is written, at the commit, by "WriteSharedFile": its old bytes are kept in the user's state
-    // folder until the new ones are on the disk. The new ones wait in a file there that has no name. Where there is
-    // no file yet, one is made as with Replace.
+    // Commit writes the file itself with "WriteSharedFile", which keeps the old bytes in the user's state
+    // folder until the new ones are on the disk. Until then the new ones wait there in a file without a name.
+    // A file that does not exist yet is made as with Replace.
     InPlace,
 };
 
@@ -34,7 +34,7 @@ struct NewFile {
 inline const NewFile kPrivateFile = {{}, 0600};
 
 // One update of one file. Write to File(), then Commit(). A FileUpdate destroyed before that restores the old
-// state and leaves nothing behind. Of two programs that replace the same file the later one holds.
+// state and leaves nothing behind. Of two programs that replace the same file, the later one wins.
 class FileUpdate {
   public:
     FileUpdate() = default;
@@ -44,23 +44,26 @@ class FileUpdate {
 
     // Starts an update of the file at an absolute or relative path; the file need not exist. The status is
     // that of opening the file for writing: permErr for a file that may not be written even if its folder
-    // may, notAFileErr, dirNFErr, ... A device or pipe is written directly, and cannot be put back. The new file
-    // beside the old one has a name that nobody can foresee, ".NAME.DIGITS.new"; those that programs which died left
-    // are cleared first. Where nothing can be put into the state folder, a file to be written in place is refused.
+    // may, notAFileErr, dirNFErr, ... A device or pipe is written directly and cannot be restored. The new
+    // file beside the old one gets a name that nobody can foresee, ".NAME.DIGITS.new"; first those that dead
+    // programs left are removed. If the state folder cannot be written, a file to be written in place is
+    // refused.
     [[nodiscard]] OSErr Open(const std::string &path, UpdateMethod method, const NewFile &newFile = {});
 
     // The empty file to write to (also readable); 0 before Open. Owned by the update: do not close it.
     [[nodiscard]] FileRef File() const { return fFile.Get(); }
 
-    // Has Commit give what the file held before this name too, if nothing has it yet: as a link where the file is
-    // replaced, as a copy otherwise. It goes again if the file was surely not changed, and may be lost to a power cut. That it could
-    // not be made does not stop Commit; OldKept says so afterwards: noErr, also for a file that did not exist.
+    // Has Commit also give the old contents this name, if nothing has it yet: by a link if the file is
+    // replaced, else by a copy. The name is removed again if the file was surely not changed, and may be lost
+    // in a power cut. Failing to make it does not stop Commit; OldKept gives its status afterwards: noErr,
+    // also for a file that did not exist.
     void KeepOldAs(std::string path) { fKeepAs = std::move(path); }
     [[nodiscard]] OSErr OldKept() const { return fOldKept; }
 
-    // Flushes what was written and makes it the file. On failure the old file is back, but for two cases. When a
-    // folder could not be flushed after the rename, the new one is in place and its safety against a power cut is
-    // not known. When the old bytes could not be written back in place, "FindKeptCopy" says where they are.
+    // Flushes what was written and makes it the file. After a failure the old file is back, with two
+    // exceptions: if the folder could not be flushed after the rename, the new file is in place but may not
+    // survive a power cut; if the old bytes could not be written back in place, "FindKeptCopy" says where
+    // they are.
     [[nodiscard]] OSErr Commit();
 
   private:

@@ -49,7 +49,8 @@ struct Note {
     std::string bytes;
 };
 
-// A copy of this process that is not let go yet. What failed must be told even when the disk can no longer be asked.
+// A copy that this process has not dropped yet. A failure must be reported even when the disk can no longer
+// be asked.
 struct Left {
     std::string path;
     std::string kept;
@@ -119,7 +120,7 @@ OSErr PutBack(const std::string &path, std::string_view old) {
 // What is to become of a kept copy.
 enum class Fate { Stays, Goes, IsOld };
 
-// A kept copy that gets the name of an old one gets a new time by that.
+// Renaming a kept copy to an old one sets its time.
 bool IsOlderThanAMonth(const std::string &path) {
     struct stat status {};
     return CurrentDisk().StatusAt(path.c_str(), &status) == 0 &&
@@ -158,7 +159,7 @@ std::string WithSuffix(const std::string &note, std::string_view suffix) {
     return note.substr(0, note.size() - kNoteSuffix.size()) + std::string(suffix);
 }
 
-// A note that is not whole was never followed by a change of its file.
+// An incomplete note means that its file was not changed yet.
 void Mend(const std::string &notePath) {
     std::string bytes;
     if (ReadWholeFile(notePath, &bytes) != noErr) {
@@ -180,8 +181,8 @@ void Mend(const std::string &notePath) {
     }
 }
 
-// Under the lock. A copy without a note is that of a file that was not touched yet, and a stage with a name that of a
-// program that has died, or is about to remove the name.
+// Under the lock. A copy without a note belongs to a file that was not touched yet. A stage with a name
+// belongs to a program that has died or is about to remove the name.
 void MendAll(const std::string &folder) {
     std::vector<std::string> names;
     if (CurrentDisk().ListFolder(folder.c_str(), &names) != 0) {
@@ -283,7 +284,7 @@ OSErr KeptBytes::Keep(const std::string &path, int descriptor, std::string_view 
     return memFullErr;
 }
 
-// The note first: a copy without one is of no consequence.
+// The note first: a copy without one is ignored.
 void KeptBytes::Drop() {
     Forget(fKept);
     for (std::string *path : {&fNote, &fKept}) {

@@ -85,9 +85,9 @@ OSErr Cut(FileRef file, std::size_t length) {
     return status == noErr ? PBFlushFileSync(file) : status;
 }
 
-// The new bytes first come whole behind the old ones: a disk without room for them says so before the old ones
-// are touched, and while these are being replaced, by a mixture of both that could look like a file as it should
-// be, what stands behind it shows that it is none.
+// The new bytes are first written behind the old ones. A disk without room for them then says so before the
+// old ones are touched. And while the old ones are being overwritten, a mixture of both could pass for a
+// valid file; the copy behind it shows that it is not.
 OSErr WriteOver(FileRef file, std::string_view old, std::string_view bytes, bool *isCut) {
     OSErr status = WriteThrough(file, OffsetOfCopy(old, bytes), bytes);
     if (status == noErr) {
@@ -98,7 +98,7 @@ OSErr WriteOver(FileRef file, std::string_view old, std::string_view bytes, bool
     return status == noErr ? Cut(file, bytes.size()) : status;
 }
 
-// What may have been cut off is put behind the file again first, for the same reason.
+// Puts what may have been cut off behind the file again first, for the same reason.
 OSErr WriteBack(FileRef file, std::string_view old, std::string_view bytes, bool isCut) {
     OSErr status = isCut ? WriteThrough(file, OffsetOfCopy(old, bytes), bytes) : OSErr{noErr};
     if (status == noErr) {
@@ -107,7 +107,8 @@ OSErr WriteBack(FileRef file, std::string_view old, std::string_view bytes, bool
     return status == noErr ? Cut(file, old.size()) : status;
 }
 
-// Writes the bytes over those of an open file. A copy that could not be put back stays for the next program.
+// Writes the bytes over those of an open file. If the old ones could not be put back, the copy stays for the
+// next program.
 OSErr Replace(const RegularFile &opened, std::string_view bytes, std::string *oldCopy) {
     KeptBytes kept;
     OSErr status = kept.TakeTurn();

@@ -35,7 +35,7 @@ bool AppendRandomDigits(std::string *out) {
     return true;
 }
 
-// For a program that just looks whether the file is a left-over.
+// Long enough for a program that only checks whether the file is a left-over.
 constexpr std::chrono::milliseconds kLongestLook{1000};
 
 // Whether the open file is still the one at the path.

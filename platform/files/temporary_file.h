@@ -21,13 +21,13 @@ namespace drevix {
                                             std::string_view suffix, mode_t mode, std::string *path,
                                             DiskDescriptor *file);
 
-// Removes what programs that died have left under such names in a folder: regular files of this user that have no
-// other name and are not locked. Anything else stays: other users' files, links, folders, and all of them on a file
-// system without locks. May throw std::bad_alloc.
+// Removes files with such names that dead programs left in a folder: regular files of this user that have no
+// other name and are not locked. Anything else stays: other users' files, links, folders, and all of them on
+// a file system without locks. May throw std::bad_alloc.
 void ClearTemporaryFiles(const std::string &folder, std::string_view prefix, std::string_view suffix);
 
-// Opens a file that a dead program of this user may have left, as ClearTemporaryFiles tells them, for reading, and
-// locks it. False for any other.
+// Opens for reading, and locks, a file that a dead program of this user left, by the rules of
+// ClearTemporaryFiles. False for any other.
 [[nodiscard]] bool OpenLeftOver(const std::string &path, DiskDescriptor *file);
 
 // Whether a name is PREFIX, 16 lower-case hexadecimal digits and SUFFIX.
