@@ -1,4 +1,4 @@
-// Finding an action by its name: matching alone, without a window.
+// Finds an action by its name: the matching alone, without a window.
 #pragma once
 
 #include "settings/action_commands.h"
@@ -32,8 +32,9 @@ struct FoundAction {
     std::vector<TextPart> parts; // of its title that the query names, in ascending order
 };
 
-// The entries whose title, or group, has every word of the query, in any letter case: those first whose title begins
-// with it, then those with its words at the beginning of words, then the others. All of them for an empty query.
+// The entries whose title or group has every word of the query, ignoring letter case. First those whose title
+// begins with the query, then those with its words at the beginnings of words, then the rest. All entries for
+// an empty query.
 [[nodiscard]] std::vector<FoundAction> FindActions(const std::vector<SearchEntry> &entries,
                                                    const QString &query);
 

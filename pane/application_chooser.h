@@ -1,4 +1,4 @@
-// The panel in which a person picks an application: one of those that are installed, or a program's file.
+// A panel for picking an application: an installed one, or a program's file.
 #pragma once
 
 #include "settings/new_application.h"
@@ -16,17 +16,17 @@ class QPushButton;
 
 namespace drevix {
 
-// Modal to its window; the choice stands once exec was accepted.
+// Modal to its window; the choice is valid once exec was accepted.
 class ApplicationChooser : public QDialog {
     Q_OBJECT
 
   public:
-    // Those that have settings already, by `hasSettings` of a file name, are marked, and their settings can be shown
-    // instead; not offered without it.
+    // Marks the applications that have settings already, by `hasSettings` of a file name, and offers to show
+    // these settings instead. Neither without it.
     using SettingsTest = std::function<bool(const std::string &fileName)>;
     explicit ApplicationChooser(QWidget *window, const SettingsTest &hasSettings = {});
     [[nodiscard]] const NewApplication &Chosen() const { return fChosen; }
-    // Whether the settings that the chosen one has are to be shown.
+    // Whether to show the settings that the chosen application already has.
     [[nodiscard]] bool IsToShow() const { return fIsToShow; }
 
   protected:

@@ -1,5 +1,5 @@
-// The icons and names of the installed applications. Looking them up takes its time, so a tile with a letter stands
-// in for an icon until it is found, a few a turn of the event loop.
+// The icons and names of the installed applications. Looking up icons takes time, so a tile with a letter
+// stands in for each until it is found, a few per turn of the event loop.
 #pragma once
 
 #include "settings/new_application.h"
@@ -31,17 +31,17 @@ class ApplicationIcons : public QObject {
   public:
     ApplicationIcons();
 
-    // From here on what is asked for is looked up. Before, as until the first paint, all have tiles.
+    // Starts looking up the icons that are requested. Before, up to the first paint, all are tiles.
     void Start();
-    // Looks up at once what is asked for: for a picture.
+    // Looks up requested icons at once: for a screenshot.
     void LookUpAtOnce();
 
-    // The icon of an application by its file name with small letters, of the global settings by an empty one.
-    // Until it is looked up, and without one, a tile with the first letter of `name`.
+    // The icon of the application with this file name (lower case), or of the global settings for an empty
+    // one. A tile with the first letter of `name` until the icon is looked up, or if there is none.
     [[nodiscard]] QIcon IconOf(const QString &fileName, const QString &name) const;
-    // All that may be offered, by name; read from their entries at the first call, which takes some milliseconds.
+    // All applications to offer, by name. The first call reads their entries, which takes some milliseconds.
     [[nodiscard]] const std::vector<InstalledApplication> &Installed() const;
-    // The one with this file name, null if none is installed, or they were not read yet.
+    // The application with this file name; null if it is not installed, or before the entries were read.
     [[nodiscard]] const InstalledApplication *Find(const QString &fileName) const;
 
   Q_SIGNALS:

@@ -1,10 +1,10 @@
-// What the areas of the window are for assistive technology, for which a frame is only a frame.
+// Roles of the window's areas for assistive technology, to which a frame is only a frame.
 #pragma once
 
 namespace drevix {
 
-// From now on the areas that are made have their roles: save bar, strip, groups, the pop-up that finds actions. May
-// be called any number of times.
+// Gives areas made from now on their roles: save bar, strip, groups, the action search. May be called any
+// number of times.
 void InstallAreaRoles();
 
 } // namespace drevix

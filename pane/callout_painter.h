@@ -1,4 +1,4 @@
-// Drawing the callouts around a picture of the device: on the panel's stage and on a sheet.
+// Draws the callouts around a picture of the device: on the panel's stage and on a sheet.
 #pragma once
 
 #include "pane/callout_layout.h"
@@ -11,7 +11,7 @@ class QPainter;
 
 namespace drevix {
 
-// What a control is called and does.
+// A control's name and action.
 struct ControlText {
     QString name;
     QString action;
@@ -21,7 +21,7 @@ struct ControlText {
     bool operator==(const ControlText &) const = default;
 };
 
-// How a control stands.
+// How to highlight a control.
 struct ControlState {
     bool isChosen = false;
     bool isPointedAt = false;
@@ -29,7 +29,7 @@ struct ControlState {
     bool isFocused = false; // has the keyboard
 };
 
-// The widest of the names, as callouts write them.
+// The width of the widest name, as callouts write it.
 [[nodiscard]] qreal WidestName(const QFont &font, const QStringList &names);
 
 class CalloutPainter {
@@ -37,7 +37,7 @@ class CalloutPainter {
     CalloutPainter(const QFont &font, QPalette palette, CalloutForm form);
 
     void PaintLeader(QPainter &painter, const Callout &callout, const ControlState &state) const;
-    // Whether the action is seen in full below its name.
+    // Whether the action fits below its name uncut.
     [[nodiscard]] bool HasRoom(const Callout &callout, const ControlText &text) const;
     void PaintCallout(QPainter &painter, const Callout &callout, const ControlText &text,
                       const ControlState &state) const;

@@ -1,4 +1,4 @@
-// The question that is asked before records are deleted, replaced, or imported from a file that was opened.
+// Asks before records are deleted, replaced, or imported from an opened file.
 #pragma once
 
 #include <QCheckBox>
@@ -10,20 +10,20 @@ class QLabel;
 
 namespace drevix {
 
-// Modal to its window. exec gives 1 when the user agreed, else 0.
+// Modal to its window. exec returns 1 if the user agreed, else 0.
 class ConfirmPanel : public QDialog {
     Q_OBJECT
 
   public:
     enum class Kind : std::uint8_t { Remove, Replace, Import };
-    // `name` is that of the record, or of the file, for people.
+    // `name` is the name of the record, or of the file, for people.
     ConfirmPanel(Kind kind, const QString &name, QWidget *window);
 
     // Names the application whose settings would be replaced; nothing for an empty name.
     void NameReplaced(const QString &name);
-    // Offers to answer for all records of one operation; not offered at first.
+    // Offers to apply the answer to all records of one operation; off by default.
     void OfferAll(bool isOffered);
-    // Whether the answer is meant for all.
+    // Whether the answer applies to all.
     [[nodiscard]] bool IsForAll() const;
 
   private:

@@ -1,4 +1,4 @@
-// Which control of the device lies where in the drawing.
+// Maps points of the drawing to controls of the device.
 #pragma once
 
 #include <QPoint>
@@ -12,7 +12,7 @@ namespace drevix {
 // The drawing's element for a control of the picture, such as its light, "lit-", or its area, "hit-".
 [[nodiscard]] QString ElementOfControl(const char *kind, int index);
 
-// The map of a drawing, a point for each unit of it. Making it draws every control.
+// The map of a drawing, one point per unit. Making it draws every control.
 class ControlMap {
   public:
     static constexpr int kSide = 320; // the drawing's width and height in its own units

@@ -6,7 +6,7 @@
 
 namespace drevix {
 
-// The drawing as SVG, with body, parts, lines and light in the palette's colours; empty when it is not there.
+// The drawing as SVG, with body, parts, lines and light in the palette's colours; empty if it is missing.
 [[nodiscard]] QByteArray DeviceDrawing(const QPalette &palette);
 
 } // namespace drevix

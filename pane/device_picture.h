@@ -1,6 +1,6 @@
-// The stage: the picture of the device, and around it what each of its controls is called and does. Controls and
-// callouts can be pointed at, clicked, reached by keyboard, and lit. A widget without room for callouts shows the
-// picture alone.
+// The stage: the picture of the device, surrounded by the names and actions of its controls. Controls and
+// callouts can be pointed at, clicked, reached by keyboard, and lit. A widget without room for callouts shows
+// the picture alone.
 #pragma once
 
 #include "pane/callout_layout.h"
@@ -26,7 +26,7 @@ inline constexpr int kPictureControls = static_cast<int>(kPictureSlots.size());
 static_assert(kPictureSlots.size() == kControlSlots.size());
 static_assert(kPictureSlots.size() == kCallouts);
 
-// The place of a slot among them, -1 for a slot of no control.
+// The index of a slot among them; -1 for a slot of no control.
 [[nodiscard]] int PictureIndexOf(SlotIndex slot);
 
 class DevicePicture : public QWidget {
@@ -35,21 +35,21 @@ class DevicePicture : public QWidget {
   public:
     explicit DevicePicture(QWidget *parent = nullptr);
 
-    // The lit control as an index of kPictureSlots; -1 when none is.
+    // The lit control, as an index of kPictureSlots; -1 if none.
     [[nodiscard]] int currentIndex() const { return fCurrent; }
     void setCurrentIndex(int index);
-    // The control that the keyboard points at, -1 while the picture has not the keyboard.
+    // The control with the keyboard focus; -1 while the picture does not have it.
     [[nodiscard]] int focusedIndex() const { return fFocused; }
-    // Whether a control is pressed on the device just now.
+    // Whether a control is being pressed on the device.
     void setPressed(int index, bool isPressed);
     [[nodiscard]] bool isPressed(int index) const { return fPressed.test(static_cast<std::size_t>(index)); }
-    // What a control is called and does, and told to assistive technology.
+    // Sets a control's name and action, also for assistive technology.
     void setControlText(int index, const ControlText &text);
     [[nodiscard]] const ControlText &controlText(int index) const {
         return fTexts[static_cast<std::size_t>(index)];
     }
 
-    // The control at a point of the widget, in the picture or by its callout, -1 when there is none.
+    // The control at a point of the widget, in the picture or by its callout; -1 if none.
     [[nodiscard]] int controlAt(const QPoint &point) const;
     // The rectangle around a control and its callout; around its callout, empty without callouts; a point in the
     // middle of the control.
@@ -105,7 +105,7 @@ class DevicePicture : public QWidget {
     void PaintCallouts(QPainter &painter) const;
 
     mutable QSvgRenderer fDrawing; // drawing an element of it changes nothing that shows
-    // The same with lights that hide what they lie on; made when a control is first pressed.
+    // The same with opaque lights; made when a control is first pressed.
     mutable std::optional<QSvgRenderer> fSolidLight;
     mutable std::optional<ControlMap> fMap;
     mutable std::optional<StageLayout> fLayout; // of this size, font and names

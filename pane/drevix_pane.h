@@ -39,7 +39,7 @@ class QAction;
 
 namespace drevix {
 
-// What comes with the panel.
+// The files that come with the panel.
 struct PaneBundle {
     FSRef resources;       // the resource folder; without a path the panel works on the settings file alone
     std::uint32_t version; // the panel's version as the settings file's stamp holds it
@@ -48,15 +48,15 @@ struct PaneBundle {
 // The bundle of the running program.
 [[nodiscard]] PaneBundle FindPaneBundle();
 
-// The answer to "replace this one?" while several records are taken over.
+// The answer to "Replace this one?" when several records are imported.
 enum class ReplaceAnswer : std::uint8_t { Ask, All, None };
 
 inline constexpr const char *kHelperApplication = "DrevixHelper.app";
 
-// How long leaving the panel, and going to the background, wait for another program that is saving.
+// How long to wait for another program's save when leaving the panel or going to the background.
 inline constexpr std::chrono::milliseconds kLongestWait{2000};
 
-// What finds a record again among others.
+// Identifies a record among others, to find it again.
 struct RecordTrace {
     AppPrefs record;
     int among = 0; // how many of its signature and file name come before it

@@ -1,4 +1,4 @@
-// Which page of the help book explains what.
+// Finds the help page for a part of the panel.
 #pragma once
 
 class QWidget;
@@ -7,8 +7,8 @@ namespace drevix {
 
 inline constexpr const char *kFirstHelpPage = "index.html";
 
-// The page of the help book about a part of the panel: the one that is meant for the widget, else for the
-// nearest part around it; the first page for none. Static storage.
+// The page about a widget, or else about the nearest part around it; the first page if there is none. Static
+// storage.
 [[nodiscard]] const char *HelpPageOf(const QWidget *widget);
 
 } // namespace drevix

@@ -1,4 +1,4 @@
-// Earlier settings, to choose from: a row for each, with what the save that replaced it changed.
+// Lists earlier settings to choose from: a row for each, with the changes made by the save that replaced it.
 #pragma once
 
 #include <QComboBox>

@@ -1,4 +1,4 @@
-// Buttons that look like links: blue and underlined, red while they are pressed.
+// Buttons that look like links: blue and underlined, red while pressed.
 #pragma once
 
 #include "settings/pascal_strings.h"
@@ -8,13 +8,12 @@
 
 namespace drevix {
 
-// A link's colour on a background: the look's own where that can be read there, else its nearest shade that
-// can.
+// A link's colour on a background: the look's own if it is readable there, else the nearest shade that is.
 [[nodiscard]] QColor HyperlinkColor(LinkLook look, const QColor &background);
-// The same on a palette's background; the palette's own where the user wants all contrast there is.
+// The same on a palette's background; the palette's own link colour in high contrast.
 [[nodiscard]] QColor HyperlinkColor(LinkLook look, const QPalette &palette, QPalette::ColorRole background);
 
-// A button with a link's look. A disabled one is drawn as disabled text. A title that has not the room is cut.
+// A button with a link's look. A disabled one is drawn as disabled text; a title that does not fit is cut.
 class LinkButton : public QPushButton {
     Q_OBJECT
 

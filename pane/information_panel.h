@@ -1,4 +1,4 @@
-// The sheet that tells the panel's version and leads on: to the help, the trainer and the maker's pages.
+// The About sheet: the panel's version and links to the help, the trainer and the maker's pages.
 #pragma once
 
 #include "pane/hyperlink.h"
@@ -13,8 +13,8 @@ class InformationPanel : public QDialog {
     Q_OBJECT
 
   public:
-    // `version` is the panel's, nothing when it is not known; without a trainer its link is dimmed. The links
-    // do nothing by themselves: connect them.
+    // `version` is the panel's, nullopt if unknown; without a trainer its link is dimmed. The links do
+    // nothing by themselves: connect them.
     InformationPanel(const std::optional<QString> &version, bool hasTrainer, QWidget *window);
 
     [[nodiscard]] const LinkButton *ManualButton() const { return uiInfoButtonManual; }

@@ -6,8 +6,8 @@
 
 namespace drevix {
 
-// The path of the one file or folder of this computer that is dragged; empty for anything else. The event is
-// then accepted as a copy or a link, or ignored where its program offers to move the file only.
+// The path of the one local file or folder being dragged; empty for anything else. Accepts the event as a
+// copy or a link; ignores it if its program offers only to move the file.
 [[nodiscard]] QString TakeDraggedItem(QDropEvent *event);
 
 class ItemField : public QLineEdit {

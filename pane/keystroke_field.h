@@ -1,4 +1,4 @@
-// The field in which a keystroke is shown, and given by pressing it.
+// The field that shows a keystroke and records a new one when keys are pressed.
 #pragma once
 
 #include "pane/whole_keyboard.h"
@@ -24,14 +24,14 @@ class KeystrokeField : public QLineEdit {
   public:
     explicit KeystrokeField(QWidget *parent = nullptr);
 
-    // What is shown, at once or when the field no longer waits: the keystroke's stored name is the field's text, and
-    // painted are its key caps, with the stored name behind them where it fits, else as tool tip. Without caps the
-    // text is painted.
+    // Sets what is shown, now or as soon as the field stops waiting. The field's text is the keystroke's
+    // stored name. Painted are its key caps, followed by the stored name if it fits, else that is the tool
+    // tip. Without caps the text is painted.
     void ShowKeystroke(const QString &keystroke, const QStringList &caps);
-    // A remark on the keystroke for assistive technology, which cannot see what stands below the field.
+    // A remark on the keystroke for assistive technology, which cannot see the text below the field.
     void SetRemark(const QString &remark);
 
-    // Whether the next key combination is this field's: it waits, in the active window.
+    // Whether the field gets the next key combination: it waits, in the active window.
     [[nodiscard]] bool IsWaiting() const;
     void EndWaiting();
     // Whether it waits and the desktop keeps its own combinations, so that they never come here.
@@ -40,7 +40,7 @@ class KeystrokeField : public QLineEdit {
     [[nodiscard]] QVariant inputMethodQuery(Qt::InputMethodQuery query) const override;
 
   Q_SIGNALS:
-    // It waits or no longer does, or what the desktop keeps has changed.
+    // It started or stopped waiting, or IsDesktopFirst has changed.
     void waitingChanged();
 
   protected:

@@ -1,5 +1,5 @@
-// The device as it is used: a touched control lights up in the picture as long as it is down, and for a moment where
-// it only moves on by a step. With the panel in front the device does nothing else.
+// Shows the device in use: a touched control lights up in the picture while it is down, or for a moment if it
+// only moves by a step. While the panel is in front, the device does nothing else.
 #pragma once
 
 #include "platform/bus/device_watch.h"
@@ -21,20 +21,20 @@ class LiveView : public QObject {
     Q_OBJECT
 
   public:
-    // Lights up the controls of a picture, which must outlive this. Watches nothing before Begin.
+    // Lights up the controls of a picture, which must outlive this. Does nothing before Begin.
     LiveView(DevicePicture *picture, QObject *parent);
 
-    // Watches the helper's device until End, as soon as it is there. At the end nothing is lit.
+    // Watches the helper's device, as soon as there is one, until End, which leaves nothing lit.
     void Begin(bool isInFront);
     void SetInFront(bool isInFront);
     void End();
-    // To be called once a second: the helper may have come or gone.
+    // Call once a second: the helper may have come or gone.
     void Look();
 
   Q_SIGNALS:
-    // A control was touched, and has done nothing since the panel is in front.
+    // A control was touched, but has done nothing since the panel came to the front.
     void touched(int slot);
-    // What a control could not do and why, as a line for people; empty once a control does something again.
+    // What a control could not do and why, for people; empty once a control works again.
     void told(const QString &line);
 
   private:

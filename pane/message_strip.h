@@ -1,4 +1,4 @@
-// The strip below the header: what the user should know of that is not about saving. It stays until it is answered,
+// The strip below the header: messages that are not about saving. A message stays until it is answered,
 // closed, or no longer true.
 #pragma once
 
@@ -17,7 +17,7 @@ class QToolButton;
 
 namespace drevix {
 
-// What a message is about. Of several the first one is shown.
+// What a message is about. If there are several, the first is shown.
 enum class StripKind : std::uint8_t { Conflict, Problem, NoHelper, Introduction };
 inline constexpr int kStripKinds = 4;
 
@@ -42,12 +42,12 @@ class MessageStrip : public TintedBar {
   public:
     explicit MessageStrip(QWidget *parent = nullptr);
 
-    // Shows the message, tells it to assistive technology, and keeps it until it is taken back.
+    // Shows the message, announces it to assistive technology, and keeps it until it is withdrawn.
     void Show(StripKind kind, const StripMessage &message);
     void TakeBack(StripKind kind);
     [[nodiscard]] bool Has(StripKind kind) const;
     [[nodiscard]] std::optional<StripKind> Shown() const;
-    // What the keyboard comes to first, null without buttons.
+    // What gets the keyboard focus first; null without buttons.
     [[nodiscard]] QWidget *FirstButton() const;
 
   Q_SIGNALS:
@@ -73,7 +73,7 @@ class MessageStrip : public TintedBar {
     QHBoxLayout *fButtonRow;
 };
 
-// A number in a circle: a step of the introduction, and the place in the panel where it is done.
+// A number in a circle: a step of the introduction, and the place in the panel that it is about.
 class StepBadge : public QWidget {
     Q_OBJECT
 

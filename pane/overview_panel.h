@@ -1,4 +1,4 @@
-// The overview: sheets of one application or of all, to look at, to keep as a PDF, to print and to copy.
+// The overview: sheets of one application or of all, to view, save as a PDF, print and copy.
 #pragma once
 
 #include "pane/sheet.h"

@@ -1,4 +1,4 @@
-// An icon that is painted anew in each size: its kinds say how, in paint().
+// An icon painted for each size; subclasses implement paint().
 #pragma once
 
 #include <QIconEngine>

@@ -23,15 +23,14 @@ template <std::size_t N>
 [[nodiscard]] std::span<const std::uint8_t> CharactersOf(const std::array<std::uint8_t, N> &name) {
     return {name.data() + 1, std::min<std::size_t>(name[0], N - 1)};
 }
-// Mac OS Roman as the window's text. Control characters, which a name from elsewhere may hold, are shown as
-// U+FFFD.
+// Mac OS Roman as the window's text. Control characters, which a foreign name may hold, become U+FFFD.
 [[nodiscard]] QString TextOfRoman(std::span<const std::uint8_t> roman);
 template <std::size_t N>
 [[nodiscard]] QString TextOf(const std::array<std::uint8_t, N> &name) {
     return TextOfRoman(CharactersOf(name));
 }
 
-// The English of the libraries below the panel in the user's language; unknown texts stay as they are.
+// English text of the libraries below the panel, translated; unknown texts stay as they are.
 [[nodiscard]] QString TranslatedText(std::string_view english);
 // What a status means, as the end of a sentence.
 [[nodiscard]] QString StatusSentence(OSErr status);
@@ -50,17 +49,17 @@ template <std::size_t N>
 // A control's name for people ("Button II"), by its slot.
 [[nodiscard]] QString ControlTitle(SlotIndex slot);
 
-// The keystroke of a slot as the keyboard is labelled ("Ctrl+Shift+S"), empty without a key; modifiers alone
-// ("Shift").
+// The keystroke of a slot as the keyboard labels it ("Ctrl+Shift+S"); modifiers alone ("Shift"); empty
+// without a key.
 [[nodiscard]] QString KeyText(const ActionSlot &slot);
 [[nodiscard]] QString ModifierText(std::uint16_t modifiers);
-// Whether two slots do the same: fields that their command does not use do not count.
+// Whether two slots do the same, ignoring fields that their command does not use.
 [[nodiscard]] bool DoTheSame(const ActionSlot &a, const ActionSlot &b);
 
-// Lines of text as a tool tip, which would else take a name for markup. Empty for no text.
+// Plain text as a tool tip, which could otherwise take a name for markup. Empty for no text.
 [[nodiscard]] QString PlainToolTip(const QString &text);
-// Gives a widget such a tool tip, and assistive technology the text: without one of its own it would be told the
-// tip with its markup.
+// Gives a widget such a tool tip, and assistive technology the text, which would otherwise be read out with
+// its markup.
 void ShowToolTip(QWidget *widget, const QString &text);
 
 } // namespace drevix

@@ -8,7 +8,7 @@
 
 namespace drevix {
 
-// Drawings for buttons that have no text, and for fields: a theme may lack any icon.
+// Drawings for fields and buttons without text: a theme may lack any icon.
 enum class Drawing : std::uint8_t { None, Plus, Bin, Lens };
 
 // The theme's icon of that name with "-symbolic", painted in the colour of text, or of the name as it is; else the same of

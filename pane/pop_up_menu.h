@@ -6,23 +6,23 @@
 
 namespace drevix {
 
-// Unlike the combo box that it is, it never goes from choice to choice while it is closed: choosing an action
-// empties its control's settings and may take the action from another control, so what lies on the way must
-// not be chosen. Arrow keys and letters open it instead, and the wheel is left to what lies around it.
+// Unlike a plain combo box, never changes its choice while it is closed: choosing an action clears its
+// control's settings and may take the action from another control, so an action must not be chosen in
+// passing. Arrow keys and letters open the menu instead, and the wheel scrolls what is around it.
 class PopUpMenu : public QComboBox {
     Q_OBJECT
 
   public:
     using QComboBox::QComboBox;
 
-    // As wide as minimumContentsLength() letters and an icon, whatever the items say. The policy of that name would make the
-    // list that opens at once, for each menu of a window.
+    // As wide as minimumContentsLength() letters and an icon, whatever the items are. The size adjust policy
+    // for that would create the list of every menu when the window opens.
     [[nodiscard]] QSize sizeHint() const override;
     [[nodiscard]] QSize minimumSizeHint() const override { return sizeHint(); }
 
-    // What paints the items of the open list, from its first opening on. Owned here.
+    // Sets what paints the items of the list, from its first opening on. Owned here.
     void SetDelegate(QAbstractItemDelegate *delegate);
-    // A second column in the open menu: what an item stands for now, bold where that is not the usual.
+    // A second column in the open menu: the current meaning of an item, bold if it is not the default.
     struct SecondColumn {
         QString text;
         bool isBold = false;
@@ -40,7 +40,7 @@ class PopUpMenu : public QComboBox {
     bool fHasSecondColumn = false;
 };
 
-// The items of a menu that was not given a model of another kind.
+// The items of a menu that has the default model.
 [[nodiscard]] QStandardItemModel *ModelOf(const QComboBox *menu);
 
 } // namespace drevix

@@ -1,11 +1,11 @@
-// Qt's event loop for what the folders below watch.
+// Qt's event loop for the watches of the folders below.
 #pragma once
 
 #include "platform/base/loop_watch.h"
 
 namespace drevix {
 
-// Needs an application object whenever a watch is set; without one nothing is called.
+// Needs an application object before a watch is set; without one nothing is called.
 class QtEventLoop : public EventLoop {
   public:
     [[nodiscard]] std::unique_ptr<Place> MakePlace(std::function<void()> function) override;

@@ -7,13 +7,13 @@
 
 namespace drevix {
 
-// A pair of fields; null members when the sliders edit nothing.
+// A pair of fields; null members if the sliders edit nothing.
 struct RingFields {
     std::uint8_t DevicePrefs::*sensitivity;
     std::uint8_t DevicePrefs::*speed;
 };
 
-// By Axis; a control without an axis has no fields of its own.
+// By Axis. A control without an axis has no fields of its own.
 inline constexpr auto kAxisFields = std::to_array<RingFields>({
     {nullptr, nullptr},
     {&DevicePrefs::navSensitivityX, &DevicePrefs::navSpeedX},
@@ -21,7 +21,8 @@ inline constexpr auto kAxisFields = std::to_array<RingFields>({
     {&DevicePrefs::navSensitivityZ, &DevicePrefs::navSpeedZ},
 });
 
-// The axis whose own values the sliders edit while a slot is selected; none while all axes have the same.
+// The axis whose own values the sliders edit while a slot is selected; none while all axes share their
+// values.
 [[nodiscard]] inline Axis EditedAxis(const DevicePrefs &device, SlotIndex slot) {
     const ControlSlot *control = FindControlSlot(slot);
     return device.useSeparateNavSens == 0 || control == nullptr ? Axis::None : control->axis;

@@ -1,5 +1,5 @@
-// What the panel says of saving, and the next step that it offers, from three facts alone: so no way through it
-// ends without a button.
+// What the save bar says and the next step it offers, derived from three facts alone, so that no state is
+// left without a button.
 #pragma once
 
 #include <cstdint>
@@ -19,7 +19,7 @@ enum class SaveState : std::uint8_t {
     Failed, // the same, and the last try failed: Retry
 };
 
-// An edit comes first, as Apply then saves all the rest too, a failed save's changes among it.
+// An edit comes first, because Apply then saves all the rest too, including a failed save's changes.
 [[nodiscard]] constexpr SaveState SaveStateOf(const SaveFacts &facts) {
     if (facts.isEdited) {
         return SaveState::Edited;
@@ -33,7 +33,7 @@ enum class SaveState : std::uint8_t {
 [[nodiscard]] constexpr bool CanApply(SaveState state) {
     return state == SaveState::Edited;
 }
-// Whether a button of its own must save what Apply does not.
+// Whether an extra button must save what Apply does not.
 [[nodiscard]] constexpr bool OffersSave(SaveState state) {
     return state == SaveState::Kept || state == SaveState::Failed;
 }

@@ -1,4 +1,4 @@
-// A second column at the right of a list's or a menu's items: what one stands for, or is, in a word.
+// A second column at the right of a list's or a menu's items: one word about each.
 #pragma once
 
 #include <QStyledItemDelegate>

@@ -21,13 +21,13 @@ struct SheetContents {
     QStringList values;                          // "Ring: sensitivity 120 %, speed 100 %", ...
 };
 
-// The sheet's size in the units in which it is painted, 1/96 inch: A4 across, or Letter where that is usual.
+// The sheet's size in its painting units of 1/96 inch: A4 landscape, or Letter where that is usual.
 [[nodiscard]] QSizeF SheetSize();
 // Paints a sheet, black on white, with its corner at the painter's origin.
 void PaintSheet(QPainter &painter, const SheetContents &sheet);
 // The sheet as lines of text.
 [[nodiscard]] QString SheetText(const SheetContents &sheet);
-// Writes a PDF file, a page a sheet, into a device that is open for writing. False when it cannot be written.
+// Writes a PDF file, one page per sheet, to a device open for writing. False if it cannot be written.
 [[nodiscard]] bool WriteSheets(QIODevice &device, const std::vector<SheetContents> &sheets);
 
 } // namespace drevix

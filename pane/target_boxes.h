@@ -1,4 +1,5 @@
-// Boxes and radio buttons that take a click in the height of a target: their style's own area is as low as the text.
+// Check boxes and radio buttons that take clicks in the full height of a target: the style's own area is only
+// as high as the text.
 #pragma once
 
 #include "pane/look.h"

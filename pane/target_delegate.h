@@ -1,5 +1,4 @@
-// Draws an application of the list and of the side bar: its icon, its name, and what there is to know of its
-// settings.
+// Draws an application in the list and in the side bar: its icon, its name, and the state of its settings.
 #pragma once
 
 #include <QStyledItemDelegate>
@@ -10,8 +9,8 @@ class TargetDelegate : public QStyledItemDelegate {
     Q_OBJECT
 
   public:
-    // In the side bar a row that is no record is a heading or an application to add; in the pop-up menu a command or a
-    // separator.
+    // A row that is no record: in the side bar a heading or an application to add; in the pop-up menu a
+    // command or a separator.
     enum class Place : bool { SideBar, PopUp };
     TargetDelegate(Place place, QObject *parent) : QStyledItemDelegate(parent), fPlace(place) {}
 
@@ -19,11 +18,11 @@ class TargetDelegate : public QStyledItemDelegate {
                const QModelIndex &index) const override;
     [[nodiscard]] QSize sizeHint(const QStyleOptionViewItem &option, const QModelIndex &index) const override;
 
-    // Where a row offers to add settings for its application.
+    // Where a row has its button for adding settings for its application.
     [[nodiscard]] static QRect AddRect(const QRect &row, const QFont &font);
 
   Q_SIGNALS:
-    // It was clicked there.
+    // That button was clicked.
     void addClicked(const QModelIndex &index);
 
   protected:

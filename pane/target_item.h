@@ -28,7 +28,7 @@ struct TargetState {
     bool operator==(const TargetState &) const = default;
 };
 
-// A record's item: ten thousand of them must be cheap. Its icon is asked for when it is drawn.
+// A record's item. Cheap, because there may be ten thousand; its icon is requested when it is drawn.
 class TargetItem : public QStandardItem {
   public:
     TargetItem(TargetState state, const ApplicationIcons *icons) : fState(std::move(state)), fIcons(icons) {}
@@ -40,7 +40,7 @@ class TargetItem : public QStandardItem {
     const ApplicationIcons *fIcons;
 };
 
-// "Your settings, off, unsaved changes", as assistive technology tells it behind the name.
+// "Your settings, off, unsaved changes", as assistive technology reads it after the name.
 [[nodiscard]] QString TargetDescription(int marks);
 
 } // namespace drevix

@@ -9,9 +9,9 @@
 
 namespace drevix {
 
-// A row is a record's item of the list, a heading, or, while searching, an installed application without settings.
-// The global record has no row; the side bar shows it above them. What is asked of a record's row is answered by its
-// item; the rows are built anew at the event loop's next turn after the list's rows changed.
+// A row is a record's item of the list, a heading, or, during a search, an installed application without
+// settings. The global record has no row; the side bar shows it above them. Questions about a record's row go
+// to its item. The rows are rebuilt in the event loop's next turn after the list's rows changed.
 class TargetRows : public QAbstractListModel {
     Q_OBJECT
 
@@ -25,7 +25,7 @@ class TargetRows : public QAbstractListModel {
     // Whether the search finds the global record.
     [[nodiscard]] bool HasGlobal() const;
 
-    // The list's item of a row, -1 for a row of another kind; and the row of an item, -1 when it has none now.
+    // The list's item of a row, -1 for a row of another kind; and the row of an item, -1 if it has none now.
     [[nodiscard]] int SourceRow(int row) const;
     [[nodiscard]] int RowOfSource(int sourceRow) const;
     // The installed application of a row, null for a row of another kind.

@@ -16,14 +16,14 @@ class QToolButton;
 
 namespace drevix {
 
-// Shows the list of applications that a pop-up menu holds, and chooses in it as its user would.
+// Shows the list of applications that a pop-up menu holds, and makes choices in it as its user would.
 class TargetSideBar : public QWidget {
     Q_OBJECT
 
   public:
     explicit TargetSideBar(QWidget *parent = nullptr);
 
-    // Call once, when the list has its items and fonts are at hand. Both must outlive the side bar.
+    // Call once, when the list has its items and fonts are loaded. Both must outlive the side bar.
     void UseList(QComboBox *list, ApplicationIcons *icons);
     // The commands of the buttons below the list.
     void SetActions(QAction *add, QAction *remove, QMenu *more);
@@ -31,9 +31,9 @@ class TargetSideBar : public QWidget {
     void FocusList();
 
   Q_SIGNALS:
-    // A record's item of the list was chosen; it is the current one now.
+    // A record's item of the list was chosen and is now the current one.
     void chosen(int item);
-    // An installed application is to get settings.
+    // The user asked to add settings for an installed application.
     void addAsked(const drevix::NewApplication &application);
 
   protected:

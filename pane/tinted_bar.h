@@ -1,4 +1,4 @@
-// A bar across the panel, such as the save bar: its tint and the stripe at its left tell what it is about.
+// A bar across the panel, such as the save bar. Its tint and the stripe at its left tell what it is about.
 #pragma once
 
 #include "pane/look.h"
@@ -13,7 +13,7 @@ class TintedBar : public QFrame {
   public:
     explicit TintedBar(QWidget *parent = nullptr) : QFrame(parent) {}
     void SetTint(Tint tint);
-    // Where a thin line parts it from its neighbours.
+    // The edges with a thin line to the neighbours.
     void SetLines(Qt::Edges edges);
 
   protected:

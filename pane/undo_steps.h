@@ -1,5 +1,5 @@
-// The edits of a session, for Undo and Redo: each step has the records that it changed, as they were before and
-// after. Knows nothing of the base or the window; a record is found again by its bytes.
+// The edits of a session, for Undo and Redo. Each step holds the records that it changed, as they were before
+// and after. Knows nothing of the base or the window; finds a record again by its bytes.
 #pragma once
 
 #include "settings/app_prefs.h"
@@ -12,7 +12,7 @@
 namespace drevix {
 
 inline constexpr std::size_t kMostUndoSteps = 100;
-// Of all steps together, so that large imports do not fill the memory; the latest step stays all the same.
+// For all steps together, so that large imports do not fill the memory; the latest step always stays.
 inline constexpr std::size_t kMostUndoChanges = 20'000; // 3.3 KB each
 
 struct StepChange {
@@ -31,23 +31,23 @@ struct UndoStep {
 
 class UndoSteps {
   public:
-    // Adds a change to the step that is being made; null: no record. `shown` is the record in the window.
+    // Adds a change to the step being made; null: no record. `shown` is the record in the window.
     void Note(const AppPrefs *before, const AppPrefs *after, const AppPrefs &shown);
-    // Ends the step; without changes there is none. Drops what could be done again. A move of the slider that
-    // the step before moved is joined with it.
+    // Ends the step, which is dropped if it has no changes. Drops the steps that could be redone. Joins a
+    // slider's move with the previous move of the same slider.
     void EndStep(const AppPrefs &shown, SlotIndex control);
-    // The next move of a slider is a step of its own.
+    // Makes the next move of a slider a step of its own.
     void EndJoining() { fMayJoin = false; }
 
-    // The step to take back, or to do again; null when there is none.
+    // The step to undo, or to redo; null if there is none.
     [[nodiscard]] const UndoStep *ToUndo() const;
     [[nodiscard]] const UndoStep *ToRedo() const;
     // Notes that this was done.
     void WasUndone();
     void WasRedone();
 
-    // Drops the changes of every record that another program has changed. `isThere` tells whether there is a
-    // record with these bytes, `isGone` whether none has its name.
+    // Drops the changes of every record that another program has changed. `isThere` tells whether a record
+    // has these bytes, `isGone` whether none has its name.
     using Question = std::function<bool(const AppPrefs &)>;
     void DropChangedElsewhere(const Question &isThere, const Question &isGone);
 

@@ -1,4 +1,4 @@
-// The question that is asked when the window closes and settings could not be saved.
+// Asks what to do when the window closes and settings could not be saved.
 #pragma once
 
 #include <QMessageBox>
@@ -13,10 +13,10 @@ class UnsavedPanel : public QMessageBox {
 
   public:
     enum class Answer : std::uint8_t { Retry, ExportAll, Discard, Cancel };
-    // `problem` says in a sentence why they could not be saved.
+    // `problem` is a sentence: why they could not be saved.
     UnsavedPanel(const QString &problem, QWidget *window);
 
-    // Cancel when it was closed without an answer.
+    // Cancel if it was closed without an answer.
     [[nodiscard]] Answer Ask();
 };
 

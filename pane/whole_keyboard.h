@@ -1,4 +1,5 @@
-// The whole keyboard for a window for a while, the desktop's own combinations (Alt+Tab, Alt+F4) with it.
+// Grabs the whole keyboard for a window for a while, including the desktop's own combinations (Alt+Tab,
+// Alt+F4).
 #pragma once
 
 #include <QObject>
@@ -11,23 +12,23 @@ namespace drevix {
 
 class WaylandShortcuts;
 
-// Asks for it as the platform lets it: X11 gives it or not, a Wayland compositor may know no such request, refuse
-// it, or ask the user.
+// Requests it as the platform allows: X11 grants it or not; a Wayland compositor may not support the request,
+// refuse it, or ask the user.
 class WholeKeyboard : public QObject {
     Q_OBJECT
 
   public:
-    // For the window of `user`, which owns this.
+    // For the window of `user`, its owner.
     explicit WholeKeyboard(QWidget *user);
     ~WholeKeyboard() override;
 
     void Ask();
-    // Gives back what was asked for.
+    // Ends the request.
     void Release();
 
   Q_SIGNALS:
-    // Between Ask and Release, at once or later: whether the window has the desktop's combinations now. On a
-    // platform that has no desktop it is not emitted.
+    // Emitted between Ask and Release, at once or later: whether the window now gets the desktop's
+    // combinations. Not emitted on a platform without a desktop.
     void answered(bool isGiven);
 
   private:
