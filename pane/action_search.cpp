@@ -11,7 +11,7 @@
 namespace drevix {
 namespace {
 
-// The better the smaller.
+// Smaller is better.
 enum class Rank : std::uint8_t { StartOfTitle, StartOfWords, InTitle, InGroup };
 
 struct Match {
@@ -23,7 +23,7 @@ bool IsStartOfWord(const QString &text, qsizetype at) {
     return at == 0 || !text[at - 1].isLetterOrNumber();
 }
 
-// Where a word is best seen in a text: at the start of one of its words, else anywhere; -1 for nowhere.
+// Where a text has a word: at the start of one of its words, else anywhere; -1 if nowhere.
 qsizetype PlaceOfWord(const QString &text, const QString &word) {
     const qsizetype first = text.indexOf(word, 0, Qt::CaseInsensitive);
     for (qsizetype at = first; at >= 0; at = text.indexOf(word, at + 1, Qt::CaseInsensitive)) {

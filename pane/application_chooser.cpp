@@ -33,7 +33,7 @@ QIcon IconOf(const DesktopEntry &entry) {
     return found.isNull() ? QIcon::fromTheme(QStringLiteral("application-x-executable")) : found;
 }
 
-// A file panel in which an application folder is chosen, not gone into.
+// A file panel that chooses an application folder instead of opening it.
 class ProgramPanel : public QFileDialog {
   public:
     explicit ProgramPanel(QWidget *window)
@@ -145,7 +145,7 @@ void ApplicationChooser::FillList(const SettingsTest &hasSettings) {
     }
 }
 
-// Shows the applications whose name has the text in it, with the first of them selected.
+// Shows the applications whose names contain the text, and selects the first.
 void ApplicationChooser::ShowMatches(const QString &text) {
     fMatches.setFilterFixedString(text);
     fList->setCurrentIndex(fMatches.index(0, 0));
@@ -175,7 +175,7 @@ void ApplicationChooser::actOther() {
     }
 }
 
-// The keys that go through the list do so from the search field too.
+// The keys that move through the list also work in the search field.
 bool ApplicationChooser::eventFilter(QObject *watched, QEvent *event) {
     if (watched == fSearch && event->type() == QEvent::KeyPress) {
         switch (static_cast<QKeyEvent *>(event)->key()) {

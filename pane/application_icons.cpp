@@ -14,7 +14,7 @@ namespace {
 
 constexpr int kLookUpsATurn = 4;
 
-// Fixed for all time, so that an application keeps its colour. FNV-1a over the bytes of the name.
+// Never changes, so that an application keeps its colour. FNV-1a over the bytes of the name.
 std::uint32_t HashOf(const QString &name) {
     std::uint32_t hash = 2166136261U;
     for (const char byte : name.toUtf8()) {
@@ -23,7 +23,7 @@ std::uint32_t HashOf(const QString &name) {
     return hash;
 }
 
-// A square with a letter, sharp in every size.
+// A square with a letter, sharp at every size.
 class TileEngine : public PaintedIcon {
   public:
     TileEngine(const QString &fileName, const QString &name)
@@ -41,7 +41,8 @@ class TileEngine : public PaintedIcon {
     }
 
   private:
-    // Enlarged: making a font of each size takes the start longer than all else in these pictures.
+    // Scaled up, because creating a font for each size would take longer than the rest of drawing these
+    // icons.
     void PaintLetter(QPainter *painter, const QRect &rect) const {
         constexpr qreal kPart = 0.6; // of the square
         QFont font = painter->font();
@@ -60,7 +61,7 @@ class TileEngine : public PaintedIcon {
     QColor fColor;
 };
 
-// A file name as a record holds it, with small letters.
+// A file name as a record stores it, in lower case.
 QString StoredNameOf(const std::string &fileName) {
     return FileNameKey(StoredFileName(fileName));
 }

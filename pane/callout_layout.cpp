@@ -23,12 +23,12 @@ constexpr qreal kActionOfName = 1.5; // as long as usual, where names tell how l
 constexpr qreal kLargestPicture = 30;
 constexpr qreal kSmallestPicture = 10.5; // that callouts may leave
 
-// In units of the drawing: beside the body, where lines bend that go straight to their control.
+// In units of the drawing: beside the body, where a line bends towards its control.
 constexpr qreal kLeftElbow = -4;
 constexpr qreal kRightElbow = kSide + 4;
 
-// One callout in the drawing's units: where it would lie, and how its line gets to its control. In this order from
-// top to bottom no two lines cross, and none passes over the button of another.
+// One callout in the drawing's units: its preferred place, and the path of its line to its control. In this
+// order from top to bottom no two lines cross, and none passes over another control's button.
 struct CalloutRow {
     int index; // in kPictureSlots
     qreal level;
@@ -62,12 +62,12 @@ qreal HeightOf(CalloutForm form, qreal em) {
                                          : std::max(kOneLineHeight * em, qreal{kLeastTarget});
 }
 
-// Callouts stand a pixel apart at least, and u from the stage's edges.
+// Callouts are at least a pixel apart, and u from the stage's edges.
 qreal LeastHeight(CalloutForm form, qreal em) {
     return kMostRows * (HeightOf(form, em) + 1) + UnitOf(em);
 }
 
-// The middles of a side's callouts: as near to where they would be as the height of each and the stage let them.
+// The centres of a side's callouts: as close to their preferred places as their heights and the stage allow.
 std::array<qreal, kMostRows> Levels(std::span<const CalloutRow> rows, const QRectF &picture,
                                     qreal stageHeight, qreal height, qreal margin) {
     std::array<qreal, kMostRows> levels{};

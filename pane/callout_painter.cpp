@@ -83,7 +83,7 @@ QColor CalloutPainter::TextColor(const ControlState &state, bool isDim) const {
                           : fPalette.color(QPalette::Text);
 }
 
-// In one line the name keeps its room, and the action is cut; its whole text is the tool tip.
+// In one line the name is never cut, but the action may be; the tool tip has its whole text.
 bool CalloutPainter::HasRoom(const Callout &callout, const ControlText &text) const {
     QFont actionFont = fActionFont;
     actionFont.setBold(text.isChanged);
@@ -100,7 +100,7 @@ void CalloutPainter::PaintTexts(QPainter &painter, const Callout &callout, const
         state.isPressed ? QCoreApplication::translate("Callout", "%1 · pressed") : QStringLiteral("%1");
     QRectF nameRoom = callout.frame.adjusted(1.5 * fUnit, 0, -1.5 * fUnit, 0);
     QRectF actionRoom = nameRoom;
-    // Where there is no room for both, the name is cut and not the news.
+    // If both do not fit, the name is cut rather than the news.
     const qreal nameWidth = nameRoom.width() - nameMetrics.horizontalAdvance(form.arg(QString()));
     const QString shownName = form.arg(nameMetrics.elidedText(text.name, Qt::ElideRight, nameWidth));
     if (fForm == CalloutForm::TwoLines) {

@@ -23,7 +23,7 @@ QString ElementOfControl(const char *kind, int index) {
     return QLatin1String(kind) + QLatin1String(key.data(), static_cast<qsizetype>(key.size()));
 }
 
-// Each area is drawn alone, since edges are blended; later ones lie on top.
+// Draws each area alone, because blended edges would mix colours; later ones lie on top.
 ControlMap::ControlMap(QSvgRenderer &drawing) : fControls(static_cast<std::size_t>(kSide) * kSide, -1) {
     for (int i = 0; i < kPictureControls; ++i) {
         DrawArea(drawing, i);
@@ -52,8 +52,8 @@ void ControlMap::DrawArea(QSvgRenderer &drawing, int index) {
     }
 }
 
-// The point of a control's area that lies nearest to the middle of its light; the middle itself may be
-// another's.
+// The point of a control's area nearest to the centre of its light; the centre itself may belong to another
+// control.
 QPoint ControlMap::FindAnchor(const QSvgRenderer &drawing, int index) const {
     const QRect light = drawing.boundsOnElement(ElementOfControl("lit-", index)).toAlignedRect();
     const QPoint middle = light.center();
@@ -71,7 +71,7 @@ QPoint ControlMap::FindAnchor(const QSvgRenderer &drawing, int index) const {
     return nearest;
 }
 
-// A picture that is drawn smaller rounds a point to a pixel, which may be some units away.
+// Drawn smaller, a picture rounds a point to a pixel, which may be some units away.
 bool ControlMap::IsWellWithin(const QPoint &point, int index) const {
     constexpr int kMargin = 2;
     return At(point + QPoint(kMargin, kMargin)) == index && At(point - QPoint(kMargin, kMargin)) == index &&

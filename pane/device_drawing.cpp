@@ -9,7 +9,7 @@
 namespace drevix {
 namespace {
 
-// The colours of the drawing's file, and what stands for them in a theme.
+// The colours in the drawing's file, and the palette colours that replace them.
 struct DrawingColor {
     const char *inFile;
     QColor (*inTheme)(const QPalette &palette);

@@ -21,7 +21,7 @@
 namespace drevix {
 namespace {
 
-// The direction of an arrow key, null for another.
+// The direction of an arrow key; null for any other key.
 QPoint WayOfKey(int key) {
     switch (key) {
     case Qt::Key_Left:
@@ -67,7 +67,7 @@ void DevicePicture::ForgetLayout() {
     update();
 }
 
-// Made when it is first needed: the first picture does without.
+// Made on first use: the first paint does not need it.
 const ControlMap &DevicePicture::Map() const {
     if (!fMap) {
         fMap.emplace(fDrawing);
@@ -214,7 +214,7 @@ void DevicePicture::paintEvent(QPaintEvent * /*event*/) {
     PaintCallouts(painter);
 }
 
-// Drawn once and kept: an edit changes lights and texts alone.
+// Drawn once and cached: an edit changes only lights and texts.
 void DevicePicture::PaintDevice(QPainter &painter) const {
     const QRectF drawn = DrawnRect();
     const qreal scale = devicePixelRatioF();
@@ -249,7 +249,7 @@ void DevicePicture::PaintLights(QPainter &painter) const {
     }
 }
 
-// The lines lie below all callouts, and the chosen control's above the others'.
+// Lines are below all callouts, with the chosen control's line above the others.
 void DevicePicture::PaintCallouts(QPainter &painter) const {
     if (!HasCallouts()) {
         return;
@@ -336,7 +336,7 @@ void DevicePicture::dragEnterEvent(QDragEnterEvent *event) {
     std::ignore = TakeDraggedItem(event); // dropped later, if at all
 }
 
-// The control that would take the item lights up.
+// Lights up the control that would take the item.
 void DevicePicture::dragMoveEvent(QDragMoveEvent *event) {
     SetHovered(controlAt(event->position().toPoint()));
     event->setAccepted(fHovered >= 0 && !TakeDraggedItem(event).isEmpty());
@@ -366,12 +366,12 @@ void DevicePicture::mousePressEvent(QMouseEvent *event) {
     Q_EMIT activated(index);
 }
 
-// Where the eye finds a control: at its callout.
+// Where users look for a control: at its callout.
 QPointF DevicePicture::PlaceOf(int index) const {
     return HasCallouts() ? QRectF(calloutRect(index)).center() : QPointF(Map().Anchor(index));
 }
 
-// The nearest control in a direction, with what lies aside counting twice; `from` itself when there is none.
+// The nearest control in a direction, counting sideways distance twice; `from` itself if there is none.
 int DevicePicture::NextControl(int from, const QPoint &way) const {
     int nearest = from;
     qreal shortest = 0;
@@ -387,7 +387,7 @@ int DevicePicture::NextControl(int from, const QPoint &way) const {
     return nearest;
 }
 
-// Arrow keys go to the next control in their direction, Return and the space bar choose it.
+// Arrow keys move to the next control in their direction; Return and Space choose it.
 void DevicePicture::keyPressEvent(QKeyEvent *event) {
     const int from = std::max(fFocused >= 0 ? fFocused : fCurrent, 0);
     if (const QPoint way = WayOfKey(event->key()); !way.isNull()) {

@@ -33,12 +33,13 @@ FilePanel::FilePanel(const QString &title, const QString &folder, QWidget *windo
     }
 }
 
-// Qt keeps the places for all programs when a panel goes.
+// When a panel is destroyed, Qt stores its places for all programs.
 FilePanel::~FilePanel() {
     setSidebarUrls(fPlacesOfOthers);
 }
 
-// Return with the list of completions open would close both at once, after which no window has the keyboard.
+// Return in the open list of completions would close both at once, and then no window would have the
+// keyboard.
 void FilePanel::done(int result) {
     if (QWidget *completions = QApplication::activePopupWidget(); completions != nullptr) {
         completions->close();
@@ -61,7 +62,7 @@ void FilePanel::ShowPlaces(std::initializer_list<QStandardPaths::StandardLocatio
     setSidebarUrls(places);
 }
 
-// Not the desktop's own panel, which has no room for a check box.
+// Not the desktop's own panel, because it has no room for a check box.
 SettingsFilePanel::SettingsFilePanel(const QString &title, QFileDialog::AcceptMode mode, QWidget *window)
     : FilePanel(title, QDir::homePath(), window) {
     setObjectName(QStringLiteral("uiSettingsFilePanel"));
@@ -90,7 +91,7 @@ void ExportPanel::InsistOnAll() {
     fExportAll->setEnabled(false);
 }
 
-// Not the desktop's own panel: none of them lets a person choose files and folders alike.
+// Not the desktop's own panel, because none lets the user choose both files and folders.
 ItemPanel::ItemPanel(QWidget *window) : FilePanel(tr("Choose an Item to Open"), QStringLiteral("/"), window) {
     setObjectName(QStringLiteral("uiItemPanel"));
     setOption(QFileDialog::ShowDirsOnly, false);
@@ -101,13 +102,13 @@ ItemPanel::ItemPanel(QWidget *window) : FilePanel(tr("Choose an Item to Open"), 
     ShowPlaces({QStandardPaths::HomeLocation, QStandardPaths::DesktopLocation,
                 QStandardPaths::DocumentsLocation, QStandardPaths::ApplicationsLocation});
     if (auto *const name = findChild<QLineEdit *>(); name != nullptr) {
-        // The panel dims its button for a file after it has told of the name.
+        // The panel dims its button for a file after it has reported the name.
         connect(name, &QLineEdit::textChanged, this, &ItemPanel::LightButton, Qt::QueuedConnection);
     }
     ArrangeView();
 }
 
-// There is one kind of item only, so its menu says nothing; names and places need room.
+// There is only one kind of item, so the menu of kinds is no use; names and places need the room.
 void ItemPanel::ArrangeView() {
     for (const char *part : {"fileTypeLabel", "fileTypeCombo"}) {
         if (auto *const shown = findChild<QWidget *>(QLatin1String(part)); shown != nullptr) {

@@ -26,7 +26,7 @@ constexpr qreal kHeight = 15;
 constexpr qreal kRowHeight = 1.65;
 constexpr auto kListKeys = std::to_array<int>({Qt::Key_Up, Qt::Key_Down, Qt::Key_PageUp, Qt::Key_PageDown});
 
-// Paints the title, with what was typed in bold, and beside it the group or the reason.
+// Paints the title, with the typed text in bold, and beside it the group or the reason.
 class FoundDelegate : public QStyledItemDelegate {
   public:
     using QStyledItemDelegate::QStyledItemDelegate;
@@ -144,7 +144,7 @@ void FindPanel::Open(const QString &control, Reason reason) {
     fQuery->setFocus(Qt::PopupFocusReason);
 }
 
-// What can be taken stands first.
+// Actions that can be chosen come first.
 void FindPanel::Show(const QString &query) {
     fList->clear();
     fTyped = query.trimmed().isEmpty() ? std::nullopt : ReadTypedKeystroke(query);
@@ -200,7 +200,7 @@ void FindPanel::AddAction(const FoundAction &found, const QString &reason) {
     }
 }
 
-// The panel is closed first, so that what is chosen finds the window as it was.
+// Closes the panel first, so that the action finds the window as it was.
 void FindPanel::Take(QListWidgetItem *item) {
     if (item == nullptr || (item->flags() & Qt::ItemIsEnabled) == 0) {
         return;

@@ -75,12 +75,13 @@ QSize FoldingSplitter::sizeHint() const {
     return size;
 }
 
-// The titles of its buttons may be set after the limits, and have another length in each language.
+// The titles of its buttons may be set after the limits, and their length depends on the language.
 void FoldingSplitter::Fold(int width) {
     const int least = static_cast<int>(std::lround(kLeastEms * EmOf(font())));
     widget(0)->setMinimumWidth(std::max(least, widget(0)->minimumSizeHint().width()));
     const int both = widget(0)->minimumWidth() + handleWidth() + widget(1)->minimumSizeHint().width();
-    // Folded, the header needs another width; the side bar comes back when there is as much room as it lacked.
+    // The header needs another width when folded. The side bar returns when there is as much room as was
+    // missing.
     fNeeded = IsSideShown() ? both : std::max(both, fNeeded);
     const bool isShown = !fIsHidden && width >= fNeeded;
     if (isShown == IsSideShown()) {
@@ -108,7 +109,7 @@ void FoldingSplitter::resizeEvent(QResizeEvent *event) {
     QSplitter::resizeEvent(event);
 }
 
-// The width that the parts need changes when their texts do, and when they are laid out for the first time.
+// The parts' needed width changes with their texts, and when they are first laid out.
 bool FoldingSplitter::event(QEvent *event) {
     if (event->type() == QEvent::LayoutRequest && count() == 2) {
         Fold(width());

@@ -15,7 +15,7 @@ HelpKey::HelpKey(QWidget *window, std::function<void(const char *page)> open)
     qApp->installEventFilter(this);
 }
 
-// The window's own shortcut does not reach them.
+// The window's own shortcut does not work there.
 bool HelpKey::eventFilter(QObject *watched, QEvent *event) {
     if (event->type() != QEvent::KeyPress || !watched->isWidgetType() ||
         !static_cast<QKeyEvent *>(event)->matches(QKeySequence::HelpContents)) {

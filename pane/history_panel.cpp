@@ -59,7 +59,7 @@ int HistoryPanel::Record() const {
     return fWhat->currentIndex() - 1;
 }
 
-// The record that was chosen stays so where the other settings have it too.
+// Keeps the chosen record if the other settings have it too.
 void HistoryPanel::ShowRow() {
     const QString chosen = fWhat->currentIndex() > 0 ? fWhat->currentText() : QString();
     fWhat->clear();

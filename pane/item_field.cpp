@@ -10,7 +10,7 @@
 namespace drevix {
 namespace {
 
-// What becomes of a dragged file. A program that was told "move" removes its own.
+// The action to accept for a dragged file. A program that is told "move" deletes its own.
 Qt::DropAction HarmlessAction(const QDropEvent &event) {
     for (const Qt::DropAction action : {event.proposedAction(), Qt::CopyAction, Qt::LinkAction}) {
         if (action != Qt::MoveAction && event.possibleActions().testFlag(action)) {
@@ -36,7 +36,7 @@ ItemField::ItemField(QWidget *parent) : QLineEdit(parent) {
     setAcceptDrops(true);
 }
 
-// The line edit would take text, and none while it is read-only.
+// A line edit would accept text, but nothing while it is read-only.
 void ItemField::dragEnterEvent(QDragEnterEvent *event) {
     std::ignore = TakeDraggedItem(event); // dropped later, if at all
 }

@@ -35,7 +35,7 @@ CommandOnKeyboard CommandInForce() {
     return GetCommandKey() == CommandKey::Control ? CommandOnKeyboard::Ctrl : CommandOnKeyboard::Super;
 }
 
-// A letter is written on its key as a capital; "ß", which has none of one letter, as it is.
+// A letter is printed on its key as a capital, except "ß", whose capital form has two letters.
 QString CapText(std::string_view caption) {
     const QString text = TextOf(caption);
     if (text.size() > 1) {
@@ -45,7 +45,7 @@ QString CapText(std::string_view caption) {
     return capital.size() == text.size() ? capital : text;
 }
 
-// The English word of a caption in the user's language, in any letter case; others as they are.
+// The English word for a caption in the user's language, ignoring letter case; others are returned unchanged.
 QString EnglishOf(const QString &typed) {
     for (const std::string_view word : CaptionWords()) {
         if (CapText(word).compare(typed, Qt::CaseInsensitive) == 0) {
@@ -91,7 +91,7 @@ QStringList ModifierCapTexts(std::uint16_t modifiers) {
     return caps;
 }
 
-// Where Ctrl is the command key, who types "ctrl" means that key, and who types "cmd" the stored name.
+// If Ctrl is the command key, a typed "ctrl" means that key, and a typed "cmd" is the stored name.
 std::optional<TypedKeystroke> ReadTypedKeystroke(const QString &text) {
     TypedKeystroke typed{};
     const QString english = InEnglish(text);

@@ -31,12 +31,12 @@ constexpr qreal kEdgeShare = 0.45;   // of a cap's edge, between Window and Wind
 constexpr qreal kCapRadius = 3;      // pixels
 constexpr qreal kRecordDotEms = 0.7; // where the centre of the dot of all that records lies
 
-// A screen lock waits in vain for a keyboard that another program has.
+// While another program has the keyboard, a screen lock cannot get it.
 constexpr std::chrono::seconds kLongestGrab{30};
 
 } // namespace
 
-// Without a menu, which the menu key would open.
+// No context menu: the menu key would open it.
 KeystrokeField::KeystrokeField(QWidget *parent) : QLineEdit(parent), fKeyboard(new WholeKeyboard(this)) {
     setReadOnly(true);
     setContextMenuPolicy(Qt::PreventContextMenu);
@@ -47,7 +47,7 @@ KeystrokeField::KeystrokeField(QWidget *parent) : QLineEdit(parent), fKeyboard(n
     UpdateTexts();
 }
 
-// An input method would keep dead keys to itself. It asks this and not whether the field can be written in.
+// An input method would swallow dead keys. It asks this, not whether the field is read-only.
 QVariant KeystrokeField::inputMethodQuery(Qt::InputMethodQuery query) const {
     return query == Qt::ImEnabled ? QVariant(false) : QLineEdit::inputMethodQuery(query);
 }
@@ -124,8 +124,7 @@ void KeystrokeField::UpdateTexts() {
     setAccessibleDescription(lines.join(QLatin1Char('\n')));
 }
 
-// Many places of a window take a click and leave the keyboard where it is, but whoever clicks there has left
-// the field.
+// A click in many places of a window leaves the keyboard focus where it is, but the user has left the field.
 bool KeystrokeField::eventFilter(QObject *watched, QEvent *event) {
     if (event->type() == QEvent::MouseButtonPress && watched != this && watched->isWidgetType()) {
         EndWaiting();
@@ -142,7 +141,7 @@ void KeystrokeField::keyPressEvent(QKeyEvent *event) {
     }
 }
 
-// The mouse selects no text here.
+// The mouse does not select text here.
 void KeystrokeField::mousePressEvent(QMouseEvent *event) {
     if (event->button() == Qt::LeftButton) {
         deselect();
@@ -178,7 +177,7 @@ void KeystrokeField::paintEvent(QPaintEvent *event) {
     }
 }
 
-// The frame of a field without its text, and the caps in it.
+// Paints the frame of a field without its text, and the caps in it.
 void KeystrokeField::PaintCaps() {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
@@ -203,7 +202,7 @@ void KeystrokeField::PaintCaps() {
     }
 }
 
-// Paints a cap, and gives where it ends.
+// Paints a cap and returns its right end.
 int KeystrokeField::PaintCap(QPainter &painter, int x, const QString &cap) const {
     const int unit = static_cast<int>(UnitOf(EmOf(font())));
     const int top = std::max(2, (height() - 2 * static_cast<int>(EmOf(font()))) / 2);

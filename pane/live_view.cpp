@@ -17,13 +17,13 @@ namespace {
 constexpr std::chrono::milliseconds kMoment{400}; // a step is over before an eye has found it
 constexpr auto kNoFailures = std::to_array<std::string_view>({kPanelIsInFront, kIsSwitchedOff, kIsLocked});
 
-// -1 for a control that the picture does not know, as a newer helper may have one.
+// -1 for a control that the picture does not have: a newer helper may report one.
 int IndexOfKey(const std::string &key) {
     const ControlSlot *control = FindControlSlot(key);
     return control == nullptr ? -1 : PictureIndexOf(control->slot);
 }
 
-// The ring's rests come with every push and turn, and would take their places in the editor.
+// The ring's rest events follow every push and turn, and would replace them in the editor.
 bool IsRest(SlotIndex slot) {
     const ControlSlot *control = FindControlSlot(slot);
     return control != nullptr && control->key.ends_with("Rest");
@@ -107,8 +107,8 @@ void LiveView::Light::LightUp() {
     moment.setRemainingTime(kMoment);
 }
 
-// What stays lit, such as a dial that turns on, is picked once. Whether the panel was in front is the helper's word alone:
-// it has acted otherwise, so a touch is never both or neither, whatever has just come to the front.
+// A control that stays lit, such as a turning dial, is picked once. Only the helper says whether the panel
+// was in front: that is how it acted, so a touch either acts or is picked, never both and never neither.
 void LiveView::Pick(int index) {
     const SlotIndex slot = kPictureSlots.at(static_cast<std::size_t>(index));
     if (!std::exchange(fLights.at(static_cast<std::size_t>(index)).isPicked, true) && !IsRest(slot)) {

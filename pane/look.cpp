@@ -47,7 +47,7 @@ class ForegroundKeeper : public QObject {
     }
 
   private:
-    // The same palette again is no change, so this ends.
+    // Setting the same palette again changes nothing, so this ends.
     void Apply() {
         QPalette palette = fWidget->palette();
         const QColor color = fColor(fWidget->parentWidget()->palette());
@@ -131,7 +131,7 @@ QColor StripeColor(const QPalette &palette, Tint tint) {
     return palette.color(QPalette::Window);
 }
 
-// All contrast there is means black or white under the text.
+// High contrast means black or white under the text.
 QColor GroundColor(const QPalette &palette, Tint tint) {
     const QColor ground = palette.color(QPalette::Window);
     return IsHighContrast(palette) ? ground : Blend(ground, StripeColor(palette, tint), kGroundShare);

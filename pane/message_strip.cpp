@@ -73,7 +73,7 @@ MessageStrip::MessageStrip(QWidget *parent)
     SetLines(Qt::BottomEdge);
 }
 
-// By the font, which is wanted no earlier than there is something to show.
+// By the font, which is not loaded until there is something to show.
 void MessageStrip::SetSizes() {
     const int unit = static_cast<int>(UnitOf(EmOf(font())));
     layout()->setContentsMargins(4 * unit, 2 * unit, 3 * unit, 2 * unit);

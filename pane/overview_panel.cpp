@@ -26,7 +26,7 @@ namespace {
 constexpr int kPageWidth = 820; // device-independent pixels; the sheet is legible then
 constexpr int kCopyScale = 2;
 
-// One sheet on the screen; painted when it is scrolled to.
+// One sheet on the screen, painted when it is scrolled into view.
 class SheetPage : public QWidget {
   public:
     explicit SheetPage(const SheetContents &sheet) : fSheet(sheet) {
@@ -104,7 +104,7 @@ void OverviewPanel::Show() {
         fPageBox->addWidget(new SheetPage(sheet), 0, Qt::AlignHCenter);
         titles += sheet.title;
     }
-    // Where the keyboard comes to, one sheet is told in full, of more what they are of.
+    // For assistive technology: the whole text of a single sheet, but only the titles of several.
     fScroll->setAccessibleDescription(fSheets.size() == 1 ? SheetText(fSheets.front())
                                                           : titles.join(QStringLiteral(", ")));
 }
@@ -132,7 +132,7 @@ void OverviewPanel::Save() {
     }
 }
 
-// The program for PDF documents prints better than this one could: with the printer's own choices.
+// Opens the sheets in the user's PDF program, which prints better, with the printer's own options.
 void OverviewPanel::Print() {
     const QDir folder(QStandardPaths::writableLocation(QStandardPaths::CacheLocation)); // nobody else's
     std::ignore = folder.mkpath(QStringLiteral("."));                                   // writing tells

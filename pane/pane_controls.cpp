@@ -28,7 +28,7 @@ constexpr qreal kTitleScale = 1.3;
 constexpr qreal kControlSize = 1.15;
 constexpr qreal kNoteScale = 0.9;
 
-// What is clicked is high enough to be hit.
+// Classes of widgets that must be high enough to click.
 constexpr auto kTargetClasses =
     std::to_array<const char *>({"QAbstractButton", "QComboBox", "QLineEdit", "QSlider"});
 
@@ -67,7 +67,7 @@ void FillControls(PopUpMenu *menu, std::span<const SlotIndex> slots_) {
     menu->ShowSecondColumn();
 }
 
-// Makes titles of fields as wide as the widest of them.
+// Gives all titles of fields the width of the widest.
 void AlignTitles(const QList<QWidget *> &titles) {
     int widest = 0;
     for (const QWidget *title : titles) {
@@ -78,7 +78,8 @@ void AlignTitles(const QList<QWidget *> &titles) {
     }
 }
 
-// The width in which a menu shows every item in full. The policy of its own for that makes it larger than its place.
+// The width at which a menu shows every item uncut. Its own size policy for that makes it wider than its
+// place.
 int WidthOfItems(const QComboBox &menu) {
     int widest = 0;
     for (int i = 0; i < menu.count(); ++i) {
@@ -149,7 +150,7 @@ void DrevixPane::ShowActionIcons() {
     }
 }
 
-// Not by the description of the view, as the fields: a page is laid out as soon as it is the first, and that takes fonts.
+// Not in the view's description, like the fields: the first page is laid out at once, which needs fonts.
 void DrevixPane::BuildPages() {
     const auto add = [this](QWidget *page, const QString &title, const QString &toolTip) {
         uiPaneTabs->setTabToolTip(uiPaneTabs->addTab(page, title), toolTip);
@@ -163,7 +164,7 @@ void DrevixPane::BuildPages() {
     uiSettingsTextEmpty->show();
 }
 
-// A line edit wants a font as soon as it is made.
+// A line edit needs a font as soon as it is created.
 void DrevixPane::BuildFields() {
     uiSettingsFieldKeystroke = new KeystrokeField(uiSettingsKeys);
     uiSettingsFieldKeystroke->setObjectName(QStringLiteral("uiSettingsFieldKeystroke"));
@@ -182,7 +183,7 @@ void DrevixPane::BuildFields() {
     QWidget::setTabOrder(uiSettingsMenuPredefined, uiSettingsFieldOpenItem);
 }
 
-// Sizes that no change of a text moves. The fields of all kinds of action stand below one another.
+// Sizes that do not depend on the texts. The fields for all kinds of action are stacked.
 void DrevixPane::BuildLooks() {
     QList<QWidget *> titles;
     for (const QFormLayout *form : uiSettingsTabsAction->findChildren<QFormLayout *>()) {
@@ -206,7 +207,7 @@ void DrevixPane::BuildLooks() {
 void DrevixPane::BuildAreas() {
     const qreal em = EmOf(fMainView->font());
     const int unit = static_cast<int>(UnitOf(em));
-    // As wide as usual, or as a language's words need.
+    // The usual width, or what a language's words need.
     int pages = static_cast<int>(std::lround(kPagesEms * em));
     for (PopUpMenu *menu : ControlMenus()) {
         menu->setMinimumWidth(WidthOfItems(*menu));
@@ -260,8 +261,8 @@ void DrevixPane::BuildAreas() {
     uiSettingsMenuExtraKeys->setMinimumWidth(WidthOfItems(*uiSettingsMenuExtraKeys));
 }
 
-// Handlers are called by what the user does alone: menus tell of choices, boxes of clicks; redrawing blocks
-// the signals of the sliders.
+// Only the user's own actions call handlers: menus report choices, boxes report clicks, and redrawing blocks
+// the sliders' signals.
 void DrevixPane::ConnectControls() {
     connect(uiSettingsMenuTarget, &QComboBox::activated, this, &DrevixPane::actSettingsMenuTarget);
     connect(uiSettingsRadioActive, &QRadioButton::clicked, this, &DrevixPane::actSettingsRadioDisable);

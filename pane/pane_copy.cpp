@@ -1,4 +1,5 @@
-// The menu of a control: copying what it does, or what all do, to another control or application, and taking it back.
+// The menu of a control: copying, pasting and resetting its action, or all of them, and duplicating the
+// record.
 #include "pane/drevix_pane.h"
 
 #include "pane/application_chooser.h"
@@ -19,7 +20,7 @@
 namespace drevix {
 namespace {
 
-// On the clipboard: an exchange block with one record; and, where one control's action alone was copied, that
+// On the clipboard: an exchange block with one record; and, if only one control's action was copied, that
 // control's key.
 QString RecordType() {
     return QStringLiteral("application/x-com.halcyra.drevix.record");
@@ -27,7 +28,7 @@ QString RecordType() {
 QString ControlType() {
     return QStringLiteral("application/x-com.halcyra.drevix.control");
 }
-// Its head, the record behind its own head, and the spare byte.
+// Its header, the record with its own header, and the spare byte.
 constexpr qsizetype kBlockSize = sizeof(QBaseExchangeHeader) + sizeof(QBaseRecord) + sizeof(AppPrefs) + 1;
 
 using ExchangeOwner = std::unique_ptr<Block, decltype([](Block *block) { QBaseDisposeExchange(block); })>;
@@ -61,7 +62,7 @@ std::optional<AppPrefs> CopiedRecord() {
     return prefs == nullptr ? std::nullopt : std::optional(*prefs);
 }
 
-// The control whose action alone was copied, null when it was all of a record's.
+// The control whose action was copied; null if the whole record was.
 const ControlSlot *CopiedControl() {
     const QMimeData *const data = QGuiApplication::clipboard()->mimeData();
     return data == nullptr ? nullptr : FindControlSlot(data->data(ControlType()).toStdString());
@@ -87,7 +88,7 @@ void DrevixPane::BuildControlMenu() {
             });
 }
 
-// The menu works on the control that is edited, which the editor shows.
+// The menu is for the edited control, which the editor shows.
 void DrevixPane::ShowControlMenu(const QPoint &globalPoint) {
     auto *const menu = new QMenu(fMainView);
     menu->setObjectName(QStringLiteral("uiControlMenu"));
@@ -168,7 +169,8 @@ void DrevixPane::TellLeftOut(const std::vector<RefusedAction> &refused, const Ap
                                   .arg(controls.join(QLatin1String(", ")), ShownName(target)));
 }
 
-// The record as it is now under another application's name. What may not be there is the global record's.
+// Copies the record, as edited, to another application. Where that may not have an action, the global
+// record's stays.
 void DrevixPane::actDuplicate() {
     ApplicationChooser chooser(fMainView->window());
     if (chooser.exec() != QDialog::Accepted || chooser.Chosen().fileName.empty()) {

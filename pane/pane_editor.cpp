@@ -1,4 +1,4 @@
-// The editor's handlers: each writes into the working copy and draws all controls anew from it.
+// The editor's handlers: each writes into the working copy and redraws all controls from it.
 #include "pane/drevix_pane.h"
 
 #include "companion/korvane_crc.h"
@@ -10,12 +10,12 @@
 
 namespace drevix {
 
-// Null when no control is selected.
+// Null if no control is selected.
 ActionSlot *DrevixPane::EditedSlot() {
     return fDrevixActionIndex < 0 ? nullptr : &fDrevixPrefs.device[0].action[fDrevixActionIndex];
 }
 
-// Brings up the page and the menu position of a slot.
+// Shows the page of a slot, and selects its menu item.
 void DrevixPane::SelectControl(SlotIndex slot) {
     int page = 0;
     for (PopUpMenu *menu : ControlMenus()) {
@@ -127,7 +127,7 @@ void DrevixPane::actSettingsButtonDefaults(ControlGroup group) {
     GetUIFromPrefs();
 }
 
-// The menu entries that the companion lists for the application; each has the checksum of its title with it.
+// The menu entries that the companion lists for the application, each with the checksum of its title.
 void DrevixPane::UpdateToolMenu() {
     while (uiSettingsMenuToolMenu->count() > 1) {
         uiSettingsMenuToolMenu->removeItem(1);
@@ -145,7 +145,7 @@ void DrevixPane::UpdateToolMenu() {
                                         : tr("The companion has no menu for this application."));
 }
 
-// The first item is no entry of the companion's, whatever its own title's checksum is.
+// The first item is not a companion entry, whatever the checksum of its title.
 int DrevixPane::FindInToolMenu(std::uint32_t crc) const {
     for (int i = 1; i < uiSettingsMenuToolMenu->count(); ++i) {
         if (uiSettingsMenuToolMenu->itemData(i).toUInt() == crc) {

@@ -19,7 +19,7 @@ void DrevixPane::BuildShortcuts() {
     add(Qt::CTRL | Qt::Key_P, &DrevixPane::actOverview);
 }
 
-// Made when it is first asked for.
+// Made on first use.
 void DrevixPane::actFindAction() {
     if (fDrevixActionIndex < 0) {
         return;
@@ -52,7 +52,7 @@ void DrevixPane::TakeTyped(const TypedKeystroke &keystroke) {
     }
 }
 
-// Why the edited control may not have an action; empty when it may.
+// Why the edited control cannot have an action; empty if it can.
 QString DrevixPane::RefusalText(ActionRefusal refusal, ActionCommand command) const {
     switch (refusal) {
     case ActionRefusal::None:
@@ -76,7 +76,7 @@ void DrevixPane::actOverview() {
     panel.exec();
 }
 
-// Of the working copy, with what is not saved; and of the other records as they are here.
+// Of the working copy, with its unsaved edits; and of the other records as they are here.
 std::vector<SheetContents> DrevixPane::MakeSheets(bool ofAll) const {
     std::vector<SheetContents> sheets;
     if (!ofAll) {

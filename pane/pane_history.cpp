@@ -1,4 +1,4 @@
-// Earlier settings: the dialog that lists them, and bringing them back.
+// Earlier settings: the dialog that lists and restores them.
 #include "pane/drevix_pane.h"
 
 #include "document/history.h"
@@ -58,7 +58,7 @@ QString ChangeText(const RecordChange &change) {
     return DrevixPane::tr("%1: %2").arg(name, parts.join(QLatin1String(", ")));
 }
 
-// Each is compared with what came after it: the next newer one, or what the file holds now.
+// Compares each with its successor: the next newer one, or the current file.
 std::vector<HistoryItem> ItemsOf(const std::vector<EarlierSettings> &history, const std::string &path) {
     std::vector<HistoryItem> items;
     items.reserve(history.size());
@@ -126,7 +126,7 @@ void DrevixPane::actHistory() {
     }
 }
 
-// What is replaced is in the history after the save.
+// The replaced settings enter the history with the save.
 void DrevixPane::TakeEarlier(const EarlierSettings &earlier, RecordNumber record) {
     KeepEdits();
     const RecordTrace edited = TraceEdited();

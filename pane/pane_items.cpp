@@ -1,4 +1,4 @@
-// The item that a control opens: choosing it, dropping it, showing it and trying it.
+// The item that a control opens: choosing, dropping, showing and trying it.
 #include "pane/drevix_pane.h"
 
 #include "pane/file_panels.h"
@@ -21,7 +21,7 @@ QString PathText(const DrevixItem &item) {
     return QFile::decodeName(QByteArray::fromStdString(item.path));
 }
 
-// An item's name for people: an application's as its desktop entry tells it.
+// An item's name for people; an application's name comes from its desktop entry.
 QString NameOfItem(const DrevixItem &item) {
     DesktopEntry entry;
     if (item.path.ends_with(".desktop") && ReadDesktopEntry(item.path, MessagesLocale(), &entry) == noErr) {
@@ -56,7 +56,7 @@ void DrevixPane::chooseItemDidEnd(const QString &path) {
     }
 }
 
-// The control opens the item from now on, whatever it did before. If no alias file can be made, it stays as it is.
+// Makes the control open the item. If no alias file can be made, the control stays as it was.
 void DrevixPane::SetOpenItem(SlotIndex slot, const QString &path) {
     Str31 name{};
     const OSErr status = MakeDrevixItem(QFile::encodeName(path).toStdString(), &name);

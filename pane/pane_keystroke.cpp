@@ -14,8 +14,8 @@
 namespace drevix {
 namespace {
 
-// Where the user's choice of the command key is kept: with the window's place, as it belongs to this keyboard
-// and not to any application's settings.
+// The place of the user's choice of command key: beside the window's position, because it belongs to this
+// keyboard and not to any application's settings.
 QString CommandKeyPlace() {
     return QStringLiteral("Keyboard/CommandKey");
 }
@@ -23,7 +23,7 @@ QString StoredName(CommandKey key) {
     return key == CommandKey::Control ? QStringLiteral("control") : QStringLiteral("super");
 }
 
-// What is written on the key that is a modifier, by the choice of the command key.
+// The label of the key for a modifier, given the command key.
 QString KeyLabel(std::uint16_t modifier, CommandKey commandKey) {
     if (modifier == kOptionModifier) {
         return DrevixPane::tr("Alt");
@@ -60,7 +60,7 @@ void DrevixPane::BuildKeystrokeControls() {
     connect(uiSettingsFieldKeystroke, &KeystrokeField::waitingChanged, this, &DrevixPane::ShowKeystrokeHint);
 }
 
-// From here on a keystroke is taken with this key for command. Stored ones stay as they are.
+// Records keystrokes with this command key from now on. Stored ones stay as they are.
 void DrevixPane::UseCommandKey(CommandKey key) {
     SetCommandKey(key);
     for (const auto &[box, mask] : ModifierBoxes()) {
@@ -81,8 +81,7 @@ bool DrevixPane::OverrideKeysIsActive() const {
     return fMainView != nullptr && uiSettingsFieldKeystroke->IsWaiting();
 }
 
-// The field keeps the keyboard, so that who works without a mouse goes on from there; what it ends is the
-// waiting.
+// The field stops waiting but keeps the keyboard focus, so that a user without a mouse can go on from there.
 void DrevixPane::ReceiveKeystroke(std::uint8_t keyCode, std::uint16_t modifiers) {
     ActionSlot *slot = EditedSlot();
     if (slot == nullptr || slot->command != kActionKeystroke) {
@@ -119,7 +118,7 @@ void DrevixPane::ShowKeystrokeHint() {
                                                                    : sharing);
 }
 
-// Which other controls of the record have the keystroke. Two controls may well share one, so it is only told.
+// Which other controls of the record have the keystroke. Two controls may share one, so this is only a note.
 QString DrevixPane::SharingText(const ActionSlot &slot) const {
     QStringList sharing;
     for (const ControlSlot &control : kControlSlots) {

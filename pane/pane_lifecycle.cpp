@@ -29,7 +29,7 @@ namespace {
 
 Q_LOGGING_CATEGORY(gPaneLog, "drevix.pane")
 
-// Whether there was a settings file, and nothing came of it.
+// Whether there was a settings file that could not be used.
 bool IsUnusable(OSErr fileStatus) {
     return fileStatus != noErr && fileStatus != fnfErr && fileStatus != dirNFErr;
 }
@@ -89,7 +89,7 @@ void DrevixPane::setProblemHandler(ProblemHandler handler) {
     fProblemHandler = std::move(handler);
 }
 
-// Tells of a failure, or that all is well again.
+// Reports a failure, or that all is well again.
 void DrevixPane::Report(OSErr status, const QString &doing) {
     Tell(status == noErr ? QString() : tr("%1: %2.").arg(doing, StatusSentence(status)));
 }
@@ -99,7 +99,7 @@ void DrevixPane::Tell(const QString &problem) {
     ShowProblem(problem);
 }
 
-// What a save came to stands in the save bar.
+// Shows the result of a save in the save bar.
 void DrevixPane::TellOfSaving(const QString &problem) {
     fIsConflictShown = false;
     fTold = problem;
@@ -181,8 +181,8 @@ void DrevixPane::appDidBecomeActive() {
         TakeOutsideChanges();
     }
     if (fSaveStatus != fBsyErr) {
-        // The companion may have changed its hotkeys meanwhile. After a save that had to wait it has not heard
-        // of the panel's own yet.
+        // The companion may have changed its hotkeys meanwhile. If a save had to wait, it does not have the
+        // panel's own changes yet.
         fDocument.TakeCompanionChanges();
     }
     GetPrefsFromBase();
@@ -195,7 +195,7 @@ void DrevixPane::appDidResignActive() {
     std::ignore = SaveEverything(kLongestWait); // as the button does; reported there
 }
 
-// The working copy is in the base before records come in: they must not take the place of an edit.
+// Stores the working copy first: incoming records must not replace an edit.
 void DrevixPane::TakeOutsideChanges() {
     KeepEdits();
     const RecordTrace edited = TraceEdited();
@@ -208,7 +208,7 @@ void DrevixPane::TakeOutsideChanges() {
     TellConflicts(outside.conflicts);
 }
 
-// The records may be others than the list shows, so it is built again, and the edited record is found again.
+// The records may differ from the list, so rebuilds it and finds the edited record again.
 void DrevixPane::actPaneButtonRevert() {
     const RecordTrace edited = TraceEdited();
     const std::vector<UnsavedRecord> unsaved = UnsavedHere();
@@ -276,7 +276,7 @@ void DrevixPane::LoadDefaultPrefs() {
     fOtherFamilies = OtherFamilies(fPrefPaneBundle.resources, fDrevixPrefs);
 }
 
-// The record that the working copy was made of; null when there is none.
+// The record that the working copy was made from; null if there is none.
 const AppPrefs *DrevixPane::StoredPrefs() const {
     return GetAppPrefs(fDrevixBase, fDrevixPrefsIndex);
 }
@@ -286,7 +286,7 @@ bool DrevixPane::IsEdited() const {
     return stored != nullptr && std::memcmp(stored, &fDrevixPrefs, sizeof fDrevixPrefs) != 0;
 }
 
-// The records that the settings file does not hold as they are here.
+// The number of records that differ from the settings file.
 int DrevixPane::CountUnsaved() const {
     return fDocument.CountUnsaved() + (IsEdited() && !fDocument.IsUnsaved(fDrevixPrefs) ? 1 : 0);
 }
@@ -300,7 +300,7 @@ void DrevixPane::UpdateRevertApplyButtons() {
     const bool canApply = CanApply(state);
     ShowSaveButton(state);
     if (!canApply && (uiPaneButtonApply->hasFocus() || uiPaneButtonRevert->hasFocus())) {
-        // A button that dims would give the focus to whatever comes next.
+        // A button that is disabled would pass the focus to whatever comes next.
         ControlMenus()[static_cast<std::size_t>(uiPaneTabs->currentIndex())]->setFocus(Qt::OtherFocusReason);
     }
     uiPaneButtonApply->setEnabled(canApply);

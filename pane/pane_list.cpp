@@ -24,7 +24,7 @@
 namespace drevix {
 namespace {
 
-// What came of an import file, with the place and the reason where the file is damaged.
+// The result of an import, with the place and reason if the file is damaged.
 QString ImportProblem(OSErr status, const PropertyListProblem &problem) {
     if (problem.text.empty()) {
         return StatusSentence(status);
@@ -40,7 +40,7 @@ bool IsAlike(const AppPrefs *a, const AppPrefs &b) {
 
 } // namespace
 
-// Rebuilds the record items in two changes of the model, whatever their number.
+// Rebuilds the record items with two changes to the model, however many there are.
 void DrevixPane::UpdateTargetMenu() {
     QStandardItemModel *model = ModelOf(uiSettingsMenuTarget);
     model->removeRows(kFirstRecordItem, model->rowCount() - kFirstRecordItem - kTargetFixedItems);
@@ -55,7 +55,7 @@ void DrevixPane::UpdateTargetMenu() {
     SelectTarget();
 }
 
-// What the list says of a record; nothing of one that is not there.
+// What the list shows for a record; nothing for a missing one.
 TargetState DrevixPane::TargetStateOf(RecordNumber number) const {
     const bool isShown = number == fDrevixPrefsIndex;
     const AppPrefs *prefs = isShown ? &fDrevixPrefs : GetAppPrefs(fDrevixBase, number);
@@ -192,7 +192,7 @@ RecordNumber DrevixPane::AddOrReplaceAppPrefs(const AppPrefs &record) {
     return number;
 }
 
-// Whether a record may take the place of the one with its name; asks unless that was answered for all.
+// Whether a record may replace the one with its name; asks unless answered for all.
 bool DrevixPane::MayReplace(const AppPrefs &record, ReplaceAnswer &answer, bool isOneOfMany) {
     if (answer != ReplaceAnswer::Ask) {
         return answer == ReplaceAnswer::All;
@@ -208,7 +208,7 @@ bool DrevixPane::MayReplace(const AppPrefs &record, ReplaceAnswer &answer, bool 
     return agreed;
 }
 
-// Whose settings would go, where that is another application: two names may come to one in Mac OS Roman.
+// Whose settings would be replaced, if that is another application: Mac OS Roman may turn two names into one.
 QString DrevixPane::NameOfReplaced(const AppPrefs &record, const QString &name) const {
     const AppPrefs *replaced = GetAppPrefs(fDrevixBase, FindReplacedAppPrefs(fDrevixBase, record));
     QString old = replaced == nullptr ? name : NameOf(*replaced);
@@ -230,7 +230,7 @@ RecordNumber DrevixPane::StoreConfirmed(const AppPrefs &record, ReplaceAnswer &a
         if (!MayReplace(record, answer, isOneOfMany)) {
             return kNoRecord;
         }
-        // While the question stood, another program's settings may have been loaded.
+        // While the question was open, another program's settings may have been loaded.
         replaced = FindReplacedAppPrefs(fDrevixBase, record);
     }
     const RecordNumber number = StoreRecord(record, replaced);
@@ -253,7 +253,7 @@ void DrevixPane::ShowStored(RecordNumber number) {
     ShowRecord(fDrevixPrefsIndex);
 }
 
-// Rebuilds the list and makes a record the one that is edited. The working copy is not stored before.
+// Rebuilds the list and edits a record. Does not store the working copy first.
 void DrevixPane::ShowRecord(RecordNumber number) {
     fDrevixPrefsIndex = number;
     CopyStoredPrefs();
@@ -270,8 +270,8 @@ RecordTrace DrevixPane::TraceEdited() const {
     return trace;
 }
 
-// Shows a record of a base that has changed: the same one of several with its file name. One that is gone leaves
-// its place to the global record.
+// Shows a record after the base has changed, telling apart records with the same file name; the global record
+// if it is gone.
 void DrevixPane::ShowTraced(const RecordTrace &trace) {
     RecordNumber found = kNoRecord;
     int before = 0;

@@ -1,4 +1,4 @@
-// What happens beside the window: on the device as it is used, and with the keyboard's layout.
+// What happens outside the window: the device in use, and the keyboard layout.
 #include "pane/drevix_pane.h"
 
 #include "keyboard/qt/layout_watch.h"
@@ -25,7 +25,7 @@ bool DrevixPane::showPressed(const QString &key) {
     return control != nullptr;
 }
 
-// Nothing changes under an open menu, a question or a field that takes keys.
+// Nothing changes under an open menu, a question or a field that records keys.
 void DrevixPane::actControlTouched(SlotIndex slot) {
     if (QApplication::activePopupWidget() == nullptr && QApplication::activeModalWidget() == nullptr &&
         !OverrideKeysIsActive()) {
@@ -33,8 +33,8 @@ void DrevixPane::actControlTouched(SlotIndex slot) {
     }
 }
 
-// Never in the place of what was told of the settings, which matters more and is told but once. What was told of the
-// same before is `told`.
+// Never replaces a message about the settings, which matters more and is shown only once. `told` is the last
+// message of this kind.
 void DrevixPane::TellBeside(QString &told, const QString &line) {
     if ((fTold.isEmpty() || fTold == told) && line != fTold) {
         told = line;
@@ -42,13 +42,13 @@ void DrevixPane::TellBeside(QString &told, const QString &line) {
     }
 }
 
-// The factory's settings are those for the layout in force.
+// Uses the factory settings for the current layout.
 void DrevixPane::UseLayout() {
     fFactory = FactoryFolder(fPrefPaneBundle.resources);
     fDocument.UseFactory(fFactory);
 }
 
-// A compositor has told only now which layout is in force.
+// A compositor has only now reported the current layout.
 void DrevixPane::LayoutRebuilt() {
     const FSRef before = fFactory;
     UseLayout();
@@ -59,7 +59,7 @@ void DrevixPane::LayoutRebuilt() {
     }
 }
 
-// Keys are places, and which characters they have was asked once.
+// Keystrokes are stored as key positions, and the characters on them were looked up only once.
 void DrevixPane::LayoutSwitched(bool isOther) {
     TellBeside(fLayoutLine, isOther ? tr("The keyboard layout was switched. Close the settings and open them "
                                          "again to see the keys of "

@@ -1,5 +1,5 @@
-// Drawing every control from the working copy. Nothing here changes a record, and nothing that the user is
-// doing is disturbed: what shows the right value already is left alone.
+// Draws every control from the working copy. Changes no record, and does not disturb what the user is doing:
+// a control that already shows the right value is left alone.
 #include "pane/drevix_pane.h"
 
 #include "pane/editor_tables.h"
@@ -34,7 +34,7 @@ void SetBold(QWidget *widget, bool isBold) {
     }
 }
 
-// Tells on a control whether its value is another than the factory's.
+// Marks a control whose value differs from the factory's.
 void Explain(QWidget *widget, bool isChanged, const QString &factoryValue) {
     ShowToolTip(widget, isChanged ? DrevixPane::tr("Changed. Factory: %1").arg(factoryValue) : QString());
 }
@@ -158,7 +158,7 @@ ControlText DrevixPane::ControlTextOf(SlotIndex slot, const AppPrefs &prefs, con
     return {ControlTitle(slot), ActionText(action), note, isChanged, action.command == kActionNone};
 }
 
-// Beside each control stands what it does, bold where that is not the factory's choice.
+// Shows each control's action beside it, in bold if it is not the factory's.
 void DrevixPane::ShowControlActions() {
     for (PopUpMenu *menu : ControlMenus()) {
         for (int i = 0; i < menu->count(); ++i) {
@@ -170,7 +170,7 @@ void DrevixPane::ShowControlActions() {
     }
 }
 
-// The tool tip of the page's defaults button says what the button restores, with what differs now in bold.
+// The tool tip of the page's defaults button lists what the button restores, with the differences in bold.
 void DrevixPane::ShowDefaultsButton() {
     const ControlSlot *control = FindControlSlot(fDrevixActionIndex);
     if (control == nullptr) {
@@ -195,7 +195,7 @@ void DrevixPane::ShowDefaultsButton() {
     button->setAccessibleDescription((lines + values).join(QLatin1Char('\n')));
 }
 
-// The link that undoes what was chosen for a control. It is there only when there is something to go back to.
+// The link that restores a control's factory action; hidden if there is nothing to restore.
 void DrevixPane::ShowFactoryButton() {
     const ActionSlot *slot = EditedSlot();
     const ActionSlot *factory =
@@ -213,7 +213,7 @@ void DrevixPane::ShowFactoryButton() {
     uiSettingsButtonFactory->setVisible(isChanged);
 }
 
-// What a defaults button restores beside the actions.
+// What a defaults button restores besides the actions.
 QStringList DrevixPane::DefaultValueTexts(ControlGroup group) const {
     const DevicePrefs &factory = fDefaultAppPrefs.device[0];
     switch (group) {
@@ -286,7 +286,7 @@ void DrevixPane::ShowAction() {
     }
 }
 
-// What there is to say of an action that has nothing more to choose.
+// The description of an action that has no options.
 QString DrevixPane::PlainActionText(ActionCommand command) const {
     switch (command) {
     case kActionNone:
@@ -311,7 +311,7 @@ void DrevixPane::ShowScroll(const ActionSlot &slot) {
               !isTuner);
 }
 
-// Selects the item of a delay, and shows the delay itself when no item has it.
+// Selects the item of a delay; shows the delay itself if no item has it.
 void DrevixPane::ShowDelay(QComboBox *menu, int item, int delay, bool isEnabled) {
     menu->setPlaceholderText(tr("Every %1/60 of a second").arg(delay));
     menu->setCurrentIndex(item);

@@ -1,5 +1,4 @@
-// Saving: the moments at which the base goes into the settings file, what is told of it, and the ways out when it
-// fails.
+// Saving: when the base is written to the settings file, what the user is told, and what to do when it fails.
 #include "pane/drevix_pane.h"
 
 #include "helperlink/driver_messages.h"
@@ -32,7 +31,7 @@ constexpr auto kRetryInterval = 500ms;
 constexpr auto kRest = 1s; // of a wheel that is turned over a window in the background
 constexpr qsizetype kMostNames = 5;
 
-// What is told of records that both sides changed, by what each side did.
+// What to say about records that both sides changed, by what each side did.
 struct ConflictText {
     bool isOurs;   // here: there still
     bool isTheirs; // in the file: there still
@@ -57,7 +56,7 @@ QString NameOf(const RecordConflict &conflict) {
     return DrevixPane::tr("\"%1\"").arg(name);
 }
 
-// The names as one text, which stays short after a large import.
+// The names as one text, kept short after a large import.
 QString Listed(QStringList names) {
     const auto more = names.size() - kMostNames;
     if (more <= 0) {
@@ -71,8 +70,8 @@ QString HistoryKeys() {
     return QKeySequence(Qt::CTRL | Qt::Key_H).toString(QKeySequence::NativeText);
 }
 
-// Which files of the companion a write has left other than the buttons, that they win, and what is kept of one that was
-// cut short; and in which it replaced what another program had changed.
+// What to say about the companion's files after a write: which differ from the buttons, and that they win;
+// where the copy of an interrupted one is; and in which the write replaced another program's changes.
 QStringList CompanionProblems(const KorvaneResults &results) {
     QStringList problems;
     for (std::size_t row = 0; row < results.size(); ++row) {
@@ -153,8 +152,8 @@ void DrevixPane::actPaneButtonApply() {
     std::ignore = SaveEverything({}); // reported there; the base keeps the edits for the next save
 }
 
-// Whether nothing of this program's is left that the file does not hold. The helper may not run, so the status
-// of telling it does not count.
+// Whether the file now has everything from this program. The helper may not be running, so the status of
+// notifying it does not count.
 bool DrevixPane::SaveEverything(std::chrono::milliseconds wait) {
     fRestTimer.stop();
     fRetryTimer.stop();
@@ -165,7 +164,7 @@ bool DrevixPane::SaveEverything(std::chrono::milliseconds wait) {
     return fDocument.IsSaved() && !IsEdited();
 }
 
-// The document does what a save consists of. What other programs have saved meanwhile comes in with it.
+// The document does the saving, which also takes in what other programs have saved.
 OSErr DrevixPane::SaveBaseToFile(std::chrono::milliseconds wait) {
     const RecordTrace edited = TraceEdited();
     const int unsaved = fDocument.CountUnsaved();
@@ -243,7 +242,7 @@ void DrevixPane::TellConflicts(const std::vector<RecordConflict> &conflicts) {
     }
 }
 
-// The newest word of a record is the one that counts.
+// Only the latest conflict about a record counts.
 void DrevixPane::AskAbout(const std::vector<RecordConflict> &conflicts) {
     for (const RecordConflict &conflict : conflicts) {
         std::erase_if(fConflicts, [&](const RecordConflict &old) { return old.name == conflict.name; });
@@ -268,15 +267,15 @@ void DrevixPane::SaveForLeaving() {
     fDrevixBase = fDocument.Base();
 }
 
-// An edit while the host is inactive has missed the save that going to the background made.
+// An edit while the host is inactive comes after the save that going to the background made.
 void DrevixPane::SaveSoonIfInactive() {
     if (fIsSelected && !fIsHostActive && IsEdited()) {
         fRestTimer.start();
     }
 }
 
-// While Apply has nothing to apply but the base is not in the file: after New, Delete and Import, after another
-// application was chosen, and after a save that failed.
+// Shown while Apply has nothing to apply but the base is not in the file: after New, Delete and Import, after
+// another application was chosen, and after a failed save.
 void DrevixPane::ShowSaveButton(SaveState state) {
     const bool isShown = OffersSave(state);
     if (!isShown && uiPaneButtonSave->hasFocus()) {
@@ -286,7 +285,7 @@ void DrevixPane::ShowSaveButton(SaveState state) {
     uiPaneButtonSave->setVisible(isShown);
 }
 
-// The bar's tint never tells alone: what it is about stands there too, and is told when it changes.
+// The bar never relies on its tint alone: its text says the same, and is announced when it changes.
 void DrevixPane::ShowSaveState(SaveState state, const QString &text) {
     const bool isFailed = state == SaveState::Failed;
     uiPaneSaveBar->SetTint(isFailed ? Tint::Failure : state == SaveState::Saved ? Tint::None : Tint::Unsaved);
@@ -315,7 +314,7 @@ void DrevixPane::ShowSaveState(SaveState state, const QString &text) {
     FitSaveBar();
 }
 
-// Where the state needs the room, the device's texts give theirs, the last first.
+// If the state needs the room, the device's texts give up theirs, the last first.
 void DrevixPane::FitSaveBar() {
     const std::array<QWidget *, 4> device = {uiInfoTextNone, uiInfoTextCount, uiInfoTextFirmwareVers,
                                              uiInfoTextSerialNumber};
@@ -351,7 +350,7 @@ QString DrevixPane::SaveStateText(SaveState state, int unsaved) const {
     return name.isEmpty() ? tr("Unsaved changes") : tr("Unsaved changes in %1").arg(name);
 }
 
-// The one record that differs from the file; empty when that is one that was deleted.
+// The name of the only record that differs from the file; empty if that was deleted.
 QString DrevixPane::UnsavedName() const {
     if (IsEdited() || fDocument.IsUnsaved(fDrevixPrefs)) {
         return NameOf(fDrevixPrefs);
@@ -365,9 +364,9 @@ QString DrevixPane::UnsavedName() const {
     return {};
 }
 
-// What another program has saved is taken at once, and the user is asked where both sides changed a record. An edit
-// that waits for Apply waits for the merge of its save, as Apply and Revert would dim; and nothing changes under an
-// open menu, a question or a field that takes keys.
+// Takes in what another program has saved at once, and asks the user where both sides changed a record. An
+// edit that waits for Apply waits for the merge in its save, because Apply and Revert would be dimmed.
+// Nothing changes under an open menu, a question or a field that records keys.
 void DrevixPane::LookForOutsideChanges() {
     const bool isBusy = QApplication::activePopupWidget() != nullptr ||
                         QApplication::activeModalWidget() != nullptr || uiSettingsFieldKeystroke->IsWaiting();

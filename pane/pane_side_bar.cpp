@@ -1,4 +1,4 @@
-// The side bar of applications, the header that says whose settings are edited, and the commands in both.
+// The side bar of applications, the header with the edited application, and their commands.
 #include "pane/drevix_pane.h"
 
 #include "pane/editor_tables.h"
@@ -25,7 +25,7 @@ constexpr qreal kHeaderIconEms = 2.1;
 constexpr qreal kHeaderEms = 3.2;
 constexpr qreal kFoldedHeaderEms = 2.5;
 
-// The icon of a command, by its name in the theme and of what stands in for it there.
+// The icon of a command, by its name in the theme and the name of its stand-in.
 struct CommandIcon {
     int tag;
     const char *name;
@@ -45,7 +45,7 @@ QIcon IconOfCommand(int tag) {
     return row == kCommandIcons.end() ? QIcon() : PanelIcon(row->name, row->standIn, row->drawing);
 }
 
-// The first of an area's widgets that takes the keyboard, null when none does now.
+// The first of an area's widgets that can take the keyboard focus; null if none can.
 QWidget *FirstOf(std::initializer_list<QWidget *> widgets) {
     const auto *const found = std::ranges::find_if(
         widgets, [](const QWidget *widget) { return widget->isVisible() && widget->isEnabled(); });
@@ -54,7 +54,7 @@ QWidget *FirstOf(std::initializer_list<QWidget *> widgets) {
 
 } // namespace
 
-// The items that are there before any record is: the global record's, a separator, the commands.
+// The items that do not depend on records: the global record's, a separator, the commands.
 void DrevixPane::BuildTargets() {
     QStandardItemModel *model = ModelOf(uiSettingsMenuTarget);
     model->appendRow(new TargetItem({QCoreApplication::translate("Controls", "Global Settings"), QString(),
@@ -72,7 +72,7 @@ void DrevixPane::BuildTargets() {
     uiSettingsMenuTarget->SetDelegate(new TargetDelegate(TargetDelegate::Place::PopUp, uiSettingsMenuTarget));
 }
 
-// One action a command, wherever it can be chosen; its item in the list says whether it can be now.
+// One action per command, wherever it is offered; enabled like its item in the list.
 void DrevixPane::BuildTargetActions() {
     const QStandardItemModel *model = ModelOf(uiSettingsMenuTarget);
     for (const TargetCommand &command : kTargetCommands) {
@@ -146,7 +146,7 @@ void DrevixPane::BuildSideBar() {
     fMainView->installEventFilter(this);
 }
 
-// Folded, the pop-up menu takes the place of name and icon.
+// When folded, the pop-up menu replaces name and icon.
 void DrevixPane::ShowSide(bool isShown) {
     const qreal em = EmOf(fMainView->font());
     for (QWidget *widget :
@@ -158,7 +158,7 @@ void DrevixPane::ShowSide(bool isShown) {
     PlaceBadges();
 }
 
-// Whose settings are edited, and how much of them differs from the factory.
+// Shows whose settings are edited, and how many differ from the factory's.
 void DrevixPane::ShowHeader() {
     const QString name = NameOf(fDrevixPrefs);
     const bool isGlobal = fDrevixPrefsIndex == 0;
@@ -183,7 +183,7 @@ void DrevixPane::ShowHeader() {
     }
 }
 
-// From area to area, whatever has the keyboard in it; areas that nothing can be done in are left out.
+// Moves from area to area, whatever has the focus in it; skips areas that have nothing to focus.
 void DrevixPane::GoToNextArea(int way) {
     struct Area {
         QWidget *whole;
@@ -235,7 +235,8 @@ bool DrevixPane::eventFilter(QObject *watched, QEvent *event) {
     return QObject::eventFilter(watched, event);
 }
 
-// The record's name for people. One that its Mac OS Roman could not hold, or not in full, is its desktop entry's.
+// The record's name for people. If Mac OS Roman could not hold all of it, the name comes from the desktop
+// entry.
 QString DrevixPane::NameOf(const AppPrefs &prefs) const {
     QString stored = ShownName(prefs);
     if (prefs.application == kGlobalSignature) {

@@ -1,5 +1,5 @@
-// The strip of messages: what went wrong, what another program changed, a helper that does not run, and the first
-// steps of somebody new.
+// The strip of messages: what went wrong, what another program changed, a helper that is not running, and
+// first steps for new users.
 #include "pane/drevix_pane.h"
 
 #include "pane/look.h"
@@ -54,7 +54,7 @@ void DrevixPane::ShowProblem(const QString &problem) {
     }
 }
 
-// The device does nothing without it, and nobody would know why.
+// Without the helper the device does nothing, and the user would not know why.
 void DrevixPane::ShowHelperState() {
     const bool canStart = !FindApplication(fPrefPaneBundle.resources.path, kHelperApplication).empty();
     if (!IsHelperMissing() || !canStart) {
@@ -94,7 +94,7 @@ void DrevixPane::EndIntroduction() {
     uiPaneStrip->TakeBack(StripKind::Introduction);
 }
 
-// The introduction's numbers stand where its steps are done.
+// Places the introduction's numbers where its steps are done.
 void DrevixPane::PlaceBadges() {
     if (fBadges[0] == nullptr) {
         return;
@@ -120,7 +120,7 @@ void DrevixPane::PlaceBadges() {
     }
 }
 
-// One question at a time, the first of those that are not answered.
+// One question at a time, the first that is unanswered.
 void DrevixPane::ShowConflict() {
     if (fConflicts.empty()) {
         uiPaneStrip->TakeBack(StripKind::Conflict);
@@ -137,7 +137,7 @@ void DrevixPane::ShowConflict() {
                                             .isClosable = false});
 }
 
-// Theirs takes the place of this record, as an edit: saved with the next save.
+// Their record replaces this one, as an edit: the next save saves it.
 void DrevixPane::actShowTheirs() {
     if (fConflicts.empty()) {
         return;
@@ -159,7 +159,7 @@ void DrevixPane::actShowTheirs() {
     actKeepMine();
 }
 
-// It is here already.
+// The base already has it.
 void DrevixPane::actKeepMine() {
     if (!fConflicts.empty()) {
         fConflicts.erase(fConflicts.begin());

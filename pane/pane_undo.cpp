@@ -1,5 +1,5 @@
-// Undo and Redo. Every handler ends by redrawing the view, and that is where what it did to the working copy is
-// noted; what is stored or removed beside the working copy goes through StoreRecord and RemoveRecord.
+// Undo and Redo. Every handler ends by redrawing the view, which notes its changes to the working copy;
+// StoreRecord and RemoveRecord note what is stored or removed elsewhere.
 #include "pane/drevix_pane.h"
 
 #include "pane/pane_text.h"
@@ -53,13 +53,13 @@ void DrevixPane::BuildUndoControls() {
     }
 }
 
-// The record as the window has it: the working copy for the one that is shown.
+// The record as shown in the window: the working copy if it is the edited one.
 const AppPrefs *DrevixPane::PrefsHere(RecordNumber number) const {
     const AppPrefs *stored = GetAppPrefs(fDrevixBase, number);
     return number == fDrevixPrefsIndex && stored != nullptr ? &fDrevixPrefs : stored;
 }
 
-// The working copy is what its record holds; nothing was edited.
+// The working copy equals its record; nothing was edited.
 void DrevixPane::CopyStoredPrefs() {
     if (const AppPrefs *stored = StoredPrefs(); stored != nullptr) {
         fDrevixPrefs = *stored;
@@ -97,7 +97,7 @@ bool DrevixPane::RemoveRecord(RecordNumber number) {
     return true;
 }
 
-// Reverting took back what was not in the file. What it brought in of another program's is no step.
+// Reverting undid what was not in the file. Changes of another program that it brought in are not a step.
 void DrevixPane::NoteReverted(const std::vector<UnsavedRecord> &unsaved) {
     fUndoSteps.EndJoining(); // a slider that it moved back is no move of the user's
     for (const UnsavedRecord &record : unsaved) {
@@ -120,7 +120,7 @@ std::vector<AppPrefs> DrevixPane::AllPrefsHere() const {
     return records;
 }
 
-// Any number of records were replaced beside the working copy, which is to be shown anew.
+// Any number of records were replaced besides the working copy; shows the current one again.
 void DrevixPane::NoteReplaced(const std::vector<AppPrefs> &before) {
     fUndoSteps.EndJoining();
     std::multimap<std::string, const AppPrefs *> now;
@@ -141,7 +141,7 @@ void DrevixPane::NoteReplaced(const std::vector<AppPrefs> &before) {
     }
 }
 
-// What the window has and the file has not, with the working copy's edits.
+// What differs between the window and the file, including the working copy's edits.
 std::vector<UnsavedRecord> DrevixPane::UnsavedHere() const {
     std::vector<UnsavedRecord> unsaved = fDocument.Unsaved();
     const AppPrefs *stored = StoredPrefs();
@@ -211,7 +211,7 @@ bool DrevixPane::TakeStep(const UndoStep &step, StepSide from, StepSide to, cons
     return true;
 }
 
-// Into the working copy, so that Apply and Revert go on as after any edit.
+// Goes into the working copy, so that Apply and Revert work as after any edit.
 OSErr DrevixPane::TakeEdit(const AppPrefs &from, const AppPrefs &to) {
     const RecordNumber number =
         FindBytes(QBaseCountRecords(fDrevixBase), from, [this](RecordNumber i) { return PrefsHere(i); });

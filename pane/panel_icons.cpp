@@ -46,7 +46,7 @@ QPainterPath PathOf(Drawing drawing) {
     return path;
 }
 
-// The colour of text, in which signs are painted.
+// The text colour, in which signs are painted.
 QColor ColorOfSign(QIcon::Mode mode) {
     return QGuiApplication::palette().color(mode == QIcon::Disabled ? QPalette::Disabled : QPalette::Active,
                                             mode == QIcon::Selected ? QPalette::HighlightedText
@@ -72,7 +72,8 @@ class DrawnIcon : public PaintedIcon {
     Drawing fDrawing;
 };
 
-// A symbolic icon of the theme: its shape alone counts, as its own colour is seen on light ground only.
+// A symbolic icon of the theme. Only its shape is used, because its own colour is visible on a light
+// background only.
 class SymbolicIcon : public PaintedIcon {
   public:
     explicit SymbolicIcon(QIcon shape) : fShape(std::move(shape)) {}

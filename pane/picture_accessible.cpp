@@ -64,7 +64,7 @@ class ControlAccessible : public QAccessibleInterface, public QAccessibleActionI
     [[nodiscard]] QStringList keyBindingsForAction(const QString & /*action*/) const override { return {}; }
 
   private:
-    // With the action, as the bus of assistive technology passes on no list item's value.
+    // Includes the action, because the accessibility bus does not pass on a list item's value.
     [[nodiscard]] QString Description() const {
         const ControlText &text = fPicture->controlText(fIndex);
         QStringList parts = {text.action};

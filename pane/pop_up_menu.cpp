@@ -56,7 +56,7 @@ void PopUpMenu::SetSecondColumn(int item, const SecondColumn &column) {
     }
 }
 
-// Wide enough for what its items say.
+// Wide enough for its items.
 void PopUpMenu::showPopup() {
     if (fDelegate != nullptr) {
         setItemDelegate(std::exchange(fDelegate, nullptr));

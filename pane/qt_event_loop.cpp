@@ -20,7 +20,8 @@ class QtPlace : public EventLoop::Place {
     explicit QtPlace(std::function<void()> function) : fFunction(std::move(function)) {}
     QtPlace(const QtPlace &) = delete;
     QtPlace &operator=(const QtPlace &) = delete;
-    // What goes later must not look at the descriptor, which is closed soon, nor call into what is gone.
+    // Objects deleted later must not look at the descriptor, which is closed soon, or call anything that is
+    // gone.
     ~QtPlace() override {
         Disable(fRead.get());
         Disable(fWrite.get());
@@ -51,8 +52,8 @@ class QtPlace : public EventLoop::Place {
     }
 
   private:
-    // Within the loop it may be a notifier's own signal that has the descriptor changed; outside it nobody
-    // would come to delete it later.
+    // Inside the loop, a notifier's own signal may be changing the descriptor; outside it, nothing would
+    // process a deferred deletion.
     struct Later {
         void operator()(QObject *object) const {
             if (IsLoopRunning()) {

@@ -41,7 +41,7 @@ QFont FontOfSize(int pixels) {
 
 // Paper is white, whatever the desktop's colours are.
 QPalette PaperPalette() {
-    // White here and black text would be taken for a wish for all contrast there is.
+    // White here with black text would count as high contrast.
     QPalette paper(QColor(0xEFEFEF), QColor(0xEFEFEF));
     for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText}) {
         paper.setColor(role, Qt::black);
@@ -93,7 +93,7 @@ void PaintDevice(QPainter &painter, const QRectF &place) {
     drawing.render(&painter, element, {place.topLeft() + bounds.topLeft() * scale, bounds.size() * scale});
 }
 
-// On paper there is no tool tip for what is cut: the texts are as large as all of them have room.
+// Paper has no tool tips for cut texts, so texts are only as large as lets all of them fit.
 bool HasRoomFor(const SheetContents &sheet, const StageLayout &stage, const CalloutPainter &callouts) {
     return std::ranges::equal(
         stage.callouts, sheet.controls,

@@ -15,7 +15,7 @@ QSize SignButton::sizeHint() const {
     return {side, side};
 }
 
-// In the colours of the palette in force, so that it follows a change from light to dark.
+// Uses the current palette, so that it follows a change from light to dark.
 void SignButton::paintEvent(QPaintEvent *event) {
     QToolButton::paintEvent(event); // frame and focus
     QPainter painter(this);

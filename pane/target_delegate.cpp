@@ -33,7 +33,7 @@ QFont HeadingFont(const QFont &font) {
     return heading;
 }
 
-// Draws one row from its left and right ends inward; what is left in the middle is the name's.
+// Draws one row from both ends inward; the name gets the room left in the middle.
 class RowPainter {
   public:
     RowPainter(QPainter &painter, const QStyleOptionViewItem &option, bool isChosen)

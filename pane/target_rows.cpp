@@ -11,7 +11,7 @@
 namespace drevix {
 namespace {
 
-// What a row below 0 is: a heading, or from kFirstInstalled down an installed application.
+// The meaning of a row below 0: a heading, or from kFirstInstalled down an installed application.
 enum RowKind : int { kYours = -1, kFactory = -2, kInstalled = -3, kFirstInstalled = -4 };
 
 constexpr auto kHeadings = std::to_array<const char *>({
@@ -74,7 +74,7 @@ bool TargetRows::HasGlobal() const {
     return !IsSearching() || fList->index(0, 0).data().toString().contains(fSearch, Qt::CaseInsensitive);
 }
 
-// The records that are of this kind, and of nothing more, under their heading.
+// Adds the records of exactly this kind under their heading.
 void TargetRows::AddRecords(int heading, int marks) {
     constexpr int kKind = kTargetIsRecord | kTargetIsGlobal | kTargetIsFactory;
     const std::size_t before = fRows.size();
@@ -175,7 +175,7 @@ Qt::ItemFlags TargetRows::flags(const QModelIndex &index) const {
                                                       : Qt::ItemFlags(Qt::NoItemFlags);
 }
 
-// A record may have come from the factory meanwhile, but only with its rows built anew.
+// A record may change its section, but only together with a rebuild of its rows.
 void TargetRows::PassOn(const QModelIndex &first, const QModelIndex &last) {
     if (fIsRebuildAsked) {
         return;

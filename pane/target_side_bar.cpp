@@ -28,7 +28,7 @@ constexpr qreal kGlobalEms = 2.4;
 constexpr qreal kIconEms = 1.2;
 constexpr qreal kNoteSize = 0.9;
 
-// The global settings: always seen, above the list that may scroll.
+// The global settings: always visible, above the list, which may scroll.
 class GlobalRow : public QAbstractButton {
   public:
     explicit GlobalRow(QWidget *parent) : QAbstractButton(parent) {
@@ -151,7 +151,8 @@ TargetSideBar::TargetSideBar(QWidget *parent)
     connect(&fRows, &TargetRows::rebuilt, this, &TargetSideBar::ShowRebuilt);
 }
 
-// Unlike all other parts a line edit wants a font as soon as it is made, and at the start fonts are still being looked for.
+// Unlike the other parts, a line edit needs a font as soon as it is created, and at the start fonts are still
+// loading.
 void TargetSideBar::BuildSearch() {
     fSearch = new QLineEdit(this);
     fSearch->setObjectName(QStringLiteral("uiTargetSearch"));
@@ -228,7 +229,7 @@ void TargetSideBar::TakeSearch(const QString &text) {
     fRows.Search(text);
 }
 
-// The current record's row is the selected one, and where the keyboard is when it comes into the list.
+// Selects the current record's row, and makes it the one with the focus when the list gets the keyboard.
 void TargetSideBar::ShowCurrent() {
     const QModelIndex global = fList->model()->index(0, 0);
     const int marks = global.data(kTargetMarksRole).toInt();
@@ -259,7 +260,7 @@ void TargetSideBar::ShowRebuilt() {
     ShowCurrent();
 }
 
-// As the list's user does: it becomes the current item, then it is told of.
+// As the list's user would: makes the item current, then announces it.
 void TargetSideBar::Choose(int item) {
     fList->setCurrentIndex(item);
     Q_EMIT chosen(item);
@@ -276,7 +277,7 @@ void TargetSideBar::ChooseRow(const QModelIndex &row) {
     }
 }
 
-// A click on an application without settings only points at it.
+// Clicking an application without settings only selects it.
 void TargetSideBar::ClickRow(const QModelIndex &row) {
     if (fRows.SourceRow(row.row()) >= 0) {
         ChooseRow(row);
@@ -293,7 +294,7 @@ void TargetSideBar::GoToFirst() {
     }
 }
 
-// Down leads into what was found, Enter takes the first of it, Esc ends the search.
+// Down moves into the results, Enter takes the first, Esc ends the search.
 bool TargetSideBar::TakeSearchKey(int key) {
     if (key == Qt::Key_Escape && !fSearch->text().isEmpty()) {
         fSearch->clear();
@@ -310,7 +311,7 @@ bool TargetSideBar::TakeSearchKey(int key) {
     return false;
 }
 
-// Arrow keys move the keyboard alone: choosing stores the record that was edited.
+// Arrow keys only move the focus, because choosing a record stores the edited one.
 bool TargetSideBar::TakeListKey(int key) {
     const QModelIndex at = fView->currentIndex();
     if (IsChoosingKey(key) && at.isValid()) {

@@ -20,7 +20,7 @@ bool IsSame(const std::optional<AppPrefs> &a, const std::optional<AppPrefs> &b) 
     return a.has_value() == b.has_value() && (!a || IsSame(*a, *b));
 }
 
-// The place in kSliderFields of the only field that differs; behind its end when others do.
+// The index in kSliderFields of the only field that differs; its size if other fields do.
 std::size_t MovedSlider(const UndoStep &step) {
     if (step.changes.size() != 1 || !step.changes[0].before || !step.changes[0].after) {
         return kSliderFields.size();
@@ -91,7 +91,7 @@ void UndoSteps::EndStep(const AppPrefs &shown, SlotIndex control) {
     DropOldest();
 }
 
-// One that is moved back to where it was leaves no step.
+// A slider moved back to where it was leaves no step.
 bool UndoSteps::Join() {
     const std::size_t slider = MovedSlider(fMaking);
     if (!fMayJoin || fSteps.empty() || slider == kSliderFields.size() ||
@@ -133,7 +133,7 @@ void UndoSteps::WasRedone() {
     fMayJoin = false;
 }
 
-// What a record is now is what its last step made of it, or what the first one that is undone found.
+// A record is now as its last step left it, or as the first undone step found it.
 void UndoSteps::DropChangedElsewhere(const Question &isThere, const Question &isGone) {
     std::map<std::string, bool> isChanged;
     const auto look = [&](const StepChange &change, const std::optional<AppPrefs> &now) {

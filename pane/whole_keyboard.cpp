@@ -23,7 +23,7 @@ void *OfCompositor(const char *name) {
 
 } // namespace
 
-// What the compositor can do is asked for now, so that it is known when the keyboard is wanted.
+// Asks now what the compositor supports, so that it is known when the keyboard is needed.
 WholeKeyboard::WholeKeyboard(QWidget *user) : QObject(user), fUser(user) {
     if (void *display = IsWayland() ? OfCompositor("wl_display") : nullptr) {
         fShortcuts =

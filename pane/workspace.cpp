@@ -39,7 +39,7 @@ bool OpenItem(const QString &path) {
     for (const std::string &word : command) {
         words += QString::fromLocal8Bit(word.c_str());
     }
-    // Every file of some disks counts as a program; what cannot be run is shown.
+    // On some disks every file counts as a program; what cannot be run is opened.
     return (!words.isEmpty() && QProcess::startDetached(words.front(), words.mid(1), QDir::homePath())) ||
            OpenAddress(QUrl::fromLocalFile(path));
 }
