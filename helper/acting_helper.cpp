@@ -144,7 +144,7 @@ void ActingHelper::TakeDesktop() {
     UseFront();
 }
 
-// Whose window it is counts before what a control does there.
+// Finds out whose window is in front before a control acts there.
 void ActingHelper::UseFront() {
     fActions.SetFront(FrontNow());
     fBus.SetFrontProcess(fActions.Front().process);
@@ -178,7 +178,7 @@ void ActingHelper::TakeControl(ControlSource source, const ControlEvent &event) 
     fActions.Take(source, event, Clock::now());
 }
 
-// Watchers see a control that is down as long as one source holds it.
+// Watchers see a control as down as long as one source holds it.
 void ActingHelper::TellPressed(ControlSource source, const ControlEvent &event) {
     const ControlSlot *control = FindControlSlot(event.slot);
     if (control == nullptr || event.phase == ControlPhase::Step) {
@@ -278,7 +278,7 @@ DeviceBusTasks ActingHelper::MakeBusTasks() {
             fReported = front ? FrontWindow{front->entry, front->windowClass, front->windowName,
                                             ProgramOfProcess(front->process), front->process}
                               : FrontWindow();
-            // A window of which nothing is told is none.
+            // A window without any known property counts as none.
             if ((fReported.entryId + fReported.windowClass + fReported.windowName).empty()) {
                 fReported = {};
             }

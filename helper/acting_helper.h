@@ -1,5 +1,5 @@
-// The helper at work: the session's desktop, the devices, the programs that simulate and watch them, and what their
-// controls do, joined in the program's event loop.
+// Joins the parts of the acting helper in the program's event loop: the session's desktop, the devices, the
+// programs that simulate and watch them, and the actions of controls.
 #pragma once
 
 #include "helper/action_sender.h"
@@ -36,20 +36,21 @@ class ActingHelper {
         std::function<std::unique_ptr<Desktop>(std::string *problem)> openDesktop;
     };
 
-    // Needs the event loop set. The options stay the caller's. Calls from the bus wait for Begin.
+    // Needs the event loop to be set. The options stay the caller's. Calls from the bus wait for Begin.
     ActingHelper(const HelperOptions &options, Surroundings surroundings);
-    // Lets all keys go.
+    // Releases all keys.
     ~ActingHelper();
     ActingHelper(const ActingHelper &) = delete;
     ActingHelper &operator=(const ActingHelper &) = delete;
 
-    // Reads settings and maps, and begins. False, after a complaint, for a stand-in that cannot be used.
+    // Reads settings and maps, and starts working. False, after a complaint, for a stand-in that cannot be
+    // used.
     [[nodiscard]] bool Begin();
     // Another program has changed the settings.
     void LoadSettings();
 
-    // To be called before each wait of the loop and after it: what is due is done, what is to be sent is sent. Gives
-    // how long the loop may wait; nothing: for ever.
+    // Call before and after each wait of the loop: does what is due and sends what is queued. Returns how
+    // long the loop may wait; nullopt: for ever.
     [[nodiscard]] std::optional<std::chrono::microseconds> Turn();
 
     [[nodiscard]] std::vector<ConnectedDevice> Devices() const {

@@ -26,7 +26,7 @@ struct ActionSender::Doer {
     std::string operator()(const DoNothing &step) const { return std::string(step.reason); }
     std::string operator()(const SendKeys &step) const { return sender.Tap(step.chord, times); }
     std::string operator()(const SendScroll &step) const { return sender.Scroll(step, times); }
-    // To open a thing more than once is no one's wish.
+    // Opens it once: nobody wants the same thing opened several times.
     std::string operator()(const OpenItem &step) const { return sender.Open(step.name); }
     std::string operator()(const OpenProgram &step) const { return sender.Start(*step.kind); }
     std::string operator()(const AskWindow &step) const {
@@ -95,7 +95,7 @@ void ActionSender::ReleaseKeys() {
     std::ignore = Send(steps); // a desktop that is gone has let them go
 }
 
-// All of them, even when one fails: those behind it let go what those before it pressed.
+// All of them, even if one fails: later ones release what earlier ones pressed.
 std::string ActionSender::Send(const std::vector<KeyStep> &steps) {
     bool areSent = fDesktop != nullptr;
     for (const KeyStep &step : steps) {

@@ -1,4 +1,5 @@
-// Carries actions out: keys, wheel and requests to the desktop, items and programs, the session and the players.
+// Carries out actions: keys, wheel and requests to the desktop, items and programs, the session and the
+// players.
 #pragma once
 
 #include "device/held_keys.h"
@@ -12,31 +13,32 @@
 
 namespace drevix {
 
-// What actions reach besides the desktop. None may be empty.
+// Where actions go besides the desktop. None may be empty.
 struct ActionOutlets {
-    // Starts a program without a shell; told its exit status when it ends.
+    // Starts a program without a shell; gets its exit status when it ends.
     std::function<OSErr(const std::vector<std::string> &command, std::function<void(int exitStatus)> ended)>
         start;
-    // What this session cannot do is told later.
+    // A request that this session does not support is reported later.
     std::function<void(SessionRequest request)> askSession;
-    // False when no player runs.
+    // False if no player is running.
     std::function<bool(PlayerRequest request)> askPlayer;
-    // Takes what could not be done and why, as Do gives it, and what comes up only after an action was begun.
+    // Gets what could not be done and why, in the words of Do, when that becomes known only after an action
+    // was begun.
     std::function<void(const std::string &problem)> tell;
 };
 
 class ActionSender {
   public:
-    // With `isDryRun` nothing is done, and all counts as done.
+    // With `isDryRun` does nothing, and reports everything as done.
     ActionSender(ActionOutlets outlets, bool isDryRun);
 
-    // The desktop that keys and requests go to, which stays the caller's; null for none. The one before is gone, and
-    // has let its keys go.
+    // The desktop that gets keys and requests; stays the caller's; null for none. Any previous desktop is
+    // gone and has released its keys.
     void SetDesktop(Desktop *desktop);
 
-    // Carries a deed out. Empty, or why it could not be done, for people.
+    // Carries out a deed. Empty, or why it could not be done, for people.
     [[nodiscard]] std::string Do(const Deed &deed);
-    // Lets every key go that is down.
+    // Releases every key that is down.
     void ReleaseKeys();
     [[nodiscard]] bool AreKeysUp() const { return fKeys.IsNoneDown(); }
 

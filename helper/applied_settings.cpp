@@ -18,13 +18,13 @@ std::string ActionText(const ActionSlot &slot) {
     return ActionTitle(slot.command) + (details.empty() ? "" : " ") + PlainText(details);
 }
 
-// Null when it is missing or damaged.
+// Null if it is missing or damaged.
 const AppPrefs *GlobalRecord(QBaseHandle base) {
     const AppPrefs *first = GetAppPrefs(base, 0);
     return first != nullptr && first->application == kGlobalSignature ? first : nullptr;
 }
 
-// The record for an application; the global one when it has none.
+// The record for an application; the global one if it has none.
 const AppPrefs *RecordFor(const std::string &front, QBaseHandle base) {
     Str63 name{};
     getPascalString(front, name.data(), kMaxFileNameLength);

@@ -1,4 +1,4 @@
-// What the helper makes of the settings file: what each control does for the application in front.
+// What the helper would do: the action of each control for the application in front.
 #pragma once
 
 #include "platform/files/files.h"

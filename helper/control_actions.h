@@ -1,4 +1,4 @@
-// What the controls do: from their events, through the settings for the window in front, to actions carried out.
+// Turns events of controls into actions, by the settings for the window in front, and has them carried out.
 #pragma once
 
 #include "device/control_state.h"
@@ -17,33 +17,34 @@ namespace drevix {
 
 class ControlActions {
   public:
-    // Told what a control has done, so many times: in words, or "nothing: " and why.
+    // Gets what a control has done and how many times: in words, or "nothing: " and why.
     using ToldFunction = std::function<void(SlotIndex slot, const std::string &what, int times)>;
-    // The keyboard layout in force.
+    // Asks for the current keyboard layout.
     using LayoutQuestion = std::function<KeyboardCharacters()>;
 
     // Settings and sender stay the caller's, and must outlive this.
     ControlActions(FrontSettings &settings, ActionSender &sender, LayoutQuestion layout, ToldFunction told);
 
-    // Takes what happens to a control, with the front window as SetFront has told it.
+    // Processes a control's event for the front window given by SetFront.
     void Take(ControlSource source, const ControlEvent &event, SteadyTime now);
-    // When something is due; nothing while nothing is.
+    // When the next thing is due; nullopt if nothing is.
     [[nodiscard]] std::optional<SteadyTime> NextTime() const { return fHeld.NextTime(); }
     void TakeTime(SteadyTime now);
 
-    // What is held ends where another window comes to the front, before the record changes.
+    // Ends what is held when another window comes to the front, before the record changes.
     void SetFront(const FrontWindow &front);
     [[nodiscard]] const FrontWindow &Front() const { return fFront; }
-    // Another keyboard layout may be in force: it is asked for again.
+    // The keyboard layout may have changed: asks for it again when needed.
     void ForgetLayout() { fLayout.reset(); }
     // Ends what is held and reads the settings again. As FrontSettings::Load.
     [[nodiscard]] bool LoadSettings(std::string *problem);
-    // A watcher wants to see controls, not actions.
+    // While quiet, controls are only reported, because a watcher wants to see them, and do nothing.
     void SetQuiet(bool isQuiet);
-    // Nobody is to type into a password field: only sound, brightness and players act while the session is locked.
+    // While the session is locked, only sound, brightness and players act: no device may type into a password
+    // field.
     void SetLocked(bool isLocked);
     void EndSource(ControlSource source);
-    // Ends what is held, and lets all keys go.
+    // Ends what is held and releases all keys.
     void EndAll();
 
     [[nodiscard]] Sensitivities CurrentSensitivities() const;

@@ -19,7 +19,7 @@ OSErr OpenStandIn(const std::string &path, const InputDescription &description,
     if (descriptor.Get() < 0) {
         return LastError();
     }
-    // Of a stand-in nobody can be asked how it stands: it is at rest.
+    // A stand-in cannot be asked for its state: it counts as at rest.
     const InputStateQuestion question = [axes = description.axes](InputState *state) {
         *state = {{}, axes};
         return true;
@@ -42,7 +42,7 @@ void DeviceReaders::WatchAll() {
 
 void DeviceReaders::TakeNewDevices() {
     for (const std::string &path : fDevices->TakeNew()) {
-        // One that went and came back in between is seen to have gone first.
+        // A device that was removed and came back in between is seen as removed first.
         const auto known = std::ranges::find(fReaders, path, &Reader::path);
         if (known != fReaders.end()) {
             Take(known);
@@ -53,7 +53,8 @@ void DeviceReaders::TakeNewDevices() {
     }
 }
 
-// Most devices of a computer are closed to the user, and no concern of ours: without a word.
+// Most devices of a computer are not readable for the user and do not concern us, so this says nothing about
+// them.
 void DeviceReaders::Open(const std::string &path) {
     std::unique_ptr<InputDevice> device;
     if (OpenInputDevice(path, &device) != noErr) {

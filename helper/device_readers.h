@@ -1,4 +1,4 @@
-// The devices that are read, each with its map: from what they send to what happens to their controls.
+// Reads devices, each through its map, and reports events of their controls.
 #pragma once
 
 #include "device/control_state.h"
@@ -18,7 +18,7 @@
 
 namespace drevix {
 
-// What is done with what devices send. None may be empty.
+// Receivers of what devices send. None may be empty.
 struct DeviceReaderTasks {
     std::function<void(ControlSource source, const ControlEvent &event)> take;
     std::function<void(ControlSource source)> gone; // its controls are up
@@ -32,19 +32,19 @@ class DeviceReaders {
   public:
     DeviceReaders(std::vector<DeviceMap> maps, DeviceReaderTasks tasks);
 
-    // Reads the devices of /dev/input that have a map, and those that come; the event loop calls. A device that is
-    // read is kept from all other programs.
+    // Reads the devices of /dev/input that have a map, including new ones; called by the event loop. No other
+    // program gets the events of a device that is read.
     void WatchAll();
-    // Reads a stand-in for a device at a path, which is opened again whenever its writer has gone. False, with the
-    // reason in *problem, when it has no map or cannot be opened.
+    // Reads a stand-in for a device at a path, and reopens it whenever its writer has gone. False, with the
+    // reason in *problem, if it has no map or cannot be opened.
     [[nodiscard]] bool AddStandIn(const std::string &path, const InputDescription &description,
                                   std::string *problem);
 
-    // When a dial rests; nothing while none turns.
+    // When the next dial comes to rest; nullopt while none turns.
     [[nodiscard]] std::optional<SteadyTime> NextTime() const;
     void TakeTime(SteadyTime now);
 
-    // As the panel is told of them, in the order in which they came.
+    // The devices as reported to the panel, in the order in which they were connected.
     [[nodiscard]] std::vector<ConnectedDevice> Devices() const;
 
   private:
@@ -74,7 +74,7 @@ class DeviceReaders {
     LoopWatch fWatch;
 };
 
-// The source of simulated controls; those of devices are greater.
+// The source of simulated controls; devices have greater numbers.
 inline constexpr ControlSource kSimulatedSource = 0;
 
 } // namespace drevix

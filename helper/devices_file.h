@@ -22,8 +22,8 @@ namespace drevix {
 // a file that cannot be read.
 [[nodiscard]] bool ReadDevices(const std::string &path, DeviceList *list, std::string *problem);
 
-// A device that the kernel has, as the panel is told of it. A serial number that is not 14 hexadecimal digits is left
-// out, as the panel could not show it.
+// A device of the kernel, as reported to the panel. Omits a serial number that is not 14 hexadecimal digits,
+// because the panel could not show it.
 [[nodiscard]] ConnectedDevice DeviceOfDescription(const InputDescription &description);
 
 } // namespace drevix

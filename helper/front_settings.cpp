@@ -47,7 +47,7 @@ bool FrontSettings::Load(std::string *problem) {
         return false;
     }
     fRecords = FrontRecords(document->Base(), EntryOfRecord);
-    // What is in force points into the document before until then.
+    // Until then, what applies points into the previous document.
     fInForce = RecordsInForce();
     fDocument = std::move(document);
     SetFront(FrontWindow(fFront));

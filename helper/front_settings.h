@@ -1,4 +1,4 @@
-// The settings in force: what the settings file says for the window in front.
+// The settings that apply to the window in front.
 #pragma once
 
 #include "device/front_record.h"
@@ -14,22 +14,22 @@ class SettingsDocument;
 
 class FrontSettings {
   public:
-    // Of the settings file at a path; `resources` has the factory's settings. Nothing is in force before Load.
+    // For the settings file at a path; `resources` has the factory settings. Nothing applies before Load.
     FrontSettings(std::string path, FSRef resources);
     FrontSettings(const FrontSettings &) = delete;
     FrontSettings &operator=(const FrontSettings &) = delete;
     ~FrontSettings();
 
-    // Reads the file anew; one that is missing or empty stands for the factory's settings. False, with the reason in
-    // *problem and the settings as they were, for one that cannot be used.
+    // Reads the file again; a missing or empty one means the factory settings. False, with the reason in
+    // *problem and the settings unchanged, for a file that cannot be used.
     [[nodiscard]] bool Load(std::string *problem);
-    // The factory's settings are those for this layout from now on. Reads the file again where that makes a difference.
+    // Uses the factory settings for this layout from now on. Reads the file again if that makes a difference.
     void UseLayout(const KeyboardCharacters &layout);
-    // Puts the record for this window in force.
+    // Applies the record for this window.
     void SetFront(const FrontWindow &front);
 
     [[nodiscard]] const RecordsInForce &InForce() const { return fInForce; }
-    // The file name of the application whose record is in force, empty for the global record.
+    // The file name of the application whose record applies; empty for the global record.
     [[nodiscard]] std::string RecordName() const;
 
   private:
@@ -43,8 +43,8 @@ class FrontSettings {
     RecordsInForce fInForce;
 };
 
-// Opens a settings file to read it alone. noErr; for a file that is damaged or cannot be read its own status, since that
-// is no reason to drive the device by the factory's settings.
+// Opens a settings file for reading only. noErr; or the status of a file that is damaged or cannot be read,
+// which is no reason to drive the device by the factory settings.
 [[nodiscard]] OSErr OpenSettings(SettingsDocument &document);
 
 } // namespace drevix

@@ -31,10 +31,10 @@ using Clock = std::chrono::steady_clock;
 constexpr const char *kDevicesFileName = "com.halcyra.drevix.devices";
 constexpr milliseconds kTimeWithoutBus{5000}; // a bus that is started anew is there sooner
 
-// Handlers have no object of their own.
+// Event handlers have no object of their own.
 Helper *gHelper = nullptr;
 
-// In one line, whatever a file or its name holds.
+// Prints it in one line, whatever a file or its name contains.
 void Complain(std::string_view problem) {
     std::cerr << "DrevixHelper: " << PlainText(problem) << std::endl;
 }
@@ -158,7 +158,7 @@ void Helper::ReadDevicesAgain() {
 void Helper::Serve(int endDescriptor) {
     fEndWatch.Watch(endDescriptor, POLLIN, std::nullopt);
     fProgramWatch.Watch(fProgram.Descriptor(), POLLIN, std::nullopt);
-    // Ends with the session too, whose bus does not come back.
+    // Ends with the session too, because its bus does not come back.
     Clock::time_point deadline = Clock::now() + kTimeWithoutBus;
     while (!fHasFailed && !fIsToEnd && Clock::now() < deadline) {
         const bool isServing = IsServing();
@@ -205,7 +205,7 @@ void Helper::Begin() {
     fHasFailed = !fActing->Begin();
 }
 
-// Real ones first: a person who plugs one in wants to see that.
+// Real devices first: a user who plugs one in wants to see it.
 DeviceList Helper::AllDevices() const {
     DeviceList list{};
     const auto add = [&list](std::span<const ConnectedDevice> devices) {

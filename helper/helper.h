@@ -1,5 +1,5 @@
-// The device helper: it answers the panel's requests, and has the devices' controls do what the settings say, or says
-// what they would do.
+// The device helper: answers the panel's requests, and makes the devices' controls do what the settings say,
+// or only reports what they would do.
 #pragma once
 
 #include "helper/acting_helper.h"
@@ -28,7 +28,7 @@ class Helper {
     // there is no session bus, or for devices that are not valid.
     // Ends with 0 too when its own program was replaced or removed.
     [[nodiscard]] int Run(int endDescriptor);
-    // Whether the program should be started anew, as an upgrade has replaced it.
+    // Whether to start the program again, because an upgrade has replaced it.
     [[nodiscard]] bool IsReplaced() const { return fProgramFile == ProgramFile::Replaced; }
 
   private:

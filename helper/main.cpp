@@ -1,4 +1,4 @@
-// DrevixHelper: stands in for the program that works with the device.
+// DrevixHelper: the program that works with the device.
 #include "helper/helper.h"
 #include "keyboard/key_names.h"
 #include "platform/base/status.h"
@@ -19,14 +19,15 @@ namespace {
 
 constexpr int kWrongUsage = 2;
 
-// The folder that the application's own folder, NAME.app/Contents/Linux, lies in. An installed program lies in
-// PREFIX/lib/drevix-settings, and only a link to it in the application's folder, since PREFIX/share is for all machines.
+// The folder that contains the application's own folder, NAME.app/Contents/Linux. An installed program is in
+// PREFIX/lib/drevix-settings, with only a link to it in the application's folder, because PREFIX/share is for
+// all architectures.
 FSRef ResourcesAround(const std::string &program) {
     const std::string above = FolderOfPath(FolderOfPath(FolderOfPath(program)));
     return {above.ends_with(".app") ? FolderOfPath(above) : above + "/share/drevix-settings"};
 }
 
-// A descriptor that can be read when the program is asked to end.
+// A descriptor that becomes readable when the program is asked to end.
 int OpenEndRequests() {
     sigset_t requests;
     sigemptyset(&requests);
@@ -34,7 +35,7 @@ int OpenEndRequests() {
         sigaddset(&requests, number);
     }
     sigprocmask(SIG_BLOCK, &requests, nullptr);
-    // Who reads the output may end, such as the terminal of the panel that started the helper.
+    // The reader of the output may end first, such as the terminal of the panel that started the helper.
     std::ignore = std::signal(SIGPIPE, SIG_IGN);
     return ::signalfd(-1, &requests, SFD_CLOEXEC | SFD_NONBLOCK);
 }
@@ -67,7 +68,7 @@ int Start(std::span<const std::string> arguments, const std::string &program, Ne
 int main(int argc, char **argv) try {
     const std::vector<std::string> arguments(argv + (argc > 0 ? 1 : 0), argv + argc);
     std::string program;
-    // Without it the factory's settings are not found, and the settings file has to do.
+    // Without it the factory settings are not found, and the settings file must do.
     std::ignore = FollowLinks("/proc/self/exe", &program);
     TranslateMessages(ResourcesAround(program).path + "/../locale");
     Next next = Next::Exit;

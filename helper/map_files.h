@@ -1,4 +1,4 @@
-// The maps of devices that are in force: the user's own, then those that came with the program.
+// Reads the maps of devices: the user's own, then those that came with the program.
 #pragma once
 
 #include "device/device_map.h"
@@ -10,12 +10,12 @@
 
 namespace drevix {
 
-// The folder of the user's maps, in the preferences folder, and of the others, in the resources.
+// The folder of the user's maps, in the preferences folder, and the folder of the others, in the resources.
 inline constexpr const char *kUsersMapsFolder = "com.halcyra.drevix.maps";
 inline constexpr const char *kMapsFolder = "maps";
 
-// Reads every "*.map" of both folders, in the order of their names, the user's first. What is wrong in them, or why one
-// cannot be read, is told in one line each ("FILE:3: ..."); the rest of the file counts.
+// Reads every "*.map" of both folders, ordered by name, the user's first. Reports each error, or why a file
+// cannot be read, in a line ("FILE:3: ..."); the rest of the file counts.
 [[nodiscard]] std::vector<DeviceMap> ReadMapFiles(const std::string &preferences, const FSRef &resources,
                                                   const std::function<void(const std::string &)> &complain);
 

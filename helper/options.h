@@ -19,7 +19,7 @@ struct HelperOptions {
     std::vector<std::string> standIns; // for devices, as "helper/stand_in.h" reads them
 };
 
-// False, with the reason in *problem, for what is no option or lacks its value.
+// False, with the reason in *problem, for an unknown option or one without its value.
 [[nodiscard]] bool ParseHelperOptions(std::span<const std::string> arguments, HelperOptions *options,
                                       std::string *problem);
 

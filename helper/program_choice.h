@@ -1,4 +1,4 @@
-// Which program is opened for what it is for.
+// Chooses the user's program for a purpose.
 #pragma once
 
 #include "device/action_plan.h"
@@ -8,8 +8,8 @@
 
 namespace drevix {
 
-// The command of the user's program of a kind: the default application of its type, else the first of its entries that
-// is installed, else the first by id that has its categories. Empty when there is none.
+// The command of the user's program of a kind: the default application for its type, else the first of its
+// entries that is installed, else the first by id that has its categories. Empty if there is none.
 [[nodiscard]] std::vector<std::string> CommandOfKind(const ProgramKind &kind);
 
 } // namespace drevix

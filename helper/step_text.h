@@ -1,4 +1,4 @@
-// The steps of actions in words, for who watches them.
+// The steps of actions in words, for whoever watches them.
 #pragma once
 
 #include "device/action_plan.h"

@@ -35,7 +35,7 @@ void Outline(const QStyleOption &option, QPainter *painter) {
     painter->restore();
 }
 
-// The style marks what has the keyboard in another colour, of which there is none.
+// The base style marks the focus with another colour, but here there is none.
 void MarkFocus(const QStyleOption &option, QPainter *painter) {
     constexpr auto kMarked = QStyle::State_HasFocus | QStyle::State_KeyboardFocusChange;
     if (option.state.testFlags(kMarked)) {
@@ -45,7 +45,7 @@ void MarkFocus(const QStyleOption &option, QPainter *painter) {
     }
 }
 
-// The chosen one has a bar, too.
+// The current tab also has a bar.
 void OutlineTab(const QStyleOption &option, QPainter *painter) {
     Outline(option, painter);
     MarkFocus(option, painter);
@@ -56,7 +56,7 @@ void OutlineTab(const QStyleOption &option, QPainter *painter) {
     }
 }
 
-// The style's own dot of the radio button that is on is grey.
+// The base style's dot of a selected radio button is grey.
 void OutlineCircle(const QStyleOption &option, QPainter *painter) {
     if (!IsHighContrast(option.palette)) {
         return;

@@ -1,12 +1,13 @@
-// The look of a desktop whose colours are as far apart as they can be.
+// The style for high-contrast palettes.
 #pragma once
 
 #include <QProxyStyle>
 
 namespace drevix {
 
-// Qt's own style makes its outlines of the window's colour, which on black and on white leaves none: with such a palette
-// boxes, fields and buttons are outlined in the text's colour. Other palettes look as they always do.
+// Qt's own style derives outlines from the window's colour, which on black or white makes them invisible.
+// With such a palette this style outlines boxes, fields and buttons in the text colour. Other palettes look
+// as usual.
 class ContrastStyle : public QProxyStyle {
     Q_OBJECT
 
@@ -21,7 +22,7 @@ class ContrastStyle : public QProxyStyle {
                             const QWidget *widget) const override;
 };
 
-// Installs it where Fusion is the style in force.
+// Installs it if Fusion is the current style.
 void UseContrastStyle();
 
 } // namespace drevix

@@ -7,13 +7,14 @@ namespace {
 
 constexpr int kAnswerMilliseconds = 1000;
 
-// Empty without a folder of the user's own: elsewhere another user could be the one who answers.
+// Empty without a private folder: elsewhere another user could answer.
 QString SocketPath() {
     const QString folder = QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation);
     return folder.isEmpty() ? QString() : folder + QStringLiteral("/drevix-settings");
 }
 
-// The environment variable by which a launcher on Wayland lets the program that it starts take the keyboard.
+// The environment variable in which a launcher on Wayland gives a program permission to take the keyboard
+// focus.
 constexpr const char *kActivationToken = "XDG_ACTIVATION_TOKEN";
 constexpr qint64 kLongestGreeting = 16384; // bytes: a token of a few dozen, and a path
 
@@ -28,7 +29,8 @@ bool FirstInstance::Acquire(const QString &file) {
     first.connectToServer(path);
     if (first.waitForConnected(kAnswerMilliseconds)) {
         first.write(qgetenv(kActivationToken) + ' ' + file.toUtf8().toPercentEncoding("/") + '\n');
-        // The first answers with a byte when it has come to the front; a hung one must not keep the user out.
+        // The first instance answers with a byte when it has come to the front; a hung one must not lock the
+        // user out.
         if (first.waitForReadyRead(kAnswerMilliseconds)) {
             return false;
         }
@@ -45,8 +47,8 @@ bool FirstInstance::Acquire(const QString &file) {
     return true;
 }
 
-// The window may take the keyboard with the launcher's leave only, which the launcher gave to the other program.
-// It holds for one time, and for nothing that is started from here.
+// The window needs the launcher's permission to take the focus, which the other program got. It is valid
+// once, and not for programs started from here.
 void FirstInstance::Answer(QLocalSocket *second) {
     if (!second->canReadLine() && second->bytesAvailable() < kLongestGreeting) {
         return;

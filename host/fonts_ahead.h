@@ -1,13 +1,13 @@
-// The desktop's fonts, looked for beside everything else that a start does.
+// Loads the desktop's fonts in parallel with the rest of the start.
 #pragma once
 
 #include <future>
 
 namespace drevix {
 
-// Looks for the fonts on a thread of its own, which takes a sixth of a start; whoever wants a font before waits for it. Call
-// it when the application is made, and let go of what it returns, which waits for the thread, before the application goes or
-// the process ends.
+// Looks up the fonts on a thread of its own, which takes a sixth of a start; whoever needs a font earlier
+// waits for it. Call it when the application object exists. Destroy the returned value, which waits for the
+// thread, before the application object goes or the process ends.
 [[nodiscard]] std::future<void> LookForFontsAhead();
 
 } // namespace drevix

@@ -1,4 +1,4 @@
-// The program's own texts.
+// Translations of the program's own texts.
 #pragma once
 
 #include <QCoreApplication>

@@ -1,4 +1,4 @@
-// drevix-settings: the window in which a person decides what the device's controls do.
+// drevix-settings: the window for choosing what the device's controls do.
 #include "host/contrast_style.h"
 #include "host/first_instance.h"
 #include "host/fonts_ahead.h"
@@ -38,8 +38,8 @@ int Fail(const QString &problem, int status) {
     return status;
 }
 
-// The value of an option that must be known before the application starts, null without one. What is not valid
-// is left for the options to complain of.
+// The value of an option needed before the application starts; null without one. Leaves errors to the option
+// parser.
 const char *EarlyOption(int argc, char **argv, std::string_view option) {
     const char *value = nullptr;
     for (int i = 1; i < argc; ++i) {
@@ -60,7 +60,7 @@ void TakeScale(int argc, char **argv) {
     }
 }
 
-// Words that are answered without a window, and so without a display.
+// Options that are answered without a window, and so without a display.
 void DoWithoutDisplay(int argc, char **argv) {
     static constexpr auto kWords =
         std::to_array<std::string_view>({"--help", "-h", "--help-all", "--version", "-v", "--picture"});
@@ -75,15 +75,15 @@ void DoWithoutDisplay(int argc, char **argv) {
     }
 }
 
-// A picture is drawn where nobody is logged in, too. There Qt complains that a session's folders are missing and
-// of what cannot be done for a window on a screen, as hints for its size.
+// Pictures are also drawn where nobody is logged in. There Qt would complain that a session's folders are
+// missing, and about window hints that do not apply.
 void DrawInSilence(int argc, char **argv) {
     if (EarlyOption(argc, argv, "--picture") != nullptr) {
         QLoggingCategory::setFilterRules(QStringLiteral("default.warning=false"));
     }
 }
 
-// Known before the panel is loaded, and to the helper that it may start.
+// Set before the panel is loaded, and passed on to a helper that it may start.
 void ObeyVerbose(int argc, char **argv) {
     if (std::any_of(argv, argv + argc, [](std::string_view word) { return word == "--verbose"; })) {
         BeVerbose();
@@ -114,9 +114,9 @@ void TellEndRequest(int /*signal*/) {
     errno = error;
 }
 
-// A request to end (logging out, `kill`, Ctrl+C) closes the window as its user would, so the settings are
-// saved. Handled, not blocked: what the panel starts would inherit a block, and a terminal opened from here
-// would be deaf to Ctrl+C. A signal that was ignored from the start, as `nohup` has it, stays so.
+// A request to end (logging out, `kill`, Ctrl+C) closes the window as the user would, so the settings are
+// saved. Handled, not blocked: programs started from here would inherit a block, and a terminal among them
+// would ignore Ctrl+C. A signal that was ignored from the start, as with `nohup`, stays ignored.
 void ObeyEndRequests(QApplication &application) {
     if (::pipe2(gEndRequests.data(), O_CLOEXEC | O_NONBLOCK) != 0) {
         return;
@@ -166,7 +166,7 @@ int main(int argc, char **argv) {
         return Fail(problem, kWrongUsage);
     }
 
-    // Not before: a word that is answered at once ends the process.
+    // Not earlier: an option that is answered at once ends the process.
     const std::future<void> fonts = LookForFontsAhead();
     const QString file = files.isEmpty() ? QString() : QFileInfo(files[0]).absoluteFilePath();
     FirstInstance instance;

@@ -19,7 +19,7 @@
 namespace drevix {
 namespace {
 
-// The plug-in lies beside the folder of programs, in a build tree as in an installed one.
+// The plug-in is beside the folder of programs, both in a build tree and installed.
 QString PluginPath() {
     return QDir::cleanPath(QCoreApplication::applicationDirPath() +
                            QStringLiteral("/../lib/drevix-settings/plugins/libdrevixpane.so"));
@@ -31,14 +31,14 @@ QString PlaceKey() {
 
 constexpr std::chrono::milliseconds kQuestionWait{300}; // between looks whether a question is answered
 
-// What else would be a part without a name for assistive technology, which looks for windows.
+// Otherwise assistive technology, which looks for windows, would find a part without a name.
 QAccessibleInterface *MakeWindowAccessible(const QString &className, QObject *object) {
     return className == QLatin1String(PanelWindow::staticMetaObject.className())
                ? new QAccessibleWidget(static_cast<QWidget *>(object), QAccessible::Window)
                : nullptr;
 }
 
-// Holds the view, which scrolls where it needs more than the whole screen has.
+// Holds the view, and scrolls it if it needs more than the whole screen.
 class ViewScroller : public QScrollArea {
   public:
     ViewScroller(QWidget *view, QWidget *parent) : QScrollArea(parent) {
@@ -77,7 +77,7 @@ PanelWindow::PanelWindow() {
 }
 
 PanelWindow::~PanelWindow() {
-    // The view is made of the plug-in's code, so it goes before the plug-in does.
+    // The view's code is in the plug-in, so delete it before unloading the plug-in.
     for (QWidget *view : findChildren<QWidget *>(Qt::FindDirectChildrenOnly)) {
         delete view;
     }
@@ -127,7 +127,7 @@ void PanelWindow::OpenFile(const QString &path) {
         return;
     }
     const bool isBusy = QApplication::activeModalWidget() != nullptr;
-    // Never at once: who asks for it waits for an answer.
+    // Never at once: the sender is waiting for an answer.
     QTimer::singleShot(isBusy ? kQuestionWait : std::chrono::milliseconds(0), this, [this, path] {
         if (QApplication::activeModalWidget() != nullptr) {
             OpenFile(path);
@@ -157,8 +157,8 @@ void PanelWindow::closeEvent(QCloseEvent *event) {
     event->setAccepted(!isAsked || fPanel->mayClose());
 }
 
-// The end of the program, as SIGTERM and the end of a session tell it, waits for no answer: the panel is left, and
-// saves what it can.
+// A request to end by SIGTERM or the session does not wait for an answer: leaves the panel, which saves what
+// it can.
 bool PanelWindow::eventFilter(QObject *watched, QEvent *event) {
     if (event->type() == QEvent::Quit) {
         fMayAsk = false;

@@ -1,4 +1,4 @@
-// The program's one window: it loads the panel as a plug-in and tells it when it is shown and left.
+// The program's only window: it loads the panel as a plug-in and tells it when it is shown and left.
 #pragma once
 
 #include "pane/preference_pane.h"
@@ -8,7 +8,7 @@
 
 namespace drevix {
 
-// What a panel is loaded for: to be worked with, or to be drawn once.
+// What a panel is loaded for: to be used, or to be drawn once.
 enum class PanelUse : bool { Work, Picture };
 
 class PanelWindow : public QWidget {
@@ -18,23 +18,22 @@ class PanelWindow : public QWidget {
     PanelWindow();
     ~PanelWindow() override;
 
-    // Loads the plug-in and its view. False, with the reason in `problem`, when it cannot be.
+    // Loads the plug-in and its view. False, with the reason in `problem`, if that fails.
     [[nodiscard]] bool LoadPanel(PanelUse use, QString *problem);
     // The panel, null before it is loaded.
     [[nodiscard]] PreferencePane *Panel() const { return fPanel; }
 
-    // Takes the window's place and size from the last time, the size that it would have where there is none, and keeps them for the
-    // next.
+    // Restores the window's last position and size, or the default size, and stores them for next time.
     void RestorePlace();
     void KeepPlace() const;
-    // Shows a window whose panel was loaded for a picture: the panel is not selected, so nothing is saved when
-    // the window goes.
+    // Shows a window whose panel was loaded for a picture: the panel is not selected, so nothing is saved
+    // when the window closes.
     void ShowForPicture();
-    // Brings the window to the front, as a second start of the program asks.
+    // Brings the window to the front, when the program is started again.
     void ComeToFront();
-    // Hands a file that the user opened to the panel, as soon as no question is open there.
+    // Passes a file that the user opened to the panel, as soon as no question is open there.
     void OpenFile(const QString &path);
-    // Saves as leaving the panel does, and goes on: the session may end, or may not.
+    // Saves like leaving the panel, but stays open: the session may not end after all.
     void SaveForSession();
 
   protected:

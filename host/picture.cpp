@@ -195,7 +195,8 @@ bool Save(const QPixmap &picture, const PictureRequest &request, QString *proble
     return true;
 }
 
-// The window and what is open above it, as on a screen; a dialog gets the line that a window manager draws around it.
+// The window and everything open above it, as on a screen; a dialog gets the border that a window manager
+// would draw.
 QPixmap GrabWithDialogs(const QWidget &window) {
     QWidgetList shown = QApplication::topLevelWidgets();
     shown.removeIf([](const QWidget *widget) { return !widget->isVisible(); });

@@ -1,4 +1,4 @@
-// A picture of the panel, for documents, tests and people without a display.
+// Draws a picture of the panel, for documents, tests and machines without a display.
 #pragma once
 
 #include <QCommandLineParser>
@@ -11,7 +11,7 @@ namespace drevix {
 class PanelWindow;
 class PreferencePane;
 
-// What of the panel the picture shows.
+// What the picture shows.
 struct PictureRequest {
     QString file;      // PNG
     QString app;       // a record's application file name; empty: the global record
@@ -25,22 +25,22 @@ struct PictureRequest {
     bool isContrast = false;   // black and white
 };
 
-// A scale that a picture can have: a number from 0.5 to 8.
+// Parses a scale for a picture: a number from 0.5 to 8.
 [[nodiscard]] std::optional<double> ScaleFromText(const QString &text);
 
-// The options of a picture; "scale" is put in force before the application starts.
+// The options for pictures; "scale" takes effect before the application starts.
 [[nodiscard]] QList<QCommandLineOption> PictureOptions();
-// The request on the command line, with `problem` set when it is invalid.
+// The request on the command line; sets `problem` if it is invalid.
 [[nodiscard]] PictureRequest ReadPictureRequest(const QCommandLineParser &options, QString *problem);
-// Puts the request's colours and icons in force for all windows made from now on.
+// Applies the request's colours and icons to all windows created from now on.
 void UsePictureLook(const PictureRequest &request);
-// Brings up the record, page and control that are asked for. False, with the reason in `problem`, when there
-// is none such.
+// Shows the requested record, page and control. False, with the reason in `problem`, if there is none.
 [[nodiscard]] bool ShowRequested(PreferencePane &panel, const PictureRequest &request, QString *problem);
-// Draws the window as it would be shown and writes the file. False, with the reason in `problem`, when it cannot.
+// Draws the window as it would appear and writes the file. False, with the reason in `problem`, on failure.
 [[nodiscard]] bool WritePicture(PanelWindow &window, const PictureRequest &request, QString *problem);
-// Shows the window, does the request's steps, and draws it with all that is open above it; for a panel that was loaded to be
-// worked with. False, with the reason in `problem`, when it cannot. What the steps have not saved is lost.
+// Shows the window, performs the request's steps, and draws it with everything open above it; for a panel
+// loaded to be used. False, with the reason in `problem`, on failure. Changes that the steps have not saved
+// are lost.
 [[nodiscard]] bool WritePictureAfterSteps(PanelWindow &window, const PictureRequest &request,
                                           QString *problem);
 

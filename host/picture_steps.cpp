@@ -32,7 +32,7 @@ Step ReadStep(const QString &text) {
             text.section(QLatin1Char(' '), 1)};
 }
 
-// Where it can be used now.
+// Only if it can be used now.
 QWidget *FindWidget(const QString &name) {
     const QWidgetList all = QApplication::allWidgets();
     const auto found = std::ranges::find_if(all, [&name](const QWidget *widget) {
@@ -41,7 +41,7 @@ QWidget *FindWidget(const QString &name) {
     return found != all.end() ? *found : nullptr;
 }
 
-// The list of applications is a menu that the side bar stands in for.
+// The list of applications is a menu; the side bar replaces it.
 QWidget *FindMenu(const QString &name) {
     const QWidgetList all = QApplication::allWidgets();
     const auto found = std::ranges::find(all, name, &QWidget::objectName);
@@ -53,7 +53,7 @@ QWidget *FindKeyTarget(const QString & /*name*/) {
     return popup != nullptr ? popup : QApplication::focusWidget();
 }
 
-// Events as a display sends them. They wait in its queue, so what they open does not hold up the steps.
+// Posts events like a display does. They are queued, so that what they open does not block the steps.
 void SendKey(const QKeyCombination &keys, const QString &text) {
     for (const QEvent::Type type : {QEvent::KeyPress, QEvent::KeyRelease}) {
         QWindowSystemInterface::handleKeyEvent(QGuiApplication::focusWindow(), type, keys.key(),
@@ -137,7 +137,7 @@ void PictureSteps::Start(std::function<void(const QString &problem)> done) {
     fTimer.start(kBetweenSteps);
 }
 
-// A turn after the last step, what it has changed is there to be drawn.
+// Waits one turn after the last step, so that its effects are drawn.
 void PictureSteps::DoNext() {
     if (fSteps.isEmpty()) {
         fTimer.stop();

@@ -1,4 +1,4 @@
-// What a person does at the panel before it is drawn: clicks, keys and waiting, one after the other.
+// Plays a user's clicks, keys and pauses on the panel before it is drawn.
 #pragma once
 
 #include <QObject>
@@ -16,11 +16,11 @@ class PictureSteps : public QObject {
   public:
     // Steps such as "click uiPaneButtonApply"; the manual page lists the words.
     explicit PictureSteps(QStringList steps);
-    // Whether it begins with one of the words.
+    // Whether the text begins with one of the words.
     [[nodiscard]] static bool IsStep(const QString &text);
 
-    // Does them from the event loop, and then calls `done`: with an empty text, or with what could not be done within ten
-    // seconds.
+    // Performs them from the event loop, then calls `done`: with an empty text, or with what could not be
+    // done within ten seconds.
     void Start(std::function<void(const QString &problem)> done);
 
   private:
