@@ -18,7 +18,7 @@ void NoteKorvaneReplacing(const KorvaneResults &results, std::ostream &err);
 // Done, or Failed for the first file that does not match the saved settings.
 Outcome OutcomeOfKorvaneWriting(const KorvaneResults &results);
 
-// "; what FILE held is kept as COPY" for each file of the companion that a write has cut short, or empty.
+// "; what FILE held is kept as COPY" for each file of the companion that a write left incomplete, or empty.
 [[nodiscard]] std::string KeptHotKeys();
 
 } // namespace drevix

@@ -91,7 +91,7 @@ Outcome WatchControls(const Request &request) {
                   : Failed(Translated("the device helper cannot be watched: %1", Translated(problem)));
 }
 
-// What a desktop needs that tells its windows only to a script of its own.
+// The script of a desktop that reports its windows only to its own scripts.
 struct Reporter {
     std::string_view desktop; // as in XDG_CURRENT_DESKTOP
     const char *hint;
@@ -106,7 +106,7 @@ constexpr auto kReporters = std::to_array<Reporter>({
                  "System Settings, Window Management, KWin Scripts, \"Drevix: window in front\"")},
 });
 
-// Says how to switch the desktop's reporter on, where no window is known.
+// Says how to switch the desktop's reporter on, if no window is known.
 void NoteReporter(const Request &request, const NamedTexts &front) {
     const auto text = [](const char *variable) {
         const char *const value = std::getenv(variable);

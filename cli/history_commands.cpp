@@ -97,7 +97,7 @@ Outcome ListOf(const std::string &path, std::vector<EarlierSettings> *history) {
                            : FailedFile("cannot read %1", Translated("the history"), status, kUnchanged);
 }
 
-// Each is compared with what came after it: the next newer one, or what the file holds now.
+// Compares each with its successor: the next newer one, or the current file.
 std::vector<HistoryRow> RowsOf(const std::vector<EarlierSettings> &history, const std::string &path) {
     std::vector<HistoryRow> rows;
     rows.reserve(history.size());

@@ -1,4 +1,4 @@
-// The command watch --raw: what devices send, in the words of a map of devices.
+// The command watch --raw: what devices send, in the words of a device map.
 
 #include "cli/raw_watch.h"
 

@@ -9,7 +9,8 @@
 
 namespace drevix {
 
-// The folder of the factory settings for the keyboard layout in force, which it finds out (milliseconds).
+// The folder of the factory settings for the current keyboard layout. Looking up the layout takes
+// milliseconds.
 [[nodiscard]] FSRef FactoryOfLayout(const Request &request);
 
 // A settings document whose failures are messages. Uses the user's own file unless --prefs names another.

@@ -74,7 +74,7 @@ void DeviceBus::Begin() {
     }
 }
 
-// A compositor's reporter calls as soon as our name is there, and would not call again.
+// A compositor's reporter calls as soon as our name appears, and would not call again.
 int DeviceBus::TakeMessage(sd_bus_message *message) {
     if (!fHasBegun && fEarly.size() < kMostEarly) {
         fEarly.emplace_back(sd_bus_message_ref(message));
@@ -225,8 +225,8 @@ void DeviceBus::TellQuiet() {
     }
 }
 
-// A panel that hangs must not keep the device from acting for ever. It is asked as a control is touched, so nothing wakes the
-// program while nothing happens.
+// A hung panel must not stop the device for ever. Checks when a control is touched, so that nothing wakes up
+// an idle program.
 void DeviceBus::AskQuiet(Time now) {
     for (Watcher &watcher : fWatchers) {
         if (!IsQuiet(watcher) || watcher.question || now - watcher.asked < kLongestSilence) {
@@ -235,7 +235,7 @@ void DeviceBus::AskQuiet(Time now) {
         const BusMessage call =
             SessionBus::NewCall(fBus, watcher.name, "/", "org.freedesktop.DBus.Peer", "Ping");
         sd_bus_slot *slot = nullptr;
-        // An answer is welcome at any time.
+        // An answer counts whenever it comes.
         if (call && sd_bus_call_async(fBus, &slot, call.get(), BusCallback<&DeviceBus::TakeAnswer>, this,
                                       UINT64_MAX) >= 0) {
             watcher.question.reset(slot);

@@ -1,6 +1,6 @@
-// The device as programs of the session see it, beside the driver messages: they simulate its controls, watch what
-// these do, and tell which window is in front where a compositor tells only its own extensions.
-// docs/device-bus.md has the object and its methods. Main thread only.
+// The device as the session's programs see it, besides the driver messages: they simulate its controls, watch
+// what these do, and report which window is in front if a compositor tells that only to its own extensions.
+// docs/device-bus.md describes the object and its methods. Main thread only.
 #pragma once
 
 #include "platform/bus/front_reports.h"
@@ -27,36 +27,37 @@ using NamedTexts = std::vector<std::pair<std::string, std::string>>;
 
 // What the program does on behalf of the bus.
 struct DeviceBusTasks {
-    // Does with a control what `how` says, so many times. False, with the reason in *text, for what is not valid;
-    // else *text is what came of it.
+    // Does with a control what `how` says, that many times. False, with the reason in *text, for invalid
+    // input; else *text is the result.
     std::function<bool(const std::string &control, const std::string &how, std::uint32_t times,
                        std::string *text)>
         act;
-    // Nothing: the last report counts no longer.
+    // nullopt: the last report is no longer valid.
     std::function<void(const std::optional<ReportedFront> &front)> setFront;
     std::function<NamedTexts()> front;
-    // Whether a watcher that does not hang wants the device to tell, but not to act.
+    // Whether a watcher that responds wants the device to report but not to act.
     std::function<void(bool isQuiet)> setQuiet;
 };
 
 class DeviceBus final : public BusClient {
   public:
-    // Serves the object on the session bus, whenever the program is on it, as long as this lives. Calls wait for Begin.
+    // Serves the object on the session bus, whenever the program is connected, until destruction. Calls wait
+    // for Begin.
     explicit DeviceBus(DeviceBusTasks tasks);
     ~DeviceBus();
-    // The process of the window in front, 0 where that is not known: a watcher that has been quiet is so too as soon as its own
-    // window comes to the front, since its word takes a while.
+    // The process of the window in front, 0 if unknown. A watcher that was quiet becomes quiet again as soon
+    // as its own window comes to the front, because its own request takes a while.
     void SetFrontProcess(std::uint32_t process);
-    // Carries out the calls that have come, and from now on all at once.
+    // Carries out the calls received so far, and later ones at once.
     void Begin();
 
-    // Tells the watchers what a control has done, so many times: at once, but for one control at most 30 times a
-    // second; what comes in between is added up and told with its last text by TakeTime.
+    // Reports to the watchers what a control has done and how many times: at once, but at most 30 times a
+    // second per control. TakeTime reports what comes in between, added up, with its last text.
     void TellActed(const std::string &control, const std::string &what, int times);
-    // Tells the watchers that a control is down or up; as often at most, and what is back at once is not told. New
-    // watchers are told what is down.
+    // Reports to the watchers that a control is down or up, as often at most; omits a change that is undone
+    // at once. New watchers get the controls that are down.
     void TellPressed(const std::string &control, bool isDown);
-    // When something that was held back is due; nothing while nothing is.
+    // When something held back is due; nullopt if nothing is.
     [[nodiscard]] std::optional<std::chrono::steady_clock::time_point> NextTime() const;
     void TakeTime(std::chrono::steady_clock::time_point now);
 

@@ -45,7 +45,7 @@ int TakeEnd(sd_bus_message *message, void *watching, sd_bus_error * /*error*/) {
     return 0;
 }
 
-// Of two processes of one name the first one has the messages.
+// If two processes have the name, the first one gets the messages.
 std::string FindBusName(sd_bus_message *names, const std::string &processName) {
     NamedProcess first{UINT32_MAX, {}};
     std::string found;

@@ -1,4 +1,5 @@
-// The device object of a helper that runs, for a program without an event loop. Calls wait, at most two seconds each.
+// The device object of a running helper, for a program without an event loop. Calls wait, for at most two
+// seconds each.
 #pragma once
 
 #include "platform/bus/device_bus.h"
@@ -13,20 +14,21 @@ namespace drevix {
 
 class DeviceClient {
   public:
-    // What a control has done, so many times.
+    // What a control has done and how many times.
     using ActedFunction =
         std::function<void(const std::string &control, const std::string &what, std::uint32_t times)>;
 
-    // Finds the process of this name (UTF-8, letter case of ASCII ignored) on the session bus. False when there is none.
+    // Finds the process with this name (UTF-8, ignoring ASCII letter case) on the session bus. False if there
+    // is none.
     [[nodiscard]] bool Connect(const std::string &processName);
 
-    // Each gives false, with the reason for people in *problem, when the helper refuses or does not answer.
+    // Each returns false, with the reason for people in *problem, if the helper refuses or does not answer.
 
-    // *what becomes what came of it.
+    // *what gets the result.
     [[nodiscard]] bool Act(const std::string &control, const std::string &how, std::uint32_t times,
                            std::string *what, std::string *problem);
     [[nodiscard]] bool Front(NamedTexts *front, std::string *problem);
-    // Calls for each action until the helper ends, which is no failure.
+    // Calls back for each action until the helper ends, which is not a failure.
     [[nodiscard]] bool Watch(const ActedFunction &acted, std::string *problem);
 
   private:

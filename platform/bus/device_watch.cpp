@@ -10,7 +10,7 @@
 namespace drevix {
 namespace {
 
-// Of two processes of one name the first one has the messages. Empty while none is known.
+// If two processes have the name, the first one gets the messages. Empty while none is known.
 std::string OwnerOfProcess(const std::string &name) {
     ProcessList &list = ProcessList::Instance();
     list.BringUpToDate();
@@ -77,7 +77,7 @@ void DeviceWatch::SetHelper(const std::string &owner) {
     }
 }
 
-// At most one question is on its way, however long a helper hangs.
+// At most one query is pending, however long a helper hangs.
 void DeviceWatch::Ask() {
     if (fHelper.empty() || fAsked || fWanted == fTaken) {
         return;

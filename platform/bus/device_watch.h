@@ -1,5 +1,5 @@
-// Watches the device object of a helper, in a program with an event loop. Never waits for the helper: one that hangs is
-// silent. Main thread only.
+// Watches the device object of a helper, in a program with an event loop. Never waits for the helper: a hung
+// one is just silent. Main thread only.
 #pragma once
 
 #include "platform/bus/session_bus.h"
@@ -13,9 +13,9 @@ namespace drevix {
 // None may be empty.
 struct DeviceWatchTasks {
     std::function<void(const std::string &control, bool isDown)> pressed;
-    // What a control has done, so many times.
+    // What a control has done and how many times.
     std::function<void(const std::string &control, const std::string &what, std::uint32_t times)> acted;
-    // The helper has gone; what was down is no longer known to be.
+    // The helper has gone; which controls are down is no longer known.
     std::function<void()> lost;
 };
 
@@ -27,11 +27,11 @@ class DeviceWatch final : public BusClient {
     DeviceWatch &operator=(const DeviceWatch &) = delete;
     ~DeviceWatch();
 
-    // Watches from now on: at once, or as soon as Look finds the helper. While quiet, its device does nothing; nor does it, once
-    // this was quiet, with a window of this process in front.
+    // Starts watching: at once, or as soon as Look finds the helper. While quiet, its device does nothing.
+    // Once this was quiet, the device also does nothing while a window of this process is in front.
     void Watch(bool isQuiet) { Want(isQuiet ? Part::Quiet : Part::Watcher); }
     void Stop() { Want(Part::None); }
-    // Finds a helper that has come, gone, or not taken the watcher yet. To be called once a second; costs what
+    // Finds a helper that has come, gone, or not accepted the watcher yet. Call once a second; costs what
     // GetNextProcess does.
     void Look();
 

@@ -13,7 +13,8 @@ constexpr std::uint32_t kHighestProcess = 0x7FFF'FFFF;
 constexpr std::chrono::milliseconds kBetweenChecks{100};
 constexpr const char *kScript = "drevix-front"; // as its metadata.json has it
 
-// What is longer is no application's name. A window can have any, and must not keep the one before it in front.
+// Longer texts are not application names. A window can have any text, and must not keep the previous one in
+// front.
 std::string ShortName(const char *text) {
     return std::strlen(text) <= kLongestName ? text : std::string();
 }
@@ -43,7 +44,7 @@ int FrontReports::Take(sd_bus_message *message) {
     const char *windowClass = nullptr;
     const char *name = nullptr;
     std::uint32_t process = 0;
-    // The two types of number are read alike.
+    // Both number types are read alike.
     if (sd_bus_message_read(message, "sss", &entry, &windowClass, &name) <= 0 ||
         sd_bus_message_read_basic(message, sd_bus_message_get_signature(message, 1)[3], &process) <= 0) {
         return 0;
@@ -57,7 +58,7 @@ int FrontReports::Take(sd_bus_message *message) {
         fReporter = SessionBus::TrackSender(message, CallTakeLeft, this);
         fReporterName = sender;
     }
-    // Whose end would not be noticed is not believed.
+    // Ignores a sender whose end would go unnoticed.
     if (fReporter) {
         fSetFront(ReportedFront{ShortName(entry), ShortName(windowClass), ShortName(name),
                                 process <= kHighestProcess ? process : 0});
@@ -69,7 +70,7 @@ bool FrontReports::IsBelieved(const std::string &sender) const {
     return (fShell.Get().empty() && fKWin.Get().empty()) || sender == fShell.Get() || sender == fKWin.Get();
 }
 
-// Who reported before the compositor was known to be there.
+// Forgets a sender that reported before the compositor was known.
 void FrontReports::ForgetStranger() {
     if (!IsBelieved(fReporterName)) {
         Forget();

@@ -1,4 +1,4 @@
-// Which window programs on the bus say is in front. Internal to this folder. Main thread only.
+// Which window is in front, as programs on the bus report it. Internal to this folder. Main thread only.
 #pragma once
 
 #include "platform/bus/name_owner.h"
@@ -12,7 +12,7 @@
 
 namespace drevix {
 
-// The window in front, as a program tells it. Texts that it does not know are empty.
+// The window in front, as a program reports it. Unknown texts are empty.
 struct ReportedFront {
     std::string entry, windowClass, windowName;
     std::uint32_t process = 0;
@@ -20,18 +20,18 @@ struct ReportedFront {
 
 class FrontReports {
   public:
-    // Called with each report, and with nothing when the last one counts no longer.
+    // Called with each report, and with nullopt when the last one is no longer valid.
     using SetFrontFunction = std::function<void(const std::optional<ReportedFront> &front)>;
     explicit FrontReports(SetFrontFunction setFront);
 
     void BusOpened(sd_bus *bus);
     void BusLost();
 
-    // Takes a call of SetFront and answers it. The last report counts until its sender leaves the bus. While a compositor that
-    // has a reporter is on the bus, nobody else is believed.
+    // Processes a SetFront call and answers it. The report is valid until its sender leaves the bus. While a
+    // compositor that has a reporter is on the bus, nobody else is believed.
     int Take(sd_bus_message *message);
-    // The report is about to be used: asks KWin whether its script still runs, which cannot say that it was switched off. Ten
-    // times a second at most, so a report may be used once when it is old.
+    // Call before using the report: asks KWin whether its script still runs, because the script cannot report
+    // that it was switched off. Asks at most ten times a second, so an outdated report may be used once.
     void Check(std::chrono::steady_clock::time_point now);
 
   private:

@@ -19,7 +19,7 @@ constexpr const char *kPropertiesMatch =
     "type='signal',path='/org/mpris/MediaPlayer2',member='PropertiesChanged',"
     "arg0='org.mpris.MediaPlayer2.Player'";
 
-// Whether changed properties say that the player plays now.
+// Whether changed properties say that the player is playing.
 bool SaysPlaying(sd_bus_message *message) {
     const char *interface = nullptr;
     if (sd_bus_message_read(message, "s", &interface) <= 0 ||
@@ -135,7 +135,7 @@ bool MediaPlayers::Call(const char *method) {
     return call && sd_bus_send(fBus, call.get(), nullptr) >= 0;
 }
 
-// Changes while an answer is owed are added up.
+// Adds up changes while an answer is pending.
 bool MediaPlayers::ChangeVolume(double difference) {
     if (fPlayers.empty()) {
         return false;

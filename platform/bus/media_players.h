@@ -1,4 +1,4 @@
-// The media players of the session, by the MPRIS D-Bus Interface Specification 2.2. Nothing here waits. Main thread only.
+// The session's media players, by the MPRIS D-Bus Interface Specification 2.2. Never waits. Main thread only.
 #pragma once
 
 #include "platform/bus/session_bus.h"
@@ -14,15 +14,15 @@ namespace drevix {
 
 class MediaPlayers final : public BusClient {
   public:
-    // Follows which players run as long as this lives.
+    // Keeps track of running players until destruction.
     MediaPlayers();
     ~MediaPlayers();
 
-    // Asks the player that played last, else the one that came last. False when none runs.
+    // These ask the player that played last, else the one that appeared last. False if none is running.
 
     // "PlayPause", "Next", "Previous" or "Stop".
     [[nodiscard]] bool Call(const char *method);
-    // Adds to the volume, of which 1.0 is all; it stays between 0 and that.
+    // Adds to the volume, which stays between 0 and the full volume, 1.0.
     [[nodiscard]] bool ChangeVolume(double difference);
 
     void BusOpened(sd_bus *bus) override;

@@ -17,7 +17,7 @@ constexpr const char *kManagerInterface = "org.freedesktop.login1.Manager";
 constexpr const char *kSessionInterface = "org.freedesktop.login1.Session";
 constexpr const char *kHint = "LockedHint";
 
-// Screen savers tell ActiveChanged(b), each under a name of its own.
+// Screen savers send ActiveChanged(b), each under its own name.
 constexpr auto kSavers = std::to_array<const char *>({
     "org.freedesktop.ScreenSaver",
     "org.gnome.ScreenSaver",
@@ -26,7 +26,7 @@ constexpr auto kSavers = std::to_array<const char *>({
     "org.xfce.ScreenSaver",
 });
 
-// Session managers, and how each is asked to log out.
+// Session managers, and how to ask each to log out.
 struct Manager {
     const char *name, *object, *interface, *method;
     bool (*append)(sd_bus_message *call);
@@ -90,7 +90,7 @@ void SessionControl::TellLocked() {
     }
 }
 
-// Asks for the hint, and for word of its changes.
+// Queries the hint, and subscribes to its changes.
 bool SessionControl::ConnectSystem() {
     sd_bus *bus = nullptr;
     if (fSystem || sd_bus_open_system(&bus) < 0) {
@@ -121,7 +121,7 @@ void SessionControl::TurnSystem() {
     }
     std::uint64_t time = UINT64_MAX;
     sd_bus_get_timeout(fSystem.get(), &time);
-    // A call that is never answered is forgotten a little late.
+    // A call that is never answered is dropped a little late.
     const auto wait = time == UINT64_MAX ? std::nullopt : std::optional(std::chrono::milliseconds(5000));
     fSystemWatch.Watch(sd_bus_get_fd(fSystem.get()),
                        static_cast<short>(std::max(sd_bus_get_events(fSystem.get()), 0)), wait);
@@ -136,7 +136,7 @@ int SessionControl::TakeHint(sd_bus_message *reply) {
     return 0;
 }
 
-// Those of other sessions come too; whether it is ours that was locked is asked.
+// Changes of other sessions arrive too, so asks whether it was ours that was locked.
 int SessionControl::TakeProperties(sd_bus_message * /*message*/) {
     AskHint();
     return 0;
@@ -172,7 +172,7 @@ void SessionControl::AskManager(const char *method, bool isOfSession) {
     }
     const char *object = isOfSession ? kOwnSession : kLoginObject;
     const char *interface = isOfSession ? kSessionInterface : kManagerInterface;
-    // Without a slot the answer comes as long as the connection lives, which this object outlives.
+    // Without a slot the answer can come as long as the connection lives, which this object outlives.
     const int result =
         isOfSession ? sd_bus_call_method_async(fSystem.get(), nullptr, kLogin, object, interface, method,
                                                BusCallback<&SessionControl::TakeAnswer>, this, "")
@@ -202,7 +202,7 @@ void SessionControl::LogOut() {
     TryLogOut();
 }
 
-// One after the other, until one of them runs.
+// Tries one after the other, until one is running.
 void SessionControl::TryLogOut() {
     fLogOut.reset();
     while (fSession != nullptr && fNextManager < kManagers.size()) {

@@ -1,4 +1,4 @@
-// The session as a whole: locked, suspended, ended. Nothing here waits. Main thread only.
+// The session as a whole: locking, suspending, logging out. Never waits. Main thread only.
 #pragma once
 
 #include "platform/base/loop_watch.h"
@@ -14,15 +14,16 @@ struct sd_bus_message;
 namespace drevix {
 
 struct SessionControlTasks {
-    // The session was locked or unlocked, as the login manager or a screen saver tells.
+    // The session was locked or unlocked, as reported by the login manager or a screen saver.
     std::function<void(bool isLocked)> setLocked;
-    // What was asked for cannot be done, in words.
+    // A request cannot be done, in words.
     std::function<void(const std::string &problem)> fail;
 };
 
 class SessionControl final : public BusClient {
   public:
-    // Watches the session's lock as long as this lives. A session without a login manager has its screen saver alone.
+    // Watches the session's lock until destruction. A session without a login manager has only its screen
+    // saver.
     explicit SessionControl(SessionControlTasks tasks);
     ~SessionControl();
 

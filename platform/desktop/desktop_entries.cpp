@@ -176,7 +176,7 @@ std::vector<std::string> PathsOf(const std::string &list, std::string_view other
     return paths;
 }
 
-// A folder of the user's that the catalog knows; none when it is missing.
+// A folder of the user's that the catalog knows; none if it is missing.
 std::vector<std::string> UsersFolder(OSType type) {
     std::int16_t volume = 0;
     std::int32_t own = 0;
@@ -230,7 +230,8 @@ std::vector<std::string> ListParts(std::string_view list) {
     return parts;
 }
 
-// The names of the files that say which application opens what: those of the desktops in use, then everybody's.
+// The names of the files that associate applications with types: those for the current desktops, then the
+// general one.
 std::vector<std::string> AssociationFiles() {
     constexpr const char *kFile = "mimeapps.list";
     std::vector<std::string> files;
@@ -243,7 +244,7 @@ std::vector<std::string> AssociationFiles() {
     return files;
 }
 
-// The entries that such a file has as defaults for a type, best first.
+// The default entries for a type in such a file, best first.
 std::vector<std::string> DefaultsIn(std::string_view text, std::string_view type) {
     bool isInGroup = false;
     while (!text.empty()) {
@@ -345,7 +346,7 @@ bool FindDesktopEntry(const std::string &id, std::string_view locale, DesktopEnt
     if (!id.ends_with(kEntryExtension) || id.find('/') != std::string::npos) {
         return false;
     }
-    // An id's first "-" may stand for the folder that the entry lies in.
+    // The first "-" of an id may stand for a subfolder that contains the entry.
     std::string inFolder = id;
     if (const std::size_t dash = id.find('-'); dash != std::string::npos) {
         inFolder[dash] = '/';
@@ -371,7 +372,7 @@ bool FindDefaultApplication(std::string_view type, DesktopEntry *entry) try {
     for (const std::string &folder : folders) {
         for (const std::string &name : AssociationFiles()) {
             std::string text;
-            // A list that is missing or cannot be read names nothing.
+            // A missing or unreadable list names nothing.
             std::ignore = ReadSharedFile(JoinPath(folder, name), kDesktopEntryMaxBytes, &text);
             for (const std::string &id : DefaultsIn(text, type)) {
                 if (FindDesktopEntry(id, MessagesLocale(), entry)) {

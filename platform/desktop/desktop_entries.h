@@ -60,13 +60,13 @@ bool FindEntryLine(std::string_view text, std::size_t *groupEnd,
 // if out of memory.
 [[nodiscard]] std::vector<DesktopEntry> InstalledApplications(std::string_view locale);
 
-// The entry of an id, ".desktop" included, in the folder that counts for it, hidden or not. False, with *entry
-// unchanged, when there is none.
+// The entry of an id, including ".desktop", in the first folder that has it, even if hidden. False, with
+// *entry unchanged, if there is none.
 [[nodiscard]] bool FindDesktopEntry(const std::string &id, std::string_view locale, DesktopEntry *entry);
 
-// The application that opens a MIME type or the addresses of a scheme ("x-scheme-handler/mailto"), as the lists
-// say that the user, his desktop and the system keep (MIME Applications Associations Specification 1.0.1). False,
-// with *entry unchanged, when none of them names one that is installed.
+// The application for a MIME type or a URI scheme ("x-scheme-handler/mailto"), by the lists of the user, the
+// desktop and the system (MIME Applications Associations Specification 1.0.1). False, with *entry unchanged,
+// if none of them names an installed one.
 [[nodiscard]] bool FindDefaultApplication(std::string_view type, DesktopEntry *entry);
 
 } // namespace drevix

@@ -25,7 +25,7 @@ namespace {
 
 constexpr int kSignalled = 128; // as shells count
 
-// What a program is started with: none of this program's signals held back or ignored, the home folder, no input.
+// The environment of a new program: no signals of this program blocked or ignored, the home folder, no input.
 class Spawning {
   public:
     Spawning() {

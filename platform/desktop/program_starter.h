@@ -1,4 +1,4 @@
-// Starts programs that live on when this one ends.
+// Starts programs that outlive this one.
 #pragma once
 
 #include "platform/base/loop_watch.h"
@@ -13,19 +13,20 @@
 
 namespace drevix {
 
-// The command that opens an item as a double click does: an application (an entry, an ".app" folder or a program) is
-// started, anything else goes to the desktop's opener. Empty for an application that says nothing to start. On some disks
-// every file counts as a program; one that is none cannot be started, and kOpener opens it.
+// The command that opens an item as a double click does: starts an application (an entry, an ".app" folder or
+// a program), and passes anything else to the desktop's opener. Empty for an application without a command.
+// On some disks every file counts as a program; one that cannot be started is opened with kOpener.
 inline constexpr const char *kOpener = "xdg-open";
 [[nodiscard]] std::vector<std::string> CommandToOpen(const std::string &path);
 
 class ProgramStarter {
   public:
-    // Told the exit status of a program that has ended, or 128 and the signal that ended it.
+    // Gets the exit status of a program that has ended, or 128 plus the number of the signal that ended it.
     using EndedFunction = std::function<void(int exitStatus)>;
 
-    // Starts a program, its name looked up in $PATH, in a session of its own, in the user's home folder, without
-    // input. noErr, fnfErr, permErr, memFullErr, ...; `ended` is called by the event loop, and only while this lives.
+    // Starts a program, looked up in $PATH, in its own session, in the user's home folder, without input.
+    // noErr, fnfErr, permErr, memFullErr, ...; the event loop calls `ended`, but only while this object
+    // exists.
     [[nodiscard]] OSErr Start(const std::vector<std::string> &command, EndedFunction ended);
 
   private:

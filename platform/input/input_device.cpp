@@ -139,7 +139,8 @@ void InputDevice::TakeBytes(std::string_view bytes, std::vector<RawEvent> *event
     fPart = bytes;
 }
 
-// What is still queued behind the loss is older than the state, and would turn a counter back and forth: it is left out.
+// Events still queued behind the loss are older than the queried state and would turn a counter back and
+// forth, so drops them.
 bool InputDevice::TellState(std::vector<RawEvent> *events) {
     fHasLost = false;
     InputState state;

@@ -25,12 +25,12 @@ InputDevices::InputDevices(std::string folder)
     WatchFolder();
 }
 
-// Whether the folder has come to be watched.
+// Whether the folder appeared and is now watched.
 bool InputDevices::WatchFolder() {
     if (fWatch >= 0) {
         return false;
     }
-    // The folder above is watched first, so that none can come between the two steps unseen.
+    // Watches the folder above first, so that a folder created between the two steps is not missed.
     const std::string above = std::filesystem::path(fFolder).parent_path();
     fAboveWatch = ::inotify_add_watch(Descriptor(), above.c_str(), IN_CREATE | IN_MOVED_TO | IN_ONLYDIR);
     fWatch = ::inotify_add_watch(Descriptor(), fFolder.c_str(), kComings | IN_ONLYDIR);

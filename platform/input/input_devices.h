@@ -1,4 +1,4 @@
-// Which input devices there are, and which come.
+// Finds input devices, including new ones.
 #pragma once
 
 #include "platform/files/owners.h"
@@ -10,14 +10,15 @@ namespace drevix {
 
 class InputDevices {
   public:
-    // Watches a folder of devices, "event3" and the like. While it is missing, the one that it would lie in is watched.
+    // Watches a folder of devices, "event3" and the like. While it is missing, watches the folder above it.
     explicit InputDevices(std::string folder = "/dev/input");
 
-    // Can be read when something has happened in the folder; -1 when nothing can be watched.
+    // Readable when something has happened in the folder; -1 if nothing can be watched.
     [[nodiscard]] int Descriptor() const { return fDescriptor.Get(); }
 
-    // The paths of devices that may be new since the last call, in the first call of all that are there: they came, or
-    // who may read them has changed, as it does right after they came. A path may be given more than once.
+    // The paths of devices that may be new since the last call; all of them in the first call. A device
+    // counts as new again when its permissions have changed, as they do right after it appears. A path may be
+    // listed more than once.
     [[nodiscard]] std::vector<std::string> TakeNew();
 
   private:

@@ -20,7 +20,7 @@ std::string_view Setting(const char *name) {
 } // namespace
 
 std::unique_ptr<Desktop> OpenDesktop(std::string *problem) {
-    // X clients of a Wayland session are only some of its windows.
+    // X clients are only some of a Wayland session's windows.
     if (!Setting("WAYLAND_DISPLAY").empty()) {
         std::unique_ptr<Desktop> desktop = OpenWlrootsDesktop(problem);
         return desktop != nullptr ? std::move(desktop) : OpenUinputDesktop(problem);

@@ -1,4 +1,4 @@
-// What can be asked of a desktop, its session and its media players, without saying how.
+// Requests to a desktop, its session and its media players, independent of how they are made.
 #pragma once
 
 #include <cstdint>
@@ -7,7 +7,7 @@ namespace drevix {
 
 enum class ScrollDirection : std::uint8_t { Up, Down, Left, Right };
 
-// To the window in front, and to the desktop about its windows.
+// To the window in front, or to the desktop about its windows.
 enum class WindowRequest : std::uint8_t {
     Close,
     Minimize,

@@ -1,4 +1,4 @@
-// The desktop of a Wayland compositor that tells programs nothing and takes nothing from them.
+// The desktop of a Wayland compositor that neither tells programs anything nor takes input from them.
 #pragma once
 
 #include "platform/files/owners.h"
@@ -10,12 +10,13 @@
 
 namespace drevix {
 
-// Sends by a keyboard of the kernel's (KernelKeyboard::Make). It tells no window in front, takes no requests, and is lost
-// when the compositor of $WAYLAND_DISPLAY goes. Null, with the reason for people in *problem, where that cannot be.
+// Sends through a kernel keyboard (KernelKeyboard::Make). Reports no window in front, takes no requests, and
+// is lost when the compositor of $WAYLAND_DISPLAY goes. Null, with the reason for people in *problem, if that
+// is impossible.
 [[nodiscard]] std::unique_ptr<Desktop> OpenUinputDesktop(std::string *problem);
 
-// The same over a keyboard that is there. `compositor` is a connection that hangs up when the compositor goes; nothing
-// is read from it.
+// The same with an existing keyboard. `compositor` is a connection that hangs up when the compositor goes;
+// nothing is read from it.
 [[nodiscard]] std::unique_ptr<Desktop> MakeUinputDesktop(std::unique_ptr<KernelKeyboard> keyboard,
                                                          SystemDescriptor compositor);
 

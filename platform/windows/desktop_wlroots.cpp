@@ -37,7 +37,7 @@ constexpr std::size_t kVirtualKeys = 248;             // as on X11
 constexpr int kNotch = 15;                            // what a notch of a wheel moves, as libinput has it
 constexpr std::size_t kDeepestDialog = 8;             // of dialogs of dialogs
 
-// The modifiers have these bits in every keymap; the compositor is told them beside the keys.
+// The modifiers' bits, the same in every keymap. The compositor gets them along with the keys.
 struct ModifierKey {
     std::uint16_t scanCode;
     std::uint32_t bit;
@@ -66,7 +66,7 @@ bool WaitFor(wl_display *display, short what, Clock::time_point end) {
 
 using Handle = WaylandOwner<zwlr_foreign_toplevel_handle_v1, zwlr_foreign_toplevel_handle_v1_destroy>;
 
-// A window; what is told of it counts when all of it has been told.
+// A window. Changes to it apply once all of them have been sent.
 struct Toplevel {
     struct State {
         std::string id;
@@ -84,9 +84,9 @@ class WlrootsDesktop final : public Desktop {
   public:
     explicit WlrootsDesktop(WaylandDisplay display) : fDisplay(std::move(display)) {}
     ~WlrootsDesktop() override;
-    // Asks what there is; false when that is of no use. A problem may be left all the same.
+    // Queries what the compositor offers; false if that is not enough. *problem may be set in any case.
     bool Start(std::string *problem);
-    // From now on the modifiers of this program do not outlive it.
+    // From now on, this program's modifiers are released even if it is killed.
     void KeepModifiers();
 
     [[nodiscard]] int Descriptor() const override {
@@ -248,7 +248,8 @@ void WlrootsDesktop::TakeGroup() {
     }
 }
 
-// The session's keymap is asked for first: a new keyboard comes with the compositor's own, of which every client is told.
+// Asks for the session's keymap first, because a new keyboard brings the compositor's own, which every client
+// is told about.
 bool WlrootsDesktop::MakeKeyboard(Clock::time_point end) {
     ListenToKeyboard();
     if (!Settle(end) || !Settle(end)) { // what the seat has, then its keymap
@@ -270,7 +271,7 @@ void WlrootsDesktop::SendKeymap() {
     SendModifiers();
 }
 
-// The keymap comes now, and anew whenever the session has another.
+// The keymap arrives now, and again whenever the session gets another.
 void WlrootsDesktop::ListenToKeyboard() {
     static constexpr wl_keyboard_listener kKeyboardListener = {
         .keymap =
@@ -302,7 +303,7 @@ void WlrootsDesktop::ListenToKeyboard() {
     wl_seat_add_listener(fSeat.get(), &kSeatListener, this);
 }
 
-// Ours is one of the session's keyboards, so the keymap that it has comes back to us.
+// Our keyboard is one of the session's, so its keymap comes back to us.
 void WlrootsDesktop::TakeKeymap(std::uint32_t format, SystemDescriptor file, std::uint32_t size) {
     if (format != WL_KEYBOARD_KEYMAP_FORMAT_XKB_V1 || fKeepsKeymap) {
         return;
@@ -351,7 +352,7 @@ Toplevel *WlrootsDesktop::Find(zwlr_foreign_toplevel_handle_v1 *handle) {
     return found == fToplevels.end() ? nullptr : found->get();
 }
 
-// A dialog is known by the window that it is a dialog of.
+// A dialog counts as the window it belongs to.
 void WlrootsDesktop::FindFront() {
     std::erase_if(fToplevels, [](const auto &toplevel) { return toplevel->isClosed; });
     const auto found =
@@ -384,7 +385,7 @@ bool WlrootsDesktop::Take() {
     return isGood && wl_display_get_error(fDisplay.get()) == 0;
 }
 
-// An answer to a sync comes behind the answers to all that was asked before it.
+// The answer to a sync follows the answers to all earlier requests.
 bool WlrootsDesktop::Settle(Clock::time_point end) {
     static constexpr wl_callback_listener kListener = {
         .done = [](void *isDone, wl_callback *, std::uint32_t) { *static_cast<bool *>(isDone) = true; }};
@@ -430,7 +431,7 @@ void WlrootsDesktop::SendModifiers(std::uint32_t held) {
     zwp_virtual_keyboard_v1_modifiers(fKeyboard.get(), held, 0, 0, fGroup);
 }
 
-// Without a keeper the keys are pressed all the same: it is needed for a program that is killed only.
+// Without a keeper the keys are pressed anyway: it matters only if the program is killed.
 void WlrootsDesktop::TellKeeper(const std::bitset<kVirtualKeys> &keys) {
     std::vector<std::uint16_t> modifiers;
     for (const ModifierKey &modifier : kModifierKeys) {
@@ -513,8 +514,8 @@ std::unique_ptr<WlrootsDesktop> StartDesktop(std::string *problem) {
     return desktop->Start(problem) ? std::move(desktop) : nullptr;
 }
 
-// The compositor lets the keys of a killed program go, but does not tell windows that its modifiers are up; the next click
-// would come with them. Another keyboard, on which they go down and up, tells them so.
+// The compositor releases a killed program's keys but does not tell windows that its modifiers are up, so the
+// next click would have them. Pressing and releasing them on another keyboard tells the windows.
 void WlrootsDesktop::KeepModifiers() {
     if (fKeyboard == nullptr) {
         return;

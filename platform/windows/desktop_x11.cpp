@@ -22,7 +22,7 @@ constexpr unsigned kKeycodeOffset = 8; // X11 keeps the key codes 0 to 7 for its
 constexpr std::size_t kX11Keys = 256 - kKeycodeOffset;
 using KeySet = std::bitset<kX11Keys>;
 
-// Below the library's own buffer, which it would send when full, in the middle of a keystroke.
+// Smaller than the library's own buffer, which it would send when full, in the middle of a keystroke.
 constexpr int kMostUnsent = 200;
 constexpr std::chrono::milliseconds kTimeToAnswer{200};
 
@@ -39,7 +39,7 @@ void SendKey(const X11Link &link, std::size_t scanCode, KeyState state) {
     SendInput(link, static_cast<std::uint8_t>(state), scanCode + kKeycodeOffset);
 }
 
-// Waits until the server has done what it was asked, for a while.
+// Waits, for a while, until the server has done what was requested.
 void Settle(X11Link *link) {
     link->GiveTime(kTimeToAnswer);
     std::ignore = link->Await<xcb_get_input_focus_reply_t>(xcb_get_input_focus(link->Get()));
@@ -60,9 +60,9 @@ std::vector<std::uint16_t> ListOf(const KeySet &keys) {
     return list;
 }
 
-// In the process of the keeper, over a connection of its own. Not at once: the server may still have a press of the killed
-// program to read, and which of two connections it reads first is open. Once only: a second time would take keys from the
-// program that has started meanwhile in the killed one's place.
+// Runs in the keeper's process, over its own connection. Not at once: the server may still have to read a
+// press from the killed program, and it may read two connections in either order. Only once: a second time
+// would release keys of a program that has taken the killed one's place.
 void LetGo(const std::string &display, const std::vector<std::uint16_t> &keys) {
     constexpr std::chrono::milliseconds kBeforeRelease{50};
     std::this_thread::sleep_for(kBeforeRelease);
@@ -164,7 +164,7 @@ void X11Desktop::CountUnsent() {
     }
 }
 
-// Without a keeper the keys are pressed all the same: it is needed for a program that is killed only.
+// Without a keeper the keys are pressed anyway: it matters only if the program is killed.
 void X11Desktop::TellKeeper(const KeySet &keys) {
     if (keys != fKept) {
         std::ignore = fKeeper.Know(ListOf(keys));
@@ -172,7 +172,7 @@ void X11Desktop::TellKeeper(const KeySet &keys) {
     }
 }
 
-// What is pressed and released between two calls goes to the server as one, so the keeper need not know.
+// Keys pressed and released between two calls reach the server together, so the keeper need not know them.
 bool X11Desktop::Flush() {
     TellKeeper(fKept | fDown);
     xcb_flush(fLink->Get());
@@ -224,7 +224,7 @@ bool X11Desktop::ToggleShowDesktop() {
     return true;
 }
 
-// Asked anew each time, since another window manager may have come.
+// Asks each time, because the window manager may have been replaced.
 bool X11Desktop::IsSupported(X11Name name) {
     fLink->GiveTime(kTimeToAnswer);
     const auto names = fLink->AwaitNumbers(fLink->AskFor(fLink->Root(), fLink->Atom(X11Name::Supported)));

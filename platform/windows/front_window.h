@@ -1,4 +1,4 @@
-// The window in front, by what a desktop tells of it.
+// The window in front, as a desktop reports it.
 #pragma once
 
 #include <cstdint>
@@ -6,8 +6,8 @@
 
 namespace drevix {
 
-// Texts are UTF-8 as the application gave them, and empty where the desktop does not tell. All are empty when no
-// window is in front.
+// Texts are UTF-8 as the application set them, and empty if the desktop does not report them. All are empty
+// if no window is in front.
 struct FrontWindow {
     std::string entryId;     // desktop entry or application id: "org.kde.kate", with or without ".desktop"
     std::string windowClass; // the second part of WM_CLASS on X11: "Gimp-2.10"

@@ -22,12 +22,12 @@ namespace {
 constexpr const char *kMaker = "/dev/uinput";
 constexpr int kPartsOfNotch = 120; // in which a fine wheel counts
 
-// Whoever reads the keyboard has a queue of 128 events, and all of it is dropped when it is full. A part is sent at a time,
-// then the reader gets time to empty it. Reports of a key have two events, those of the wheel three.
+// A reader of the keyboard has a queue of 128 events, and loses all of them when it is full. So sends a part
+// at a time, then gives the reader time to empty it. A key report has two events, a wheel report three.
 constexpr std::size_t kReportsAtATime = 30;
 constexpr std::chrono::milliseconds kTimeForReader{2};
 
-// A notch of the wheel, in whole and in fine steps.
+// One notch of the wheel, in coarse and in fine steps.
 struct WheelMove {
     std::uint16_t dial;
     std::uint16_t fineDial;

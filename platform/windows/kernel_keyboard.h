@@ -1,4 +1,4 @@
-// A keyboard with a wheel that the kernel makes for us, for compositors that take no keys from programs.
+// A virtual keyboard with a wheel, made by the kernel, for compositors that take no keys from programs.
 #pragma once
 
 #include "platform/files/owners.h"
@@ -16,18 +16,18 @@ namespace drevix {
 
 class KernelKeyboard {
   public:
-    // One that is made already, or a pipe that stands in for it: struct input_event is written.
+    // An existing one, or a pipe that stands in for it: writes struct input_event.
     explicit KernelKeyboard(SystemDescriptor made) : fMade(std::move(made)) {}
     KernelKeyboard(const KernelKeyboard &) = delete;
     KernelKeyboard &operator=(const KernelKeyboard &) = delete;
-    // Lets every key go. Those of a killed program are let go by the kernel.
+    // Releases every key. The kernel releases those of a killed program.
     ~KernelKeyboard();
 
-    // Makes one, named kOwnInputDeviceName, by /dev/uinput, which the user must be let write to. Null, with the reason
-    // for people in *problem, where that cannot be.
+    // Makes one, named kOwnInputDeviceName, through /dev/uinput, which the user needs permission to write.
+    // Null, with the reason for people in *problem, on failure.
     [[nodiscard]] static std::unique_ptr<KernelKeyboard> Make(std::string *problem);
 
-    // As those of Desktop. What is sent at once and is longer than a compositor's queue takes some milliseconds.
+    // As in Desktop. Sending more at once than fits a compositor's queue takes some milliseconds.
     [[nodiscard]] bool Key(std::uint16_t scanCode, bool down);
     void Scroll(ScrollDirection direction, int steps);
     [[nodiscard]] bool Flush();

@@ -19,7 +19,7 @@ namespace {
 
 constexpr std::size_t kMostKeys = 255;
 
-// How many keys there are, then their scan codes. Never empty, which would read like the end.
+// The number of keys, then their scan codes. Never empty, which would look like the end of the pipe.
 using KeysMessage = std::array<std::uint16_t, 1 + kMostKeys>;
 
 void KeepOnly(int end) {
@@ -28,14 +28,14 @@ void KeepOnly(int end) {
         std::ignore = close_range(3, kept - 1, 0);
     }
     std::ignore = close_range(kept + 1, ~0U, 0);
-    // A reader of the program's output waits for the last one that holds it.
+    // A reader of the program's output would wait until the last holder closes it.
     const int nothing = open("/dev/null", O_RDWR | O_CLOEXEC);
     for (const int standard : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
         std::ignore = dup2(nothing, standard);
     }
 }
 
-// What ends the program by the terminal or the session must not end this first.
+// Signals from the terminal or the session that end the program must not end this process first.
 void StayAlive() {
     std::ignore = setsid();
     for (const int signal : {SIGHUP, SIGINT, SIGTERM, SIGQUIT}) {
@@ -70,7 +70,8 @@ KeyKeeper::KeyKeeper(LetGo letGo) : fLetGo(std::move(letGo)) {
     std::ignore = Start(); // Know tries again
 }
 
-// By way of a process between, which ends at once: nobody need wait for the end of one that is not his child.
+// Starts it through an intermediate process that ends at once, so that it is not a child anyone must wait
+// for.
 bool KeyKeeper::Start() {
     std::array<int, 2> ends{};
     if (socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends.data()) != 0) {

@@ -18,13 +18,13 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-// Asks over one connection, on a queue of its own, so that nobody else's events are handled here.
+// Queries over one connection, with its own queue, so that no other code's events are handled here.
 class Asker {
   public:
     Asker(wl_display *display, Clock::time_point end)
         : fDisplay(display), fEnd(end), fQueue(wl_display_create_queue(display)) {}
 
-    // Each answer is needed for the next question: which seats there are, which has a keyboard, its keymap.
+    // Each answer leads to the next query: which seats there are, which has a keyboard, its keymap.
     bool Ask(WaylandKeymap *keymap) {
         return fQueue != nullptr && AskForSeat() && WaitForAnswers() && fSeat != nullptr &&
                WaitForAnswers() && AskForKeymap() && WaitForAnswers() && TakeOver(keymap);
@@ -110,7 +110,7 @@ bool Asker::AskForKeymap() {
     return fKeyboard != nullptr && wl_keyboard_add_listener(fKeyboard.get(), &kListener, this) == 0;
 }
 
-// Called from C, which no exception may cross.
+// Called from C, which exceptions must not cross.
 void Asker::TakeKeymap(std::uint32_t format, SystemDescriptor file, std::uint32_t size) try {
     if (format == WL_KEYBOARD_KEYMAP_FORMAT_XKB_V1) {
         fKeymap.text = ReadWaylandKeymapFile(file.Get(), size);
@@ -119,7 +119,7 @@ void Asker::TakeKeymap(std::uint32_t format, SystemDescriptor file, std::uint32_
     fKeymap.text.clear();
 }
 
-// An answer to a sync comes behind the answers to all that was asked before it.
+// The answer to a sync follows the answers to all earlier requests.
 bool Asker::WaitForAnswers() {
     static constexpr wl_callback_listener kListener = {
         .done = [](void *isDone, wl_callback *, std::uint32_t) { *static_cast<bool *>(isDone) = true; }};
@@ -136,12 +136,12 @@ bool Asker::WaitForAnswers() {
     return true;
 }
 
-// Takes in what is there, or comes before the time is up.
+// Reads the events that are there or arrive before the timeout.
 bool Asker::TakeInEvents() {
     if (wl_display_prepare_read_queue(fDisplay, fQueue.get()) != 0) { // some are there already
         return wl_display_dispatch_queue_pending(fDisplay, fQueue.get()) >= 0;
     }
-    // What a compositor that is slow to read leaves over is sent with the next request.
+    // What a slow compositor does not accept now is sent with the next request.
     std::ignore = wl_display_flush(fDisplay);
     const auto left = std::chrono::ceil<std::chrono::milliseconds>(fEnd - Clock::now()).count();
     pollfd look = {.fd = wl_display_get_fd(fDisplay), .events = POLLIN, .revents = 0};

@@ -1,4 +1,4 @@
-// The keymap that a Wayland compositor hands to its clients.
+// The keymap that a Wayland compositor gives its clients.
 #pragma once
 
 #include <chrono>
@@ -14,13 +14,13 @@ struct WaylandKeymap {
         group; // in force; told to the client with the keyboard focus, and by sway to all
 };
 
-// The keymap of the first seat's keyboard, from the compositor of $WAYLAND_DISPLAY, over a connection
-// that is closed again. Such a client has no focus. False, with *keymap unchanged, where there is no
-// compositor or no keyboard, and where the compositor has not answered when the time is up.
+// The keymap of the first seat's keyboard, from the compositor of $WAYLAND_DISPLAY, over a temporary
+// connection. Such a client has no focus. False, with *keymap unchanged, if there is no compositor or
+// keyboard, or no answer before the timeout.
 [[nodiscard]] bool ReadWaylandKeymap(std::chrono::milliseconds limit, WaylandKeymap *keymap);
 
-// The same over a connection that the program has by another library, a wl_display. What arrives meanwhile
-// for the other library waits for it.
+// The same over a connection that the program has through another library, a wl_display. Events for that
+// library stay queued for it.
 [[nodiscard]] bool ReadWaylandKeymapOver(void *connection, std::chrono::milliseconds limit,
                                          WaylandKeymap *keymap);
 

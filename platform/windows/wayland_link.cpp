@@ -31,7 +31,7 @@ void LetGoOfKeyboard(wl_keyboard *keyboard) {
     }
 }
 
-// The library's own way would wait for a compositor that does not accept.
+// The library's own function would wait for a compositor that does not accept connections.
 SystemDescriptor ConnectedToWayland() {
     const char *const display = std::getenv("WAYLAND_DISPLAY");
     const char *const folder = std::getenv("XDG_RUNTIME_DIR");

@@ -1,4 +1,4 @@
-// What the Wayland clients of this folder share. For its other files.
+// What the Wayland clients of this folder share. Internal to this folder.
 #pragma once
 
 #include "platform/files/owners.h"
@@ -10,7 +10,7 @@
 
 namespace drevix {
 
-// What the compositor gave is given back with the call of its kind.
+// Owns a compositor object and destroys it with the function for its kind.
 template <auto Destroy>
 struct WaylandDestroyer {
     template <class Object>
@@ -21,8 +21,8 @@ struct WaylandDestroyer {
 template <class Object, auto Destroy>
 using WaylandOwner = std::unique_ptr<Object, WaylandDestroyer<Destroy>>;
 
-// The versions that let go of a seat and of its keyboard; what is only destroyed here goes on to be told of in the
-// compositor.
+// The versions that can release a seat and its keyboard; objects that are only destroyed here would keep
+// getting events from the compositor.
 inline constexpr std::uint32_t kWaylandSeatVersion = 5;
 void LetGoOfSeat(wl_seat *seat);
 void LetGoOfKeyboard(wl_keyboard *keyboard);
@@ -30,13 +30,13 @@ using WaylandDisplay = WaylandOwner<wl_display, wl_display_disconnect>;
 using WaylandSeat = WaylandOwner<wl_seat, LetGoOfSeat>;
 using WaylandKeyboard = WaylandOwner<wl_keyboard, LetGoOfKeyboard>;
 
-// A socket that is connected to the compositor of $WAYLAND_DISPLAY, if there is one. It does not block.
+// A nonblocking socket connected to the compositor of $WAYLAND_DISPLAY, if there is one.
 [[nodiscard]] SystemDescriptor ConnectedToWayland();
-// A connection to the compositor of $WAYLAND_DISPLAY, without waiting for it; null where there is none.
+// A connection to the compositor of $WAYLAND_DISPLAY, made without waiting; null if there is none.
 [[nodiscard]] WaylandDisplay ConnectToWayland();
 
-// The text of a keymap that a compositor has handed over; empty for a file that does not hold as much, which reading
-// shows where mapping would end the program. May throw std::bad_alloc.
+// The text of a keymap from a compositor; empty if the file is shorter than announced. Reads it, because
+// mapping a short file would crash the program. May throw std::bad_alloc.
 [[nodiscard]] std::string ReadWaylandKeymapFile(int file, std::uint32_t size);
 
 } // namespace drevix

@@ -14,7 +14,7 @@ struct WaylandShortcuts::State {
     State(wl_display *itsDisplay, Answer itsAnswer);
 
     void Ask();
-    // An answer to a sync comes behind the answers to all that was asked before it.
+    // The answer to a sync follows the answers to all earlier requests.
     void AwaitSync();
     void TakeSync();
     void Tell(bool isNowGiven);

@@ -1,4 +1,4 @@
-// The key combinations that a Wayland compositor keeps for itself, for a window that wants them for a while.
+// Gets a Wayland compositor's own key combinations for a window for a while.
 #pragma once
 
 #include <functional>
@@ -15,17 +15,17 @@ namespace drevix {
 // this.
 class WaylandShortcuts {
   public:
-    // Told once after each Ask whether the window gets the combinations, and again when that changes.
+    // Called once after each Ask with whether the window gets the combinations, and again when that changes.
     using Answer = std::function<void(bool isGiven)>;
 
     // `display` is the library's wl_display; it must outlive this. May throw std::bad_alloc.
     WaylandShortcuts(void *display, Answer answer);
     ~WaylandShortcuts();
 
-    // Asks for one window, a wl_surface, and the keyboard of one wl_seat; both must stay until Release. What was
-    // asked before ends. The answer may come before this returns.
+    // Requests them for one window, a wl_surface, and the keyboard of one wl_seat; both must exist until
+    // Release. Ends an earlier request. The answer may come before this returns.
     void Ask(void *surface, void *seat);
-    // Gives the combinations back. There are no answers from now on. Does nothing when nothing was asked.
+    // Ends the request; no answers come after this. Does nothing if there is none.
     void Release();
 
   private:

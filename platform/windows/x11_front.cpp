@@ -24,7 +24,7 @@ bool IsUtf8(std::string_view text) {
     return true;
 }
 
-// The protocol's own texts are ISO 8859-1, which not every program keeps to.
+// The protocol's own texts are ISO 8859-1, but not every program follows that.
 std::string AsUtf8(std::string_view text) {
     if (IsUtf8(text)) {
         return std::string(text);
@@ -36,7 +36,7 @@ std::string AsUtf8(std::string_view text) {
     return converted;
 }
 
-// The text before the next zero byte, which is taken off.
+// Removes and returns the text before the next zero byte.
 std::string_view TakeWord(std::string_view *text) {
     const std::string_view word = text->substr(0, text->find('\0'));
     text->remove_prefix(std::min(text->size(), word.size() + 1));
@@ -53,7 +53,7 @@ std::uint32_t FirstOf(const std::vector<std::uint32_t> &numbers) {
 
 } // namespace
 
-// A window, and the one that it is a dialog of.
+// A window, and the window that it is a dialog of.
 struct X11Front::Step {
     FrontWindow window;
     xcb_window_t owner = XCB_NONE;
@@ -87,8 +87,8 @@ void X11Front::Notice(const xcb_generic_event_t &event) {
                                                        : std::ranges::count(telling, change.atom) > 0);
 }
 
-// Only the server knows the process of every window. What the window says of it is wrong inside a sandbox, where
-// processes are counted anew, and on another machine.
+// Only the server knows the process of every window. What the window itself says is wrong in a sandbox, where
+// process ids are different, and on another machine.
 std::uint32_t X11Front::ProcessOf(xcb_window_t window) {
     if (fHasProcesses) {
         const xcb_res_client_id_spec_t wanted = {.client = window,
@@ -110,7 +110,7 @@ std::uint32_t X11Front::ProcessOf(xcb_window_t window) {
 }
 
 X11Front::Step X11Front::Look(xcb_window_t window) {
-    // From here on changes are told, so none is missed between the answers and the next event.
+    // Subscribes to changes first, so that none is missed between the answers and the next event.
     Watch(window, XCB_EVENT_MASK_PROPERTY_CHANGE);
     const auto names = fLink->AskFor(window, XCB_ATOM_WM_CLASS);
     const auto gtkId = fLink->AskFor(window, fLink->Atom(X11Name::GtkApplicationId));
@@ -146,7 +146,7 @@ bool X11Front::Update() {
                                       chain.size() < kLongestChain &&
                                       std::ranges::count(chain, window) == 0;) {
         Step step = Look(window);
-        // Some toolkits hang their windows below one that nobody sees and that has no names.
+        // Some toolkits put their windows below an invisible one without names.
         if (chain.empty() || !step.window.windowClass.empty()) {
             description = std::move(step.window);
         }

@@ -1,4 +1,4 @@
-// The window in front of an X11 desktop. For the other files of this folder.
+// The window in front on an X11 desktop. Internal to this folder.
 #pragma once
 
 #include "platform/windows/front_window.h"
@@ -10,19 +10,20 @@ namespace drevix {
 
 class X11Front {
   public:
-    // Needs a window manager that keeps _NET_ACTIVE_WINDOW, as all of the last twenty years do; without one no window
-    // is ever in front.
+    // Needs a window manager that supports _NET_ACTIVE_WINDOW, as all of the last twenty years do; without
+    // one no window is ever in front.
     explicit X11Front(X11Link *link);
 
-    // Looks at an event from the server, which may say that another window is in front or what it is has changed.
+    // Notes an event from the server which may mean that another window is in front, or that its properties
+    // have changed.
     void Notice(const xcb_generic_event_t &event);
-    // Reads that then. Events may come in meanwhile. False when there was nothing to read, or the server did not answer
-    // in time: then the next call tries again.
+    // Queries what has changed, if anything. Events may arrive meanwhile. False if nothing has changed, or if
+    // the server did not answer in time: then the next call tries again.
     bool Update();
 
-    // The window that has the keyboard, XCB_NONE for none.
+    // The window with the keyboard focus; XCB_NONE for none.
     [[nodiscard]] xcb_window_t Window() const { return fWindow; }
-    // What is known of the window that it belongs to: a dialog is known by the window that it is a dialog of.
+    // The description of the window it belongs to: a dialog counts as the window that it is a dialog of.
     [[nodiscard]] const FrontWindow &Description() const { return fDescription; }
 
   private:

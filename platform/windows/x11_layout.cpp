@@ -24,7 +24,7 @@ X11LayoutWatch::X11LayoutWatch(X11Link *link) {
     constexpr std::uint16_t kEvents = XCB_XKB_EVENT_TYPE_NEW_KEYBOARD_NOTIFY | XCB_XKB_EVENT_TYPE_MAP_NOTIFY |
                                       XCB_XKB_EVENT_TYPE_STATE_NOTIFY;
     constexpr std::uint16_t kParts = XCB_XKB_MAP_PART_KEY_TYPES | XCB_XKB_MAP_PART_KEY_SYMS;
-    // Modifiers change with every keystroke, and are of no concern.
+    // Modifiers change with every keystroke and do not matter here.
     xcb_xkb_select_events_details_t details{};
     details.affectNewKeyboard = XCB_XKB_NKN_DETAIL_KEYCODES | XCB_XKB_NKN_DETAIL_DEVICE_ID;
     details.newKeyboardDetails = details.affectNewKeyboard;

@@ -1,4 +1,4 @@
-// Notices that another keyboard layout is in force on an X server. For the other files of this folder.
+// Notices changes of the keyboard layout on an X server. Internal to this folder.
 #pragma once
 
 #include "platform/windows/x11_link.h"
@@ -9,13 +9,13 @@ namespace drevix {
 
 class X11LayoutWatch {
   public:
-    // Asks the server for word of its keyboard; one without the XKB extension tells nothing.
+    // Subscribes to keyboard changes; a server without the XKB extension reports none.
     explicit X11LayoutWatch(X11Link *link);
 
-    // Looks at an event from the server. It may say that the keys got other characters, as setxkbmap does it, or that
-    // another of the keyboard's layouts was switched to; keys that are pressed and released say nothing.
+    // Notes an event from the server which may mean that the keys got other characters, as with setxkbmap, or
+    // that another of the keyboard's layouts was selected. Key presses and releases do not count.
     void Notice(const xcb_generic_event_t &event);
-    // Grows with each such event.
+    // Increases with each such event.
     [[nodiscard]] unsigned Changes() const { return fChanges; }
 
   private:

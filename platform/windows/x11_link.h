@@ -1,4 +1,4 @@
-// A connection to an X server, and its answers. For the other files of this folder.
+// A connection to an X server, and its answers. Internal to this folder.
 #pragma once
 
 #include <array>
@@ -17,11 +17,11 @@ namespace drevix {
 struct X11Freer {
     void operator()(void *memory) const { std::free(memory); }
 };
-// What the library has allocated for us.
+// Owns memory that the library allocated.
 template <class Object>
 using X11Owner = std::unique_ptr<Object, X11Freer>;
 
-// The names that we call by number; X11Link knows their texts.
+// The atoms that we use; X11Link knows their texts.
 enum class X11Name : std::uint8_t {
     Supported,
     ActiveWindow,
@@ -38,7 +38,7 @@ enum class X11Name : std::uint8_t {
 
 class X11Link {
   public:
-    // Connects to a display, $DISPLAY when it is null, and asks for the names. Null when there is no such server or it
+    // Connects to a display, $DISPLAY if null, and looks up the atoms. Null if there is no such server or it
     // refuses us.
     [[nodiscard]] static std::unique_ptr<X11Link> Open(const char *display);
 
@@ -47,8 +47,8 @@ class X11Link {
     [[nodiscard]] xcb_atom_t Atom(X11Name name) const { return fAtoms.at(static_cast<std::size_t>(name)); }
     [[nodiscard]] bool IsLost() const { return xcb_connection_has_error(fConnection.get()) != 0; }
 
-    // From now on the server has this long for all answers together: a server that hangs, or that another program keeps
-    // for itself, must not hold us up for ever.
+    // Limits the time for all answers from now on together: a server that hangs, or that another program has
+    // grabbed, must not block us for ever.
     void GiveTime(std::chrono::milliseconds limit) {
         fEnd = std::chrono::steady_clock::now() + limit;
         fIsLate = false;
@@ -56,15 +56,16 @@ class X11Link {
     // Whether an answer has not come in that time.
     [[nodiscard]] bool IsLate() const { return fIsLate; }
 
-    // The answer to a question; null when it is an error, as for a window that is gone, or does not come in time.
+    // The answer to a request; null if it is an error, as for a window that is gone, or does not come in
+    // time.
     template <class Answer, class Cookie>
     [[nodiscard]] X11Owner<Answer> Await(Cookie question) {
         return X11Owner<Answer>(static_cast<Answer *>(AwaitAnswer(question.sequence)));
     }
 
-    // Asks for a property of a window; many can be asked for before the first answer is awaited.
+    // Requests a property of a window; many can be requested before waiting for the first answer.
     [[nodiscard]] xcb_get_property_cookie_t AskFor(xcb_window_t window, xcb_atom_t property) const;
-    // Empty, or no numbers, for a property that the window does not have or that is of another format.
+    // Empty, or no numbers, for a property that the window lacks or that has another format.
     [[nodiscard]] std::string AwaitText(xcb_get_property_cookie_t question);
     [[nodiscard]] std::vector<std::uint32_t> AwaitNumbers(xcb_get_property_cookie_t question);
 
