@@ -13,7 +13,7 @@ struct ModifierCaption {
     std::uint16_t modifier;
     std::string_view caption;
 };
-// In the order in which they are named.
+// In the order of a keystroke's name.
 constexpr auto kModifiers = std::to_array<ModifierCaption>({
     {kCommandModifier, "Super"},
     {kControlModifier, "Ctrl"},
@@ -43,7 +43,7 @@ constexpr auto kWords = [] {
     return words;
 }();
 
-// Command and control change places where the keyboard's Ctrl is the command key.
+// Swaps command and control if the keyboard's Ctrl is the command key.
 std::uint16_t OnKeyboard(std::uint16_t modifiers, CommandOnKeyboard command) {
     constexpr std::uint16_t kBoth = kCommandModifier | kControlModifier;
     const bool isOne = (modifiers & kBoth) != 0 && (modifiers & kBoth) != kBoth;

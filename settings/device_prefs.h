@@ -59,8 +59,8 @@ static_assert((kPanelVersion & 0xFF000000) <= 0x09000000);
 [[nodiscard]] OSErr GetDevicePrefsFromPath(QBaseHandle base, const std::string &path,
                                            const FSRef &resourceFolder, std::uint32_t version,
                                            OSErr *fileStatus = nullptr);
-// `keepOldAs`, if given, is the name that what the file held before is to have from then on; *oldKept, if given,
-// whether it has ("platform/files/file_update.h": KeepOldAs).
+// `keepOldAs`, if given, is the name under which to keep what the file held before; *oldKept, if given, gets
+// the status of that ("platform/files/file_update.h": KeepOldAs).
 [[nodiscard]] OSErr SaveDevicePrefsToPath(QBaseHandle base, const std::string &path,
                                           const std::string &keepOldAs = {}, OSErr *oldKept = nullptr);
 

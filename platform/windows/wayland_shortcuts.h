@@ -7,12 +7,11 @@
 namespace drevix {
 
 // Asks the compositor to leave its key combinations to a window (the protocol keyboard-shortcuts-inhibit,
-// unstable version 1). It need not know the protocol, and may refuse or ask the user first, who may take his
-// leave back at any time.
+// unstable version 1). A compositor may lack the protocol, refuse, or ask the user first, who can revoke the
+// permission at any time.
 //
-// For a program that is the compositor's client by another library already. Nothing here waits: what the
-// compositor says arrives where that library dispatches the display's default queue, in the thread that uses
-// this.
+// For a program that is already the compositor's client through another library. Never waits: events arrive
+// where that library dispatches the display's default queue, in the thread that uses this.
 class WaylandShortcuts {
   public:
     // Called once after each Ask with whether the window gets the combinations, and again when that changes.
