@@ -7,7 +7,7 @@
 
 namespace drevix {
 
-// The settings in force for the application of that file name (UTF-8, letter case ignored; empty for none) in
+// The settings that apply to the application of that file name (UTF-8, letter case ignored; empty for none) in
 // lines: whose record it is, then "control: action" for each control that does something. A control that
 // leaves it to the global record has that one's action. A settings file that is missing or empty stands for
 // the factory's settings. False, with the reason in *text instead, for one that cannot be used.

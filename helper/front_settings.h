@@ -35,7 +35,7 @@ class FrontSettings {
   private:
     std::string fPath;
     FSRef fResources;
-    FSRef fFactory;                              // of the layout in force
+    FSRef fFactory;                              // for the current layout
     std::unique_ptr<SettingsDocument> fDocument; // null before the first Load
     FrontRecords fRecords;
     FrontWindow fFront;

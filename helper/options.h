@@ -14,7 +14,7 @@ struct HelperOptions {
     std::vector<std::string> devices; // in the form of the file's lines; any: no file is read
     std::string prefs;                // empty: the user's
     std::string front;     // the file name of the application in front; empty: as the desktop tells
-    bool describe = false; // print the settings in force instead of acting
+    bool describe = false; // print the settings that apply instead of acting
     bool dryRun = false;   // print actions instead of doing them
     std::vector<std::string> standIns; // for devices, as "helper/stand_in.h" reads them
 };

@@ -384,7 +384,7 @@ class DrevixPane : public QObject,
     AppPrefs fNotedPrefs = gDefaultGlobalPrefs;      // the working copy as the steps of Undo know it
     UndoSteps fUndoSteps;
     int fOpenSteps = 0; // while one step is made of several edits
-    FSRef fFactory;     // its folder, for the layout in force
+    FSRef fFactory;     // its folder, for the current layout
     OtherFamilies fOtherFamilies{{}, gDefaultGlobalPrefs};
     QTimer fDeviceCheckTimer{this};
     std::int32_t fDeviceCount = -1; // as shown; -1 before the first check
