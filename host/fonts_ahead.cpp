@@ -1,6 +1,7 @@
 #include "host/fonts_ahead.h"
 
 #include <QFontDatabase>
+#include <QStringList>
 
 #include <system_error>
 #include <tuple>
