@@ -76,12 +76,8 @@ TEST(KorvaneFiles, Load_FindsEveryHotKeyOrSaysThatItDoesNot) {
     const Strings one = {"One||||"};
     const Strings nothing = {"nothing"};
     const Strings onePartial = {"One||||", "partial"};
-    struct Row {
-        const char *what;
-        std::string bytes;
-        Strings rows; // as Rows gives them
-    };
-    for (const Row &row : std::initializer_list<Row>{
+    for (const auto &[what, bytes, rows] :
+         std::initializer_list<std::tuple<const char *, std::string, Strings>>{
              {"five values",
               Whole("<HotKey><VirtualKey>4</VirtualKey><Menu>M</Menu><Modifier>x</Modifier>"
                     "<Device>pyralis</Device><Key>1</Key></HotKey>"),
@@ -112,8 +108,8 @@ TEST(KorvaneFiles, Load_FindsEveryHotKeyOrSaysThatItDoesNot) {
              {"old end behind", Whole(kOne) + kOne + "</HotKeys>", onePartial},
              {"comment without end", Whole(kOne + "<!-- " + kOne), {"One||||", "One||||"}},
          }) {
-        folder.Write(1, row.bytes);
-        EXPECT_EQ(Rows(LoadKorvaneFileForApp("Photoshop")), row.rows) << row.what;
+        folder.Write(1, bytes);
+        EXPECT_EQ(Rows(LoadKorvaneFileForApp("Photoshop")), rows) << what;
         EXPECT_EQ(OpenFileCount(), 0);
     }
     EXPECT_EQ(Rows(LoadKorvaneFileForApp("Illustrator")), nothing);
@@ -185,11 +181,7 @@ TEST(KorvaneFiles, Load_IsBounded) {
         names += "a" + std::to_string(i) + "|"; // close to all that a document type may hold
     }
     names.resize(names.rfind('|', 64'000) + 1);
-    const struct {
-        const char *what;
-        std::string bytes;
-        std::size_t hotKeys; // read; 0 for nothing
-    } rows[] = {
+    const std::tuple<const char *, std::string, std::size_t> rows[] = {
         {"entity bomb", bomb + "]>" + OfMenu("&a29;"), 0},
         {"external entity", "<!DOCTYPE a [<!ENTITY e SYSTEM 'file:///etc/passwd'>]>" + OfMenu("&e;"), 0},
         {"parameter entity", "<!DOCTYPE a [<!ENTITY % e SYSTEM 'file:///etc/passwd'> %e;]>" + Whole(kOne), 0},
@@ -209,13 +201,13 @@ TEST(KorvaneFiles, Load_IsBounded) {
         {"controls", kHead + std::string(4 << 20, '\x01'), 0},
     };
     const std::int64_t before = PeakKilobytes();
-    for (const auto &row : rows) {
-        folder.Write(0, row.bytes);
+    for (const auto &[what, bytes, hotKeys] : rows) { // 0 for nothing
+        folder.Write(0, bytes);
         const std::clock_t start = std::clock(); // of this process, however busy the machine is
         const auto list = LoadKorvaneFileForApp("_System_");
         const double took = static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC;
-        EXPECT_EQ(list ? list->HotKeys.size() : 0, row.hotKeys) << row.what;
-        EXPECT_LT(took, 30) << row.what; // measured: 0.5 s at most, but for sanitizers and debugging
+        EXPECT_EQ(list ? list->HotKeys.size() : 0, hotKeys) << what;
+        EXPECT_LT(took, 30) << what; // measured: 0.5 s at most, but for sanitizers and debugging
     }
     EXPECT_LT(PeakKilobytes() - before, 600 << 10);
 }

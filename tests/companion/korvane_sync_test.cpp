@@ -133,13 +133,9 @@ TEST_F(KorvaneSync, ToKorvane_KeepsAChangeThatComesBetween) {
 }
 
 TEST_F(KorvaneSync, FromKorvane_RewritesTheButtons) {
-    struct Row {
-        const char *what;
-        Strings file;
-        Strings buttons;
-    };
     // Before each: I holds "Old", II a keystroke, III nothing.
-    for (const Row &row : std::initializer_list<Row>{
+    for (const auto &[what, file, buttons] :
+         std::initializer_list<std::tuple<const char *, Strings, Strings>>{
              {"no hotkeys", {}, {"-", "32", "-"}},
              {"each of the keys", {"M|1|pyralis", "N|2|pyralis", "Old|3|pyralis"}, {"M", "Old", "N"}},
              {"the last one of a key", {"M|1|pyralis", "N|1|pyralis"}, {"N", "32", "-"}},
@@ -154,11 +150,11 @@ TEST_F(KorvaneSync, FromKorvane_RewritesTheButtons) {
             Bind(app, kI, "Old");
             Slot(app, kII) = {kActionKeystroke, 256, 12, 0, 0, 0, 0, {}};
             Slot(app, kIII) = {};
-            fFolder.Write(app, HotKeyFile(row.file));
+            fFolder.Write(app, HotKeyFile(file));
         }
         SyncFromKorvane(fBase.get());
         for (std::size_t app = 0; app < kKorvaneApps.size(); ++app) {
-            EXPECT_EQ(Buttons(app, {"Old", "M", "N"}), row.buttons) << row.what;
+            EXPECT_EQ(Buttons(app, {"Old", "M", "N"}), buttons) << what;
         }
     }
 }
