@@ -2,6 +2,7 @@
 // "NAME/SIGNATURE=VALUE" each, the signature left out for TEST and the name "global" for the global record.
 #pragma once
 
+#include "document/history.h"
 #include "document/settings_document.h"
 #include "tests/settings/settings_files.h"
 
@@ -66,6 +67,13 @@ inline const std::string &Made(const std::string &state, const std::string &leaf
         bytes = ReadWhole(folder.Path(leaf));
     }
     return bytes;
+}
+
+// The history of a settings file, the newest first.
+inline std::vector<EarlierSettings> HistoryOf(const std::string &file) {
+    std::vector<EarlierSettings> history;
+    EXPECT_EQ(ListHistory(file, &history), noErr);
+    return history;
 }
 
 // A folder with a settings file, not the user's own.

@@ -1,5 +1,3 @@
-#include "document/history.h"
-
 #include "document/record_changes.h"
 #include "tests/document/documents.h"
 
@@ -11,10 +9,8 @@ using std::chrono::minutes;
 
 // The states in the history, the newest first.
 Names StatesBefore(const DocumentFolder &folder) {
-    std::vector<EarlierSettings> history;
-    EXPECT_EQ(ListHistory(folder.file, &history), noErr);
     Names states;
-    for (const EarlierSettings &earlier : history) {
+    for (const EarlierSettings &earlier : HistoryOf(folder.file)) {
         EXPECT_EQ(fs::status(earlier.path).permissions(), fs::perms(0600));
         const QBaseOwner base = ReadEarlierSettings(earlier);
         states.push_back(base != nullptr ? TextOfBase(base.get()) : "damaged");
@@ -31,30 +27,25 @@ TEST(History, EachSave_KeepsWhatItReplaces) {
     EXPECT_EQ(StatesBefore(folder), Names{"a=1 global=1"});
     EXPECT_EQ(document.Save(kLongWait).status, noErr);
     EXPECT_EQ(StatesBefore(folder), Names{"a=1 global=1"}) << "a save that changes nothing has no forerunner";
-    std::vector<EarlierSettings> history; // what else lies there is neither listed nor removed
-    EXPECT_EQ(ListHistory(folder.file, &history), noErr);
-    const fs::path kept = history.at(0).path;
+    const fs::path kept = HistoryOf(folder.file).at(0).path;
+    // What else lies there is neither listed nor removed.
     const std::string name = kept.filename();
     for (const std::string &other : {std::string("notes"), name + "0", name.substr(0, 35) + "x",
                                      "x" + name.substr(1), name.substr(0, 19) + "_" + name.substr(20)}) {
         WriteWhole(kept.parent_path() / other, "other");
     }
-    folder.WriteState("a=2 b=7 global=1"); // another program
+    folder.WriteState("a=9 b=7 global=1"); // another program
     EXPECT_TRUE(document.Put("a=3"));
-    EXPECT_EQ(document.Save(kLongWait).status, noErr);
-    EXPECT_EQ(StatesBefore(folder), (Names{"a=2 b=7 global=1", "a=1 global=1"}));
-    EXPECT_EQ(ScratchFolder::Names(kept.parent_path()).size(), 7U);
-}
-
-// What loses against a change made here is not lost.
-TEST(History, LoserOfAConflict_IsInIt) {
-    const DocumentFolder folder("a=1 global=1");
-    OpenDocument document(folder);
-    EXPECT_TRUE(document.Put("a=2"));
-    folder.WriteState("a=9 global=1");
     EXPECT_EQ(document.Save(kLongWait).outside.conflicts.size(), 1U);
-    EXPECT_EQ(folder.State(), "a=2 global=1");
-    EXPECT_EQ(StatesBefore(folder), Names{"a=9 global=1"});
+    EXPECT_EQ(StatesBefore(folder), (Names{"a=9 b=7 global=1", "a=1 global=1"})) << "what loses is not lost";
+    EXPECT_EQ(ScratchFolder::Names(kept.parent_path()).size(), 7U);
+    fs::remove_all(kept.parent_path());
+    WriteWhole(kept.parent_path(), "a file in the way"); // stops no save and is told
+    EXPECT_TRUE(document.Put("a=4"));
+    const SaveResult result = document.Save(kLongWait);
+    EXPECT_EQ(result.status, noErr);
+    EXPECT_NE(result.history, noErr);
+    EXPECT_EQ(folder.State(), "a=4 b=7 global=1");
 }
 
 TEST(History, Restored_IsAnEditThatCanBeTakenBack) {
@@ -62,13 +53,8 @@ TEST(History, Restored_IsAnEditThatCanBeTakenBack) {
     OpenDocument document(folder);
     document.Edit("a=2 c=2 global=2");
     ASSERT_EQ(document.Save(kLongWait).status, noErr);
-    const auto earlier = [&] {
-        std::vector<EarlierSettings> history;
-        EXPECT_EQ(ListHistory(folder.file, &history), noErr);
-        return ReadEarlierSettings(history.at(0));
-    };
     for (const char *state : {"a=1 b=1 global=1", "a=2 c=2 global=2"}) {
-        ASSERT_TRUE(document.TakeAll(earlier().get()));
+        ASSERT_TRUE(document.TakeAll(ReadEarlierSettings(HistoryOf(folder.file).at(0)).get()));
         EXPECT_FALSE(document.IsSaved());
         ASSERT_EQ(document.Save(kLongWait).status, noErr);
         EXPECT_EQ(folder.State(), state);
@@ -128,18 +114,6 @@ TEST(History, DeathBeforeTheSave_LeavesNoNameOfTheFileItself) {
     EXPECT_TRUE(document.Put("a=2"));
     ASSERT_EQ(document.Save(kLongWait).status, noErr);
     EXPECT_EQ(StatesBefore(folder), Names{"a=1 global=1"});
-}
-
-TEST(History, ThatCannotBeKept_StopsNoSaveAndIsTold) {
-    const DocumentFolder folder("a=1 global=1");
-    fs::create_directories(folder.Path("state/com.halcyra.drevix"));
-    WriteWhole(folder.Path("state/com.halcyra.drevix/history"), "a file in the way");
-    OpenDocument document(folder);
-    EXPECT_TRUE(document.Put("a=2"));
-    const SaveResult result = document.Save(kLongWait);
-    EXPECT_EQ(result.status, noErr);
-    EXPECT_NE(result.history, noErr);
-    EXPECT_EQ(folder.State(), "a=2 global=1");
 }
 
 TEST(History, ItemsOfEarlierSettings_AreStillNamed) {

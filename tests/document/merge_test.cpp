@@ -6,12 +6,16 @@
 namespace drevix::test {
 namespace {
 
-std::string NamesOf(const std::vector<RecordConflict> &conflicts) {
-    std::string names;
+// Each as "NAME=OURS|THEIRS", 0 for no record.
+std::string TextOfConflicts(const std::vector<RecordConflict> &conflicts) {
+    const auto value = [](const std::optional<AppPrefs> &record) {
+        return std::to_string(record ? record->device[0].navSpeed : 0);
+    };
+    std::string text;
     for (const RecordConflict &conflict : conflicts) {
-        names += conflict.name.empty() ? "*" : conflict.name;
+        text += conflict.name + "=" + value(conflict.ours) + "|" + value(conflict.theirs) + " ";
     }
-    return names;
+    return text;
 }
 
 // Settings written by one program were once written over by another that had them open. Each record goes by itself: a
@@ -47,7 +51,8 @@ TEST(SettingsDocument, RandomChangesOnBothSides_AreMergedByRecord) {
             int &ours = here[name];
             int &old = before[name];
             const bool isTaken = there == old || ours == old || ours == there;
-            conflicts = isTaken ? conflicts : name == "global" ? "*" + conflicts : conflicts + name;
+            const std::string both = "=" + std::to_string(ours) + "|" + std::to_string(there) + " ";
+            conflicts = isTaken ? conflicts : name == "global" ? both + conflicts : conflicts + name + both;
             ours = there != old && ours == old ? there : ours;
             old = there;
         }
@@ -57,7 +62,7 @@ TEST(SettingsDocument, RandomChangesOnBothSides_AreMergedByRecord) {
         disk = before = isSave ? here : disk;
         EXPECT_EQ(document.State(), text(here));
         EXPECT_EQ(folder.State(), text(disk));
-        EXPECT_EQ(NamesOf(outside.conflicts), conflicts);
+        EXPECT_EQ(TextOfConflicts(outside.conflicts), conflicts);
         EXPECT_EQ(outside.cameIn, here != edited);
         EXPECT_EQ(document.IsSaved(), here == before);
         EXPECT_EQ(document.CountUnsaved(), std::ranges::count_if(here, [&](const auto &record) {
@@ -81,32 +86,16 @@ TEST(SettingsDocument, RecordsAlike_AreToldApart) {
              {"a/X=1 a/Y=1 global=1", "a/Y=1 global=1", "a/X=1 a/Y=1 b=1 global=1", "a/Y=1 b=1 global=1", ""},
              {"a/X=1 global=1", "a/X=1 a/Y=1 global=1", "a/X=2 global=1", "a/X=2 a/Y=1 global=1", ""},
              {"a/Y=1 global=1", "a/Y=2 global=1", "a/X=1 a/Y=1 global=1", "a/X=1 a/Y=2 global=1", ""},
-             {"global=1", "global=1 n=1", "N=2 global=1", "global=1 n=1", "n"},
+             {"global=1", "global=1 n=1", "N=2 global=1", "global=1 n=1", "n=1|2 "},
          }) {
         SCOPED_TRACE(std::string(row.here) + " | " + row.disk);
         const DocumentFolder folder(row.opened);
         OpenDocument document(folder);
         document.Edit(row.here);
         folder.WriteState(row.disk);
-        EXPECT_EQ(NamesOf(document.Save(kLongWait).outside.conflicts), row.conflicts);
+        EXPECT_EQ(TextOfConflicts(document.Save(kLongWait).outside.conflicts), row.conflicts);
         EXPECT_EQ(folder.State(), row.merged);
     }
-}
-
-TEST(SettingsDocument, Conflict_TellsBothRecords) {
-    const DocumentFolder folder("a=1 b=1 global=1");
-    OpenDocument document(folder);
-    document.Edit("a=2 global=1");
-    folder.WriteState("a=3 b=3 global=1");
-    const std::vector<RecordConflict> conflicts = document.TakeOutsideChanges().conflicts;
-    ASSERT_EQ(conflicts.size(), 2U);
-    EXPECT_EQ(TextOfRecord(*conflicts[0].ours), "a=2");
-    EXPECT_EQ(TextOfRecord(*conflicts[0].theirs), "a=3");
-    EXPECT_FALSE(conflicts[1].ours.has_value());
-    EXPECT_EQ(TextOfRecord(*conflicts[1].theirs), "b=3");
-    EXPECT_EQ(document.TakeOutsideChanges().conflicts.size(), 0U);
-    folder.WriteState("a=4 b=3 global=1"); // a further change is told too
-    EXPECT_EQ(NamesOf(document.TakeOutsideChanges().conflicts), "a");
 }
 
 TEST(SettingsDocument, UserFieldsAndForeignRecords_ComeFromTheFileAndTheStampStays) {

@@ -1,5 +1,4 @@
 // The life of a settings file: opened, edited, saved, while it is damaged or fails.
-#include "document/history.h"
 #include "document/record_changes.h"
 #include "tests/companion/companion_folder.h"
 #include "tests/document/documents.h"
@@ -13,31 +12,30 @@ TEST(SettingsDocument, Edits_AreCountedUntilSavedOrTakenBack) {
     OpenDocument document(folder);
     EXPECT_EQ(document.Owner(), Ownership::Named);
     EXPECT_TRUE(document.IsSaved());
-    ASSERT_TRUE(document.Put("a=2") && document.Put("b=2") && document.Put("n=1"));
-    EXPECT_EQ(document.CountUnsaved(), 3);
-    std::string unsaved;
-    for (const UnsavedRecord &record : document.Unsaved()) {
-        unsaved += (record.onDisk ? TextOfRecord(*record.onDisk) : "none") + " " +
-                   TextOfRecord(record.here.value()) + ",";
-    }
-    EXPECT_EQ(unsaved, "a=1 a=2,b=1 b=2,none n=1,");
+    const auto unsaved = [&] {
+        std::string text; // each as it was and as it is
+        for (const auto &[onDisk, here] : document.Unsaved()) {
+            text +=
+                (onDisk ? TextOfRecord(*onDisk) : "none") + " " + (here ? TextOfRecord(*here) : "none") + ",";
+        }
+        EXPECT_EQ(document.CountUnsaved(), std::ranges::count(text, ','));
+        return text;
+    };
+    document.Edit("a=2 b=2 global=1 n=1");
+    EXPECT_EQ(unsaved(), "a=1 a=2,b=1 b=2,none n=1,");
     EXPECT_TRUE(document.IsUnsaved(RecordFromText("a=7"))) << "it is the name that counts";
     EXPECT_FALSE(document.IsUnsaved(RecordFromText("global=1")));
-    ASSERT_TRUE(document.Put("a=1") && document.Remove(document.Find(RecordFromText("n=1"))));
-    EXPECT_EQ(document.CountUnsaved(), 1);
+    document.Edit("a=1 global=1");
+    EXPECT_EQ(unsaved(), "b=1 none,");
     EXPECT_FALSE(document.IsUnsaved(RecordFromText("n=1")));
-    ASSERT_TRUE(document.Remove(document.Find(RecordFromText("b=1"))));
     EXPECT_TRUE(document.IsUnsaved(RecordFromText("b=1")));
-    EXPECT_FALSE(document.Unsaved().at(0).here.has_value());
-    EXPECT_FALSE(document.IsSaved());
     ASSERT_EQ(document.Save(kNoWait).status, noErr);
     EXPECT_TRUE(document.IsSaved());
-    EXPECT_EQ(document.CountUnsaved(), 0);
     ASSERT_TRUE(document.Replace(document.Find(RecordFromText("a=1")), RecordFromText("a=3")));
-    EXPECT_TRUE(document.IsUnsaved(RecordFromText("a=3")));
+    EXPECT_EQ(unsaved(), "a=1 a=3,");
     EXPECT_EQ(document.Open(Access::Change).status, noErr); // drops it
     EXPECT_EQ(document.State(), "a=1 global=1");
-    EXPECT_EQ(document.CountUnsaved(), 0);
+    EXPECT_EQ(unsaved(), "");
     EXPECT_FALSE(document.Replace(9, RecordFromText("a=3")) || document.Remove(9));
 }
 
@@ -55,39 +53,33 @@ TEST(SettingsDocument, FactorysRecords_AreUnsavedUntilTheFileHasThem) {
     EXPECT_EQ(folder.State(), "factory=9 global=9");
 }
 
-// What another program can make of the file, and what a save then does.
-struct OutsideFile {
-    const char *what;
-    std::function<void(const std::string &path)> make;
-    OSErr saved;
-    bool isKeptAside;
-};
-const OutsideFile kOutsideFiles[] = {
-    {"emptied", [](const auto &path) { WriteWhole(path, ""); }, noErr, false},
-    {"half written", [](const auto &path) { fs::resize_file(path, fs::file_size(path) / 2); }, noErr, true},
-    {"another kind of file", [](const auto &path) { WriteWhole(path, std::string(5000, 'x')); }, noErr, true},
-    {"without records",
-     [](const auto &path) {
-         EXPECT_EQ(SaveDevicePrefsToPath(MakeBase({}, kPanelVersion).get(), path), noErr);
-     },
-     noErr, false},
-    {"removed", [](const auto &path) { fs::remove(path); }, noErr, false},
-    {"a folder",
-     [](const auto &path) {
-         fs::remove(path);
-         fs::create_directory(path);
-     },
-     notAFileErr, false},
-};
-
 // A file that another program had emptied or half written was once taken over, and the user's records were gone.
 TEST(SettingsDocument, FileThatIsNoSettings_IsNotTakenOver) {
-    for (const OutsideFile &outside : kOutsideFiles) {
+    const std::string whole = Made("a=1 global=1", "settings");
+    struct Row {
+        const char *what;
+        std::optional<std::string> bytes; // what another program makes of the file; none: it removes it
+        OSErr saved = noErr;
+        bool isKeptAside = false;
+    };
+    for (const Row &outside : std::initializer_list<Row>{
+             {"emptied", ""},
+             {"half written", whole.substr(0, whole.size() / 2), noErr, true},
+             {"another kind of file", std::string(5000, 'x'), noErr, true},
+             {"without records", Made("", "settings")},
+             {"removed", {}},
+             {"a folder", {}, notAFileErr},
+         }) {
         SCOPED_TRACE(outside.what);
         const DocumentFolder folder("a=1 global=1");
         OpenDocument document(folder);
         ASSERT_TRUE(document.Put("a=2"));
-        outside.make(folder.file);
+        fs::remove(folder.file);
+        if (outside.bytes) {
+            WriteWhole(folder.file, *outside.bytes);
+        } else if (outside.saved == notAFileErr) {
+            fs::create_directory(folder.file);
+        }
         EXPECT_FALSE(document.TakeOutsideChanges().cameIn);
         EXPECT_EQ(document.State(), "a=2 global=1");
         const SaveResult result = document.Save(kNoWait);
@@ -123,17 +115,32 @@ TEST(SettingsDocument, DamagedFile_IsKeptAsideOnlyByThoseThatMayWrite) {
     EXPECT_FALSE(result.replacedDamaged) << "told when it was opened";
 }
 
-TEST(SettingsDocument, LockOfAnotherProgram_LeavesAllAsItIs) {
+TEST(SettingsDocument, LockThatCannotBeHad_LeavesAllAsItIs) {
     const DocumentFolder folder("a=1 global=1");
     OpenDocument document(folder);
     ASSERT_TRUE(document.Put("a=2"));
+    const auto save = [&] {
+        const SaveResult result = document.Save(std::chrono::milliseconds(20));
+        EXPECT_FALSE(result.wasTried);
+        EXPECT_EQ(folder.State(), "a=1 global=1");
+        EXPECT_EQ(document.CountUnsaved(), 1);
+        return result.status;
+    };
+    {
+        const ScopedVariable state("XDG_STATE_HOME", folder.file); // a file
+        EXPECT_EQ(save(), dirNFErr);
+    }
+    const fs::path lock = folder.Path("state/com.halcyra.drevix/settings.lock");
+    fs::create_directories(lock.parent_path());
+    fs::create_symlink(folder.Path("elsewhere"), lock);
+    EXPECT_EQ(save(), bdNamErr);
+    EXPECT_FALSE(fs::exists(folder.Path("elsewhere")));
+    fs::remove(lock);
     UserLock other;
     ASSERT_EQ(other.Acquire("settings.lock", kNoWait), noErr);
-    const SaveResult result = document.Save(std::chrono::milliseconds(20));
-    EXPECT_EQ(result.status, fBsyErr);
-    EXPECT_FALSE(result.wasTried);
-    EXPECT_EQ(folder.State(), "a=1 global=1");
-    EXPECT_EQ(document.CountUnsaved(), 1);
+    EXPECT_EQ(fs::status(lock).permissions(), fs::perms(0600));
+    EXPECT_EQ(fs::status(lock.parent_path()).permissions(), fs::perms(0700));
+    EXPECT_EQ(save(), fBsyErr);
     other.Release();
     EXPECT_EQ(document.Save(kNoWait).status, noErr);
     EXPECT_EQ(other.Acquire("settings.lock", kNoWait), noErr) << "held beyond the save";
@@ -141,26 +148,6 @@ TEST(SettingsDocument, LockOfAnotherProgram_LeavesAllAsItIs) {
     EXPECT_EQ(document.Lock(kNoWait), noErr);
     EXPECT_EQ(document.Save(kNoWait).status, noErr);
     EXPECT_EQ(other.Acquire("settings.lock", kNoWait), fBsyErr) << "not held beyond the save";
-}
-
-TEST(SettingsDocument, LockThatCannotBeMade_FailsTheSave) {
-    const DocumentFolder folder("a=1 global=1");
-    OpenDocument document(folder);
-    ASSERT_TRUE(document.Put("a=2"));
-    {
-        const ScopedVariable state("XDG_STATE_HOME", folder.file); // a file
-        EXPECT_EQ(document.Save(kNoWait).status, dirNFErr);
-    }
-    const std::string lock = folder.Path("state/com.halcyra.drevix/settings.lock");
-    fs::create_directories(folder.Path("state/com.halcyra.drevix"));
-    fs::create_symlink(folder.Path("elsewhere"), lock);
-    EXPECT_EQ(document.Save(kNoWait).status, bdNamErr);
-    EXPECT_FALSE(fs::exists(folder.Path("elsewhere")));
-    fs::remove(lock);
-    EXPECT_EQ(folder.State(), "a=1 global=1");
-    EXPECT_EQ(document.Save(kNoWait).status, noErr);
-    EXPECT_EQ(fs::status(lock).permissions(), fs::perms(0600));
-    EXPECT_EQ(fs::status(folder.Path("state/com.halcyra.drevix")).permissions(), fs::perms(0700));
 }
 
 // A disk on which every file was last changed some time ago.
@@ -191,7 +178,6 @@ TEST(SettingsDocument, FileThatIsAsItWas_IsNotReadAgain) {
     EXPECT_GT(disk.reads, before);
 }
 
-// Each operation is done, or nothing has changed and it can be done again.
 TEST(SettingsDocument, OperationsWithEveryFault_AreDoneOrNot) {
     const AppPrefs a = RecordFromText("a=1");
     const std::string asked = "a=1 b=2 b=9 cut=1 global=1 global=1 x=1";
@@ -276,9 +262,7 @@ TEST(SettingsDocument, SaveWithEveryFault_KeepsEditsAndFile) {
             EXPECT_EQ(document.IsSaved(), result.status == noErr);
             EXPECT_EQ(QBaseGetRecordsChanged(document.Base()), result.status != noErr);
             EXPECT_EQ(result.outside.cameIn, document.State() == "a=2 b=2 global=1");
-            std::vector<EarlierSettings> history;
-            EXPECT_EQ(ListHistory(folder.file, &history), noErr);
-            for (const EarlierSettings &earlier : history) {
+            for (const EarlierSettings &earlier : HistoryOf(folder.file)) {
                 EXPECT_EQ(TextOfBase(ReadEarlierSettings(earlier).get()), "a=1 b=2 global=1");
             }
             EXPECT_EQ(OpenFileCount(), 0);

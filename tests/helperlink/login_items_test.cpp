@@ -46,7 +46,6 @@ class LoginItems : public ::testing::Test {
         }
         return paths;
     }
-    // An application folder with a program.
     [[nodiscard]] std::string MakeApp(const std::string &name) const {
         const std::string folder = fFolder.Path(name);
         fs::create_directories(folder + "/Contents/Linux");
@@ -75,6 +74,7 @@ TEST_F(LoginItems, Add_LeavesOneEntryOfTheHelper) {
         std::uint16_t was;
         std::int16_t replace = 1;
         const char *name = nullptr;
+        const char *path = kHelper;
     };
     for (const Row &row : std::initializer_list<Row>{
              {"another application only", {kept}, {kept, made}, 0},
@@ -88,11 +88,13 @@ TEST_F(LoginItems, Add_LeavesOneEntryOfTheHelper) {
              {"by a further name", {"/x/Former.app", kept}, {made, kept}, 0, 1, "Former.app"},
              {"more than 16", Paths(18, old), Paths{made} + Paths(2, old), 0},
              {"exact behind 16", Paths(16, old) + Paths{kHelper}, {made, kHelper}, 0},
+             {"slash at the end", {"/a/T/", "/a/T"}, {"/b/T/*", "/a/T"}, 0, 1, nullptr, "/b/T/"},
+             {"without a slash", {"/a/T/", "/a/T"}, {"/a/T/", "T*"}, 0, 1, nullptr, "T"},
          }) {
         WriteItems(row.before);
         const std::string before = ReadWhole(fPath);
         std::uint16_t was = 7;
-        EXPECT_EQ(AddLoginItem(kHelper, row.name, 0, row.replace, &was), noErr) << row.what;
+        EXPECT_EQ(AddLoginItem(row.path, row.name, 0, row.replace, &was), noErr) << row.what;
         EXPECT_EQ(was, row.was) << row.what;
         EXPECT_EQ(Items(), row.after) << row.what;
         const std::string after = ReadWhole(fPath);
@@ -100,14 +102,6 @@ TEST_F(LoginItems, Add_LeavesOneEntryOfTheHelper) {
         EXPECT_TRUE(after.starts_with(before.substr(0, before.find("no item<")))) << row.what;
         EXPECT_TRUE(after.ends_with(before.substr(before.find("<key>More")))) << row.what;
     }
-}
-
-TEST_F(LoginItems, Leaf_KeepsASlashAtTheEnd) {
-    WriteItems({"/old/Tool.app/", "/old/Tool.app"});
-    EXPECT_EQ(AddLoginItem("/new/Tool.app/", nullptr, 1, 1, nullptr), noErr);
-    EXPECT_EQ(Items(), Paths({"/new/Tool.app/", "/old/Tool.app"}));
-    EXPECT_EQ(AddLoginItem("Tool.app", nullptr, 0, 1, nullptr), noErr);
-    EXPECT_EQ(Items(), Paths({"/new/Tool.app/", "Tool.app*"}));
 }
 
 TEST_F(LoginItems, Remove_TakesTheFirstSixteen) {
@@ -153,8 +147,8 @@ TEST_F(LoginItems, FilesOfOthers_AreNeverWrittenOver) {
     EXPECT_EQ(ReadWhole(fPath), before);
     fs::remove(fPath);
     fs::create_symlink(fFolder.Path("elsewhere"), fPath); // once was no missing file, but a foreign one
-    EXPECT_EQ(AddLoginItem(kHelper, nullptr, 0, 1, nullptr), noErr);
-    EXPECT_EQ(Items(), Paths{"/new/DrevixHelper.app*"});
+    EXPECT_EQ(AddLoginItem(kHelper, nullptr, 1, 1, nullptr), noErr);
+    EXPECT_EQ(Items(), Paths{kHelper}) << "hidden";
     EXPECT_TRUE(fs::is_symlink(fPath));
 }
 

@@ -42,17 +42,6 @@ TEST(FactoryDefaults, Page_MakesTheFile) {
 TEST(FactoryDefaults, Records_AreTheGlobalOneTheCompanionsAndPrograms) {
     const std::vector<AppPrefs> records = FactoryRecords();
     ASSERT_GE(records.size(), 17U);
-    std::vector<std::pair<OSType, std::string>> names;
-    for (const AppPrefs &record : records) {
-        names.emplace_back(record.application, NameOf(record));
-        AppPrefs plain = gDefaultGlobalPrefs; // whose device values every record has
-        plain.application = record.application;
-        plain.appFileName = record.appFileName;
-        plain.appName = record.appName;
-        plain.factory = 1;
-        std::memcpy(plain.device[0].action, record.device[0].action, sizeof plain.device[0].action);
-        EXPECT_TRUE(SameBytes(plain, record)) << NameOf(record);
-    }
     const std::vector<std::pair<OSType, std::string>> first = {
         {kGlobalSignature, ""},
         {FourCharCode("8BIM"), "Adobe Photoshop CS2"},
@@ -60,10 +49,18 @@ TEST(FactoryDefaults, Records_AreTheGlobalOneTheCompanionsAndPrograms) {
         {FourCharCode("InDn"), "Adobe InDesign CS2"},
         {FourCharCode("8ELE"), "Adobe Photoshop Elements 4.0"},
     };
-    EXPECT_THAT(std::vector(names.begin(), names.begin() + 5), testing::ElementsAreArray(first));
-    for (std::size_t i = first.size(); i < names.size(); ++i) {
-        EXPECT_EQ(names[i].first, kWildcardSignature) << names[i].second;
-        EXPECT_FALSE(names[i].second.ends_with(".desktop")) << names[i].second;
+    for (std::size_t i = 0; i < records.size(); ++i) {
+        const AppPrefs &record = records[i];
+        const std::pair<OSType, std::string> application(record.application, NameOf(record));
+        EXPECT_EQ(application, i < first.size() ? first[i] : std::pair(kWildcardSignature, NameOf(record)));
+        EXPECT_FALSE(application.second.ends_with(".desktop")) << application.second;
+        AppPrefs plain = gDefaultGlobalPrefs; // whose device values every record has
+        plain.application = record.application;
+        plain.appFileName = record.appFileName;
+        plain.appName = record.appName;
+        plain.factory = 1;
+        std::memcpy(plain.device[0].action, record.device[0].action, sizeof plain.device[0].action);
+        EXPECT_TRUE(SameBytes(plain, record)) << application.second;
     }
 }
 

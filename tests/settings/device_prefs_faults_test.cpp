@@ -57,7 +57,6 @@ TEST(Import, EveryFault_SkipsWholeRecordsOnly) {
     EXPECT_EQ(skippedOnce, (std::set<std::size_t>{0, 1}));
 }
 
-// What a program does: reads the settings, adds a record, saves.
 OSErr LoadAndSave(const SettingsFolder &folder) {
     const QBaseOwner base = NewDrevixBase();
     const OSErr status = folder.Load(base, kPanelVersion);

@@ -29,6 +29,7 @@ TEST(GetDevicePrefs, FirstStart_HasTheFactoryRecordsAndSavingMakesTheFolder) {
     EXPECT_EQ(SettingsFolder::Names(folder.Preferences()), Names{"com.halcyra.drevix.prefs"});
 }
 
+// A global record with a file name got the factory's beside it at the next version.
 TEST(GetDevicePrefs, Stamp_DecidesWhetherFactoryRecordsAreAdded) {
     const struct {
         std::uint32_t stamp, version;
@@ -38,33 +39,17 @@ TEST(GetDevicePrefs, Stamp_DecidesWhetherFactoryRecordsAreAdded) {
                 {5, 0, false, 5}, {0, 0, false, 0}, {0x7FFFFFFF, 0x80000000, true, 0x80000000}};
     for (const auto &row : rows) {
         SettingsFolder folder;
-        folder.WriteDefaults({MakeRecord(kOther, "New")});
-        ASSERT_EQ(SettingsFolder::Save(MakeBase({MakeRecord(0, "")}, row.stamp)), noErr);
+        folder.WriteDefaults({MakeRecord(0, ""), MakeRecord(kOther, "New")});
+        ASSERT_EQ(SettingsFolder::Save(MakeBase({MakeRecord(0, "Named"), MakeRecord(0, "")}, row.stamp)),
+                  noErr);
         const QBaseOwner base = NewDrevixBase();
         EXPECT_EQ(folder.Load(base, row.version), noErr);
-        EXPECT_EQ(RecordNames(base), row.merges ? (Names{"", "New"}) : Names{""}) << row.stamp;
+        EXPECT_EQ(RecordNames(base), row.merges ? (Names{"", "", "New"}) : (Names{"Named", ""})) << row.stamp;
         EXPECT_EQ(QBaseGetUserLong(base.get()), row.stampAfter);
         EXPECT_EQ(QBaseGetRecordsChanged(base.get()), row.merges) << "not in a file of this version";
         fs::remove(folder.Path(kDefaultsFileName)); // which does not keep the stamp from being set
         EXPECT_EQ(folder.Load(base, row.version), noErr);
         EXPECT_EQ(QBaseGetUserLong(base.get()), row.stampAfter);
-    }
-}
-
-// A global record with a file name got the factory's beside it at the next version.
-TEST(GetDevicePrefs, GlobalRecord_LosesItsFileNameBeforeFactoryRecordsAreAdded) {
-    const SettingsFolder folder;
-    folder.WriteDefaults({MakeRecord(0, "")});
-    ASSERT_EQ(SettingsFolder::Save(MakeBase({MakeRecord(0, "Named")}, 5)), noErr);
-    const QBaseOwner base = NewDrevixBase();
-    EXPECT_EQ(folder.Load(base, 5), noErr);
-    EXPECT_EQ(RecordNames(base), Names{"Named"}) << "a file of this version is taken as it is";
-    EXPECT_EQ(folder.Load(base, 6), noErr);
-    EXPECT_EQ(RecordNames(base), Names{""});
-    EXPECT_TRUE(QBaseGetRecordsChanged(base.get()));
-    for (const RecordNumber replaced : {0, int{kNoRecord}}) { // no later one gets a name
-        const RecordNumber stored = StoreAppPrefs(base.get(), MakeRecord(0, "Named"), replaced);
-        EXPECT_EQ(NameOf(*GetAppPrefs(base.get(), stored)), "");
     }
 }
 
@@ -121,15 +106,13 @@ TEST(GetDevicePrefs, OldFile_IsRepairedByTheStampItBrought) {
         SlotIndex slot;
         ActionCommand command, expected;
     };
-    constexpr OSType kArt = FourCharCode("ART5");
-    constexpr OSType kIndesign = FourCharCode("InDn");
-    constexpr OSType kElements = FourCharCode("8ELE");
     // clang-format off
     const Row rows[] = {
         {288, 0, 17, 7, 0}, {289, 0, 17, 7, 7}, {288, kOther, 17, 7, 7}, {288, 0, 16, 7, 7},
         {9, kOther, 31, 34, 34}, {9, kOther, 0, 35, 0}, {9, kOther, 31, 43, 0}, {9, kOther, 0, 44, 44},
-        {9, 0, 5, 40, 0}, {9, kPhotoshop, 5, 40, 40}, {9, kArt, 5, 35, 35}, {9, kIndesign, 5, 43, 43},
-        {9, kElements, 5, 40, 40}, {9, kNoSignature, 5, 40, 0}, {9, kWildcardSignature, 5, 40, 40},
+        {9, 0, 5, 40, 0}, {9, kNoSignature, 5, 40, 0}, {9, kWildcardSignature, 5, 40, 40},
+        {9, kPhotoshop, 5, 40, 40}, {9, FourCharCode("ART5"), 5, 35, 35}, {9, FourCharCode("InDn"), 5, 43, 43},
+        {9, FourCharCode("8ELE"), 5, 40, 40},
     };
     // clang-format on
     for (const auto &row : rows) {
@@ -151,7 +134,7 @@ TEST(GetDevicePrefs, OldFile_IsRepairedByTheStampItBrought) {
     }
 }
 
-TEST(GetDevicePrefs, RefusedFile_StaysUntilASaveAndIsKeptAside) {
+TEST(GetDevicePrefs, RefusedFile_IsKeptAsideByASaveOrNotOverwritten) {
     const SettingsFolder folder;
     folder.WriteDefaults({MakeRecord(0, "factory")});
     const QBaseOwner base = NewDrevixBase();
@@ -165,19 +148,14 @@ TEST(GetDevicePrefs, RefusedFile_StaysUntilASaveAndIsKeptAside) {
     EXPECT_EQ(SettingsFolder::Save(base), noErr);
     EXPECT_EQ(folder.SavedNames(), Names{"factory"});
     EXPECT_EQ(ReadWhole(folder.kept), damaged);
-}
 
-TEST(GetDevicePrefs, RefusedFileThatCannotBeKept_IsNotOverwritten) {
-    SettingsFolder folder;
-    folder.WriteDefaults({MakeRecord(0, "factory")});
     const std::string path = folder.Path(std::string(250, 'n')); // no room for the suffix
-    WriteWhole(path, "damaged");
-    const QBaseOwner base = NewDrevixBase();
+    WriteWhole(path, "too short");
     OSErr status = noErr;
     EXPECT_EQ(GetDevicePrefsFromPath(base.get(), path, folder.resources, 1, &status), noErr);
     EXPECT_NE(status, noErr);
     EXPECT_EQ(SaveDevicePrefsToPath(base.get(), path), wrPermErr);
-    EXPECT_EQ(ReadWhole(path), "damaged");
+    EXPECT_EQ(ReadWhole(path), "too short");
     fs::remove(path);
     EXPECT_EQ(GetDevicePrefsFromPath(base.get(), path, folder.resources, 1, &status), noErr);
     EXPECT_EQ(status, fnfErr);

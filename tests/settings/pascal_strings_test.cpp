@@ -56,12 +56,9 @@ TEST(PascalStrings, CopyAndAppend_CutToTheLimitAndNotAByteMore) {
 }
 
 TEST(StringOrder, FoldsAsciiOnly) {
-    struct Row {
-        const char *a, *b;
-        int order; // exact: the difference of the first bytes that differ, or of the lengths
-    };
+    // Exact: the difference of the first bytes that differ, or of the lengths.
     // clang-format off
-    const Row rows[] = {
+    const std::tuple<const char *, const char *, int> rows[] = {
         {"Adobe Illustrator", "ADOBE ILLUSTRATOR", 0}, {"", "", 0}, {"", "a", -1},
         {"abc", "ab", 1}, {"abc", "ABD", -1}, {"_", "A", '_' - 'a'}, {"[", "Z", '[' - 'z'},
         {"@", "A", '@' - 'a'},
@@ -69,10 +66,10 @@ TEST(StringOrder, FoldsAsciiOnly) {
     };
     // clang-format on
     const auto sign = [](int order) { return (order > 0) - (order < 0); };
-    for (const auto &row : rows) {
-        SCOPED_TRACE(testing::Message() << row.a << ' ' << row.b);
-        EXPECT_EQ(PStringCmp(Buffer(row.a).Pascal(), Buffer(row.b).Pascal()), row.order);
-        EXPECT_EQ(sign(CStringCmp(row.a, row.b)), sign(row.order));
+    for (const auto &[a, b, order] : rows) {
+        SCOPED_TRACE(testing::Message() << a << ' ' << b);
+        EXPECT_EQ(PStringCmp(Buffer(a).Pascal(), Buffer(b).Pascal()), order);
+        EXPECT_EQ(sign(CStringCmp(a, b)), sign(order));
     }
 }
 
@@ -85,20 +82,16 @@ TEST(PascalText, IsConvertedThenCut) {
     getPascalString(stringWithPascalString(all.data()), back.data());
     EXPECT_EQ(back, all) << "every byte is a character";
 
-    const struct {
-        std::string text;
-        int limit;
-        std::string stored;
-    } rows[] = {
+    const std::tuple<std::string, int, std::string> rows[] = {
         {std::string(40, 'x'), 31, std::string(31, 'x')},
         {std::string(300, 'y'), 1000, std::string(255, 'y')},
         {"ab", 0, ""},
         {"\xC3\xA9\xC3\xA9\xC3\xA9", 2, "\x8E\x8E"}, // two bytes each before, one after
     };
-    for (const auto &row : rows) {
+    for (const auto &[text, limit, stored] : rows) {
         Buffer buffer;
-        getPascalString(row.text, buffer.Pascal(), row.limit);
-        EXPECT_EQ(buffer.bytes, Buffer(row.stored).bytes) << row.text;
+        getPascalString(text, buffer.Pascal(), limit);
+        EXPECT_EQ(buffer.bytes, Buffer(stored).bytes) << text;
     }
 }
 

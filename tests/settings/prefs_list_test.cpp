@@ -82,6 +82,10 @@ TEST(StoreAppPrefs, Record_ReplacesItsNamesakeAndStaysTheFactorys) {
     EXPECT_EQ(OSType{GetAppPrefs(base.get(), 1)->application}, FourCharCode("abcd"));
     EXPECT_EQ(FindReplacedAppPrefs(base.get(), MakeRecord(0, "Other")), 0) << "a global record has no name";
     EXPECT_EQ(FindReplacedAppPrefs(base.get(), MakeRecord(kOther, "")), kNoRecord) << "nor found by one";
+    for (const RecordNumber place : {RecordNumber{0}, kNoRecord}) { // nor is it given one
+        const RecordNumber stored = StoreAppPrefs(base.get(), MakeRecord(0, "Named"), place);
+        EXPECT_EQ(NameOf(*GetAppPrefs(base.get(), stored)), "");
+    }
     const QBaseOwner withoutGlobal = MakeBase({MakeRecord(kOther, "First")});
     EXPECT_EQ(FindReplacedAppPrefs(withoutGlobal.get(), MakeRecord(0, "")), kNoRecord)
         << "the global record would have taken the place of an application's";

@@ -34,7 +34,6 @@ inline bool SameBytes(const AppPrefs &a, const AppPrefs &b) {
     return std::memcmp(&a, &b, sizeof a) == 0;
 }
 
-// The file names of a base's records, in order.
 inline Names RecordNames(const QBaseOwner &base) {
     Names names;
     for (RecordNumber i = 0; i < QBaseCountRecords(base.get()); ++i) {
@@ -65,7 +64,6 @@ struct SettingsFolder : ScratchFolder {
         auto name = kDrevixPrefsName;
         return SaveDevicePrefs(base.get(), name.data(), kDrevixPrefsType, kDrevixPrefsCreator);
     }
-    // The names of the records in the settings file.
     [[nodiscard]] test::Names SavedNames() const {
         const QBaseOwner base = NewDrevixBase();
         OSErr status = noErr;

@@ -13,7 +13,6 @@
 
 namespace drevix::test {
 
-// How long a fault lasts.
 enum class Lasts { Once, ForEver };
 
 // Counts the calls of an interface: the n-th (from 1) fails, and with Lasts::ForEver all later ones.
@@ -73,7 +72,6 @@ class ExchangedFile : public ScopedDisk {
     std::string fFirst, fSecond;
 };
 
-// One on which nothing more can be written.
 struct FullDisk : ScopedDisk {
     ssize_t WriteAt(int /*fd*/, const void * /*bytes*/, std::size_t /*count*/, off_t /*offset*/) override {
         errno = ENOSPC;

@@ -1,13 +1,54 @@
+// The fields of a record, in its bytes and in a property list.
 #include "platform/plist/json.h"
-#include "settings/pascal_strings.h"
-#include "settings/prefs_dictionary.h"
-#include "tests/support/testing.h"
+#include "tests/settings/settings_files.h"
 
 #include <array>
 #include <bit>
 
 namespace drevix::test {
 namespace {
+
+// The application of the pages' examples, with the other values of a base's global record.
+AppPrefs Sketch(const QBaseOwner &base) {
+    return MakeAppPrefs(base.get(), FourCharCode("SkCh"), "Sketch", "Sketch Caf\xC3\xA9");
+}
+
+// Its bytes: 16 a line, behind their place; what is left out is 0.
+std::string PublishedRecord() {
+    std::istringstream lines(FencedBlock(DREVIX_TEST_DATA "/../../docs/settings-record.md", "hex"));
+    std::string bytes(sizeof(AppPrefs), '\0');
+    for (std::string line; std::getline(lines, line);) {
+        bytes.replace(std::stoul(line.substr(0, 4), nullptr, 16), 16, FromHex(line.substr(4)));
+    }
+    return bytes;
+}
+
+TEST(AppPrefs, ExampleOfItsPage_IsBuiltFromItsFields) {
+    AppPrefs prefs = Sketch(MakeBase({gDefaultGlobalPrefs}));
+    DevicePrefs &device = prefs.device[0];
+    device.useSeparateNavSens = device.useSeparateNavSpeed = 1;
+    device.navSensitivityX = 80;
+    const auto set = [&](std::string_view key, std::uint16_t command, int modifiers, std::uint8_t keyCode) {
+        ActionSlot &slot = device.action[FindControlSlot(key)->slot];
+        slot.command = command;
+        slot.modifiers = static_cast<std::uint16_t>(modifiers);
+        slot.keyCode = keyCode;
+    };
+    set("ringUp", 224, kShiftModifier, kNoKeyCode);
+    set("ringCW", 4, 0, kNoKeyCode);
+    set("buttonP", 64, 0, kNoKeyCode);
+    getPascalString("Notes", device.action[17].data.data(), kMaxAppNameLength);
+    set("buttonII", 32, kCommandModifier | kShiftModifier, 1);
+    EXPECT_EQ(std::string(reinterpret_cast<const char *>(&prefs), sizeof prefs), PublishedRecord());
+}
+
+TEST(ControlSlots, EachSlot_HasItsAxis) {
+    const std::string axes = "XXYYZZ--XZ......-----..........."; // a dot for a slot without a control
+    for (SlotIndex slot = 0; slot < kActionSlots; ++slot) {
+        const ControlSlot *const row = FindControlSlot(slot);
+        EXPECT_EQ(row != nullptr ? "-XYZ"[static_cast<int>(row->axis)] : '.', axes[slot]) << slot;
+    }
+}
 
 using Image = std::array<std::uint8_t, sizeof(AppPrefs)>; // a record's bytes
 
@@ -123,11 +164,8 @@ TEST(PrefsDictionary, OddValues_KeepTheirLowBitsOrCountAsAbsent) {
 TEST(PrefsFile, ExampleOfItsPage_IsRead) {
     const ScratchFolder scratch;
     const std::string path = scratch.Path("import");
-    AppPrefs expected = {};
-    expected.application = FourCharCode("SkCh");
-    getPascalString("Sketch", expected.appFileName.data(), kMaxFileNameLength);
-    getPascalString("Sketch Caf\xC3\xA9", expected.appName.data(), kMaxAppNameLength);
-    expected.active = expected.device[0].click = 1;
+    AppPrefs expected = Sketch(MakeBase({}));
+    expected.device[0].click = 1;
     expected.device[0].navSensitivity = 100;
     expected.device[0].action[17].command = 64;
     expected.device[0].action[17].keyCode = kNoKeyCode;
