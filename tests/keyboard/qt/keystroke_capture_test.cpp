@@ -105,10 +105,7 @@ class KeystrokeCapture : public ::testing::Test, public KeystrokeReceiver {
 
 TEST_F(KeystrokeCapture, KeyDown_IsStoredByItsPlaceAndModifiers) {
     const auto all = Qt::ShiftModifier | Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier;
-    const struct {
-        Key key;
-        Keystroke stored;
-    } rows[] = {
+    const std::pair<Key, Keystroke> rows[] = {
         {{KEY_A, Qt::Key_A, Qt::MetaModifier | Qt::ShiftModifier, 0x41, 'A'}, {0x00, 0x0300}},
         {{KEY_Q, 0x0419, Qt::ControlModifier, 0x04, 0x06CA}, {0x0C, 0x1000}}, // Russian
         {{KEY_TAB, Qt::Key_Backtab, Qt::ShiftModifier, 0x01, 0xFE20}, {0x30, 0x0200}},
@@ -133,8 +130,8 @@ TEST_F(KeystrokeCapture, KeyDown_IsStoredByItsPlaceAndModifiers) {
         {{KEY_SPACE, Qt::Key_nobreakspace, {}, kMod5, 0xA0}, {0x31, 0x0800}}, // as layouts have it
         {{KEY_NUMLOCK, Qt::Key_Equal, {}, kMod5, '='}, {0x47, 0x0800}},       // in the German layout Neo
     };
-    for (const auto &row : rows) {
-        EXPECT_EQ(PressWaiting(row.key), std::vector{row.stored});
+    for (const auto &[key, stored] : rows) {
+        EXPECT_EQ(PressWaiting(key), std::vector{stored});
         EXPECT_FALSE(fShortcutsSawKey);
         EXPECT_TRUE(fField->fSeen.empty());
     }
