@@ -132,22 +132,18 @@ TEST(Catalog, Kinds_AreTold) {
     fs::create_symlink("elf", scratch.Path("link"));
     ASSERT_EQ(::mkfifo(scratch.Path("pipe").c_str(), 0600), 0);
     const std::int32_t folder = FolderIdFromPath(scratch.Path());
-    struct Row {
-        std::string name;
-        const char *bytes; // null for what is there
-        OSType type;
-        mode_t mode = 0700;
-    };
-    for (const auto &[name, bytes, type, mode] : std::initializer_list<Row>{
-             {"elf", "\177ELF", kApplicationType},
-             {"script", "#!/bin/sh", kApplicationType},
-             {"a.desktop", "", kApplicationType},
-             {"data", "data", kUnknownType},
-             {"empty", "", kUnknownType},
-             {"plain", "#!", kUnknownType, 0600},
-             {"pipe", nullptr, kUnknownType},
-             {"config", nullptr, kUnknownType},
-             {"link", nullptr, kSymbolicLinkType},
+    // Of what is there, the bytes are null.
+    using Row = std::tuple<std::string, const char *, mode_t, OSType>;
+    for (const auto &[name, bytes, mode, type] : std::initializer_list<Row>{
+             {"elf", "\177ELF", 0700, kApplicationType},
+             {"script", "#!/bin/sh", 0700, kApplicationType},
+             {"a.desktop", "", 0700, kApplicationType},
+             {"data", "data", 0700, kUnknownType},
+             {"empty", "", 0700, kUnknownType},
+             {"plain", "#!", 0600, kUnknownType},
+             {"pipe", nullptr, 0, kUnknownType},
+             {"config", nullptr, 0, kUnknownType},
+             {"link", nullptr, 0, kSymbolicLinkType},
          }) {
         if (bytes != nullptr) {
             WriteWhole(scratch.Path(name), bytes);
@@ -187,7 +183,9 @@ TEST(Catalog, WhatCannotBe_HasItsStatus) {
         {FSSpecFromRef({scratch.Path("file")}, &spec, &id), paramErr},
         {FSpCreate(bad, 0, 0, -1), bdNamErr},
         {FSpCreate(gone, 0, 0, -1), fnfErr},
+        {FSpCreate({kRootVolume, folder, Str63FromMacRoman("file")}, 0, 0, -1), dupFNErr},
         {FSpOpenDF(bad, fsRdPerm, &file), bdNamErr},
+        {FSpOpenDF(gone, fsRdPerm, &file), fnfErr},
         {FSpDirCreate(bad, -1, &id), bdNamErr},
         {FSpDelete(bad), bdNamErr},
         {FSpSetFInfo(bad, {}), bdNamErr},
