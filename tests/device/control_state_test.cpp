@@ -61,7 +61,7 @@ TEST(ControlState, Sensitivity_DecidesThresholdAndSteps) {
                                                                     {100, 174, 175, "tunerCW*10"},
                                                                     {255, 34, 35, "tunerCW*25"},
                                                                     {50, 236, 237, "tunerCW*5"}};
-    for (const auto &[sensitivity, lastAtRest, firstDown, tenCounts] : kRows) {
+    for (const auto &[sensitivity, lastAtRest, firstDown, tenCounts] : kRows) { // of 350
         const auto value = static_cast<std::uint8_t>(sensitivity);
         ControlState state(MakeMap("ringZ axis=ABS_RZ\ntuner dial=REL_DIAL"), MakeDevice());
         const std::string sent = "ABS_RZ=" + std::to_string(lastAtRest) + " | REL_DIAL=10";

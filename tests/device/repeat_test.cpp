@@ -10,7 +10,7 @@ using std::chrono::nanoseconds;
 
 TEST(Repeat, Times_AreCountedFromThePress) {
     static const std::tuple<std::uint16_t, int, std::int64_t, std::int64_t> kRows[] = {
-        {6, 100, 1, 100'000'000},
+        {6, 100, 1, 100'000'000}, // nanoseconds
         {6, 100, 1'000'000, 100'000'000'000'000},
         {1, 100, 1, 16'666'666},
         {1, 100, 6'000'000, 100'000'000'000'000},
