@@ -112,25 +112,14 @@ TEST_F(Commands, FirstStart_ReadsFactoryRecordsAndWritesNothing) {
 TEST_F(Commands, Assign_StoresTheActionAndAppliesTheRules) {
     const auto slot = [](ActionCommand command, std::uint16_t modifiers = 0,
                          std::uint8_t keyCode = kNoKeyCode, std::uint16_t delay = 0, std::uint32_t crc = 0) {
-        ActionSlot result{};
-        result.command = command;
-        result.modifiers = modifiers;
-        result.keyCode = keyCode;
-        result.delay = delay;
-        result.crc = crc;
-        return result;
+        return ActionSlot{command, modifiers, keyCode, 0, delay, crc, 0, {}};
     };
     constexpr std::uint16_t kTwo = kCommandModifier | kShiftModifier;
     constexpr std::uint16_t kThree = kShiftModifier | kOptionModifier | kControlModifier;
     // The CRC-32 of the digits, as everyone publishes it.
     const ActionSlot menu = slot(kActionToolMenu, 0, kNoKeyCode, 0, 0xCBF43926);
-    struct Row {
-        const char *line;
-        SlotIndex index;
-        ActionSlot stored;
-        const char *says;
-    };
-    for (const Row &row : std::initializer_list<Row>{
+    for (const auto &[line, index, stored, says] :
+         std::initializer_list<std::tuple<const char *, SlotIndex, ActionSlot, const char *>>{
              {"buttonII keystroke cmd+shift+esc", 19, slot(kActionKeystroke, kTwo, 53),
               "buttonII: Keystroke cmd+shift+esc\n"},
              {"buttonII scroll right +alt +shift+ctrl", 19, slot(227, kThree),
@@ -150,10 +139,9 @@ TEST_F(Commands, Assign_StoresTheActionAndAppliesTheRules) {
               "buttonII: Companion menu item number 3421780262\nbuttonI: No action\n"},
              {"ringLeft move_right", 0, slot(38), "ringLeft: Move right\nringRight: Move left\n"},
          }) {
-        EXPECT_EQ(Do(std::string("assign --app Painter ") + row.line), row.says);
+        EXPECT_EQ(Do(std::string("assign --app Painter ") + line), says);
         const AppPrefs record = Record("Painter");
-        EXPECT_EQ(std::memcmp(&record.device[0].action[row.index], &row.stored, sizeof row.stored), 0)
-            << row.line;
+        EXPECT_EQ(std::memcmp(&record.device[0].action[index], &stored, sizeof stored), 0) << line;
     }
     // Was shown as -1.
     EXPECT_EQ(ActionDetails(slot(227, 0, kNoKeyCode, 0xFFFF)), "repeat 65535");

@@ -201,13 +201,9 @@ TEST_F(DamagedFile, CutsAndChangedBytes_AreFoundAndSalvaged) {
 }
 
 TEST_F(DamagedFile, Check_SaysWhatIsWrongInWords) {
-    struct Row {
-        std::size_t at;
-        std::string bytes; // put there
-        const char *says;
-    };
     const std::size_t global = 64 + 3 * 4 + 10;
-    for (const Row &row : std::initializer_list<Row>{
+    for (const auto &[at, put, says] :
+         std::initializer_list<std::tuple<std::size_t, std::string, const char *>>{
              {0, "QBSE", "other byte order"},
              {8, {9, 0}, "format version 9"},
              {12, {9}, "announces 9 records"},
@@ -216,11 +212,11 @@ TEST_F(DamagedFile, Check_SaysWhatIsWrongInWords) {
              {64, {2}, "record 0 at byte 0 of the record data is damaged, or it is not in the index"},
          }) {
         std::string bytes = fWhole;
-        bytes.replace(row.at, row.bytes.size(), row.bytes);
+        bytes.replace(at, put.size(), put);
         WriteWhole(Path(), bytes);
         const Result result = Run("check " + Path());
-        EXPECT_EQ(result.status, ExitStatus::Failed) << row.says;
-        EXPECT_THAT(result.out, HasSubstr(row.says));
+        EXPECT_EQ(result.status, ExitStatus::Failed) << says;
+        EXPECT_THAT(result.out, HasSubstr(says));
         EXPECT_THAT(result.err, HasSubstr("was not changed; 'drevixctl recover'"));
     }
     // Which of two global records is in force was not told.

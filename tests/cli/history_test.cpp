@@ -79,16 +79,5 @@ TEST_F(History, ControlCharacters_AreNeverPrinted) {
     EXPECT_TRUE(std::ranges::all_of(all, [](unsigned char c) { return c >= ' ' && c != 0x7F; })) << all;
 }
 
-// A file named by --prefs has a history of its own.
-TEST_F(History, EachSettingsFileHasItsOwn) {
-    const std::string other = " --prefs " + fFolder.Path("other");
-    Do("set ringSpeed 20" + other);
-    Do("set ringSpeed 30" + other);
-    EXPECT_THAT(Do("history"), HasSubstr("no earlier settings"));
-    EXPECT_THAT(Do("history" + other), HasSubstr("ringSpeed"));
-    Do("restore 1" + other);
-    EXPECT_THAT(Do("show" + other), ContainsRegex("Ring speed +20"));
-}
-
 } // namespace
 } // namespace drevix::test

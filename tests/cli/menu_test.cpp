@@ -21,14 +21,15 @@ constexpr const char *kHotKeys =
 class Menu : public test::ProgramTest {
   protected:
     Menu() {
-        const std::string file = FindKorvaneFileForApp("_System_");
-        std::filesystem::create_directories(std::filesystem::path(file).parent_path());
-        test::WriteWhole(file, kHotKeys);
+        std::filesystem::create_directories(std::filesystem::path(fFile).parent_path());
+        test::WriteWhole(fFile, kHotKeys);
     }
     static std::string Device(std::size_t hotKey) {
         return LoadKorvaneFileForApp("_System_")->HotKeys.at(hotKey).Text(KorvaneKey::Device);
     }
     [[nodiscard]] ActionSlot Slot(SlotIndex slot) const { return Record().device[0].action[slot]; }
+
+    const std::string fFile = FindKorvaneFileForApp("_System_");
 };
 
 TEST_F(Menu, Entries_AreListedWithTheirButtons) {
@@ -39,7 +40,7 @@ TEST_F(Menu, Entries_AreListedWithTheirButtons) {
     EXPECT_THAT(Do("menu --json"), HasSubstr("\"title\": \"Sharpen More\""));
     EXPECT_THAT(Do("show"), HasSubstr("Companion menu item  \"Sharpen More\""));
     EXPECT_THAT(Refused("menu --app Painter"), HasSubstr("no menu entries for \"Painter\""));
-    EXPECT_EQ(test::ReadWhole(FindKorvaneFileForApp("_System_")), kHotKeys);
+    EXPECT_EQ(test::ReadWhole(fFile), kHotKeys);
 }
 
 TEST_F(Menu, Assign_FindsTheTitleAndTellsTheCompanion) {
@@ -72,19 +73,19 @@ TEST_F(Menu, UnwritableFile_IsTold) {
     const test::Result result = Run("assign buttonI menu Filter");
     const test::Result freed = Run("assign buttonII none"); // "Sharpen More" came back without a word
     EXPECT_EQ(freed.status, ExitStatus::Failed);
-    EXPECT_THAT(freed.err, HasSubstr("cannot write " + FindKorvaneFileForApp("_System_")));
+    EXPECT_THAT(freed.err, HasSubstr("cannot write " + fFile));
     EXPECT_EQ(result.status, ExitStatus::Failed);
-    EXPECT_THAT(result.err, HasSubstr("cannot write " + FindKorvaneFileForApp("_System_") +
+    EXPECT_THAT(result.err, HasSubstr("cannot write " + fFile +
                                       ": you don't have permission; the settings are saved, but"));
     EXPECT_EQ(result.out, "");
 }
 
 // Nothing told that the buttons and the file no longer went together.
 TEST_F(Menu, FileReadInPart_IsTold) {
-    test::WriteWhole(FindKorvaneFileForApp("_System_"), std::string(kHotKeys) + "<HotKey>");
+    test::WriteWhole(fFile, std::string(kHotKeys) + "<HotKey>");
     const test::Result result = Run("list");
     EXPECT_EQ(result.status, ExitStatus::Done);
-    EXPECT_THAT(result.err, HasSubstr("note: " + FindKorvaneFileForApp("_System_") + " is damaged"));
+    EXPECT_THAT(result.err, HasSubstr("note: " + fFile + " is damaged"));
     EXPECT_THAT(result.err, HasSubstr("let the companion dial's own program save it again"));
 }
 
@@ -101,16 +102,19 @@ TEST_F(Menu, ReplacedChange_IsTold) {
     } companion;
     const test::Result result = Run("set ringSensitivity 130");
     EXPECT_EQ(result.status, ExitStatus::Done);
-    const std::string file = FindKorvaneFileForApp("_System_");
     EXPECT_THAT(result.err,
-                HasSubstr("meanwhile changed in " + file + "; what " + file + " held is kept as "));
+                HasSubstr("meanwhile changed in " + fFile + "; what " + fFile + " held is kept as "));
     EXPECT_EQ(Device(0), kKorvaneDevice);
 }
 
-TEST_F(Menu, OtherSettingsFiles_AreNotTheCompanions) {
+TEST_F(Menu, OtherSettingsFiles_AreNotTheCompanionsAndHaveTheirOwnHistory) {
     const std::string other = "--prefs " + fFolder.Path("other.prefs");
     Do(other + " assign buttonI menu Filter");
-    EXPECT_EQ(test::ReadWhole(FindKorvaneFileForApp("_System_")), kHotKeys);
+    EXPECT_EQ(test::ReadWhole(fFile), kHotKeys);
+    Do(other + " assign buttonI none");
+    EXPECT_THAT(Do("history"), HasSubstr("no earlier settings"));
+    EXPECT_THAT(Do(other + " history"), HasSubstr("buttonI"));
+    Do(other + " restore 1");
     EXPECT_THAT(Do(other + " show"), HasSubstr("\"Filter\""));
     Do("--prefs " + SettingsFile() + " assign buttonI menu Filter"); // is the user's own by another name
     EXPECT_EQ(Device(0), kKorvaneDevice);

@@ -60,10 +60,7 @@ KeyboardCharacters Layout(const std::string &name) {
 TEST(ActionPlan, Slots_BecomeSteps) {
     ActionSlot item = Slot(64);
     item.data[0] = 3;
-    const struct {
-        ActionSlot slot;
-        const char *plan;
-    } rows[] = {
+    const std::pair<ActionSlot, const char *> rows[] = {
         {Slot(7), "ring mode"},
         {Slot(34), "nothing: the companion does not accept menu commands"},
         {Slot(37, 0, kShiftModifier, 9), "scroll 2 "},
@@ -96,16 +93,13 @@ TEST(ActionPlan, Slots_BecomeSteps) {
         {Slot(32, 0x7F), "nothing: this key cannot be sent"},
     };
     const KeyboardCharacters us = Layout("us");
-    for (const auto &row : rows) {
-        EXPECT_EQ(TextOf(PlanAction(row.slot, us, {})), row.plan) << row.slot.command;
+    for (const auto &[slot, plan] : rows) {
+        EXPECT_EQ(TextOf(PlanAction(slot, us, {})), plan) << slot.command;
     }
 }
 
 TEST(ActionPlan, KeysThatAreNamedByWhatTheyType_AreFoundInTheLayout) {
-    static const struct {
-        ActionCommand command;
-        const char *layout, *plan;
-    } kRows[] = {
+    static const std::tuple<ActionCommand, const char *, const char *> kRows[] = {
         // clang-format off
         {182, "us", "CTRL+Z"}, {182, "de", "CTRL+Y"}, {182, "fr", "CTRL+W"}, {182, "us dvorak", "CTRL+SLASH"},
         {182, "ru", "CTRL+Z"}, {186, "de", "CTRL+A"}, {186, "fr", "CTRL+Q"}, {181, "us dvorak", "ask 1 else META+J"},
@@ -115,17 +109,14 @@ TEST(ActionPlan, KeysThatAreNamedByWhatTheyType_AreFoundInTheLayout) {
         {32, "de", "CTRL+Z"}, {32, "fr", "CTRL+Z"}, // by place
         // clang-format on
     };
-    for (const auto &row : kRows) {
-        const ActionSlot slot = Slot(row.command, 0x06, kControlModifier);
-        EXPECT_EQ(TextOf(PlanAction(slot, Layout(row.layout), {})), row.plan) << row.command << row.layout;
+    for (const auto &[command, layout, plan] : kRows) {
+        const ActionSlot slot = Slot(command, 0x06, kControlModifier);
+        EXPECT_EQ(TextOf(PlanAction(slot, Layout(layout), {})), plan) << command << layout;
     }
 }
 
 TEST(ActionPlan, InATerminal_CtrlAndALetterGetShift) {
-    static const struct {
-        FrontWindow front;
-        const char *copy, *paste;
-    } kRows[] = {
+    static const std::tuple<FrontWindow, const char *, const char *> kRows[] = {
         {{"", "Konsole", "", "", 0}, "CTRL+SHIFT+C", "CTRL+SHIFT+V"},
         {{"org.gnome.Terminal.desktop", "", "", "", 0}, "CTRL+SHIFT+C", "CTRL+SHIFT+V"},
         {{"", "", "", "/usr/bin/kitty", 0}, "CTRL+SHIFT+C", "CTRL+SHIFT+V"},
@@ -133,11 +124,11 @@ TEST(ActionPlan, InATerminal_CtrlAndALetterGetShift) {
         {{"org.kde.kate", "kate", "kate", "kate", 0}, "CTRL+C", "CTRL+V"},
     };
     const KeyboardCharacters us = Layout("us");
-    for (const auto &row : kRows) {
-        EXPECT_EQ(TextOf(PlanAction(Slot(184), us, row.front)), row.copy) << row.copy;
-        EXPECT_EQ(TextOf(PlanAction(Slot(185), us, row.front)), row.paste) << row.paste;
-        EXPECT_EQ(TextOf(PlanAction(Slot(41), us, row.front)), "CTRL+MINUS");
-        EXPECT_EQ(TextOf(PlanAction(Slot(32, 0x08, kControlModifier), us, row.front)), "CTRL+C");
+    for (const auto &[front, copy, paste] : kRows) {
+        EXPECT_EQ(TextOf(PlanAction(Slot(184), us, front)), copy) << copy;
+        EXPECT_EQ(TextOf(PlanAction(Slot(185), us, front)), paste) << paste;
+        EXPECT_EQ(TextOf(PlanAction(Slot(41), us, front)), "CTRL+MINUS");
+        EXPECT_EQ(TextOf(PlanAction(Slot(32, 0x08, kControlModifier), us, front)), "CTRL+C");
     }
 }
 

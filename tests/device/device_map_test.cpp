@@ -6,9 +6,7 @@ namespace drevix::test {
 namespace {
 
 TEST(DeviceMap, LinesThatMakeNoSense_AreToldAndLeftOut) {
-    static const struct {
-        const char *line, *problem;
-    } kRows[] = {
+    static const std::pair<const char *, const char *> kRows[] = {
         {"ringx axis=ABS_X", R"(unknown control "ringx")"},
         {"ringXYRest key=BTN_1", R"(unknown control "ringXYRest")"},
         {"ringX axis=ABS_FOO", R"(axis must be an axis such as ABS_X, not "ABS_FOO")"},
@@ -30,14 +28,14 @@ TEST(DeviceMap, LinesThatMakeNoSense_AreToldAndLeftOut) {
         {"device", "a device needs vendor=, product= or name="},
         {"device name=x", "this device has no controls"},
     };
-    for (const auto &row : kRows) {
+    for (const auto &[line, problem] : kRows) {
         std::vector<MapProblem> problems;
-        const auto maps = ParseDeviceMaps(
-            "device vendor=1 # one\r\nbuttonI key=BTN_0\n\n" + std::string(row.line), &problems);
-        ASSERT_EQ(problems.empty() ? "" : problems.front().text, row.problem);
-        EXPECT_EQ(problems.front().line, 4) << row.line;
-        ASSERT_EQ(maps.size(), 1U) << row.line;
-        EXPECT_EQ(maps.front().inputs.size(), 1U) << row.line;
+        const auto maps =
+            ParseDeviceMaps("device vendor=1 # one\r\nbuttonI key=BTN_0\n\n" + std::string(line), &problems);
+        ASSERT_EQ(problems.empty() ? "" : problems.front().text, problem);
+        EXPECT_EQ(problems.front().line, 4) << line;
+        ASSERT_EQ(maps.size(), 1U) << line;
+        EXPECT_EQ(maps.front().inputs.size(), 1U) << line;
     }
     std::vector<MapProblem> problems;
     EXPECT_TRUE(ParseDeviceMaps("ringX axis=ABS_X", &problems).empty());

@@ -33,11 +33,7 @@ TEST(FrontRecord, TheFirstRuleThatFindsOneDecides) {
         return found == entries.end() ? std::nullopt : std::optional(found->second);
     });
     EXPECT_EQ(asked.size(), 10U);
-    static const struct {
-        const char *what;
-        FrontWindow front;
-        const char *record;
-    } kRows[] = {
+    static const std::tuple<const char *, FrontWindow, const char *> kRows[] = {
         {"1, before an entry that names it", {"", "Kate", "", "", 0}, "kate"},
         {"1, the id of an entry", {"org.gnome.gedit.desktop", "", "", "", 0}, "org.gnome.gedit"},
         {"1, a Windows program", {"", "photoshop.EXE", "", "", 0}, "photoshop"},
@@ -54,9 +50,9 @@ TEST(FrontRecord, TheFirstRuleThatFindsOneDecides) {
         {"nothing fits", {"org.other", "Other", "other", "/usr/bin/other", 0}, ""},
         {"no window", {}, ""},
     };
-    for (const auto &row : kRows) {
-        const RecordNumber number = records.Find(row.front);
-        EXPECT_EQ(number == 0 ? "" : NameOf(*GetAppPrefs(base.get(), number)), row.record) << row.what;
+    for (const auto &[what, front, record] : kRows) {
+        const RecordNumber number = records.Find(front);
+        EXPECT_EQ(number == 0 ? "" : NameOf(*GetAppPrefs(base.get(), number)), record) << what;
     }
 }
 

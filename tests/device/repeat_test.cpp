@@ -9,12 +9,8 @@ using std::chrono::milliseconds;
 using std::chrono::nanoseconds;
 
 TEST(Repeat, Times_AreCountedFromThePress) {
-    static const struct {
-        std::uint16_t ticks;
-        int speed;
-        std::int64_t n, expected; // nanoseconds
-    } kRows[] = {
-        {6, 100, 1, 100'000'000},
+    static const std::tuple<std::uint16_t, int, std::int64_t, std::int64_t> kRows[] = {
+        {6, 100, 1, 100'000'000}, // nanoseconds
         {6, 100, 1'000'000, 100'000'000'000'000},
         {1, 100, 1, 16'666'666},
         {1, 100, 6'000'000, 100'000'000'000'000},
@@ -24,10 +20,10 @@ TEST(Repeat, Times_AreCountedFromThePress) {
         {6, 0, 1, 10'000'000'000}, // as 1
         {65535, 1, 600, 65'535'000'000'000'000},
     };
-    for (const auto &row : kRows) {
+    for (const auto &[ticks, speed, n, expected] : kRows) {
         const SteadyTime pressed{nanoseconds{12345}};
-        EXPECT_EQ((RepetitionTime(pressed, row.ticks, row.speed, row.n) - pressed).count(), row.expected)
-            << row.ticks << ' ' << row.speed << ' ' << row.n;
+        EXPECT_EQ((RepetitionTime(pressed, ticks, speed, n) - pressed).count(), expected)
+            << ticks << ' ' << speed << ' ' << n;
     }
 }
 
@@ -82,11 +78,7 @@ std::string Play(const std::string &words, Holding holding, int speed = 100) {
 }
 
 TEST(Repeat, HeldControls_BecomeDeeds) {
-    static const struct {
-        const char *what;
-        Holding holding;
-        const char *words, *deeds;
-    } kRows[] = {
+    static const std::tuple<const char *, Holding, const char *, const char *> kRows[] = {
         {"once", Holding::Once, "+1 ~5000 -1 *2", "act act*3"},
         {"repeats until it goes up", Holding::Repeats, "+1 ~250 -1 ~5000", "act act act"},
         {"two controls", Holding::Repeats, "+1 ~50 +2 ~60 -1 ~50 -2", "act act act act"},
@@ -102,8 +94,8 @@ TEST(Repeat, HeldControls_BecomeDeeds) {
         {"too short", Holding::LongPress, "+1 ~999 -1 ~5000", "act-nothing"},
         {"not even pressed", Holding::LongPress, "*1", "act-nothing"},
     };
-    for (const auto &row : kRows) {
-        EXPECT_EQ(Play(row.words, row.holding), row.deeds) << row.what;
+    for (const auto &[what, holding, words, deeds] : kRows) {
+        EXPECT_EQ(Play(words, holding), deeds) << what;
     }
     EXPECT_EQ(Play("+1 ~250 -1", Holding::Repeats, 200), "act act act act act act");
 }

@@ -143,9 +143,7 @@ TEST_F(Actions, Item_IsOpenedWhileItIsThere) {
 }
 
 TEST_F(Actions, GoByTheWindowInFront) {
-    static const struct {
-        const char *sent, *done, *told;
-    } kRows[] = {
+    static const std::tuple<const char *, const char *, const char *> kRows[] = {
         {"+18 -18", "close", "close the window"},
         {"7*3", "+29 up*3 -29", "scroll up with ctrl"},
         {"+19 -19", "", "nothing"},
@@ -159,9 +157,9 @@ TEST_F(Actions, GoByTheWindowInFront) {
         {"+16 -16 +0 -0", "+30 -30", "keys KEY_A"},
         {"front:off +18 -18", "", "nothing: the device is switched off here"},
     };
-    for (const auto &row : kRows) {
-        EXPECT_EQ(Play(row.sent), row.done) << row.sent;
-        EXPECT_EQ(fTold, row.told) << row.sent;
+    for (const auto &[sent, done, told] : kRows) {
+        EXPECT_EQ(Play(sent), done) << sent;
+        EXPECT_EQ(fTold, told) << sent;
     }
     EXPECT_TRUE(fSender.AreKeysUp());
 }

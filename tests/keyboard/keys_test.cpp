@@ -56,11 +56,7 @@ class Keys : public testing::Test {
 
 // The scan codes are typed into the product's table; here they come from the kernel's header.
 TEST_F(Keys, EachHasTheKernelsScanCodeAndItsName) {
-    static constexpr struct {
-        std::uint16_t scanCode;
-        std::uint8_t keyCode;
-        const char *name;
-    } kRows[] = {
+    static constexpr std::tuple<std::uint16_t, std::uint8_t, const char *> kRows[] = {
         // clang-format off
         {KEY_A, 0, "a"},              {KEY_102ND, 10, "<"},         {KEY_6, 22, "6"},
         {KEY_5, 23, "5"},             {KEY_ENTER, 36, "return"},    {KEY_TAB, 48, "tab"},
@@ -108,12 +104,7 @@ TEST_F(Keys, EachHasTheKernelsScanCodeAndItsName) {
 }
 
 TEST_F(Keys, CombinationNames_AreModifiersInOrderThenTheKey) {
-    static constexpr struct {
-        int keyCode, modifiers;
-        std::int16_t limit;
-        bool codes;
-        const char *text;
-    } kRows[] = {
+    static constexpr std::tuple<int, int, std::int16_t, bool, const char *> kRows[] = {
         {0, 0x0300, 255, false, "cmd+shift+a"},
         {36, 0x1400, 255, false, "caps+ctrl+return"},
         {65, 0x1F00, 255, false, "cmd+shift+caps+opt+ctrl+num+."},
@@ -126,8 +117,8 @@ TEST_F(Keys, CombinationNames_AreModifiersInOrderThenTheKey) {
         {0, 0x0400, 255, true, "a"}, // caps lock has no symbol
         {65, 0x0100, 2, true, "\1\5"},
     };
-    for (const auto &row : kRows) {
-        EXPECT_EQ(TextOf(CombinationName(row.keyCode, row.modifiers, row.limit, row.codes)), row.text);
+    for (const auto &[keyCode, modifiers, limit, codes, text] : kRows) {
+        EXPECT_EQ(TextOf(CombinationName(keyCode, modifiers, limit, codes)), text);
     }
     Str255 name{};
     for (const auto &[key, modifiers] : {std::pair<std::uint16_t, std::uint16_t>{0xFFFF, 0}, {0, 0xFFFF}}) {
@@ -165,23 +156,17 @@ TEST_F(Keys, Captions_AreThoseOfALinuxKeyboard) {
 }
 
 TEST_F(Keys, Limits_CutWordsButNotACharacter) {
-    static constexpr struct {
-        std::uint8_t character;
-        std::int16_t limit;
-        const char *name;
-    } kRows[] = {{'a', 0, "a"},  {33, 255, "!"}, {255, 255, "\xFF"}, {128, 0, "\x80"},
-                 {32, 3, "spa"}, {0, 0, "\\"},   {26, 2, "\\2"},     {2, 255, "\\2"}};
-    for (const auto &row : kRows) {
-        gAsciiTable[0] = row.character;
-        EXPECT_EQ(KeyName(0, row.limit), row.name);
+    static constexpr std::tuple<std::uint8_t, std::int16_t, const char *> kRows[] = {
+        {'a', 0, "a"},  {33, 255, "!"}, {255, 255, "\xFF"}, {128, 0, "\x80"},
+        {32, 3, "spa"}, {0, 0, "\\"},   {26, 2, "\\2"},     {2, 255, "\\2"}};
+    for (const auto &[character, limit, name] : kRows) {
+        gAsciiTable[0] = character;
+        EXPECT_EQ(KeyName(0, limit), name);
     }
 }
 
 TEST_F(Keys, Texts_AreReadAsPeopleWriteThem) {
-    static constexpr struct {
-        const char *text;
-        int keyCode, modifiers;
-    } kRows[] = {
+    static constexpr std::tuple<const char *, int, int> kRows[] = {
         {"cmd+shift+s", 1, 0x0300},
         {"SHIFT+Command+S", 1, 0x0300},
         {"control + alt + F5", 96, 0x1800},
@@ -209,8 +194,8 @@ TEST_F(Keys, Texts_AreReadAsPeopleWriteThem) {
           "\xFF", "?", "(none)", "ctrl+Delete", "enter", "num+backspace"}) {
         EXPECT_EQ(Parsed(text), std::nullopt) << text;
     }
-    for (const auto &row : kRows) {
-        EXPECT_EQ(Parsed(row.text), std::pair(row.keyCode, row.modifiers)) << row.text;
+    for (const auto &[text, keyCode, modifiers] : kRows) {
+        EXPECT_EQ(Parsed(text), std::pair(keyCode, modifiers)) << text;
     }
     EXPECT_EQ(FindAmbiguousKeyName("shift+Delete")->ours, "backspace");
     EXPECT_EQ(LabelledKeystrokeText(51, 0x0300), "cmd+shift+delete (backspace)");
@@ -251,10 +236,7 @@ TEST_F(Keys, Layouts_GiveWhatIsPrintedOnTheKeys) {
         12, 13, 14, 15, 17, 16, 32, 34, 31, 35, 33, 30, kNoKeyCode,             //
         0,  1,  2,  3,  5,  4,  38, 40, 37, 41, 39, 42, kNoKeyCode,             //
         10, 6,  7,  8,  9,  11, 45, 46, 43, 47, 44};
-    static constexpr struct {
-        const char *layout, *variant, *printed;
-        char decimal; // the keypad's
-    } kRows[] = {
+    static constexpr std::tuple<const char *, const char *, const char *, char> kRows[] = {
         {"fr", "", "`&\u00E9\"'(-\u00E8_\u00E7\u00E0)= azertyuiop^$ qsdfghjklm\u00F9* <wxcvbn,;:!", '.'},
         {"us", "dvorak", "`1234567890[] ',.pyfgcrl/= aoeuidhtns-\\ <;qjkxbmwvz", '.'},
         {"ru,de", "", "^1234567890\u00DF\u00B4 qwertzuiop\u00FC+ asdfghjkl\u00F6\u00E4# <yxcvbnm,.-", ','},
@@ -263,15 +245,15 @@ TEST_F(Keys, Layouts_GiveWhatIsPrintedOnTheKeys) {
         {"cz", "", ";+234567\u00E1\u00ED\u00E9=\u00B4 qwertzuiop\u00FA) asdfghjkl \u00A7\u00A8 \\yxcvbnm,.-",
          '.'},
     };
-    for (const auto &row : kRows) {
-        const KeyTable table = TableOf(row.layout, row.variant);
+    for (const auto &[layout, variant, wanted, decimal] : kRows) {
+        const KeyTable table = TableOf(layout, variant);
         std::string printed;
         for (const std::uint8_t keyCode : kRowsOfKeys) {
             const bool isNamed = keyCode != kNoKeyCode && table[keyCode] != 0;
             printed += isNamed ? Utf8FromMacRoman({&table[keyCode], 1}) : " ";
         }
-        EXPECT_EQ(printed, row.printed) << row.layout;
-        EXPECT_EQ(table[65], row.decimal) << row.layout;
+        EXPECT_EQ(printed, wanted) << layout;
+        EXPECT_EQ(table[65], decimal) << layout << ", on the keypad";
         EXPECT_EQ(table[87], '5') << "keypad digits are those of every layout";
     }
 }
@@ -279,10 +261,7 @@ TEST_F(Keys, Layouts_GiveWhatIsPrintedOnTheKeys) {
 // A character was found on the key that has it in the US layout, since Mac OS Roman lacks what is printed on
 // that key here. These are all the layouts of xkb-data 2.35 that had such keys, with one each.
 TEST_F(Keys, Characters_AreFoundOnTheKeysThatPrintThem) {
-    static constexpr struct {
-        const char *layout, *variant, *character;
-        int keyCode;
-    } kRows[] = {
+    static constexpr std::tuple<const char *, const char *, const char *, int> kRows[] = {
         // clang-format off
         {"cz", "", ";", 0x32},            {"cz", "bksl", ";", 0x32},         {"cz", "qwerty", ";", 0x32},
         {"cz", "qwerty_bksl", ";", 0x32}, {"in", "iipa", "j", 0x2C},         {"ba", "unicode", "z", 0x10},
@@ -293,9 +272,9 @@ TEST_F(Keys, Characters_AreFoundOnTheKeysThatPrintThem) {
         {"lk", "us", "d", 0x0C},
         // clang-format on
     };
-    for (const auto &row : kRows) {
-        gAsciiTable = TableOf(row.layout, row.variant);
-        EXPECT_EQ(Parsed(row.character), std::pair(row.keyCode, 0)) << row.layout << " " << row.variant;
+    for (const auto &[layout, variant, character, keyCode] : kRows) {
+        gAsciiTable = TableOf(layout, variant);
+        EXPECT_EQ(Parsed(character), std::pair(keyCode, 0)) << layout << " " << variant;
     }
 }
 
@@ -317,21 +296,6 @@ TEST_F(Keys, GetKeyboardInformation_FollowsTheEnvironment) {
         EXPECT_NE(KeyCaption(0x29), "\u016F");
     }
     ::unsetenv("XKB_DEFAULT_LAYOUT");
-}
-
-TEST(KeyboardFile, Lines_AreReadAsAShellReadsThem) {
-    const KeyboardLayoutNames names = ParseKeyboardFile("# XKBLAYOUT=\"no\"\n\n"
-                                                        "XKBMODEL=\"pc105\"\r\n"
-                                                        "  XKBLAYOUT='de,us' # two\n"
-                                                        "XKBLAYOUTS=x\n"
-                                                        "XKBOPTIONS=\n"
-                                                        "XKBVARIANT=nodeadkeys,  # unquoted");
-    EXPECT_EQ(names.model, "pc105");
-    EXPECT_EQ(names.layout, "de,us");
-    EXPECT_EQ(names.variant, "nodeadkeys,");
-    EXPECT_EQ(names.options, "");
-    EXPECT_EQ(ParseKeyboardFile("XKBLAYOUT=\"de").layout, "de");
-    EXPECT_EQ(ParseKeyboardFile("").layout, "");
 }
 
 } // namespace

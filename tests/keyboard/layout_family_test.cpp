@@ -32,9 +32,7 @@ std::vector<AppPrefs> RecordsIn(const FSRef &folder) {
 
 // Every keystroke with a letter types in each layout what it types in the US.
 TEST(LayoutFamilies, Letters_AreTypedAsInTheUnitedStates) {
-    static constexpr struct {
-        const char *layout, *variant, *folder;
-    } kRows[] = {
+    static constexpr std::tuple<const char *, const char *, const char *> kRows[] = {
         // clang-format off
         {"us", "", ""}, {"gb", "", ""}, {"es", "", ""}, {"ru", "", ""},
         {"de", "", "qwertz"}, {"ch", "", "qwertz"}, {"cz", "", "qwertz"}, {"fr", "", "azerty"}, {"be", "", "azerty"},
@@ -43,9 +41,9 @@ TEST(LayoutFamilies, Letters_AreTypedAsInTheUnitedStates) {
     };
     const FamilyTable us = FamilyTableOf("us");
     const std::vector<AppPrefs> byUs = RecordsIn(kResources);
-    for (const auto &row : kRows) {
-        const FamilyTable table = FamilyTableOf(row.layout, row.variant);
-        ASSERT_EQ(FamilyOfLayout(table).folder, row.folder) << row.layout << " " << row.variant;
+    for (const auto &[layout, variant, folder] : kRows) {
+        const FamilyTable table = FamilyTableOf(layout, variant);
+        ASSERT_EQ(FamilyOfLayout(table).folder, folder) << layout << " " << variant;
         const std::vector<AppPrefs> records = RecordsIn(FactoryFolder(kResources, FamilyOfLayout(table)));
         ASSERT_EQ(records.size(), byUs.size());
         for (std::size_t i = 0; i < records.size(); ++i) {
@@ -56,7 +54,7 @@ TEST(LayoutFamilies, Letters_AreTypedAsInTheUnitedStates) {
                 ASSERT_EQ(std::pair(here.command, here.modifiers), std::pair(there.command, there.modifiers));
                 if (there.command == kActionKeystroke && letter >= 'a' && letter <= 'z') {
                     EXPECT_EQ(static_cast<char>(table[here.keyCode & 0x7F]), letter)
-                        << row.layout << " " << row.variant << ", record " << i << ", " << control.key;
+                        << layout << " " << variant << ", record " << i << ", " << control.key;
                 }
             }
         }

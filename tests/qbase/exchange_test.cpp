@@ -41,33 +41,27 @@ TEST(Exchange, PublishedExample_IsWhatIsMade) {
 }
 
 TEST(Exchange, Import_PlacesTheRecordsAndSetsTheMode) {
-    struct Row {
-        int before;
-        std::int32_t position;
-        std::int16_t flags;
-        const char *order; // the lengths after the import; the new ones are 8 and 9
-        std::int16_t mode;
-    };
-    for (const Row &row :
+    using Row = std::tuple<int, std::int32_t, std::int16_t, const char *, int>;
+    for (const auto &[before, position, flags, lengths, mode] :
          {Row{5, 1, 0, "0891234", 0}, Row{5, 0, 7, "8901234", 0}, Row{5, 4, -1, "0123894", 0},
           Row{5, 5, 0, "0123489", 0}, Row{5, -1, 0, "0123489", 0}, Row{0, 0, 3, "89", 1}}) {
-        SCOPED_TRACE(row.order);
+        SCOPED_TRACE(lengths); // after the import; the new ones are 8 and 9
         const QBaseOwner base = NewFileBase();
         AddMadeRecords(base.get(), {0, 1, 2, 3, 4});
-        QBaseTruncate(base.get(), row.before);
+        QBaseTruncate(base.get(), before);
         QBaseSetSortMode(base.get(), 128);
         QBaseSetRecordsChanged(base.get(), false);
         const QBaseOwner source = NewFileBase();
         AddMadeRecords(source.get(), {8, 9});
-        EXPECT_EQ(QBasePutExchange(base.get(), Take(source.get()).get(), row.position, row.flags), 2);
+        EXPECT_EQ(QBasePutExchange(base.get(), Take(source.get()).get(), position, flags), 2);
         std::string order;
         for (RecordNumber i = 0; i < QBaseCountRecords(base.get()); ++i) {
             const int length = static_cast<int>(DataOf(base.get(), i).size());
             order += std::to_string(length);
-            EXPECT_EQ(QBaseGetRecordFlags(base.get(), i), length >= 8 ? row.flags : length);
+            EXPECT_EQ(QBaseGetRecordFlags(base.get(), i), length >= 8 ? flags : length);
         }
-        EXPECT_EQ(order, row.order);
-        EXPECT_EQ(QBaseGetSortMode(base.get()), row.mode);
+        EXPECT_EQ(order, lengths);
+        EXPECT_EQ(QBaseGetSortMode(base.get()), mode);
         EXPECT_TRUE(QBaseGetRecordsChanged(base.get()));
         EXPECT_TRUE(QBaseValidate(base.get()));
     }

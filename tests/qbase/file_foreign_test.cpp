@@ -49,12 +49,7 @@ OSErr Touch(void *bytes, std::int32_t count) {
 }
 
 TEST(BaseFile, FilesOfOurOtherWriter_AreReadWhateverTheirVersionAndOrder) {
-    const struct {
-        const char *make;
-        QBaseFlipFunction recordFlip, userFlip;
-        OSErr status;
-        bool changed;
-    } rows[] = {
+    const std::tuple<const char *, QBaseFlipFunction, QBaseFlipFunction, OSErr, bool> rows[] = {
         {"2 little 3,0,6,1 3,1,0,2 68656c6c6f", nullptr, nullptr, noErr, false},
         {"2 little '' '' -", nullptr, nullptr, noErr, false},
         {"2 big 3,0,6,1 3,1,0,2 68656c6c6f", Touch, Touch, noErr, false},
@@ -70,15 +65,15 @@ TEST(BaseFile, FilesOfOurOtherWriter_AreReadWhateverTheirVersionAndOrder) {
     };
     const ScratchFolder folder;
     const std::string path = folder.Path("made");
-    for (const auto &row : rows) {
-        SCOPED_TRACE(row.make);
-        Python("make " + path + " " + row.make);
-        const bool isRead = row.status == noErr;
+    for (const auto &[make, recordFlip, userFlip, status, changed] : rows) {
+        SCOPED_TRACE(make);
+        Python("make " + path + " " + make);
+        const bool isRead = status == noErr;
         const QBaseOwner base = isRead ? NewFileBase() : FullFileBase();
-        QBaseSetFlipProc(base.get(), row.recordFlip, row.userFlip);
+        QBaseSetFlipProc(base.get(), recordFlip, userFlip);
         const std::string before = State(base.get());
         const MemoryFile file(ReadWhole(path));
-        EXPECT_EQ(QBaseRead(base.get(), file.Ref(), true, true, true, isRead), row.status);
+        EXPECT_EQ(QBaseRead(base.get(), file.Ref(), true, true, true, isRead), status);
         if (!isRead) {
             EXPECT_EQ(State(base.get()), before);
             continue;
@@ -88,10 +83,10 @@ TEST(BaseFile, FilesOfOurOtherWriter_AreReadWhateverTheirVersionAndOrder) {
             dump.replace(block, 5, " -");
         }
         EXPECT_EQ(LinesAs(Contents(base.get()), dump), LinesAs(dump, Contents(base.get())));
-        EXPECT_EQ(QBaseGetRecordsChanged(base.get()), row.changed);
+        EXPECT_EQ(QBaseGetRecordsChanged(base.get()), changed);
         EXPECT_EQ(QBaseGetSortMode(base.get()), 0);
         const QBaseOwner again = NewFileBase();
-        QBaseSetFlipProc(again.get(), row.recordFlip, row.userFlip);
+        QBaseSetFlipProc(again.get(), recordFlip, userFlip);
         EXPECT_EQ(QBaseRead(again.get(), MemoryFile(FileOf(base.get())).Ref(), true, true, true, true),
                   noErr);
         EXPECT_EQ(Contents(again.get()), Contents(base.get()));

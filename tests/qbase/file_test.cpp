@@ -71,14 +71,8 @@ TEST(BaseFile, PartsWritten_AreThoseAskedForUnlessTheFileDoesNotMatch) {
         "write 40 at 81\nflush\n";
     constexpr std::string_view kRecords = "size 121\nwrite 28 at 0\nwrite 12 at 69\nwrite 40 at 81\nflush\n";
     constexpr std::string_view kUser = "write 36 at 28\nwrite 5 at 64\nflush\n";
-    struct Row {
-        const char *what;
-        bool user, records;
-        std::size_t changedByte; // of the file that is there
-        std::string_view log;
-    };
-    constexpr std::size_t kNone = 1000;
-    const Row rows[] = {
+    constexpr std::size_t kNone = 1000; // of the bytes of the file that is there is changed
+    const std::tuple<const char *, bool, bool, std::size_t, std::string_view> rows[] = {
         {"both", true, true, kNone, kWhole},       {"user part", true, false, kNone, kUser},
         {"records", false, true, kNone, kRecords}, {"neither", false, false, kNone, "flush\n"},
         {"magic", true, false, 0, kWhole},         {"type", false, true, 4, kWhole},
@@ -88,25 +82,25 @@ TEST(BaseFile, PartsWritten_AreThoseAskedForUnlessTheFileDoesNotMatch) {
     const QBaseOwner kept = FullFileBase();
     QBaseSetReadOnly(kept.get(), true);
     EXPECT_EQ(QBaseWrite(kept.get(), MemoryFile().Ref(), true, true), wrPermErr);
-    for (const Row &row : rows) {
-        SCOPED_TRACE(row.what);
+    for (const auto &[what, user, records, changedByte, log] : rows) {
+        SCOPED_TRACE(what);
         // The file is of a base with other records and user fields, but as long a user block.
         const QBaseOwner old = NewFileBase();
         AddMadeRecords(old.get(), {20, 30, 40});
         ASSERT_EQ(QBaseSetUserBlock(old.get(), "older", 5), noErr);
         std::string image = FileOf(old.get());
-        if (row.changedByte < image.size()) {
-            image[row.changedByte] ^= 1;
+        if (changedByte < image.size()) {
+            image[changedByte] ^= 1;
         }
         const MemoryFile file(image);
         const QBaseOwner base = FullFileBase();
         const LoggingDisk disk;
-        EXPECT_EQ(QBaseWrite(base.get(), file.Ref(), row.user, row.records), noErr);
-        EXPECT_EQ(disk.log, row.log);
-        EXPECT_EQ(QBaseGetRecordsChanged(base.get()), row.log != kWhole && row.log != kRecords);
-        EXPECT_EQ(QBaseGetUserFieldsChanged(base.get()), row.log != kWhole && row.log != kUser);
-        EXPECT_EQ(base->file.savedSortMode, row.log == kWhole ? 128 : 1) << "half of what it tells is there";
-        if (row.log == "flush\n") {
+        EXPECT_EQ(QBaseWrite(base.get(), file.Ref(), user, records), noErr);
+        EXPECT_EQ(disk.log, log);
+        EXPECT_EQ(QBaseGetRecordsChanged(base.get()), log != kWhole && log != kRecords);
+        EXPECT_EQ(QBaseGetUserFieldsChanged(base.get()), log != kWhole && log != kUser);
+        EXPECT_EQ(base->file.savedSortMode, log == kWhole ? 128 : 1) << "half of what it tells is there";
+        if (log == "flush\n") {
             EXPECT_EQ(file.Bytes(), image);
         } else {
             const QBaseOwner again = NewFileBase();

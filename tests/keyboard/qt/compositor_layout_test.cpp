@@ -116,11 +116,7 @@ TEST(CompositorLayout, Names_AreThoseOfTheCompositorsKeymapAndGroup) {
     std::string invented = german; // as on-screen keyboards number their keys
     constexpr std::string_view kEscape = "Escape ]";
     invented.replace(invented.find(kEscape), kEscape.size(), "a ]");
-    const struct {
-        const char *what;
-        Keyboard keyboard;
-        char printed; // on the key at the left end of the lower row of a US keyboard
-    } rows[] = {
+    const std::tuple<const char *, Keyboard, char> rows[] = {
         {"the first group where none is told", {german, {}}, 'y'},
         {"the first group", {german, 0}, 'y'},
         {"the second group", {german, 1}, 'z'},
@@ -133,18 +129,18 @@ TEST(CompositorLayout, Names_AreThoseOfTheCompositorsKeymapAndGroup) {
     const ScopedVariable display("DISPLAY", "");
     const ScopedVariable configured("XKB_DEFAULT_LAYOUT", "fr");
     constexpr std::uint8_t kLowerLeft = 6;
-    for (const auto &row : rows) {
+    for (const auto &[what, keyboard, printed] : rows) { // the latter on the key at the lower left
         const ScratchFolder folder;
         Compositor compositor(folder);
-        compositor.Serve(row.keyboard);
+        compositor.Serve(keyboard);
         GetKeyboardInformation();
-        EXPECT_EQ(GetKeyChar(kLowerLeft), row.printed) << row.what;
+        EXPECT_EQ(GetKeyChar(kLowerLeft), printed) << what;
         // Over the connection that the program's windows have: nothing changes where there is no keymap.
         wl_display *const connection = wl_display_connect(nullptr);
         gAsciiTable[kLowerLeft] = '?';
         const bool isRead = GetKeyboardInformationOver(connection);
-        EXPECT_EQ(GetKeyChar(kLowerLeft), isRead ? row.printed : '?') << row.what;
-        EXPECT_EQ(isRead, row.printed != 'w') << row.what;
+        EXPECT_EQ(GetKeyChar(kLowerLeft), isRead ? printed : '?') << what;
+        EXPECT_EQ(isRead, printed != 'w') << what;
         EXPECT_NE(wl_display_roundtrip(connection), -1);
         wl_display_disconnect(connection);
     }

@@ -50,20 +50,6 @@ TEST(Catalog, Indexes_CountEntriesWithoutCompanions) {
     EXPECT_EQ(seen, (Names{"._alone", "b", "config/"}));
 }
 
-TEST(Catalog, Root_IsItsOwnParentsChildAndUnknownFoldersHaveStatuses) {
-    CatalogInfo root = Ask(kRootFolder, -1);
-    ASSERT_EQ(PBGetCatInfoSync(&root), noErr);
-    EXPECT_EQ(root.ioDrParID, kRootParentFolder);
-    EXPECT_EQ(Text(root.ioName), "File System");
-    for (const std::int32_t id : {kRootParentFolder, std::int32_t{9999}}) {
-        CatalogInfo none = Ask(id, -1);
-        EXPECT_EQ(PBGetCatInfoSync(&none), dirNFErr) << id;
-    }
-    CatalogInfo unmounted = Ask(kRootFolder, -1);
-    unmounted.ioVRefNum = -29999;
-    EXPECT_EQ(PBGetCatInfoSync(&unmounted), nsvErr);
-}
-
 TEST(Catalog, Volumes_AreTheMountedFileSystems) {
     const ScratchFolder scratch;
     const std::string root = scratch.Path("a b\\c:d");
@@ -81,6 +67,10 @@ TEST(Catalog, Volumes_AreTheMountedFileSystems) {
         EXPECT_EQ(PBGetCatInfoSync(&itself), noErr);
         EXPECT_EQ(itself.ioDrParID, kRootParentFolder);
     }
+    CatalogInfo system = Ask(kRootFolder, -1);
+    EXPECT_EQ(PBGetCatInfoSync(&system), noErr);
+    EXPECT_EQ(system.ioDrParID, kRootParentFolder);
+    EXPECT_EQ(Text(system.ioName), "File System");
     if (isMounted) {
         EXPECT_EQ(::umount(root.c_str()), 0);
         VolumeInfo gone = {NumberOfVolume(root), {}, -1, {}};
@@ -132,22 +122,18 @@ TEST(Catalog, Kinds_AreTold) {
     fs::create_symlink("elf", scratch.Path("link"));
     ASSERT_EQ(::mkfifo(scratch.Path("pipe").c_str(), 0600), 0);
     const std::int32_t folder = FolderIdFromPath(scratch.Path());
-    struct Row {
-        std::string name;
-        const char *bytes; // null for what is there
-        OSType type;
-        mode_t mode = 0700;
-    };
-    for (const auto &[name, bytes, type, mode] : std::initializer_list<Row>{
-             {"elf", "\177ELF", kApplicationType},
-             {"script", "#!/bin/sh", kApplicationType},
-             {"a.desktop", "", kApplicationType},
-             {"data", "data", kUnknownType},
-             {"empty", "", kUnknownType},
-             {"plain", "#!", kUnknownType, 0600},
-             {"pipe", nullptr, kUnknownType},
-             {"config", nullptr, kUnknownType},
-             {"link", nullptr, kSymbolicLinkType},
+    // Of what is there, the bytes are null.
+    using Row = std::tuple<std::string, const char *, mode_t, OSType>;
+    for (const auto &[name, bytes, mode, type] : std::initializer_list<Row>{
+             {"elf", "\177ELF", 0700, kApplicationType},
+             {"script", "#!/bin/sh", 0700, kApplicationType},
+             {"a.desktop", "", 0700, kApplicationType},
+             {"data", "data", 0700, kUnknownType},
+             {"empty", "", 0700, kUnknownType},
+             {"plain", "#!", 0600, kUnknownType},
+             {"pipe", nullptr, 0, kUnknownType},
+             {"config", nullptr, 0, kUnknownType},
+             {"link", nullptr, 0, kSymbolicLinkType},
          }) {
         if (bytes != nullptr) {
             WriteWhole(scratch.Path(name), bytes);
@@ -175,7 +161,11 @@ TEST(Catalog, WhatCannotBe_HasItsStatus) {
     std::int16_t number = 0;
     std::int32_t id = 0;
     std::vector<Str63> names;
-    CatalogInfo info = Ask(FolderIdFromPath(scratch.Path("file")), -1);
+    const auto ask = [](std::int16_t volume, std::int32_t itsId) {
+        CatalogInfo info = Ask(itsId, -1);
+        info.ioVRefNum = volume;
+        return PBGetCatInfoSync(&info);
+    };
     ResourceFile resources;
     const std::vector<std::pair<OSErr, OSErr>> rows = {
         {FSPathMakeRef(zero, &ref), bdNamErr},
@@ -187,7 +177,9 @@ TEST(Catalog, WhatCannotBe_HasItsStatus) {
         {FSSpecFromRef({scratch.Path("file")}, &spec, &id), paramErr},
         {FSpCreate(bad, 0, 0, -1), bdNamErr},
         {FSpCreate(gone, 0, 0, -1), fnfErr},
+        {FSpCreate({kRootVolume, folder, Str63FromMacRoman("file")}, 0, 0, -1), dupFNErr},
         {FSpOpenDF(bad, fsRdPerm, &file), bdNamErr},
+        {FSpOpenDF(gone, fsRdPerm, &file), fnfErr},
         {FSpDirCreate(bad, -1, &id), bdNamErr},
         {FSpDelete(bad), bdNamErr},
         {FSpSetFInfo(bad, {}), bdNamErr},
@@ -197,7 +189,10 @@ TEST(Catalog, WhatCannotBe_HasItsStatus) {
         {FSpCreateResFile(bad, 0, 0, -1), bdNamErr},
         {FSpCreateResFile({kRootVolume, folder, Str63FromMacRoman("damaged")}, 0, 0, -1), dupFNErr},
         {resources.Open(bad, fsRdPerm), bdNamErr},
-        {PBGetCatInfoSync(&info), dirNFErr},
+        {ask(kRootVolume, FolderIdFromPath(scratch.Path("file"))), dirNFErr},
+        {ask(kRootVolume, kRootParentFolder), dirNFErr},
+        {ask(kRootVolume, 9999), dirNFErr},
+        {ask(-29999, kRootFolder), nsvErr},
         {ListFolder(-29999, folder, &names), nsvErr},
         {ListFolder(kRootVolume, 9999, &names), dirNFErr},
         {ListFolder(kRootVolume, gone.parID, &names), dirNFErr},

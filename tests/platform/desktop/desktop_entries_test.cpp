@@ -28,34 +28,30 @@ TEST_F(DesktopEntries, Names_FollowTheLanguage) {
                            "Name[de]=d\nName[de_AT]=at\nName[sr@latin]=sl\nName[sr_RS@latin]=srl\n"
                            "Name=plain\nName[fr]=\nName[sr]=s\nIcon=i\nBroken\n=x\n"
                            "[Desktop Action]\nName[de]=wrong\nName=wrong\nType=Link\n");
-    static const struct {
-        const char *locale, *name;
-    } kRows[] = {{"de_AT.UTF-8", "at"}, {"de_DE.UTF-8@euro", "d"},
-                 {"fr_FR", "plain"},    {"sr_RS.UTF-8@latin", "srl"},
-                 {"sr_ME@latin", "sl"}, {"sr_ME", "s"},
-                 {"", "plain"},         {"_._@_", "plain"}};
-    for (const auto &row : kRows) {
+    static const std::pair<const char *, const char *> kRows[] = {
+        {"de_AT.UTF-8", "at"}, {"de_DE.UTF-8@euro", "d"},
+        {"fr_FR", "plain"},    {"sr_RS.UTF-8@latin", "srl"},
+        {"sr_ME@latin", "sl"}, {"sr_ME", "s"},
+        {"", "plain"},         {"_._@_", "plain"}};
+    for (const auto &[locale, name] : kRows) {
         DesktopEntry entry;
-        ASSERT_EQ(ReadDesktopEntry(path, row.locale, &entry), noErr);
-        EXPECT_EQ(entry.name, row.name) << row.locale;
+        ASSERT_EQ(ReadDesktopEntry(path, locale, &entry), noErr);
+        EXPECT_EQ(entry.name, name) << locale;
     }
 }
 
 TEST_F(DesktopEntries, Files_AreReadOrRefused) {
-    static const struct {
-        const char *text;
-        OSErr status;
-        const char *name;
-    } kRows[] = {{"[Desktop Entry]\r\nType = Application\r\n Name\t=  A b \r\n", noErr, "A b"},
-                 {"[Desktop Entry]\nName=a\\sb\\\\n\\t\\q\\\nType=Application", noErr, "a b\\n\t\\q\\"},
-                 {"[Desktop Entry]\nType=Link\nName=x\n", -1, ""},
-                 {"[Desktop Entry]\nType=Application\nName=\n", -1, ""},
-                 {"[Desktop Entry", -1, ""},
-                 {"", -1, ""}};
-    for (const auto &row : kRows) {
+    static const std::tuple<const char *, OSErr, const char *> kRows[] = {
+        {"[Desktop Entry]\r\nType = Application\r\n Name\t=  A b \r\n", noErr, "A b"},
+        {"[Desktop Entry]\nName=a\\sb\\\\n\\t\\q\\\nType=Application", noErr, "a b\\n\t\\q\\"},
+        {"[Desktop Entry]\nType=Link\nName=x\n", -1, ""},
+        {"[Desktop Entry]\nType=Application\nName=\n", -1, ""},
+        {"[Desktop Entry", -1, ""},
+        {"", -1, ""}};
+    for (const auto &[text, status, name] : kRows) {
         DesktopEntry entry;
-        EXPECT_EQ(ReadDesktopEntry(Write("x.desktop", row.text), "de", &entry), row.status) << row.text;
-        EXPECT_EQ(entry.name, row.name);
+        EXPECT_EQ(ReadDesktopEntry(Write("x.desktop", text), "de", &entry), status) << text;
+        EXPECT_EQ(entry.name, name);
     }
     DesktopEntry entry;
     EXPECT_EQ(ReadDesktopEntry(fFolder.Path("none.desktop"), "", &entry), fnfErr);

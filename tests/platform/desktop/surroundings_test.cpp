@@ -17,21 +17,26 @@ TEST(FindResourceFolder, Folder_IsTheOneBesideTheProgramsFolder) {
     EXPECT_EQ(found.path, exists ? there : "");
 }
 
-TEST(ConfiguredKeyboardLayout, Environment_GoesBeforeTheFile) {
+TEST(ConfiguredKeyboardLayout, Environment_GoesBeforeTheFileWhichIsReadAsAShellReadsIt) {
     const ScratchFolder folder;
     const ExchangedFile disk("/etc/default/keyboard", folder.Path("keyboard"));
-    const ScopedVariable variant("XKB_DEFAULT_VARIANT", "nodeadkeys");
+    const ScopedVariable variant("XKB_DEFAULT_VARIANT", "bepo");
     const auto layout = [](const std::string &wanted) {
         const ScopedVariable variable("XKB_DEFAULT_LAYOUT", wanted);
         const KeyboardLayoutNames names = ConfiguredKeyboardLayout();
-        return names.layout + "|" + names.variant;
+        return names.model + "|" + names.layout + "|" + names.variant + "|" + names.options;
     };
-    EXPECT_EQ(layout(""), "us|");
-    WriteWhole(folder.Path("keyboard"), "XKBMODEL=pc105\n");
-    EXPECT_EQ(layout(""), "us|");
-    WriteWhole(folder.Path("keyboard"), "XKBLAYOUT=fr\nXKBVARIANT=bepo\n");
-    EXPECT_EQ(layout(""), "fr|bepo");
-    EXPECT_EQ(layout("de"), "de|nodeadkeys");
+    EXPECT_EQ(layout(""), "|us||");
+    for (const auto &[text, names] : {std::pair{"XKBMODEL=pc105\n", "|us||"},
+                                      {"XKBLAYOUT=\"de", "|de||"},
+                                      {"# XKBLAYOUT=\"no\"\n\nXKBMODEL=\"pc105\"\r\n"
+                                       "  XKBLAYOUT='de,us' # two\nXKBLAYOUTS=x\nXKBOPTIONS=\n"
+                                       "XKBVARIANT=nodeadkeys,  # unquoted",
+                                       "pc105|de,us|nodeadkeys,|"}}) {
+        WriteWhole(folder.Path("keyboard"), text);
+        EXPECT_EQ(layout(""), names);
+    }
+    EXPECT_EQ(layout("fr"), "|fr|bepo|");
 }
 
 } // namespace

@@ -13,31 +13,27 @@
 namespace drevix::test {
 namespace {
 
-FSSpec SpecOf(std::int32_t folder, std::string_view name) {
-    FSSpec spec = {kRootVolume, folder, {}};
-    spec.name[0] = static_cast<std::uint8_t>(name.size());
-    std::copy(name.begin(), name.end(), spec.name.begin() + 1);
-    return spec;
-}
-
 TEST(FindFolder, Preferences_FollowTheDesktopsRules) {
     ScratchFolder scratch;
     std::int16_t volume = 0;
     std::int32_t folder = 0;
-    EXPECT_EQ(FindFolder(kOnSystemDisk, kPreferencesFolderType, kDontCreateFolder, &volume, &folder), noErr);
-    EXPECT_EQ(PathFromSpec(SpecOf(folder, "x")), scratch.Preferences() + "/x");
+    const auto find = [&](FolderCreation creation, OSType type = kPreferencesFolderType) {
+        return FindFolder(kOnSystemDisk, type, creation, &volume, &folder);
+    };
+    const auto found = [&] { return PathFromSpec({kRootVolume, folder, {1, 'x'}}); };
+    EXPECT_EQ(find(kDontCreateFolder), noErr);
+    EXPECT_EQ(found(), scratch.Preferences() + "/x");
 
     ::setenv("XDG_CONFIG_HOME", "relative/is/ignored", 1);
-    EXPECT_EQ(FindFolder(kOnSystemDisk, kPreferencesFolderType, kDontCreateFolder, &volume, &folder), fnfErr);
-    EXPECT_EQ(FindFolder(kOnSystemDisk, kPreferencesFolderType, kCreateFolder, &volume, &folder), noErr);
-    EXPECT_EQ(PathFromSpec(SpecOf(folder, "x")), scratch.Path(".config/x"));
+    EXPECT_EQ(find(kDontCreateFolder), fnfErr);
+    EXPECT_EQ(find(kCreateFolder), noErr);
+    EXPECT_EQ(found(), scratch.Path(".config/x"));
 
     WriteWhole(scratch.Path("file"), "in the way");
     ::setenv("XDG_CONFIG_HOME", scratch.Path("file").c_str(), 1);
-    EXPECT_EQ(FindFolder(kOnSystemDisk, kPreferencesFolderType, kDontCreateFolder, &volume, &folder),
-              dirNFErr);
+    EXPECT_EQ(find(kDontCreateFolder), dirNFErr);
     EXPECT_EQ(FindFolder(1, kPreferencesFolderType, kDontCreateFolder, &volume, &folder), nsvErr);
-    EXPECT_EQ(FindFolder(kOnSystemDisk, FourCharCode("none"), kDontCreateFolder, &volume, &folder), fnfErr);
+    EXPECT_EQ(find(kDontCreateFolder, FourCharCode("none")), fnfErr);
 }
 
 TEST(StateFolder, IsTheUsersWhateverTheEnvironment) {
@@ -50,30 +46,12 @@ TEST(StateFolder, IsTheUsersWhateverTheEnvironment) {
     EXPECT_EQ(StateFolder(kDontCreateFolder, &folder), noErr);
     EXPECT_EQ(FolderOfPath("name"), ".");
     EXPECT_EQ(FolderOfPath("/name"), "/");
+    EXPECT_EQ(JoinPath("/", "name"), "/name");
     for (const char *home : {"relative", ""}) {
         ::setenv("HOME", home, 1);
         const struct passwd *user = ::getpwuid(::getuid());
         EXPECT_EQ(HomeFolder(), user == nullptr ? "" : user->pw_dir);
     }
-}
-
-TEST(FSSpec, Names_AreMacRomanWithTheOtherSystemsSeparator) {
-    ScratchFolder scratch;
-    const std::int32_t folder = FolderIdFromPath(scratch.Path());
-    EXPECT_EQ(FolderIdFromPath(scratch.Path()), folder);
-    EXPECT_EQ(PathFromSpec(SpecOf(folder, "\x8A/b")), scratch.Path("\u00E4:b"));
-    EXPECT_EQ(PathFromSpec(SpecOf(kRootFolder, "etc")), "/etc");
-    EXPECT_EQ(PathFromSpec(SpecOf(folder, "")), "");
-    EXPECT_EQ(PathFromSpec(SpecOf(9999, "x")), "");
-
-    const FSSpec spec = SpecOf(folder, "made");
-    FileRef file = 0;
-    EXPECT_EQ(FSpOpenDF(spec, fsRdPerm, &file), fnfErr);
-    EXPECT_EQ(FSpCreate(spec, 0, 0, -1), noErr);
-    EXPECT_EQ(FSpCreate(spec, 0, 0, -1), dupFNErr);
-    EXPECT_EQ(FSpOpenDF(spec, fsRdPerm, &file), noErr);
-    EXPECT_EQ(FSClose(file), noErr);
-    EXPECT_EQ(FSpOpenRF(spec, fsRdPerm, &file), fnfErr);
 }
 
 TEST(OpenFile, MarkAndEnd_BehaveAsOnThePlatform) {
@@ -161,10 +139,17 @@ TEST(OpenFile, WhatCannotBe_HasItsStatus) {
     EXPECT_EQ(CurrentDisk().WriteAt(-1, &byte, 1, 0), -1);
     EXPECT_EQ(FlushFolder("/proc"), noErr) << "a file system that flushes nothing";
     // More than fits in memory, but takes no room on the disk.
+    WriteWhole(scratch.Path("small"), "text");
     ASSERT_EQ(::truncate(scratch.Path("f").c_str(), std::int64_t{1} << 31), 0);
     std::string all;
     EXPECT_EQ(ReadWholeFile(scratch.Path("f"), &all), memFullErr);
-    EXPECT_EQ(ReadSharedFile(scratch.Path("f"), 100, &all), -1);
+    for (const auto &[name, most, expected] : {std::tuple{"f", 100, OSErr{-1}},
+                                               {"", 100, -1},
+                                               {"none", 100, fnfErr},
+                                               {"small", 4, noErr},
+                                               {"small", 3, -1}}) {
+        EXPECT_EQ(ReadSharedFile(scratch.Path(name), most, &all), expected) << name << most;
+    }
     EXPECT_EQ(ReadSharedFile(std::string("a\0b", 3), 100, &all), bdNamErr);
     FileUpdate update;
     EXPECT_EQ(update.Commit(), rfNumErr);

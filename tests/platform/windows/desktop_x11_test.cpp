@@ -112,18 +112,14 @@ class DesktopX11 : public testing::Test {
         const unsigned code = scanCode + 8U;
         return (keys->keys[code / 8] >> (code % 8) & 1) != 0;
     }
-    // The next message to the window manager.
-    [[nodiscard]] xcb_client_message_event_t Message() const {
-        xcb_client_message_event_t message{};
-        Within(5s, [&] {
-            const Freed<xcb_generic_event_t> event(xcb_poll_for_event(fManager.get()), &std::free);
-            if (event == nullptr || (event->response_type & 0x7F) != XCB_CLIENT_MESSAGE) {
-                return false;
-            }
-            std::memcpy(&message, event.get(), sizeof message);
-            return true;
+    // The next event of this kind; null where none comes.
+    [[nodiscard]] Freed<xcb_generic_event_t> Next(int kind) const {
+        Freed<xcb_generic_event_t> event(nullptr, &std::free);
+        const bool came = Within(5s, [&] {
+            event.reset(xcb_poll_for_event(fManager.get()));
+            return event != nullptr && (event->response_type & 0x7F) == kind;
         });
-        return message;
+        return came ? std::move(event) : Freed<xcb_generic_event_t>(nullptr, &std::free);
     }
 
     pid_t fServer = 0;
@@ -203,36 +199,22 @@ TEST_F(DesktopX11, Layout_IsAskedForAgainWhenKeysGetOtherCharacters) {
     EXPECT_TRUE(Within(5s, [&] { return fDesktop->Take() && fDesktop->LayoutChanges() > typed; }));
 }
 
-TEST_F(DesktopX11, Wheel_TurnsInWhatIsUnderThePointer) {
-    const xcb_window_t window = Window("a", "A");
-    const std::uint32_t everywhere[] = {4000, 4000};
-    xcb_configure_window(fManager.get(), window, XCB_CONFIG_WINDOW_WIDTH | XCB_CONFIG_WINDOW_HEIGHT,
-                         everywhere);
+TEST_F(DesktopX11, Wheel_TurnsAreButtonsOfEachDirection) {
     const std::uint32_t buttons = XCB_EVENT_MASK_BUTTON_PRESS;
-    xcb_change_window_attributes(fManager.get(), window, XCB_CW_EVENT_MASK, &buttons);
-    xcb_map_window(fManager.get(), window);
+    xcb_change_window_attributes(fManager.get(), fRoot, XCB_CW_EVENT_MASK, &buttons);
     EXPECT_FALSE(IsDown(kKeyA)); // the server has come so far
     using enum ScrollDirection;
     ASSERT_TRUE(fDesktop->Scroll(Up, 2) && fDesktop->Scroll(Down, 1) && fDesktop->Scroll(Left, 1) &&
                 fDesktop->Scroll(Right, 1) && fDesktop->Flush());
-    std::vector<int> turned;
-    Within(5s, [&] {
-        const Freed<xcb_generic_event_t> event(xcb_poll_for_event(fManager.get()), &std::free);
-        if (event != nullptr && (event->response_type & 0x7F) == XCB_BUTTON_PRESS) {
-            turned.push_back(reinterpret_cast<const xcb_button_press_event_t *>(event.get())->detail);
-        }
-        return turned.size() >= 5;
-    });
-    EXPECT_EQ(turned, (std::vector<int>{4, 4, 5, 6, 7}));
+    for (const int button : {4, 4, 5, 6, 7}) {
+        const auto press = Next(XCB_BUTTON_PRESS);
+        ASSERT_NE(press, nullptr) << button;
+        EXPECT_EQ(reinterpret_cast<const xcb_button_press_event_t *>(press.get())->detail, button);
+    }
 }
 
 TEST_F(DesktopX11, Requests_GoToTheWindowManager) {
-    const struct {
-        WindowRequest request;
-        const char *needed, *message;
-        bool isToWindow;
-        std::uint32_t first;
-    } rows[] = {
+    const std::tuple<WindowRequest, const char *, const char *, bool, std::uint32_t> rows[] = {
         {WindowRequest::Close, "_NET_CLOSE_WINDOW", "_NET_CLOSE_WINDOW", true, XCB_CURRENT_TIME},
         {WindowRequest::Minimize, "_NET_ACTIVE_WINDOW", "WM_CHANGE_STATE", true, 3},
         {WindowRequest::FullScreen, "_NET_WM_STATE_FULLSCREEN", "_NET_WM_STATE", true, 2},
@@ -241,17 +223,17 @@ TEST_F(DesktopX11, Requests_GoToTheWindowManager) {
     const xcb_window_t window = Window("a", "A");
     Activate(window);
     ASSERT_TRUE(IsFront("A"));
-    for (const auto &row : rows) {
-        EXPECT_FALSE(fDesktop->Ask(row.request)) << row.message << " although nothing is supported";
-    }
-    for (const auto &row : rows) {
-        Support({Atom("UTF8_STRING"), Atom(row.needed)});
-        ASSERT_TRUE(Within(5s, [&] { return fDesktop->Ask(row.request); })) << row.message;
+    for (const auto &[request, needed, name, isToWindow, first] : rows) {
+        EXPECT_FALSE(fDesktop->Ask(request)) << name << " although this is not supported";
+        Support({Atom("UTF8_STRING"), Atom(needed)});
+        ASSERT_TRUE(Within(5s, [&, asked = request] { return fDesktop->Ask(asked); })) << name;
         ASSERT_TRUE(fDesktop->Flush());
-        const xcb_client_message_event_t message = Message();
-        EXPECT_EQ(message.type, Atom(row.message));
-        EXPECT_EQ(message.window, row.isToWindow ? window : fRoot) << row.message;
-        EXPECT_EQ(message.data.data32[0], row.first) << row.message;
+        const auto event = Next(XCB_CLIENT_MESSAGE);
+        ASSERT_NE(event, nullptr) << name;
+        const auto &message = *reinterpret_cast<const xcb_client_message_event_t *>(event.get());
+        EXPECT_EQ(message.type, Atom(name));
+        EXPECT_EQ(message.window, isToWindow ? window : fRoot) << name;
+        EXPECT_EQ(message.data.data32[0], first) << name;
     }
     EXPECT_FALSE(fDesktop->Ask(WindowRequest::ShowAllWindows));
 }

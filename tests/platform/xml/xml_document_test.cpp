@@ -1,4 +1,3 @@
-#include "platform/files/shared_file.h"
 #include "platform/xml/xml_document.h"
 #include "tests/support/testing.h"
 
@@ -8,11 +7,7 @@ namespace {
 // Companion files try the reading of damaged and hostile documents; this is what they do not have.
 TEST(XmlDocument, Text_IsStableWhateverItsBlanks) {
     constexpr std::string_view kHead = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
-    struct Row {
-        std::string_view read;
-        std::string_view written;
-    };
-    for (const Row &row : std::initializer_list<Row>{
+    for (const auto &[read, written] : std::initializer_list<std::pair<std::string_view, std::string_view>>{
              {"<a/>", "<a/>\n"},
              {"<a x=y/>", ""}, // an attribute without quotes
              {"<a>&</a>", ""},
@@ -29,13 +24,13 @@ TEST(XmlDocument, Text_IsStableWhateverItsBlanks) {
              {"<a><b/><![CDATA[]]></a>", "<a>\n    <b/>\n</a>\n"}, // an empty section is no text
          }) {
         XmlDocument document;
-        const OSErr status = ParseXmlDocument(row.read, XmlReading::Strict, &document);
-        ASSERT_EQ(status, row.written.empty() ? -1 : noErr) << row.read;
+        const OSErr status = ParseXmlDocument(read, XmlReading::Strict, &document);
+        ASSERT_EQ(status, written.empty() ? -1 : noErr) << read;
         if (status != noErr) {
             continue;
         }
         const std::string text = XmlDocumentText(document.root);
-        EXPECT_EQ(text, std::string(kHead).append(row.written));
+        EXPECT_EQ(text, std::string(kHead).append(written));
         ASSERT_EQ(ParseXmlDocument(text, XmlReading::Strict, &document), noErr);
         EXPECT_EQ(XmlDocumentText(document.root), text);
     }
@@ -117,15 +112,6 @@ TEST(XmlDocument, Bounds_HoldToTheLastOne) {
         EXPECT_EQ(document.root.attributes.size(), kXmlMaxAttributes); // as it was
         EXPECT_EQ(ParseXmlDocument(std::string(kXmlMaxBytes + 1, ' '), reading, &document), -1);
     }
-    const test::ScratchFolder folder;
-    std::string bytes;
-    test::WriteWhole(folder.Path("x"), std::string(kXmlMaxBytes, ' '));
-    EXPECT_EQ(ReadSharedFile(folder.Path("x"), kXmlMaxBytes, &bytes), noErr);
-    EXPECT_EQ(bytes.size(), kXmlMaxBytes);
-    test::WriteWhole(folder.Path("x"), std::string(kXmlMaxBytes + 1, ' '));
-    EXPECT_EQ(ReadSharedFile(folder.Path("x"), kXmlMaxBytes, &bytes), -1);
-    EXPECT_EQ(ReadSharedFile(folder.Path(), kXmlMaxBytes, &bytes), -1);
-    EXPECT_EQ(ReadSharedFile(folder.Path("none"), kXmlMaxBytes, &bytes), fnfErr);
 }
 
 } // namespace

@@ -60,23 +60,19 @@ TEST_F(AliasFile, KindsOfItem_GiveTypeAndCreator) {
 
 TEST_F(AliasFile, Volumes_AreDisksOrServersWithTheBuiltInIcon) {
     fs::create_directory(fScratch.Path("disk"));
-    struct Row {
-        const char *fileSystem, *type;
-        std::int16_t kind;
-    };
-    for (const Row &row : std::initializer_list<Row>{
+    for (const auto &[fileSystem, type, wanted] :
+         std::initializer_list<std::tuple<const char *, const char *, std::int16_t>>{
              {"ext4", "hdskMACS", kLocalDisk},
              {"vfat", "hdskMACS", kForeignDisk},
              {"nfs4", "srvrMACS", kServerDisk},
              {"fuse.sshfs", "srvrMACS", kServerDisk},
          }) {
-        const PretendDisk disk(fScratch, fScratch.Path("disk"), row.fileSystem);
+        const PretendDisk disk(fScratch, fScratch.Path("disk"), fileSystem);
         std::int16_t kind = -1;
         EXPECT_EQ(GetDiskType(Spec("/media/Data").vRefNum, &kind), noErr);
-        EXPECT_EQ(kind, row.kind) << row.fileSystem;
+        EXPECT_EQ(kind, wanted) << fileSystem;
         const Made made = MakeAlias("/media/Data");
-        EXPECT_EQ(SignatureText(made.info.fdType) + SignatureText(made.info.fdCreator), row.type)
-            << row.fileSystem;
+        EXPECT_EQ(SignatureText(made.info.fdType) + SignatureText(made.info.fdCreator), type) << fileSystem;
         EXPECT_EQ(made.info.fdFlags, 0x8400);
         ASSERT_EQ(made.resources.size(), 2U);
         std::uint32_t crc = 0; // that of the published picture
@@ -108,24 +104,19 @@ TEST_F(AliasFile, CustomIcons_AreTakenWhereTheBitSaysSo) {
     SetFInfo(damaged, {kUnknownType, kUnknownType, kHasCustomIcon});
     ASSERT_EQ(WriteAppleDouble(fScratch.Path("damaged"), damaged), noErr);
 
-    struct Row {
-        const char *item;
-        std::vector<OSType> types;
-    };
-    for (const Row &row : std::initializer_list<Row>{
+    for (const auto &[item, types] : std::initializer_list<std::pair<const char *, std::vector<OSType>>>{
              {"pictured", {kLarge, kSmall}}, // in the order of the table
              {"without bit", {}},
              {"damaged", {}},
              {"folder", {kLarge}},
          }) {
-        const Made made = MakeAlias(fScratch.Path(row.item), row.item);
+        const Made made = MakeAlias(fScratch.Path(item), item);
         EXPECT_EQ(made.status, noErr);
-        EXPECT_EQ(made.info.fdFlags, row.types.empty() ? 0x8000 : 0x8400) << row.item;
-        ASSERT_EQ(made.resources.size(), 1 + row.types.size()) << row.item;
-        for (std::size_t i = 0; i < row.types.size(); ++i) {
-            EXPECT_EQ(made.resources[i + 1].type, row.types[i]) << row.item;
-            EXPECT_TRUE(made.resources[i + 1].data.starts_with(SignatureText(row.types[i]) + " of "))
-                << row.item;
+        EXPECT_EQ(made.info.fdFlags, types.empty() ? 0x8000 : 0x8400) << item;
+        ASSERT_EQ(made.resources.size(), 1 + types.size()) << item;
+        for (std::size_t i = 0; i < types.size(); ++i) {
+            EXPECT_EQ(made.resources[i + 1].type, types[i]) << item;
+            EXPECT_TRUE(made.resources[i + 1].data.starts_with(SignatureText(types[i]) + " of ")) << item;
         }
     }
     // A volume's own icon stands in the place of the built-in one.

@@ -354,14 +354,9 @@ TEST_F(Items, References_OfMissingItems_AreMadeWhereAllowed) {
     EXPECT_EQ(GetFSSpecFromNSString("/", nullptr, MissingItem::Refused), paramErr);
     EXPECT_EQ(GetFSSpecFromNSString(nullptr, &spec, MissingItem::Refused), paramErr);
     EXPECT_EQ(DrevixGetCatInfo(Spec(fScratch.Path("folder")), 0, nullptr, nullptr), noErr);
-    struct Row {
-        std::string path;
-        MissingItem missing;
-        OSErr status;
-        std::string madeFor; // empty: the specification stays
-    };
     const std::string longName(70, 'n');
-    for (const Row &row : std::initializer_list<Row>{
+    for (const auto &[path, missing, status, madeFor] :
+         std::initializer_list<std::tuple<std::string, MissingItem, OSErr, std::string>>{
              {"folder/new", MissingItem::Allowed, fnfErr, "folder/new"},
              {"folder/new", MissingItem::Refused, fnfErr, ""},
              {"folder/\u5199", MissingItem::Allowed, ioErr, ""},
@@ -369,10 +364,9 @@ TEST_F(Items, References_OfMissingItems_AreMadeWhereAllowed) {
              {"folder/file/new", MissingItem::Allowed, dirNFErr, ""},
          }) {
         spec = {};
-        EXPECT_EQ(GetFSSpecFromNSString(fScratch.Path(row.path).c_str(), &spec, row.missing), row.status)
-            << row.path;
-        EXPECT_EQ(PathFromSpec(spec), row.madeFor.empty() ? "" : fScratch.Path(row.madeFor)) << row.path;
-        EXPECT_LT(spec.name[0], spec.name.size()) << row.path;
+        EXPECT_EQ(GetFSSpecFromNSString(fScratch.Path(path).c_str(), &spec, missing), status) << path;
+        EXPECT_EQ(PathFromSpec(spec), madeFor.empty() ? "" : fScratch.Path(madeFor)) << path;
+        EXPECT_LT(spec.name[0], spec.name.size()) << path;
     }
 }
 
