@@ -122,6 +122,12 @@ TEST_F(Saving, FailedSave_CanBeTriedAgainAndClosingAsks) {
                  {"Retry", true, true, true, false},
                  {"Export All…", true, true, false, true},
                  {"Discard", true, false, false, false}};
+    {
+        const FullDisk full;
+        fPane->willUnselect();
+    }
+    fPane->didSelect();
+    EXPECT_EQ(SaveOffer(), u"Retry"_s) << "though nothing differs";
     for (const auto &row : kRows) {
         auto full = std::make_unique<FullDisk>();
         Edit();
