@@ -62,16 +62,22 @@ inline AppPrefs MakeFullRecord(OSType application, std::string_view name,
 class Opened {
   public:
     Opened() {
-        for (const QString &scheme : {u"https"_s, u"file"_s}) {
+        for (const QString &scheme : kSchemes) {
             QDesktopServices::setUrlHandler(scheme, &fTaker, "anchorClicked");
         }
         QObject::connect(&fTaker, &QTextBrowser::anchorClicked,
                          [this](const QUrl &address) { addresses += address.toString(); });
     }
+    ~Opened() {
+        for (const QString &scheme : kSchemes) {
+            QDesktopServices::unsetUrlHandler(scheme);
+        }
+    }
     QStringList addresses;
 
   private:
-    QTextBrowser fTaker; // for its signal that has an address; its end takes the handlers off
+    static inline const QStringList kSchemes = {u"https"_s, u"file"_s};
+    QTextBrowser fTaker; // for its signal that has an address
 };
 
 // The applications of a desktop that has those that are added here, while it lives.
