@@ -1,15 +1,11 @@
 // The panel for everybody: with the keyboard alone, with assistive technology, in another language.
+#include "keyboard/key_captions.h"
 #include "pane/elided_label.h"
-#include "platform/base/status.h"
 #include "tests/pane/panel.h"
 
 #include <QAccessible>
 #include <QFile>
-#include <QLabel>
-#include <QMap>
 #include <QRegularExpression>
-#include <QSet>
-#include <QStackedWidget>
 #include <QTranslator>
 #include <QXmlStreamReader>
 
@@ -283,6 +279,9 @@ TEST(Translations, German_IsComplete) {
     }
     for (int status = -2000; status <= 0; ++status) {
         expectKnown(StatusText(static_cast<OSErr>(status)));
+    }
+    for (const std::string_view word : CaptionWords()) {
+        EXPECT_TRUE(texts["Keys"].contains(TextOf(word))) << word;
     }
 }
 

@@ -12,7 +12,7 @@ namespace {
 
 // The round buttons of the drawing, in its units: index in kPictureSlots, middle, radius.
 constexpr struct {
-    int index;
+    std::size_t index;
     QPointF middle;
     qreal radius;
 } kDrawnButtons[] = {{13, {48, 222}, 21},
@@ -42,26 +42,21 @@ qreal Distance(const QPointF &point, const QLineF &line) {
     return QLineF(point, line.pointAt(std::clamp(share, 0.0, 1.0))).length();
 }
 
-void ExpectClearOfButtons(const StageLayout &layout, int index) {
-    const qreal scale = layout.picture.width() / ControlMap::kSide;
-    for (const auto &button : kDrawnButtons) {
-        for (const QLineF &line : LinesOf(layout.callouts[static_cast<std::size_t>(index)])) {
-            EXPECT_TRUE(button.index == index || Distance(layout.picture.topLeft() + button.middle * scale,
-                                                          line) > button.radius * scale)
-                << index << " passes over " << button.index;
-        }
-    }
-}
-
 void ExpectGood(const StageLayout &layout, const QSizeF &stage) {
     const QRectF whole({0, 0}, stage);
+    const qreal scale = layout.picture.width() / ControlMap::kSide;
     EXPECT_TRUE(whole.contains(layout.picture));
     for (std::size_t i = 0; i < kCallouts; ++i) {
         const Callout &callout = layout.callouts[i];
         EXPECT_TRUE(whole.contains(callout.frame)) << i;
         EXPECT_GE(callout.frame.height(), 24) << "a target";
         EXPECT_TRUE(layout.picture.contains(callout.leader[2])) << i;
-        ExpectClearOfButtons(layout, static_cast<int>(i));
+        for (const auto &[index, middle, radius] : kDrawnButtons) {
+            for (const QLineF &line : LinesOf(callout)) {
+                const qreal distance = Distance(layout.picture.topLeft() + middle * scale, line);
+                EXPECT_TRUE(index == i || distance > radius * scale) << i << " passes over " << index;
+            }
+        }
         for (std::size_t j = 0; j < i; ++j) {
             EXPECT_FALSE(callout.frame.intersects(layout.callouts[j].frame)) << i << " and " << j;
             EXPECT_FALSE(Cross(callout, layout.callouts[j])) << i << " and " << j;

@@ -2,73 +2,27 @@
 #include "tests/pane/panel.h"
 
 #include <QClipboard>
-#include <QDesktopServices>
-#include <QLineEdit>
-#include <QMimeData>
 #include <QScrollArea>
-#include <QSettings>
-#include <QStandardPaths>
 
 namespace drevix::test {
 namespace {
 
-constexpr int kAddCommand = 9; // places from the end of the list
-
-// Stands in for the program that shows PDF documents.
-class PdfProgram : public QObject {
-    Q_OBJECT
-
-  public:
-    PdfProgram() { QDesktopServices::setUrlHandler(u"file"_s, this, "Take"); }
-    ~PdfProgram() override { QDesktopServices::unsetUrlHandler(u"file"_s); }
-    Q_INVOKABLE void Take(const QUrl &address) { shown += address.toLocalFile(); }
-
-    QStringList shown;
-};
-
 class Dialogs : public PanelTest {
   protected:
     Dialogs() {
-        QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, TextOf(fFolder.Path()));
-        std::filesystem::create_directories(fFolder.Path("data/applications"));
-        for (const char *name : {"beta", "peach"}) {
-            WriteWhole(fFolder.Path("data/applications/") + name + ".desktop",
-                       "[Desktop Entry]\nType=Application\nExec=x\nName=" + std::string(name) + "\n");
-        }
-        qputenv("XDG_DATA_HOME", QByteArray::fromStdString(fFolder.Path("data")));
-        qputenv("XDG_DATA_DIRS", "/nowhere");
-        QStandardPaths::setTestModeEnabled(true);
-    }
-    ~Dialogs() override {
-        QStandardPaths::setTestModeEnabled(false);
-        qunsetenv("XDG_DATA_HOME");
-        qunsetenv("XDG_DATA_DIRS");
+        fInstalled.Add("beta.desktop", "beta");
+        fInstalled.Add("peach.desktop", "peach");
     }
     static bool CanPress(const QDialog *dialog, const QString &title) {
-        for (const auto *button : dialog->findChildren<QAbstractButton *>()) {
-            if (button->text().remove(u'&') == title) {
-                return button->isVisible() && button->isEnabled();
-            }
-        }
-        return false;
+        const QAbstractButton *button = ButtonOf(dialog, title);
+        return button != nullptr && button->isEnabled();
     }
     static void Select(const QDialog *chooser, const QString &name) {
         QTest::keyClicks(chooser->findChild<QLineEdit *>(), name);
         EXPECT_EQ(chooser->findChild<QListView *>()->currentIndex().data().toString(), name);
     }
-    static void EnterName(QDialog *panel, const QString &path) {
-        auto *const field = panel->findChild<QLineEdit *>(u"fileNameEdit"_s);
-        field->setText(path);
-        Press(panel, u"Save"_s);
-    }
-    static QLabel *ProblemOf(const QDialog *overview) {
-        for (auto *label : overview->findChildren<QLabel *>(Qt::FindDirectChildrenOnly)) {
-            if (label->isVisible()) {
-                return label;
-            }
-        }
-        return nullptr;
-    }
+
+    const InstalledApplications fInstalled{fFolder};
 };
 
 TEST_F(Dialogs, ShowSettings_GoesToTheRecordThatIsThere) {
@@ -82,7 +36,7 @@ TEST_F(Dialogs, ShowSettings_GoesToTheRecordThatIsThere) {
         Press(chooser, u"Show Settings"_s);
     });
     Edit(); // which is stored, as with every choice in the list
-    ASSERT_TRUE(ChooseCommand(kAddCommand));
+    ASSERT_TRUE(ChooseCommand(kAdd));
     EXPECT_EQ(FoldedName(fPane->WorkingCopy()), "beta");
     EXPECT_EQ(Targets()->currentText(), u"beta"_s);
     EXPECT_EQ(Titles().size(), before.size()) << "nothing is added";
@@ -128,46 +82,55 @@ TEST_F(Dialogs, Duplicate_IsTheRecordUnderAnotherName) {
 }
 
 TEST_F(Dialogs, Overview_IsCopiedKeptAndPrinted) {
-    PdfProgram viewer;
+    Opened inViewer;
     const std::string path = fFolder.Path("sheet.pdf");
     AnswerNext([&](QDialog *overview) {
         const auto pages = [overview] {
-            return overview->findChild<QScrollArea *>()
-                ->widget()
-                ->findChildren<QWidget *>(Qt::FindDirectChildrenOnly)
-                .size();
+            QStringList names;
+            const QWidget *paper = overview->findChild<QScrollArea *>()->widget();
+            for (const auto *page : paper->findChildren<QWidget *>(Qt::FindDirectChildrenOnly)) {
+                names += page->accessibleName();
+            }
+            return names.join(u' ');
         };
-        EXPECT_EQ(pages(), 1);
+        EXPECT_EQ(pages(), u"Global Settings"_s);
         EXPECT_LE(overview->width(), 1024);
         Press(overview, u"Copy"_s);
         const QMimeData *copied = QGuiApplication::clipboard()->mimeData();
         EXPECT_TRUE(copied->hasImage());
-        EXPECT_TRUE(copied->text().contains(u"Button II: "_s)) << copied->text();
+        EXPECT_TRUE(copied->text().contains(u"Button II: "_s + KeyText(Slot(19)) + u'\n')) << copied->text();
 
         Press(overview, u"All applications"_s);
         QCoreApplication::processEvents();
-        EXPECT_EQ(pages(), 4);
+        EXPECT_EQ(pages(), u"Global Settings photo Alpha beta"_s);
         Press(overview, u"Copy"_s);
         EXPECT_FALSE(QGuiApplication::clipboard()->mimeData()->hasImage()) << "no picture of four";
         EXPECT_TRUE(QGuiApplication::clipboard()->text().contains(u"Alpha"_s));
 
-        AnswerNext([&](QDialog *panel) { EnterName(panel, TextOf(path)); });
-        Press(overview, u"Save as PDF…"_s);
-        EXPECT_EQ(ReadWhole(path).substr(0, 5), "%PDF-");
-        EXPECT_EQ(ProblemOf(overview), nullptr);
+        const auto *problem = overview->findChild<QLabel *>(QString(), Qt::FindDirectChildrenOnly);
+        for (const auto &[territory, width] : // of the paper that is used there
+             {std::pair{QLocale::Germany, "[0 0 842"}, {QLocale::UnitedStates, "[0 0 792"}}) {
+            QLocale::setDefault(QLocale(QLocale::English, territory));
+            fs::remove(path);
+            AnswerNext([&](QDialog *panel) { EnterPath(panel, TextOf(path), u"Save"_s); });
+            Press(overview, u"Save as PDF…"_s);
+            const auto sheets = QByteArray::fromStdString(ReadWhole(path));
+            EXPECT_TRUE(sheets.startsWith("%PDF-") && sheets.contains("/Count 4") && sheets.contains(width))
+                << width;
+            EXPECT_FALSE(problem->isVisible());
+        }
+        QLocale::setDefault(QLocale::c());
 
         Press(overview, u"Print…"_s);
-        ASSERT_EQ(viewer.shown.size(), 1);
-        EXPECT_EQ(ReadWhole(viewer.shown[0].toStdString()).substr(0, 5), "%PDF-");
-        EXPECT_EQ(std::filesystem::status(viewer.shown[0].toStdString()).permissions(),
-                  std::filesystem::perms::owner_read | std::filesystem::perms::owner_write)
+        ASSERT_EQ(inViewer.addresses.size(), 1);
+        const std::string printed = QUrl(inViewer.addresses[0]).toLocalFile().toStdString();
+        EXPECT_TRUE(ReadWhole(printed).starts_with("%PDF-"));
+        EXPECT_EQ(fs::status(printed).permissions(), fs::perms::owner_read | fs::perms::owner_write)
             << "what one does is nobody else's concern";
 
-        // What cannot be written is told,.
-        AnswerNext([](QDialog *panel) { EnterName(panel, u"/proc/sheet.pdf"_s); });
+        AnswerNext([](QDialog *panel) { EnterPath(panel, u"/proc/sheet.pdf"_s, u"Save"_s); });
         Press(overview, u"Save as PDF…"_s);
-        ASSERT_NE(ProblemOf(overview), nullptr);
-        EXPECT_TRUE(ProblemOf(overview)->text().contains(u"/proc/sheet.pdf"_s));
+        EXPECT_TRUE(problem->isVisible() && problem->text().contains(u"/proc/sheet.pdf"_s));
         overview->reject();
     });
     Click("uiPaneButtonOverview");
@@ -175,5 +138,3 @@ TEST_F(Dialogs, Overview_IsCopiedKeptAndPrinted) {
 
 } // namespace
 } // namespace drevix::test
-
-#include "dialogs_test.moc"

@@ -1,10 +1,8 @@
 // The editor: every control changes what it should and nothing else, and shows what is in the working copy.
 #include "tests/pane/panel.h"
 
-#include <QCheckBox>
 #include <QRandomGenerator>
 #include <QRegularExpression>
-#include <QStackedWidget>
 
 namespace drevix::test {
 namespace {

@@ -1,7 +1,6 @@
 // Earlier settings in the panel, and what is told of files beside the settings file that could not be written.
 #include "tests/pane/panel.h"
 
-#include "companion/korvane_files.h"
 #include "pane/history_panel.h"
 #include "platform/files/kept_bytes.h"
 
@@ -12,17 +11,15 @@ namespace {
 
 class Earlier : public PanelTest {
   protected:
-    void Ask(const std::function<void(QDialog *)> &answer) {
-        fWindow->activateWindow(); // after another dialog
-        ASSERT_TRUE(QTest::qWaitForWindowActive(fWindow.get()));
+    void Ask(const std::function<void(QDialog *)> &answer) const {
         AnswerNext(answer);
-        QTest::keyClick(fWindow.get(), Qt::Key_H, Qt::ControlModifier);
+        PressKeys(Qt::Key_H);
     }
     static QComboBox *What(const QDialog *panel) { return panel->findChild<QComboBox *>(); }
 };
 
 TEST_F(Earlier, ComeBackWholeOrForOneApplication) {
-    QTest::keyClick(fWindow.get(), Qt::Key_H, Qt::ControlModifier);
+    PressKeys(Qt::Key_H);
     EXPECT_TRUE(fProblem.startsWith(u"There are no earlier settings"_s)) << fProblem;
     const AppPrefs global = fPane->WorkingCopy();
     Edit();
@@ -54,17 +51,13 @@ TEST_F(Earlier, ComeBackWholeOrForOneApplication) {
 
 // A companion's file that could not be written was told of by nobody, 12 times of 12.
 TEST_F(Earlier, CompanionsFileThatIsNotWritten_IsTold) {
-    const std::string file = FindKorvaneFileForApp("_System_");
-    std::filesystem::create_directories(std::filesystem::path(file).parent_path());
-    WriteWhole(file, R"(<HotKeys TargetApp="System"><HotKey><Menu>Empty Trash</Menu></HotKey></HotKeys>)");
+    const std::string file = WriteMenu("<HotKey><Menu>Empty Trash</Menu></HotKey>");
     const std::string before = ReadWhole(file);
     Start();
     // Its old bytes have nowhere to be kept, so it is not touched; the settings themselves can be saved.
-    std::filesystem::create_directories(fFolder.Path("state/com.halcyra.drevix"));
+    fs::create_directories(fFolder.Path("state/com.halcyra.drevix"));
     WriteWhole(fFolder.Path("state/com.halcyra.drevix/kept"), "a file in the way");
-    ASSERT_TRUE(fPane->showControl(u"buttonII"_s));
-    ASSERT_TRUE(Choose("uiSettingsMenuAction", 3));
-    ASSERT_TRUE(Choose("uiSettingsMenuToolMenu", 1));
+    ASSERT_TRUE(ChooseEntry(u"buttonII"_s, 1));
     Click("uiPaneButtonApply");
     EXPECT_EQ(Saved(0).device[0].action[19].command, kActionToolMenu);
     EXPECT_EQ(ReadWhole(file), before);
@@ -74,22 +67,14 @@ TEST_F(Earlier, CompanionsFileThatIsNotWritten_IsTold) {
 
 // What the companion wrote while the panel was in front was replaced by Apply, and nobody was told.
 TEST_F(Earlier, CompanionsChangeThatIsReplaced_IsToldOnce) {
-    const std::string file = FindKorvaneFileForApp("_System_");
-    std::filesystem::create_directories(std::filesystem::path(file).parent_path());
-    const auto bind = [&](const std::string &key) {
-        WriteWhole(
-            file, "<HotKeys TargetApp=\"System\"><HotKey><Menu>Empty Trash</Menu><Key>" + key +
-                      "</Key><Device>pyralis</Device></HotKey><HotKey><Menu>Eject</Menu></HotKey></HotKeys>");
-        return ReadWhole(file);
+    const auto bind = [](const std::string &key) {
+        return WriteMenu("<HotKey><Menu>Empty Trash</Menu><Key>" + key +
+                         "</Key><Device>pyralis</Device></HotKey><HotKey><Menu>Eject</Menu></HotKey>");
     };
-    const auto eject = [&](const QString &control) {
-        return fPane->showControl(control) && Choose("uiSettingsMenuAction", 3) &&
-               Choose("uiSettingsMenuToolMenu", 2);
-    };
-    bind("");
+    const std::string file = bind("");
     Start();
-    ASSERT_TRUE(eject(u"buttonII"_s));
-    const std::string bound = bind("1");
+    ASSERT_TRUE(ChooseEntry(u"buttonII"_s, 2));
+    const std::string bound = ReadWhole(bind("1"));
     Click("uiPaneButtonApply");
     EXPECT_TRUE(fProblem.contains(TextOf(file)) && fProblem.contains(u"meanwhile changed"_s)) << fProblem;
     EXPECT_EQ(ReadWhole(fProblem.chopped(1).section(u' ', -1).toStdString()), bound)
@@ -103,7 +88,7 @@ TEST_F(Earlier, CompanionsChangeThatIsReplaced_IsToldOnce) {
     GoAway();
     bind("1");
     ComeBack();
-    ASSERT_TRUE(eject(u"buttonI"_s));
+    ASSERT_TRUE(ChooseEntry(u"buttonI"_s, 2));
     Click("uiPaneButtonApply");
     EXPECT_EQ(fProblem, u""_s);
     bind("3");
@@ -111,34 +96,30 @@ TEST_F(Earlier, CompanionsChangeThatIsReplaced_IsToldOnce) {
     theirs.device[0].navSpeed = 7;
     Save({theirs});
     ASSERT_TRUE(QTest::qWaitFor([&] { return fPane->WorkingCopy().device[0].navSpeed == 7; }));
-    ASSERT_TRUE(eject(u"buttonII"_s));
+    ASSERT_TRUE(ChooseEntry(u"buttonII"_s, 2));
     Click("uiPaneButtonApply");
     EXPECT_EQ(fProblem, u""_s);
 }
 
 TEST_F(Earlier, KeptCopyOfAFailedExport_IsNamed) {
-    const std::string path = fFolder.Path("all.veltrana");
-    WriteWhole(path, std::string(200'000, 'x'));
-    struct BreakingDisk : FullDisk { // when the first bytes are in the file
-        std::string path;
-        int file = -1;
-        int left = 1;
-        int Open(const char *opened, int flags, mode_t mode) override {
-            const int descriptor = Disk::Open(opened, flags, mode);
-            file = opened == path ? descriptor : file;
-            return descriptor;
+    const std::string old(200'000, 'x');
+    int copies = 0;
+    ForEachFault(5, [&](int failAt, Lasts lasts) {
+        const std::string path =
+            fFolder.Path((lasts == Lasts::Once ? "once" : "for ever") + std::to_string(failAt));
+        WriteWhole(path, old);
+        OSErr status = noErr;
+        const bool wasHit = MeetsFault(failAt, lasts, ENOSPC,
+                                       [&] { status = fPane->ExportCurrentAppPrefs(TextOf(path), true); });
+        const std::string copy = FindKeptCopy(path);
+        if (status != noErr && !copy.empty()) {
+            ++copies;
+            EXPECT_TRUE(fProblem.contains(TextOf(copy))) << fProblem;
+            EXPECT_EQ(ReadWhole(copy), old);
         }
-        ssize_t WriteAt(int fd, const void *bytes, std::size_t count, off_t offset) override {
-            return fd == file && left-- < 1 ? FullDisk::WriteAt(fd, bytes, count, offset)
-                                            : Disk::WriteAt(fd, bytes, count, offset);
-        }
-    } disk;
-    disk.path = path;
-    EXPECT_NE(fPane->ExportCurrentAppPrefs(TextOf(path), true), noErr);
-    const std::string kept = FindKeptCopy(path);
-    ASSERT_FALSE(kept.empty());
-    EXPECT_TRUE(fProblem.contains(TextOf(kept))) << fProblem;
-    EXPECT_EQ(ReadWhole(kept), std::string(200'000, 'x'));
+        return wasHit;
+    });
+    EXPECT_GT(copies, 0);
 }
 
 } // namespace

@@ -3,26 +3,12 @@
 #include "pane/keystroke_field.h"
 #include "tests/pane/panel.h"
 
-#include <QAction>
-#include <QLabel>
-#include <QLineEdit>
-#include <QMenu>
-#include <QSettings>
-#include <QToolButton>
-
 namespace drevix::test {
 namespace {
 
 class KeystrokeOfControl : public PanelTest {
   protected:
-    KeystrokeOfControl() {
-        QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, TextOf(fFolder.Path()));
-        QCoreApplication::setOrganizationName(u"tests"_s);
-    }
-    ~KeystrokeOfControl() override {
-        QCoreApplication::setOrganizationName({});
-        SetCommandKey(CommandKey::Super);
-    }
+    ~KeystrokeOfControl() override { SetCommandKey(CommandKey::Super); }
     void SetUp() override {
         Start();
         SelectControl(2, 4); // button II, which has shift and key 0x13

@@ -1,6 +1,5 @@
 // The flow of settings between file, base, working copy and controls, also when something fails.
 #include "tests/pane/panel.h"
-#include "tests/support/testing.h"
 
 namespace drevix::test {
 namespace {
@@ -11,7 +10,7 @@ TEST_F(Flow, ApplyAndRevert_DimAndLightWithTheDifference) {
     EXPECT_FALSE(CanApply());
     Edit();
     EXPECT_TRUE(CanApply());
-    QTest::keyClick(Find<QSlider>("uiSettingsSliderToolSens"), Qt::Key_Left);
+    Edit(Qt::Key_Left);
     EXPECT_FALSE(CanApply()) << "the old value again";
     EXPECT_EQ(TitleOf(0), u"Global Settings"_s);
     Edit();
@@ -46,12 +45,19 @@ TEST_F(Flow, EveryWayOut_SavesEverything) {
         EXPECT_EQ(Text("uiPaneTextDifferences"), u"All changes saved"_s);
         Start();
     }
+    // Nothing was written once, and the helper told nothing, when another program's changes were taken over.
+    Save({MakeFullRecord(0, ""), MakeFullRecord(kPhoto, "outside")});
+    const std::string before = fFolder.Path("before");
+    fs::create_hard_link(fFolder.path, before);
     fPane->willUnselect();
-    std::filesystem::remove(fFolder.path);
+    EXPECT_FALSE(fs::equivalent(fFolder.path, before));
+    EXPECT_EQ(fFolder.SavedNames(), Names({"", "outside"}));
+    EXPECT_EQ(Titles().constLast(), u"outside"_s);
+    fs::remove(fFolder.path);
     Edit();
     GoAway();
     fPane->willUnselect();
-    EXPECT_FALSE(std::filesystem::exists(fFolder.path)) << "a panel that is not shown saves nothing";
+    EXPECT_FALSE(fs::exists(fFolder.path)) << "a panel that is not shown saves nothing";
 }
 
 TEST_F(Flow, Revert_RebuildsTheListAndFindsTheRecordShown) {
@@ -77,9 +83,7 @@ TEST_F(Flow, Revert_RebuildsTheListAndFindsTheRecordShown) {
 TEST_F(Flow, FailedSave_KeepsTheFileAndTheEdits) {
     ForEachFault(5, [&](int failAt, Lasts lasts) {
         const std::string before = ReadWhole(fFolder.path);
-        const Qt::Key there =
-            failAt % 2 == 0 ? Qt::Key_Left : Qt::Key_Right; // more steps than the slider has
-        QTest::keyClick(Find<QSlider>("uiSettingsSliderToolSens"), there);
+        Edit(failAt % 2 == 0 ? Qt::Key_Left : Qt::Key_Right); // more steps than the slider has
         const bool wasHit = MeetsFault(failAt, lasts, ENOSPC, [&] { Click("uiPaneButtonApply"); });
         const AppPrefs &edited = fPane->WorkingCopy();
         // A new file is there when the last step alone failed.
@@ -107,27 +111,27 @@ TEST_F(Flow, UnusableSettings_AreKeptAndTheUserIsTold) {
 
     // What is brought in once took the place of a file that "another program had changed".
     fFolder.WriteDamaged(kPanelVersion);
-    std::filesystem::rename(fFolder.Path(kDefaultsFileName), fFolder.Path("exported"));
+    fs::rename(fFolder.Path(kDefaultsFileName), fFolder.Path("exported"));
     Start();
     EXPECT_EQ(fPane->ImportAppPrefs(TextOf(fFolder.Path("exported"))), noErr);
     fPane->willUnselect();
     EXPECT_FALSE(fProblem.contains(u"nother program"_s)) << fProblem;
     EXPECT_EQ(fFolder.SavedNames(), Names({"", "photo"}));
 
-    std::filesystem::rename(fFolder.Path("exported"), fFolder.Path(kDefaultsFileName));
-    std::filesystem::remove(fFolder.path);
-    std::filesystem::create_directory(fFolder.path); // in the way: no file, and no access to one
+    fs::rename(fFolder.Path("exported"), fFolder.Path(kDefaultsFileName));
+    fs::remove(fFolder.path);
+    fs::create_directory(fFolder.path); // in the way: no file, and no access to one
     Start();
     EXPECT_TRUE(fProblem.startsWith(u"Couldn't read the settings file"_s)) << fProblem;
     Edit();
     Click("uiPaneButtonApply");
     EXPECT_TRUE(fProblem.startsWith(u"Not saved: the settings file"_s)) << fProblem;
-    EXPECT_TRUE(std::filesystem::is_directory(fFolder.path));
+    EXPECT_TRUE(fs::is_directory(fFolder.path));
 }
 
 TEST_F(Flow, WithoutAnySettings_ThePanelStillWorks) {
-    std::filesystem::remove(fFolder.path);
-    std::filesystem::remove(fFolder.Path(kDefaultsFileName));
+    fs::remove(fFolder.path);
+    fs::remove(fFolder.Path(kDefaultsFileName));
     Start();
     EXPECT_EQ(fProblem, u"Couldn't load your settings: no settings were found."_s);
     EXPECT_FALSE(CanApply());

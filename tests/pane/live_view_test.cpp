@@ -8,7 +8,6 @@
 #include <QElapsedTimer>
 
 #include <csignal>
-#include <optional>
 
 namespace drevix::test {
 namespace {
@@ -155,7 +154,7 @@ TEST_F(LiveView, HelperThatEndsOrHangs_IsWatchedAgain) {
     QTest::qWait(50);
     ComeBack();
     fHelper.reset();
-    std::filesystem::remove(fFolder.Path("bus"));
+    fs::remove(fFolder.Path("bus"));
     fBus.emplace(fFolder.Path());
     StartHelper();
     EXPECT_TRUE(WaitForQuiet(true)) << "on another bus too";

@@ -1,5 +1,6 @@
 // The tests of the panel run in a program with windows that no display shows.
 #include <QApplication>
+#include <QStandardPaths>
 #include <gtest/gtest.h>
 
 #include <cstdio>
@@ -27,5 +28,7 @@ int main(int argc, char **argv) {
     qInstallMessageHandler(PrintLog);
     const QApplication application(argc, argv);
     QApplication::setStyle(QStringLiteral("Fusion"));
+    QCoreApplication::setOrganizationName(QStringLiteral("tests")); // keeps what is chosen in the window
+    QStandardPaths::setTestModeEnabled(true);
     return RUN_ALL_TESTS();
 }

@@ -1,6 +1,7 @@
 // A panel in a window with settings of its own, and the hands that work it: mouse and keys.
 #pragma once
 
+#include "companion/korvane_files.h"
 #include "pane/drevix_pane.h"
 #include "pane/pane_text.h"
 #include "pane/target_item.h"
@@ -10,13 +11,20 @@
 
 #include <QAction>
 #include <QApplication>
+#include <QCheckBox>
 #include <QContextMenuEvent>
+#include <QDesktopServices>
 #include <QDialog>
 #include <QDropEvent>
+#include <QLabel>
+#include <QLineEdit>
 #include <QListView>
 #include <QMenu>
 #include <QMimeData>
+#include <QSet>
+#include <QSettings>
 #include <QTest>
+#include <QTextBrowser>
 #include <QTimer>
 #include <QUrl>
 #include <QVBoxLayout>
@@ -38,20 +46,62 @@ inline constexpr OSType kPhoto = FourCharCode("8BIM");
 
 // A record with values of its own in all that the panel shows: the user's own when it has no signature, else
 // the factory's.
-inline AppPrefs MakeFullRecord(OSType application, std::string_view name) {
+inline AppPrefs MakeFullRecord(OSType application, std::string_view name,
+                               std::uint8_t navSpeed = gDefaultGlobalPrefs.device[0].navSpeed) {
     AppPrefs prefs = MakeRecord(application, name);
     prefs.factory = application == kNoSignature ? 0 : 1;
     prefs.device[0] = gDefaultGlobalPrefs.device[0];
+    prefs.device[0].navSpeed = navSpeed;
     for (std::uint8_t slot = 0; slot < kActionSlots; ++slot) {
         prefs.device[0].action[slot] = {kActionKeystroke, kShiftModifier, slot, 0, 0, 0, 0, {}};
     }
     return prefs;
 }
 
+// Takes what is opened in other programs while it lives.
+class Opened {
+  public:
+    Opened() {
+        for (const QString &scheme : kSchemes) {
+            QDesktopServices::setUrlHandler(scheme, &fTaker, "anchorClicked");
+        }
+        QObject::connect(&fTaker, &QTextBrowser::anchorClicked,
+                         [this](const QUrl &address) { addresses += address.toString(); });
+    }
+    ~Opened() {
+        for (const QString &scheme : kSchemes) {
+            QDesktopServices::unsetUrlHandler(scheme);
+        }
+    }
+    QStringList addresses;
+
+  private:
+    static inline const QStringList kSchemes = {u"https"_s, u"file"_s};
+    QTextBrowser fTaker; // for its signal that has an address
+};
+
+// The applications of a desktop that has those that are added here, while it lives.
+class InstalledApplications {
+  public:
+    explicit InstalledApplications(const ScratchFolder &folder)
+        : fFolder(folder.Path("data/applications/")), fHome("XDG_DATA_HOME", folder.Path("data")) {}
+    void Add(const std::string &file, const std::string &name) const {
+        fs::create_directories(fs::path(fFolder + file).parent_path());
+        WriteWhole(fFolder + file, "[Desktop Entry]\nType=Application\nExec=x\nName=" + name + "\n");
+    }
+
+  private:
+    const std::string fFolder;
+    const ScopedVariable fHome, fOthers{"XDG_DATA_DIRS", "/nowhere"};
+};
+
 // The settings: the global record and "photo" from the factory, "Alpha" and "beta" of the user's own.
 class PanelTest : public ::testing::Test {
   protected:
+    static constexpr int kAdd = 9, kDelete = 8, kExport = 6, kImport = 5; // commands, from the list's end
+
     PanelTest() {
+        QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, TextOf(fFolder.Path()));
         fFolder.WriteDefaults({MakeFullRecord(0, ""), MakeFullRecord(kPhoto, "photo")});
         Save({MakeFullRecord(0, ""), MakeFullRecord(kPhoto, "photo"), MakeFullRecord(kNoSignature, "Alpha"),
               MakeFullRecord(kNoSignature, "beta")});
@@ -74,8 +124,15 @@ class PanelTest : public ::testing::Test {
         fPane->didSelect();
         fWindow->resize(size);
         fWindow->show();
+        Activate();
+    }
+    void Activate() const {
         fWindow->activateWindow();
         ASSERT_TRUE(QTest::qWaitForWindowActive(fWindow.get()));
+    }
+    void PressKeys(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::ControlModifier) const {
+        Activate(); // a question may have had the keyboard
+        QTest::keyClick(fWindow.get(), key, modifiers);
     }
     // The program goes to the background, and comes back.
     static void GoAway() { Q_EMIT qGuiApp->applicationStateChanged(Qt::ApplicationInactive); }
@@ -146,7 +203,20 @@ class PanelTest : public ::testing::Test {
         QTest::mouseClick(widget, Qt::LeftButton, {}, {12, widget->height() / 2});
     }
     // Moves the tuner's sensitivity of the record shown by one.
-    void Edit() const { QTest::keyClick(Find<QSlider>("uiSettingsSliderToolSens"), Qt::Key_Right); }
+    void Edit(Qt::Key there = Qt::Key_Right) const {
+        QTest::keyClick(Find<QSlider>("uiSettingsSliderToolSens"), there);
+    }
+    void Delete() const {
+        AnswerNext([](QDialog *panel) { Press(panel, u"Delete"_s); });
+        ASSERT_TRUE(ChooseCommand(kDelete));
+    }
+    // Writes a file of exported records.
+    [[nodiscard]] QString WriteExport(const std::vector<AppPrefs> &records) const {
+        const std::string path = fFolder.Path("export.veltrana");
+        auto next = records.begin();
+        EXPECT_EQ(WriteAppPrefsFile(path, [&] { return next == records.end() ? nullptr : &*next++; }), noErr);
+        return TextOf(path);
+    }
     // Makes a file with its name in it.
     std::string MakeFile(const char *name) const {
         WriteWhole(fFolder.Path(name), name);
@@ -168,14 +238,26 @@ class PanelTest : public ::testing::Test {
         EXPECT_TRUE(!drop.isAccepted() || move.dropAction() == drop.dropAction());
         return drop.isAccepted() ? drop.dropAction() : Qt::IgnoreAction;
     }
+    // Writes the companion's menu of all applications; the path of its file.
+    static std::string WriteMenu(const std::string &entries) {
+        const std::string path = FindKorvaneFileForApp("_System_");
+        fs::create_directories(fs::path(path).parent_path());
+        WriteWhole(path, "<HotKeys TargetApp=\"System\">" + entries + "</HotKeys>");
+        return path;
+    }
+    // Makes a control choose an entry of that menu.
+    [[nodiscard]] bool ChooseEntry(const QString &control, int entry) const {
+        return fPane->showControl(control) && Choose("uiSettingsMenuAction", 3) &&
+               Choose("uiSettingsMenuToolMenu", entry);
+    }
     Qt::DropAction DropOnControl(SlotIndex slot, const std::string &path,
                                  Qt::DropActions offered = Qt::CopyAction) const {
         auto *const picture = Find<DevicePicture>("uiSettingsTabsImages");
         const int index = static_cast<int>(std::ranges::find(kPictureSlots, slot) - kPictureSlots.begin());
         return Drop(picture, picture->controlPoint(index), path, offered, Qt::ShiftModifier);
     }
-    // Opens the menu of the control shown and chooses the entry; whether it was not dim, nothing if it is not there.
-    [[nodiscard]] std::optional<bool> ChooseInMenu(const QString &entry) const {
+    // Opens the menu of the control shown and chooses the entry. False where that is dim.
+    [[nodiscard]] bool ChooseInMenu(const QString &entry) const {
         auto *const picture = Find<DevicePicture>("uiSettingsTabsImages");
         const QPoint point = picture->controlPoint(picture->currentIndex());
         QContextMenuEvent event(QContextMenuEvent::Mouse, point, picture->mapToGlobal(point));
@@ -190,7 +272,8 @@ class PanelTest : public ::testing::Test {
                 return isEnabled;
             }
         }
-        return std::nullopt;
+        ADD_FAILURE() << "no entry " << entry;
+        return false;
     }
     // Clicks the page's tab and chooses the control in its menu.
     void SelectControl(int page, int position) const {
@@ -217,15 +300,24 @@ class PanelTest : public ::testing::Test {
             }
         });
     }
-    static void Press(const QDialog *dialog, const QString &button) {
-        for (auto *const candidate : dialog->findChildren<QAbstractButton *>()) {
-            if (candidate->isVisible() && candidate->text().remove(QLatin1Char('&')) == button) {
-                EXPECT_TRUE(QTest::qWaitFor([&] { return candidate->isEnabled(); })) << button;
-                QTest::mouseClick(candidate, Qt::LeftButton, {}, {12, candidate->height() / 2});
-                return;
-            }
-        }
-        ADD_FAILURE() << "no button " << button;
+    // The button with that title; null when it is not seen.
+    static QAbstractButton *ButtonOf(const QWidget *window, const QString &title) {
+        const auto buttons = window->findChildren<QAbstractButton *>();
+        const auto found = std::ranges::find_if(buttons, [&](const QAbstractButton *button) {
+            return button->isVisible() && button->text().remove(u'&') == title;
+        });
+        return found == buttons.end() ? nullptr : *found;
+    }
+    static void Press(const QWidget *window, const QString &title) {
+        auto *const button = ButtonOf(window, title);
+        ASSERT_NE(button, nullptr) << "no button " << title;
+        EXPECT_TRUE(QTest::qWaitFor([&] { return button->isEnabled(); })) << title;
+        QTest::mouseClick(button, Qt::LeftButton, {}, {12, button->height() / 2});
+    }
+    // Chooses a file in a file panel by its path.
+    static void EnterPath(const QDialog *panel, const QString &path, const QString &button) {
+        panel->findChild<QLineEdit *>(u"fileNameEdit"_s)->setText(path);
+        Press(panel, button);
     }
 
     // An item's text with its marks.
@@ -242,10 +334,13 @@ class PanelTest : public ::testing::Test {
         }
         return titles;
     }
-    // A record of the settings file, by its number there; zeroed when there is none.
-    [[nodiscard]] AppPrefs Saved(RecordNumber number) const {
+    // A record of the settings file in force, by its number there; zeroed when there is none.
+    [[nodiscard]] static AppPrefs Saved(RecordNumber number) {
+        std::string path;
         const QBaseOwner base = NewDrevixBase();
-        std::ignore = GetDevicePrefsFromPath(base.get(), fFolder.path, FSRef{}, 0);
+        if (FindDevicePrefsPath(&path) == noErr) {
+            std::ignore = GetDevicePrefsFromPath(base.get(), path, FSRef{}, 0);
+        }
         const AppPrefs *prefs = GetAppPrefs(base.get(), number);
         return prefs == nullptr ? AppPrefs{} : *prefs;
     }
@@ -260,6 +355,9 @@ class PanelTest : public ::testing::Test {
     [[nodiscard]] bool CanApply() const {
         const bool canApply = Find<QWidget>("uiPaneButtonApply")->isEnabled();
         EXPECT_EQ(Find<QWidget>("uiPaneButtonRevert")->isEnabled(), canApply);
+        const QString text = Text("uiPaneTextDifferences");
+        const int buttons = (canApply ? 1 : 0) + (SaveOffer().isEmpty() ? 0 : 1);
+        EXPECT_EQ(buttons, text.isEmpty() || text == u"All changes saved"_s ? 0 : 1) << text;
         return canApply;
     }
 

@@ -22,74 +22,52 @@ int SecondsAsked() {
     return asked > 0 ? asked : kSeconds;
 }
 
-// What a program has done with a record that is its own, and how often it found that another one's value there.
-struct Tally {
-    int saves = 0;
-    int lost = 0;
-    int failed = 0;
-};
-std::ostream &operator<<(std::ostream &out, const Tally &tally) {
-    return out << tally.saves << " saves, " << tally.lost << " lost, " << tally.failed << " failed";
-}
-
 class TwoPrograms : public PanelTest {
   protected:
-    // The record of that file name in the settings file; zeroed if the file cannot be read.
-    static AppPrefs OnDisk(const std::string &name) {
-        std::string path;
-        const QBaseOwner base = NewDrevixBase();
-        if (FindDevicePrefsPath(&path) == noErr) {
-            std::ignore = GetDevicePrefsFromPath(base.get(), path, FSRef{}, 0);
+    // Changes a record that is its own for a while, and looks whether the file keeps each change.
+    static void Work(const char *who, RecordNumber number, const std::function<bool(AppPrefs *)> &change) {
+        int saves = 0;
+        int lost = 0;
+        int failed = 0;
+        AppPrefs last = Saved(number);
+        const auto look = [&] { lost += SameBytes(Saved(number), last) ? 0 : 1; };
+        QElapsedTimer clock;
+        for (clock.start(); clock.elapsed() < SecondsAsked() * 1000; ++saves) {
+            look();
+            failed += change(&last) ? 0 : 1;
         }
-        for (RecordNumber i = 0; i < QBaseCountRecords(base.get()); ++i) {
-            const AppPrefs *prefs = GetAppPrefs(base.get(), i);
-            if (prefs != nullptr && NameOf(*prefs) == name) {
-                return *prefs;
-            }
-        }
-        return {};
+        look();
+        std::cout << who << ": " << saves << " saves, " << lost << " lost, " << failed << " failed"
+                  << std::endl;
+        EXPECT_GT(saves, 1);
+        EXPECT_EQ(lost + failed, 0);
     }
-    [[nodiscard]] bool IsAllSaved() const { return Text("uiPaneTextDifferences") == u"All changes saved"_s; }
-    // Edits the record in the panel, applies, and looks whether the file keeps it.
-    Tally WorkAsPanel(int target, const std::string &name) {
-        Tally tally;
+    void WorkAsPanel(const char *who, int target) {
         EXPECT_TRUE(Choose(Targets(), target));
-        AppPrefs last = OnDisk(name);
-        QElapsedTimer clock;
-        for (clock.start(); clock.elapsed() < SecondsAsked() * 1000; ++tally.saves) {
-            tally.lost += SameBytes(OnDisk(name), last) ? 0 : 1;
-            QTest::keyClick(Find<QSlider>("uiSettingsSliderToolSens"),
-                            tally.saves % 2 == 0 ? Qt::Key_Right : Qt::Key_Left);
-            last = fPane->WorkingCopy();
+        Work(who, target - 1, [this](AppPrefs *record) {
+            Edit(record->device[0].toolSensitivity % 2 == 0 ? Qt::Key_Right : Qt::Key_Left);
+            *record = fPane->WorkingCopy();
             Click("uiPaneButtonApply");
-            tally.failed += QTest::qWaitFor([&] { return IsAllSaved(); }, kLongestSave) ? 0 : 1;
-        }
-        tally.lost += SameBytes(OnDisk(name), last) ? 0 : 1;
-        return tally;
+            return QTest::qWaitFor([&] { return Text("uiPaneTextDifferences") == u"All changes saved"_s; },
+                                   kLongestSave);
+        });
     }
-    static bool RunDrevixctl(const QStringList &arguments) {
-        return QProcess::execute(QStringLiteral(DREVIX_CTL), arguments) == 0;
+    static bool SetRingSpeed(int speed) {
+        return QProcess::execute(QStringLiteral(DREVIX_CTL),
+                                 {u"set"_s, u"ringSpeed"_s, QString::number(speed)}) == 0;
     }
-    static Tally WorkAsDrevixctl() {
-        Tally tally;
-        int last = OnDisk("").device[0].navSpeed;
-        QElapsedTimer clock;
-        for (clock.start(); clock.elapsed() < SecondsAsked() * 1000; ++tally.saves) {
-            tally.lost += OnDisk("").device[0].navSpeed == last ? 0 : 1;
-            last = (last + 1) % 200;
-            tally.failed += RunDrevixctl({u"set"_s, u"ringSpeed"_s, QString::number(last)}) ? 0 : 1;
-        }
-        tally.lost += OnDisk("").device[0].navSpeed == last ? 0 : 1;
-        return tally;
+    static void WorkAsDrevixctl() {
+        Work("drevixctl", 0, [](AppPrefs *record) {
+            std::uint8_t &speed = record->device[0].navSpeed;
+            speed = static_cast<std::uint8_t>((speed + 1) % 200);
+            return SetRingSpeed(speed);
+        });
     }
     // This program again, as another one that works on the same settings.
     void StartOther(QProcess &process, const char *role) const {
-        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        environment.insert(QLatin1String(kFolder), TextOf(fFolder.Path()));
-        environment.insert(QLatin1String(kRole), QLatin1String(role));
-        environment.insert(u"XDG_RUNTIME_DIR"_s,
-                           TextOf(fFolder.Path("config"))); // another session has another one
-        process.setProcessEnvironment(environment);
+        const ScopedVariable ofFolder(kFolder, fFolder.Path());
+        const ScopedVariable ofRole(kRole, role);
+        const ScopedVariable session("XDG_RUNTIME_DIR", fFolder.Path("config")); // another has another one
         process.setProcessChannelMode(QProcess::ForwardedChannels);
         process.start(QCoreApplication::applicationFilePath(), {u"--gtest_filter=TwoPrograms.Other"_s});
     }
@@ -103,15 +81,13 @@ TEST_F(TwoPrograms, Other) {
     const ScopedVariable config("XDG_CONFIG_HOME", folder + "/config");
     const ScopedVariable state("XDG_STATE_HOME", folder + "/state");
     const ScopedVariable home("HOME", folder);
-    const bool isPanel = qgetenv(kRole) == "panel";
-    if (isPanel) {
+    if (qgetenv(kRole) == "panel") {
         Start();
+        WorkAsPanel("second panel", 4);
+    } else {
+        WorkAsDrevixctl();
     }
-    const Tally tally = isPanel ? WorkAsPanel(4, "beta") : WorkAsDrevixctl();
     End();
-    std::cout << (isPanel ? "second panel: " : "drevixctl: ") << tally << std::endl;
-    EXPECT_GT(tally.saves, 1);
-    EXPECT_EQ(tally.lost + tally.failed, 0);
 }
 
 TEST_F(TwoPrograms, DifferentRecords_NothingIsLost) {
@@ -119,10 +95,7 @@ TEST_F(TwoPrograms, DifferentRecords_NothingIsLost) {
     QProcess drevixctl;
     StartOther(panel, "panel");
     StartOther(drevixctl, "drevixctl");
-    const Tally tally = WorkAsPanel(3, "Alpha");
-    std::cout << "panel: " << tally << std::endl;
-    EXPECT_GT(tally.saves, 1);
-    EXPECT_EQ(tally.lost + tally.failed, 0);
+    WorkAsPanel("panel", 3);
     for (QProcess *process : {&panel, &drevixctl}) {
         // One that has ended before is not waited for.
         EXPECT_TRUE(process->state() == QProcess::NotRunning || process->waitForFinished(kLongestSave));
@@ -135,11 +108,11 @@ TEST_F(TwoPrograms, TheSameRecord_TheLaterHoldsAndTheEarlierIsKept) {
     constexpr int kTimes = 5;
     for (int i = 1; i <= kTimes; ++i) {
         fProblem.clear();
-        QTest::keyClick(Find<QSlider>("uiSettingsSliderToolSens"), i % 2 == 0 ? Qt::Key_Left : Qt::Key_Right);
-        ASSERT_TRUE(RunDrevixctl({u"set"_s, u"ringSpeed"_s, QString::number(100 + i)}));
-        const AppPrefs theirs = OnDisk("");
+        Edit(i % 2 == 0 ? Qt::Key_Left : Qt::Key_Right);
+        ASSERT_TRUE(SetRingSpeed(100 + i));
+        const AppPrefs theirs = Saved(0);
         Click("uiPaneButtonApply");
-        EXPECT_TRUE(SameBytes(OnDisk(""), fPane->WorkingCopy()));
+        EXPECT_TRUE(SameBytes(Saved(0), fPane->WorkingCopy()));
         EXPECT_TRUE(fProblem.contains(u"\"Global Settings\" too"_s)) << fProblem;
         std::vector<EarlierSettings> history;
         ASSERT_EQ(ListHistory(fFolder.path, &history), noErr);

@@ -1,17 +1,10 @@
 // Undo and Redo: every edit of the session is one step, over applications, saves and reloads.
 #include "tests/pane/panel.h"
 
-#include <QCheckBox>
-#include <QClipboard>
-#include <QLineEdit>
-#include <QSlider>
-
 #include <random>
 
 namespace drevix::test {
 namespace {
-
-constexpr int kDeleteKey = 8; // counted from the end of the list
 
 class Undo : public PanelTest {
   protected:
@@ -27,12 +20,7 @@ class Undo : public PanelTest {
         }
         return records;
     }
-    void PressKeys(Qt::Key key, Qt::KeyboardModifiers modifiers) const {
-        fWindow->activateWindow(); // a question may have had the keyboard
-        ASSERT_TRUE(QTest::qWaitForWindowActive(fWindow.get()));
-        QTest::keyClick(fWindow.get(), key, modifiers);
-    }
-    void PressUndo() const { PressKeys(Qt::Key_Z, Qt::ControlModifier); }
+    void PressUndo() const { PressKeys(Qt::Key_Z); }
     void PressRedo() const { PressKeys(Qt::Key_Z, Qt::ControlModifier | Qt::ShiftModifier); }
     [[nodiscard]] bool CanUndo() const { return Find<QWidget>("uiPaneButtonUndo")->isEnabled(); }
     [[nodiscard]] bool CanRedo() const { return Find<QWidget>("uiPaneButtonRedo")->isVisible(); }
@@ -40,14 +28,7 @@ class Undo : public PanelTest {
         auto *const found = Find<QSlider>(slider);
         found->setValue(found->value() + by);
     }
-    void Delete() const {
-        AnswerNext([](QDialog *panel) { Press(panel, u"Delete"_s); });
-        ASSERT_TRUE(ChooseCommand(kDeleteKey));
-    }
     void Import(const std::vector<AppPrefs> &records) const {
-        const std::string path = fFolder.Path("import.veltrana");
-        auto next = records.begin();
-        ASSERT_EQ(WriteAppPrefsFile(path, [&] { return next == records.end() ? nullptr : &*next++; }), noErr);
         QTimer agree; // to each question about a record that is there already
         QObject::connect(&agree, &QTimer::timeout, [] {
             if (auto *const dialog = qobject_cast<QDialog *>(QApplication::activeModalWidget())) {
@@ -55,10 +36,10 @@ class Undo : public PanelTest {
             }
         });
         agree.start(1);
-        ASSERT_EQ(fPane->ImportAppPrefs(TextOf(path)), noErr);
+        ASSERT_EQ(fPane->ImportAppPrefs(WriteExport(records)), noErr);
     }
     void FindAndTake(const char *words) const {
-        PressKeys(Qt::Key_K, Qt::ControlModifier);
+        PressKeys(Qt::Key_K);
         QWidget *const panel = QApplication::activePopupWidget();
         ASSERT_NE(panel, nullptr);
         auto *const field = panel->findChild<QLineEdit *>();
@@ -66,45 +47,43 @@ class Undo : public PanelTest {
         QTest::keyClick(field, Qt::Key_Return);
         panel->close(); // of what the control may not have nothing was taken
     }
-    void DoAnything(std::mt19937 &random) const;
+    void DoAnything(std::mt19937 &random) const {
+        const auto pick = [&](int count) {
+            return static_cast<int>(random() % static_cast<unsigned>(count));
+        };
+        const auto record = [&](const char *name) {
+            return MakeFullRecord(kNoSignature, name, static_cast<std::uint8_t>(pick(250)));
+        };
+        const std::function<void()> edits[] = {
+            [&] { Move("uiSettingsSliderToolSens", pick(7) - 3); },
+            [&] { Move("uiSettingsSliderNavSens", pick(7) - 3); },
+            [&] { Find<QCheckBox>("uiSettingsBoxAllAxis")->click(); },
+            [&] { Find<QAbstractButton>("uiSettingsRadioDisabled")->click(); },
+            [&] { std::ignore = Choose(Targets(), pick(Targets()->count() - 10)); },
+            [&] { std::ignore = fPane->showControl(TextOf(kControlSlots.at(pick(15)).key)); },
+            [&] { std::ignore = Choose("uiSettingsMenuAction", pick(20)); },
+            [&] { FindAndTake(pick(2) == 0 ? "calc" : "ctrl+t"); },
+            [&] {
+                const std::array buttons = {"uiSettingsButtonNavDefaults", "uiSettingsButtonToolDefaults",
+                                            "uiSettingsButtonTriggerDefaults"};
+                Find<QAbstractButton>(buttons.at(pick(3)))->click();
+            },
+            [&] {
+                if (Targets()->currentIndex() > 2) {
+                    Delete();
+                }
+            },
+            [&] {
+                Import({record("Alpha"), record("Gamma"), record("beta"), record("Gamma")});
+            },
+            [&] { Import({record("Delta")}); },
+            [&] { DropOnControl(static_cast<SlotIndex>(pick(10)), fFolder.Path("dropped")); },
+            [&] { Find<QAbstractButton>("uiPaneButtonRevert")->click(); },
+            [&] { Find<QAbstractButton>("uiPaneButtonApply")->click(); },
+        };
+        edits[random() % std::size(edits)]();
+    }
 };
-
-void Undo::DoAnything(std::mt19937 &random) const {
-    const auto pick = [&](int count) { return static_cast<int>(random() % static_cast<unsigned>(count)); };
-    const auto record = [&](const char *name) {
-        AppPrefs prefs = MakeFullRecord(kNoSignature, name);
-        prefs.device[0].toolSensitivity = static_cast<std::uint8_t>(pick(250));
-        return prefs;
-    };
-    const std::array<std::function<void()>, 15> edits = {{
-        [&] { Move("uiSettingsSliderToolSens", pick(7) - 3); },
-        [&] { Move("uiSettingsSliderNavSens", pick(7) - 3); },
-        [&] { Find<QCheckBox>("uiSettingsBoxAllAxis")->click(); },
-        [&] { Find<QAbstractButton>("uiSettingsRadioDisabled")->click(); },
-        [&] { std::ignore = Choose(Targets(), pick(Targets()->count() - 10)); },
-        [&] { std::ignore = fPane->showControl(TextOf(kControlSlots.at(pick(15)).key)); },
-        [&] { std::ignore = Choose("uiSettingsMenuAction", pick(20)); },
-        [&] { FindAndTake(pick(2) == 0 ? "calc" : "ctrl+t"); },
-        [&] {
-            const std::array buttons = {"uiSettingsButtonNavDefaults", "uiSettingsButtonToolDefaults",
-                                        "uiSettingsButtonTriggerDefaults"};
-            Find<QAbstractButton>(buttons.at(pick(3)))->click();
-        },
-        [&] {
-            if (Targets()->currentIndex() > 2) {
-                Delete();
-            }
-        },
-        [&] {
-            Import({record("Alpha"), record("Gamma"), record("beta"), record("Gamma")});
-        },
-        [&] { Import({record("Delta")}); },
-        [&] { DropOnControl(static_cast<SlotIndex>(pick(10)), fFolder.Path("dropped")); },
-        [&] { Find<QAbstractButton>("uiPaneButtonRevert")->click(); },
-        [&] { Find<QAbstractButton>("uiPaneButtonApply")->click(); },
-    }};
-    edits.at(static_cast<std::size_t>(pick(static_cast<int>(edits.size()))))();
-}
 
 TEST_F(Undo, AnyEdits_AreTakenBackAndDoneAgain) {
     std::ignore = MakeFile("dropped");
@@ -180,9 +159,8 @@ TEST_F(Undo, OtherProgramsChange_DropsItsRecordsStepsAlone) {
     ASSERT_TRUE(Choose(Targets(), 3));
     Find<QAbstractButton>("uiSettingsRadioDisabled")->click();
     Click("uiPaneButtonApply");
-    AppPrefs alpha = MakeFullRecord(kNoSignature, "Alpha");
-    alpha.device[0].navSpeed = 7;
-    Save({MakeFullRecord(0, ""), MakeFullRecord(kPhoto, "photo"), alpha, Saved(3)});
+    Save({MakeFullRecord(0, ""), MakeFullRecord(kPhoto, "photo"), MakeFullRecord(kNoSignature, "Alpha", 7),
+          Saved(3)});
     ComeBack();
     ASSERT_EQ(fPane->WorkingCopy().device[0].navSpeed, 7);
     PressUndo();
