@@ -59,7 +59,7 @@ std::optional<std::uint32_t> GroupOf(const Json &input) {
 }
 
 bool IsVirtual(const Json &input) {
-    return input.value("identifier", std::string()) == kVirtualKeyboard;
+    return input.value("identifier", Json()) == kVirtualKeyboard;
 }
 
 } // namespace
@@ -123,7 +123,9 @@ bool SwayLayout::TakeMessage(std::uint32_t kind, std::string_view text) {
     }
     const Json told = Json::parse(text, nullptr, false);
     if (kind == kInputEvent) {
-        TakeKeyboard(told.is_object() ? told.value("input", Json()) : Json());
+        if (told.is_object()) {
+            TakeChange(told.value("change", Json()), told.value("input", Json()));
+        }
         return told.is_object();
     }
     fIsAnswered = told.is_array();
@@ -136,10 +138,19 @@ bool SwayLayout::TakeMessage(std::uint32_t kind, std::string_view text) {
     return fIsAnswered;
 }
 
+// A keyboard that appears, or a program's that gets a keymap, has the first layout without being switched to it:
+// ours does both after the session was switched.
+void SwayLayout::TakeChange(const nlohmann::json &change, const nlohmann::json &input) {
+    const bool isReal = GroupOf(input) && !IsVirtual(input);
+    fHasReal = fHasReal || isReal;
+    if (change == "xkb_layout" || (change == "xkb_keymap" && isReal)) {
+        TakeKeyboard(input);
+    }
+}
+
 // Keyboards of programs count only where there are no others.
 void SwayLayout::TakeKeyboard(const nlohmann::json &input) {
     const auto group = GroupOf(input);
-    fHasReal = fHasReal || (group && !IsVirtual(input));
     if (group && !(fHasReal && IsVirtual(input))) {
         fGroup = *group;
     }

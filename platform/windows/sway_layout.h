@@ -30,6 +30,7 @@ class SwayLayout {
     explicit SwayLayout(SystemDescriptor socket) : fSocket(std::move(socket)) {}
     [[nodiscard]] bool Ask();
     [[nodiscard]] bool TakeMessage(std::uint32_t kind, std::string_view text);
+    void TakeChange(const nlohmann::json &change, const nlohmann::json &input);
     void TakeKeyboard(const nlohmann::json &input);
 
     SystemDescriptor fSocket;
