@@ -139,11 +139,12 @@ bool SwayLayout::TakeMessage(std::uint32_t kind, std::string_view text) {
 }
 
 // A keyboard that appears, or a program's that gets a keymap, has the first layout without being switched to it:
-// ours does both after the session was switched.
+// ours does both after the session was switched. The first that is not a program's counts at once.
 void SwayLayout::TakeChange(const nlohmann::json &change, const nlohmann::json &input) {
     const bool isReal = GroupOf(input) && !IsVirtual(input);
+    const bool isFirst = isReal && !fHasReal;
     fHasReal = fHasReal || isReal;
-    if (change == "xkb_layout" || (change == "xkb_keymap" && isReal)) {
+    if (change == "xkb_layout" || (isReal && (isFirst || change == "xkb_keymap"))) {
         TakeKeyboard(input);
     }
 }
